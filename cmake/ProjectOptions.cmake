@@ -1,0 +1,17 @@
+# Compiler settings that every target of the project shares.
+set(SR_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize (for example address,undefined)")
+
+find_program(SR_CCACHE ccache)
+if(SR_CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER ${SR_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${SR_CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
+if(SR_SANITIZE)
+  add_compile_options(-fsanitize=${SR_SANITIZE} -fno-omit-frame-pointer -O1)
+  add_link_options(-fsanitize=${SR_SANITIZE})
+endif()
+
+find_package(Threads REQUIRED)
+link_libraries(Threads::Threads)
