@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Config {
+
+// Called with the key of a changed container and the pointer given at registration.
+using ContainerCallback = std::uint32_t (*)(const std::wstring& key, void* context);
+
+// A tree of named containers and typed values, addressed by backslash-separated paths such as "SR\Store".
+// Getters set their out value to the default first and tell whether a value was found. Any thread.
+class Configurator {
+ public:
+  virtual ~Configurator() = default;
+
+  virtual bool GetUInt(const std::wstring& key, std::uint32_t fallback, std::uint32_t& value) const = 0;
+  virtual bool GetBoolean(const std::wstring& key, bool fallback, bool& value) const = 0;
+  virtual bool GetString(const std::wstring& key, const std::wstring& fallback,
+                         std::wstring& value) const = 0;
+  virtual bool GetBinary(const std::wstring& key, std::uint8_t* buffer, std::uint32_t& size) const = 0;
+  virtual bool SetBinary(const std::wstring& key, const std::uint8_t* bytes, std::uint32_t size) const = 0;
+  virtual bool GetList(const std::wstring& key, std::vector<std::wstring>& list) const = 0;
+  virtual bool SetList(const std::wstring& key, const std::vector<std::wstring>& list) const = 0;
+  virtual bool SetUInt(const std::wstring& key, std::uint32_t value) const = 0;
+  virtual bool SetBoolean(const std::wstring& key, bool value) const = 0;
+  virtual bool SetString(const std::wstring& key, const std::wstring& value) const = 0;
+  virtual bool CreateContainer(const std::wstring& key) const = 0;
+  virtual bool DeleteContainer(const std::wstring& key) const = 0;
+  virtual bool DeleteValue(const std::wstring& key) const = 0;
+  virtual bool EnumContainers(const std::wstring& key, std::uint32_t index, std::wstring& name) const = 0;
+  virtual bool EnumValues(const std::wstring& key, std::uint32_t index, std::wstring& name,
+                          std::uint32_t& type) const = 0;
+  virtual std::uint32_t NotifyContainer(const std::wstring& key, bool recursive, std::uint32_t events,
+                                        ContainerCallback callback, void* context) const = 0;
+  virtual bool UnnotifyContainer(const std::uint32_t& handle) const = 0;
+};
+
+}  // namespace Config

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <list>
+#include <string>
+
+namespace ServiceRecords {
+
+// An address whose reachability tells whether the machine is inside or outside a store's network.
+// Identified by its location, compared case-sensitively.
+class SRBeacon {
+ public:
+  [[nodiscard]] std::wstring GetLocation() const { return location_; }
+  void SetLocation(const std::wstring& location) { location_ = location; }
+  [[nodiscard]] bool GetDSConfirmed() const { return dsConfirmed_; }
+  void SetDSConfirmed(bool confirmed) { dsConfirmed_ = confirmed; }
+
+  bool operator==(const SRBeacon& other) const { return location_ == other.location_; }
+
+  // True when the discovery service had confirmed this beacon and the list no longer names it.
+  [[nodiscard]] bool ConfirmedButNotInList(const std::list<SRBeacon>* list) const;
+
+ private:
+  std::wstring location_;
+  bool dsConfirmed_ = false;
+};
+
+}  // namespace ServiceRecords

@@ -1,0 +1,149 @@
+#include "SRLib/SRStore.h"
+
+#include "SRLib/GenericFactories.h"
+#include "SRLib/Trace.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace ServiceRecords {
+namespace {
+
+template <class Gateways>
+auto FindGateway(Gateways& gateways, const std::wstring& name) {
+  return std::find_if(gateways.begin(), gateways.end(),
+                      [&name](const SRGateway& gateway) { return gateway.GetName() == name; });
+}
+
+template <class Gateways>
+auto FindDefault(Gateways& gateways) {
+  return std::find_if(gateways.begin(), gateways.end(), std::mem_fn(&SRGateway::GetDefault));
+}
+
+}  // namespace
+
+std::list<SRBeacon>& SRStore::GetInternalBeacons() {
+  if (internalBeacons_.empty()) {
+    SRBeacon own;
+    own.SetLocation(storeURL_);
+    internalBeacons_.push_back(own);
+  }
+  return internalBeacons_;
+}
+
+std::list<SRBeacon>& SRStore::GetExternalBeacons() {
+  SRGateway defaultGateway;
+  if (externalBeacons_.empty() && GetDefaultGatewayRef(defaultGateway)) {
+    SRBeacon gateway;
+    gateway.SetLocation(defaultGateway.GetLocation());
+    externalBeacons_.push_back(gateway);
+  }
+  return externalBeacons_;
+}
+
+const std::list<SRBeacon>& SRStore::Beacons(BeaconType type) const {
+  return type == BeaconType::Internal ? internalBeacons_ : externalBeacons_;
+}
+
+void SRStore::AddBeacon(const SRBeacon& beacon, BeaconType type) {
+  (type == BeaconType::Internal ? internalBeacons_ : externalBeacons_).push_back(beacon);
+}
+
+void SRStore::SetAllGatewaysDSTrusted() {
+  for (SRGateway& gateway : gateways_) gateway.SetTrustedByDS(true);
+}
+
+void SRStore::SetAllGatewaysUserTrusted() {
+  for (SRGateway& gateway : gateways_) gateway.SetTrustedByUser(true);
+}
+
+void SRStore::SetAllBeaconsDSConfirmed() {
+  for (SRBeacon& beacon : internalBeacons_) beacon.SetDSConfirmed(true);
+  for (SRBeacon& beacon : externalBeacons_) beacon.SetDSConfirmed(true);
+}
+
+void SRStore::Merge(const SRStore& incoming, bool dsTrusted) {
+  storeName_ = incoming.storeName_;
+  storeURL_ = incoming.storeURL_;
+  type_ = incoming.type_;
+  MergeGateways(incoming.gateways_, dsTrusted);
+  MergeBeacons(internalBeacons_, incoming.internalBeacons_, dsTrusted);
+  MergeBeacons(externalBeacons_, incoming.externalBeacons_, dsTrusted);
+}
+
+void SRStore::MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted) {
+  SRGateway defaultBefore;
+  GetDefaultGatewayRef(defaultBefore);
+
+  if (dsTrusted)
+    gateways_.remove_if([&incoming](const SRGateway& own) { return own.TrustedButNotInList(&incoming); });
+
+  for (const SRGateway& gateway : incoming) {
+    const auto own = std::find(gateways_.begin(), gateways_.end(), gateway);
+    if (own == gateways_.end()) {
+      gateways_.push_back(gateway);
+      gateways_.back().SetTrustedByDS(dsTrusted);
+    } else {
+      *own = gateway;  // the user's trust too: a changed document must be confirmed again
+      if (dsTrusted) own->SetTrustedByDS(true);
+    }
+  }
+
+  SetDefaultGateway(defaultBefore.GetName());
+}
+
+void SRStore::MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>& incoming, bool dsTrusted) {
+  if (dsTrusted)
+    mine.remove_if([&incoming](const SRBeacon& own) { return own.ConfirmedButNotInList(&incoming); });
+
+  for (const SRBeacon& beacon : incoming) {
+    const auto own = std::find(mine.begin(), mine.end(), beacon);
+    if (own == mine.end()) {
+      mine.push_back(beacon);
+      mine.back().SetDSConfirmed(dsTrusted);
+    } else {
+      *own = beacon;  // a document clears the confirmation of the beacons it repeats: deliberate
+      if (dsTrusted) own->SetDSConfirmed(true);
+    }
+  }
+}
+
+bool SRStore::GetDefaultGatewayRef(SRGateway& out) const {
+  if (gateways_.empty()) return false;
+  if (const SRGateway* selected = GatewaySelectedByUser(); selected != nullptr) {
+    out = *selected;
+    return true;
+  }
+  const auto marked = FindDefault(gateways_);
+  out = marked != gateways_.end() ? *marked : gateways_.front();
+  // Written also when the user never chose a gateway.
+  SR_TRACE(0) << "Gateway selected by user doesn't match any from the store. Using default from store: "
+              << out.GetLocation();
+  return true;
+}
+
+const SRGateway* SRStore::GatewaySelectedByUser() const {
+  std::wstring name;
+  if (!CGenericFactories::Instance().UserConfiguration().GetString(L"SR\\UserSelectedGatewayName", L"",
+                                                                   name)) {
+    return nullptr;
+  }
+  SR_TRACE(0) << "Gateway selected by user in PrefPanel: " << name;
+  const auto selected = name.empty() ? gateways_.end() : FindGateway(gateways_, name);
+  if (selected == gateways_.end()) return nullptr;
+  SR_TRACE(0) << "Gateway selected by user matches one of gateways in store list.";
+  return &*selected;
+}
+
+bool SRStore::SetDefaultGateway(const std::wstring& name) {
+  const auto named = FindGateway(gateways_, name);
+  if (named == gateways_.end()) return false;
+  const auto marked = FindDefault(gateways_);
+  if (marked == named) return true;
+  named->SetDefault(true);
+  // Only the first mark is cleared: deliberate.
+  if (marked != gateways_.end()) marked->SetDefault(false);
+  return true;
+}
+
+}  // namespace ServiceRecords

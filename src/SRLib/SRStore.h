@@ -1,0 +1,77 @@
+#pragma once
+
+#include "SRLib/SRBeacon.h"
+#include "SRLib/SRGateway.h"
+
+#include <cstdint>
+#include <list>
+#include <string>
+
+namespace ServiceRecords {
+
+// Kind of service record. The values are stored in the configuration and must not change.
+enum class SRType : std::uint32_t { store = 0, unknown = 0xFFFFFFFF };
+
+enum class BeaconType : std::uint32_t { Internal = 0, External = 1 };
+
+// A provisioned application store: who it is, and how and from where it is reached. A plain value; the lists
+// keep insertion order and may hold duplicates.
+class SRStore {
+ public:
+  virtual ~SRStore() = default;
+  SRStore() = default;
+  SRStore(const SRStore&) = default;
+  SRStore(SRStore&&) noexcept = default;
+  SRStore& operator=(const SRStore&) = default;
+  SRStore& operator=(SRStore&&) noexcept = default;
+
+  [[nodiscard]] std::wstring GetStoreID() const { return storeID_; }
+  void SetStoreID(const std::wstring& id) { storeID_ = id; }
+  [[nodiscard]] std::wstring GetStoreURL() const { return storeURL_; }
+  void SetStoreURL(const std::wstring& url) { storeURL_ = url; }
+  [[nodiscard]] std::wstring GetStoreName() const { return storeName_; }
+  void SetStoreName(const std::wstring& name) { storeName_ = name; }
+  [[nodiscard]] SRType GetSRType() const { return type_; }
+  void SetSRType(SRType type) { type_ = type; }
+
+  [[nodiscard]] std::list<SRGateway>& GetGateways() { return gateways_; }
+  [[nodiscard]] const std::list<SRGateway>& GetGateways() const { return gateways_; }
+  // The store's own address stands in for a missing list of internal beacons, and stays in the store.
+  [[nodiscard]] std::list<SRBeacon>& GetInternalBeacons();
+  // The default gateway's address stands in for a missing list of external beacons, and stays in the store.
+  [[nodiscard]] std::list<SRBeacon>& GetExternalBeacons();
+  // The list as it is, nothing added.
+  [[nodiscard]] const std::list<SRBeacon>& Beacons(BeaconType type) const;
+
+  void AddGateway(const SRGateway& gateway) { gateways_.push_back(gateway); }
+  void AddBeacon(const SRBeacon& beacon, BeaconType type);
+
+  void SetAllGatewaysDSTrusted();
+  void SetAllGatewaysUserTrusted();
+  void SetAllBeaconsDSConfirmed();
+
+  // Merges a newer record of the same store into this one; `dsTrusted` says that the discovery service
+  // vouches for it. The default gateway in force before stays the default while a gateway of its name exists.
+  void Merge(const SRStore& incoming, bool dsTrusted);
+  void MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted);
+  void MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>& incoming, bool dsTrusted);
+
+  // Copies out the gateway that the user chose in the configuration, else the one marked as default, else the
+  // first. False, and `out` untouched, when the store has no gateways.
+  bool GetDefaultGatewayRef(SRGateway& out) const;
+  // Moves the default mark to the named gateway. False, and nothing changed, when there is none of that name.
+  bool SetDefaultGateway(const std::wstring& name);
+
+ private:
+  [[nodiscard]] const SRGateway* GatewaySelectedByUser() const;
+
+  std::wstring storeID_;
+  std::wstring storeURL_;
+  std::wstring storeName_;
+  SRType type_ = SRType::store;
+  std::list<SRGateway> gateways_;
+  std::list<SRBeacon> internalBeacons_;
+  std::list<SRBeacon> externalBeacons_;
+};
+
+}  // namespace ServiceRecords

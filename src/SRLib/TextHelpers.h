@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+// Conversion between the core's wide text (one 32-bit code point per character) and UTF-8. Any thread.
+namespace util {
+
+// UTF-8 of the text. Surrogates and values outside Unicode are left out.
+[[nodiscard]] std::string narrow(std::wstring_view text);
+
+// The code points of the UTF-8 text. Every byte that does not belong to a valid sequence is left out.
+[[nodiscard]] std::wstring widen(std::string_view utf8);
+
+// Whether the bytes are valid UTF-8 throughout.
+[[nodiscard]] bool IsUTF8(std::string_view bytes);
+
+// Replaces `text` with the whole content of the file. False, and `text` unchanged, when the file cannot be
+// opened or is not a regular file. Reads one byte more than a document may have, so that a larger file is
+// seen to be too large.
+[[nodiscard]] bool ReadUTF8File(const std::wstring& path, std::wstring& text);
+
+}  // namespace util
