@@ -1,0 +1,19 @@
+#pragma once
+
+#include <xercesc/framework/LocalFileInputSource.hpp>
+
+#include <string>
+
+// A file that a document names. It is opened only if it is a regular file of at most 1 MiB that lies below
+// the current directory, reached without following a link; anything else throws a std::runtime_error that
+// says which of these it is not. A missing file is left to the parser.
+class BoundedFileInputSource : public xercesc::LocalFileInputSource {
+ public:
+  // `identifier` is the name as the document gives it, relative to the current directory.
+  explicit BoundedFileInputSource(const XMLCh* identifier);
+
+  xercesc::BinInputStream* makeStream() const override;
+
+ private:
+  const std::basic_string<XMLCh> identifier_;
+};

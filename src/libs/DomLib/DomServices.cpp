@@ -1,0 +1,163 @@
+#include "libs/DomLib/DomServices.h"
+
+#include "SRLib/TextHelpers.h"
+#include "SRLib/Trace.h"
+#include "libs/DomLib/BoundedFileInputSource.h"
+#include "libs/DomLib/BoundedParser.h"
+#include "libs/DomLib/MeteredMemoryManager.h"
+#include "libs/DomLib/XercesUtils.h"
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/sax/EntityResolver.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include <stdexcept>
+
+using namespace xercesc;
+
+// Counts the problems of a parse and writes them to the trace log.
+class ParsingErrorHandler : public ErrorHandler {
+ public:
+  void warning(const SAXParseException& exception) override {
+    SR_TRACE(1) << "Warning";
+    ReportError(exception);
+  }
+
+  void error(const SAXParseException& exception) override {
+    errorsSeen_ = true;
+    SR_TRACE(2) << "Error";
+    ReportError(exception);
+  }
+
+  void fatalError(const SAXParseException& exception) override {
+    errorsSeen_ = true;
+    SR_TRACE(3) << "Fatal";
+    ReportError(exception);
+  }
+
+  void resetErrors() override {
+    errorsSeen_ = false;
+    textDumped_ = false;
+    documentText_.clear();
+  }
+
+  [[nodiscard]] bool ErrorsSeen() const { return errorsSeen_; }
+  void SetDocumentText(const std::wstring& text) { documentText_ = text; }
+
+ private:
+  void ReportError(const SAXParseException& exception) {
+    const std::string identifier = AsString(exception.getSystemId());
+    const std::wstring message = AsWString(exception.getMessage());
+    if (identifier.empty()) {
+      SR_TRACE(2) << ": \"" << message << "\".";
+    } else {
+      SR_TRACE(2) << " in [" << identifier << "] at line " << exception.getLineNumber() << ", column "
+                  << exception.getColumnNumber() << ".";
+      SR_TRACE(2) << "    Message:  \"" << message << "\".";
+    }
+    DumpTextOnce();
+  }
+
+  void DumpTextOnce() {
+    if (textDumped_) return;
+    SR_TRACE(2) << documentText_;
+    textDumped_ = true;
+  }
+
+  bool errorsSeen_ = false;
+  std::wstring documentText_;
+  bool textDumped_ = false;
+};
+
+namespace {
+
+// Maps the schema that a document names to the schema file.
+class MyResolver : public EntityResolver {
+ public:
+  MyResolver(const std::wstring& schemaName, const std::wstring& schemaFile)
+      : schemaName_(AsXString(schemaName)), schemaFile_(AsXString(schemaFile)) {}
+
+  InputSource* resolveEntity(const XMLCh* /*publicId*/, const XMLCh* systemId) override {
+    if (XMLString::compareIString(systemId, schemaName_.c_str()) != 0)
+      return new BoundedFileInputSource(systemId);
+    return new BoundedFileInputSource(schemaFile_.empty() ? schemaName_.c_str() : schemaFile_.c_str());
+  }
+
+ private:
+  const XString schemaName_;
+  const XString schemaFile_;
+};
+
+}  // namespace
+
+DOMServices::DOMServices(const ParseBounds& bounds)
+    : memory_(std::make_unique<MeteredMemoryManager>(meter_)),
+      errorHandler_(std::make_unique<ParsingErrorHandler>()) {
+  meter_.bounds = bounds;
+}
+
+DOMServices::~DOMServices() = default;
+
+void DOMServices::SetSchema(const std::wstring& schemaName, const std::wstring& schemaFile) {
+  schemaName_ = schemaName;
+  schemaFile_ = schemaFile;
+}
+
+bool DOMServices::ErrorCheck() const {
+  return errorHandler_->ErrorsSeen();
+}
+
+DOMDocument* DOMServices::GetDocument(const std::wstring& text) {
+  errorHandler_->resetErrors();
+  errorHandler_->SetDocumentText(text);
+  const std::string utf8 = util::narrow(text);
+  if (utf8.size() > meter_.bounds.documentBytes) {
+    throw std::runtime_error("the document is larger than " +
+                             std::to_string(meter_.bounds.documentBytes >> 20) + " MiB");
+  }
+  MemBufInputSource source(reinterpret_cast<const XMLByte*>(utf8.data()), utf8.size(),
+                           AsXString(schemaName_).c_str(), false);
+  source.setEncoding(XMLUni::fgUTF8EncodingString);
+  return GetDocument(source);
+}
+
+DOMDocument* DOMServices::GetDocument(const MemBufInputSource& source) {
+  PrepareParser();
+  resolver_ = std::make_unique<MyResolver>(schemaName_, schemaFile_);
+  parser_->setErrorHandler(errorHandler_.get());
+  parser_->setEntityResolver(resolver_.get());
+  parser_->setValidationScheme(XercesDOMParser::Val_Auto);
+  if (!schemaFile_.empty()) {
+    parser_->setDoSchema(true);
+    parser_->setDoNamespaces(true);
+  }
+  parser_->setCreateEntityReferenceNodes(false);
+  parser_->setIncludeIgnorableWhitespace(false);
+  Parse(source);
+  DOMDocument* document = parser_->getDocument();
+  if (document != nullptr) document->normalize();
+  return document;
+}
+
+void DOMServices::PrepareParser() {
+  if (parser_ == nullptr) {
+    parser_ = std::make_unique<BoundedParser>(meter_, *memory_);
+    return;
+  }
+  parser_->reset();
+  errorHandler_->resetErrors();  // forgets the document's text too: deliberate
+}
+
+void DOMServices::Parse(const MemBufInputSource& source) {
+  try {
+    parser_->ParseWithinBounds(source);
+  } catch (const SAXParseException& exception) {
+    throw std::runtime_error(AsString(exception.getMessage()));
+  } catch (const std::runtime_error&) {
+    parser_.reset();  // a parse cut off at a bound leaves a parser that cannot be used again
+    throw;
+  }
+}

@@ -1,0 +1,92 @@
+#include "libs/DomLib/XercesUtils.h"
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLChar.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+#include <algorithm>
+#include <mutex>
+
+using namespace xercesc;
+
+namespace {
+
+std::mutex& PlatformMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+template <class To, class Unit, class Convert>
+To ConvertUnits(const Unit* text, std::size_t length, Convert convert) {
+  To result(length, typename To::value_type{});
+  std::transform(text, text + length, result.begin(), convert);
+  return result;
+}
+
+bool IsBlank(const XMLCh* text) {
+  return XMLChar1_1::isAllSpaces(text, XMLString::stringLen(text));
+}
+
+}  // namespace
+
+XercesPlatform::XercesPlatform() {
+  const std::lock_guard lock(PlatformMutex());
+  XMLPlatformUtils::Initialize();
+}
+
+XercesPlatform::~XercesPlatform() {
+  const std::lock_guard lock(PlatformMutex());
+  XMLPlatformUtils::Terminate();
+}
+
+std::wstring AsWString(const XMLCh* text) {
+  return ConvertUnits<std::wstring>(text, XMLString::stringLen(text),
+                                    [](XMLCh unit) { return static_cast<wchar_t>(unit); });
+}
+
+std::string AsString(const XMLCh* text) {
+  return ConvertUnits<std::string>(text, XMLString::stringLen(text), [](XMLCh unit) {
+    return static_cast<char>(static_cast<unsigned char>(unit));
+  });
+}
+
+XString AsXString(const char* text) {
+  return ConvertUnits<XString>(text, text == nullptr ? 0 : std::char_traits<char>::length(text),
+                               [](char byte) { return static_cast<XMLCh>(static_cast<signed char>(byte)); });
+}
+
+XString AsXString(const std::wstring& text) {
+  return ConvertUnits<XString>(text.data(), text.size(),
+                               [](wchar_t character) { return static_cast<XMLCh>(character); });
+}
+
+std::wstring NonNullAttribute(const DOMElement& element, const char* name) {
+  const XMLCh* value = element.getAttribute(AsXString(name).c_str());
+  if (value == nullptr) throw "Null attribute value.";
+  return AsWString(value);
+}
+
+bool AsBool(const std::wstring& text) {
+  return text == L"true" || text == L"1";
+}
+
+std::wstring SubNodeText(const DOMElement& element, const char* name) {
+  const DOMNodeList* matches = element.getElementsByTagName(AsXString(name).c_str());
+  const DOMNode* first = matches->item(0);
+  if (first == nullptr) return {};
+  std::wstring result;
+  for (const DOMNode* child = first->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
+    if (child->getNodeType() == DOMNode::CDATA_SECTION_NODE) return AsWString(child->getNodeValue());
+    if (child->getNodeType() != DOMNode::TEXT_NODE || IsBlank(child->getNodeValue())) continue;
+    result = trim(AsWString(child->getNodeValue()), std::locale());  // the last one wins
+  }
+  return result;
+}
+
+std::wstring trim(const std::wstring& text, const std::locale& locale) {
+  const auto isText = [&locale](wchar_t character) { return !std::isspace(character, locale); };
+  const auto first = std::find_if(text.begin(), text.end(), isText);
+  const auto last = std::find_if(text.rbegin(), text.rend(), isText).base();
+  return first < last ? std::wstring(first, last) : std::wstring();
+}
