@@ -1,0 +1,221 @@
+#include "SRLib/SRDocParser.h"
+
+#include "SRLib/Trace.h"
+#include "libs/DomLib/XercesUtils.h"
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/XMLException.hpp>
+
+#include <algorithm>
+#include <stdexcept>
+#include <typeinfo>
+
+using namespace xercesc;
+
+namespace ServiceRecords {
+namespace {
+
+const DOMElement* AsElement(const DOMNode* node) {
+  const bool isElement = node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE;
+  return isElement ? static_cast<const DOMElement*>(node) : nullptr;
+}
+
+// The descendants of that name of the first such container below the element; null without a container.
+const DOMNodeList* ItemsOfFirst(const DOMElement& element, const char* container, const char* item) {
+  const DOMElement* first = AsElement(element.getElementsByTagName(AsXString(container).c_str())->item(0));
+  return first == nullptr ? nullptr : first->getElementsByTagName(AsXString(item).c_str());
+}
+
+std::wstring UpperCase(std::wstring text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](wchar_t character) {
+    return character >= L'a' && character <= L'z' ? static_cast<wchar_t>(character - L'a' + L'A') : character;
+  });
+  return text;
+}
+
+template <class Value>
+struct Spelling {
+  const wchar_t* text;
+  Value value;
+};
+
+// The value of the first spelling that equals the text; null when there is none.
+template <class Value, std::size_t Count>
+const Value* Spelled(const Spelling<Value> (&spellings)[Count], const std::wstring& text) {
+  const auto match = std::find_if(std::begin(spellings), std::end(spellings),
+                                  [&text](const Spelling<Value>& spelling) { return text == spelling.text; });
+  return match == std::end(spellings) ? nullptr : &match->value;
+}
+
+}  // namespace
+
+void SRDocParser::SetSchema() {
+  domServices_.SetSchema(L"serviceRecord.xsd", L"servicerecord.xsd");
+}
+
+bool SRDocParser::Deserialize(const std::wstring& text, StoreMap& out) {
+  out.clear();
+  SetSchema();
+  try {
+    const DOMElement* root = GetServicesElem(text);
+    if (root == nullptr) return false;
+    // What was collected stays, whatever the result.
+    static_cast<void>(DeserializeDocStructure(*root, out));
+    SR_TRACE(0) << "No Errors Detected";
+    return true;
+  } catch (const std::runtime_error& exception) {
+    SR_TRACE(2) << "Exception parsing document containning Service Records: " << exception.what();
+  } catch (const XMLException& exception) {
+    SR_TRACE(2) << "XMLException parsing document containning Service Records: "
+                << AsWString(exception.getMessage());
+  } catch (const DOMException& exception) {
+    SR_TRACE(2) << "DOMException parsing document containning Service Records: "
+                << AsWString(exception.getMessage());
+  } catch (...) {
+    SR_TRACE(2) << "Unexpected Exception parsing document containning Service Records: ";
+  }
+  return false;
+}
+
+const DOMElement* SRDocParser::GetServicesElem(const std::wstring& text) {
+  document_ = domServices_.GetDocument(text);
+  if (domServices_.ErrorCheck()) {
+    const bool isServiceRecord = typeid(*this) == typeid(SRDocParser);
+    SR_TRACE(2) << "Errors Detected during schema validation of "
+                << (isServiceRecord ? "ServiceRecords" : "Discovery") << " document";
+    SR_TRACE(2) << "Invalid document contents: ";
+    SR_TRACE(2) << text;
+  }
+  // The document is read all the same, as far as the rules below allow.
+  return document_ == nullptr ? nullptr : document_->getDocumentElement();
+}
+
+bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out) {
+  const DOMNodeList* services = root.getElementsByTagName(AsXString("Service").c_str());
+  return services != nullptr && DeserializeServiceNodes(*services, out);
+}
+
+bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap& out) {
+  for (XMLSize_t i = 0; i < services.getLength(); ++i) {
+    DOMNode* node = services.item(i);
+    if (node == nullptr) return false;
+    if (AsElement(node) == nullptr) continue;
+    auto& service = static_cast<DOMElement&>(*node);
+    SRStore store;
+    if (!DeserializeService(service, store)) return false;
+    // A bad list ends the document without making it a failure, unlike a missing element: deliberate.
+    if (!DeserializeGateways(service, store) || !DeserializeBeacons(service, store, BeaconType::Internal) ||
+        !DeserializeBeacons(service, store, BeaconType::External)) {
+      return true;
+    }
+    out[store.GetStoreID()] = store;
+  }
+  return true;
+}
+
+bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
+  const std::wstring id = SubNodeText(service, "SRID");
+  const std::wstring name = SubNodeText(service, "Name");
+  const std::wstring address = SubNodeText(service, "Address");
+  const std::wstring type = NonNullAttribute(service, "type");
+  if (id.empty() || name.empty() || address.empty() || type.empty()) {
+    SR_TRACE(2) << "SR XML Parsing error: required service element is missing.";
+    return false;
+  }
+  store.SetStoreID(id);
+  store.SetStoreName(name);
+  store.SetStoreURL(address);
+  store.SetSRType(SRTypeFromString(type));
+  return true;
+}
+
+bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
+  const DOMNodeList* gateways = ItemsOfFirst(service, "Gateways", "Gateway");
+  if (gateways == nullptr) return true;
+  for (XMLSize_t i = 0; i < gateways->getLength(); ++i) {
+    const DOMElement* element = AsElement(gateways->item(i));
+    if (element == nullptr) return true;
+    const std::wstring name = NonNullAttribute(*element, "Name");
+    const std::wstring location = SubNodeText(*element, "Location");
+    const std::wstring edition = NonNullAttribute(*element, "Edition");
+    const std::wstring authentication = NonNullAttribute(*element, "Auth");
+    const std::wstring mode = NonNullAttribute(*element, "RewriteMode");
+    // One of them is enough: deliberate.
+    if (name.empty() && location.empty() && edition.empty() && authentication.empty() && mode.empty()) {
+      SR_TRACE(2) << "SR XML Parsing error: required gateway attribute is missing.";
+      return false;
+    }
+    SRGateway gateway;
+    gateway.SetName(name);
+    gateway.SetAuthentication(GatewayAuthFromString(authentication));
+    gateway.SetEdition(GatewayEditionFromString(edition));
+    gateway.SetAGMode(AGModeFromString(mode));
+    gateway.SetLocation(location);
+    gateway.SetDefault(AsBool(NonNullAttribute(*element, "Default")));
+    store.AddGateway(gateway);
+  }
+  return true;
+}
+
+bool SRDocParser::DeserializeBeacons(DOMElement& service, SRStore& store, BeaconType type) {
+  const char* container = type == BeaconType::Internal ? "Internal" : "External";
+  const DOMNodeList* beacons = ItemsOfFirst(service, container, "Beacon");
+  if (beacons == nullptr) return true;
+  for (XMLSize_t i = 0; i < beacons->getLength(); ++i) {
+    const DOMNode* content = beacons->item(i)->getFirstChild();
+    if (content == nullptr) {
+      SR_TRACE(2) << "SR XML Parsing error: incorrect beacons list";
+      return false;
+    }
+    // An element has no value and counts as an empty address.
+    const XMLCh* value = content->getNodeValue();
+    const std::wstring location = value == nullptr ? std::wstring() : trim(AsWString(value), std::locale());
+    if (location.empty()) {
+      SR_TRACE(0) << "SR XML Parsing warning: empty beacon address";
+      continue;
+    }
+    SRBeacon beacon;
+    beacon.SetLocation(location);
+    store.AddBeacon(beacon, type);
+  }
+  return true;
+}
+
+SRType SRDocParser::SRTypeFromString(const std::wstring& text) const {
+  if (UpperCase(text) == L"STORE") return SRType::store;
+  SR_TRACE(2) << "SRTypeFromString conversion error unknown type: " << text;
+  return SRType::unknown;
+}
+
+SRGateway::GatewayEdition SRDocParser::GatewayEditionFromString(const std::wstring& text) const {
+  using enum SRGateway::GatewayEdition;
+  static constexpr Spelling<SRGateway::GatewayEdition> kSpellings[] = {
+      {L"Advanced", Advanced}, {L"Enterprise", Enterprise}, {L"Standard", Standard}};
+  if (const auto* edition = Spelled(kSpellings, text)) return *edition;
+  SR_TRACE(2) << "GatewayEditionFromString: unexpected gateway edition type: " << text;
+  return Standard;
+}
+
+SRGateway::GatewayAuthentication SRDocParser::GatewayAuthFromString(const std::wstring& text) const {
+  using enum SRGateway::GatewayAuthentication;
+  static constexpr Spelling<SRGateway::GatewayAuthentication> kSpellings[] = {{L"RSA", RSA},
+                                                                              {L"Domain", Domain},
+                                                                              {L"DomainAndRSA", DomainAndRSA},
+                                                                              {L"SMS", SMS},
+                                                                              {L"GatewayKnows", GatewayKnows},
+                                                                              {L"None", None}};
+  if (const auto* authentication = Spelled(kSpellings, text)) return *authentication;
+  SR_TRACE(2) << "GatewayAuthFromString: unexpected gateway authentication type: " << text;
+  return None;
+}
+
+SRGateway::AGMode SRDocParser::AGModeFromString(const std::wstring& text) const {
+  using enum SRGateway::AGMode;
+  static constexpr Spelling<SRGateway::AGMode> kSpellings[] = {
+      {L"SG_RW", SG_RW}, {L"FB_RW", FB_RW}, {L"ENTCVPN_RW", ENTCVPN_RW}, {L"NONE", NONE}};
+  if (const auto* mode = Spelled(kSpellings, text)) return *mode;
+  SR_TRACE(2) << "AGModeFromString: unexpected gateway mode type: " << text;
+  return NONE;
+}
+
+}  // namespace ServiceRecords

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "SRLib/StoreMap.h"
+#include "libs/DomLib/DomServices.h"
+
+#include <string>
+
+XERCES_CPP_NAMESPACE_BEGIN
+class DOMElement;
+class DOMNodeList;
+XERCES_CPP_NAMESPACE_END
+
+namespace ServiceRecords {
+
+// The namespace of service records, in both kinds of document.
+inline constexpr wchar_t kServiceRecordNamespace[] = L"urn:morvane:servicerecord";
+
+// Turns the text of a service-record document into the stores that it describes. Problems are reported in the
+// trace log only. One call at a time; make one parser for each document.
+class SRDocParser {
+ public:
+  SRDocParser() = default;
+  virtual ~SRDocParser() = default;
+  SRDocParser(const SRDocParser&) = delete;
+  SRDocParser& operator=(const SRDocParser&) = delete;
+
+  // Tells the XML layer which schema documents of this kind name, and which file holds it.
+  virtual void SetSchema();
+  // Collects the document's services and reads them into `out`.
+  virtual bool DeserializeDocStructure(const xercesc::DOMElement& root, StoreMap& out);
+
+  // Clears `out` and fills it with the stores of the document. False only without a root element or after an
+  // exception; a document that fails its schema is read as far as possible all the same.
+  bool Deserialize(const std::wstring& text, StoreMap& out);
+
+  [[nodiscard]] SRType SRTypeFromString(const std::wstring& text) const;
+  [[nodiscard]] SRGateway::GatewayEdition GatewayEditionFromString(const std::wstring& text) const;
+  [[nodiscard]] SRGateway::GatewayAuthentication GatewayAuthFromString(const std::wstring& text) const;
+  [[nodiscard]] SRGateway::AGMode AGModeFromString(const std::wstring& text) const;
+
+ protected:
+  [[nodiscard]] const xercesc::DOMElement* GetServicesElem(const std::wstring& text);
+  bool DeserializeServiceNodes(const xercesc::DOMNodeList& services, StoreMap& out);
+  bool DeserializeGateways(xercesc::DOMElement& service, SRStore& store);
+  bool DeserializeBeacons(xercesc::DOMElement& service, SRStore& store, BeaconType type);
+
+  DOMServices domServices_;
+
+ private:
+  bool DeserializeService(xercesc::DOMElement& service, SRStore& store);
+
+  xercesc::DOMDocument* document_ = nullptr;  // owned by domServices_
+};
+
+}  // namespace ServiceRecords

@@ -1,0 +1,27 @@
+#include "SRLib/SRXMLProvider.h"
+
+#include "SRLib/DiscoveryDocParser.h"
+#include "SRLib/SRDocParser.h"
+#include "SRLib/Trace.h"
+
+namespace ServiceRecords {
+
+SRXMLProvider::SRXMLProvider() = default;
+SRXMLProvider::~SRXMLProvider() = default;
+
+bool SRXMLProvider::ProcessNewDocument(const std::wstring& text, StoreMap& out) {
+  if (text.find(L"<Discovery") != std::wstring::npos) {
+    parser_ = std::make_unique<DiscoveryDocParser>();
+  } else {
+    parser_ = std::make_unique<SRDocParser>();
+  }
+  return parser_->Deserialize(text, out);
+}
+
+StoreMap SRXMLProvider::Parse(const std::wstring& text) {
+  StoreMap stores;
+  if (!ProcessNewDocument(text, stores)) SR_TRACE(2) << "Failed to parse SR document: " << text;
+  return stores;
+}
+
+}  // namespace ServiceRecords

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "SRLib/StoreMap.h"
+
+#include <memory>
+#include <string>
+
+namespace ServiceRecords {
+
+class SRDocParser;
+
+// The front for incoming documents: tells service-record and discovery documents apart and returns the stores
+// found. Make one for each document; used by one thread.
+class SRXMLProvider {
+ public:
+  SRXMLProvider();
+  ~SRXMLProvider();
+  SRXMLProvider(const SRXMLProvider&) = delete;
+  SRXMLProvider& operator=(const SRXMLProvider&) = delete;
+
+  // The stores of the document; empty when there are none or the document failed, which the trace log
+  // explains.
+  [[nodiscard]] StoreMap Parse(const std::wstring& text);
+  // Chooses the parser by the text "<Discovery" anywhere in the document, and runs it.
+  bool ProcessNewDocument(const std::wstring& text, StoreMap& out);
+
+ private:
+  std::unique_ptr<SRDocParser> parser_;
+};
+
+}  // namespace ServiceRecords
