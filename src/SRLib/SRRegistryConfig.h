@@ -1,0 +1,41 @@
+#pragma once
+
+#include "SRLib/StoreMap.h"
+
+#include <list>
+#include <string>
+
+namespace Config {
+class Configurator;
+}
+
+namespace ServiceRecords {
+
+// Saves the store list into the user's configuration and restores it. Light: make one for each use. No lock
+// of its own; the caller holds the provider's for a whole save or restore. Failures to write are logged by
+// the configuration; missing values restore as defaults.
+class SRRegistryConfig {
+ public:
+  SRRegistryConfig();
+
+  [[nodiscard]] StoreMap RestoreStores() const;
+  void RestoreStore(const std::wstring& id, SRStore& store) const;
+  void RestoreGateways(const std::wstring& storeKey, SRStore& store) const;
+  void RestoreBeacons(const std::wstring& storeKey, BeaconType type, SRStore& store) const;
+
+  // Replaces the saved set. The map itself is not changed: beacons that stand in for a missing list are saved
+  // with a copy.
+  void SaveStores(const StoreMap& stores) const;
+  // Not const: a missing beacon list is filled before it is saved.
+  void SaveStore(SRStore& store) const;
+  void SaveGateways(const std::wstring& storeKey, const std::list<SRGateway>& gateways) const;
+  void SaveBeacons(const std::wstring& beaconsKey, BeaconType type, const std::list<SRBeacon>& beacons) const;
+
+  // Parent, one backslash, child.
+  [[nodiscard]] static std::wstring NodeLiteral(const std::wstring& parent, const std::wstring& child);
+
+ private:
+  const Config::Configurator& configuration_;
+};
+
+}  // namespace ServiceRecords
