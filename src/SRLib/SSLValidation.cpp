@@ -1,0 +1,34 @@
+#include "SRLib/SSLValidation.h"
+
+#include "SRLib/Messages.h"
+#include "SRLib/SSLValidationDetails.h"
+#include "SRLib/SSLValidationFactory.h"
+#include "SRLib/TextHelpers.h"
+#include "SRLib/Trace.h"
+
+namespace ServiceRecords {
+
+SSLValidationFactory* SSLValidationFactory::c_Instance = nullptr;
+
+void SSLValidationDetails::Reset() {
+  Organization.clear();
+  Issuer.clear();
+  Errors.clear();
+  Result = kSuccess;
+}
+
+SSLValidation::SSLValidation(const std::wstring& url) : url_(util::narrow(url)) {}
+
+bool SSLValidation::ValidateURL(SSLValidationDetails& details) {
+  details.Reset();
+  if (!url_.IsSecure()) {
+    SR_TRACE(0) << "Warning: HTTP connection requested for SSL validation with " << url_.GetURL()
+                << " server.";
+  }
+  if (!url_.GetServer().empty()) return PerformValidation(details);
+  SR_TRACE(2) << "Host name cannot be empty. Please check the URL " << url_.GetURL();
+  details.AddError(util::MessageWithArgument(util::kMessageEmptyHostName, url_.GetDisplayURL()));
+  return false;
+}
+
+}  // namespace ServiceRecords
