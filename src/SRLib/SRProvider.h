@@ -1,0 +1,89 @@
+#pragma once
+
+#include "SRLib/StoreMap.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+class CGenericCS;
+
+namespace ServiceRecords {
+
+class IServiceRecordsNotifications;
+class SSLValidationDetails;
+
+// The one owner of the provisioned stores, and every flow that reads or changes them. Any thread; the
+// recursive critical section guards the map. It is never held across network calls or trust dialogs; the
+// store-replace dialog alone is shown while it is held. Every change that reaches the repository is published
+// at once.
+class SRProvider {
+ public:
+  // Restores the stores from the repository and publishes them.
+  SRProvider();
+  ~SRProvider();
+  SRProvider(const SRProvider&) = delete;
+  SRProvider& operator=(const SRProvider&) = delete;
+
+  // The provider of the process, made on first use.
+  static SRProvider& Instance();
+
+  void RestoreFromRepository();
+
+  // Not owned. Must be set before any flow that may show a dialog.
+  void InitNotificationManager(IServiceRecordsNotifications* notifications) {
+    notifications_ = notifications;
+  }
+  [[nodiscard]] IServiceRecordsNotifications* Notification() const;
+
+  // Merges a document that the client handed in, as confirmed by the discovery service. `updated` tells
+  // whether the list changed. A document without stores shows an error dialog.
+  void InboundUpdate(const std::wstring& document, bool& updated);
+
+  // Merges `incoming`, which may be changed, into the list; the caller holds the lock, saves and publishes.
+  // Without `dsTrusted` the user is asked before a store already held is replaced.
+  void MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated);
+
+  // True when a store of that id was removed; the change is saved and published.
+  bool RemoveStore(const std::wstring& id);
+  // A copy to work on.
+  [[nodiscard]] StoreMap GetStores() const;
+  // Does `work` while no other thread reads, changes or saves the list.
+  void WhileLocked(const std::function<void()>& work) const;
+  // Saves the list as it is and publishes it.
+  void SaveAllStores();
+
+  // The flow over a file that the user opened. `filePath` carries one delimiter character at each end.
+  // `accepted` receives the file's stores when the list changed, and is otherwise empty.
+  void OutboundUserConfirm(const std::wstring& filePath, StoreMap& accepted);
+  // Whether the store's server is trusted by the system and by the user.
+  bool VerifyUserTrust(SRStore& store);
+  // Validates the server at `url` and asks the user to trust the store. The second URL is not used.
+  bool VerifyServer(SRStore& store, const std::wstring& url, const std::wstring& secondUrl,
+                    SSLValidationDetails& details);
+
+  // Finds the store that a URL points at: by the whole address, by the address cut back segment by segment,
+  // by host and port. `store` is untouched when there is none.
+  bool GetStoreFromURL(const std::wstring& url, SRStore& store) const;
+
+  // Move the default mark of the first matching store (exact, case-sensitive) to the named gateway. The
+  // caller saves with SaveAllStores.
+  bool SetDefaultGatewayForStore(const std::wstring& storeURL, const std::wstring& gatewayName);
+  bool SetDefaultGatewayForStoreID(const std::wstring& storeID, const std::wstring& gatewayName);
+  // Name and location of every gateway other than the store's default.
+  [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> PrepareOtherGateways(SRStore& store) const;
+
+ private:
+  void SaveAndPublish();
+  void MergeAccepted(StoreMap& stores, StoreMap& accepted);
+  bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
+                              const std::wstring& gatewayName);
+
+  StoreMap stores_;
+  const std::unique_ptr<CGenericCS> lock_;
+  IServiceRecordsNotifications* notifications_ = nullptr;
+};
+
+}  // namespace ServiceRecords
