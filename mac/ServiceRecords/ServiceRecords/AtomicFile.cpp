@@ -1,0 +1,215 @@
+#include "AtomicFile.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+namespace AtomicFile {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kOwnerOnly = 0600;
+constexpr std::string_view kTemporaryMark = ".tmp-";
+constexpr std::string_view kRandomPart = "XXXXXX";
+
+std::error_code LastError() {
+  return {errno, std::generic_category()};
+}
+
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+  FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  FileDescriptor& operator=(FileDescriptor&&) = delete;
+  ~FileDescriptor() { static_cast<void>(Close()); }
+
+  [[nodiscard]] bool IsOpen() const { return descriptor_ >= 0; }
+  [[nodiscard]] int Get() const { return descriptor_; }
+
+  // The last chance of a network file system to report a failed write.
+  std::error_code Close() {
+    const int descriptor = std::exchange(descriptor_, -1);
+    return descriptor >= 0 && ::close(descriptor) != 0 ? LastError() : std::error_code();
+  }
+
+ private:
+  int descriptor_;
+};
+
+// Where the content really is: the file's place, or what a symbolic link there points to.
+fs::path Target(const fs::path& file) {
+  std::error_code notALink;
+  const fs::path link = fs::read_symlink(file, notALink);
+  return notALink ? file : file.parent_path() / link;
+}
+
+std::string TemporaryPrefix(const fs::path& target) {
+  return "." + target.filename().string() + std::string(kTemporaryMark);
+}
+
+bool IsTemporary(std::string_view name, std::string_view prefix) {
+  if (!name.starts_with(prefix) || name.size() != prefix.size() + kRandomPart.size()) return false;
+  name.remove_prefix(prefix.size());
+  return name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789") ==
+         std::string_view::npos;
+}
+
+struct Temporary {
+  fs::path path;
+  FileDescriptor file;
+};
+
+// Tells every sweep that the writer lives. Where the file system has no locks, a sweep cannot take one
+// either.
+void LockForWriting(const FileDescriptor& file) {
+  while (::flock(file.Get(), LOCK_EX) != 0 && errno == EINTR) {
+  }
+}
+
+std::optional<Temporary> CreateTemporary(const fs::path& target, std::error_code& error) {
+  while (true) {
+    std::string path = target.parent_path() / (TemporaryPrefix(target) + std::string(kRandomPart));
+    FileDescriptor file(::mkostemp(path.data(), O_CLOEXEC));
+    if (!file.IsOpen()) {
+      error = LastError();
+      return std::nullopt;
+    }
+    LockForWriting(file);
+    // A sweep that came before the lock has taken the name away; then the next one is tried.
+    struct stat status {};
+    if (::fstat(file.Get(), &status) != 0 || status.st_nlink != 0)
+      return Temporary{std::move(path), std::move(file)};
+  }
+}
+
+std::error_code WriteAll(int file, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t count = ::write(file, content.data(), content.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return LastError();
+    content.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return {};
+}
+
+std::error_code FlushFolder(const fs::path& folder) {
+  const FileDescriptor handle(
+      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  // Some file systems cannot flush a folder, and say so with EINVAL.
+  if (!handle.IsOpen() || (::fsync(handle.Get()) != 0 && errno != EINVAL)) return LastError();
+  return {};
+}
+
+std::error_code WriteAndRename(Temporary& temporary, const fs::path& target, mode_t mode,
+                               std::string_view content) {
+  // Holds the lock beyond the close, until the temporary has its final name.
+  const FileDescriptor lock(::fcntl(temporary.file.Get(), F_DUPFD_CLOEXEC, 0));
+  if (!lock.IsOpen() || ::fchmod(lock.Get(), mode) != 0) return LastError();
+  if (const std::error_code error = WriteAll(temporary.file.Get(), content)) return error;
+  if (::fsync(temporary.file.Get()) != 0) return LastError();
+  if (const std::error_code error = temporary.file.Close()) return error;
+  return ::rename(temporary.path.c_str(), target.c_str()) == 0 ? std::error_code() : LastError();
+}
+
+// The mode for the new content. An error for anything but a regular file, such as a device that a link names.
+std::error_code ModeAt(const fs::path& target, mode_t& mode) {
+  struct stat status {};
+  mode = kOwnerOnly;
+  if (::lstat(target.c_str(), &status) != 0) return errno == ENOENT ? std::error_code() : LastError();
+  if (S_ISLNK(status.st_mode)) return {};
+  if (S_ISDIR(status.st_mode)) return std::make_error_code(std::errc::is_a_directory);
+  if (!S_ISREG(status.st_mode)) return std::make_error_code(std::errc::invalid_argument);
+  mode = status.st_mode & 0777;
+  return {};
+}
+
+// A second name needs no right to read the file and takes no space, but not every file system has them.
+bool LinkBeside(const fs::path& file, const fs::path& kept) {
+  // A name that a later sweep knows.
+  const fs::path newName = kept.parent_path() / (TemporaryPrefix(kept) + "second");
+  ::unlink(newName.c_str());
+  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, newName.c_str(), AT_SYMLINK_FOLLOW) != 0) return false;
+  const bool renamed = ::rename(newName.c_str(), kept.c_str()) == 0;
+  ::unlink(newName.c_str());  // still there when both names were the same file already
+  return renamed;
+}
+
+void RemoveUnlessLocked(const fs::path& temporary) {
+  const FileDescriptor file(::open(temporary.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (file.IsOpen() && ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0) ::unlink(temporary.c_str());
+}
+
+}  // namespace
+
+std::optional<std::string> Read(const fs::path& file, std::error_code& error) {
+  error.clear();
+  // Not blocking, so that a pipe in the file's place cannot hold the caller.
+  const FileDescriptor handle(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status {};
+  if (!handle.IsOpen() || ::fstat(handle.Get(), &status) != 0) {
+    error = LastError();
+    return std::nullopt;
+  }
+  if (!S_ISREG(status.st_mode)) {
+    error = std::make_error_code(S_ISDIR(status.st_mode) ? std::errc::is_a_directory
+                                                         : std::errc::invalid_argument);
+    return std::nullopt;
+  }
+  std::string content;
+  std::vector<char> buffer(65536);
+  while (const ssize_t count = ::read(handle.Get(), buffer.data(), buffer.size())) {
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) {
+      error = LastError();
+      return std::nullopt;
+    }
+    content.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return content;
+}
+
+std::error_code Replace(const fs::path& file, std::string_view content) {
+  const fs::path target = Target(file);
+  mode_t mode = kOwnerOnly;
+  std::error_code error = ModeAt(target, mode);
+  if (error) return error;
+  std::optional<Temporary> temporary = CreateTemporary(target, error);
+  if (!temporary) return error;
+  error = WriteAndRename(*temporary, target, mode, content);
+  if (error) {
+    ::unlink(temporary->path.c_str());
+    return error;
+  }
+  return FlushFolder(target.parent_path());
+}
+
+std::error_code KeepBeside(const fs::path& file, const std::string& suffix) {
+  fs::path kept = file;
+  kept += suffix;
+  if (LinkBeside(file, kept)) return {};
+  std::error_code error;
+  const std::optional<std::string> content = Read(file, error);
+  return content ? Replace(kept, *content) : error;
+}
+
+void SweepTemporaries(const fs::path& file) {
+  const fs::path target = Target(file);
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
+  const std::string prefix = TemporaryPrefix(target);
+  std::error_code ignored;
+  std::vector<fs::path> temporaries;
+  for (fs::directory_iterator entry(folder, ignored); entry != fs::directory_iterator();
+       entry.increment(ignored)) {
+    if (IsTemporary(entry->path().filename().string(), prefix)) temporaries.push_back(entry->path());
+  }
+  for (const fs::path& temporary : temporaries) RemoveUnlessLocked(temporary);
+}
+
+}  // namespace AtomicFile

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+// Small files that are replaced as a whole. Any thread; not coordinated between processes beyond the rename.
+namespace AtomicFile {
+
+// The whole content of a regular file. Nothing, and `error` set, when it is missing or cannot be read.
+[[nodiscard]] std::optional<std::string> Read(const std::filesystem::path& file, std::error_code& error);
+
+// Replaces the file, mode 0600 when it is new and its old mode otherwise, by way of a temporary in the same
+// folder that is flushed to disk and renamed. A symbolic link at the file's place is followed once and stays.
+// On an error the temporary is gone and the old file is as it was.
+[[nodiscard]] std::error_code Replace(const std::filesystem::path& file, std::string_view content);
+
+// Keeps the file's content under a second name beside it, with `suffix` appended, replacing what had that
+// name. The file itself stays.
+[[nodiscard]] std::error_code KeepBeside(const std::filesystem::path& file, const std::string& suffix);
+
+// Removes temporaries of this file that a killed process left behind; those of a live writer, in this process
+// or another, stay.
+void SweepTemporaries(const std::filesystem::path& file);
+
+}  // namespace AtomicFile

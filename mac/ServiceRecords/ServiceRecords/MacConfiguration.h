@@ -1,0 +1,38 @@
+#pragma once
+
+#include "SRLib/Configurator.h"
+
+#include <filesystem>
+
+// The full path of the scope's configuration file, computed once for the process; its folder is created then.
+[[nodiscard]] const std::filesystem::path& preferenceFile(bool perUser);
+
+// The configuration tree of one scope, kept in one property-list file. Every operation reads the file afresh
+// and every setter writes it whole, under one process-wide lock.
+class CMacConfiguration : public Config::Configurator {
+ public:
+  explicit CMacConfiguration(bool perUser) : perUser_(perUser) {}
+
+  bool GetUInt(const std::wstring& key, std::uint32_t fallback, std::uint32_t& value) const override;
+  bool GetBoolean(const std::wstring& key, bool fallback, bool& value) const override;
+  bool GetString(const std::wstring& key, const std::wstring& fallback, std::wstring& value) const override;
+  bool GetBinary(const std::wstring& key, std::uint8_t* buffer, std::uint32_t& size) const override;
+  bool SetBinary(const std::wstring& key, const std::uint8_t* bytes, std::uint32_t size) const override;
+  bool GetList(const std::wstring& key, std::vector<std::wstring>& list) const override;
+  bool SetList(const std::wstring& key, const std::vector<std::wstring>& list) const override;
+  bool SetUInt(const std::wstring& key, std::uint32_t value) const override;
+  bool SetBoolean(const std::wstring& key, bool value) const override;
+  bool SetString(const std::wstring& key, const std::wstring& value) const override;
+  bool CreateContainer(const std::wstring& key) const override;
+  bool DeleteContainer(const std::wstring& key) const override;
+  bool DeleteValue(const std::wstring& key) const override;
+  bool EnumContainers(const std::wstring& key, std::uint32_t index, std::wstring& name) const override;
+  bool EnumValues(const std::wstring& key, std::uint32_t index, std::wstring& name,
+                  std::uint32_t& type) const override;
+  std::uint32_t NotifyContainer(const std::wstring& key, bool recursive, std::uint32_t events,
+                                Config::ContainerCallback callback, void* context) const override;
+  bool UnnotifyContainer(const std::uint32_t& handle) const override;
+
+ private:
+  const bool perUser_;
+};

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+// The user's preferences for the agent: com.morvane.ServiceRecords.plist in the per-user application-support
+// folder. Read afresh at every call, so that another program's change is seen. Any thread.
+class UserDefaults {
+ public:
+  explicit UserDefaults(std::filesystem::path file) : file_(std::move(file)) {}
+
+  // The file of this user.
+  static UserDefaults Standard();
+
+  // A whole number, a boolean (0 or 1), a real (truncated) or a string of digits; 0 when there is none.
+  [[nodiscard]] std::int64_t Integer(const std::string& key) const;
+
+  // Keeps the other values of the file. False when the file could not be written.
+  [[nodiscard]] bool SetInteger(const std::string& key, std::int64_t value) const;
+
+ private:
+  std::filesystem::path file_;
+};

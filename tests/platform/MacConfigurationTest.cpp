@@ -1,0 +1,363 @@
+#include "MacConfiguration.h"
+#include "SRLib/PropertyList/PropertyList.h"
+#include "platform/FullDisk.h"
+#include "platform/PreferencesFolder.h"
+#include "platform/TestFiles.h"
+#include "platform/TraceCapture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testsupport::ReadFile;
+using testsupport::WriteFile;
+
+class MacConfigurationTest : public testing::Test {
+ protected:
+  MacConfigurationTest() {
+    for (const bool perUser : {true, false}) {
+      fs::remove_all(preferenceFile(perUser).parent_path());
+      fs::create_directories(preferenceFile(perUser).parent_path());
+    }
+  }
+
+  void WriteTree(const std::string& content) { WriteFile(file_, "<plist>" + content + "</plist>"); }
+
+  // Of the two files a rewritten one is another file, even with the same content.
+  [[nodiscard]] ino_t FileNumber() const {
+    struct stat status {};
+    return ::stat(file_.c_str(), &status) == 0 ? status.st_ino : 0;
+  }
+
+  [[nodiscard]] std::vector<std::wstring> Containers(const std::wstring& key) const {
+    std::vector<std::wstring> names;
+    std::wstring name;
+    for (std::uint32_t i = 0; configuration_.EnumContainers(key, i, name); ++i) names.push_back(name);
+    return names;
+  }
+
+  [[nodiscard]] std::wstring String(const std::wstring& key) const {
+    std::wstring value;
+    configuration_.GetString(key, L"(none)", value);
+    return value;
+  }
+
+  const fs::path file_ = preferenceFile(true);
+  const CMacConfiguration configuration_{true};
+};
+
+TEST_F(MacConfigurationTest, EachScopeHasItsFileInItsApplicationSupportFolder) {
+  EXPECT_EQ(preferenceFile(true),
+            testsupport::PreferencesFolder::Path() / "user/Morvane/ServiceRecords.plist");
+  EXPECT_EQ(preferenceFile(false),
+            testsupport::PreferencesFolder::Path() / "machine/Morvane/ServiceRecords.plist");
+}
+
+TEST_F(MacConfigurationTest, TheScopesDoNotShareValues) {
+  const CMacConfiguration machine(false);
+  EXPECT_TRUE(machine.SetString(L"A", L"machine"));
+  EXPECT_EQ(String(L"A"), L"(none)");
+  EXPECT_TRUE(configuration_.SetString(L"A", L"user"));
+  std::wstring value;
+  EXPECT_TRUE(machine.GetString(L"A", L"", value));
+  EXPECT_EQ(value, L"machine");
+}
+
+TEST_F(MacConfigurationTest, ValuesReadBackAsTheyWereSet) {
+  std::uint32_t number = 0;
+  bool boolean = false;
+  EXPECT_TRUE(configuration_.SetUInt(L"A\\Number", 4294967295U));
+  EXPECT_TRUE(configuration_.SetBoolean(L"A\\Boolean", true));
+  EXPECT_TRUE(configuration_.SetString(L"A\\Text", L"\u00e4<&\r\n\U0001F600"));
+  EXPECT_TRUE(configuration_.SetList(L"A\\List", {L"x", L"", L"x"}));
+  EXPECT_TRUE(configuration_.GetUInt(L"A\\Number", 7, number));
+  EXPECT_EQ(number, 4294967295U);
+  EXPECT_TRUE(configuration_.GetBoolean(L"A\\Boolean", false, boolean));
+  EXPECT_TRUE(boolean);
+  EXPECT_EQ(String(L"A\\Text"), L"\u00e4<&\r\n\U0001F600");
+  std::vector<std::wstring> list{L"old"};
+  EXPECT_TRUE(configuration_.GetList(L"A\\List", list));
+  EXPECT_THAT(list, ElementsAre(L"x", L"", L"x"));
+}
+
+TEST_F(MacConfigurationTest, GettersOfMissingKeysGiveTheDefault) {
+  std::uint32_t number = 0;
+  bool boolean = false;
+  EXPECT_FALSE(configuration_.GetUInt(L"Missing\\Number", 7, number));
+  EXPECT_EQ(number, 7U);
+  EXPECT_FALSE(configuration_.GetBoolean(L"Missing\\Boolean", true, boolean));
+  EXPECT_TRUE(boolean);
+  EXPECT_EQ(String(L"Missing\\Text"), L"(none)");
+  EXPECT_FALSE(fs::exists(file_));
+}
+
+TEST_F(MacConfigurationTest, NumbersAndBooleansReadAsEachOther) {
+  WriteTree(
+      "<dict><key>real</key><real>0.5</real><key>large</key><integer>4294967298</integer><key>yes</key><true/"
+      ">"
+      "<key>negative</key><integer>-1</integer><key>text</key><string>1</string></dict>");
+  std::uint32_t number = 0;
+  bool boolean = false;
+  EXPECT_TRUE(configuration_.GetUInt(L"yes", 7, number));
+  EXPECT_EQ(number, 1U);
+  EXPECT_TRUE(configuration_.GetUInt(L"large", 7, number));
+  EXPECT_EQ(number, 2U);
+  EXPECT_TRUE(configuration_.GetUInt(L"negative", 7, number));
+  EXPECT_EQ(number, 4294967295U);
+  EXPECT_TRUE(configuration_.GetBoolean(L"large", false, boolean));
+  EXPECT_TRUE(boolean);
+  EXPECT_TRUE(configuration_.GetBoolean(L"real", false, boolean));
+  EXPECT_TRUE(boolean);
+  EXPECT_FALSE(configuration_.GetUInt(L"text", 7, number));
+  EXPECT_FALSE(configuration_.GetBoolean(L"text", false, boolean));
+  EXPECT_EQ(String(L"large"), L"(none)");
+}
+
+TEST_F(MacConfigurationTest, ABooleanReadsAsZeroOrOne) {
+  std::uint32_t number = 7;
+  configuration_.SetBoolean(L"A", false);
+  EXPECT_TRUE(configuration_.GetUInt(L"A", 7, number));
+  EXPECT_EQ(number, 0U);
+  configuration_.SetBoolean(L"A", true);
+  EXPECT_TRUE(configuration_.GetUInt(L"A", 7, number));
+  EXPECT_EQ(number, 1U);
+}
+
+TEST_F(MacConfigurationTest, OneTrailingBackslashDoesNotCount) {
+  configuration_.SetString(L"A\\B\\", L"one");
+  EXPECT_EQ(String(L"A\\B"), L"one");
+  configuration_.SetString(L"A\\C\\\\", L"two");
+  EXPECT_EQ(String(L"A\\C\\\\"), L"two");
+  EXPECT_THAT(Containers(L"A"), ElementsAre(L"C"));
+  EXPECT_NE(ReadFile(file_).find("<key></key>"), std::string::npos);
+}
+
+TEST_F(MacConfigurationTest, EmptyComponentsAreNames) {
+  configuration_.SetString(L"\\A", L"leading");
+  configuration_.SetString(L"A\\\\B", L"between");
+  configuration_.SetString(L"", L"root");
+  EXPECT_EQ(String(L"\\"), L"root");
+  EXPECT_EQ(String(L"A\\\\B"), L"between");
+  EXPECT_EQ(String(L"\\A"), L"(none)");  // the root's empty name became a text
+}
+
+TEST_F(MacConfigurationTest, AValueInThePathBecomesAContainer) {
+  configuration_.SetString(L"A", L"text");
+  configuration_.SetString(L"A\\B", L"inner");
+  EXPECT_EQ(String(L"A"), L"(none)");
+  EXPECT_EQ(String(L"A\\B"), L"inner");
+}
+
+TEST_F(MacConfigurationTest, ReadingThroughAValueLeavesItInTheFile) {
+  configuration_.SetString(L"A", L"text");
+  EXPECT_EQ(String(L"A\\B"), L"(none)");
+  EXPECT_EQ(String(L"A"), L"text");
+}
+
+TEST_F(MacConfigurationTest, SettingAValueReplacesAContainer) {
+  configuration_.SetString(L"A\\B", L"inner");
+  configuration_.SetUInt(L"A", 1);
+  EXPECT_EQ(String(L"A\\B"), L"(none)");
+}
+
+TEST_F(MacConfigurationTest, CreatingAContainerWhereAnythingIsStoredDoesNotWrite) {
+  configuration_.SetString(L"A", L"text");
+  const ino_t before = FileNumber();
+  EXPECT_TRUE(configuration_.CreateContainer(L"A"));
+  EXPECT_EQ(FileNumber(), before);
+  EXPECT_EQ(String(L"A"), L"text");
+}
+
+TEST_F(MacConfigurationTest, ACreatedContainerIsEmptyAndEnumerated) {
+  EXPECT_TRUE(configuration_.CreateContainer(L"A\\B"));
+  EXPECT_THAT(Containers(L"A"), ElementsAre(L"B"));
+  EXPECT_THAT(Containers(L"A\\B"), IsEmpty());
+}
+
+TEST_F(MacConfigurationTest, DeletingRemovesContainersAndValues) {
+  configuration_.SetString(L"A\\B\\C", L"inner");
+  configuration_.SetString(L"A\\D", L"text");
+  EXPECT_TRUE(configuration_.DeleteContainer(L"A\\B"));
+  EXPECT_TRUE(configuration_.DeleteContainer(L"A\\D"));
+  EXPECT_EQ(String(L"A\\B\\C"), L"(none)");
+  EXPECT_EQ(String(L"A\\D"), L"(none)");
+  EXPECT_THAT(Containers(L""), IsEmpty());
+}
+
+TEST_F(MacConfigurationTest, DeletingAMissingKeyRewritesTheFile) {
+  configuration_.SetString(L"A", L"text");
+  const ino_t before = FileNumber();
+  EXPECT_TRUE(configuration_.DeleteContainer(L"B"));
+  EXPECT_NE(FileNumber(), before);
+  EXPECT_EQ(String(L"A"), L"text");
+}
+
+TEST_F(MacConfigurationTest, EnumerationSkipsValuesAndKeepsTheOrderOfTheFile) {
+  configuration_.CreateContainer(L"P\\c");
+  configuration_.SetString(L"P\\b", L"text");
+  configuration_.CreateContainer(L"P\\a");
+  std::wstring name = L"before";
+  EXPECT_TRUE(configuration_.EnumContainers(L"P", 0, name));
+  EXPECT_EQ(name, L"c");
+  EXPECT_TRUE(configuration_.EnumContainers(L"P", 1, name));
+  EXPECT_EQ(name, L"a");
+  EXPECT_FALSE(configuration_.EnumContainers(L"P", 2, name));
+  EXPECT_FALSE(configuration_.EnumContainers(L"P\\b", 0, name));
+  EXPECT_FALSE(configuration_.EnumContainers(L"Missing", 0, name));
+}
+
+TEST_F(MacConfigurationTest, AListSkipsWhatIsNoText) {
+  WriteTree(
+      "<dict><key>list</key><array><string>x</string><integer>1</integer><string>y</string></array>"
+      "<key>text</key><string>x</string><key>empty</key><array/></dict>");
+  std::vector<std::wstring> list{L"old"};
+  EXPECT_TRUE(configuration_.GetList(L"list", list));
+  EXPECT_THAT(list, ElementsAre(L"x", L"y"));
+  EXPECT_FALSE(configuration_.GetList(L"text", list));
+  EXPECT_THAT(list, IsEmpty());
+  EXPECT_TRUE(configuration_.GetList(L"empty", list));
+}
+
+TEST_F(MacConfigurationTest, ChangesOfAnotherProgramAreSeenByTheNextCall) {
+  configuration_.SetString(L"A", L"ours");
+  WriteTree("<dict><key>A</key><string>theirs</string></dict>");
+  EXPECT_EQ(String(L"A"), L"theirs");
+}
+
+TEST_F(MacConfigurationTest, OtherValueKindsOfTheFileSurviveAWrite) {
+  WriteTree(
+      "<dict><key>date</key><date>2026-11-14T11:56:13Z</date><key>data</key><data>AAEC</data>"
+      "<key>real</key><real>0.1</real></dict>");
+  configuration_.SetString(L"A", L"text");
+  const std::string written = ReadFile(file_);
+  EXPECT_THAT(written, HasSubstr("<date>2026-11-14T11:56:13Z</date>"));
+  EXPECT_THAT(written, HasSubstr("AAEC"));
+  EXPECT_THAT(written, HasSubstr("<real>0.1</real>"));
+}
+
+TEST_F(MacConfigurationTest, ANameIsFoundAgainUnderTheCharactersThatTheFileCannotHold) {
+  configuration_.SetString(L"A\x01\xFFFE\xD800\\B", L"text\x02");
+  EXPECT_EQ(String(L"A\x01\xFFFE\xD800\\B"), L"text");
+  EXPECT_EQ(String(L"A\\B"), L"text");
+}
+
+TEST_F(MacConfigurationTest, AKeyTooDeepForTheFileIsRefusedWithoutHarmToTheRest) {
+  configuration_.SetString(L"A", L"text");
+  std::wstring deep;
+  for (int i = 0; i < 50000; ++i) deep += L"d\\";
+  const testsupport::TraceCapture trace;
+  EXPECT_TRUE(configuration_.SetString(deep + L"e", L"deep"));
+  EXPECT_TRUE(configuration_.CreateContainer(deep + L"e"));
+  EXPECT_EQ(String(deep + L"e"), L"(none)");
+  EXPECT_EQ(String(L"A"), L"text");
+  EXPECT_THAT(trace.Text(), HasSubstr("is too deep"));
+}
+
+TEST_F(MacConfigurationTest, TheDeepestKeyThatTheFileHoldsReadsBack) {
+  std::wstring deep;
+  for (std::size_t i = 2; i < PropertyList::kMaximumDepth; ++i) deep += L"d\\";
+  configuration_.CreateContainer(deep + L"e");
+  configuration_.SetString(deep + L"f", L"deep");
+  EXPECT_EQ(String(deep + L"f"), L"deep");
+  EXPECT_FALSE(fs::exists(file_.string() + ".damaged"));
+}
+
+TEST_F(MacConfigurationTest, ADamagedFileReadsAsEmptyAndIsKeptBesideWhenItIsReplaced) {
+  WriteFile(file_, "<plist><dict>cut off");
+  EXPECT_EQ(String(L"A"), L"(none)");
+  EXPECT_EQ(ReadFile(file_), "<plist><dict>cut off");
+  configuration_.SetString(L"A", L"text");
+  EXPECT_EQ(String(L"A"), L"text");
+  EXPECT_EQ(ReadFile(file_.string() + ".damaged"), "<plist><dict>cut off");
+}
+
+TEST_F(MacConfigurationTest, AFailedWriteIsLoggedAndLeavesTheOldFileWhole) {
+  configuration_.SetString(L"A", L"old");
+  const std::string before = ReadFile(file_);
+  const testsupport::TraceCapture trace;
+  {
+    const testsupport::FullDisk full(10);
+    EXPECT_TRUE(configuration_.SetString(L"A", L"new"));
+  }
+  EXPECT_EQ(ReadFile(file_), before);
+  EXPECT_EQ(String(L"A"), L"old");
+  EXPECT_THAT(trace.Text(), HasSubstr("failed to write preferences to: " + file_.string() + "\n"));
+}
+
+TEST_F(MacConfigurationTest, AMissingFolderFailsTheWriteWithARecord) {
+  fs::remove_all(file_.parent_path());
+  const testsupport::TraceCapture trace;
+  EXPECT_TRUE(configuration_.SetString(L"A", L"text"));
+  EXPECT_EQ(String(L"A"), L"(none)");
+  EXPECT_THAT(trace.Text(), HasSubstr("failed to write preferences to: "));
+}
+
+TEST_F(MacConfigurationTest, TheFileIsForItsOwnerOnly) {
+  const testsupport::Umask open(0);
+  configuration_.SetString(L"A", L"text");
+  EXPECT_EQ(testsupport::ModeOf(file_), 0600U);
+}
+
+TEST_F(MacConfigurationTest, ConcurrentSettersLoseNothing) {
+  constexpr int kThreads = 4;
+  constexpr int kValues = 10;
+  {
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+      threads.emplace_back([thread] {
+        const CMacConfiguration own(thread % 2 == 0);
+        for (int value = 0; value < kValues; ++value) {
+          own.SetUInt(L"T" + std::to_wstring(thread) + L"\\V" + std::to_wstring(value), 1);
+        }
+      });
+    }
+  }
+  for (int thread = 0; thread < kThreads; ++thread) {
+    const CMacConfiguration own(thread % 2 == 0);
+    for (int value = 0; value < kValues; ++value) {
+      std::uint32_t number = 0;
+      EXPECT_TRUE(own.GetUInt(L"T" + std::to_wstring(thread) + L"\\V" + std::to_wstring(value), 0, number));
+    }
+  }
+}
+
+TEST_F(MacConfigurationTest, SettingABinaryIsLoggedAndFails) {
+  const testsupport::TraceCapture trace;
+  const std::uint8_t byte = 0;
+  EXPECT_FALSE(configuration_.SetBinary(L"A", &byte, 1));
+  EXPECT_THAT(trace.Text(),
+              HasSubstr("CMacConfiguration::SetBinary is not relevant on Mac and should never be called\n"));
+}
+
+template <class Operation>
+std::string TextThrownBy(Operation operation) {
+  try {
+    operation();
+  } catch (const char* text) {
+    return text;
+  }
+  return "(nothing)";
+}
+
+TEST_F(MacConfigurationTest, OperationsThatDoNotExistThrowTheirText) {
+  std::uint32_t number = 0;
+  std::wstring name;
+  EXPECT_EQ(TextThrownBy([&] { configuration_.GetBinary(L"A", nullptr, number); }),
+            "GetBinary needs to be finished");
+  EXPECT_EQ(TextThrownBy([&] { configuration_.DeleteValue(L"A"); }), "Need code for DeleteValue");
+  EXPECT_EQ(TextThrownBy([&] { configuration_.EnumValues(L"A", 0, name, number); }),
+            "Need code for EnumValue");
+  EXPECT_EQ(TextThrownBy([&] { configuration_.NotifyContainer(L"A", true, 0, nullptr, nullptr); }),
+            "Need code for NotifyContainer");
+  EXPECT_EQ(TextThrownBy([&] { configuration_.UnnotifyContainer(number); }),
+            "Need code for UnnotifyContainer");
+}
+
+}  // namespace

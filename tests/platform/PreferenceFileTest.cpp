@@ -1,0 +1,94 @@
+#include "MacConfiguration.h"
+#include "platform/PreferencesFolder.h"
+#include "platform/TestFiles.h"
+#include "platform/TraceCapture.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+
+#include <cstdlib>
+#include <iostream>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testsupport::WriteFile;
+
+// The place of the files is decided once for a process, so each of these starts a process of its own, whose
+// standard error carries what it found.
+class PreferenceFileTest : public testing::Test {
+ protected:
+  PreferenceFileTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+  static fs::path Folder() { return testsupport::PreferencesFolder::Path(); }
+};
+
+void PrintTraceOfFirstUse() {
+  const testsupport::TraceCapture trace;
+  const fs::path user = preferenceFile(true);
+  std::cerr << trace.Text() << "user=" << user.string() << "\nmachine=" << preferenceFile(false).string()
+            << "\n";
+  fs::remove_all(testsupport::PreferencesFolder::Path());
+  std::_Exit(0);
+}
+
+TEST_F(PreferenceFileTest, TheFirstUseCreatesBothFoldersForTheirOwnerOnly) {
+  const auto firstUse = [] {
+    const testsupport::Umask open(0);
+    static_cast<void>(preferenceFile(true));
+    std::cerr << std::oct << "user " << testsupport::ModeOf(Folder() / "user/Morvane") << " machine "
+              << testsupport::ModeOf(Folder() / "machine/Morvane");
+    PrintTraceOfFirstUse();
+  };
+  EXPECT_EXIT(firstUse(), testing::ExitedWithCode(0), "user 700 machine 700");
+}
+
+TEST_F(PreferenceFileTest, TheFirstUseSweepsWhatAKilledProcessLeft) {
+  const auto firstUse = [] {
+    const fs::path left = Folder() / "user/Morvane/.ServiceRecords.plist.tmp-aB3xYz";
+    WriteFile(left, "left");
+    static_cast<void>(preferenceFile(true));
+    std::cerr << (fs::exists(left) ? "still there" : "swept");
+    PrintTraceOfFirstUse();
+  };
+  EXPECT_EXIT(firstUse(), testing::ExitedWithCode(0), "swept");
+}
+
+TEST_F(PreferenceFileTest, AMachineFolderThatCannotBeCreatedIsLogged) {
+  const auto firstUse = [] {
+    WriteFile(Folder() / "machine", "a file in the folder's place");
+    PrintTraceOfFirstUse();
+  };
+  EXPECT_EXIT(firstUse(), testing::ExitedWithCode(0),
+              "preferenceFile - .*/machine/Morvane doesn't exist or can't be created\n.*"
+              "preferenceFile - createDirectoryAtPath failed to create global preference directory - Not a "
+              "directory\nuser=");
+}
+
+TEST_F(PreferenceFileTest, AUserFolderThatCannotBeCreatedIsLogged) {
+  const auto firstUse = [] {
+    WriteFile(Folder() / "user", "a file in the folder's place");
+    PrintTraceOfFirstUse();
+  };
+  EXPECT_EXIT(firstUse(), testing::ExitedWithCode(0),
+              "preferenceFile - .*/user/Morvane doesn't exist or can't be created\n.*"
+              "preferenceFile - createDirectoryAtPath failed to create local preference directory - Not a "
+              "directory\nuser=.*/user/Morvane/ServiceRecords.plist\n");
+}
+
+TEST_F(PreferenceFileTest, AUserWithoutAFolderHasTheMachinesPathUnderTheHome) {
+  // Leads from any home to the root and from there to the test's folder, so that the real home stays clean.
+  static const std::string kUpwards = "/../../../../../../../..";
+  const auto firstUse = [] {
+    ::unsetenv("HOME");
+    ::unsetenv("XDG_CONFIG_HOME");
+    ::setenv("XDG_CONFIG_DIRS", (kUpwards + Folder().string() + "/machine").c_str(), 1);
+    PrintTraceOfFirstUse();
+  };
+  const passwd* const user = ::getpwuid(::getuid());
+  ASSERT_NE(user, nullptr);
+  EXPECT_EXIT(firstUse(), testing::ExitedWithCode(0),
+              "user=" + std::string(user->pw_dir) + kUpwards + ".*/machine/Morvane/ServiceRecords.plist\n");
+}
+
+}  // namespace

@@ -1,0 +1,206 @@
+#include "ResourceKeeper.h"
+#include "SRLib/Messages.h"
+#include "SRLib/TextHelpers.h"
+#include "platform/TestFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testsupport::WriteFile;
+
+std::string Block(const std::string& name, const std::string& text) {
+  return "MessageId=1\nSymbolicName=" + name + "\nLanguage        =English\n" + text + "\n.\n";
+}
+
+class ResourceKeeperTest : public testing::Test {
+ protected:
+  ResourceKeeperTest() {
+    WriteTable("1600 = TITLE\n1624 =  \tREACHED \n");
+    WriteMessages("en", Block("TITLE", "The title") + Block("REACHED", "First line\nsecond line"));
+  }
+
+  void WriteTable(const std::string& content) { WriteFile(folder_.Path() / "MessagesIdName.txt", content); }
+  void WriteMessages(const std::string& language, const std::string& content) {
+    WriteFile(folder_.Path() / (language + ".lproj") / "Messages.mc", content);
+  }
+
+  testsupport::TemporaryFolder folder_;
+  std::vector<std::string> languages_{"en"};
+  ResourceKeeper keeper_{folder_.Path(), [this] { return languages_; }};
+};
+
+TEST_F(ResourceKeeperTest, AMessageIsFoundByItsNumber) {
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+}
+
+TEST_F(ResourceKeeperTest, InnerLineEndsOfAMessageAreKept) {
+  EXPECT_EQ(keeper_.messageFromResource(1624), "First line\nsecond line");
+}
+
+TEST_F(ResourceKeeperTest, TheMostPreferredLanguageIsUsed) {
+  WriteMessages("de", Block("TITLE", "Der Titel"));
+  languages_ = {"de", "en"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Der Titel");
+}
+
+TEST_F(ResourceKeeperTest, WithoutAPreferredLanguageItIsEnglish) {
+  languages_.clear();
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+}
+
+TEST_F(ResourceKeeperTest, ALanguageWithoutMessagesUsesTheEnglishOnes) {
+  languages_ = {"fr"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+  WriteMessages("it", "");
+  languages_ = {"it"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+}
+
+TEST_F(ResourceKeeperTest, ANameMissingInTheLanguagesFileIsNotLookedUpInTheEnglishOne) {
+  WriteMessages("de", Block("OTHER", "Anderes"));
+  languages_ = {"de"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find localized message for resource name: TITLE");
+}
+
+TEST_F(ResourceKeeperTest, AMissingEnglishFileExplainsItselfWithTheName) {
+  fs::remove_all(folder_.Path() / "en.lproj");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find localized message for resource name: TITLE");
+}
+
+TEST_F(ResourceKeeperTest, AnUnknownNumberExplainsItselfInHexadecimal) {
+  WriteTable("1 = ONE\n");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find resource name for id: 640");
+  EXPECT_EQ(keeper_.messageFromResource(-1), "Failed to find resource name for id: ffffffff");
+  fs::remove(folder_.Path() / "MessagesIdName.txt");
+  EXPECT_EQ(keeper_.messageFromResource(1610), "Failed to find resource name for id: 64a");
+}
+
+TEST_F(ResourceKeeperTest, ALastLineOfTheTableWithoutANewlineIsNotFound) {
+  WriteTable("1 = ONE\n1600 = TITLE");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find resource name for id: 640");
+}
+
+TEST_F(ResourceKeeperTest, TheFirstLineThatEndsInTheNumberWins) {
+  WriteTable("11600 = REACHED\n1600 = TITLE\n");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "First line\nsecond line");
+}
+
+TEST_F(ResourceKeeperTest, ASecondLookUpReadsNoFile) {
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+  fs::remove_all(folder_.Path() / "en.lproj");
+  fs::remove(folder_.Path() / "MessagesIdName.txt");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+}
+
+TEST_F(ResourceKeeperTest, AnotherLanguageEmptiesTheCache) {
+  WriteMessages("de", Block("TITLE", "Der Titel"));
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+  languages_ = {"de"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Der Titel");
+  WriteMessages("en", Block("TITLE", "The new title"));
+  languages_ = {"en"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The new title");
+}
+
+TEST_F(ResourceKeeperTest, FailuresAreNotKept) {
+  const std::string table = testsupport::ReadFile(folder_.Path() / "MessagesIdName.txt");
+  fs::remove(folder_.Path() / "MessagesIdName.txt");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find resource name for id: 640");
+  WriteTable(table);
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+}
+
+TEST_F(ResourceKeeperTest, ABlockThatIsIncompleteHasNoMessage) {
+  const char* const contents[] = {"SymbolicName=TITLE\nThe title\n.\n",
+                                  "SymbolicName=TITLE\nLanguage        =English\nThe title\n",
+                                  "SymbolicName=TITLE\nLanguage =English\nThe title\n.\n",
+                                  "SymbolicName=TITLE\nLanguage        =English\n.\n",
+                                  "SymbolicName=TITLE\nLanguage        =English\n\n.\n",
+                                  "SymbolicName=title\nLanguage        =English\nThe title\n.\n"};
+  for (const char* content : contents) {
+    WriteMessages("en", content);
+    EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find localized message for resource name: TITLE")
+        << content;
+  }
+}
+
+TEST_F(ResourceKeeperTest, TheCaseOfTheLanguageMarkDoesNotMatter) {
+  WriteMessages("en", "SymbolicName=TITLE\nLANGUAGE        =English\nThe title\n.\n");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+}
+
+TEST_F(ResourceKeeperTest, FilesMayBeInAnyUnicodeEncodingWithAMark) {
+  const std::wstring text = util::widen(Block("TITLE", "Gr\xC3\xBC\xC3\x9F\x65 \xF0\x9F\x98\x80"));
+  std::string little = "\xFF\xFE";
+  std::string big = "\xFE\xFF";
+  const auto append = [&](unsigned unit) {
+    little += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+    big += {static_cast<char>(unit >> 8), static_cast<char>(unit & 0xFF)};
+  };
+  for (const wchar_t wide : text) {
+    const auto character = static_cast<unsigned>(wide);
+    if (character < 0x10000) {
+      append(character);
+    } else {
+      append(0xD800 + ((character - 0x10000) >> 10));
+      append(0xDC00 + ((character - 0x10000) & 0x3FF));
+    }
+  }
+  for (const std::string& content : {little, big, "\xEF\xBB\xBF" + util::narrow(text)}) {
+    ResourceKeeper keeper(folder_.Path(), [] { return std::vector<std::string>{"en"}; });
+    WriteMessages("en", content);
+    EXPECT_EQ(keeper.messageFromResource(1600), "Gr\xC3\xBC\xC3\x9F\x65 \xF0\x9F\x98\x80");
+  }
+}
+
+TEST_F(ResourceKeeperTest, AFileInAnotherEncodingCountsAsUnreadable) {
+  for (const std::string& content : {Block("TITLE",
+                                           "Gr\xFC\xDF"
+                                           "e"),
+                                     std::string("\xFF\xFE\x00\xD8", 4)}) {
+    WriteMessages("en", content);
+    EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find localized message for resource name: TITLE");
+  }
+}
+
+TEST_F(ResourceKeeperTest, ThreadsMayLookUpAtTheSameTime) {
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([this] { EXPECT_EQ(keeper_.messageFromResource(1600), "The title"); });
+  }
+}
+
+TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextWithItsPlaceholders) {
+  ResourceKeeper keeper(SR_SOURCE_DIR "/resources", [] { return std::vector<std::string>{"en"}; });
+  const std::pair<int, int> messages[] = {{util::kMessageNotAServiceRecord, 0},
+                                          {util::kMessageStoreTitle, 0},
+                                          {util::kMessageDiscoveryTitle, 0},
+                                          {util::kMessageNotADiscoveryDocument, 0},
+                                          {util::kMessageDiscoveryConnectionFailed, 0},
+                                          {util::kMessageServerNotContacted, 1},
+                                          {util::kMessageEmptyHostName, 1},
+                                          {util::kMessageCertificatesNotFetched, 1}};
+  for (const auto& [id, placeholders] : messages) {
+    const std::string text = keeper.messageFromResource(id);
+    EXPECT_FALSE(text.starts_with("Failed to find")) << id;
+    int found = 0;
+    for (std::size_t at = 0; (at = text.find("%S", at)) != std::string::npos; ++at) ++found;
+    EXPECT_EQ(found, placeholders) << text;
+  }
+}
+
+TEST(MessageFromResourceTest, APointerStaysGoodWhileTheTextIsTheSame) {
+  const wchar_t* const first = util::MessageFromResourceW(999999);
+  EXPECT_EQ(std::wstring(first), L"Failed to find resource name for id: f423f");
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([first] { EXPECT_EQ(util::MessageFromResourceW(999999), first); });
+  }
+}
+
+}  // namespace

@@ -1,0 +1,71 @@
+#include "StandardDirectories.h"
+#include "platform/EnvironmentVariable.h"
+#include "platform/TestFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testsupport::EnvironmentVariable;
+using testsupport::ModeOf;
+
+TEST(StandardDirectoriesTest, TheUsersFolderIsTheConfigurationHomeElseUnderTheHome) {
+  const EnvironmentVariable home("HOME", "/home/somebody");
+  {
+    const EnvironmentVariable configuration("XDG_CONFIG_HOME", "/somewhere");
+    EXPECT_EQ(StandardDirectories::UserApplicationSupport(), "/somewhere");
+  }
+  for (const char* relative : {"", "relative/folder"}) {
+    const EnvironmentVariable configuration("XDG_CONFIG_HOME", relative);
+    EXPECT_EQ(StandardDirectories::UserApplicationSupport(), "/home/somebody/.config");
+  }
+  const EnvironmentVariable configuration("XDG_CONFIG_HOME", std::nullopt);
+  EXPECT_EQ(StandardDirectories::UserApplicationSupport(), "/home/somebody/.config");
+}
+
+TEST(StandardDirectoriesTest, WithoutAHomeTheUserHasNoFolder) {
+  const EnvironmentVariable home("HOME", std::nullopt);
+  const EnvironmentVariable configuration("XDG_CONFIG_HOME", std::nullopt);
+  EXPECT_EQ(StandardDirectories::UserApplicationSupport(), std::nullopt);
+}
+
+TEST(StandardDirectoriesTest, TheMachinesFolderIsTheFirstAbsoluteOne) {
+  const std::pair<std::optional<std::string>, const char*> cases[] = {{std::nullopt, "/etc/xdg"},
+                                                                      {"", "/etc/xdg"},
+                                                                      {"relative:", "/etc/xdg"},
+                                                                      {"/first:/second", "/first"},
+                                                                      {":relative:/second", "/second"}};
+  for (const auto& [value, expected] : cases) {
+    const EnvironmentVariable folders("XDG_CONFIG_DIRS", value);
+    EXPECT_EQ(StandardDirectories::MachineApplicationSupport(), expected) << value.value_or("not set");
+  }
+}
+
+TEST(StandardDirectoriesTest, CreatedFoldersAreForTheirOwnerOnlyUnderAnyUmask) {
+  for (const mode_t mask : {0U, 077U, 0277U}) {
+    const testsupport::TemporaryFolder folder;
+    const testsupport::Umask umask(mask);
+    EXPECT_FALSE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
+    EXPECT_EQ(ModeOf(folder.Path() / "a"), 0700U) << mask;
+    EXPECT_EQ(ModeOf(folder.Path() / "a" / "b"), 0700U) << mask;
+  }
+}
+
+TEST(StandardDirectoriesTest, AFolderThatIsThereKeepsItsMode) {
+  const testsupport::TemporaryFolder folder;
+  fs::create_directory(folder.Path() / "a");
+  ASSERT_EQ(::chmod((folder.Path() / "a").c_str(), 0750), 0);
+  EXPECT_FALSE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
+  EXPECT_EQ(ModeOf(folder.Path() / "a"), 0750U);
+}
+
+TEST(StandardDirectoriesTest, AFileInTheWayIsAnError) {
+  const testsupport::TemporaryFolder folder;
+  testsupport::WriteFile(folder.Path() / "a", "file");
+  EXPECT_TRUE(StandardDirectories::CreateDirectories(folder.Path() / "a"));
+  EXPECT_TRUE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
+}
+
+}  // namespace
