@@ -1,0 +1,288 @@
+#include "DbgTrace.h"
+
+#include "Bundle.h"
+#include "UserDefaults.h"
+
+#include <fcntl.h>
+#include <fmt/args.h>
+#include <fmt/printf.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <iomanip>
+#include <iostream>
+#include <locale>
+#include <sstream>
+
+namespace trace {
+namespace {
+
+// Accepts every character and writes nothing.
+class nul_buff : public std::wstreambuf {
+ protected:
+  int_type overflow(int_type character) override { return traits_type::not_eof(character); }
+};
+
+// Each wide character of the trace stream is one byte of the file, whatever the locale.
+class ByteCodec : public std::codecvt<wchar_t, char, std::mbstate_t> {
+ protected:
+  result do_out(state_type& /*state*/, const intern_type* from, const intern_type* fromEnd,
+                const intern_type*& fromNext, extern_type* to, extern_type* toEnd,
+                extern_type*& toNext) const override {
+    for (; from != fromEnd && to != toEnd; ++from, ++to)
+      *to = static_cast<char>(static_cast<unsigned char>(*from));
+    fromNext = from;
+    toNext = to;
+    return from == fromEnd ? ok : partial;
+  }
+  result do_unshift(state_type& /*state*/, extern_type* to, extern_type* /*toEnd*/,
+                    extern_type*& toNext) const override {
+    toNext = to;
+    return noconv;
+  }
+  bool do_always_noconv() const noexcept override { return false; }
+  int do_encoding() const noexcept override { return 1; }
+  int do_max_length() const noexcept override { return 1; }
+};
+
+// The stream objects outlive every static object that may trace on its way out, so they are never destroyed.
+std::filebuf& g_Buff = *new std::filebuf;
+nul_buff& g_NullBuff = *new nul_buff;
+
+std::wfilebuf& MakeWideFileBuffer() {
+  auto& buffer = *new std::wfilebuf;
+  buffer.pubimbue(std::locale(std::locale::classic(), new ByteCodec));
+  return buffer;
+}
+std::wfilebuf& g_wBuff = MakeWideFileBuffer();
+
+bool g_logWasOpened = false;
+
+std::string GetCurrentTime() {
+  const auto now = std::chrono::system_clock::now();
+  const auto milliseconds =
+      std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  char text[256] = {};
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
+  return fmt::sprintf("%s.%03d", text, milliseconds);
+}
+
+// Standard error is the console of a program without a window. A channel that cannot be opened drops what is
+// written to it.
+std::wfilebuf& ConsoleChannel() {
+  static std::wfilebuf& channel = []() -> std::wfilebuf& {
+    std::wfilebuf& buffer = MakeWideFileBuffer();
+    buffer.open("/dev/stderr", std::ios::out);
+    return buffer;
+  }();
+  return channel;
+}
+
+void Attach(std::wstreambuf& target) {
+  wdbg.flush();
+  wdbg.rdbuf(&target);
+  wdbg.clear();
+}
+
+// Makes the file, if it is new, readable by its owner only; the file buffers then open what is there.
+void CreatePrivately(const std::string& path) {
+  if (const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600); file >= 0) ::close(file);
+}
+
+void KeepBackup(const std::string& path) {
+  std::ifstream old(path, std::ios::binary);
+  if (!old) return;
+  CreatePrivately(path + "BUP");
+  std::ofstream backup(path + "BUP", std::ios::binary | std::ios::trunc);
+  if (old.peek() != std::ifstream::traits_type::eof()) backup << old.rdbuf();
+}
+
+std::string LogFolder() {
+  const char* home = std::getenv("HOME");
+  std::string folder = std::string(home != nullptr ? home : "") + "/Library/Logs/";
+  if (!folder.ends_with('/')) folder += '/';
+  return folder;
+}
+
+void OpenLogFile(const std::string& path) {
+  KeepBackup(path);
+  CreatePrivately(path);
+  g_Buff.close();
+  g_Buff.open(path, std::ios::out | std::ios::trunc);
+  g_wBuff.close();
+  g_wBuff.open(path, std::ios::out | std::ios::trunc);
+}
+
+void SetOptions(bool logging) {
+  const std::lock_guard lock(wdbgMutex);
+  VerboseOption = logging;
+  NoTraceOption = !logging;
+}
+
+}  // namespace
+
+std::recursive_mutex wdbgMutex;
+std::wostream& wdbg = *new std::wostream(&g_wBuff);
+bool NoTraceOption = true;
+bool VerboseOption = false;
+bool ConsoleOption = false;
+
+bool IsEnabled() {
+  const std::lock_guard lock(wdbgMutex);
+  return wdbg.rdbuf() != &g_NullBuff;
+}
+
+bool Enable(bool on) {
+  const std::lock_guard lock(wdbgMutex);
+  wdbg.clear();  // a write that failed earlier (a full disk) must not silence this record
+  const bool before = IsEnabled();
+  if (on == before) return before;
+  if (!on) {
+    Attach(g_NullBuff);
+    return before;
+  }
+  std::wstreambuf* target = NoTraceOption ? static_cast<std::wstreambuf*>(&g_NullBuff) : &g_wBuff;
+  // Deliberate: the console is attached first, and the file buffer then wins.
+  if (ConsoleOption && !NoTraceOption) wdbg.rdbuf(&ConsoleChannel());
+  if (wdbg.rdbuf() != target) Attach(*target);
+  return before;
+}
+
+int GetLevelIndex() {
+  static const int index = std::ios_base::xalloc();
+  return index;
+}
+
+void level::set(std::wostream& stream) const {
+  stream.iword(GetLevelIndex()) = static_cast<long>(value);
+  Enable(value != 0 || VerboseOption);
+}
+
+std::wostream& operator<<(std::wostream& stream, std::string_view utf8) {
+  std::wstring bytes(utf8.size(), L'\0');
+  std::transform(utf8.begin(), utf8.end(), bytes.begin(),
+                 [](char byte) { return static_cast<wchar_t>(static_cast<unsigned char>(byte)); });
+  return stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::wostream& operator<<(std::wostream& stream, std::wstring_view text) {
+  return stream << std::string_view(util::narrow(text));
+}
+
+std::wostream& operator<<(std::wostream& stream, const location& where) {
+  std::wostringstream prefix;
+  // The thread field is deliberately a constant.
+  prefix << L"[" << util::widen(GetCurrentTime()) << L"] [T" << std::hex << std::setw(8) << std::setfill(L'0')
+         << L"Unknown" << std::dec << L"] [" << where.file.substr(where.file.rfind(L'/') + 1) << L":"
+         << where.line << L"]  ";
+  stream << std::wstring_view(prefix.str());
+  return stream.flush();
+}
+
+Statement::Statement(std::uint32_t traceLevel, const char* file, std::int32_t line) : lock_(wdbgMutex) {
+  level{traceLevel}.set(wdbg);
+  listens_ = IsEnabled();
+  if (listens_) wdbg << location{util::widen(file), line};
+}
+
+Statement::~Statement() {
+  End();
+}
+
+void Statement::End() {
+  if (listens_) wdbg << std::endl;
+  listens_ = false;
+}
+
+Statement& Statement::operator<<(std::string_view utf8) {
+  wdbg << utf8;
+  return *this;
+}
+
+Statement& Statement::operator<<(std::wstring_view text) {
+  wdbg << text;
+  return *this;
+}
+
+void InitLog(const std::string& fileName) {
+  const std::lock_guard lock(wdbgMutex);
+  const std::string path = LogFolder() + fileName;
+  if (NoTraceOption) {
+    wdbg.rdbuf(&g_NullBuff);
+    wdbg.clear();
+    return;
+  }
+  if (ConsoleOption) {
+    wdbg.rdbuf(&ConsoleChannel());
+  } else {
+    OpenLogFile(path);
+  }
+  wdbg.copyfmt(std::wcout);
+  wdbg.setf(std::ios::unitbuf);
+  wdbg << std::endl;
+  wdbg << std::string_view(" === Morvane Quillon logging started ") << std::string_view(GetCurrentTime())
+       << std::string_view(" ===") << std::endl;
+  wdbg << std::endl;
+}
+
+}  // namespace trace
+
+namespace {
+
+constexpr char kLogModule[] = "mac/ServiceRecords/ServiceRecords/ServiceRecordMain.cpp";
+constexpr std::int32_t kLogLine = 157;  // deliberate: one location, whoever calls
+
+std::string Formatted(std::string_view format, std::span<const LogArgument> arguments) {
+  std::string printfFormat(format);
+  for (std::size_t at = 0; (at = printfFormat.find("%@", at)) != std::string::npos;)
+    printfFormat[at + 1] = 's';
+  fmt::dynamic_format_arg_store<fmt::printf_context> store;
+  for (const LogArgument& argument : arguments) {
+    std::visit([&store](const auto& value) { store.push_back(value); }, argument.Get());
+  }
+  return fmt::vsprintf(fmt::string_view(printfFormat), fmt::basic_format_args<fmt::printf_context>(store));
+}
+
+std::string LossyASCII(const std::string& utf8) {
+  std::string ascii;
+  for (const wchar_t character : util::widen(utf8))
+    ascii += character < 0x80 ? static_cast<char>(character) : '?';
+  return ascii;
+}
+
+}  // namespace
+
+void CSRLogv(std::uint32_t level, std::string_view format, std::span<const LogArgument> arguments) {
+  if (trace::Statement statement(level, kLogModule, kLogLine); statement.Listens()) {
+    statement << LossyASCII(Formatted(format, arguments));
+  }
+}
+
+void ServiceRecordUpdateLoggingFromPrefs() {
+  const std::int64_t logLevel = UserDefaults::Standard().Integer("LogLevel");
+  const bool logging = logLevel != 0;
+  if (!logging && trace::IsEnabled()) CSRLog(0, "Logging Deactivated");
+  trace::SetOptions(logging);
+  if (trace::g_logWasOpened) {
+    trace::Enable(logging);
+    if (!logging) return;
+  } else {
+    if (!logging) return;
+    trace::InitLog("ServiceRecord.log");
+    trace::g_logWasOpened = true;
+  }
+  CSRLog(0, "Service Records Logging Active (v%@)", Bundle::Main().InfoString("MorvaneVersionString"));
+}
+
+void ServiceRecordWFLogFunc(const char* message) {
+  CSRLog(0, "%@", message);
+}

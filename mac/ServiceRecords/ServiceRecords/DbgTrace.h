@@ -1,0 +1,59 @@
+#pragma once
+
+#include "SRLib/TextHelpers.h"
+#include "SRLib/Trace.h"
+
+#include <array>
+#include <concepts>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+
+// The platform's side of the trace log: where the stream leads, and the printf-style front of the agent.
+namespace trace {
+
+// Guarded by wdbgMutex.
+extern bool NoTraceOption;  // true until the preferences turn logging on
+extern bool VerboseOption;  // level 0 is written too
+extern bool ConsoleOption;  // console channel instead of the file; nothing sets it
+
+// Switches between the log file and the null buffer; tells whether the stream was enabled before.
+bool Enable(bool on);
+
+// Opens the named log in the user's log folder; the log that was there is kept with "BUP" appended to its
+// name.
+void InitLog(const std::string& fileName);
+
+}  // namespace trace
+
+// One argument of a CSRLog format: text or a whole number.
+class LogArgument {
+ public:
+  LogArgument(const char* text) : value_(std::string(text)) {}
+  LogArgument(std::string text) : value_(std::move(text)) {}
+  LogArgument(const std::wstring& text) : value_(util::narrow(text)) {}
+  LogArgument(std::integral auto number) : value_(static_cast<long long>(number)) {}
+
+  [[nodiscard]] const std::variant<std::string, long long>& Get() const { return value_; }
+
+ private:
+  std::variant<std::string, long long> value_;
+};
+
+// Writes one record with the fixed location of the agent's main module. The format is printf's, with %@ for
+// an object's description; characters outside ASCII are written as question marks.
+void CSRLogv(std::uint32_t level, std::string_view format, std::span<const LogArgument> arguments);
+
+template <class... Arguments>
+void CSRLog(std::uint32_t level, std::string_view format, const Arguments&... arguments) {
+  const std::array<LogArgument, sizeof...(arguments)> packed{LogArgument(arguments)...};
+  CSRLogv(level, format, packed);
+}
+
+// Applies the user default LogLevel: opens the log the first time it is not 0, switches it off and on later.
+void ServiceRecordUpdateLoggingFromPrefs();
+
+// Takes one ready-made message of the location library into the trace.
+void ServiceRecordWFLogFunc(const char* message);

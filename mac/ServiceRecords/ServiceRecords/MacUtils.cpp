@@ -1,0 +1,134 @@
+#include "SRLib/TextHelpers.h"
+#include "libs/DomLib/DocumentBounds.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+
+namespace util {
+namespace {
+
+constexpr char32_t kFirstSurrogate = 0xD800;
+constexpr char32_t kLastSurrogate = 0xDFFF;
+constexpr char32_t kLastCodePoint = 0x10FFFF;
+
+bool IsSurrogate(char32_t character) {
+  return character >= kFirstSurrogate && character <= kLastSurrogate;
+}
+
+void AppendUTF8(char32_t c, std::string& out) {
+  const auto byte = [&out](char32_t value) { out += static_cast<char>(static_cast<unsigned char>(value)); };
+  const auto continuation = [&](unsigned shift) { byte(0x80 | ((c >> shift) & 0x3F)); };
+  if (c < 0x80) {
+    byte(c);
+  } else if (c < 0x800) {
+    byte(0xC0 | (c >> 6));
+    continuation(0);
+  } else if (c < 0x10000) {
+    byte(0xE0 | (c >> 12));
+    continuation(6);
+    continuation(0);
+  } else {
+    byte(0xF0 | (c >> 18));
+    continuation(12);
+    continuation(6);
+    continuation(0);
+  }
+}
+
+// The shape of a sequence by its lead byte: its length, the bits that the lead carries, the smallest value
+// that is not overlong. Length 0: not a lead byte.
+struct Sequence {
+  std::size_t length;
+  unsigned char leadMask;
+  char32_t smallest;
+};
+
+Sequence SequenceOf(unsigned char lead) {
+  if (lead < 0x80) return {1, 0x7F, 0};
+  if ((lead & 0xE0) == 0xC0) return {2, 0x1F, 0x80};
+  if ((lead & 0xF0) == 0xE0) return {3, 0x0F, 0x800};
+  if ((lead & 0xF8) == 0xF0) return {4, 0x07, 0x10000};
+  return {0, 0, 0};
+}
+
+// Decodes the sequence at the start of the bytes; its length is 0 when it is not valid.
+struct Decoded {
+  char32_t character;
+  std::size_t length;
+};
+
+Decoded DecodeFirst(std::string_view bytes) {
+  const Sequence sequence = SequenceOf(static_cast<unsigned char>(bytes[0]));
+  if (sequence.length == 0 || sequence.length > bytes.size()) return {0, 0};
+  char32_t character = static_cast<unsigned char>(bytes[0]) & sequence.leadMask;
+  for (std::size_t i = 1; i < sequence.length; ++i) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    if ((byte & 0xC0) != 0x80) return {0, 0};
+    character = (character << 6) | (byte & 0x3F);
+  }
+  const bool valid = character >= sequence.smallest && character <= kLastCodePoint && !IsSurrogate(character);
+  return {character, valid ? sequence.length : 0};
+}
+
+// The whole content, but at most one byte more than a document may have.
+std::string ReadDocument(int file) {
+  std::string content;
+  char buffer[65536];
+  while (content.size() <= kMaximumDocumentBytes) {
+    const ssize_t count = ::read(file, buffer, sizeof buffer);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) break;
+    content.append(buffer, static_cast<std::size_t>(count));
+  }
+  content.resize(std::min(content.size(), kMaximumDocumentBytes + 1));
+  return content;
+}
+
+}  // namespace
+
+std::string narrow(std::wstring_view text) {
+  std::string utf8;
+  utf8.reserve(text.size());
+  for (const wchar_t wide : text) {
+    const auto character = static_cast<char32_t>(wide);
+    if (character <= kLastCodePoint && !IsSurrogate(character)) AppendUTF8(character, utf8);
+  }
+  return utf8;
+}
+
+std::wstring widen(std::string_view utf8) {
+  std::wstring text;
+  text.reserve(utf8.size());
+  while (!utf8.empty()) {
+    const Decoded first = DecodeFirst(utf8);
+    if (first.length != 0) text += static_cast<wchar_t>(first.character);
+    utf8.remove_prefix(std::max<std::size_t>(first.length, 1));
+  }
+  return text;
+}
+
+bool IsUTF8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const std::size_t length = DecodeFirst(bytes).length;
+    if (length == 0) return false;
+    bytes.remove_prefix(length);
+  }
+  return true;
+}
+
+bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
+  // Not blocking, so that a pipe put in a document's place cannot hold the caller.
+  const int file = ::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (file < 0) return false;
+  struct stat status {};
+  const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+  if (regular) text = widen(ReadDocument(file));
+  ::close(file);
+  return regular;
+}
+
+}  // namespace util

@@ -1,0 +1,122 @@
+#include "SRLib/TextHelpers.h"
+#include "libs/DomLib/DocumentBounds.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <string>
+
+using namespace std::string_literals;
+
+namespace {
+
+void WriteFile(const std::filesystem::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary) << bytes;
+}
+
+TEST(Narrow, WritesOneToFourBytes) {
+  EXPECT_EQ(util::narrow(L"a\u007F"), "a\x7F");
+  EXPECT_EQ(util::narrow(L"\u0080\u07FF"), "\xC2\x80\xDF\xBF");
+  EXPECT_EQ(util::narrow(L"\u0800\uFFFF"), "\xE0\xA0\x80\xEF\xBF\xBF");
+  EXPECT_EQ(util::narrow(L"\U00010000\U0010FFFF"), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
+}
+
+TEST(Narrow, DropsALoneSurrogateOnly) {
+  EXPECT_EQ(
+      util::narrow(std::wstring{L'a', static_cast<wchar_t>(0xD800), L'b', static_cast<wchar_t>(0xDFFF)}),
+      "ab");
+}
+
+TEST(Narrow, DropsNegativeAndTooLargeValues) {
+  EXPECT_EQ(util::narrow(std::wstring{static_cast<wchar_t>(-1), L'x', static_cast<wchar_t>(0x110000)}), "x");
+}
+
+TEST(Narrow, KeepsNulCharacters) {
+  EXPECT_EQ(util::narrow(L"a\0b"s), "a\0b"s);
+}
+
+TEST(Widen, ReadsOneToFourBytes) {
+  EXPECT_EQ(util::widen("a\xC2\x80\xE0\xA0\x80\xF4\x8F\xBF\xBF"), L"a\u0080\u0800\U0010FFFF");
+}
+
+TEST(Widen, DropsALeadByteWithoutItsContinuation) {
+  EXPECT_EQ(util::widen("\xC3\x28"), L"(");
+}
+
+TEST(Widen, DropsAnOverlongZeroWhole) {
+  EXPECT_EQ(util::widen("\xC0\x80"), L"");
+}
+
+TEST(Widen, DropsASequenceThatTheEndCutsOff) {
+  EXPECT_EQ(util::widen("\xE2\x82"), L"");
+  EXPECT_EQ(util::widen("x\xF0\x9F\x98"), L"x");
+}
+
+TEST(Widen, DropsSurrogatesOverlongsAndWhatIsOutOfRange) {
+  EXPECT_EQ(util::widen("a\xED\xA0\x80z"), L"az");
+  EXPECT_EQ(util::widen("a\xE0\x80\x80z"), L"az");
+  EXPECT_EQ(util::widen("a\xF4\x90\x80\x80z"), L"az");
+  EXPECT_EQ(util::widen("a\xF8\xFFz"), L"az");
+}
+
+TEST(Widen, ResumesAtTheVeryNextByte) {
+  EXPECT_EQ(util::widen("\xE2\xC3\xA9"), L"\u00E9");
+}
+
+TEST(IsUTF8, TellsValidTextFromAnyOther) {
+  EXPECT_TRUE(util::IsUTF8("St\xC3\xB6re"));
+  EXPECT_TRUE(util::IsUTF8(""));
+  EXPECT_FALSE(util::IsUTF8("St\xF6re"));
+  EXPECT_FALSE(util::IsUTF8("\xED\xA0\x80"));
+}
+
+TEST(ReadUTF8File, AMissingFileLeavesTheOutputAsItWas) {
+  std::wstring text = L"old";
+  EXPECT_FALSE(util::ReadUTF8File(L"/nowhere/at/all", text));
+  EXPECT_EQ(text, L"old");
+}
+
+TEST(ReadUTF8File, AnEmptyFileGivesEmptyText) {
+  const testsupport::TemporaryFolder folder;
+  WriteFile(folder.Path() / "empty", "");
+  std::wstring text = L"old";
+  EXPECT_TRUE(util::ReadUTF8File((folder.Path() / "empty").wstring(), text));
+  EXPECT_EQ(text, L"");
+}
+
+TEST(ReadUTF8File, AByteOrderMarkStays) {
+  const testsupport::TemporaryFolder folder;
+  WriteFile(folder.Path() / "bom", "\xEF\xBB\xBFx");
+  std::wstring text;
+  EXPECT_TRUE(util::ReadUTF8File((folder.Path() / "bom").wstring(), text));
+  EXPECT_EQ(text, L"\uFEFFx");
+}
+
+TEST(ReadUTF8File, ThePathMayHoldAnyCharacter) {
+  const testsupport::TemporaryFolder folder;
+  WriteFile(folder.Path() / "Stör \"e.cr", "x");
+  std::wstring text;
+  EXPECT_TRUE(util::ReadUTF8File(util::widen(folder.Path().string()) + L"/Stör \"e.cr", text));
+}
+
+TEST(ReadUTF8File, APipeOrAFolderIsNoFile) {
+  const testsupport::TemporaryFolder folder;
+  ASSERT_EQ(::mkfifo((folder.Path() / "pipe").c_str(), 0600), 0);
+  std::wstring text = L"old";
+  EXPECT_FALSE(util::ReadUTF8File((folder.Path() / "pipe").wstring(), text));
+  EXPECT_FALSE(util::ReadUTF8File(folder.Path().wstring(), text));
+  EXPECT_EQ(text, L"old");
+}
+
+TEST(ReadUTF8File, ReadsNoMoreThanShowsThatAFileIsTooLarge) {
+  const testsupport::TemporaryFolder folder;
+  WriteFile(folder.Path() / "large", "");
+  std::filesystem::resize_file(folder.Path() / "large", kMaximumDocumentBytes * 4);
+  std::wstring text;
+  EXPECT_TRUE(util::ReadUTF8File((folder.Path() / "large").wstring(), text));
+  EXPECT_EQ(text.size(), kMaximumDocumentBytes + 1);
+}
+
+}  // namespace

@@ -1,0 +1,224 @@
+#include "DbgTrace.h"
+#include "UserDefaults.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr char kPrefix[] = R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}\] \[T0Unknown\] )";
+
+// The trace is process-wide; every case runs in a process of its own.
+class TraceLog : public testing::Test {
+ protected:
+  TraceLog() {
+    ::setenv("HOME", folder_.Path().c_str(), 1);
+    ::setenv("XDG_CONFIG_HOME", folder_.Path().c_str(), 1);
+    std::filesystem::create_directories(Log().parent_path());
+  }
+  ~TraceLog() override { SetLogLevel(0); }
+
+  static void SetLogLevel(std::int64_t level) {
+    ASSERT_TRUE(UserDefaults::Standard().SetInteger("LogLevel", level));
+    ServiceRecordUpdateLoggingFromPrefs();
+  }
+
+  [[nodiscard]] std::filesystem::path Log() const {
+    return folder_.Path() / "Library/Logs/ServiceRecord.log";
+  }
+  [[nodiscard]] std::filesystem::path Backup() const { return Log().string() + "BUP"; }
+
+  static std::string Content(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+  [[nodiscard]] std::vector<std::string> Lines() const {
+    std::istringstream stream(Content(Log()));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+  }
+  // The messages, without the prefixes; lines without a prefix whole.
+  [[nodiscard]] std::vector<std::string> Messages() const {
+    std::vector<std::string> messages = Lines();
+    const std::regex prefix(std::string(kPrefix) + R"(\[[^\]]*:\d+\]  )");
+    for (std::string& message : messages) message = std::regex_replace(message, prefix, "");
+    return messages;
+  }
+
+  testsupport::TemporaryFolder folder_;
+};
+
+TEST_F(TraceLog, WithoutAPreferenceNoFileIsMadeOrTouched) {
+  ServiceRecordUpdateLoggingFromPrefs();
+  SR_TRACE(2) << "a failure";
+  CSRLog(2, "another");
+  EXPECT_FALSE(std::filesystem::exists(Log()));
+  EXPECT_FALSE(trace::IsEnabled());
+}
+
+TEST_F(TraceLog, WithThePreferenceOffAnOldLogStaysAsItIs) {
+  std::ofstream(Log()) << "old log\n";
+  SetLogLevel(0);
+  SR_TRACE(2) << "a failure";
+  EXPECT_EQ(Content(Log()), "old log\n");
+  EXPECT_FALSE(std::filesystem::exists(Backup()));
+}
+
+TEST_F(TraceLog, TheFirstTimeOnTheOldLogIsKeptAndTheBannerWritten) {
+  std::ofstream(Log()) << "old log\n";
+  SetLogLevel(1);
+  EXPECT_EQ(Content(Backup()), "old log\n");
+  const auto lines = Lines();
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0], "");
+  EXPECT_TRUE(std::regex_match(
+      lines[1],
+      std::regex(R"( === Morvane Quillon logging started \d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} ===)")))
+      << lines[1];
+  EXPECT_EQ(lines[2], "");
+  EXPECT_TRUE(std::regex_match(
+      lines[3], std::regex(std::string(kPrefix) +
+                           R"(\[ServiceRecordMain\.cpp:157\]  Service Records Logging Active \(v.*\))")))
+      << lines[3];
+}
+
+TEST_F(TraceLog, OffAndOnAgainAppendsWithoutASecondBannerOrBackup) {
+  SetLogLevel(1);
+  SetLogLevel(0);
+  EXPECT_EQ(Messages().back(), "Logging Deactivated");
+  SR_TRACE(2) << "nobody hears this";
+  SetLogLevel(2);
+  EXPECT_FALSE(std::filesystem::exists(Backup()));
+  const auto messages = Messages();
+  ASSERT_EQ(messages.size(), 6U);
+  EXPECT_EQ(messages[4], "Logging Deactivated");
+  EXPECT_THAT(messages[5], testing::StartsWith("Service Records Logging Active (v"));
+}
+
+TEST_F(TraceLog, ALineCarriesTheStatementsFileAndLine) {
+  SetLogLevel(1);
+  const int line = __LINE__ + 1;
+  SR_TRACE(0) << "message " << L"wide " << std::uint64_t{42};
+  const std::string expected =
+      std::string(kPrefix) + R"(\[TraceLogTest\.cpp:)" + std::to_string(line) + R"(\]  message wide 42)";
+  EXPECT_TRUE(std::regex_match(Lines().back(), std::regex(expected))) << Lines().back();
+}
+
+TEST_F(TraceLog, APathWithoutASlashPrintsWhole) {
+  SetLogLevel(1);
+  { trace::Statement(0, "Somewhere", 7) << "x"; }
+  EXPECT_THAT(Lines().back(), testing::HasSubstr("] [Somewhere:7]  x"));
+}
+
+TEST_F(TraceLog, CoreStatementsReachTheFileAsUTF8InAnyLocale) {
+  ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
+  SetLogLevel(1);
+  SR_TRACE(0) << L"Stör\u20AC\U0001F600" << " \xC3\xA9\xFF";
+  SR_TRACE(0) << "later line";
+  const auto messages = Messages();
+  EXPECT_EQ(messages[messages.size() - 2], "Stör\u20AC\U0001F600 \xC3\xA9\xFF");
+  EXPECT_EQ(messages.back(), "later line");
+}
+
+TEST_F(TraceLog, TheAgentsStatementsLoseWhatIsNotASCII) {
+  SetLogLevel(1);
+  CSRLog(0, "[+] %s (%@, %d)", "method", "Störe\u20AC", 5);
+  EXPECT_EQ(Messages().back(), "[+] method (St?re?, 5)");
+}
+
+TEST_F(TraceLog, APercentSignInAnArgumentIsText) {
+  SetLogLevel(1);
+  CSRLog(0, "%@", "100%@ %s");
+  EXPECT_EQ(Messages().back(), "100%@ %s");
+}
+
+TEST_F(TraceLog, TheLocationLibrarysMessagesAreTaken) {
+  SetLogLevel(1);
+  ServiceRecordWFLogFunc("store X: LAN");
+  EXPECT_EQ(Messages().back(), "store X: LAN");
+}
+
+TEST_F(TraceLog, EnableTellsTheStateBefore) {
+  SetLogLevel(1);
+  EXPECT_TRUE(trace::Enable(false));
+  EXPECT_FALSE(trace::Enable(true));
+  EXPECT_TRUE(trace::IsEnabled());
+}
+
+TEST_F(TraceLog, TheTextOfARecordIsNotBuiltWhenNothingListens) {
+  SetLogLevel(0);
+  bool built = false;
+  const auto build = [&built] {
+    built = true;
+    return "text";
+  };
+  SR_TRACE(2) << build();
+  EXPECT_FALSE(built);
+  SetLogLevel(1);
+  SR_TRACE(2) << build();
+  EXPECT_TRUE(built);
+}
+
+TEST_F(TraceLog, AFailedWriteDoesNotSilenceLaterLines) {
+  SetLogLevel(1);
+  trace::wdbg.setstate(std::ios::badbit);
+  SR_TRACE(0) << "after a failure";
+  EXPECT_EQ(Messages().back(), "after a failure");
+}
+
+TEST_F(TraceLog, LinesOfManyThreadsNeverInterleave) {
+  SetLogLevel(1);
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 8; ++number) {
+    threads.emplace_back([number] {
+      for (int i = 0; i < 100; ++i)
+        SR_TRACE(0) << "<" << std::string(20, static_cast<char>('a' + number)) << ">";
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  const auto messages = Messages();
+  ASSERT_EQ(messages.size(), 804U);
+  const std::regex whole("<([a-h])\\1{19}>");
+  for (std::size_t i = 4; i < messages.size(); ++i)
+    EXPECT_TRUE(std::regex_match(messages[i], whole)) << messages[i];
+}
+
+TEST_F(TraceLog, AStatementMayCallWhatTracesInTurn) {
+  SetLogLevel(1);
+  const auto inner = [] {
+    SR_TRACE(0) << "inner";
+    return "outer";
+  };
+  SR_TRACE(0) << inner();
+  EXPECT_THAT(Content(Log()), testing::HasSubstr("inner\n"));
+}
+
+TEST_F(TraceLog, TheLogIsReadableByItsOwnerOnly) {
+  ::umask(0);
+  std::ofstream(Log()) << "old\n";
+  SetLogLevel(1);
+  using std::filesystem::perms;
+  EXPECT_EQ(std::filesystem::status(Backup()).permissions(), perms::owner_read | perms::owner_write);
+}
+
+TEST_F(TraceLog, WithoutAHomeThePathStartsAtTheRoot) {
+  ::unsetenv("HOME");
+  SetLogLevel(1);  // nothing can be opened there, and nothing fails
+  SR_TRACE(2) << "dropped";
+  EXPECT_THAT(Lines(), IsEmpty());
+}
+
+}  // namespace
