@@ -1,0 +1,10 @@
+#pragma once
+
+#include "SRLib/PropertyList/PropertyList.h"
+#include "SdBus.h"
+
+// Dictionaries as bus messages carry them: a{sv} with text as s, whole numbers as t, booleans as b and arrays
+// of dictionaries as aa{sv}. Both answer the bus library's negative error code on failure. Values of other
+// kinds do not occur in what the services answer.
+[[nodiscard]] int AppendDictionary(sd_bus_message* message, const PropertyList::Dictionary& dictionary);
+[[nodiscard]] int AppendDictionaries(sd_bus_message* message, const PropertyList::Array& dictionaries);

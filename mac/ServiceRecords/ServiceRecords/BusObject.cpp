@@ -1,0 +1,17 @@
+#include "BusObject.h"
+
+#include <system_error>
+
+std::string ReadText(sd_bus_message* call) {
+  const char* text = nullptr;
+  const int result = sd_bus_message_read_basic(call, SD_BUS_TYPE_STRING, &text);
+  if (result < 0) throw std::system_error(-result, std::generic_category(), "reading a bus message");
+  return text;
+}
+
+BusSlotPtr AddInterface(sd_bus& bus, const char* path, const char* interface, const sd_bus_vtable* table,
+                        void* object) {
+  sd_bus_slot* slot = nullptr;
+  return sd_bus_add_object_vtable(&bus, &slot, path, interface, table, object) < 0 ? nullptr
+                                                                                   : BusSlotPtr(slot);
+}

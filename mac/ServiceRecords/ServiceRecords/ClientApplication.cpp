@@ -1,0 +1,40 @@
+#include "ClientApplication.h"
+
+#include "DesktopIntegration.h"
+
+#include <algorithm>
+
+namespace {
+
+// The application's object, whose path is its identifier with slashes.
+std::string ObjectPath(std::string identifier) {
+  std::replace(identifier.begin(), identifier.end(), '.', '/');
+  return "/" + identifier;
+}
+
+}  // namespace
+
+void ClientApplication::BringForward() {
+  if (!IsRunning()) {
+    DesktopIntegration::LaunchApplication(kIdentifier);
+    return;
+  }
+  sd_bus_message* message = nullptr;
+  if (sd_bus_message_new_method_call(&bus_, &message, kIdentifier, ObjectPath(kIdentifier).c_str(),
+                                     "org.freedesktop.Application", "Activate") < 0) {
+    return;
+  }
+  const BusMessagePtr call(message);
+  sd_bus_message_set_auto_start(message, 0);
+  if (sd_bus_message_append(message, "a{sv}", 0) >= 0) sd_bus_send(&bus_, message, nullptr);
+}
+
+bool ClientApplication::IsRunning() {
+  sd_bus_message* message = nullptr;
+  int owned = 0;
+  const int result =
+      sd_bus_call_method(&bus_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                         "NameHasOwner", nullptr, &message, "s", kIdentifier);
+  const BusMessagePtr reply(message);
+  return result >= 0 && sd_bus_message_read(message, "b", &owned) >= 0 && owned != 0;
+}

@@ -1,0 +1,55 @@
+#include "DesktopIntegration.h"
+
+#include <gio/gdesktopappinfo.h>
+#include <gio/gio.h>
+
+#include <memory>
+#include <string_view>
+
+namespace DesktopIntegration {
+namespace {
+
+constexpr char kDesktopEntry[] = "com.morvane.ServiceRecords.desktop";
+constexpr std::string_view kContentType = "application/vnd.morvane.servicerecord+xml";
+
+struct ObjectDeleter {
+  void operator()(gpointer object) const { g_object_unref(object); }
+};
+struct MemoryDeleter {
+  void operator()(gchar* memory) const { g_free(memory); }
+};
+using AppInfoPtr = std::unique_ptr<GAppInfo, ObjectDeleter>;
+using TextPtr = std::unique_ptr<gchar, MemoryDeleter>;
+
+AppInfoPtr FindApplication(const std::string& desktopEntry) {
+  return AppInfoPtr(reinterpret_cast<GAppInfo*>(g_desktop_app_info_new(desktopEntry.c_str())));
+}
+
+bool IsDefaultHandler(const gchar* type) {
+  const AppInfoPtr handler(g_app_info_get_default_for_type(type, FALSE));
+  return handler != nullptr && g_strcmp0(g_app_info_get_id(handler.get()), kDesktopEntry) == 0;
+}
+
+}  // namespace
+
+bool BecomeDefaultHandler(const std::string& suffix) {
+  if (suffix.empty()) return false;
+  const TextPtr type(g_content_type_guess(("file." + suffix).c_str(), nullptr, 0, nullptr));
+  // The type of another application is not ours to take.
+  if (type == nullptr || type.get() != kContentType) return false;
+  if (IsDefaultHandler(type.get())) return true;
+  const AppInfoPtr self = FindApplication(kDesktopEntry);
+  return self != nullptr && g_app_info_set_as_default_for_type(self.get(), type.get(), nullptr) == TRUE;
+}
+
+bool LaunchApplication(const std::string& identifier) {
+  const AppInfoPtr application = FindApplication(identifier + ".desktop");
+  return application != nullptr && g_app_info_launch(application.get(), nullptr, nullptr, nullptr) == TRUE;
+}
+
+std::optional<std::string> LocalPath(const std::string& uri) {
+  const TextPtr path(g_filename_from_uri(uri.c_str(), nullptr, nullptr));
+  return path == nullptr ? std::nullopt : std::optional<std::string>(path.get());
+}
+
+}  // namespace DesktopIntegration

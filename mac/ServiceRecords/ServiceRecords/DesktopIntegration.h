@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+// What the desktop knows of files and applications. Synchronous, main thread.
+namespace DesktopIntegration {
+
+// Makes this application the default handler of the files with that suffix. The user's association is written
+// only when it names another handler. False for an empty suffix, a suffix whose type the desktop does not
+// know as this application's, or an error.
+[[nodiscard]] bool BecomeDefaultHandler(const std::string& suffix);
+
+// Launches the application with this identifier by its desktop entry, without waiting for it. False when
+// there is no such entry or it cannot be started.
+bool LaunchApplication(const std::string& identifier);
+
+// The local path of a file URI; nothing for any other URI.
+[[nodiscard]] std::optional<std::string> LocalPath(const std::string& uri);
+
+}  // namespace DesktopIntegration

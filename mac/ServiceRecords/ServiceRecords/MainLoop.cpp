@@ -1,0 +1,84 @@
+#include "MainLoop.h"
+
+#include "TerminationEvent.h"
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace {
+
+void Check(int result, const char* what) {
+  if (result < 0) throw std::system_error(-result, std::generic_category(), what);
+}
+
+}  // namespace
+
+MainLoop::MainLoop() : wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  if (wakeUp_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  sd_event* loop = nullptr;
+  Check(sd_event_new(&loop), "sd_event_new");
+  loop_.reset(loop);
+  Check(sd_event_add_io(loop, nullptr, wakeUp_, EPOLLIN, HandlePosted, this), "sd_event_add_io");
+  Check(sd_event_add_io(loop, nullptr, TerminationEvent::Descriptor(), EPOLLIN, HandleTermination, this),
+        "sd_event_add_io");
+}
+
+MainLoop::~MainLoop() {
+  loop_.reset();
+  ::close(wakeUp_);
+}
+
+MainLoop& MainLoop::Main() {
+  static MainLoop loop;
+  return loop;
+}
+
+void MainLoop::Post(std::function<void()> work) {
+  {
+    const std::lock_guard lock(mutex_);
+    posted_.push_back(std::move(work));
+  }
+  const std::uint64_t one = 1;
+  static_cast<void>(!::write(wakeUp_, &one, sizeof one));
+}
+
+bool MainLoop::Attach(sd_bus& bus) {
+  return sd_bus_attach_event(&bus, loop_.get(), SD_EVENT_PRIORITY_NORMAL) >= 0 &&
+         sd_bus_set_exit_on_disconnect(&bus, 1) >= 0;
+}
+
+int MainLoop::Run() {
+  return sd_event_loop(loop_.get());
+}
+
+void MainLoop::RunUntil(const std::function<bool()>& done) {
+  while (!done() && sd_event_get_state(loop_.get()) != SD_EVENT_FINISHED) {
+    if (sd_event_run(loop_.get(), UINT64_MAX) < 0) return;
+  }
+}
+
+int MainLoop::HandlePosted(sd_event_source* /*source*/, int descriptor, std::uint32_t /*events*/,
+                           void* self) {
+  std::uint64_t count = 0;
+  static_cast<void>(!::read(descriptor, &count, sizeof count));
+  static_cast<MainLoop*>(self)->RunPosted();
+  return 0;
+}
+
+void MainLoop::RunPosted() {
+  std::deque<std::function<void()>> work;
+  {
+    const std::lock_guard lock(mutex_);
+    work.swap(posted_);
+  }
+  for (const auto& item : work) item();
+}
+
+int MainLoop::HandleTermination(sd_event_source* /*source*/, int /*descriptor*/, std::uint32_t /*events*/,
+                                void* self) {
+  return sd_event_exit(static_cast<MainLoop*>(self)->loop_.get(), 0);
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "SdBus.h"
+
+#include <deque>
+#include <functional>
+#include <mutex>
+
+// The main thread's event loop: bus connections, termination, and work that other threads hand over. Made and
+// run on the main thread; only Post may be called from others. Throws std::system_error when it cannot be
+// made.
+class MainLoop {
+ public:
+  MainLoop();
+  ~MainLoop();
+  MainLoop(const MainLoop&) = delete;
+  MainLoop& operator=(const MainLoop&) = delete;
+
+  // The loop of the process, made on first use, which must be on the main thread.
+  static MainLoop& Main();
+
+  // Runs `work` on the main thread, in the order of the calls. What the work holds must be safe to hand from
+  // thread to thread. Dropped when the loop has ended.
+  void Post(std::function<void()> work);
+
+  // Serves the connection from now on; false when the loop cannot take it.
+  [[nodiscard]] bool Attach(sd_bus& bus);
+
+  // Runs until termination is requested, or until a connection is lost. Returns the process's exit status.
+  int Run();
+  // Runs until `done` answers true after an event, or termination is requested.
+  void RunUntil(const std::function<bool()>& done);
+
+ private:
+  void RunPosted();
+  static int HandlePosted(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+  static int HandleTermination(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+
+  EventLoopPtr loop_;
+  const int wakeUp_;
+  std::mutex mutex_;
+  std::deque<std::function<void()>> posted_;
+};

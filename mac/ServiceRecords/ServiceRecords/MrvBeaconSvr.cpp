@@ -1,0 +1,72 @@
+#include "MrvBeaconSvr.h"
+
+#include "DbgTrace.h"
+#include "SRLib/SRProvider.h"
+#include "libs/Wayfinder/Wayfinder.h"
+
+using ServiceRecords::SRGateway;
+using ServiceRecords::SRProvider;
+using ServiceRecords::SRStore;
+
+const char* NetworkLocationName(std::uint64_t location) {
+  switch (location) {
+    case 0:
+      return "NETWORK_LOCATION_DECIDING";
+    case 1:
+      return "NETWORK_LOCATION_LAN";
+    case 2:
+      return "NETWORK_LOCATION_OUTSIDE";
+    case 3:
+      return "NETWORK_LOCATION_NONE";
+    case 4:
+      return "NETWORK_LOCATION_VPN";
+    case 5:
+      return "NETWORK_LOCATION_HOTSPOT";
+    case 6:
+      return "NETWORK_LOCATION_PARTLY_INTERNAL";
+    default:
+      return "NETWORK_LOCATION_UNDEFINED";
+  }
+}
+
+std::unique_ptr<MrvBeaconSvr> NewMrvBeaconService() {
+  return std::make_unique<MrvBeaconSvr>();
+}
+
+std::uint64_t MrvBeaconSvr::checkLocationForStore(const std::string& storeURL) {
+  constexpr char kMethod[] = "MrvBeaconSvr::checkLocationForStore";
+  CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
+  const std::uint64_t location = Wayfinder::sharedInstance().locationRelativeToStoreURL(storeURL);
+  CSRLog(0, "[-] %s (%@)", kMethod, NetworkLocationName(location));
+  return location;
+}
+
+std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(const std::string& storeURL) {
+  constexpr char kMethod[] = "MrvBeaconSvr::getCurrentGatewayForStore";
+  if (storeURL.empty()) {
+    CSRLog(0, "[*] %s Called with invalid params (null)", kMethod);
+    return std::nullopt;
+  }
+  CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
+  SRStore store;
+  SRGateway gateway;
+  std::optional<PropertyList::Dictionary> result;
+  if (SRProvider::Instance().GetStoreFromURL(util::widen(storeURL), store) &&
+      store.GetDefaultGatewayRef(gateway)) {
+    result =
+        PropertyList::Dictionary{{"GatewayURL", util::narrow(gateway.GetLocation())},
+                                 {"GatewayName", util::narrow(gateway.GetName())},
+                                 {"GatewayAuthType", static_cast<std::uint32_t>(gateway.GetAuthentication())},
+                                 {"GatewayEdition", static_cast<std::uint32_t>(gateway.GetEdition())}};
+  }
+  CSRLog(0, "[-] %s", kMethod);
+  return result;
+}
+
+std::uint32_t MrvBeaconSvr::networkReachabilityFlags() {
+  constexpr char kMethod[] = "MrvBeaconSvr::networkReachabilityFlags";
+  CSRLog(0, "[+] %s", kMethod);
+  const std::uint32_t flags = Wayfinder::sharedInstance().networkReachabilityFlags();
+  CSRLog(0, "[-] %s (%d)", kMethod, flags);
+  return flags;
+}

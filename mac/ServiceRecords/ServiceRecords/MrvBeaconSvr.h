@@ -1,0 +1,27 @@
+#pragma once
+
+#include "SRLib/PropertyList/PropertyList.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+// What the beacon service answers. Text is UTF-8. Called on the main thread; no call blocks for the network.
+class MrvBeaconSvr {
+ public:
+  // The network location value relative to the store at this URL; passed on as it is, without checks.
+  [[nodiscard]] std::uint64_t checkLocationForStore(const std::string& storeURL);
+
+  // GatewayURL, GatewayName, GatewayAuthType, GatewayEdition of the default gateway of the store that the URL
+  // points at; nothing for an empty URL, an unknown store or a store without gateways.
+  [[nodiscard]] std::optional<PropertyList::Dictionary> getCurrentGatewayForStore(
+      const std::string& storeURL);
+
+  [[nodiscard]] std::uint32_t networkReachabilityFlags();
+};
+
+// The name under which a network location value is logged.
+[[nodiscard]] const char* NetworkLocationName(std::uint64_t location);
+
+[[nodiscard]] std::unique_ptr<MrvBeaconSvr> NewMrvBeaconService();

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+
+inline constexpr char kStoresUpdatedNotification[] = "MRVServiceRecordStoresUpdated";
+inline constexpr char kStoresUpdatedObject[] = "MRVServiceRecord";
+
+extern "C" {
+
+// Starts the core: the location library's log, the logging preference, the request and validation factories,
+// the notifications and with them the provider. Main thread, once.
+void ServiceRecordInit();
+
+// Handles one opened file from the user's confirmation to the announcement. `path` is UTF-8 and quoted. True
+// when stores were accepted. Blocks in dialogs and network calls; not for the main thread.
+bool ServiceRecordHandleFTA(const char* path);
+}
+
+// What brings the main client forward after stores were accepted. Set once, on the main thread, before any
+// file is handled; called on the main thread.
+void SetClientActivation(std::function<void()> bringForward);
