@@ -7,7 +7,8 @@ if(SR_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${SR_CCACHE})
 endif()
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 if(SR_SANITIZE)
   add_compile_options(-fsanitize=${SR_SANITIZE} -fno-omit-frame-pointer -O1)
   add_link_options(-fsanitize=${SR_SANITIZE})

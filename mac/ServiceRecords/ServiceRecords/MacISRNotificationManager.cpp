@@ -1,0 +1,80 @@
+#include "MacISRNotificationManager.h"
+
+#include "Bundle.h"
+#include "SRLib/PropertyList/PropertyList.h"
+#include "SRLib/SRProvider.h"
+#include "SRLib/TextHelpers.h"
+#include "StoreDictionary.h"
+#include "TerminationEvent.h"
+#include "UIBundleLoader.h"
+
+#include <string>
+#include <utility>
+
+namespace ServiceRecords {
+namespace {
+
+PropertyList::Array GatewayDictionaries(const GatewayLabel& defaultGateway,
+                                        const std::vector<GatewayLabel>& otherGateways) {
+  PropertyList::Array gateways;
+  gateways.reserve(otherGateways.size() + 1);
+  const auto& [defaultName, defaultURL] = defaultGateway;
+  if (!defaultURL.empty()) gateways.emplace_back(GatewayDictionary(defaultName, defaultURL, true));
+  for (const auto& [name, url] : otherGateways) gateways.emplace_back(GatewayDictionary(name, url, false));
+  return gateways;
+}
+
+std::int32_t AnswerOf(int accepted) {
+  return accepted != 0 ? IServiceRecordsNotifications::kAccepted : IServiceRecordsNotifications::kDeclined;
+}
+
+}  // namespace
+
+void MacIServiceRecordsNotifications::Init() {
+  static MacIServiceRecordsNotifications notifications;
+  SRProvider::Instance().InitNotificationManager(&notifications);
+}
+
+const SRUIProtocol* MacIServiceRecordsNotifications::SRUIClass() {
+  return UIBundleLoader(Bundle::Main().BuiltInPlugInsPath(), TerminationEvent::Descriptor())
+      .PrincipalClass(__PRETTY_FUNCTION__);
+}
+
+std::int32_t MacIServiceRecordsNotifications::ShowTrustDialog(
+    const std::wstring& certificateName, const std::wstring& storeProvider, const std::wstring& storeName,
+    const std::wstring& storeURL, const GatewayLabel& defaultGateway,
+    const std::vector<GatewayLabel>& otherGateways) {
+  const SRUIProtocol* userInterface = SRUIClass();
+  if (userInterface == nullptr) return kDeclined;
+  PropertyList::Dictionary details{{"StoreName", util::narrow(storeName)},
+                                   {"StoreProvider", util::narrow(storeProvider)},
+                                   {"CertificateName", util::narrow(certificateName)},
+                                   {"StoreURL", util::narrow(storeURL)}};
+  PropertyList::Array gateways = GatewayDictionaries(defaultGateway, otherGateways);
+  if (!gateways.empty()) details.Set("StoreGateways", std::move(gateways));
+  return AnswerOf(userInterface->addStore(PropertyList::Write(details).c_str()));
+}
+
+// Deliberately not implemented on this platform.
+std::int32_t MacIServiceRecordsNotifications::ShowGatewayTrustDialog(const std::wstring& /*gateway*/) {
+  return kNoAnswer;
+}
+
+std::int32_t MacIServiceRecordsNotifications::ShowStoreReplaceDialog(const std::wstring& storeName) {
+  const SRUIProtocol* userInterface = SRUIClass();
+  if (userInterface == nullptr) return kDeclined;
+  const PropertyList::Dictionary details{{"StoreName", util::narrow(storeName)}};
+  return AnswerOf(userInterface->replaceStore(PropertyList::Write(details).c_str()));
+}
+
+std::int32_t MacIServiceRecordsNotifications::ShowSRErrorDialog(const std::wstring& title,
+                                                                const std::wstring& message) {
+  const SRUIProtocol* userInterface = SRUIClass();
+  if (userInterface == nullptr) return kNoAnswer;
+  const PropertyList::Dictionary details{{"ErrorTitle", util::narrow(title)},
+                                         {"ErrorMessage", util::narrow(message)}};
+  userInterface->errorMessage(PropertyList::Write(details).c_str());
+  return kNoAnswer;
+}
+
+}  // namespace ServiceRecords

@@ -1,0 +1,268 @@
+#include "ui/LoadedModule.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <fstream>
+#include <string>
+#include <thread>
+
+namespace {
+
+constexpr const char* kDetails = "<plist version=\"1.0\"><dict/></plist>";
+
+class DialogModuleTest : public ::testing::Test {
+ protected:
+  int AnswerOfProgram(const std::string& script) {
+    module_.Bundle().ScriptDialogProgram(script);
+    return module_.EntryPoints().addStore(kDetails);
+  }
+
+  // A named pipe through which the dialog program tells that it has got somewhere.
+  void MakeEventPipe() {
+    ASSERT_EQ(::mkfifo(module_.Bundle().File("event").c_str(), 0600), 0);
+    event_ = ::open(module_.Bundle().File("event").c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+    ASSERT_GE(event_, 0);
+  }
+
+  // The next line that the program wrote into the pipe.
+  [[nodiscard]] std::string NextEvent() const {
+    std::string line;
+    char next = '\0';
+    pollfd state{event_, POLLIN, 0};
+    while (next != '\n' && ::poll(&state, 1, 30000) > 0 && ::read(event_, &next, 1) == 1) line += next;
+    return line;
+  }
+
+  void TearDown() override {
+    if (event_ >= 0) ::close(event_);
+  }
+
+  LoadedModule module_;
+  int event_ = -1;
+};
+
+bool IsGone(pid_t id) {
+  return ::kill(id, 0) != 0 && errno == ESRCH;
+}
+
+// Nothing tells when another thread has reaped a process.
+bool IsGoneSoon(pid_t id) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!IsGone(id) && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return IsGone(id);
+}
+
+TEST_F(DialogModuleTest, AcceptsWhenTheProgramRepliesThatTheUserAccepted) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo accepted"), 1);
+}
+
+TEST_F(DialogModuleTest, EveryOtherReplyIsNoConsent) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo declined"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'no display'"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'unknown request'"), 0);
+}
+
+TEST_F(DialogModuleTest, ARequestHasAVersionedHeaderAndTheWholeDictionary) {
+  const std::string details =
+      "<plist version=\"1.0\"><string>M\xC3\xBCnchen \xF0\x9F\x8F\xAA</string></plist>\n\n";
+  module_.Bundle().ScriptDialogProgram(
+      "readRequest; echo \"$word|$version|$dialog|$size\" >header; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(details.c_str()), 1);
+  EXPECT_EQ(ContentOf(module_.Bundle().File("header")),
+            "ServiceRecordUI|1|addStore|" + std::to_string(details.size()) + "\n");
+  EXPECT_EQ(ContentOf(module_.Bundle().File("details")), details);
+}
+
+TEST_F(DialogModuleTest, TheReplaceDialogIsARequestOfItsOwn) {
+  module_.Bundle().ScriptDialogProgram("readRequest; echo \"$dialog\" >header; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().replaceStore(kDetails), 1);
+  EXPECT_EQ(ContentOf(module_.Bundle().File("header")), "replaceStore\n");
+}
+
+TEST_F(DialogModuleTest, ALargeDictionaryArrivesWhole) {
+  const std::string details(3'000'000, 'x');
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(details.c_str()), 1);
+  EXPECT_EQ(ContentOf(module_.Bundle().File("details")), details);
+}
+
+TEST_F(DialogModuleTest, AProgramThatDoesNotReadItsRequestMayStillReply) {
+  const std::string details(3'000'000, 'x');
+  module_.Bundle().ScriptDialogProgram("exec 0<&-; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(details.c_str()), 1);
+}
+
+TEST_F(DialogModuleTest, AProgramThatDiesWithoutAReplyIsNoConsent) {
+  EXPECT_EQ(AnswerOfProgram("exit 0"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; exit 3"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; kill -KILL $$"), 0);
+}
+
+TEST_F(DialogModuleTest, AProgramThatDiesIsNoConsentEvenWhenAChildKeepsItsOutputOpen) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; { read -r never <&3; } 3<&0 & exit 0"), 0);
+}
+
+TEST_F(DialogModuleTest, AReplyThatIsCutOffIsNoConsent) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf accepted"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf accep; kill -KILL $$"), 0);
+}
+
+TEST_F(DialogModuleTest, AnyOtherOutputIsNoConsent) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo Accepted"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'accepted '"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf 'noise\\naccepted\\n'"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf 'accepted\\0\\n'"), 0);
+}
+
+TEST_F(DialogModuleTest, AnOverlongReplyIsNoConsent) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf '%1000s' x; echo; echo accepted"), 0);
+  EXPECT_EQ(AnswerOfProgram("readRequest; while printf x; do :; done"), 0);
+}
+
+TEST_F(DialogModuleTest, AProgramThatHangsUpIsNoConsentAndEnds) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo $$ >id; exec >&-; read -r never"), 0);
+  EXPECT_TRUE(IsGone(std::stoi(ContentOf(module_.Bundle().File("id")))));
+}
+
+TEST_F(DialogModuleTest, AProgramThatCannotBeStartedIsNoConsent) {
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 0);
+  std::ofstream(module_.Bundle().File("servicerecord-dialog")) << "#!/bin/bash\necho accepted\n";
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 0);
+}
+
+TEST_F(DialogModuleTest, NoDictionaryIsNoConsent) {
+  module_.Bundle().ScriptDialogProgram("echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(nullptr), 0);
+  EXPECT_EQ(module_.EntryPoints().replaceStore(nullptr), 0);
+}
+
+TEST_F(DialogModuleTest, AnOpenDialogClosesAsDeclinedOnTermination) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never; echo accepted");
+  OpenDialog dialog = module_.AddStore(kDetails);
+  const pid_t id = std::stoi(NextEvent());
+
+  module_.RequestTermination();
+
+  EXPECT_EQ(dialog.Answer(), 0);
+  EXPECT_TRUE(IsGone(id));
+}
+
+TEST_F(DialogModuleTest, AProgramThatStaysOnIsKilledOnTermination) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(
+      "readRequest; mkfifo silent; echo $$ >event; while :; do read -r <>silent; done");
+  OpenDialog dialog = module_.AddStore(kDetails);
+  const pid_t id = std::stoi(NextEvent());
+
+  module_.RequestTermination();
+
+  EXPECT_EQ(dialog.Answer(), 0);
+  EXPECT_TRUE(IsGone(id));
+}
+
+TEST_F(DialogModuleTest, SeveralDialogsMayBeOpenAtOnce) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(
+      "read -r word version dialog size; details=$(head -c \"$size\"); echo \"$details\" >event\n"
+      "[ \"$details\" = quick ] && echo accepted && exit; read -r never");
+  OpenDialog open = module_.AddStore("slow");
+  ASSERT_EQ(NextEvent(), "slow\n");
+
+  EXPECT_EQ(module_.EntryPoints().addStore("quick"), 1);
+
+  EXPECT_TRUE(open.IsOpen());
+  module_.RequestTermination();
+  EXPECT_EQ(open.Answer(), 0);
+}
+
+TEST_F(DialogModuleTest, TheProgramInheritsNothingButItsStandardDescriptors) {
+  const int leaked = ::eventfd(0, 0);
+  const int high = ::fcntl(leaked, F_DUPFD, 200);
+  module_.Bundle().ScriptDialogProgram("readRequest; [ -e /proc/$$/fd/" + std::to_string(high) +
+                                       " ] || echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
+  ::close(leaked);
+  ::close(high);
+}
+
+TEST_F(DialogModuleTest, TheProgramGetsNoArguments) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; [ $# = 0 ] && echo accepted"), 1);
+}
+
+TEST_F(DialogModuleTest, TheProgramStartsWithDefaultSignals) {
+  sigset_t blocked;
+  sigset_t before;
+  ::sigemptyset(&blocked);
+  ::sigaddset(&blocked, SIGUSR1);
+  ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
+  const auto pipeBefore = ::signal(SIGPIPE, SIG_IGN);
+
+  const int ignoredDies =
+      AnswerOfProgram("readRequest; (kill -PIPE $BASHPID; echo no) >died; [ -s died ] || echo accepted");
+  const int blockedDies =
+      AnswerOfProgram("readRequest; (kill -USR1 $BASHPID; echo no) >died; [ -s died ] || echo accepted");
+
+  ::signal(SIGPIPE, pipeBefore);
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  EXPECT_EQ(ignoredDies, 1);
+  EXPECT_EQ(blockedDies, 1);
+}
+
+TEST_F(DialogModuleTest, AnErrorBoxStaysOpenAfterTheCallAndClosesOnTermination) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(
+      "readRequest; echo \"$dialog\" >event; echo $$ >event; read -r never; echo closed >event");
+
+  module_.EntryPoints().errorMessage(kDetails);
+
+  EXPECT_EQ(NextEvent(), "errorMessage\n");
+  const pid_t id = std::stoi(NextEvent());
+  EXPECT_EQ(ContentOf(module_.Bundle().File("details")), kDetails);
+  EXPECT_FALSE(IsGone(id));
+  module_.RequestTermination();
+  EXPECT_EQ(NextEvent(), "closed\n");
+  EXPECT_TRUE(IsGoneSoon(id));
+}
+
+TEST_F(DialogModuleTest, AnErrorBoxThatTheUserClosesLeavesNoProcessBehind) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; echo accepted");
+
+  module_.EntryPoints().errorMessage(kDetails);
+
+  EXPECT_TRUE(IsGoneSoon(std::stoi(NextEvent())));
+}
+
+TEST_F(DialogModuleTest, AnErrorBoxThatCannotBeShownIsPassedOver) {
+  module_.EntryPoints().errorMessage(kDetails);
+  module_.EntryPoints().errorMessage(nullptr);
+
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+  EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(DialogModuleTest, TheModuleHasNoViewOfAStore) {
+  EXPECT_EQ(module_.EntryPoints().SRStoreDetailsViewWithDetailsDictionary(kDetails), nullptr);
+}
+
+}  // namespace

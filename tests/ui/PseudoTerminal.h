@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+// A terminal without a screen: what a program prints on it is read, and what a user would type is written
+// here.
+class PseudoTerminal {
+ public:
+  PseudoTerminal();
+  ~PseudoTerminal();
+  PseudoTerminal(const PseudoTerminal&) = delete;
+  PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+  // What a program opens.
+  [[nodiscard]] const std::string& Path() const { return path_; }
+
+  // All that was printed until `end` came, echo included; a failed test when it does not come in time.
+  [[nodiscard]] std::string ReadUntil(const std::string& end);
+  // What was printed and not read yet.
+  [[nodiscard]] std::string ReadNow();
+  void Type(const std::string& keys);
+
+ private:
+  int master_;
+  int slave_;
+  std::string path_;
+  std::string unread_;
+};

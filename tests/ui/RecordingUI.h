@@ -1,0 +1,25 @@
+#ifndef TESTS_UI_RECORDING_UI_H
+#define TESTS_UI_RECORDING_UI_H
+
+#include "SRUIProtocol.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What the recording module was last asked, and what it answers. */
+typedef struct RecordedDialog {
+  int answer;
+  int calls;
+  const char* dialog;
+  char* details;
+  int terminationDescriptor;
+} RecordedDialog;
+
+SRUI_EXPORT RecordedDialog* LastDialog(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,8 @@
+#include "SRUIProtocol.h"
+
+#include <stddef.h>
+
+const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host) {
+  (void)host;
+  return NULL;
+}

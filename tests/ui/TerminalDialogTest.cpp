@@ -1,0 +1,237 @@
+#include "SRLib/PropertyList/PropertyList.h"
+#include "support/TemporaryFolder.h"
+#include "ui/LoadedModule.h"
+#include "ui/PseudoTerminal.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+// The dialog program on a terminal, run by the module as in the agent.
+namespace {
+
+using PropertyList::Array;
+using PropertyList::Dictionary;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+constexpr const char* kQuestion = "Add it? [y/N] ";
+
+Dictionary Store() {
+  return {
+      {"StoreName", "M\xC3\xBCnchen \xE6\x9D\xB1"},
+      {"StoreProvider", "Morvane"},
+      {"CertificateName", "store.example.com"},
+      {"StoreURL", "https://store.example.com/path"},
+      {"StoreGateways",
+       Array{Dictionary{{"GatewayName", "Main"}, {"GatewayURL", "https://main"}, {"IsDefault", true}},
+             Dictionary{{"GatewayName", "Other"}, {"GatewayURL", "https://other"}, {"IsDefault", false}}}}};
+}
+
+class TerminalDialogTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    module_.Bundle().AddDialogProgram(SR_DIALOG_PROGRAM);
+    ::setenv("SERVICERECORDS_TERMINAL", terminal_.Path().c_str(), 1);
+    ::setenv("XDG_RUNTIME_DIR", runtime_.Path().c_str(), 1);
+  }
+
+  [[nodiscard]] OpenDialog AddStore(const Dictionary& details) const {
+    return module_.AddStore(PropertyList::Write(details));
+  }
+
+  // The answer to a user who types `keys` when the question is there.
+  int AnswerTo(const std::string& keys) {
+    OpenDialog dialog = AddStore(Store());
+    static_cast<void>(terminal_.ReadUntil(kQuestion));
+    terminal_.Type(keys);
+    return dialog.Answer();
+  }
+
+  // What is shown of a store with one text replaced.
+  std::string Shown(const std::string& key, PropertyList::Value value) {
+    Dictionary details = Store();
+    details.Set(key, std::move(value));
+    OpenDialog dialog = AddStore(details);
+    std::string shown = terminal_.ReadUntil(kQuestion);
+    terminal_.Type("no\n");
+    EXPECT_EQ(dialog.Answer(), 0);
+    return shown;
+  }
+
+  testsupport::TemporaryFolder runtime_;
+  PseudoTerminal terminal_;
+  LoadedModule module_;
+};
+
+TEST_F(TerminalDialogTest, ShowsTheStoreAndItsGatewaysAndAcceptsAYes) {
+  OpenDialog dialog = AddStore(Store());
+  const std::string shown = terminal_.ReadUntil(kQuestion);
+  terminal_.Type("yes\n");
+
+  EXPECT_EQ(dialog.Answer(), 1);
+  EXPECT_THAT(shown, HasSubstr("Store:       M\xC3\xBCnchen \xE6\x9D\xB1\r\n"));
+  EXPECT_THAT(shown, HasSubstr("Provider:    Morvane\r\n"));
+  EXPECT_THAT(shown, HasSubstr("Certificate: store.example.com\r\n"));
+  EXPECT_THAT(shown, HasSubstr("Address:     https://store.example.com/path\r\n"));
+  EXPECT_THAT(shown, HasSubstr("Gateways:    Main, https://main [default]\r\n"));
+  EXPECT_THAT(shown, HasSubstr("               Other, https://other\r\n"));
+}
+
+TEST_F(TerminalDialogTest, AcceptsYesInEverySpellingThatItOffers) {
+  EXPECT_EQ(AnswerTo("y\n"), 1);
+  EXPECT_EQ(AnswerTo("YES\n"), 1);
+  EXPECT_EQ(AnswerTo(" Yes \n"), 1);
+}
+
+TEST_F(TerminalDialogTest, DeclinesOnNoOnAnEmptyAnswerAndAtTheEndOfInput) {
+  EXPECT_EQ(AnswerTo("no\n"), 0);
+  EXPECT_EQ(AnswerTo("\n"), 0);
+  EXPECT_EQ(AnswerTo("\x04"), 0);
+}
+
+TEST_F(TerminalDialogTest, AsksAgainAfterAnUnclearAnswer) {
+  OpenDialog dialog = AddStore(Store());
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("perhaps\n");
+  static_cast<void>(terminal_.ReadUntil("Please answer yes or no."));
+  terminal_.Type("yes\n");
+  EXPECT_EQ(dialog.Answer(), 1);
+}
+
+TEST_F(TerminalDialogTest, WhatWasTypedBeforeTheQuestionIsNoAnswer) {
+  terminal_.Type("yes\n");
+  EXPECT_EQ(AnswerTo("\n"), 0);
+}
+
+TEST_F(TerminalDialogTest, ControlCharactersOfADocumentNeverReachTheTerminal) {
+  // The property list leaves out what XML cannot hold; the second control range passes.
+  const std::string shown = Shown("StoreName",
+                                  "a\xC2\x9B"
+                                  "2Jb\nc\td\xE2\x80\xAE"
+                                  "e\x7F");
+
+  EXPECT_THAT(shown, HasSubstr("Store:       a\xEF\xBF\xBD"
+                               "2Jb\xEF\xBF\xBD"
+                               "c\xEF\xBF\xBD"
+                               "d\xEF\xBF\xBD"
+                               "e\xEF\xBF\xBD\r\n"));
+}
+
+TEST_F(TerminalDialogTest, AStoreWithoutGatewaysSaysSo) {
+  EXPECT_THAT(Shown("StoreGateways", Array{}), HasSubstr("Gateways:    (none)\r\n"));
+}
+
+TEST_F(TerminalDialogTest, ALongListOfGatewaysIsCut) {
+  const Dictionary gateway{{"GatewayName", "G"}, {"GatewayURL", "https://g"}, {"IsDefault", false}};
+  EXPECT_THAT(Shown("StoreGateways", Array(20, gateway)), HasSubstr("and 4 more\r\n"));
+}
+
+TEST_F(TerminalDialogTest, TheReplaceDialogNamesTheStore) {
+  OpenDialog dialog = module_.ReplaceStore(PropertyList::Write(Dictionary{{"StoreName", "Sales"}}));
+  EXPECT_THAT(terminal_.ReadUntil("Replace it with the new record? [y/N] "),
+              HasSubstr("Store:       Sales\r\n"));
+  terminal_.Type("y\n");
+  EXPECT_EQ(dialog.Answer(), 1);
+}
+
+TEST_F(TerminalDialogTest, TheErrorBoxPrintsTitleAndMessage) {
+  const Dictionary details{{"ErrorTitle", "Not added"}, {"ErrorMessage", "First\nSecond"}};
+  module_.EntryPoints().errorMessage(PropertyList::Write(details).c_str());
+
+  EXPECT_THAT(terminal_.ReadUntil("Second\r\n"), HasSubstr("Not added\r\n\r\n  First\r\n  Second\r\n"));
+}
+
+TEST_F(TerminalDialogTest, AnOpenQuestionClosesOnTermination) {
+  OpenDialog dialog = AddStore(Store());
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+
+  module_.RequestTermination();
+
+  EXPECT_EQ(dialog.Answer(), 0);
+  static_cast<void>(terminal_.ReadUntil("taken as no."));
+}
+
+TEST_F(TerminalDialogTest, DialogsTakeTurnsOnTheTerminal) {
+  OpenDialog first = AddStore(Store());
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  OpenDialog second = AddStore(Store());
+  terminal_.Type("no\n");
+  EXPECT_EQ(first.Answer(), 0);
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("yes\n");
+  EXPECT_EQ(second.Answer(), 1);
+}
+
+TEST_F(TerminalDialogTest, ADialogThatWaitsForItsTurnClosesOnTermination) {
+  const int turn =
+      ::open((runtime_.Path() / "servicerecord-dialog.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_EQ(::flock(turn, LOCK_EX), 0);
+  OpenDialog dialog = AddStore(Store());
+
+  module_.RequestTermination();
+
+  EXPECT_EQ(dialog.Answer(), 0);
+  EXPECT_EQ(terminal_.ReadNow(), "");
+  ::close(turn);
+}
+
+TEST_F(TerminalDialogTest, WithoutATerminalNothingIsAccepted) {
+  ::setenv("SERVICERECORDS_TERMINAL", "/dev/null", 1);
+  OpenDialog dialog = AddStore(Store());
+  EXPECT_EQ(dialog.Answer(), 0);
+}
+
+// The dialog program alone, its input from a file.
+class DialogReplyTest : public TerminalDialogTest {
+ protected:
+  std::string ReplyTo(const std::string& request) {
+    const auto file = runtime_.Path() / "request";
+    std::ofstream(file, std::ios::binary) << request;
+    FILE* reply = ::popen((std::string(SR_DIALOG_PROGRAM " <") + file.string()).c_str(), "r");
+    if (reply == nullptr) return {};
+    std::string text;
+    for (int next = std::fgetc(reply); next != EOF; next = std::fgetc(reply)) text += static_cast<char>(next);
+    ::pclose(reply);
+    return text;
+  }
+
+  static std::string Request(const std::string& start, const std::string& details) {
+    return start + " " + std::to_string(details.size()) + "\n" + details;
+  }
+
+  const std::string details_ = PropertyList::Write(Store());
+};
+
+TEST_F(DialogReplyTest, AMissingTerminalIsNoDisplay) {
+  ::setenv("SERVICERECORDS_TERMINAL", "/dev/null", 1);
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 addStore", details_)), "no display\n");
+  ::setenv("SERVICERECORDS_TERMINAL", "/nonexistent", 1);
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 addStore", details_)), "no display\n");
+}
+
+TEST_F(DialogReplyTest, AnInputThatIsClosedDeclines) {
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 addStore", details_)), "declined\n");
+}
+
+TEST_F(DialogReplyTest, WhatItDoesNotUnderstandIsAnUnknownRequest) {
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 2 addStore", details_)), "unknown request\n");
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 removeStore", details_)), "unknown request\n");
+  EXPECT_EQ(ReplyTo(Request("SomethingElse 1 addStore", details_)), "unknown request\n");
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 addStore", "not a property list")), "unknown request\n");
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 addStore", PropertyList::Write("no dictionary"))),
+            "unknown request\n");
+  EXPECT_EQ(ReplyTo("ServiceRecordUI 1 addStore 99999999999\n"), "unknown request\n");
+  EXPECT_EQ(ReplyTo("ServiceRecordUI 1 addStore 12 \n"), "unknown request\n");
+  EXPECT_EQ(ReplyTo("ServiceRecordUI 1 addStore 5000\n" + details_), "unknown request\n");
+  EXPECT_EQ(ReplyTo(std::string(5000, 'x')), "unknown request\n");
+  EXPECT_EQ(ReplyTo(""), "unknown request\n");
+}
+
+}  // namespace

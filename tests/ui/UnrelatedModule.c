@@ -1,0 +1,5 @@
+int SomethingElse(void);
+
+int SomethingElse(void) {
+  return 1;
+}

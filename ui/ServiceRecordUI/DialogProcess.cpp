@@ -1,0 +1,152 @@
+#include "DialogProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
+#include <memory>
+#include <string>
+#include <utility>
+
+// The header of glibc 2.36 does not say itself that its functions are C.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+namespace {
+
+constexpr int kTimeToEndMilliseconds = 1000;
+constexpr int kFirstDescriptorPastStandard = 3;
+
+struct FileActionsDeleter {
+  void operator()(posix_spawn_file_actions_t* actions) const { ::posix_spawn_file_actions_destroy(actions); }
+};
+using FileActionsPtr = std::unique_ptr<posix_spawn_file_actions_t, FileActionsDeleter>;
+
+struct SpawnAttributesDeleter {
+  void operator()(posix_spawnattr_t* attributes) const { ::posix_spawnattr_destroy(attributes); }
+};
+using SpawnAttributesPtr = std::unique_ptr<posix_spawnattr_t, SpawnAttributesDeleter>;
+
+struct Channel {
+  FileDescriptor ours;
+  FileDescriptor theirs;
+  explicit operator bool() const { return ours && theirs; }
+};
+
+// In a process without standard descriptors the new ones would take their numbers and overwrite each other
+// when they are put in place.
+FileDescriptor PastStandard(int descriptor) {
+  if (descriptor >= kFirstDescriptorPastStandard) return FileDescriptor(descriptor);
+  const FileDescriptor low(descriptor);
+  return FileDescriptor(::fcntl(low.Get(), F_DUPFD_CLOEXEC, kFirstDescriptorPastStandard));
+}
+
+bool MakeNonBlocking(const FileDescriptor& descriptor) {
+  const int flags = ::fcntl(descriptor.Get(), F_GETFL);
+  return flags >= 0 && ::fcntl(descriptor.Get(), F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
+// A socket, because a write to a pipe whose reader has died raises SIGPIPE in the agent.
+Channel MakeInput() {
+  int ends[2];
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return {};
+  return {PastStandard(ends[0]), PastStandard(ends[1])};
+}
+
+Channel MakeOutput() {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return {};
+  return {PastStandard(ends[0]), PastStandard(ends[1])};
+}
+
+bool FillFileActions(posix_spawn_file_actions_t* actions, int input, int output) {
+  return ::posix_spawn_file_actions_adddup2(actions, input, STDIN_FILENO) == 0 &&
+         ::posix_spawn_file_actions_adddup2(actions, output, STDOUT_FILENO) == 0 &&
+         ::posix_spawn_file_actions_addclosefrom_np(actions, kFirstDescriptorPastStandard) == 0;
+}
+
+bool FillAttributes(posix_spawnattr_t* attributes) {
+  sigset_t none;
+  sigset_t all;
+  ::sigemptyset(&none);
+  ::sigfillset(&all);
+  return ::posix_spawnattr_setsigmask(attributes, &none) == 0 &&
+         ::posix_spawnattr_setsigdefault(attributes, &all) == 0 &&
+         ::posix_spawnattr_setflags(attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF) == 0;
+}
+
+std::optional<pid_t> Spawn(const std::filesystem::path& program, int input, int output) {
+  posix_spawn_file_actions_t actionsStorage;
+  posix_spawnattr_t attributesStorage;
+  if (::posix_spawn_file_actions_init(&actionsStorage) != 0) return std::nullopt;
+  const FileActionsPtr actions(&actionsStorage);
+  if (::posix_spawnattr_init(&attributesStorage) != 0) return std::nullopt;
+  const SpawnAttributesPtr attributes(&attributesStorage);
+  if (!FillFileActions(actions.get(), input, output) || !FillAttributes(attributes.get())) {
+    return std::nullopt;
+  }
+
+  std::string name = program.string();
+  char* arguments[] = {name.data(), nullptr};
+  pid_t id = -1;
+  if (::posix_spawn(&id, program.c_str(), actions.get(), attributes.get(), arguments, environ) != 0) {
+    return std::nullopt;
+  }
+  return id;
+}
+
+void Reap(pid_t id) {
+  while (::waitpid(id, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+// Where the process ignores SIGCHLD the number may already be another process's.
+void KillUnlessReaped(pid_t id) {
+  if (::waitpid(id, nullptr, WNOHANG) != 0) return;
+  ::kill(id, SIGKILL);
+  Reap(id);
+}
+
+bool EndsInTime(int process) {
+  pollfd state{process, POLLIN, 0};
+  int ready = 0;
+  do {
+    ready = ::poll(&state, 1, kTimeToEndMilliseconds);
+  } while (ready < 0 && errno == EINTR);
+  return ready > 0;
+}
+
+}  // namespace
+
+std::optional<DialogProcess> DialogProcess::Start(const std::filesystem::path& program) {
+  Channel input = MakeInput();
+  Channel output = MakeOutput();
+  if (!input || !output || !MakeNonBlocking(input.ours) || !MakeNonBlocking(output.ours)) return std::nullopt;
+
+  const std::optional<pid_t> id = Spawn(program, input.theirs.Get(), output.theirs.Get());
+  if (!id) return std::nullopt;
+  FileDescriptor process(::pidfd_open(*id, 0));
+  if (!process) {
+    KillUnlessReaped(*id);
+    return std::nullopt;
+  }
+  return DialogProcess(*id, std::move(process), std::move(input.ours), std::move(output.ours));
+}
+
+DialogProcess::DialogProcess(pid_t id, FileDescriptor process, FileDescriptor input, FileDescriptor output)
+    : id_(id), process_(std::move(process)), input_(std::move(input)), output_(std::move(output)) {}
+
+DialogProcess::DialogProcess(DialogProcess&& other) noexcept = default;
+
+DialogProcess::~DialogProcess() {
+  if (!process_) return;
+  input_.Close();
+  output_.Close();
+  if (!EndsInTime(process_.Get())) ::pidfd_send_signal(process_.Get(), SIGKILL, nullptr, 0);
+  Reap(id_);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// What the module and the dialog program say to each other. The module writes one request to the program's
+// standard input: a header line "ServiceRecordUI <version> <dialog> <byte count>\n", then that many bytes of
+// an XML property list; the input stays open while the dialog may. The program writes one reply line to its
+// standard output.
+namespace DialogWire {
+
+inline constexpr std::string_view kHeaderWord = "ServiceRecordUI";
+inline constexpr std::uint32_t kVersion = 1;
+
+inline constexpr std::string_view kAddStore = "addStore";
+inline constexpr std::string_view kReplaceStore = "replaceStore";
+inline constexpr std::string_view kErrorMessage = "errorMessage";
+
+enum class Reply { Accepted, Declined, NoDisplay, UnknownRequest };
+
+struct ReplyLine {
+  Reply reply;
+  std::string_view text;  // without the line's end
+};
+inline constexpr std::array<ReplyLine, 4> kReplyLines{{{Reply::Accepted, "accepted"},
+                                                       {Reply::Declined, "declined"},
+                                                       {Reply::NoDisplay, "no display"},
+                                                       {Reply::UnknownRequest, "unknown request"}}};
+
+// The longest reply line, its end included.
+inline constexpr std::size_t kMaximumReply = 64;
+
+// Nothing when the line, without its end, is none of the replies.
+[[nodiscard]] inline std::optional<Reply> ReplyOf(std::string_view line) {
+  for (const ReplyLine& known : kReplyLines) {
+    if (known.text == line) return known.reply;
+  }
+  return std::nullopt;
+}
+
+[[nodiscard]] inline std::string LineOf(Reply reply) {
+  for (const ReplyLine& known : kReplyLines) {
+    if (known.reply == reply) return std::string(known.text) + '\n';
+  }
+  return {};
+}
+
+[[nodiscard]] inline std::string RequestFor(std::string_view dialog, std::string_view details) {
+  std::string request(kHeaderWord);
+  request += ' ' + std::to_string(kVersion) + ' ';
+  request += dialog;
+  request += ' ' + std::to_string(details.size()) + '\n';
+  return request += details;
+}
+
+}  // namespace DialogWire

@@ -1,0 +1,78 @@
+#ifndef SERVICE_RECORD_UI_SRUI_PROTOCOL_H
+#define SERVICE_RECORD_UI_SRUI_PROTOCOL_H
+
+/*
+ * The boundary between the agent and its UI plug-in "ServiceRecordUI.bundle": plain C, so that a module built
+ * by another compiler, or written in another language, fits.
+ *
+ * The bundle's Info.plist names the module (CFBundleExecutable, a file name in the bundle's folder) and the
+ * protocol it conforms to (SRConformsToProtocol, "SRUIProtocol"). The module defines one function,
+ * ServiceRecordUIPrincipalClass. Once loaded it stays loaded until the process ends.
+ *
+ * Threads: every function here may be called on any thread, and several at once: each dialog runs on the
+ * thread that asks and blocks only that thread. A module that needs a certain thread for its windows sees to
+ * it itself.
+ *
+ * Details: one dictionary as a NUL-terminated XML property list in UTF-8. The text belongs to the caller and
+ * is good only during the call. No function throws, ends the process, or leaves a signal or a child process
+ * behind.
+ */
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define SRUI_PROTOCOL_VERSION 1u
+#define SRUI_EXPORT __attribute__((visibility("default")))
+
+/* What the agent offers the module. A later version only appends members. */
+typedef struct SRUIHost {
+  /* SRUI_PROTOCOL_VERSION of the agent. */
+  uint32_t version;
+  /*
+   * Becomes readable, and stays so, when the agent is about to end: open dialogs close as declined then. Only
+   * to be polled: never read, written or closed by the module. Open until the process ends.
+   */
+  int terminationDescriptor;
+} SRUIHost;
+
+/* The entry points. A later version only appends members. */
+typedef struct SRUIProtocol {
+  /* SRUI_PROTOCOL_VERSION of the module. */
+  uint32_t version;
+
+  /*
+   * Asks whether a new store is trusted. Keys: StoreName, StoreProvider, CertificateName, StoreURL (strings);
+   * StoreGateways (array, missing when empty) of dictionaries with GatewayName, GatewayURL (strings) and
+   * IsDefault (boolean). Returns 1 when the user accepts; 0 when the user declines, or cannot be asked, or
+   * the agent is about to end.
+   */
+  int (*addStore)(const char* details);
+
+  /* Asks whether a known store is replaced. Key: StoreName (string). Result as for addStore. */
+  int (*replaceStore)(const char* details);
+
+  /* Shows a message and returns without waiting for the user. Keys: ErrorTitle, ErrorMessage (strings). */
+  void (*errorMessage)(const char* details);
+
+  /*
+   * A view of the store for clients that load the module into a toolkit's process themselves; keys as for
+   * addStore. The view is of the module's toolkit and belongs to the caller. NULL when the module has no
+   * view.
+   */
+  void* (*SRStoreDetailsViewWithDetailsDictionary)(const char* details);
+} SRUIProtocol;
+
+/*
+ * The module's entry points, or NULL when it cannot work with this host. Called before every dialog; `host`
+ * is good only during the call, the returned table until the process ends.
+ */
+SRUI_EXPORT const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,81 @@
+#include "DialogConversation.h"
+#include "DialogProcess.h"
+#include "DialogWire.h"
+#include "SRUIProtocol.h"
+
+#include <dlfcn.h>
+
+#include <atomic>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace {
+
+constexpr const char* kDialogProgram = "servicerecord-dialog";
+
+std::atomic<int> g_terminationDescriptor{-1};
+
+// The dialog program lies beside the module.
+std::optional<std::filesystem::path> DialogProgramPath() {
+  Dl_info module{};
+  if (::dladdr(reinterpret_cast<const void*>(&ServiceRecordUIPrincipalClass), &module) == 0)
+    return std::nullopt;
+  return std::filesystem::path(module.dli_fname).parent_path() / kDialogProgram;
+}
+
+std::optional<DialogConversation> Begin(std::string_view dialog, const char* details) {
+  const std::optional<std::filesystem::path> path = DialogProgramPath();
+  if (!path || details == nullptr) return std::nullopt;
+  std::optional<DialogProcess> program = DialogProcess::Start(*path);
+  if (!program) return std::nullopt;
+  return std::optional<DialogConversation>(std::in_place, std::move(*program),
+                                           DialogWire::RequestFor(dialog, details),
+                                           g_terminationDescriptor.load());
+}
+
+// Nothing may be thrown across the C boundary; whatever goes wrong is no consent.
+int Ask(std::string_view dialog, const char* details) noexcept {
+  try {
+    std::optional<DialogConversation> conversation = Begin(dialog, details);
+    return conversation && conversation->AwaitReply() == DialogWire::Reply::Accepted ? 1 : 0;
+  } catch (...) {
+    return 0;
+  }
+}
+
+int AddStore(const char* details) {
+  return Ask(DialogWire::kAddStore, details);
+}
+
+int ReplaceStore(const char* details) {
+  return Ask(DialogWire::kReplaceStore, details);
+}
+
+// The box outlives the call, so a thread of its own keeps the program's input open and reaps the program.
+void ErrorMessage(const char* details) {
+  try {
+    std::optional<DialogConversation> conversation = Begin(DialogWire::kErrorMessage, details);
+    if (!conversation) return;
+    std::thread([box = std::move(*conversation)]() mutable { box.AwaitEnd(); }).detach();
+  } catch (...) {
+    return;
+  }
+}
+
+void* StoreDetailsView(const char* /*details*/) {
+  return nullptr;
+}
+
+constexpr SRUIProtocol kEntryPoints{SRUI_PROTOCOL_VERSION, AddStore, ReplaceStore, ErrorMessage,
+                                    StoreDetailsView};
+
+}  // namespace
+
+const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host) {
+  if (host == nullptr || host->version < SRUI_PROTOCOL_VERSION) return nullptr;
+  g_terminationDescriptor = host->terminationDescriptor;
+  return &kEntryPoints;
+}

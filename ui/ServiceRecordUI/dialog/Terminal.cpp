@@ -1,0 +1,120 @@
+#include "Terminal.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+
+namespace {
+
+constexpr int kTurnPollMilliseconds = 100;
+constexpr std::size_t kLongestLine = 4096;
+
+enum class Answer { Yes, No, Unclear };
+
+Answer AnswerOf(std::string line) {
+  std::erase_if(line,
+                [](char character) { return character == ' ' || character == '\t' || character == '\r'; });
+  std::transform(line.begin(), line.end(), line.begin(), [](char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+  });
+  if (line == "y" || line == "yes") return Answer::Yes;
+  return line.empty() || line == "n" || line == "no" ? Answer::No : Answer::Unclear;
+}
+
+// The module sends nothing after the request, so whatever is read is only looked at for the end.
+bool StandardInputClosed(short events) {
+  if (events == 0) return false;
+  std::array<char, 256> ignored;
+  return ::read(STDIN_FILENO, ignored.data(), ignored.size()) <= 0;
+}
+
+bool Interrupted(int error) {
+  return error == EINTR || error == EAGAIN;
+}
+
+// A file of the user's own rather than the terminal: others may lock /dev/tty as well.
+FileDescriptor OpenTurnFile() {
+  const char* folder = std::getenv("XDG_RUNTIME_DIR");
+  if (folder == nullptr || *folder == '\0') return {};
+  const std::filesystem::path file = std::filesystem::path(folder) / "servicerecord-dialog.lock";
+  return FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+}
+
+}  // namespace
+
+std::optional<Terminal> Terminal::Open() {
+  const char* named = std::getenv("SERVICERECORDS_TERMINAL");
+  const char* path = named != nullptr && *named != '\0' ? named : "/dev/tty";
+  FileDescriptor terminal(::open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  if (!terminal || ::isatty(terminal.Get()) == 0) return std::nullopt;
+  return Terminal(std::move(terminal));
+}
+
+bool Terminal::TakeTurn() {
+  turn_ = OpenTurnFile();
+  const int descriptor = turn_ ? turn_.Get() : terminal_.Get();
+  while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+    if (!Interrupted(errno)) return false;
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    if (::poll(&input, 1, kTurnPollMilliseconds) > 0 && StandardInputClosed(input.revents)) return false;
+  }
+  return true;
+}
+
+bool Terminal::Print(std::string_view utf8) {
+  while (!utf8.empty()) {
+    const ssize_t count = ::write(terminal_.Get(), utf8.data(), utf8.size());
+    if (count >= 0) {
+      utf8.remove_prefix(static_cast<std::size_t>(count));
+    } else if (!Interrupted(errno) || !WaitFor(POLLOUT)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool Terminal::Confirm(std::string_view question) {
+  ::tcflush(terminal_.Get(), TCIFLUSH);
+  if (!Print(question)) return false;
+  while (const std::optional<std::string> line = ReadLine()) {
+    const Answer answer = AnswerOf(*line);
+    if (answer != Answer::Unclear) return answer == Answer::Yes;
+    if (!Print("Please answer yes or no. [y/N] ")) return false;
+  }
+  Print("\nNot answered, taken as no.\n");
+  return false;
+}
+
+bool Terminal::WaitFor(short events) const {
+  std::array<pollfd, 2> states{{{STDIN_FILENO, POLLIN, 0}, {terminal_.Get(), events, 0}}};
+  while (true) {
+    if (::poll(states.data(), states.size(), -1) < 0) {
+      if (errno != EINTR) return false;
+      continue;
+    }
+    if (StandardInputClosed(states[0].revents)) return false;
+    if (states[1].revents != 0) return true;
+  }
+}
+
+std::optional<std::string> Terminal::ReadLine() {
+  std::string line;
+  while (line.size() < kLongestLine && WaitFor(POLLIN)) {
+    std::array<char, 256> buffer;
+    const ssize_t count = ::read(terminal_.Get(), buffer.data(), buffer.size());
+    if (count < 0 && Interrupted(errno)) continue;
+    if (count <= 0) return std::nullopt;
+    line.append(buffer.data(), static_cast<std::size_t>(count));
+    if (const std::size_t end = line.find('\n'); end != std::string::npos) return line.substr(0, end);
+  }
+  return std::nullopt;
+}

@@ -1,0 +1,46 @@
+#include "DialogRequest.h"
+#include "DialogWire.h"
+#include "Questions.h"
+#include "Terminal.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <optional>
+#include <string>
+
+namespace {
+
+using DialogWire::Reply;
+
+Reply Converse() {
+  const std::optional<DialogRequest> request = ReadRequest(STDIN_FILENO);
+  if (!request) return Reply::UnknownRequest;
+  std::optional<Terminal> terminal = Terminal::Open();
+  if (!terminal) return Reply::NoDisplay;
+  if (!terminal->TakeTurn()) return Reply::Declined;
+
+  if (request->dialog == DialogWire::kErrorMessage) {
+    return terminal->Print(Questions::ErrorMessage(request->details)) ? Reply::Accepted : Reply::NoDisplay;
+  }
+  const bool isNew = request->dialog == DialogWire::kAddStore;
+  const bool yes = terminal->Confirm(isNew ? Questions::AddStore(request->details)
+                                           : Questions::ReplaceStore(request->details));
+  return yes ? Reply::Accepted : Reply::Declined;
+}
+
+}  // namespace
+
+// Shows one dialog of the UI module on a terminal and replies on standard output.
+int main() {
+  // In the background a terminal stops its readers and writers; they shall fail instead.
+  std::signal(SIGTTIN, SIG_IGN);
+  std::signal(SIGTTOU, SIG_IGN);
+  try {
+    const std::string reply = DialogWire::LineOf(Converse());
+    return ::write(STDOUT_FILENO, reply.data(), reply.size()) == static_cast<ssize_t>(reply.size()) ? 0 : 1;
+  } catch (const std::exception&) {
+    return 1;
+  }
+}
