@@ -19,7 +19,7 @@ const sd_bus_vtable ServiceRecordsBusObject::kMethods[] = {
                             SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("uiBundlePath", SD_BUS_NO_ARGS, SD_BUS_RESULT("s", path), UIBundlePath,
                             SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("deleteStore", SD_BUS_ARGS("s", storeID), SD_BUS_RESULT("b", removed),
+    SD_BUS_METHOD_WITH_ARGS("deleteStore", SD_BUS_ARGS("s", storeID), SD_BUS_RESULT("b", deleted),
                             DeleteStore, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("handleServiceRecordFTA", SD_BUS_ARGS("s", path), SD_BUS_NO_RESULT,
                             HandleServiceRecordFTA, SD_BUS_VTABLE_UNPRIVILEGED),

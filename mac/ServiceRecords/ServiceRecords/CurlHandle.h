@@ -1,0 +1,18 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <memory>
+
+// The one place that includes libcurl: its handles as owning pointers.
+struct CurlDeleter {
+  void operator()(CURL* handle) const noexcept { curl_easy_cleanup(handle); }
+  void operator()(curl_slist* list) const noexcept { curl_slist_free_all(list); }
+  void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
+  void operator()(char* text) const noexcept { curl_free(text); }
+};
+
+using CurlPtr = std::unique_ptr<CURL, CurlDeleter>;
+using CurlListPtr = std::unique_ptr<curl_slist, CurlDeleter>;
+using CurlUrlPtr = std::unique_ptr<CURLU, CurlDeleter>;
+using CurlTextPtr = std::unique_ptr<char, CurlDeleter>;

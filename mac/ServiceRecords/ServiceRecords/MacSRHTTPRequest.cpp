@@ -1,0 +1,107 @@
+#include "MacSRHTTPRequest.h"
+
+#include "CurlTransfer.h"
+#include "DbgTrace.h"
+#include "RequestHeaders.h"
+#include "SRLib/TextHelpers.h"
+
+#include <string_view>
+
+namespace ServiceRecords {
+namespace {
+
+constexpr std::size_t kMaximumBodySize = std::size_t{16} * 1024 * 1024;
+constexpr long kMaximumRedirects = 20;
+constexpr std::int64_t kStatusOK = 200;
+
+// libcurl takes any other count than the given one as the order to end the transfer.
+std::size_t CollectBody(char* bytes, std::size_t /*one*/, std::size_t count, void* user) noexcept {
+  auto& body = *static_cast<std::string*>(user);
+  if (count > kMaximumBodySize - body.size()) return CURL_WRITEFUNC_ERROR;
+  try {
+    body.append(bytes, count);
+  } catch (...) {
+    return CURL_WRITEFUNC_ERROR;
+  }
+  return count;
+}
+
+CurlPtr MakeGet(const std::string& requestForm, curl_slist* headers, std::string& body) {
+  CurlPtr request = CurlTransfer::Make(requestForm);
+  if (!request || headers == nullptr) return nullptr;
+  CURL* const handle = request.get();
+  curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
+  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers);
+  curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
+  curl_easy_setopt(handle, CURLOPT_MAXREDIRS, kMaximumRedirects);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, CollectBody);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, &body);
+  return request;
+}
+
+std::int64_t StatusOf(CURL* request) {
+  long status = 0;
+  curl_easy_getinfo(request, CURLINFO_RESPONSE_CODE, &status);
+  return status;
+}
+
+// Some releases of libcurl leave the line's CR in a value that is empty otherwise.
+std::string_view WithoutLineEnd(std::string_view value) {
+  return value.substr(0, value.find_last_not_of("\r\n") + 1);
+}
+
+// The last response's header fields; those of the redirects before it are not asked for.
+std::wstring HeaderLines(CURL* request) {
+  constexpr int kLastResponse = -1;
+  std::string lines;
+  curl_header* field = nullptr;
+  while ((field = curl_easy_nextheader(request, CURLH_HEADER, kLastResponse, field)) != nullptr) {
+    lines.append(field->name).append(": ").append(WithoutLineEnd(field->value)).append("\r\n");
+  }
+  return util::widen(lines);
+}
+
+bool Failed() {
+  CSRLog(2, "Retrieving discovery document failed");
+  return false;
+}
+
+}  // namespace
+
+bool MacSRHTTPRequest::SendHTTPRequest(const std::wstring& extraHeaders) {
+  body_.clear();
+  rawHeader_.clear();
+  const std::string& address = url_.GetURL();
+  const std::optional<std::string> requestForm = CurlTransfer::RequestForm(address);
+  if (!requestForm) {
+    CSRLog(2, "The URL passed to SendHTTPRequest was malformed (URL = %@)", address);
+    return Failed();
+  }
+  const CurlListPtr headers = RequestHeaders(extraHeaders);
+  std::string body;
+  const CurlPtr request = MakeGet(*requestForm, headers.get(), body);
+  if (!request) {
+    CSRLog(2, "Failed to create urlRequest in SendHTTPRequest (URL = %@)", address);
+    return Failed();
+  }
+  // The status line of a transfer that broke off says nothing about the document.
+  const bool complete = curl_easy_perform(request.get()) == CURLE_OK;
+  status_ = complete ? StatusOf(request.get()) : 0;
+  if (status_ == kStatusOK && util::IsUTF8(body)) {
+    body_ = util::widen(body);
+    return true;
+  }
+  if (complete) rawHeader_ = HeaderLines(request.get());
+  return Failed();
+}
+
+void MacSRHTTPRequestFactory::Init() {
+  static MacSRHTTPRequestFactory factory;
+  c_Instance = &factory;
+}
+
+std::unique_ptr<SRHTTPRequest> MacSRHTTPRequestFactory::Create(const std::wstring& url) {
+  return std::make_unique<MacSRHTTPRequest>(url);
+}
+
+}  // namespace ServiceRecords

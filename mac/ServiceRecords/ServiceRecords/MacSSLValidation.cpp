@@ -1,0 +1,110 @@
+#include "MacSSLValidation.h"
+
+#include "CurlTransfer.h"
+#include "DbgTrace.h"
+#include "PeerTrust.h"
+#include "SRLib/Messages.h"
+#include "SRLib/SSLValidationDetails.h"
+#include "SRLib/TextHelpers.h"
+#include "StreamErrorCode.h"
+
+#include <array>
+#include <cassert>
+
+namespace ServiceRecords {
+namespace {
+
+CURLcode PrepareContext(CURL* /*stream*/, void* context, void* trust) {
+  static_cast<PeerTrust*>(trust)->Watch(static_cast<SSL_CTX*>(context));
+  return CurlTransfer::UseSystemTrust(context);
+}
+
+std::size_t DiscardBytes(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
+  return size * count;
+}
+
+// Null when the address is no URL. `trust` and `reason` (CURL_ERROR_SIZE characters) must outlive the stream.
+CurlPtr MakeHead(const std::string& address, PeerTrust& trust, char* reason) {
+  const std::optional<std::string> requestForm = CurlTransfer::RequestForm(address);
+  CurlPtr stream = requestForm ? CurlTransfer::Make(*requestForm) : nullptr;
+  if (!stream) return nullptr;
+  CURL* const handle = stream.get();
+  curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
+  curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, DiscardBytes);
+  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, reason);
+  // A resumed session has no verified chain.
+  curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, PrepareContext);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, &trust);
+  return stream;
+}
+
+}  // namespace
+
+bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
+  assert(!downloading_);
+  certificates_.clear();
+  errorCode_ = StreamErrorCode::kNone;
+  const std::string address = url_.GetPagelessURL();
+  DownloadHead(address);
+  if (certificates_.empty()) {
+    ReportFailure(address, details);
+    return false;
+  }
+  details.Organization = util::widen(certificates_.front().organizationName().value_or(""));
+  details.Issuer = util::widen(certificates_.back().issuerName().value_or(""));
+  return true;
+}
+
+void MacSSLValidation::DownloadHead(const std::string& address) {
+  PeerTrust trust;
+  std::array<char, CURL_ERROR_SIZE> reason{};
+  const CurlPtr stream = MakeHead(address, trust, reason.data());
+  if (!stream) return;
+  downloading_ = true;
+  const CURLcode result = curl_easy_perform(stream.get());
+  if (result == CURLE_OK) {
+    // Without TLS to the server itself, a chain can only be a proxy's.
+    if (url_.IsSecure()) TakePeerTrust(trust);
+  } else {
+    ReportReadError(result, trust.ReceivedFatalAlert(), reason.data());
+  }
+  downloading_ = false;
+}
+
+void MacSSLValidation::TakePeerTrust(const PeerTrust& trust) {
+  if (!trust.Evaluate()) return;
+  for (int i = 0; i < sk_X509_num(trust.Chain()); ++i) {
+    certificates_.push_back(MacCertificate::certificateWithCertificateRef(sk_X509_value(trust.Chain(), i)));
+  }
+}
+
+void MacSSLValidation::ReportReadError(CURLcode result, bool receivedFatalAlert, const std::string& reason) {
+  errorCode_ = StreamErrorCode::FromTransfer(result, receivedFatalAlert);
+  CSRLog(2, "Read Stream failed with %@",
+         reason.empty() ? "error number: " + std::to_string(errorCode_) : reason);
+}
+
+void MacSSLValidation::ReportFailure(const std::string& address, SSLValidationDetails& details) const {
+  if (StreamErrorCode::IsTlsFailure(errorCode_)) {
+    CSRLog(2, "Could not fetch certificates for URL %@", address);
+    details.Result = SSLValidationDetails::kCertificatesNotFetched;
+    details.AddError(util::MessageWithArgument(util::kMessageCertificatesNotFetched, url_.GetServer()));
+  } else {
+    CSRLog(2, "Failed to contact URL  %@", address);
+    details.Result = SSLValidationDetails::kServerNotContacted;
+    details.AddError(util::MessageWithArgument(util::kMessageServerNotContacted, url_.GetDisplayURL()));
+  }
+}
+
+void MacSSLValidationFactory::Init() {
+  static MacSSLValidationFactory factory;
+  c_Instance = &factory;
+}
+
+std::unique_ptr<SSLValidation> MacSSLValidationFactory::Create(const std::wstring& url) {
+  return std::make_unique<MacSSLValidation>(url);
+}
+
+}  // namespace ServiceRecords

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "CurlHandle.h"
+#include "MacCertificate.h"
+#include "SRLib/SSLValidation.h"
+#include "SRLib/SSLValidationFactory.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class PeerTrust;
+
+namespace ServiceRecords {
+
+// A HEAD request for the server itself, over libcurl, whose handshake gives the chain that the system trusts.
+// Ended early by termination.
+class MacSSLValidation : public SSLValidation {
+ public:
+  using SSLValidation::SSLValidation;
+  bool PerformValidation(SSLValidationDetails& details) override;
+
+  // The outcome of the last validation: the stream's error code (StreamErrorCode.h), and the trusted chain,
+  // the server's certificate first, the root last.
+  [[nodiscard]] std::int64_t ErrorCode() const { return errorCode_; }
+  [[nodiscard]] const std::vector<MacCertificate>& Certificates() const { return certificates_; }
+
+ private:
+  void DownloadHead(const std::string& address);
+  void TakePeerTrust(const PeerTrust& trust);
+  void ReportReadError(CURLcode result, bool receivedFatalAlert, const std::string& reason);
+  void ReportFailure(const std::string& address, SSLValidationDetails& details) const;
+
+  bool downloading_ = false;
+  std::int64_t errorCode_ = 0;
+  std::vector<MacCertificate> certificates_;
+};
+
+class MacSSLValidationFactory : public SSLValidationFactory {
+ public:
+  // Registers the one factory.
+  static void Init();
+  [[nodiscard]] std::unique_ptr<SSLValidation> Create(const std::wstring& url) override;
+};
+
+}  // namespace ServiceRecords

@@ -1,0 +1,31 @@
+#include "StreamErrorCode.h"
+
+namespace StreamErrorCode {
+
+bool IsTlsFailure(std::int64_t errorCode) {
+  return static_cast<std::uint64_t>(errorCode) + 9849 <= 49;
+}
+
+std::int64_t FromTransfer(CURLcode result, bool receivedFatalAlert) {
+  switch (result) {
+    case CURLE_OK:
+      return kNone;
+    case CURLE_SSL_CONNECT_ERROR:
+      return kProtocolMismatch;
+    case CURLE_SSL_CIPHER:
+      return kNegotiationFailed;
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_ISSUER_ERROR:
+    case CURLE_SSL_INVALIDCERTSTATUS:
+      return kChainInvalid;
+    case CURLE_SSL_CACERT_BADFILE:
+      return kNoRootCertificates;
+    case CURLE_SSL_CERTPROBLEM:
+    case CURLE_SSL_CLIENTCERT:
+      return kClientCertificateUnusable;
+    default:
+      return receivedFatalAlert ? kFatalAlert : static_cast<std::int64_t>(result);
+  }
+}
+
+}  // namespace StreamErrorCode
