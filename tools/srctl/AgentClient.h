@@ -1,0 +1,54 @@
+#pragma once
+
+#include "SdBus.h"
+#include "StoreInfo.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+// A connection to the agent over the user's session bus; the bus starts the agent when it is not running. One
+// thread. Every operation that gets no answer returns nothing (or false) and leaves the reason in Problem().
+// All text is UTF-8.
+class AgentClient {
+ public:
+  // Nothing, and the reason in `problem`, when there is no session bus.
+  static std::optional<AgentClient> Connect(std::string& problem);
+
+  [[nodiscard]] std::optional<std::vector<StoreInfo>> AllStores();
+  // An empty id in the result says that the agent has no such store.
+  [[nodiscard]] std::optional<StoreInfo> StoreForID(const std::string& id);
+
+  // Whether the agent did it.
+  [[nodiscard]] std::optional<bool> DeleteStore(const std::string& id);
+  [[nodiscard]] std::optional<bool> SetDefaultGatewayForStoreID(const std::string& id,
+                                                                const std::string& gateway);
+  [[nodiscard]] std::optional<bool> SetDefaultGatewayForStoreURL(const std::string& url,
+                                                                 const std::string& gateway);
+
+  // Has the agent open the file and waits, for as long as the user takes, until it is done with it. True when
+  // the store list changed: the agent announces that before it answers.
+  [[nodiscard]] std::optional<bool> OpenFile(const std::string& absolutePath);
+
+  // The agent does not tell what it made of the document.
+  [[nodiscard]] bool HandOverDiscoveryDocument(const std::string& document);
+
+  // Tells everybody on the bus; true when the notification is on its way.
+  [[nodiscard]] bool PostNotification(const std::string& name, const std::string& object);
+
+  [[nodiscard]] const std::string& Problem() const { return problem_; }
+
+ private:
+  explicit AgentClient(BusPtr bus) : bus_(std::move(bus)) {}
+
+  [[nodiscard]] BusMessagePtr NewCall(const char* method, const std::vector<std::string>& arguments);
+  [[nodiscard]] BusMessagePtr Call(const char* method, const std::vector<std::string>& arguments,
+                                   std::chrono::microseconds timeOut);
+  [[nodiscard]] std::optional<bool> CallForBoolean(const char* method,
+                                                   const std::vector<std::string>& arguments);
+  void Fail(const std::string& what, int error);
+
+  BusPtr bus_;
+  std::string problem_;
+};

@@ -1,0 +1,106 @@
+#include "CommandLine.h"
+
+#include "Commands.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+namespace {
+
+using commands::Status;
+
+// What the command line said, filled in by the parser.
+struct Arguments {
+  std::string file;
+  std::string id;
+  commands::StoreChoice store;
+  std::string gateway;
+  std::string onOrOff;
+  bool json = false;
+  Status status = Status::Done;
+
+  [[nodiscard]] printing::Format Format() const {
+    return json ? printing::Format::Json : printing::Format::Text;
+  }
+};
+
+void AddJson(CLI::App& command, Arguments& arguments) {
+  command.add_flag("--json", arguments.json, "Print JSON");
+}
+
+void AddOpen(CLI::App& app, Arguments& arguments) {
+  CLI::App* command =
+      app.add_subcommand("open", "Have the agent open a service-record file, and wait for the outcome");
+  command->add_option("FILE", arguments.file, "The file, usually with the suffix cr")->required();
+  command->callback([&arguments] { arguments.status = commands::Open(arguments.file); });
+}
+
+void AddList(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("list", "List the stores");
+  AddJson(*command, arguments);
+  command->callback([&arguments] { arguments.status = commands::List(arguments.Format()); });
+}
+
+void AddShow(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("show", "Show one store with its gateways");
+  command->add_option("ID", arguments.id, "The store's id, as in the list")->required();
+  AddJson(*command, arguments);
+  command->callback([&arguments] { arguments.status = commands::Show(arguments.id, arguments.Format()); });
+}
+
+void AddDelete(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("delete", "Delete a store");
+  command->add_option("ID", arguments.id, "The store's id, as in the list")->required();
+  command->callback([&arguments] { arguments.status = commands::Delete(arguments.id); });
+}
+
+void AddDefaultGateway(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("default-gateway", "Choose a store's default gateway");
+  CLI::Option_group* store = command->add_option_group("store", "The store");
+  store->add_option("--id", arguments.store.id, "The store's id");
+  store->add_option("--url", arguments.store.url, "The store's URL");
+  store->require_option(1);
+  command->add_option("NAME", arguments.gateway, "The gateway's name")->required();
+  command->callback(
+      [&arguments] { arguments.status = commands::DefaultGateway(arguments.store, arguments.gateway); });
+}
+
+void AddDiscover(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("discover", "Check a discovery document and hand it to the agent");
+  command->add_option("FILE", arguments.file, "The document, or - for standard input")->required();
+  command->callback([&arguments] { arguments.status = commands::Discover(arguments.file); });
+}
+
+void AddLogging(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("logging", "Tell whether the agent writes its log, or switch it");
+  command->add_option("STATE", arguments.onOrOff, "on or off")->check(CLI::IsMember({"on", "off"}));
+  AddJson(*command, arguments);
+  command->callback([&arguments] {
+    arguments.status = arguments.onOrOff.empty() ? commands::ShowLogging(arguments.Format())
+                                                 : commands::SetLogging(arguments.onOrOff == "on");
+  });
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, const char* const* argv) {
+  CLI::App app("Looks after the application stores that the service-records agent keeps.", "srctl");
+  app.footer("Exit status: 0 done, 1 refused or not found, 2 wrong usage, 3 the agent cannot be reached.");
+  app.set_version_flag("--version", "srctl " SR_VERSION);
+  app.require_subcommand(1);
+  app.failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
+    return std::string("srctl: ") + error.what() + ". How it is used: srctl --help\n";
+  });
+  Arguments arguments;
+  for (const auto add : {AddOpen, AddList, AddShow, AddDelete, AddDefaultGateway, AddDiscover, AddLogging}) {
+    add(app, arguments);
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const bool asked = app.exit(error) == 0;  // --help and --version end here too
+    return static_cast<int>(asked ? Status::Done : Status::Usage);
+  }
+  return static_cast<int>(arguments.status);
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Printing.h"
+
+#include <optional>
+#include <string>
+
+// What each of srctl's commands does. Data goes to standard output, problems to standard error.
+namespace commands {
+
+enum class Status { Done = 0, Refused = 1, Usage = 2, Unreachable = 3 };
+
+// One of the two is set.
+struct StoreChoice {
+  std::optional<std::string> id;
+  std::optional<std::string> url;
+};
+
+[[nodiscard]] Status Open(const std::string& file);
+[[nodiscard]] Status List(printing::Format format);
+[[nodiscard]] Status Show(const std::string& id, printing::Format format);
+[[nodiscard]] Status Delete(const std::string& id);
+[[nodiscard]] Status DefaultGateway(const StoreChoice& store, const std::string& gateway);
+// The file "-" is standard input.
+[[nodiscard]] Status Discover(const std::string& file);
+[[nodiscard]] Status ShowLogging(printing::Format format);
+[[nodiscard]] Status SetLogging(bool on);
+
+}  // namespace commands
