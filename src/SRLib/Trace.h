@@ -29,6 +29,7 @@ extern std::recursive_mutex wdbgMutex;
 // True while the stream leads anywhere but the null buffer.
 [[nodiscard]] bool IsEnabled();
 
+// Records are written with SR_TRACE only: what is put into the stream directly has to be bytes already.
 // Writes the line prefix: time stamp, thread field, file name and line.
 std::wostream& operator<<(std::wostream& stream, const location& where);
 // Writes the bytes one by one, each as one character, so that the log carries them unchanged.

@@ -1,5 +1,7 @@
 #include "DbgTrace.h"
+#include "LogFileBuffer.h"
 #include "UserDefaults.h"
+#include "platform/FullDisk.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -20,7 +22,7 @@ namespace {
 
 constexpr char kPrefix[] = R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}\] \[T0Unknown\] )";
 
-// The trace is process-wide; every case runs in a process of its own.
+// The trace is process-wide; CTest runs every case in a process of its own.
 class TraceLog : public testing::Test {
  protected:
   TraceLog() {
@@ -93,6 +95,20 @@ TEST_F(TraceLog, TheFirstTimeOnTheOldLogIsKeptAndTheBannerWritten) {
       lines[3], std::regex(std::string(kPrefix) +
                            R"(\[ServiceRecordMain\.cpp:157\]  Service Records Logging Active \(v.*\))")))
       << lines[3];
+}
+
+TEST_F(TraceLog, TurnedOnAtRunTimeTheBannerIsWrittenToo) {
+  std::ofstream(Log()) << "old log\n";
+  SR_TRACE(2) << "a failure before the preference was read";
+  SetLogLevel(0);
+  SetLogLevel(1);
+  EXPECT_EQ(Content(Backup()), "old log\n");
+  const auto lines = Lines();
+  ASSERT_EQ(lines.size(), 4U);
+  EXPECT_EQ(lines[0], "");
+  EXPECT_THAT(lines[1], testing::StartsWith(" === Morvane Quillon logging started "));
+  EXPECT_EQ(lines[2], "");
+  EXPECT_THAT(lines[3], testing::HasSubstr("]  Service Records Logging Active (v"));
 }
 
 TEST_F(TraceLog, OffAndOnAgainAppendsWithoutASecondBannerOrBackup) {
@@ -203,21 +219,85 @@ TEST_F(TraceLog, AStatementMayCallWhatTracesInTurn) {
     return "outer";
   };
   SR_TRACE(0) << inner();
-  EXPECT_THAT(Content(Log()), testing::HasSubstr("inner\n"));
+  EXPECT_THAT(Content(Log()), testing::HasSubstr("inner\nouter\n"));
 }
 
-TEST_F(TraceLog, TheLogIsReadableByItsOwnerOnly) {
-  ::umask(0);
-  std::ofstream(Log()) << "old\n";
-  SetLogLevel(1);
+TEST_F(TraceLog, LogAndBackupAreReadableByTheirOwnerOnlyUnderAnyUmask) {
   using std::filesystem::perms;
-  EXPECT_EQ(std::filesystem::status(Backup()).permissions(), perms::owner_read | perms::owner_write);
+  for (const mode_t mask : {mode_t{0}, mode_t{0777}}) {
+    const testsupport::TemporaryFolder folder;
+    const std::string log = folder.Path() / "log";
+    ::umask(mask);
+    LogFileBuffer buffer;
+    ASSERT_TRUE(buffer.OpenTruncated(log));
+    LogFileBuffer::Copy(log, log + "BUP");
+    EXPECT_EQ(std::filesystem::status(log).permissions(), perms::owner_read | perms::owner_write);
+    EXPECT_EQ(std::filesystem::status(log + "BUP").permissions(), perms::owner_read | perms::owner_write);
+  }
+}
+
+TEST_F(TraceLog, APipeInTheLogsPlaceHoldsNobody) {
+  ASSERT_EQ(::mkfifo(Log().c_str(), 0600), 0);
+  SetLogLevel(1);
+  SR_TRACE(2) << "dropped";
+  EXPECT_FALSE(std::filesystem::exists(Backup()));
+}
+
+TEST_F(TraceLog, AFolderInTheLogsPlaceLeavesTheBackupAlone) {
+  std::filesystem::create_directory(Log());
+  std::ofstream(Backup()) << "kept\n";
+  SetLogLevel(1);
+  EXPECT_EQ(Content(Backup()), "kept\n");
+}
+
+TEST_F(TraceLog, AfterAFullDiskEveryLineIsWholeAgain) {
+  SetLogLevel(1);
+  {
+    const testsupport::FullDisk full(std::filesystem::file_size(Log()) + 30);
+    SR_TRACE(0) << "torn";
+    SR_TRACE(0) << "lost";
+  }
+  SR_TRACE(0) << "whole";
+  SR_TRACE(0) << "and another";
+  const auto messages = Messages();
+  EXPECT_EQ(messages[messages.size() - 2], "whole");
+  EXPECT_EQ(messages.back(), "and another");
+  EXPECT_THAT(Content(Log()), testing::Not(testing::HasSubstr("lost")));
+}
+
+TEST_F(TraceLog, AFormatThatDoesNotFitIsWrittenAsItStands) {
+  SetLogLevel(1);
+  CSRLog(0, "%s %@", "one");
+  EXPECT_EQ(Messages().back(), "%s %@");
+  CSRLog(0, "100%%@ %@", "x");
+  EXPECT_EQ(Messages().back(), "100%@ x");
+}
+
+TEST_F(TraceLog, AMissingMessageOfTheLocationLibraryIsNoError) {
+  SetLogLevel(1);
+  ServiceRecordWFLogFunc(nullptr);
+  EXPECT_EQ(Messages().back(), "(null)");
+}
+
+TEST_F(TraceLog, TheConsoleTakesTheLogWhereItIsAskedFor) {
+  trace::ConsoleOption = true;
+  testing::internal::CaptureStderr();
+  SetLogLevel(1);
+  SR_TRACE(0) << L"Stör";
+  const std::string console = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(console, testing::HasSubstr(" === Morvane Quillon logging started "));
+  EXPECT_THAT(console, testing::HasSubstr("]  Stör\n"));
+  EXPECT_FALSE(std::filesystem::exists(Log()));
+  trace::ConsoleOption = false;
 }
 
 TEST_F(TraceLog, WithoutAHomeThePathStartsAtTheRoot) {
   ::unsetenv("HOME");
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.Path());
   SetLogLevel(1);  // nothing can be opened there, and nothing fails
   SR_TRACE(2) << "dropped";
+  std::filesystem::current_path(before);
   EXPECT_THAT(Lines(), IsEmpty());
 }
 

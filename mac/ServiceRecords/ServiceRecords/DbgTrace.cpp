@@ -1,23 +1,19 @@
 #include "DbgTrace.h"
 
 #include "Bundle.h"
+#include "LogFileBuffer.h"
+#include "SRLib/TextHelpers.h"
 #include "UserDefaults.h"
 
-#include <fcntl.h>
 #include <fmt/args.h>
 #include <fmt/printf.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
-#include <fstream>
 #include <iomanip>
 #include <iostream>
-#include <locale>
 #include <sstream>
 
 namespace trace {
@@ -29,38 +25,9 @@ class nul_buff : public std::wstreambuf {
   int_type overflow(int_type character) override { return traits_type::not_eof(character); }
 };
 
-// Each wide character of the trace stream is one byte of the file, whatever the locale.
-class ByteCodec : public std::codecvt<wchar_t, char, std::mbstate_t> {
- protected:
-  result do_out(state_type& /*state*/, const intern_type* from, const intern_type* fromEnd,
-                const intern_type*& fromNext, extern_type* to, extern_type* toEnd,
-                extern_type*& toNext) const override {
-    for (; from != fromEnd && to != toEnd; ++from, ++to)
-      *to = static_cast<char>(static_cast<unsigned char>(*from));
-    fromNext = from;
-    toNext = to;
-    return from == fromEnd ? ok : partial;
-  }
-  result do_unshift(state_type& /*state*/, extern_type* to, extern_type* /*toEnd*/,
-                    extern_type*& toNext) const override {
-    toNext = to;
-    return noconv;
-  }
-  bool do_always_noconv() const noexcept override { return false; }
-  int do_encoding() const noexcept override { return 1; }
-  int do_max_length() const noexcept override { return 1; }
-};
-
 // The stream objects outlive every static object that may trace on its way out, so they are never destroyed.
-std::filebuf& g_Buff = *new std::filebuf;
+LogFileBuffer& g_wBuff = *new LogFileBuffer;
 nul_buff& g_NullBuff = *new nul_buff;
-
-std::wfilebuf& MakeWideFileBuffer() {
-  auto& buffer = *new std::wfilebuf;
-  buffer.pubimbue(std::locale(std::locale::classic(), new ByteCodec));
-  return buffer;
-}
-std::wfilebuf& g_wBuff = MakeWideFileBuffer();
 
 bool g_logWasOpened = false;
 
@@ -78,10 +45,10 @@ std::string GetCurrentTime() {
 
 // Standard error is the console of a program without a window. A channel that cannot be opened drops what is
 // written to it.
-std::wfilebuf& ConsoleChannel() {
-  static std::wfilebuf& channel = []() -> std::wfilebuf& {
-    std::wfilebuf& buffer = MakeWideFileBuffer();
-    buffer.open("/dev/stderr", std::ios::out);
+LogFileBuffer& ConsoleChannel() {
+  static LogFileBuffer& channel = []() -> LogFileBuffer& {
+    auto& buffer = *new LogFileBuffer;
+    buffer.OpenStandardError();
     return buffer;
   }();
   return channel;
@@ -93,39 +60,10 @@ void Attach(std::wstreambuf& target) {
   wdbg.clear();
 }
 
-// Makes the file, if it is new, readable by its owner only; the file buffers then open what is there.
-void CreatePrivately(const std::string& path) {
-  if (const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600); file >= 0) ::close(file);
-}
-
-void KeepBackup(const std::string& path) {
-  std::ifstream old(path, std::ios::binary);
-  if (!old) return;
-  CreatePrivately(path + "BUP");
-  std::ofstream backup(path + "BUP", std::ios::binary | std::ios::trunc);
-  if (old.peek() != std::ifstream::traits_type::eof()) backup << old.rdbuf();
-}
-
+// Without a home the path starts at the root.
 std::string LogFolder() {
   const char* home = std::getenv("HOME");
-  std::string folder = std::string(home != nullptr ? home : "") + "/Library/Logs/";
-  if (!folder.ends_with('/')) folder += '/';
-  return folder;
-}
-
-void OpenLogFile(const std::string& path) {
-  KeepBackup(path);
-  CreatePrivately(path);
-  g_Buff.close();
-  g_Buff.open(path, std::ios::out | std::ios::trunc);
-  g_wBuff.close();
-  g_wBuff.open(path, std::ios::out | std::ios::trunc);
-}
-
-void SetOptions(bool logging) {
-  const std::lock_guard lock(wdbgMutex);
-  VerboseOption = logging;
-  NoTraceOption = !logging;
+  return std::string(home != nullptr ? home : "") + "/Library/Logs/";
 }
 
 }  // namespace
@@ -218,19 +156,19 @@ void InitLog(const std::string& fileName) {
   const std::string path = LogFolder() + fileName;
   if (NoTraceOption) {
     wdbg.rdbuf(&g_NullBuff);
-    wdbg.clear();
     return;
   }
   if (ConsoleOption) {
     wdbg.rdbuf(&ConsoleChannel());
   } else {
-    OpenLogFile(path);
+    LogFileBuffer::Copy(path, path + "BUP");
+    g_wBuff.OpenTruncated(path);
+    wdbg.rdbuf(&g_wBuff);  // also when an earlier record has led the stream elsewhere, or found it closed
   }
   wdbg.copyfmt(std::wcout);
   wdbg.setf(std::ios::unitbuf);
   wdbg << std::endl;
-  wdbg << std::string_view(" === Morvane Quillon logging started ") << std::string_view(GetCurrentTime())
-       << std::string_view(" ===") << std::endl;
+  wdbg << std::string_view(" === Morvane Quillon logging started " + GetCurrentTime() + " ===") << std::endl;
   wdbg << std::endl;
 }
 
@@ -241,15 +179,27 @@ namespace {
 constexpr char kLogModule[] = "mac/ServiceRecords/ServiceRecords/ServiceRecordMain.cpp";
 constexpr std::int32_t kLogLine = 157;  // deliberate: one location, whoever calls
 
+// The format with every %@ as %s.
+std::string PrintfFormat(std::string_view format) {
+  std::string result(format);
+  for (std::size_t at = 0; (at = result.find('%', at)) < result.size() - 1; at += 2) {
+    if (result[at + 1] == '@') result[at + 1] = 's';
+  }
+  return result;
+}
+
+// A format that does not fit its arguments is written as it stands: logging never fails its caller.
 std::string Formatted(std::string_view format, std::span<const LogArgument> arguments) {
-  std::string printfFormat(format);
-  for (std::size_t at = 0; (at = printfFormat.find("%@", at)) != std::string::npos;)
-    printfFormat[at + 1] = 's';
   fmt::dynamic_format_arg_store<fmt::printf_context> store;
   for (const LogArgument& argument : arguments) {
     std::visit([&store](const auto& value) { store.push_back(value); }, argument.Get());
   }
-  return fmt::vsprintf(fmt::string_view(printfFormat), fmt::basic_format_args<fmt::printf_context>(store));
+  try {
+    return fmt::vsprintf(fmt::string_view(PrintfFormat(format)),
+                         fmt::basic_format_args<fmt::printf_context>(store));
+  } catch (const fmt::format_error&) {
+    return std::string(format);
+  }
 }
 
 std::string LossyASCII(const std::string& utf8) {
@@ -268,10 +218,12 @@ void CSRLogv(std::uint32_t level, std::string_view format, std::span<const LogAr
 }
 
 void ServiceRecordUpdateLoggingFromPrefs() {
-  const std::int64_t logLevel = UserDefaults::Standard().Integer("LogLevel");
-  const bool logging = logLevel != 0;
+  const bool logging = UserDefaults::Standard().Integer("LogLevel") != 0;
+  // Held throughout, so that no other record comes between the last line and the switch.
+  const std::lock_guard lock(trace::wdbgMutex);
   if (!logging && trace::IsEnabled()) CSRLog(0, "Logging Deactivated");
-  trace::SetOptions(logging);
+  trace::VerboseOption = logging;
+  trace::NoTraceOption = !logging;
   if (trace::g_logWasOpened) {
     trace::Enable(logging);
     if (!logging) return;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
 
 #include <array>
@@ -9,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 // The platform's side of the trace log: where the stream leads, and the printf-style front of the agent.
@@ -22,6 +22,9 @@ extern bool ConsoleOption;  // console channel instead of the file; nothing sets
 // Switches between the log file and the null buffer; tells whether the stream was enabled before.
 bool Enable(bool on);
 
+// The index of the stream's slot that holds a record's level.
+[[nodiscard]] int GetLevelIndex();
+
 // Opens the named log in the user's log folder; the log that was there is kept with "BUP" appended to its
 // name.
 void InitLog(const std::string& fileName);
@@ -31,9 +34,8 @@ void InitLog(const std::string& fileName);
 // One argument of a CSRLog format: text or a whole number.
 class LogArgument {
  public:
-  LogArgument(const char* text) : value_(std::string(text)) {}
+  LogArgument(const char* text) : value_(std::string(text != nullptr ? text : "(null)")) {}
   LogArgument(std::string text) : value_(std::move(text)) {}
-  LogArgument(const std::wstring& text) : value_(util::narrow(text)) {}
   LogArgument(std::integral auto number) : value_(static_cast<long long>(number)) {}
 
   [[nodiscard]] const std::variant<std::string, long long>& Get() const { return value_; }

@@ -74,7 +74,7 @@ bool MrvServiceRecordsSvr::setDefaultGatewayForStoreIDTo(const std::string& stor
 std::string MrvServiceRecordsSvr::uiBundlePath() {
   constexpr char kMethod[] = "MrvServiceRecordsSvr::uiBundlePath";
   CSRLog(0, "[+] %s", kMethod);
-  const std::string path = Bundle::Main().BuiltInPlugInsPath().string() + "/ServiceRecordUI.bundle";
+  std::string path = Bundle::Main().BuiltInPlugInsPath().string() + "/ServiceRecordUI.bundle";
   CSRLog(0, "[-] %s (%@)", kMethod, path);
   return path;
 }

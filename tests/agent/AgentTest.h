@@ -1,0 +1,33 @@
+#pragma once
+
+#include "support/ServiceRecordDocument.h"
+#include "support/TestAgent.h"
+#include "support/TestAuthority.h"
+#include "support/WebServer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+// A machine of one user with a store server that its system trusts. The agent is not started yet.
+class AgentTest : public testing::Test {
+ protected:
+  static constexpr char kStoresUpdated[] = "MRVServiceRecordStoresUpdated MRVServiceRecord";
+
+  AgentTest();
+
+  // A store whose server is the trusted one, with two gateways of which the second is the default.
+  [[nodiscard]] testsupport::StoreText Store(const std::string& id, const std::string& name) const;
+  [[nodiscard]] std::string OpenableFile(const std::string& name,
+                                         const std::vector<testsupport::StoreText>& stores);
+
+  // Hands the file to the agent and waits until it has been handled.
+  void Open(const std::string& file);
+  [[nodiscard]] std::size_t CountNotifications();
+  [[nodiscard]] std::vector<std::string> StoreIDs();
+
+  testsupport::WebServer server_;
+  testsupport::TestAgent agent_;
+};

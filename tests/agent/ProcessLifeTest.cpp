@@ -1,0 +1,163 @@
+#include "agent/AgentTest.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+class ProcessLife : public AgentTest {};
+
+TEST_F(ProcessLife, TheBusStartsTheAgentForEitherName) {
+  EXPECT_EQ(agent_.Bus().Beacons("checkLocationForStore", {"https://localhost/x"}), 0);
+  EXPECT_TRUE(agent_.Bus().HasOwner("com.morvane.ServiceRecords"));
+  agent_.EndActivated();
+  EXPECT_EQ(agent_.Bus().ServiceRecords("allStores"), nlohmann::json::array());
+  EXPECT_TRUE(agent_.Bus().HasOwner("com.morvane.Beacons"));
+}
+
+TEST_F(ProcessLife, AnInstanceStartedWithAFileDeliversItToTheRunningAgentAndEnds) {
+  agent_.Start();
+  auto forwarder = agent_.Run({OpenableFile("a.cr", {Store("s1", "One")})});
+  EXPECT_EQ(forwarder.Wait(), 0);
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(ProcessLife, AnInstanceStartedWithAFileStartsTheAgentWhenNoneRuns) {
+  auto forwarder = agent_.Run({OpenableFile("a.cr", {Store("s1", "One")})});
+  EXPECT_EQ(forwarder.Wait(), 0);
+  EXPECT_TRUE(agent_.Bus().HasOwner("com.morvane.ServiceRecords"));
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(ProcessLife, ADeliveringInstanceWaitsUntilTheFileHasBeenHandled) {
+  agent_.Start();
+  agent_.HoldDialogs();
+  auto forwarder = agent_.Run({OpenableFile("a.cr", {Store("s1", "One")})});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 1; }));
+  EXPECT_TRUE(forwarder.IsRunning());
+  agent_.Release("accepted");
+  EXPECT_EQ(forwarder.Wait(), 0);
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(ProcessLife, TerminationEndsWithStatusZero) {
+  agent_.Start();
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", false));
+}
+
+TEST_F(ProcessLife, TerminationClosesAnOpenTrustDialogAsDeclined) {
+  agent_.Start();
+  agent_.HoldDialogs();
+  agent_.Bus().OpenFiles({agent_.URI(OpenableFile("a.cr", {Store("s1", "One")}))});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 1; }));
+  EXPECT_EQ(agent_.Terminate(), 0);
+  for (const int process : agent_.DialogProcesses()) EXPECT_NE(::kill(process, 0), 0) << "the dialog is gone";
+  agent_.Start();
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
+TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileACallWaitsForTheList) {
+  agent_.Start();
+  Open(OpenableFile("a.cr", {Store("s1", "Old")}));
+  const std::string newer = OpenableFile("b.cr", {Store("s1", "New")});
+  agent_.HoldDialogs();
+  agent_.Bus().OpenFiles({agent_.URI(newer)});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 2; }));
+  agent_.Release("accepted");
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 3; }));
+  EXPECT_EQ(agent_.Dialogs().back().first, "replaceStore");
+  agent_.Bus().StartServiceRecords("allStores", {});  // the main thread now waits for the list
+  EXPECT_EQ(agent_.Terminate(), 0);
+  agent_.Start();
+  EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
+}
+
+TEST_F(ProcessLife, ANameThatHasAnotherOwnerEndsTheAgentWithStatusOne) {
+  agent_.Bus().OwnName("com.morvane.ServiceRecords");
+  auto agent = agent_.Run({}, {.captureErrors = true});
+  EXPECT_EQ(agent.Wait(), 1);
+  EXPECT_THAT(agent.Output(),
+              HasSubstr("bootstrap_check_in() failed for service 'com.morvane.ServiceRecords'. Error: "));
+}
+
+TEST_F(ProcessLife, WithoutALoggingPreferenceThereIsNoLogFile) {
+  agent_.Start();
+  EXPECT_EQ(agent_.Bus().ServiceRecords("allStores"), nlohmann::json::array());
+  EXPECT_FALSE(std::filesystem::exists(agent_.LogFile()));
+}
+
+TEST_F(ProcessLife, TheLoggingNotificationTurnsTheLogOnAtRunTime) {
+  agent_.Start();
+  agent_.EnableLog();
+  agent_.Bus().PostNotification("com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange", "anybody");
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return !agent_.LogMessages().empty(); }));
+  EXPECT_EQ(agent_.LogMessages().front(), "Service Records Logging Active (v1.0.0)");
+  std::ifstream log(agent_.LogFile());
+  std::string first;
+  std::string banner;
+  std::getline(log, first);
+  std::getline(log, banner);
+  EXPECT_EQ(first, "");
+  EXPECT_THAT(banner, testing::StartsWith(" === Morvane Quillon logging started "));
+}
+
+TEST_F(ProcessLife, ARunningClientIsBroughtForward) {
+  int activations = 0;
+  agent_.Bus().OfferApplication("/com/morvane/quillon/velt", activations);
+  agent_.Bus().OwnName("com.morvane.quillon.velt");
+  agent_.Start();
+  Open(OpenableFile("a.cr", {Store("s1", "One")}));
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return activations == 1; }));
+}
+
+TEST_F(ProcessLife, AClientThatDoesNotRunIsLaunched) {
+  const auto launched = agent_.Home() / "launched";
+  agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
+               "[Desktop Entry]\nType=Application\nName=Client\nExec=touch " + launched.string() + "\n");
+  agent_.Start();
+  Open(OpenableFile("a.cr", {Store("s1", "One")}));
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return std::filesystem::exists(launched); }));
+}
+
+TEST_F(ProcessLife, TheAgentTakesTheAssociationBackFromAnotherHandler) {
+  const auto associations = agent_.ConfigFolder() / "mimeapps.list";
+  agent_.Write("home/.local/share/applications/other.desktop",
+               "[Desktop Entry]\nType=Application\nName=Other\nExec=true %f\n"
+               "MimeType=application/vnd.morvane.servicerecord+xml;\n");
+  agent_.Write("home/.config/mimeapps.list",
+               "[Default Applications]\napplication/vnd.morvane.servicerecord+xml=other.desktop\n");
+  agent_.Start();
+  std::ifstream file(associations);
+  const std::string content{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_THAT(content,
+              HasSubstr("application/vnd.morvane.servicerecord+xml=com.morvane.ServiceRecords.desktop"));
+}
+
+TEST_F(ProcessLife, AnAssociationThatIsOursIsNotWrittenAgain) {
+  const auto associations = agent_.ConfigFolder() / "mimeapps.list";
+  agent_.Write("home/.config/mimeapps.list",
+               "# the user's own\n[Default Applications]\n"
+               "application/vnd.morvane.servicerecord+xml=com.morvane.ServiceRecords.desktop\n");
+  const auto before = std::filesystem::last_write_time(associations);
+  agent_.Start();
+  EXPECT_EQ(std::filesystem::last_write_time(associations), before);
+}
+
+TEST_F(ProcessLife, FilesOfTheUserAreReadableByNobodyElse) {
+  agent_.EnableLog();
+  agent_.Start();
+  Open(OpenableFile("a.cr", {Store("s1", "One")}));
+  using std::filesystem::perms;
+  EXPECT_EQ(std::filesystem::status(agent_.StoresFile()).permissions(),
+            perms::owner_read | perms::owner_write);
+  EXPECT_EQ(std::filesystem::status(agent_.LogFile()).permissions(), perms::owner_read | perms::owner_write);
+  EXPECT_EQ(std::filesystem::status(agent_.StoresFile().parent_path()).permissions(), perms::owner_all);
+}
+
+}  // namespace

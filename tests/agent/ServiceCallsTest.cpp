@@ -1,0 +1,164 @@
+#include "agent/AgentTest.h"
+#include "agent/InterfaceDescription.h"
+
+#include <fstream>
+#include <iterator>
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class ServiceCalls : public AgentTest {
+ protected:
+  ServiceCalls() {
+    agent_.EnableLog();
+    agent_.Start();
+  }
+
+  void Discover(const std::vector<testsupport::StoreText>& stores) {
+    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {testsupport::DiscoveryDocument(stores)});
+  }
+  json Call(const std::string& method, const std::vector<std::string>& arguments = {}) {
+    return agent_.Bus().ServiceRecords(method, arguments);
+  }
+};
+
+TEST_F(ServiceCalls, WithoutStoresNothingIsAnEmptyResult) {
+  EXPECT_EQ(Call("allStores"), json::array());
+  EXPECT_EQ(Call("storeForID", {"s1"}), json::object());
+}
+
+TEST_F(ServiceCalls, AStoreWithoutGatewaysHasFourKeys) {
+  auto store = Store("s1", "One");
+  store.gateways.clear();
+  Discover({store});
+  EXPECT_EQ(Call("storeForID", {"s1"}),
+            (json{{"StoreName", "One"}, {"StoreURL", store.url}, {"StoreType", 0}, {"StoreID", "s1"}}));
+}
+
+TEST_F(ServiceCalls, StoresComeInTheOrderOfTheirIds) {
+  Discover({Store("b", "B"), Store("a", "A"), Store("Z", "Z")});
+  EXPECT_THAT(StoreIDs(), ElementsAre("Z", "a", "b"));
+}
+
+TEST_F(ServiceCalls, AnIdIsLookedUpCaseSensitively) {
+  Discover({Store("s1", "One")});
+  EXPECT_EQ(Call("storeForID", {"S1"}), json::object());
+}
+
+TEST_F(ServiceCalls, TheDefaultGatewayIsChangedByUrlAndByIdAndSaved) {
+  const auto store = Store("s1", "One");
+  Discover({store});
+  EXPECT_EQ(Call("setDefaultGatewayForStoreURLTo", {store.url, "Branch"}), true);
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {store.url})["GatewayName"], "Branch");
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"s1", "Head Office"}), true);
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"s1", "Branch"}), true);
+  agent_.Terminate();
+  agent_.Start();
+  EXPECT_EQ(Call("storeForID", {"s1"})["StoreGateways"][0]["IsDefault"], true);
+  EXPECT_EQ(Call("storeForID", {"s1"})["StoreGateways"][1]["IsDefault"], false);
+}
+
+TEST_F(ServiceCalls, ADefaultGatewayThatCannotBeSetIsRefused) {
+  const auto store = Store("s1", "One");
+  Discover({store});
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"s1", "Nowhere"}), false);
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"s2", "Branch"}), false);
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"s1", ""}), false);
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"", "Branch"}), false);
+  EXPECT_EQ(Call("setDefaultGatewayForStoreURLTo", {store.url + "/", "Branch"}), false);
+  EXPECT_THAT(agent_.LogMessages(),
+              testing::IsSupersetOf({"[+] MrvServiceRecordsSvr::setDefaultGatewayForStoreIDTo (s1, )",
+                                     "[-] MrvServiceRecordsSvr::setDefaultGatewayForStoreIDTo (0)"}));
+}
+
+TEST_F(ServiceCalls, ADeletedStoreIsGoneFromTheListAndTheFile) {
+  Discover({Store("s1", "One"), Store("s2", "Two")});
+  EXPECT_EQ(Call("deleteStore", {"s1"}), true);
+  EXPECT_EQ(Call("deleteStore", {"s1"}), false);
+  EXPECT_EQ(Call("deleteStore", {""}), false);
+  agent_.Terminate();
+  agent_.Start();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s2"));
+}
+
+TEST_F(ServiceCalls, TheUIBundlePathIsTheOneThatDialogsAreLoadedFrom) {
+  EXPECT_EQ(Call("uiBundlePath"), (agent_.BundleFolder() / "PlugIns/ServiceRecordUI.bundle").string());
+}
+
+TEST_F(ServiceCalls, ADiscoveryDocumentIsMergedWithoutADialogAndAnnounced) {
+  Discover({Store("s1", "One")});
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+  EXPECT_THAT(agent_.Dialogs(), IsEmpty());
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 1; }));
+}
+
+TEST_F(ServiceCalls, TheSameDiscoveryDocumentIsAppliedTwiceAndAnnouncedOnce) {
+  Discover({Store("s1", "One")});
+  Call("deleteStore", {"s1"});
+  Discover({Store("s1", "One")});
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1")) << "applied again";
+  EXPECT_EQ(CountNotifications(), 1U);
+}
+
+TEST_F(ServiceCalls, ADiscoveryDocumentWithoutStoresShowsAnErrorAndIsNotAnnounced) {
+  Discover({});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 1; }));
+  EXPECT_EQ(agent_.Dialogs()[0].first, "errorMessage");
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+  EXPECT_EQ(CountNotifications(), 0U);
+}
+
+TEST_F(ServiceCalls, TheCurrentGatewayIsTheStoresDefaultGateway) {
+  const auto store = Store("s1", "One");
+  Discover({store});
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {store.url}),
+            (json{{"GatewayURL", store.gateways[1].location},
+                  {"GatewayName", "Head Office"},
+                  {"GatewayAuthType", 2},
+                  {"GatewayEdition", 2}}));
+}
+
+TEST_F(ServiceCalls, AnUnknownStoreHasNoCurrentGateway) {
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {"https://unknown.example/x"}), json::object());
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {""}), json::object());
+  EXPECT_THAT(
+      agent_.LogMessages(),
+      testing::Contains("[*] MrvBeaconSvr::getCurrentGatewayForStore Called with invalid params (null)"));
+}
+
+TEST_F(ServiceCalls, AStoreWithoutADefaultMarkAnswersWithItsFirstGateway) {
+  auto store = Store("s1", "One");
+  store.gateways[1].isDefault = false;
+  Discover({store});
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {store.url})["GatewayName"], "Branch");
+}
+
+TEST_F(ServiceCalls, TheLocationIsStillBeingDecided) {
+  EXPECT_EQ(agent_.Bus().Beacons("checkLocationForStore", {"https://localhost/x"}), 0);
+  EXPECT_THAT(agent_.LogMessages(),
+              testing::IsSupersetOf({"[+] MrvBeaconSvr::checkLocationForStore (https://localhost/x)",
+                                     "[-] MrvBeaconSvr::checkLocationForStore (NETWORK_LOCATION_DECIDING)"}));
+  EXPECT_TRUE(agent_.Bus().Beacons("networkReachabilityFlags").is_number_unsigned());
+}
+
+TEST_F(ServiceCalls, IntrospectionEqualsTheShippedInterfaceFiles) {
+  const struct {
+    std::string name, path, interface;
+  } served[] = {
+      {"com.morvane.ServiceRecords", "/com/morvane/ServiceRecords", "com.morvane.MrvServiceRecordsService"},
+      {"com.morvane.Beacons", "/com/morvane/Beacons", "com.morvane.MrvBeaconService"},
+      {"com.morvane.ServiceRecords", "/com/morvane/DistributedNotifications",
+       "com.morvane.DistributedNotifications"},
+  };
+  for (const auto& [name, path, interface] : served) {
+    std::ifstream file(agent_.Prefix() / "share/dbus-1/interfaces" / (interface + ".xml"));
+    const std::string shipped{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(InterfaceDescription(agent_.Bus().Introspect(name, path), interface),
+              InterfaceDescription(shipped, interface));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,235 @@
+#include "support/BusClient.h"
+
+#include <cstdint>
+
+namespace testsupport {
+namespace {
+
+using nlohmann::json;
+
+constexpr char kServiceRecordsName[] = "com.morvane.ServiceRecords";
+constexpr char kServiceRecordsPath[] = "/com/morvane/ServiceRecords";
+constexpr char kNotifications[] = "com.morvane.DistributedNotifications";
+constexpr char kNotificationsPath[] = "/com/morvane/DistributedNotifications";
+
+void Check(int result, const std::string& what) {
+  if (result < 0) throw std::system_error(-result, std::generic_category(), what);
+}
+
+json ReadValue(sd_bus_message* message);
+
+json ReadItems(sd_bus_message* message) {
+  json items = json::array();
+  while (sd_bus_message_at_end(message, 0) == 0) items.push_back(ReadValue(message));
+  return items;
+}
+
+json ReadDictionary(sd_bus_message* message) {
+  json dictionary = json::object();
+  while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
+    const char* key = nullptr;
+    Check(sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &key), "dictionary key");
+    dictionary[key] = ReadValue(message);
+    Check(sd_bus_message_exit_container(message), "dictionary entry");
+  }
+  return dictionary;
+}
+
+json ReadContainer(sd_bus_message* message, char type, const char* contents) {
+  Check(sd_bus_message_enter_container(message, type, contents), "container");
+  json value;
+  if (type == SD_BUS_TYPE_VARIANT) {
+    value = ReadValue(message);
+  } else if (std::string_view(contents) == "{sv}") {
+    value = ReadDictionary(message);
+  } else {
+    value = ReadItems(message);
+  }
+  Check(sd_bus_message_exit_container(message), "container");
+  return value;
+}
+
+template <class Type>
+json ReadBasic(sd_bus_message* message, char type) {
+  Type value{};
+  Check(sd_bus_message_read_basic(message, type, &value), "basic value");
+  return value;
+}
+
+json ReadValue(sd_bus_message* message) {
+  char type = 0;
+  const char* contents = nullptr;
+  Check(sd_bus_message_peek_type(message, &type, &contents), "peek");
+  switch (type) {
+    case SD_BUS_TYPE_STRING:
+      return ReadBasic<const char*>(message, type);
+    case SD_BUS_TYPE_BOOLEAN:
+      return ReadBasic<int>(message, type) != 0;
+    case SD_BUS_TYPE_UINT32:
+      return ReadBasic<std::uint32_t>(message, type);
+    case SD_BUS_TYPE_UINT64:
+      return ReadBasic<std::uint64_t>(message, type);
+    case SD_BUS_TYPE_ARRAY:
+    case SD_BUS_TYPE_VARIANT:
+      return ReadContainer(message, type, contents);
+    default:
+      throw std::runtime_error(std::string("unexpected type on the bus: ") + type);
+  }
+}
+
+int RecordNotification(sd_bus_message* message, void* seen, sd_bus_error* /*error*/) {
+  const char* name = nullptr;
+  const char* object = nullptr;
+  if (sd_bus_message_read(message, "ss", &name, &object) < 0) return 0;
+  static_cast<std::vector<std::string>*>(seen)->push_back(std::string(name) + " " + object);
+  return 0;
+}
+
+int RecordReply(sd_bus_message* message, void* reply, sd_bus_error* /*error*/) {
+  const sd_bus_error* failure = sd_bus_message_get_error(message);
+  *static_cast<std::optional<std::string>*>(reply) = failure == nullptr ? "" : failure->name;
+  return 0;
+}
+
+}  // namespace
+
+BusClient::BusClient(const std::string& address) {
+  sd_bus* bus = nullptr;
+  Check(sd_bus_new(&bus), "sd_bus_new");
+  bus_.reset(bus);
+  Check(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
+  Check(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
+  Check(sd_bus_start(bus), "sd_bus_start");
+  Check(sd_bus_match_signal(bus, nullptr, nullptr, kNotificationsPath, kNotifications, "Posted",
+                            RecordNotification, &notifications_),
+        "match");
+}
+
+BusMessagePtr BusClient::NewCall(const std::string& name, const std::string& path,
+                                 const std::string& interface, const std::string& method,
+                                 const std::vector<std::string>& arguments) {
+  sd_bus_message* message = nullptr;
+  Check(sd_bus_message_new_method_call(bus_.get(), &message, name.c_str(), path.c_str(), interface.c_str(),
+                                       method.c_str()),
+        method);
+  BusMessagePtr call(message);
+  for (const std::string& argument : arguments) {
+    Check(sd_bus_message_append_basic(message, SD_BUS_TYPE_STRING, argument.c_str()), method);
+  }
+  return call;
+}
+
+BusMessagePtr BusClient::Send(const BusMessagePtr& call) {
+  sd_bus_error error = SD_BUS_ERROR_NULL;
+  sd_bus_message* reply = nullptr;
+  if (sd_bus_call(bus_.get(), call.get(), 60'000'000, &error, &reply) >= 0) return BusMessagePtr(reply);
+  const BusError failure(error.name == nullptr ? "" : error.name,
+                         error.message == nullptr ? "" : error.message);
+  sd_bus_error_free(&error);
+  throw failure;
+}
+
+json BusClient::Call(const std::string& name, const std::string& path, const std::string& interface,
+                     const std::string& method, const std::vector<std::string>& arguments) {
+  const BusMessagePtr reply = Send(NewCall(name, path, interface, method, arguments));
+  return sd_bus_message_at_end(reply.get(), 1) != 0 ? json() : ReadValue(reply.get());
+}
+
+json BusClient::ServiceRecords(const std::string& method, const std::vector<std::string>& arguments) {
+  return Call(kServiceRecordsName, kServiceRecordsPath, "com.morvane.MrvServiceRecordsService", method,
+              arguments);
+}
+
+json BusClient::Beacons(const std::string& method, const std::vector<std::string>& arguments) {
+  return Call("com.morvane.Beacons", "/com/morvane/Beacons", "com.morvane.MrvBeaconService", method,
+              arguments);
+}
+
+std::uint64_t BusClient::StartServiceRecords(const std::string& method,
+                                             const std::vector<std::string>& arguments) {
+  const BusMessagePtr call = NewCall(kServiceRecordsName, kServiceRecordsPath,
+                                     "com.morvane.MrvServiceRecordsService", method, arguments);
+  const std::uint64_t number = nextCall_++;
+  Check(sd_bus_call_async(bus_.get(), nullptr, call.get(), RecordReply, &replies_[number], UINT64_MAX),
+        method);
+  Check(sd_bus_flush(bus_.get()), method);
+  return number;
+}
+
+bool BusClient::HasReply(std::uint64_t call) {
+  ProcessPending();
+  return replies_.at(call).has_value();
+}
+
+void BusClient::WaitForReply(std::uint64_t call) {
+  if (!WaitUntil([&] { return replies_.at(call).has_value(); })) throw std::runtime_error("no reply in time");
+  if (!replies_.at(call)->empty()) throw BusError(*replies_.at(call), "the call failed");
+}
+
+void BusClient::OpenFiles(const std::vector<std::string>& uris) {
+  const BusMessagePtr call =
+      NewCall(kServiceRecordsName, kServiceRecordsPath, "org.freedesktop.Application", "Open", {});
+  Check(sd_bus_message_open_container(call.get(), SD_BUS_TYPE_ARRAY, "s"), "Open");
+  for (const std::string& uri : uris) Check(sd_bus_message_append(call.get(), "s", uri.c_str()), "Open");
+  Check(sd_bus_message_close_container(call.get()), "Open");
+  Check(sd_bus_message_append(call.get(), "a{sv}", 0), "Open");
+  Send(call);
+}
+
+std::string BusClient::Introspect(const std::string& name, const std::string& path) {
+  return Call(name, path, "org.freedesktop.DBus.Introspectable", "Introspect").get<std::string>();
+}
+
+bool BusClient::HasOwner(const std::string& name) {
+  return Call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner", {name})
+      .get<bool>();
+}
+
+void BusClient::OwnName(const std::string& name) {
+  Check(sd_bus_request_name(bus_.get(), name.c_str(), 0), "owning " + name);
+}
+
+void BusClient::OfferApplication(const std::string& path, int& activations) {
+  const auto answer = [](sd_bus_message* message, void* counter, sd_bus_error* /*error*/) {
+    if (sd_bus_message_is_method_call(message, "org.freedesktop.Application", "Activate") == 0) return 0;
+    ++*static_cast<int*>(counter);
+    return sd_bus_reply_method_return(message, nullptr);
+  };
+  Check(sd_bus_add_object(bus_.get(), nullptr, path.c_str(), answer, &activations), path);
+}
+
+void BusClient::PostNotification(const std::string& name, const std::string& object) {
+  Check(sd_bus_emit_signal(bus_.get(), kNotificationsPath, kNotifications, "Posted", "ss", name.c_str(),
+                           object.c_str()),
+        "Posted");
+  Check(sd_bus_flush(bus_.get()), "Posted");
+}
+
+std::vector<std::string> BusClient::Notifications() {
+  ProcessPending();
+  return notifications_;
+}
+
+void BusClient::ProcessPending() {
+  while (sd_bus_process(bus_.get(), nullptr) > 0) {
+  }
+}
+
+bool BusClient::WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  for (ProcessPending(); !condition(); ProcessPending()) {
+    const auto left = deadline - std::chrono::steady_clock::now();
+    if (left.count() <= 0) return false;
+    // Files and processes tell the bus nothing, so the condition is looked at again now and then.
+    const auto step = std::min<std::chrono::nanoseconds>(left, std::chrono::milliseconds(20));
+    sd_bus_wait(bus_.get(), static_cast<std::uint64_t>(
+                                std::chrono::duration_cast<std::chrono::microseconds>(step).count()));
+  }
+  return true;
+}
+
+bool BusClient::WaitUntilOwned(const std::string& name, bool owned) {
+  return WaitUntil([&] { return HasOwner(name) == owned; });
+}
+
+}  // namespace testsupport

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "SdBus.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+struct BusError : std::runtime_error {
+  BusError(std::string errorName, const std::string& text)
+      : runtime_error(text), name(std::move(errorName)) {}
+  std::string name;
+};
+
+// Another program on the bus: calls methods, owns names, sees notifications. Values cross as JSON:
+// dictionaries are objects, arrays arrays, numbers numbers. Everything throws on failure. One thread.
+class BusClient {
+ public:
+  explicit BusClient(const std::string& address);
+
+  // Calls a method with string arguments and returns its results: null for none, the value for one.
+  nlohmann::json Call(const std::string& name, const std::string& path, const std::string& interface,
+                      const std::string& method, const std::vector<std::string>& arguments = {});
+
+  nlohmann::json ServiceRecords(const std::string& method, const std::vector<std::string>& arguments = {});
+  nlohmann::json Beacons(const std::string& method, const std::vector<std::string>& arguments = {});
+  // The call is sent; WaitForReply with the returned number waits for its end.
+  std::uint64_t StartServiceRecords(const std::string& method, const std::vector<std::string>& arguments);
+  void WaitForReply(std::uint64_t call);
+  [[nodiscard]] bool HasReply(std::uint64_t call);
+
+  // The desktop's file-open event.
+  void OpenFiles(const std::vector<std::string>& uris);
+  [[nodiscard]] std::string Introspect(const std::string& name, const std::string& path);
+
+  [[nodiscard]] bool HasOwner(const std::string& name);
+  void OwnName(const std::string& name);
+  // Offers an application's object and counts how often it is activated.
+  void OfferApplication(const std::string& path, int& activations);
+
+  void PostNotification(const std::string& name, const std::string& object);
+  // Notifications seen so far, as "name object".
+  [[nodiscard]] std::vector<std::string> Notifications();
+
+  // Handles messages until the condition holds; false when it does not within the time.
+  [[nodiscard]] bool WaitUntil(const std::function<bool()>& condition,
+                               std::chrono::milliseconds limit = std::chrono::seconds(20));
+  [[nodiscard]] bool WaitUntilOwned(const std::string& name, bool owned);
+
+ private:
+  BusMessagePtr NewCall(const std::string& name, const std::string& path, const std::string& interface,
+                        const std::string& method, const std::vector<std::string>& arguments);
+  BusMessagePtr Send(const BusMessagePtr& call);
+  void ProcessPending();
+
+  BusPtr bus_;
+  std::vector<std::string> notifications_;
+  std::map<std::uint64_t, std::optional<std::string>> replies_;  // the error's name, or empty
+  std::uint64_t nextCall_ = 1;
+};
+
+}  // namespace testsupport
