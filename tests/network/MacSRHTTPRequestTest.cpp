@@ -1,0 +1,213 @@
+#include "MacSRHTTPRequest.h"
+#include "network/RawServer.h"
+#include "platform/EnvironmentVariable.h"
+#include "platform/TraceCapture.h"
+#include "support/TestAuthority.h"
+#include "support/WebServer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+using ServiceRecords::MacSRHTTPRequest;
+using ServiceRecords::MacSRHTTPRequestFactory;
+using ServiceRecords::SRHTTPRequestFactory;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using testsupport::EnvironmentVariable;
+using testsupport::RawServer;
+using testsupport::ServerBlock;
+using testsupport::TestAuthority;
+using testsupport::TraceCapture;
+using testsupport::WebServer;
+
+constexpr std::uintmax_t kBodyBound = 16 * 1024 * 1024;
+
+std::wstring URL(const WebServer& server, const std::string& path, const std::string& scheme = "http") {
+  return util::widen(server.Address(scheme) + path);
+}
+
+void WriteDocument(const WebServer& server, const std::string& name, const std::string& content) {
+  std::ofstream(server.Document(name), std::ios::binary) << content;
+}
+
+void ExpectNoResponse(MacSRHTTPRequest& request) {
+  EXPECT_FALSE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetStatus(), 0);
+  EXPECT_EQ(request.GetBody(), L"");
+  EXPECT_EQ(request.GetRawHeader(), L"");
+}
+
+TEST(MacSRHTTPRequest, GivesTheBodyOfA200AsText) {
+  const WebServer server(ServerBlock("", ""));
+  WriteDocument(server, "discovery", "<a>Z\xC3\xBCrich \xF0\x9F\x8F\xAA</a>");
+  MacSRHTTPRequest request(URL(server, "/discovery"));
+  ASSERT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetStatus(), 200);
+  EXPECT_EQ(request.GetBody(), L"<a>Zürich \U0001F3EA</a>");
+  EXPECT_EQ(request.GetRawHeader(), L"");
+}
+
+TEST(MacSRHTTPRequest, FollowsARedirectToA200) {
+  const WebServer server(
+      ServerBlock("", "location = /old { return 302 /new; } location = /new { return 200 moved; }"));
+  MacSRHTTPRequest request(URL(server, "/old"));
+  ASSERT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetStatus(), 200);
+  EXPECT_EQ(request.GetBody(), L"moved");
+}
+
+TEST(MacSRHTTPRequest, FollowsTwentyRedirectsButNotTwentyOne) {
+  const WebServer server(ServerBlock("", R"(
+    location = /hop { return 200 arrived; }
+    location ~ ^/hop(?<rest>(-step)*)-step$ { return 302 /hop$rest; })"));
+  std::string path = "/hop";
+  for (int i = 0; i < 20; ++i) path += "-step";
+  MacSRHTTPRequest twenty(URL(server, path));
+  EXPECT_TRUE(twenty.SendHTTPRequest(L""));
+  MacSRHTTPRequest twentyOne(URL(server, path + "-step"));
+  ExpectNoResponse(twentyOne);
+}
+
+TEST(MacSRHTTPRequest, RefusesARedirectToAFile) {
+  const WebServer server(ServerBlock("", "location = /old { return 302 file:///etc/hostname; }"));
+  MacSRHTTPRequest request(URL(server, "/old"));
+  ExpectNoResponse(request);
+}
+
+TEST(MacSRHTTPRequest, GivesTheHeaderLinesOfA401) {
+  const TraceCapture trace;
+  const WebServer server(ServerBlock("", R"(location / {
+    add_header WWW-Authenticate "Basic realm=\"stores: all\"" always;
+    add_header WWW-Authenticate Negotiate always;
+    return 401 refused;
+  })"));
+  MacSRHTTPRequest request(URL(server, "/discovery"));
+  EXPECT_FALSE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetStatus(), 401);
+  EXPECT_EQ(request.GetBody(), L"");
+  const std::string header = util::narrow(request.GetRawHeader());
+  EXPECT_THAT(header,
+              HasSubstr("WWW-Authenticate: Basic realm=\"stores: all\"\r\nWWW-Authenticate: Negotiate\r\n"));
+  EXPECT_THAT(header, EndsWith("\r\n"));
+  EXPECT_THAT(header, Not(HasSubstr("401")));
+  EXPECT_THAT(trace.Text(), HasSubstr("Retrieving discovery document failed"));
+}
+
+TEST(MacSRHTTPRequest, GivesOnlyTheHeaderLinesOfTheLastResponse) {
+  const RawServer server({"HTTP/1.1 302 Found\r\nLocation: /new\r\nX-Hop: 1\r\nContent-Length: 0\r\n\r\n",
+                          "HTTP/1.1 404 Gone\r\nX-Last: 2\r\nX-Empty:\r\nContent-Length: 0\r\n\r\n"});
+  MacSRHTTPRequest request(server.Address() + L"/old");
+  EXPECT_FALSE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetStatus(), 404);
+  EXPECT_EQ(request.GetRawHeader(), L"X-Last: 2\r\nX-Empty: \r\nContent-Length: 0\r\n");
+}
+
+TEST(MacSRHTTPRequest, FailsForABodyThatIsNotUTF8AndKeepsTheStatus) {
+  const WebServer server(ServerBlock("", ""));
+  WriteDocument(server, "discovery", "<a>Z\xFCrich</a>");
+  MacSRHTTPRequest request(URL(server, "/discovery"));
+  EXPECT_FALSE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetStatus(), 200);
+  EXPECT_EQ(request.GetBody(), L"");
+  EXPECT_THAT(util::narrow(request.GetRawHeader()), HasSubstr("Content-Type: text/xml\r\n"));
+}
+
+TEST(MacSRHTTPRequest, TakesABodyOfSixteenMebibytesAndNoMore) {
+  const WebServer server(ServerBlock("", ""));
+  WriteDocument(server, "discovery", std::string(kBodyBound, 'x'));
+  MacSRHTTPRequest request(URL(server, "/discovery"));
+  ASSERT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetBody().size(), kBodyBound);
+  std::filesystem::resize_file(server.Document("discovery"), kBodyBound + 1);
+  ExpectNoResponse(request);
+}
+
+TEST(MacSRHTTPRequest, TakesNoStatusFromATransferThatBrokeOff) {
+  const RawServer server({"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n<Services/>"});
+  MacSRHTTPRequest request(server.Address() + L"/discovery");
+  ExpectNoResponse(request);
+}
+
+TEST(MacSRHTTPRequest, HasNoStatusWhenNobodyListens) {
+  const TraceCapture trace;
+  const std::uint16_t port = testsupport::LoopbackListener().port;
+  MacSRHTTPRequest request(L"http://127.0.0.1:" + std::to_wstring(port) + L"/discovery");
+  ExpectNoResponse(request);
+  EXPECT_THAT(trace.Text(), HasSubstr("Retrieving discovery document failed"));
+}
+
+TEST(MacSRHTTPRequest, ReportsAnAddressThatIsNoURL) {
+  const TraceCapture trace;
+  MacSRHTTPRequest request(L"http://two words/discovery");
+  EXPECT_FALSE(request.SendHTTPRequest(L""));
+  const std::string log = trace.Text();
+  const std::size_t reason =
+      log.find("The URL passed to SendHTTPRequest was malformed (URL = http://two words/discovery)\n");
+  ASSERT_NE(reason, std::string::npos);
+  EXPECT_NE(log.find("Retrieving discovery document failed\n", reason), std::string::npos);
+}
+
+TEST(MacSRHTTPRequest, RequestsThePlaceholderPageLikeAnyOther) {
+  const RawServer server({"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"});
+  MacSRHTTPRequest request(server.Address());
+  EXPECT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_THAT(server.Requests(), ElementsAre(StartsWith("GET /No%20Page HTTP/1.1\r\n")));
+}
+
+TEST(MacSRHTTPRequest, ForgetsTheLastSendBeforeTheNext) {
+  const RawServer server({"HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nabc",
+                          "HTTP/1.1 404 Gone\r\nX-Reason: gone\r\nContent-Length: 3\r\n\r\nxyz",
+                          "HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\ndef"});
+  MacSRHTTPRequest request(server.Address() + L"/discovery");
+  EXPECT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_FALSE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetBody(), L"");
+  EXPECT_EQ(request.GetStatus(), 404);
+  EXPECT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetBody(), L"def");
+  EXPECT_EQ(request.GetRawHeader(), L"");
+}
+
+TEST(MacSRHTTPRequest, TrustsServersOfTheSystemStoreOnly) {
+  const WebServer trusted(
+      TestAuthority::Shared().TlsServerBlock("good", "location / { return 200 secret; }"));
+  MacSRHTTPRequest toTrusted(URL(trusted, "/discovery", "https"));
+  EXPECT_TRUE(toTrusted.SendHTTPRequest(L""));
+  EXPECT_EQ(toTrusted.GetBody(), L"secret");
+  for (const char* certificate : {"unknown-issuer", "expired", "wrong-host"}) {
+    const WebServer untrusted(
+        TestAuthority::Shared().TlsServerBlock(certificate, "location / { return 200 x; }"));
+    MacSRHTTPRequest toUntrusted(URL(untrusted, "/discovery", "https"));
+    ExpectNoResponse(toUntrusted);
+  }
+}
+
+TEST(MacSRHTTPRequest, UsesTheProxyOfTheEnvironment) {
+  const RawServer proxy({"HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\nabc"});
+  const EnvironmentVariable variable("http_proxy", util::narrow(proxy.Address()));
+  MacSRHTTPRequest request(L"http://stores.example/discovery");
+  EXPECT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_THAT(proxy.Requests(), ElementsAre(StartsWith("GET http://stores.example/discovery HTTP/1.1\r\n")));
+}
+
+TEST(MacSRHTTPRequestFactory, RegistersItselfAndMakesRequests) {
+  MacSRHTTPRequestFactory::Init();
+  SRHTTPRequestFactory* const registered = SRHTTPRequestFactory::c_Instance;
+  ASSERT_NE(registered, nullptr);
+  MacSRHTTPRequestFactory::Init();
+  EXPECT_EQ(SRHTTPRequestFactory::c_Instance, registered);
+  const auto request = registered->Create(L"http://stores.example/discovery");
+  EXPECT_NE(dynamic_cast<MacSRHTTPRequest*>(request.get()), nullptr);
+  EXPECT_EQ(request->GetStatus(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,251 @@
+#include "MacSSLValidation.h"
+#include "SRLib/Messages.h"
+#include "SRLib/SSLValidationDetails.h"
+#include "SRLib/TextHelpers.h"
+#include "StreamErrorCode.h"
+#include "network/RawServer.h"
+#include "platform/EnvironmentVariable.h"
+#include "platform/TraceCapture.h"
+#include "support/TestAuthority.h"
+#include "support/WebServer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using ServiceRecords::MacSSLValidation;
+using ServiceRecords::MacSSLValidationFactory;
+using ServiceRecords::SSLValidationDetails;
+using ServiceRecords::SSLValidationFactory;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using testsupport::ChildProcess;
+using testsupport::EnvironmentVariable;
+using testsupport::RawServer;
+using testsupport::ServerBlock;
+using testsupport::TestAuthority;
+using testsupport::TraceCapture;
+using testsupport::WebServer;
+
+std::string StapledAnswer(const std::string& certificate) {
+  return "ssl_stapling on; ssl_stapling_file " +
+         TestAuthority::Shared().File(certificate + ".ocsp").string() + ";";
+}
+
+// One validation of one address, and what it left.
+struct Outcome {
+  explicit Outcome(const std::string& address) : url(address), validation(util::widen(address)) {
+    trusted = validation.ValidateURL(details);
+    log = trace.Text();
+  }
+
+  void ExpectServerNotContacted() const {
+    EXPECT_FALSE(trusted);
+    EXPECT_EQ(details.Result, 1U);
+    EXPECT_THAT(details.Errors, ElementsAre(util::MessageWithArgument(1632, Gen_URL(url).GetDisplayURL())));
+    EXPECT_THAT(log, HasSubstr("Failed to contact URL  " + Gen_URL(url).GetPagelessURL() + "\n"));
+    ExpectNothingTrusted();
+  }
+
+  void ExpectCertificatesNotFetched() const {
+    EXPECT_FALSE(trusted);
+    EXPECT_EQ(details.Result, 2U);
+    EXPECT_THAT(details.Errors, ElementsAre(util::MessageWithArgument(1696, Gen_URL(url).GetServer())));
+    EXPECT_THAT(log,
+                HasSubstr("Could not fetch certificates for URL " + Gen_URL(url).GetPagelessURL() + "\n"));
+    EXPECT_THAT(log, HasSubstr("Read Stream failed with "));
+    ExpectNothingTrusted();
+  }
+
+  void ExpectNothingTrusted() const {
+    EXPECT_THAT(validation.Certificates(), IsEmpty());
+    EXPECT_EQ(details.Organization, L"");
+    EXPECT_EQ(details.Issuer, L"");
+  }
+
+  std::string url;
+  TraceCapture trace;
+  MacSSLValidation validation;
+  SSLValidationDetails details;
+  bool trusted = false;
+  std::string log;
+};
+
+void ExpectTrusted(const Outcome& outcome, const std::wstring& organization, const std::wstring& issuer) {
+  EXPECT_TRUE(outcome.trusted);
+  EXPECT_EQ(outcome.details.Organization, organization);
+  EXPECT_EQ(outcome.details.Issuer, issuer);
+  EXPECT_EQ(outcome.details.Result, 0U);
+  EXPECT_THAT(outcome.details.Errors, IsEmpty());
+  EXPECT_EQ(outcome.validation.ErrorCode(), 0);
+}
+
+TEST(MacSSLValidation, NamesTheOrganisationAndTheIssuerOfATrustedServer) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("good"));
+  const Outcome outcome(server.Address("https") + "/Stores/Main/discovery");
+  ExpectTrusted(outcome, L"Example Stores", L"Morvane Test Authority");
+  EXPECT_THAT(outcome.log, Not(HasSubstr("Warning")));
+}
+
+TEST(MacSSLValidation, TakesTheVerifiedChainUpToTheRoot) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("chained"));
+  const Outcome outcome(server.Address("https"));
+  ExpectTrusted(outcome, L"Example Stores", L"Morvane Test Authority");
+  const auto& chain = outcome.validation.Certificates();
+  ASSERT_EQ(chain.size(), 3U);
+  EXPECT_EQ(chain[0].issuerName(), "Morvane Test Intermediate");
+  EXPECT_EQ(chain[1].organizationName(), "Morvane Test Intermediate");
+  EXPECT_EQ(chain[2].commonName(), "Morvane Test Root");
+}
+
+TEST(MacSSLValidation, NamesTheServerWhoseCertificateHasNoOrganisation) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("plain"));
+  ExpectTrusted(Outcome(server.Address("https")), L"localhost", L"Morvane Test Authority");
+}
+
+TEST(MacSSLValidation, ValidatesOverTLS12AsWell) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", "ssl_protocols TLSv1.2;"));
+  ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
+}
+
+TEST(MacSSLValidation, DoesNotMindAnErrorStatus) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", "location / { return 503; }"));
+  ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
+}
+
+TEST(MacSSLValidation, ValidatesTheServerThatWasAskedForNotWhereItRedirectsTo) {
+  const WebServer other(TestAuthority::Shared().TlsServerBlock("unknown-issuer"));
+  const WebServer server(TestAuthority::Shared().TlsServerBlock(
+      "gateway", "location / { return 302 " + other.Address("https") + "/; }"));
+  ExpectTrusted(Outcome(server.Address("https")), L"Example Gateways", L"Morvane Test Authority");
+}
+
+TEST(MacSSLValidation, RejectsAnExpiredCertificate) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("expired"));
+  const Outcome outcome(server.Address("https") + "/discovery");
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_THAT(outcome.log, HasSubstr("certificate has expired"));
+}
+
+TEST(MacSSLValidation, RejectsAnUnknownIssuer) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("unknown-issuer"));
+  Outcome(server.Address("https") + "/discovery").ExpectCertificatesNotFetched();
+}
+
+TEST(MacSSLValidation, RejectsACertificateForAnotherHost) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("wrong-host"));
+  Outcome(server.Address("https") + "/discovery").ExpectCertificatesNotFetched();
+}
+
+TEST(MacSSLValidation, RejectsEveryServerWithoutATrustStore) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("good"));
+  const EnvironmentVariable file("SSL_CERT_FILE", "/nonexistent/ca.pem");
+  Outcome(server.Address("https")).ExpectCertificatesNotFetched();
+}
+
+TEST(MacSSLValidation, RejectsAnOldProtocol) {
+  const WebServer server(
+      TestAuthority::Shared().TlsServerBlock("good", "ssl_protocols TLSv1.1; ssl_ciphers ALL:@SECLEVEL=0;"));
+  const Outcome outcome(server.Address("https"));
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.validation.ErrorCode(), StreamErrorCode::kProtocolMismatch);
+}
+
+TEST(MacSSLValidation, CountsTLSToAPlainPortAsATlsFailure) {
+  const WebServer server(ServerBlock("", ""));
+  Outcome(server.Address("https")).ExpectCertificatesNotFetched();
+}
+
+TEST(MacSSLValidation, CountsADemandForAClientCertificateAsATlsFailure) {
+  const auto& authority = TestAuthority::Shared();
+  ChildProcess server({"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert", authority.File("good.pem"),
+                       "-key", authority.File("good.key"), "-CAfile", authority.Root(), "-Verify", "1",
+                       "-verify_return_error", "-www"},
+                      {}, {.captureErrors = true});
+  const std::string start = "ACCEPT 127.0.0.1:";
+  const std::string output = server.WaitForOutput(start);
+  const std::string port = std::to_string(std::stoi(output.substr(output.find(start) + start.size())));
+  const Outcome outcome("https://localhost:" + port);
+  outcome.ExpectCertificatesNotFetched();
+}
+
+TEST(MacSSLValidation, DoesNotTrustAServerThatAStapledAnswerCallsRevoked) {
+  for (const char* protocol : {"TLSv1.2", "TLSv1.3"}) {
+    const WebServer server(TestAuthority::Shared().TlsServerBlock(
+        "revoked", StapledAnswer("revoked") + " ssl_protocols " + protocol + ";"));
+    const Outcome outcome(server.Address("https") + "/discovery");
+    outcome.ExpectServerNotContacted();
+    EXPECT_EQ(outcome.validation.ErrorCode(), 0);
+    EXPECT_THAT(outcome.log, Not(HasSubstr("Read Stream failed")));
+  }
+}
+
+TEST(MacSSLValidation, TrustsAServerThatAStapledAnswerCallsGood) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", StapledAnswer("good")));
+  ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
+}
+
+TEST(MacSSLValidation, DoesNotTakeAnAnswerAboutAnotherCertificate) {
+  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", StapledAnswer("revoked")));
+  ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
+}
+
+TEST(MacSSLValidation, CannotContactAServerThatRefusesConnections) {
+  const std::uint16_t port = testsupport::LoopbackListener().port;
+  const Outcome outcome("https://localhost:" + std::to_string(port) + "/discovery");
+  outcome.ExpectServerNotContacted();
+  EXPECT_THAT(outcome.log, HasSubstr("Read Stream failed with "));
+  EXPECT_EQ(outcome.validation.ErrorCode(), CURLE_COULDNT_CONNECT);
+}
+
+TEST(MacSSLValidation, CannotContactAnAddressThatIsNoURL) {
+  const Outcome outcome("https://two words/discovery");
+  outcome.ExpectServerNotContacted();
+  EXPECT_EQ(outcome.validation.ErrorCode(), 0);
+  EXPECT_THAT(outcome.log, Not(HasSubstr("Read Stream failed")));
+}
+
+TEST(MacSSLValidation, FindsNoCertificatesOverPlainHTTP) {
+  const RawServer server({"HTTP/1.1 200 OK\r\nContent-Length: 11\r\n\r\n"});
+  const std::string url = util::narrow(server.Address()) + "/Stores/discovery";
+  const Outcome outcome(url);
+  outcome.ExpectServerNotContacted();
+  EXPECT_EQ(outcome.validation.ErrorCode(), 0);
+  EXPECT_THAT(outcome.log,
+              HasSubstr("Warning: HTTP connection requested for SSL validation with " + url + " server."));
+  EXPECT_THAT(server.Requests(), ElementsAre(StartsWith("HEAD / HTTP/1.1\r\n")));
+}
+
+TEST(MacSSLValidation, DoesNotTakeTheCertificateOfAProxyForTheServers) {
+  const WebServer proxy(TestAuthority::Shared().TlsServerBlock("good"));
+  const EnvironmentVariable variable("http_proxy", proxy.Address("https"));
+  const Outcome outcome("http://stores.example/discovery");
+  outcome.ExpectServerNotContacted();
+  EXPECT_EQ(outcome.validation.ErrorCode(), 0);
+}
+
+TEST(MacSSLValidation, StartsOverWithEachValidation) {
+  auto server = std::make_unique<WebServer>(TestAuthority::Shared().TlsServerBlock("good"));
+  MacSSLValidation validation(util::widen(server->Address("https")));
+  SSLValidationDetails details;
+  EXPECT_TRUE(validation.ValidateURL(details));
+  server.reset();
+  EXPECT_FALSE(validation.ValidateURL(details));
+  EXPECT_EQ(details.Result, 1U);
+  EXPECT_THAT(validation.Certificates(), IsEmpty());
+}
+
+TEST(MacSSLValidationFactory, RegistersItselfAndMakesValidations) {
+  MacSSLValidationFactory::Init();
+  ASSERT_NE(SSLValidationFactory::c_Instance, nullptr);
+  const auto validation = SSLValidationFactory::c_Instance->Create(L"https://stores.example");
+  EXPECT_NE(dynamic_cast<MacSSLValidation*>(validation.get()), nullptr);
+}
+
+}  // namespace
