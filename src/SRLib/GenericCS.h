@@ -22,14 +22,17 @@ class CGenericCSFactory {
   [[nodiscard]] virtual std::unique_ptr<CGenericCS> ManufactureCriticalSection() = 0;
 };
 
-// Inside the section for as long as this object lives.
+// Inside the section for as long as this object lives, unless it could not be entered.
 class CriticalSectionLock {
  public:
-  explicit CriticalSectionLock(CGenericCS& section) : section_(section) { section_.Enter(); }
-  ~CriticalSectionLock() { section_.Leave(); }
+  explicit CriticalSectionLock(CGenericCS& section) : section_(section), entered_(section.Enter()) {}
+  ~CriticalSectionLock() {
+    if (entered_) section_.Leave();
+  }
   CriticalSectionLock(const CriticalSectionLock&) = delete;
   CriticalSectionLock& operator=(const CriticalSectionLock&) = delete;
 
  private:
   CGenericCS& section_;
+  const bool entered_;
 };

@@ -4,6 +4,7 @@
 #include "SRLib/GenericCS.h"
 
 #include <memory>
+#include <utility>
 
 // What the platform supplies to the core, in order: critical sections, the user's configuration and the
 // machine's. The platform defines Instance().

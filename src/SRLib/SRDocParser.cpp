@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <typeinfo>
+#include <vector>
 
 using namespace xercesc;
 
@@ -20,10 +21,17 @@ const DOMElement* AsElement(const DOMNode* node) {
   return isElement ? static_cast<const DOMElement*>(node) : nullptr;
 }
 
-// The descendants of that name of the first such container below the element; null without a container.
-const DOMNodeList* ItemsOfFirst(const DOMElement& element, const char* container, const char* item) {
-  const DOMElement* first = AsElement(element.getElementsByTagName(AsXString(container).c_str())->item(0));
-  return first == nullptr ? nullptr : first->getElementsByTagName(AsXString(item).c_str());
+// The descendants of that name of the first such container below the element; none without a container.
+std::vector<const DOMElement*> ItemsOfFirst(const DOMElement& element, const char* container,
+                                            const char* item) {
+  std::vector<const DOMElement*> items;
+  const DOMElement* first = NextDescendant(element, AsXString(container));
+  if (first == nullptr) return items;
+  const XString name = AsXString(item);
+  for (const auto* next = NextDescendant(*first, name); next != nullptr;
+       next = NextDescendant(*first, name, next))
+    items.push_back(next);
+  return items;
 }
 
 std::wstring UpperCase(std::wstring text) {
@@ -96,7 +104,8 @@ bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out)
 }
 
 bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap& out) {
-  for (XMLSize_t i = 0; i < services.getLength(); ++i) {
+  const XMLSize_t count = services.getLength();
+  for (XMLSize_t i = 0; i < count; ++i) {
     DOMNode* node = services.item(i);
     if (node == nullptr) return false;
     if (AsElement(node) == nullptr) continue;
@@ -130,11 +139,7 @@ bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
 }
 
 bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
-  const DOMNodeList* gateways = ItemsOfFirst(service, "Gateways", "Gateway");
-  if (gateways == nullptr) return true;
-  for (XMLSize_t i = 0; i < gateways->getLength(); ++i) {
-    const DOMElement* element = AsElement(gateways->item(i));
-    if (element == nullptr) return true;
+  for (const DOMElement* element : ItemsOfFirst(service, "Gateways", "Gateway")) {
     const std::wstring name = NonNullAttribute(*element, "Name");
     const std::wstring location = SubNodeText(*element, "Location");
     const std::wstring edition = NonNullAttribute(*element, "Edition");
@@ -159,10 +164,8 @@ bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
 
 bool SRDocParser::DeserializeBeacons(DOMElement& service, SRStore& store, BeaconType type) {
   const char* container = type == BeaconType::Internal ? "Internal" : "External";
-  const DOMNodeList* beacons = ItemsOfFirst(service, container, "Beacon");
-  if (beacons == nullptr) return true;
-  for (XMLSize_t i = 0; i < beacons->getLength(); ++i) {
-    const DOMNode* content = beacons->item(i)->getFirstChild();
+  for (const DOMElement* element : ItemsOfFirst(service, container, "Beacon")) {
+    const DOMNode* content = element->getFirstChild();
     if (content == nullptr) {
       SR_TRACE(2) << "SR XML Parsing error: incorrect beacons list";
       return false;

@@ -21,9 +21,10 @@ class SRHTTPRequest {
 
   // The body after a successful send, otherwise empty.
   [[nodiscard]] std::wstring GetBody() const { return body_; }
-  // After a failed send, the response's header lines as "Name: value", each ended by CR LF.
+  // After a failed send, the response's header lines as "Name: value", each ended by CR LF. Names are in the
+  // server's spelling (lower case over HTTP/2): compare them without regard to case.
   [[nodiscard]] std::wstring GetRawHeader() const { return rawHeader_; }
-  // Status of the last send, 0 when no response arrived.
+  // Status of the last send that reached the network, 0 when no response arrived.
   [[nodiscard]] std::int64_t GetStatus() const { return status_; }
 
  protected:

@@ -12,8 +12,12 @@
 #include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
 
+#include <locale.h>
+#include <wctype.h>
+
 #include <algorithm>
-#include <cwctype>
+#include <cstdint>
+#include <map>
 #include <optional>
 
 namespace ServiceRecords {
@@ -132,9 +136,9 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
   }
   StoreMap stores = SRXMLProvider().Parse(text);
   if (stores.empty()) {
-    SR_TRACE(2) << "..." << util::MessageFromResourceW(util::kMessageNotAServiceRecord);
-    Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle),
-                                      util::MessageFromResourceW(util::kMessageNotAServiceRecord));
+    const std::wstring message = util::MessageFromResourceW(util::kMessageNotAServiceRecord);
+    SR_TRACE(2) << "..." << message;
+    Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle), message);
   } else {
     SR_TRACE(0) << "...SR document parsed successfully.";
     for (auto entry = stores.begin(); entry != stores.end();) {
@@ -205,10 +209,15 @@ constexpr wchar_t kDiscoverySuffix[] = L"/discovery";
 constexpr wchar_t kSchemeSeparator[] = L"://";
 constexpr wchar_t kPathSeparator = L'/';
 
+// Whatever the locale of the process; where there is no UTF-8 locale, ASCII only.
+wchar_t LowerCased(wchar_t character) {
+  static const locale_t unicode = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  const auto wide = static_cast<wint_t>(character);
+  return static_cast<wchar_t>(unicode != nullptr ? ::towlower_l(wide, unicode) : ::towlower(wide));
+}
+
 std::wstring LowerCase(std::wstring text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](wchar_t character) {
-    return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(character)));
-  });
+  std::transform(text.begin(), text.end(), text.begin(), LowerCased);
   return text;
 }
 

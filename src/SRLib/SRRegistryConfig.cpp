@@ -3,7 +3,6 @@
 #include "SRLib/GenericFactories.h"
 
 #include <cstdint>
-#include <string_view>
 
 namespace ServiceRecords {
 namespace {

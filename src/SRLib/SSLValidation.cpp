@@ -10,13 +10,6 @@ namespace ServiceRecords {
 
 SSLValidationFactory* SSLValidationFactory::c_Instance = nullptr;
 
-void SSLValidationDetails::Reset() {
-  Organization.clear();
-  Issuer.clear();
-  Errors.clear();
-  Result = kSuccess;
-}
-
 SSLValidation::SSLValidation(const std::wstring& url) : url_(util::narrow(url)) {}
 
 bool SSLValidation::ValidateURL(SSLValidationDetails& details) {

@@ -14,7 +14,7 @@ class SSLValidationDetails {
   static constexpr std::uint32_t kCertificatesNotFetched = 2;
   static constexpr std::uint32_t kUserDoesNotTrustServer = 3;
 
-  SSLValidationDetails() { Reset(); }
+  SSLValidationDetails();
 
   void Reset();
   void AddError(const std::wstring& message) { Errors.push_back(message); }
@@ -22,7 +22,7 @@ class SSLValidationDetails {
   std::wstring Organization;         // of the first (leaf) certificate
   std::wstring Issuer;               // issuer of the last certificate of the chain
   std::vector<std::wstring> Errors;  // for the user, in the order added
-  std::uint32_t Result;
+  std::uint32_t Result = kSuccess;
 };
 
 }  // namespace ServiceRecords

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,6 +14,14 @@ namespace util {
 
 // Whether the bytes are valid UTF-8 throughout.
 [[nodiscard]] bool IsUTF8(std::string_view bytes);
+
+// The part of the text between the blanks and newlines at its ends.
+[[nodiscard]] constexpr std::string_view Trimmed(std::string_view text) {
+  constexpr std::string_view kBlanksAndNewlines = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(kBlanksAndNewlines);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kBlanksAndNewlines) - first + 1);
+}
 
 // Replaces `text` with the whole content of the file. False, and `text` unchanged, when the file cannot be
 // opened or is not a regular file. Reads one byte more than a document may have, so that a larger file is

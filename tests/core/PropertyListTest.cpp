@@ -163,6 +163,31 @@ TEST(PropertyListTest, WholeNumbersMayBeHexadecimalOrSigned) {
   EXPECT_EQ(Read(Document("<integer>+7</integer>")), Value(std::int64_t{7}));
 }
 
+TEST(PropertyListTest, ANegativeNumberMayBeHexadecimal) {
+  EXPECT_EQ(Read(Document("<integer>-0x10</integer>")), Value(std::int64_t{-16}));
+  EXPECT_EQ(Read(Document("<integer>+0X10</integer>")), Value(std::int64_t{16}));
+  EXPECT_EQ(Read(Document("<integer>-0x8000000000000000</integer>")),
+            Value(std::numeric_limits<std::int64_t>::min()));
+  for (const char* number : {"-0x8000000000000001", "+-1", "--1", "0x-1", "-", "0x"})
+    EXPECT_FALSE(Read(Document("<integer>" + std::string(number) + "</integer>"))) << number;
+}
+
+TEST(PropertyListTest, RealsBeyondTheRangeAreInfiniteOrZero) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const std::string zeros(400, '0');
+  const std::pair<std::string, double> cases[] = {
+      {"1e999", kInfinity},      {"-1e999", -kInfinity},    {"+1e99999999999", kInfinity},
+      {"1e-999", 0.0},           {"-1e-999", -0.0},         {"1" + zeros, kInfinity},
+      {"0." + zeros + "1", 0.0}, {"0.0001e999", kInfinity}, {"1000e-999", 0.0}};
+  for (const auto& [text, number] : cases) {
+    const auto root = Read(Document("<real>" + text + "</real>"));
+    ASSERT_TRUE(root && root->As<double>() != nullptr) << text;
+    EXPECT_EQ(*root->As<double>(), number) << text;
+    EXPECT_EQ(std::signbit(*root->As<double>()), std::signbit(number)) << text;
+  }
+  EXPECT_FALSE(Read(Document("<real>1e999x</real>")));
+}
+
 TEST(PropertyListTest, RealsKeepEveryBitAndTheirSpecialValues) {
   for (const double number : {0.1, -0.0, 1e308, 5e-324, 1.0 / 3, std::numeric_limits<double>::infinity(),
                               -std::numeric_limits<double>::infinity()}) {

@@ -3,10 +3,11 @@
 #include "SRLib/SSLValidationDetails.h"
 #include "SRLib/TextHelpers.h"
 #include "StreamErrorCode.h"
+#include "network/LevelCapture.h"
 #include "network/RawServer.h"
+#include "network/TrustedAuthority.h"
 #include "platform/EnvironmentVariable.h"
 #include "platform/TraceCapture.h"
-#include "support/TestAuthority.h"
 #include "support/WebServer.h"
 
 #include <gmock/gmock.h>
@@ -27,15 +28,16 @@ using testing::Not;
 using testing::StartsWith;
 using testsupport::ChildProcess;
 using testsupport::EnvironmentVariable;
+using testsupport::LevelCapture;
 using testsupport::RawServer;
 using testsupport::ServerBlock;
-using testsupport::TestAuthority;
 using testsupport::TraceCapture;
+using testsupport::TrustedAuthority;
 using testsupport::WebServer;
 
 std::string StapledAnswer(const std::string& certificate) {
-  return "ssl_stapling on; ssl_stapling_file " +
-         TestAuthority::Shared().File(certificate + ".ocsp").string() + ";";
+  return "ssl_stapling on; ssl_stapling_file " + TrustedAuthority().File(certificate + ".ocsp").string() +
+         ";";
 }
 
 // One validation of one address, and what it left.
@@ -87,14 +89,14 @@ void ExpectTrusted(const Outcome& outcome, const std::wstring& organization, con
 }
 
 TEST(MacSSLValidation, NamesTheOrganisationAndTheIssuerOfATrustedServer) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("good"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("good"));
   const Outcome outcome(server.Address("https") + "/Stores/Main/discovery");
   ExpectTrusted(outcome, L"Example Stores", L"Morvane Test Authority");
   EXPECT_THAT(outcome.log, Not(HasSubstr("Warning")));
 }
 
 TEST(MacSSLValidation, TakesTheVerifiedChainUpToTheRoot) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("chained"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("chained"));
   const Outcome outcome(server.Address("https"));
   ExpectTrusted(outcome, L"Example Stores", L"Morvane Test Authority");
   const auto& chain = outcome.validation.Certificates();
@@ -105,53 +107,59 @@ TEST(MacSSLValidation, TakesTheVerifiedChainUpToTheRoot) {
 }
 
 TEST(MacSSLValidation, NamesTheServerWhoseCertificateHasNoOrganisation) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("plain"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("plain"));
   ExpectTrusted(Outcome(server.Address("https")), L"localhost", L"Morvane Test Authority");
 }
 
 TEST(MacSSLValidation, ValidatesOverTLS12AsWell) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", "ssl_protocols TLSv1.2;"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("good", "ssl_protocols TLSv1.2;"));
   ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
 }
 
 TEST(MacSSLValidation, DoesNotMindAnErrorStatus) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", "location / { return 503; }"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("good", "location / { return 503; }"));
   ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
 }
 
 TEST(MacSSLValidation, ValidatesTheServerThatWasAskedForNotWhereItRedirectsTo) {
-  const WebServer other(TestAuthority::Shared().TlsServerBlock("unknown-issuer"));
-  const WebServer server(TestAuthority::Shared().TlsServerBlock(
+  const WebServer other(TrustedAuthority().TlsServerBlock("unknown-issuer"));
+  const WebServer server(TrustedAuthority().TlsServerBlock(
       "gateway", "location / { return 302 " + other.Address("https") + "/; }"));
   ExpectTrusted(Outcome(server.Address("https")), L"Example Gateways", L"Morvane Test Authority");
 }
 
+TEST(MacSSLValidation, TrustsAServerWhoseNameIsNotASCII) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("international"));
+  const Outcome outcome("https://m\xC3\xBCnchen.localhost:" + std::to_string(server.Port()));
+  ExpectTrusted(outcome, L"Example Stores", L"Morvane Test Authority");
+}
+
 TEST(MacSSLValidation, RejectsAnExpiredCertificate) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("expired"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("expired"));
   const Outcome outcome(server.Address("https") + "/discovery");
   outcome.ExpectCertificatesNotFetched();
   EXPECT_THAT(outcome.log, HasSubstr("certificate has expired"));
 }
 
 TEST(MacSSLValidation, RejectsAnUnknownIssuer) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("unknown-issuer"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("unknown-issuer"));
   Outcome(server.Address("https") + "/discovery").ExpectCertificatesNotFetched();
 }
 
 TEST(MacSSLValidation, RejectsACertificateForAnotherHost) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("wrong-host"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("wrong-host"));
   Outcome(server.Address("https") + "/discovery").ExpectCertificatesNotFetched();
 }
 
 TEST(MacSSLValidation, RejectsEveryServerWithoutATrustStore) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("good"));
+  const WebServer server(TrustedAuthority().TlsServerBlock("good"));
   const EnvironmentVariable file("SSL_CERT_FILE", "/nonexistent/ca.pem");
   Outcome(server.Address("https")).ExpectCertificatesNotFetched();
 }
 
 TEST(MacSSLValidation, RejectsAnOldProtocol) {
   const WebServer server(
-      TestAuthority::Shared().TlsServerBlock("good", "ssl_protocols TLSv1.1; ssl_ciphers ALL:@SECLEVEL=0;"));
+      TrustedAuthority().TlsServerBlock("good", "ssl_protocols TLSv1.1; ssl_ciphers ALL:@SECLEVEL=0;"));
   const Outcome outcome(server.Address("https"));
   outcome.ExpectCertificatesNotFetched();
   EXPECT_EQ(outcome.validation.ErrorCode(), StreamErrorCode::kProtocolMismatch);
@@ -163,7 +171,7 @@ TEST(MacSSLValidation, CountsTLSToAPlainPortAsATlsFailure) {
 }
 
 TEST(MacSSLValidation, CountsADemandForAClientCertificateAsATlsFailure) {
-  const auto& authority = TestAuthority::Shared();
+  const auto& authority = TrustedAuthority();
   ChildProcess server({"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert", authority.File("good.pem"),
                        "-key", authority.File("good.key"), "-CAfile", authority.Root(), "-Verify", "1",
                        "-verify_return_error", "-www"},
@@ -177,7 +185,7 @@ TEST(MacSSLValidation, CountsADemandForAClientCertificateAsATlsFailure) {
 
 TEST(MacSSLValidation, DoesNotTrustAServerThatAStapledAnswerCallsRevoked) {
   for (const char* protocol : {"TLSv1.2", "TLSv1.3"}) {
-    const WebServer server(TestAuthority::Shared().TlsServerBlock(
+    const WebServer server(TrustedAuthority().TlsServerBlock(
         "revoked", StapledAnswer("revoked") + " ssl_protocols " + protocol + ";"));
     const Outcome outcome(server.Address("https") + "/discovery");
     outcome.ExpectServerNotContacted();
@@ -187,12 +195,12 @@ TEST(MacSSLValidation, DoesNotTrustAServerThatAStapledAnswerCallsRevoked) {
 }
 
 TEST(MacSSLValidation, TrustsAServerThatAStapledAnswerCallsGood) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", StapledAnswer("good")));
+  const WebServer server(TrustedAuthority().TlsServerBlock("good", StapledAnswer("good")));
   ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
 }
 
 TEST(MacSSLValidation, DoesNotTakeAnAnswerAboutAnotherCertificate) {
-  const WebServer server(TestAuthority::Shared().TlsServerBlock("good", StapledAnswer("revoked")));
+  const WebServer server(TrustedAuthority().TlsServerBlock("good", StapledAnswer("revoked")));
   ExpectTrusted(Outcome(server.Address("https")), L"Example Stores", L"Morvane Test Authority");
 }
 
@@ -202,6 +210,39 @@ TEST(MacSSLValidation, CannotContactAServerThatRefusesConnections) {
   outcome.ExpectServerNotContacted();
   EXPECT_THAT(outcome.log, HasSubstr("Read Stream failed with "));
   EXPECT_EQ(outcome.validation.ErrorCode(), CURLE_COULDNT_CONNECT);
+}
+
+TEST(MacSSLValidation, ReportsEveryCodeOfTheTlsRangeAsCertificatesNotFetched) {
+  for (const std::int64_t errorCode : {-9849, -9800}) {
+    const MacSSLValidation validation(L"https://stores.example/discovery");
+    SSLValidationDetails details;
+    validation.ReportFailure(errorCode, details);
+    EXPECT_EQ(details.Result, 2U) << errorCode;
+    EXPECT_THAT(details.Errors, ElementsAre(util::MessageWithArgument(1696, "stores.example")));
+  }
+}
+
+TEST(MacSSLValidation, ReportsTheCodesBesideTheTlsRangeAsServerNotContacted) {
+  for (const std::int64_t errorCode : {-9850, -9799}) {
+    const MacSSLValidation validation(L"https://stores.example/discovery");
+    SSLValidationDetails details;
+    validation.ReportFailure(errorCode, details);
+    EXPECT_EQ(details.Result, 1U) << errorCode;
+    EXPECT_THAT(details.Errors,
+                ElementsAre(util::MessageWithArgument(1632, "https://stores.example/discovery")));
+  }
+}
+
+TEST(MacSSLValidation, LogsFailuresAtLevelTwo) {
+  const std::uint16_t port = testsupport::LoopbackListener().port;
+  const WebServer expired(TrustedAuthority().TlsServerBlock("expired"));
+  for (const std::string& address : {"https://localhost:" + std::to_string(port), expired.Address("https")}) {
+    const LevelCapture trace;
+    MacSSLValidation validation(util::widen(address));
+    SSLValidationDetails details;
+    EXPECT_FALSE(validation.ValidateURL(details));
+    EXPECT_THAT(trace.Levels(), ElementsAre(2)) << address;
+  }
 }
 
 TEST(MacSSLValidation, CannotContactAnAddressThatIsNoURL) {
@@ -223,7 +264,7 @@ TEST(MacSSLValidation, FindsNoCertificatesOverPlainHTTP) {
 }
 
 TEST(MacSSLValidation, DoesNotTakeTheCertificateOfAProxyForTheServers) {
-  const WebServer proxy(TestAuthority::Shared().TlsServerBlock("good"));
+  const WebServer proxy(TrustedAuthority().TlsServerBlock("good"));
   const EnvironmentVariable variable("http_proxy", proxy.Address("https"));
   const Outcome outcome("http://stores.example/discovery");
   outcome.ExpectServerNotContacted();
@@ -231,7 +272,7 @@ TEST(MacSSLValidation, DoesNotTakeTheCertificateOfAProxyForTheServers) {
 }
 
 TEST(MacSSLValidation, StartsOverWithEachValidation) {
-  auto server = std::make_unique<WebServer>(TestAuthority::Shared().TlsServerBlock("good"));
+  auto server = std::make_unique<WebServer>(TrustedAuthority().TlsServerBlock("good"));
   MacSSLValidation validation(util::widen(server->Address("https")));
   SSLValidationDetails details;
   EXPECT_TRUE(validation.ValidateURL(details));

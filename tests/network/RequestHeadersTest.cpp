@@ -56,6 +56,14 @@ TEST(RequestHeaders, LeaveOutLinesThatCouldPassForSeveral) {
   EXPECT_EQ(AddedLines(std::wstring(L"A: 1\0Evil\r\nC: 3\r\n", 18)), "C: 3\r\n");
 }
 
+TEST(RequestHeaders, LeaveOutLinesThatCouldContinueTheOneBefore) {
+  EXPECT_EQ(AddedLines(L"A: 1\r\n Evil: yes\r\n\tEvil: yes\r\nC: 3\r\n"), "A: 1\r\nC: 3\r\n");
+}
+
+TEST(RequestHeaders, LeaveOutAnEmptyValueWhoseNameHoldsASemicolon) {
+  EXPECT_EQ(AddedLines(L"A;B:\r\nA;: \r\nA;B: 1\r\n"), "A;B: 1\r\n");
+}
+
 TEST(RequestHeaders, AreSentInUTF8) {
   EXPECT_EQ(AddedLines(L"A: Zürich\r\n"), "A: Z\xC3\xBCrich\r\n");
 }

@@ -5,9 +5,13 @@
 #include "network/RawServer.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
+#include <string>
+#include <thread>
 
 namespace {
 
@@ -33,6 +37,22 @@ constexpr std::chrono::seconds kQuickly{10};
   std::_Exit(ended && steady_clock::now() - start < kQuickly ? 0 : 1);
 }
 
+[[noreturn]] void ValidateUntilTerminatedInTheHandshake() {
+  const testsupport::LoopbackListener listener;
+  std::thread server([&listener] {
+    const testsupport::OwnedDescriptor connection(::accept(listener.socket.Get(), nullptr, nullptr));
+    char first = 0;
+    ::recv(connection.Get(), &first, 1, 0);
+    TerminationEvent::Request();
+    ::pause();
+  });
+  ServiceRecords::MacSSLValidation validation(L"https://127.0.0.1:" + std::to_wstring(listener.port));
+  ServiceRecords::SSLValidationDetails details;
+  const auto start = steady_clock::now();
+  const bool ended = !validation.ValidateURL(details) && details.Result == 1;
+  std::_Exit(ended && TerminationEvent::Requested() && steady_clock::now() - start < kQuickly ? 0 : 1);
+}
+
 class TerminationDeathTest : public testing::Test {
  protected:
   void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
@@ -44,6 +64,10 @@ TEST_F(TerminationDeathTest, EndsARequestThatWaitsForItsServer) {
 
 TEST_F(TerminationDeathTest, EndsAValidationThatWaitsForItsServer) {
   EXPECT_EXIT(ValidateUntilTerminated(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(TerminationDeathTest, EndsAValidationWhoseServerDoesNotShakeHands) {
+  EXPECT_EXIT(ValidateUntilTerminatedInTheHandshake(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

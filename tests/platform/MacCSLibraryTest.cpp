@@ -9,6 +9,7 @@
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 class MacCSLibraryTest : public testing::Test {
  protected:
@@ -53,6 +54,22 @@ TEST_F(MacCSLibraryTest, ADeletedSectionCanNeitherBeEnteredNorLeft) {
   EXPECT_THAT(trace_.Text(), HasSubstr("]  virtual bool CMacCS::Enter() no mutex\n"));
   EXPECT_THAT(trace_.Text(), HasSubstr("]  virtual bool CMacCS::Leave() no mutex\n"));
   EXPECT_THAT(trace_.Text(), HasSubstr("]  virtual bool CMacCS::TryEnter() no mutex\n"));
+}
+
+TEST_F(MacCSLibraryTest, ALockThatCouldNotEnterDoesNotLeave) {
+  EXPECT_TRUE(section_.Delete());
+  { const CriticalSectionLock lock(section_); }
+  EXPECT_THAT(trace_.Text(), HasSubstr("CMacCS::Enter() no mutex\n"));
+  EXPECT_THAT(trace_.Text(), Not(HasSubstr("CMacCS::Leave()")));
+}
+
+TEST_F(MacCSLibraryTest, ALockIsInsideForAsLongAsItLives) {
+  {
+    const CriticalSectionLock lock(section_);
+    EXPECT_FALSE(TryFromAnotherThread());
+  }
+  EXPECT_TRUE(TryFromAnotherThread());
+  EXPECT_EQ(trace_.Text(), "");
 }
 
 TEST_F(MacCSLibraryTest, DeletingTwiceFailsSilently) {

@@ -199,6 +199,12 @@ TEST_F(MacConfigurationTest, DeletingAMissingKeyRewritesTheFile) {
   EXPECT_EQ(String(L"A"), L"text");
 }
 
+TEST_F(MacConfigurationTest, DeletingAMissingKeyCreatesAMissingFile) {
+  ASSERT_FALSE(fs::exists(file_));
+  EXPECT_TRUE(configuration_.DeleteContainer(L"A\\B"));
+  EXPECT_TRUE(fs::exists(file_));
+}
+
 TEST_F(MacConfigurationTest, EnumerationSkipsValuesAndKeepsTheOrderOfTheFile) {
   configuration_.CreateContainer(L"P\\c");
   configuration_.SetString(L"P\\b", L"text");

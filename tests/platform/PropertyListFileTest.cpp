@@ -1,5 +1,6 @@
 #include "PropertyListFile.h"
 #include "platform/FullDisk.h"
+#include "platform/NoFreeDescriptor.h"
 #include "platform/TestFiles.h"
 #include "support/TemporaryFolder.h"
 
@@ -56,6 +57,19 @@ TEST_F(PropertyListFileTest, ADamagedFileThatCannotBeKeptIsNotReplaced) {
   EXPECT_TRUE(file_.Load().Empty());
   EXPECT_TRUE(file_.Save({{"name", "value"}}));
   EXPECT_EQ(ReadFile(file_.Path()), "garbage");
+}
+
+TEST_F(PropertyListFileTest, AFileThatCannotBeReadForAPassingReasonIsNotReplacedUntilItIsReadAgain) {
+  const Dictionary held{{"name", "held"}};
+  ASSERT_FALSE(file_.Save(held));
+  {
+    const testsupport::NoFreeDescriptor none;
+    EXPECT_TRUE(file_.Load().Empty());
+  }
+  EXPECT_EQ(file_.Save({{"name", "new"}}), std::errc::too_many_files_open);
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
+  EXPECT_EQ(file_.Load(), held);
+  EXPECT_FALSE(file_.Save({{"name", "new"}}));
 }
 
 TEST_F(PropertyListFileTest, AFailedSaveLeavesTheOldFileWhole) {

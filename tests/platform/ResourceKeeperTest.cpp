@@ -1,9 +1,10 @@
 #include "ResourceKeeper.h"
-#include "SRLib/Messages.h"
 #include "SRLib/TextHelpers.h"
 #include "platform/TestFiles.h"
+#include "support/SystemLogFake.h"
 #include "support/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -11,6 +12,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
 using testsupport::WriteFile;
 
 std::string Block(const std::string& name, const std::string& text) {
@@ -22,6 +25,7 @@ class ResourceKeeperTest : public testing::Test {
   ResourceKeeperTest() {
     WriteTable("1600 = TITLE\n1624 =  \tREACHED \n");
     WriteMessages("en", Block("TITLE", "The title") + Block("REACHED", "First line\nsecond line"));
+    static_cast<void>(SystemLogFake::TakeLines());
   }
 
   void WriteTable(const std::string& content) { WriteFile(folder_.Path() / "MessagesIdName.txt", content); }
@@ -78,6 +82,39 @@ TEST_F(ResourceKeeperTest, AnUnknownNumberExplainsItselfInHexadecimal) {
   EXPECT_EQ(keeper_.messageFromResource(-1), "Failed to find resource name for id: ffffffff");
   fs::remove(folder_.Path() / "MessagesIdName.txt");
   EXPECT_EQ(keeper_.messageFromResource(1610), "Failed to find resource name for id: 64a");
+}
+
+TEST_F(ResourceKeeperTest, AFoundMessageLeavesTheSystemLogAlone) {
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+}
+
+TEST_F(ResourceKeeperTest, AnUnknownNumberIsOneLineOfTheSystemLog) {
+  EXPECT_EQ(keeper_.messageFromResource(5), "Failed to find resource name for id: 5");
+  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre("Failed to find resource name for id: 5"));
+}
+
+TEST_F(ResourceKeeperTest, AnUnknownNameIsOneLineOfTheSystemLog) {
+  WriteTable("1600 = OTHER\n");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find localized message for resource name: OTHER");
+  EXPECT_THAT(SystemLogFake::TakeLines(),
+              ElementsAre("Failed to find localized message for resource name: OTHER"));
+}
+
+TEST_F(ResourceKeeperTest, AMissingTableIsALineOfItsOwnBeforeTheFailure) {
+  fs::remove(folder_.Path() / "MessagesIdName.txt");
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find resource name for id: 640");
+  EXPECT_THAT(SystemLogFake::TakeLines(),
+              ElementsAre("Failed to read MessagesIdName.txt file. Error: No such file or directory",
+                          "Failed to find resource name for id: 640"));
+}
+
+TEST_F(ResourceKeeperTest, AMissingFileOfTheLanguageIsLoggedAndTheEnglishTextUsed) {
+  languages_ = {"fr"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+  EXPECT_THAT(
+      SystemLogFake::TakeLines(),
+      ElementsAre("Failed to read Messages.mc file for locale: fr. Error: No such file or directory"));
 }
 
 TEST_F(ResourceKeeperTest, ALastLineOfTheTableWithoutANewlineIsNotFound) {
@@ -172,34 +209,6 @@ TEST_F(ResourceKeeperTest, ThreadsMayLookUpAtTheSameTime) {
   std::vector<std::jthread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([this] { EXPECT_EQ(keeper_.messageFromResource(1600), "The title"); });
-  }
-}
-
-TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextWithItsPlaceholders) {
-  ResourceKeeper keeper(SR_SOURCE_DIR "/resources", [] { return std::vector<std::string>{"en"}; });
-  const std::pair<int, int> messages[] = {{util::kMessageNotAServiceRecord, 0},
-                                          {util::kMessageStoreTitle, 0},
-                                          {util::kMessageDiscoveryTitle, 0},
-                                          {util::kMessageNotADiscoveryDocument, 0},
-                                          {util::kMessageDiscoveryConnectionFailed, 0},
-                                          {util::kMessageServerNotContacted, 1},
-                                          {util::kMessageEmptyHostName, 1},
-                                          {util::kMessageCertificatesNotFetched, 1}};
-  for (const auto& [id, placeholders] : messages) {
-    const std::string text = keeper.messageFromResource(id);
-    EXPECT_FALSE(text.starts_with("Failed to find")) << id;
-    int found = 0;
-    for (std::size_t at = 0; (at = text.find("%S", at)) != std::string::npos; ++at) ++found;
-    EXPECT_EQ(found, placeholders) << text;
-  }
-}
-
-TEST(MessageFromResourceTest, APointerStaysGoodWhileTheTextIsTheSame) {
-  const wchar_t* const first = util::MessageFromResourceW(999999);
-  EXPECT_EQ(std::wstring(first), L"Failed to find resource name for id: f423f");
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([first] { EXPECT_EQ(util::MessageFromResourceW(999999), first); });
   }
 }
 

@@ -53,6 +53,26 @@ TEST(StandardDirectoriesTest, CreatedFoldersAreForTheirOwnerOnlyUnderAnyUmask) {
   }
 }
 
+TEST(StandardDirectoriesTest, FoldersForAllAreReadableByAllUnderAnyUmask) {
+  for (const mode_t mask : {0U, 077U}) {
+    const testsupport::TemporaryFolder folder;
+    const testsupport::Umask umask(mask);
+    EXPECT_FALSE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b",
+                                                        StandardDirectories::kSharedFolder));
+    EXPECT_EQ(ModeOf(folder.Path() / "a"), 0755U) << mask;
+    EXPECT_EQ(ModeOf(folder.Path() / "a" / "b"), 0755U) << mask;
+  }
+}
+
+TEST(StandardDirectoriesTest, TheLogsAreUnderTheHomeAndNeverRelative) {
+  const std::pair<std::optional<std::string>, std::optional<fs::path>> cases[] = {
+      {"/home/somebody", "/home/somebody/Library/Logs"}, {"", "/Library/Logs"}, {std::nullopt, std::nullopt}};
+  for (const auto& [value, expected] : cases) {
+    const EnvironmentVariable home("HOME", value);
+    EXPECT_EQ(StandardDirectories::Logs(), expected) << value.value_or("not set");
+  }
+}
+
 TEST(StandardDirectoriesTest, AFolderThatIsThereKeepsItsMode) {
   const testsupport::TemporaryFolder folder;
   fs::create_directory(folder.Path() / "a");

@@ -24,6 +24,8 @@ class TestAgent {
 
   [[nodiscard]] BusClient& Bus() { return *client_; }
   [[nodiscard]] const std::string& BusAddress() const { return address_; }
+  // What the user's programs run with, as NAME=value.
+  [[nodiscard]] const std::vector<std::string>& Environment() const { return environment_; }
 
   // Turns the trace log on for the next start.
   void EnableLog();

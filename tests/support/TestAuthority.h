@@ -8,7 +8,7 @@
 namespace testsupport {
 
 // A throw-away certificate authority and the server certificates that scripts/make-test-authority makes:
-// good, gateway, chained, plain, expired, wrong-host, unknown-issuer, revoked.
+// good, gateway, chained, plain, international, expired, wrong-host, unknown-issuer, revoked.
 class TestAuthority {
  public:
   // The one of this test program, made on first use.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <array>
@@ -37,7 +38,7 @@ PseudoTerminal::PseudoTerminal() : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_
 
 PseudoTerminal::~PseudoTerminal() {
   ::close(slave_);
-  ::close(master_);
+  if (master_ >= 0) ::close(master_);
 }
 
 std::string PseudoTerminal::ReadUntil(const std::string& end) {
@@ -62,4 +63,26 @@ std::string PseudoTerminal::ReadNow() {
 
 void PseudoTerminal::Type(const std::string& keys) {
   ASSERT_EQ(::write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+}
+
+void PseudoTerminal::SetColumns(unsigned short columns) const {
+  winsize size{};
+  size.ws_col = columns;
+  ASSERT_EQ(::ioctl(master_, TIOCSWINSZ, &size), 0);
+}
+
+void PseudoTerminal::MakeRaw() const {
+  termios mode = Mode();
+  ::cfmakeraw(&mode);
+  ASSERT_EQ(::tcsetattr(slave_, TCSANOW, &mode), 0);
+}
+
+termios PseudoTerminal::Mode() const {
+  termios mode{};
+  EXPECT_EQ(::tcgetattr(slave_, &mode), 0);
+  return mode;
+}
+
+void PseudoTerminal::HangUp() {
+  ::close(std::exchange(master_, -1));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <termios.h>
+
 #include <string>
 
 // A terminal without a screen: what a program prints on it is read, and what a user would type is written
@@ -19,6 +21,13 @@ class PseudoTerminal {
   // What was printed and not read yet.
   [[nodiscard]] std::string ReadNow();
   void Type(const std::string& keys);
+
+  void SetColumns(unsigned short columns) const;
+  // As a program that edits lines itself leaves it.
+  void MakeRaw() const;
+  [[nodiscard]] termios Mode() const;
+  // Ends the terminal as a closed window does; nothing else may be done with it then.
+  void HangUp();
 
  private:
   int master_;

@@ -1,4 +1,5 @@
 #include "SRLib/PropertyList/PropertyList.h"
+#include "SRLib/TextHelpers.h"
 #include "support/TemporaryFolder.h"
 #include "ui/LoadedModule.h"
 #include "ui/PseudoTerminal.h"
@@ -12,14 +13,16 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <vector>
 
 // The dialog program on a terminal, run by the module as in the agent.
 namespace {
 
 using PropertyList::Array;
 using PropertyList::Dictionary;
+using ::testing::Contains;
 using ::testing::HasSubstr;
-using ::testing::Not;
+using ::testing::StartsWith;
 
 constexpr const char* kQuestion = "Add it? [y/N] ";
 
@@ -32,6 +35,30 @@ Dictionary Store() {
       {"StoreGateways",
        Array{Dictionary{{"GatewayName", "Main"}, {"GatewayURL", "https://main"}, {"IsDefault", true}},
              Dictionary{{"GatewayName", "Other"}, {"GatewayURL", "https://other"}, {"IsDefault", false}}}}};
+}
+
+std::string Repeated(const std::string& text, int times) {
+  std::string all;
+  while (times-- > 0) all += text;
+  return all;
+}
+
+// Where a terminal of 80 columns breaks a printed line, one that shows what is not ASCII two columns wide.
+std::vector<std::string> LinesOnScreen(const std::string& printed) {
+  constexpr std::size_t kColumns = 80;
+  std::vector<std::string> lines(1);
+  std::size_t used = 0;
+  for (const wchar_t character : util::widen(printed)) {
+    const std::size_t columns = character < 0x80 ? 1 : 2;
+    if (character == L'\n' || used + columns > kColumns) {
+      lines.emplace_back();
+      used = 0;
+    }
+    if (character == L'\n' || character == L'\r') continue;
+    lines.back() += util::narrow(std::wstring(1, character));
+    used += columns;
+  }
+  return lines;
 }
 
 class TerminalDialogTest : public ::testing::Test {
@@ -80,8 +107,11 @@ TEST_F(TerminalDialogTest, ShowsTheStoreAndItsGatewaysAndAcceptsAYes) {
   EXPECT_THAT(shown, HasSubstr("Provider:    Morvane\r\n"));
   EXPECT_THAT(shown, HasSubstr("Certificate: store.example.com\r\n"));
   EXPECT_THAT(shown, HasSubstr("Address:     https://store.example.com/path\r\n"));
-  EXPECT_THAT(shown, HasSubstr("Gateways:    Main, https://main [default]\r\n"));
-  EXPECT_THAT(shown, HasSubstr("               Other, https://other\r\n"));
+  EXPECT_THAT(shown, HasSubstr("  Gateways:\r\n"
+                               "    [default]  Main\r\n"
+                               "      at       https://main\r\n"
+                               "    [other]    Other\r\n"
+                               "      at       https://other\r\n"));
 }
 
 TEST_F(TerminalDialogTest, AcceptsYesInEverySpellingThatItOffers) {
@@ -130,7 +160,51 @@ TEST_F(TerminalDialogTest, AStoreWithoutGatewaysSaysSo) {
 
 TEST_F(TerminalDialogTest, ALongListOfGatewaysIsCut) {
   const Dictionary gateway{{"GatewayName", "G"}, {"GatewayURL", "https://g"}, {"IsDefault", false}};
-  EXPECT_THAT(Shown("StoreGateways", Array(20, gateway)), HasSubstr("and 4 more\r\n"));
+  EXPECT_THAT(Shown("StoreGateways", Array(20, gateway)), HasSubstr("    and 12 more\r\n"));
+}
+
+TEST_F(TerminalDialogTest, AStoreWithoutTheGatewaysKeySaysSo) {
+  OpenDialog dialog = AddStore(Dictionary{{"StoreName", "Sales"}});
+  EXPECT_THAT(terminal_.ReadUntil(kQuestion), HasSubstr("Gateways:    (none)\r\n"));
+  terminal_.Type("\n");
+  EXPECT_EQ(dialog.Answer(), 0);
+}
+
+TEST_F(TerminalDialogTest, ALongNameIsCut) {
+  terminal_.SetColumns(400);
+  EXPECT_THAT(Shown("StoreName", std::string(200, 'x')), HasSubstr(" " + std::string(200, 'x') + "\r\n"));
+  EXPECT_THAT(Shown("StoreName", std::string(201, 'x')),
+              HasSubstr(" " + std::string(200, 'x') + "\xE2\x80\xA6\r\n"));
+}
+
+TEST_F(TerminalDialogTest, ALongTextGoesOnBelowItselfAtEveryWidth) {
+  const std::string word(90, 'x');
+  EXPECT_THAT(Shown("StoreName", word), HasSubstr("  Store:       " + word.substr(0, 65) + "\r\n" +
+                                                  std::string(15, ' ') + word.substr(65) + "\r\n"));
+  terminal_.SetColumns(60);
+  EXPECT_THAT(Shown("StoreName", word), HasSubstr("  Store:       " + word.substr(0, 45) + "\r\n" +
+                                                  std::string(15, ' ') + word.substr(45) + "\r\n"));
+}
+
+TEST_F(TerminalDialogTest, NoTextPassesForALineOfTheDialog) {
+  const std::string forged = "  Provider:    Somebody Else";
+  const std::string wide = "\xE6\x9D\xB1";
+  for (const std::string& name :
+       {std::string(65, 'x') + forged, "x" + std::string(64, ' ') + forged, Repeated("\xC2\xA0", 65) + forged,
+        "x" + Repeated("\xE3\x80\x80", 32) + forged, Repeated(wide, 32) + "x" + forged, "x\n" + forged}) {
+    EXPECT_THAT(LinesOnScreen(Shown("StoreName", name)), Contains(StartsWith("  Provider:")).Times(1))
+        << name;
+  }
+}
+
+TEST_F(TerminalDialogTest, AGatewaysNameForgesNeitherTheMarkNorAnAddress) {
+  const Dictionary gateway{
+      {"GatewayName", "[default] Main, https://good" + std::string(40, ' ') + "at https://good"},
+      {"GatewayURL", "https://bad [default]"},
+      {"IsDefault", false}};
+  EXPECT_THAT(Shown("StoreGateways", Array{gateway}),
+              HasSubstr("    [other]    [default] Main, https://good at https://good\r\n"
+                        "      at       https://bad [default]\r\n"));
 }
 
 TEST_F(TerminalDialogTest, TheReplaceDialogNamesTheStore) {
@@ -146,6 +220,40 @@ TEST_F(TerminalDialogTest, TheErrorBoxPrintsTitleAndMessage) {
   module_.EntryPoints().errorMessage(PropertyList::Write(details).c_str());
 
   EXPECT_THAT(terminal_.ReadUntil("Second\r\n"), HasSubstr("Not added\r\n\r\n  First\r\n  Second\r\n"));
+}
+
+TEST_F(TerminalDialogTest, ALongErrorMessageGoesOnBelowItself) {
+  const Dictionary details{{"ErrorTitle", std::string(100, 't')},
+                           {"ErrorMessage", std::string(100, 'm') + "\nEnd"}};
+  module_.EntryPoints().errorMessage(PropertyList::Write(details).c_str());
+
+  const std::string shown = terminal_.ReadUntil("End\r\n");
+  EXPECT_THAT(shown, HasSubstr("  " + std::string(78, 't') + "\r\n  " + std::string(22, 't') + "\r\n"));
+  EXPECT_THAT(shown, HasSubstr("  " + std::string(78, 'm') + "\r\n  " + std::string(22, 'm') + "\r\n"));
+}
+
+TEST_F(TerminalDialogTest, AsksInLinesOnARawTerminalAndPutsItsModeBack) {
+  terminal_.MakeRaw();
+  const termios before = terminal_.Mode();
+  OpenDialog dialog = AddStore(Store());
+
+  EXPECT_THAT(terminal_.ReadUntil(kQuestion), HasSubstr("Provider:    Morvane\r\n"));
+  terminal_.Type("nes\x7F\x7F\x7Fyes\r");
+
+  EXPECT_EQ(dialog.Answer(), 1);
+  const termios after = terminal_.Mode();
+  EXPECT_EQ(after.c_iflag, before.c_iflag);
+  EXPECT_EQ(after.c_oflag, before.c_oflag);
+  EXPECT_EQ(after.c_lflag, before.c_lflag);
+}
+
+TEST_F(TerminalDialogTest, ATerminalThatHangsUpDeclines) {
+  OpenDialog dialog = AddStore(Store());
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+
+  terminal_.HangUp();
+
+  EXPECT_EQ(dialog.Answer(), 0);
 }
 
 TEST_F(TerminalDialogTest, AnOpenQuestionClosesOnTermination) {

@@ -1,13 +1,18 @@
-#include "dialog/TerminalText.h"
+#include "SRLib/TextHelpers.h"
+#include "TerminalText.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <clocale>
 #include <string>
 
 namespace {
 
+using TerminalText::Folded;
 using TerminalText::Indented;
 using TerminalText::OneLine;
+using TerminalText::SingleBlanks;
+using ::testing::ElementsAre;
 
 const std::string kReplaced = "\xEF\xBF\xBD";
 
@@ -35,16 +40,49 @@ TEST(TerminalTextTest, ReplacesCharactersThatReorderOrHideText) {
   EXPECT_EQ(OneLine("\xF3\xA0\x81\x81", 100), kReplaced);
 }
 
-TEST(TerminalTextTest, ReplacesBytesThatAreNotUtf8) {
+TEST(TerminalTextTest, ReplacesCharactersThatAreSeenAsNothing) {
+  for (const wchar_t invisible : {L'\u034F', L'\u115F', L'\u1160', L'\u17B4', L'\u17B5', L'\u180B', L'\u180F',
+                                  L'\u3164', L'\uFFA0', L'\uFE00', L'\uFE0F', L'\U0001BCA0', L'\U0001BCA3',
+                                  L'\U0001D173', L'\U0001D17A', L'\U000E0080', L'\U000E0FFF'}) {
+    EXPECT_EQ(OneLine(util::narrow(std::wstring(1, invisible))), kReplaced) << std::hex << +invisible;
+  }
+}
+
+TEST(TerminalTextTest, RunsOfBlanksOfEveryWidthBecomeOneBlank) {
+  std::wstring blanks = L"\u00A0\u1680\u202F\u205F\u2800\u3000 ";
+  for (wchar_t blank = L'\u2000'; blank <= L'\u200A'; ++blank) blanks += blank;
+  const std::string run = util::narrow(blanks);
+
+  EXPECT_EQ(SingleBlanks(run + "a" + run + "b c" + run), "a b c");
+  EXPECT_EQ(SingleBlanks("\xE3\x80\x80"), "");
+}
+
+TEST(TerminalTextTest, FoldsAtBlanksAndWithinLongWords) {
+  EXPECT_THAT(Folded("", 4), ElementsAre(""));
+  EXPECT_THAT(Folded("abcd", 4), ElementsAre("abcd"));
+  EXPECT_THAT(Folded("abcd ef", 4), ElementsAre("abcd", "ef"));
+  EXPECT_THAT(Folded("ab cdef", 4), ElementsAre("ab", "cdef"));
+  EXPECT_THAT(Folded("a bcdefgh i", 4), ElementsAre("a", "bcde", "fgh", "i"));
+  EXPECT_THAT(Folded(" abcde", 4), ElementsAre(" abc", "de"));
+  EXPECT_THAT(Folded("ab", 0), ElementsAre("a", "b"));
+}
+
+TEST(TerminalTextTest, FoldsAsIfEverythingButAsciiWereWide) {
+  EXPECT_THAT(Folded("\xC3\xBC\xC3\xBC\xE6\x9D\xB1", 5), ElementsAre("\xC3\xBC\xC3\xBC", "\xE6\x9D\xB1"));
+  EXPECT_THAT(Folded("\xC3\xBC\xC3\xBC", 1), ElementsAre("\xC3\xBC", "\xC3\xBC"));
+}
+
+TEST(TerminalTextTest, LeavesOutBytesThatAreNotUtf8) {
   EXPECT_EQ(OneLine("a\x9B"
                     "b",
                     100),
-            "a" + kReplaced + "b");
-  EXPECT_EQ(OneLine("\xC0\x9B", 100), kReplaced + kReplaced);
-  EXPECT_EQ(OneLine("\xE0\x82\x9B", 100), kReplaced + kReplaced + kReplaced);
-  EXPECT_EQ(OneLine("\xED\xA0\x80", 100), kReplaced + kReplaced + kReplaced);
-  EXPECT_EQ(OneLine("\xF4\x90\x80\x80", 100), kReplaced + kReplaced + kReplaced + kReplaced);
-  EXPECT_EQ(OneLine("\xC3", 100), kReplaced);
+            "ab");
+  EXPECT_EQ(OneLine("\xC0\x9B\xED\xA0\x80\xC3", 100), "");
+}
+
+TEST(TerminalTextTest, MeasuresColumns) {
+  ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+  EXPECT_EQ(TerminalText::Width("a\xC3\xBC\xE6\x9D\xB1"), 4U);
 }
 
 TEST(TerminalTextTest, CutsWhatIsLongerThanTheLimit) {
@@ -54,7 +92,13 @@ TEST(TerminalTextTest, CutsWhatIsLongerThanTheLimit) {
 }
 
 TEST(TerminalTextTest, IndentsEveryLineOfAMessage) {
-  EXPECT_EQ(Indented("one\ntwo\r\x1B[A", 100), "  one\n  two" + kReplaced + kReplaced + "[A");
+  EXPECT_EQ(Indented("one\n\ntwo\r\x1B[A", 80), "  one\n  \n  two" + kReplaced + kReplaced + "[A");
+  EXPECT_EQ(Indented("", 80), "  ");
+}
+
+TEST(TerminalTextTest, FoldsAMessageBetweenItsIndentationAndTheEdge) {
+  EXPECT_EQ(Indented("one   two three\nfour", 9), "  one two\n  three\n  four");
+  EXPECT_EQ(Indented("abcdefgh", 80, 3), "  abc\xE2\x80\xA6");
 }
 
 }  // namespace

@@ -1,11 +1,12 @@
 #include "UIBundleLoader.h"
+#include "support/SystemLogFake.h"
 #include "ui/RecordingUI.h"
-#include "ui/SystemLogFake.h"
 #include "ui/TestBundle.h"
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -143,6 +144,42 @@ TEST_F(UIBundleLoaderTest, ReportsAModuleThatRefusesTheHost) {
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
   EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming()));
+}
+
+TEST_F(UIBundleLoaderTest, ReportsAModuleThatLacksOneOfTheEntryPoints) {
+  bundle_.Describe("SRUIProtocol");
+  bundle_.AddModule(SR_INCOMPLETE_UI);
+
+  for (const char* missing :
+       {"addStore", "replaceStore", "errorMessage", "SRStoreDetailsViewWithDetailsDictionary"}) {
+    ::setenv("INCOMPLETE_UI_WITHOUT", missing, 1);
+    EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr) << missing;
+    EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming())) << missing;
+  }
+  ::unsetenv("INCOMPLETE_UI_WITHOUT");
+  EXPECT_NE(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
+}
+
+TEST_F(UIBundleLoaderTest, ReportsAnotherProtocolEvenOfAModuleThatDoesNotLoad) {
+  bundle_.Describe("OtherProtocol");
+  std::ofstream(bundle_.Module()) << "not a module";
+
+  EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
+  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming()));
+}
+
+TEST_F(UIBundleLoaderTest, LoadsNothingWhenTheModuleHasNoAbsolutePath) {
+  bundle_.Describe("SRUIProtocol");
+  bundle_.AddModule(SR_RECORDING_UI);
+  const std::filesystem::path before = std::filesystem::current_path();
+  const std::filesystem::path removed = bundle_.PlugInsFolder() / "removed";
+  std::filesystem::create_directory(removed);
+  std::filesystem::current_path(removed);
+  std::filesystem::remove(removed);
+
+  EXPECT_EQ(PrincipalClassIn(".."), nullptr);
+  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  std::filesystem::current_path(before);
 }
 
 TEST_F(UIBundleLoaderTest, LoadsNothingFromOutsideTheBundle) {

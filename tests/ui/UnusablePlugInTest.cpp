@@ -1,6 +1,6 @@
 #include "Bundle.h"
 #include "MacISRNotificationManager.h"
-#include "ui/SystemLogFake.h"
+#include "support/SystemLogFake.h"
 
 #include <gmock/gmock.h>
 

@@ -1,10 +1,13 @@
 #include "CommandLine.h"
 
 #include "Commands.h"
+#include "SRLib/TextHelpers.h"
+#include "TerminalText.h"
 
 #include <CLI/CLI.hpp>
 
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -25,6 +28,25 @@ struct Arguments {
   }
 };
 
+// The bus carries nothing else.
+std::string ProblemWithText(const std::string& argument) {
+  return util::IsUTF8(argument) ? "" : "it is not UTF-8 text";
+}
+
+const CLI::Validator kIsText(ProblemWithText, "");
+
+// What is wrong with the command line and where to read on, in one line.
+std::string UsageProblem(const CLI::App* app, const CLI::Error& error) {
+  const std::vector<CLI::App*> commands = app->get_subcommands();
+  const std::vector<std::string> unknown = app->remaining();
+  std::string problem = error.what();
+  if (commands.empty()) {
+    problem = unknown.empty() ? "Name a command" : "There is no command \"" + unknown.front() + "\"";
+  }
+  const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
+  return "srctl: " + TerminalText::OneLine(problem) + ". How it is used: srctl " + command + "--help\n";
+}
+
 void AddJson(CLI::App& command, Arguments& arguments) {
   command.add_flag("--json", arguments.json, "Print JSON");
 }
@@ -44,24 +66,24 @@ void AddList(CLI::App& app, Arguments& arguments) {
 
 void AddShow(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("show", "Show one store with its gateways");
-  command->add_option("ID", arguments.id, "The store's id, as in the list")->required();
+  command->add_option("ID", arguments.id, "The store's id, as in the list")->required()->check(kIsText);
   AddJson(*command, arguments);
   command->callback([&arguments] { arguments.status = commands::Show(arguments.id, arguments.Format()); });
 }
 
 void AddDelete(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("delete", "Delete a store");
-  command->add_option("ID", arguments.id, "The store's id, as in the list")->required();
+  command->add_option("ID", arguments.id, "The store's id, as in the list")->required()->check(kIsText);
   command->callback([&arguments] { arguments.status = commands::Delete(arguments.id); });
 }
 
 void AddDefaultGateway(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("default-gateway", "Choose a store's default gateway");
   CLI::Option_group* store = command->add_option_group("store", "The store");
-  store->add_option("--id", arguments.store.id, "The store's id");
-  store->add_option("--url", arguments.store.url, "The store's URL");
+  store->add_option("--id", arguments.store.id, "The store's id")->check(kIsText);
+  store->add_option("--url", arguments.store.url, "The store's URL")->check(kIsText);
   store->require_option(1);
-  command->add_option("NAME", arguments.gateway, "The gateway's name")->required();
+  command->add_option("NAME", arguments.gateway, "The gateway's name")->required()->check(kIsText);
   command->callback(
       [&arguments] { arguments.status = commands::DefaultGateway(arguments.store, arguments.gateway); });
 }
@@ -77,8 +99,9 @@ void AddLogging(CLI::App& app, Arguments& arguments) {
   command->add_option("STATE", arguments.onOrOff, "on or off")->check(CLI::IsMember({"on", "off"}));
   AddJson(*command, arguments);
   command->callback([&arguments] {
-    arguments.status = arguments.onOrOff.empty() ? commands::ShowLogging(arguments.Format())
-                                                 : commands::SetLogging(arguments.onOrOff == "on");
+    arguments.status = arguments.onOrOff.empty()
+                           ? commands::ShowLogging(arguments.Format())
+                           : commands::SetLogging(arguments.onOrOff == "on", arguments.Format());
   });
 }
 
@@ -89,9 +112,7 @@ int RunCommandLine(int argc, const char* const* argv) {
   app.footer("Exit status: 0 done, 1 refused or not found, 2 wrong usage, 3 the agent cannot be reached.");
   app.set_version_flag("--version", "srctl " SR_VERSION);
   app.require_subcommand(1);
-  app.failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
-    return std::string("srctl: ") + error.what() + ". How it is used: srctl --help\n";
-  });
+  app.failure_message(UsageProblem);
   Arguments arguments;
   for (const auto add : {AddOpen, AddList, AddShow, AddDelete, AddDefaultGateway, AddDiscover, AddLogging}) {
     add(app, arguments);

@@ -3,15 +3,16 @@
 #include "AgentClient.h"
 #include "DocumentCheck.h"
 #include "SRLib/TextHelpers.h"
+#include "StandardDirectories.h"
 #include "TerminalText.h"
 #include "UserDefaults.h"
+#include "libs/DomLib/DocumentBounds.h"
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 
 namespace commands {
 namespace {
@@ -26,14 +27,14 @@ Status Refuse(const std::string& message) {
 
 Status ReportUnreachable(const std::string& problem) {
   std::cerr
-      << "srctl: The agent cannot be reached: " << terminal::Visible(problem)
+      << "srctl: The agent cannot be reached: " << TerminalText::OneLine(problem)
       << ".\nRun srctl in a desktop session in which the agent is installed. Its system log says why it does "
          "not start: journalctl --user -t ServiceRecords\n";
   return Status::Unreachable;
 }
 
 std::string Quoted(const std::string& text) {
-  return "\"" + terminal::Visible(text) + "\"";
+  return "\"" + TerminalText::OneLine(text) + "\"";
 }
 
 // Connects and hands the agent to `use`, which returns what is to be reported.
@@ -57,12 +58,23 @@ std::string ProblemWithFile(const std::string& file) {
   return {};
 }
 
-bool ReadAll(const std::string& file, std::string& content) {
-  std::ifstream opened;
-  if (file != "-") opened.open(file, std::ios::binary);
-  std::istream& in = file == "-" ? std::cin : opened;
-  content.assign(std::istreambuf_iterator<char>(in), {});
-  return !in.bad() && (file == "-" || opened.is_open());
+bool ReadBounded(std::istream& in, std::string& content) {
+  content.resize(kMaximumDocumentBytes + 1);  // one more than allowed shows that there is too much
+  in.read(content.data(), static_cast<std::streamsize>(content.size()));
+  content.resize(static_cast<std::size_t>(in.gcount()));
+  return !in.bad();
+}
+
+// Why the document cannot be read; empty when it was. A pipe is as good as a file.
+std::string ReadDocument(const std::string& file, std::string& content) {
+  if (file == "-") return ReadBounded(std::cin, content) ? "" : "Standard input cannot be read.";
+  std::error_code error;
+  if (std::filesystem::is_directory(file, error)) {
+    return Quoted(file) + " is not a file that holds a document.";
+  }
+  std::ifstream opened(file, std::ios::binary);
+  if (!opened) return Quoted(file) + " cannot be read: " + std::strerror(errno) + ".";
+  return ReadBounded(opened, content) ? "" : Quoted(file) + " cannot be read.";
 }
 
 }  // namespace
@@ -71,8 +83,11 @@ Status Open(const std::string& file) {
   if (const std::string problem = ProblemWithFile(file); !problem.empty()) {
     return Refuse(problem + " Name the service-record file that your administrator gave you.");
   }
+  std::error_code error;
+  const std::filesystem::path place = std::filesystem::absolute(file, error);
+  if (error) return Refuse("The folder that srctl runs in is gone. Name the file by its full path.");
   return WithAgent([&](AgentClient& agent) {
-    const std::optional<bool> accepted = agent.OpenFile(std::filesystem::absolute(file).string());
+    const std::optional<bool> accepted = agent.OpenFile(place.string());
     if (!accepted) return ReportUnreachable(agent.Problem());
     if (!*accepted) {
       return Refuse(
@@ -130,8 +145,7 @@ Status DefaultGateway(const StoreChoice& store, const std::string& gateway) {
 
 Status Discover(const std::string& file) {
   std::string document;
-  if (!ReadAll(file, document))
-    return Refuse(Quoted(file) + " cannot be read: " + std::strerror(errno) + ".");
+  if (const std::string problem = ReadDocument(file, document); !problem.empty()) return Refuse(problem);
   const documentcheck::Result check = documentcheck::Check(document);
   if (!check.problem.empty()) {
     return Refuse("The document was not handed over: " + check.problem + ".");
@@ -140,7 +154,7 @@ Status Discover(const std::string& file) {
     if (!agent.HandOverDiscoveryDocument(document)) return ReportUnreachable(agent.Problem());
     for (const auto& [id, store] : check.stores) {
       std::cout << "Handed over the store " << Quoted(util::narrow(id)) << " ("
-                << terminal::Visible(util::narrow(store.GetStoreName())) << ").\n";
+                << TerminalText::OneLine(util::narrow(store.GetStoreName())) << ").\n";
     }
     return Status::Done;
   });
@@ -151,18 +165,22 @@ Status ShowLogging(printing::Format format) {
   return Status::Done;
 }
 
-Status SetLogging(bool on) {
+Status SetLogging(bool on, printing::Format format) {
+  const auto folder = StandardDirectories::UserApplicationSupport();
+  if (!folder) return Refuse("There is no folder to save the setting in: HOME is not set.");
   if (!UserDefaults::Standard().SetInteger(kLogLevel, on ? 1 : 0)) {
-    return Refuse(
-        "The setting could not be saved. Check that your configuration folder (~/.config) is writable.");
+    return Refuse("The setting could not be saved in " + Quoted(folder->string()) +
+                  ". Check that it is a folder and that you may write there.");
   }
   const Status told = WithAgent([](AgentClient& agent) {
     return agent.PostNotification(kLoggingChanged, "") ? Status::Done : ReportUnreachable(agent.Problem());
   });
-  if (told == Status::Done) {
-    std::cout << "Logging is " << (on ? "on: ~/Library/Logs/ServiceRecord.log" : "off.") << '\n';
-  } else {
+  if (told != Status::Done) {
     std::cerr << "The setting is saved; an agent follows it from its next start.\n";
+  } else if (format == printing::Format::Json) {
+    printing::PrintLogging(std::cout, on, format);
+  } else {
+    std::cout << "Logging is " << (on ? "on: ~/Library/Logs/ServiceRecord.log" : "off.") << '\n';
   }
   return told;
 }

@@ -24,6 +24,6 @@ struct StoreChoice {
 // The file "-" is standard input.
 [[nodiscard]] Status Discover(const std::string& file);
 [[nodiscard]] Status ShowLogging(printing::Format format);
-[[nodiscard]] Status SetLogging(bool on);
+[[nodiscard]] Status SetLogging(bool on, printing::Format format);
 
 }  // namespace commands

@@ -33,7 +33,9 @@ Result Check(const std::string& document) {
   }
   Result result;
   if (!ServiceRecords::SRXMLProvider().ProcessNewDocument(util::widen(document), result.stores)) {
-    result.problem = "it is not well-formed XML; `xmllint --noout` shows where it breaks";
+    result.problem =
+        "it cannot be parsed: it is not well-formed XML, which `xmllint --noout` shows, or it takes more to "
+        "parse than a document may";
   } else if (result.stores.empty()) {
     result.problem =
         "it describes no complete store; each Service element, in the namespace urn:morvane:servicerecord, "

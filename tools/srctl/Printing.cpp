@@ -47,7 +47,7 @@ void PrintRow(std::ostream& out, const Row& row, const std::vector<std::size_t>&
   for (std::size_t column = 0; column < row.size(); ++column) {
     out << row[column];
     if (column + 1 == row.size()) break;
-    out << std::string(widths[column] - terminal::Width(row[column]) + 2, ' ');
+    out << std::string(widths[column] - TerminalText::Width(row[column]) + 2, ' ');
   }
   out << '\n';
 }
@@ -57,7 +57,7 @@ void PrintTable(std::ostream& out, const std::vector<Row>& rows) {
   std::vector<std::size_t> widths(rows.front().size(), 0);
   for (const Row& row : rows) {
     for (std::size_t column = 0; column < row.size(); ++column) {
-      widths[column] = std::max(widths[column], terminal::Width(row[column]));
+      widths[column] = std::max(widths[column], TerminalText::Width(row[column]));
     }
   }
   for (const Row& row : rows) PrintRow(out, row, widths);
@@ -78,8 +78,8 @@ void PrintStores(std::ostream& out, const std::vector<StoreInfo>& stores, Format
   }
   std::vector<Row> rows{{"ID", "NAME", "URL", "DEFAULT GATEWAY"}};
   for (const StoreInfo& store : stores) {
-    rows.push_back({terminal::Visible(store.id), terminal::Visible(store.name), terminal::Visible(store.url),
-                    terminal::Visible(DefaultGatewayName(store))});
+    rows.push_back({TerminalText::OneLine(store.id), TerminalText::OneLine(store.name),
+                    TerminalText::OneLine(store.url), TerminalText::OneLine(DefaultGatewayName(store))});
   }
   PrintTable(out, rows);
 }
@@ -89,15 +89,15 @@ void PrintStore(std::ostream& out, const StoreInfo& store, Format format) {
     PrintJson(out, AsJson(store));
     return;
   }
-  PrintTable(out, {{"ID", terminal::Visible(store.id)},
-                   {"Name", terminal::Visible(store.name)},
-                   {"URL", terminal::Visible(store.url)},
+  PrintTable(out, {{"ID", TerminalText::OneLine(store.id)},
+                   {"Name", TerminalText::OneLine(store.name)},
+                   {"URL", TerminalText::OneLine(store.url)},
                    {"Type", TypeName(store.type)},
                    {"Gateways", store.gateways.empty() ? "none" : std::to_string(store.gateways.size())}});
   if (store.gateways.empty()) return;
   std::vector<Row> rows{{"  GATEWAY", "URL", "DEFAULT"}};
   for (const GatewayInfo& gateway : store.gateways) {
-    rows.push_back({"  " + terminal::Visible(gateway.name), terminal::Visible(gateway.url),
+    rows.push_back({"  " + TerminalText::OneLine(gateway.name), TerminalText::OneLine(gateway.url),
                     gateway.isDefault ? "yes" : "no"});
   }
   out << '\n';

@@ -1,8 +1,12 @@
 #include "CommandLine.h"
 
 #include <clocale>
+#include <iostream>
 
 int main(int argc, char* argv[]) {
   std::setlocale(LC_CTYPE, "");  // how wide characters are, for aligned columns
-  return RunCommandLine(argc, argv);
+  const int status = RunCommandLine(argc, argv);
+  if (std::cout.flush()) return status;
+  std::cerr << "srctl: The output could not be written.\n";
+  return status == 0 ? 1 : status;
 }

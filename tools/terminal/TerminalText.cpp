@@ -1,93 +1,136 @@
 #include "TerminalText.h"
 
+#include "SRLib/TextHelpers.h"
+
+#include <algorithm>
 #include <array>
-#include <cstdint>
+#include <cwchar>
 
 namespace TerminalText {
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
+constexpr wchar_t kReplacement = L'\uFFFD';
+constexpr wchar_t kEllipsis = L'\u2026';
 constexpr std::string_view kIndentation = "  ";
 
 struct Range {
-  std::uint32_t first;
-  std::uint32_t last;
+  wchar_t first;
+  wchar_t last;
 };
 
-constexpr std::array<Range, 10> kUnfit{{{0x00, 0x1F},
-                                        {0x7F, 0x9F},
-                                        {0xAD, 0xAD},
-                                        {0x061C, 0x061C},
-                                        {0x200B, 0x200F},
-                                        {0x2028, 0x202E},
-                                        {0x2060, 0x206F},
-                                        {0xFEFF, 0xFEFF},
-                                        {0xFFF9, 0xFFFB},
-                                        {0xE0000, 0xE007F}}};
+constexpr std::array kUnfit{
+    Range{0x00, 0x1F},       Range{0x7F, 0x9F},       Range{0xAD, 0xAD},      Range{0x034F, 0x034F},
+    Range{0x061C, 0x061C},   Range{0x115F, 0x1160},   Range{0x17B4, 0x17B5},  Range{0x180B, 0x180F},
+    Range{0x200B, 0x200F},   Range{0x2028, 0x202E},   Range{0x2060, 0x206F},  Range{0x3164, 0x3164},
+    Range{0xFE00, 0xFE0F},   Range{0xFEFF, 0xFEFF},   Range{0xFFA0, 0xFFA0},  Range{0xFFF9, 0xFFFB},
+    Range{0x1BCA0, 0x1BCA3}, Range{0x1D173, 0x1D17A}, Range{0xE0000, 0xE0FFF}};
 
-bool IsUnfit(std::uint32_t character) {
-  for (const Range& range : kUnfit) {
-    if (character >= range.first && character <= range.last) return true;
-  }
-  return false;
+constexpr std::array kBlanks{Range{0x20, 0x20},     Range{0xA0, 0xA0},     Range{0x1680, 0x1680},
+                             Range{0x2000, 0x200A}, Range{0x202F, 0x202F}, Range{0x205F, 0x205F},
+                             Range{0x2800, 0x2800}, Range{0x3000, 0x3000}};
+
+template <std::size_t count>
+bool IsIn(const std::array<Range, count>& ranges, wchar_t character) {
+  return std::any_of(ranges.begin(), ranges.end(), [character](const Range& range) {
+    return character >= range.first && character <= range.last;
+  });
 }
 
-struct Character {
-  std::string_view bytes;
-  bool fit;
-};
-
-std::size_t LengthFromLeadByte(unsigned char lead) {
-  if (lead < 0x80) return 1;
-  if (lead >= 0xC2 && lead < 0xE0) return 2;
-  if (lead >= 0xE0 && lead < 0xF0) return 3;
-  return lead >= 0xF0 && lead < 0xF5 ? 4 : 0;
+bool IsUnfit(wchar_t character) {
+  return IsIn(kUnfit, character);
 }
 
-// The first character of a text that is not empty. A byte that belongs to no valid sequence stands alone.
-Character FirstOf(std::string_view text) {
-  const Character stray{text.substr(0, 1), false};
-  const auto lead = static_cast<unsigned char>(text.front());
-  const std::size_t length = LengthFromLeadByte(lead);
-  if (length == 0 || length > text.size()) return stray;
-  std::uint32_t value = length == 1 ? lead : lead & (0xFFU >> (length + 1));
-  for (const char byte : text.substr(1, length - 1)) {
-    const auto next = static_cast<unsigned char>(byte);
-    if ((next & 0xC0U) != 0x80U) return stray;
-    value = (value << 6) | (next & 0x3FU);
-  }
-  constexpr std::array<std::uint32_t, 5> kLeastOfLength{0, 0, 0x80, 0x800, 0x10000};
-  const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
-  if (value < kLeastOfLength[length] || value > 0x10FFFF || surrogate) return stray;
-  return {text.substr(0, length), !IsUnfit(value)};
+bool IsBlank(wchar_t character) {
+  return IsIn(kBlanks, character);
 }
 
-std::string Fit(std::string_view text, std::size_t maximumCharacters, bool keepLineBreaks) {
-  std::string fit;
-  for (std::size_t count = 0; !text.empty(); ++count) {
-    if (count == maximumCharacters) return fit += kEllipsis;
-    const Character first = FirstOf(text);
-    const bool lineBreak = keepLineBreaks && first.bytes == "\n";
-    if (lineBreak) {
-      fit += '\n';
-      fit += kIndentation;
-    } else {
-      fit += first.fit ? first.bytes : kReplacement;
-    }
-    text.remove_prefix(first.bytes.size());
+std::wstring Cut(std::wstring text, std::size_t maximumCharacters) {
+  if (text.size() <= maximumCharacters) return text;
+  text.resize(maximumCharacters);
+  return text += kEllipsis;
+}
+
+// How many characters fit into a line; one at least.
+std::size_t Fitting(std::wstring_view text, std::size_t columns) {
+  constexpr wchar_t kLastAscii = 0x7F;
+  std::size_t used = 0;
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    used += text[index] <= kLastAscii ? 1 : 2;
+    if (used > columns) return std::max<std::size_t>(index, 1);
   }
-  return fit;
+  return text.size();
+}
+
+// Where the first line of the text ends.
+std::size_t LineEnd(std::wstring_view text, std::size_t columns) {
+  const std::size_t fitting = Fitting(text, columns);
+  if (fitting == text.size()) return fitting;
+  const std::size_t blank = text.rfind(L' ', fitting);
+  return blank == std::wstring_view::npos || blank == 0 ? fitting : blank;
+}
+
+std::string_view TakeLine(std::string_view& text) {
+  const std::size_t end = std::min(text.find('\n'), text.size());
+  const std::string_view line = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return line;
 }
 
 }  // namespace
 
 std::string OneLine(std::string_view utf8, std::size_t maximumCharacters) {
-  return Fit(utf8, maximumCharacters, false);
+  std::wstring text = Cut(util::widen(utf8), maximumCharacters);
+  std::replace_if(text.begin(), text.end(), IsUnfit, kReplacement);
+  return util::narrow(text);
 }
 
-std::string Indented(std::string_view utf8, std::size_t maximumCharacters) {
-  return std::string(kIndentation) + Fit(utf8, maximumCharacters, true);
+std::string SingleBlanks(std::string_view utf8) {
+  std::wstring text;
+  bool blank = false;
+  for (const wchar_t character : util::widen(utf8)) {
+    if (!IsBlank(character)) {
+      if (blank && !text.empty()) text += L' ';
+      text += character;
+    }
+    blank = IsBlank(character);
+  }
+  return util::narrow(text);
+}
+
+std::vector<std::string> Folded(std::string_view utf8, std::size_t columns) {
+  const std::wstring text = util::widen(utf8);
+  std::wstring_view rest = text;
+  std::vector<std::string> lines;
+  do {
+    const std::size_t end = LineEnd(rest, columns);
+    lines.push_back(util::narrow(rest.substr(0, end)));
+    rest.remove_prefix(std::min(rest.find_first_not_of(L' ', end), rest.size()));
+  } while (!rest.empty());
+  return lines;
+}
+
+std::string Indented(std::string_view utf8, std::size_t columns, std::size_t maximumCharacters) {
+  const std::size_t textColumns = columns > kIndentation.size() ? columns - kIndentation.size() : 1;
+  const std::string text = util::narrow(Cut(util::widen(utf8), maximumCharacters));
+  std::string_view rest = text;
+  std::string indented;
+  do {
+    for (const std::string& line : Folded(OneLine(SingleBlanks(TakeLine(rest))), textColumns)) {
+      if (!indented.empty()) indented += '\n';
+      indented += kIndentation;
+      indented += line;
+    }
+  } while (!rest.empty());
+  return indented;
+}
+
+std::size_t Width(std::string_view utf8) {
+  std::size_t width = 0;
+  for (const wchar_t character : util::widen(utf8)) {
+    const int columns = ::wcwidth(character);
+    width += columns < 0 ? 1 : static_cast<std::size_t>(columns);
+  }
+  return width;
 }
 
 }  // namespace TerminalText

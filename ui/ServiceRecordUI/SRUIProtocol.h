@@ -38,7 +38,7 @@ typedef struct SRUIHost {
   int terminationDescriptor;
 } SRUIHost;
 
-/* The entry points. A later version only appends members. */
+/* The entry points, none of them NULL. A later version only appends members. */
 typedef struct SRUIProtocol {
   /* SRUI_PROTOCOL_VERSION of the module. */
   uint32_t version;

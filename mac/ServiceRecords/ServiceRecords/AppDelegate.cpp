@@ -10,6 +10,7 @@
 #include "MainLoop.h"
 #include "MrvBeaconSvr.h"
 #include "SRLib/SRProvider.h"
+#include "ServiceNames.h"
 #include "ServiceRecordMain.h"
 #include "ServiceRecordsBusObject.h"
 #include "SystemLog.h"
@@ -18,13 +19,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 namespace {
 
-constexpr char kBeaconsName[] = "com.morvane.Beacons";
-constexpr char kServiceRecordsName[] = "com.morvane.ServiceRecords";
 constexpr char kLoggingNotification[] = "com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange";
 constexpr std::chrono::seconds kTimeToFinish{5};
 
@@ -38,10 +40,21 @@ std::string ErrorText(int result) {
   return std::generic_category().message(-result);
 }
 
-BusPtr OpenConnection(int& result) {
+// Null when there is no session bus.
+BusPtr OpenConnection() {
   sd_bus* bus = nullptr;
-  result = sd_bus_open_user(&bus);
-  return BusPtr(bus);
+  return sd_bus_open_user(&bus) < 0 ? nullptr : BusPtr(bus);
+}
+
+// Null when the message cannot be made.
+BusMessagePtr NewFileCall(sd_bus& bus, const std::string& path) {
+  using namespace ServiceNames;
+  sd_bus_message* message = nullptr;
+  int result = sd_bus_message_new_method_call(&bus, &message, kServiceRecords, kServiceRecordsPath,
+                                              kServiceRecordsInterface, "handleServiceRecordFTA");
+  BusMessagePtr call(message);
+  if (result >= 0) result = sd_bus_message_append(message, "s", path.c_str());
+  return result < 0 ? nullptr : std::move(call);
 }
 
 }  // namespace
@@ -57,14 +70,20 @@ void AppDelegate::applicationDidFinishLaunching() {
   }
   _thisInstanceIsAgent = true;
   ServiceRecordInit();
-  DistributedNotificationCenter::defaultCenter().addObserver(kLoggingNotification,
-                                                             loggingConfigurationDidChange);
-  _beaconServer = NewMrvBeaconService();
-  _serviceRecordsServer = NewMrvServiceRecordsServer();
-  _beaconsConnection = connectionForService(kBeaconsName);
-  _serviceRecordsConnection = connectionForService(kServiceRecordsName);
-  if (_serviceRecordsConnection == nullptr || _beaconsConnection == nullptr) std::exit(EXIT_FAILURE);
+  // Observed before either name is published, so that no notification is missed from then on.
+  BusPtr notifications = OpenConnection();
+  ObserveLoggingConfiguration(notifications);
+  _beaconServer.reset(NewMrvBeaconService());
+  _serviceRecordsServer.reset(NewMrvServiceRecordsServer());
+  _beaconsConnection = connectionForService(ServiceNames::kBeacons, OpenConnection());
+  _serviceRecordsConnection = connectionForService(ServiceNames::kServiceRecords, std::move(notifications));
   ServeConnections();
+}
+
+void AppDelegate::ObserveLoggingConfiguration(const BusPtr& connection) {
+  DistributedNotificationCenter& center = DistributedNotificationCenter::defaultCenter();
+  center.addObserver(kLoggingNotification, loggingConfigurationDidChange);
+  if (connection != nullptr && center.Connect(*connection) < 0) ExitWith("failed to observe notifications");
 }
 
 void AppDelegate::ServeConnections() {
@@ -76,21 +95,19 @@ void AppDelegate::ServeConnections() {
   client_ = std::make_unique<ClientApplication>(bus);
   SetClientActivation([this] { client_->BringForward(); });
   const bool served = beaconsObject_->Serve(*_beaconsConnection) && serviceRecordsObject_->Serve(bus) &&
-                      applicationObject_->Serve(bus) &&
-                      DistributedNotificationCenter::defaultCenter().Connect(bus) >= 0;
+                      applicationObject_->Serve(bus);
   if (!served) ExitWith("failed to serve the objects of the agent's services");
 }
 
-BusPtr AppDelegate::connectionForService(const std::string& name) {
-  int result = 0;
-  BusPtr connection = OpenConnection(result);
-  if (result < 0) ExitWith("failed to create connection for service '" + name + "'");
-  result = sd_bus_request_name(connection.get(), name.c_str(), 0);
+BusPtr AppDelegate::connectionForService(const std::string& name, BusPtr connection) {
+  if (connection == nullptr) ExitWith("failed to create connection for service '" + name + "'");
+  const int result = sd_bus_request_name(connection.get(), name.c_str(), 0);
   if (result < 0) {
     ExitWith("bootstrap_check_in() failed for service '" + name + "'. Error: " + ErrorText(result));
   }
-  if (!MainLoop::Main().Attach(*connection))
+  if (!MainLoop::Main().Attach(*connection)) {
     ExitWith("failed getting receivePort for service '" + name + "'");
+  }
   return connection;
 }
 
@@ -106,25 +123,20 @@ bool AppDelegate::openFile(const std::string& path) {
 
 // A file that cannot be delivered is dropped silently.
 void AppDelegate::ForwardToAgent(const std::string& path) {
-  int result = 0;
-  const BusPtr bus = OpenConnection(result);
-  if (result < 0 || !MainLoop::Main().Attach(*bus)) return;
+  const BusPtr bus = OpenConnection();
+  if (bus == nullptr || !MainLoop::Main().Attach(*bus)) return;
   bool answered = false;
   const auto handleReply = [](sd_bus_message* /*reply*/, void* flag, sd_bus_error* /*error*/) {
     *static_cast<bool*>(flag) = true;
     return 0;
   };
-  sd_bus_message* message = nullptr;
-  result =
-      sd_bus_message_new_method_call(bus.get(), &message, kServiceRecordsName, "/com/morvane/ServiceRecords",
-                                     "com.morvane.MrvServiceRecordsService", "handleServiceRecordFTA");
-  const BusMessagePtr call(message);
-  if (result >= 0) result = sd_bus_message_append(message, "s", path.c_str());
+  const BusMessagePtr call = NewFileCall(*bus, path);
   // Without a time-out: the user may take as long as the dialogs are open.
-  if (result >= 0)
-    result = sd_bus_call_async(bus.get(), nullptr, message, handleReply, &answered, UINT64_MAX);
-  if (result >= 0) MainLoop::Main().RunUntil([&answered] { return answered; });
-  sd_bus_detach_event(bus.get());
+  if (call != nullptr &&
+      sd_bus_call_async(bus.get(), nullptr, call.get(), handleReply, &answered, UINT64_MAX) >= 0) {
+    MainLoop::Main().RunUntil([&answered] { return answered; });
+  }
+  sd_bus_detach_event(bus.get());  // the loop goes on, and its end is not this connection's
 }
 
 bool AppDelegate::forceFTAToThisAppForSuffix(const std::string& suffix) {
@@ -140,10 +152,12 @@ void AppDelegate::loggingConfigurationDidChange() {
 }
 
 void AppDelegate::Finish(int status) {
+  TerminationEvent::Request();  // also when the loop ended for another reason: a lost bus
   if (!tasks_.WaitForAll(kTimeToFinish)) {
     // Inside the lock no save is under way, and none will begin before the process is gone.
     ServiceRecords::SRProvider::Instance().WhileLocked([status] { ::_exit(status); });
   }
   SetClientActivation(nullptr);
+  MainLoop::Main().RunPosted();  // the last notifications and replies
   DistributedNotificationCenter::defaultCenter().Disconnect();
 }

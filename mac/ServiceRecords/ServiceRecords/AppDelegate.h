@@ -28,26 +28,28 @@ class AppDelegate {
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
 
-  // Waits for the files being handled, then lets go of the services. Ends the process at once, with this exit
-  // status, when a thread is still busy after the time allowed.
+  // Waits for the files being handled, then lets go of the services. When a thread is still busy after the
+  // time allowed, ends the process with this exit status as soon as no save is under way.
   void Finish(int status);
 
  private:
-  // A published name and the connection that serves it. Ends the process with status 1 on failure.
-  [[nodiscard]] static BusPtr connectionForService(const std::string& name);
+  // Publishes the name on the connection, which serves it from then on. Ends the process with status 1 on
+  // failure.
+  [[nodiscard]] static BusPtr connectionForService(const std::string& name, BusPtr connection);
   // Makes this application the default handler of the suffix.
   static bool forceFTAToThisAppForSuffix(const std::string& suffix);
   static void loggingConfigurationDidChange();
   static void ForwardToAgent(const std::string& path);
 
+  static void ObserveLoggingConfiguration(const BusPtr& connection);
   void ServeConnections();
 
-  // Filled in this order and let go in the reverse one, objects before the connections that serve them.
+  // Let go in the reverse order: objects before the connections that serve them, those before the servers.
   BackgroundTasks tasks_;
-  std::unique_ptr<MrvBeaconSvr> _beaconServer;
   std::unique_ptr<MrvServiceRecordsSvr> _serviceRecordsServer;
-  BusPtr _beaconsConnection;
+  std::unique_ptr<MrvBeaconSvr> _beaconServer;
   BusPtr _serviceRecordsConnection;
+  BusPtr _beaconsConnection;
   std::unique_ptr<BeaconsBusObject> beaconsObject_;
   std::unique_ptr<ServiceRecordsBusObject> serviceRecordsObject_;
   std::unique_ptr<ApplicationBusObject> applicationObject_;

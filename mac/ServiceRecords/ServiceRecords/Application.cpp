@@ -8,17 +8,23 @@
 #include "TerminationEvent.h"
 #include "libs/DomLib/XercesPlatform.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace {
 
+// The agent has no options; a file comes with an absolute path.
 std::vector<std::string> FilesToDeliver(int argc, char** argv) {
   std::vector<std::string> files;
-  for (int i = 1; i < argc; ++i) files.push_back(std::filesystem::absolute(argv[i]).string());
+  for (const std::string argument : std::span(argv, static_cast<std::size_t>(argc)).subspan(1)) {
+    if (!argument.empty() && argument.front() != '-')
+      files.push_back(std::filesystem::absolute(argument).string());
+  }
   return files;
 }
 
@@ -27,15 +33,16 @@ void PrepareFolders() {
   std::error_code error;
   std::filesystem::current_path(Bundle::Main().ResourcesPath(), error);
   if (error) SystemLog::Error("cannot change to the resources folder: " + error.message());
-  const char* home = std::getenv("HOME");
-  if (home == nullptr) return;
-  error = StandardDirectories::CreateDirectories(std::filesystem::path(home) / "Library/Logs");
+  const auto logs = StandardDirectories::Logs();
+  if (!logs) return;
+  error = StandardDirectories::CreateDirectories(*logs);
   if (error) SystemLog::Error("cannot create the folder of the log: " + error.message());
 }
 
 int RunApplication(int argc, char** argv) {
   const std::vector<std::string> files = FilesToDeliver(argc, argv);
   TerminationEvent::RaiseOnSignals();
+  std::signal(SIGPIPE, SIG_IGN);  // a peer that hangs up is an error of the write
   PrepareFolders();
   const XercesPlatform keepLibrary;  // or every document would pay for its restart
   AppDelegate delegate;
@@ -54,6 +61,8 @@ int ApplicationMain(int argc, char** argv) {
     return RunApplication(argc, argv);
   } catch (const std::exception& exception) {
     SystemLog::Error(std::string("cannot run: ") + exception.what());
-    return EXIT_FAILURE;
+  } catch (...) {
+    SystemLog::Error("cannot run: the XML library does not start");
   }
+  return EXIT_FAILURE;
 }

@@ -1,6 +1,7 @@
 #include "ApplicationBusObject.h"
 
 #include "DesktopIntegration.h"
+#include "ServiceNames.h"
 
 #include <optional>
 #include <vector>
@@ -30,7 +31,8 @@ const sd_bus_vtable ApplicationBusObject::kMethods[] = {
     SD_BUS_VTABLE_END};
 
 bool ApplicationBusObject::Serve(sd_bus& bus) {
-  slot_ = AddInterface(bus, "/com/morvane/ServiceRecords", "org.freedesktop.Application", kMethods, this);
+  slot_ = AddInterface(bus, ServiceNames::kServiceRecordsPath, ServiceNames::kApplicationInterface, kMethods,
+                       this);
   return slot_ != nullptr;
 }
 

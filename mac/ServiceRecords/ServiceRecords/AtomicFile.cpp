@@ -1,5 +1,7 @@
 #include "AtomicFile.h"
 
+#include "SystemError.h"
+
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/file.h>
@@ -15,13 +17,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kNewFileMode = 0600;
 constexpr std::string_view kTemporaryMark = ".tmp-";
 constexpr std::string_view kRandomPart = "XXXXXX";
-
-std::error_code LastError() {
-  return {errno, std::generic_category()};
-}
 
 class FileDescriptor {
  public:
@@ -51,7 +49,10 @@ fs::path Target(const fs::path& file) {
 }
 
 std::string TemporaryPrefix(const fs::path& target) {
-  return "." + target.filename().string() + std::string(kTemporaryMark);
+  std::string prefix = ".";
+  prefix += target.filename().string();
+  prefix += kTemporaryMark;
+  return prefix;
 }
 
 bool IsTemporary(std::string_view name, std::string_view prefix) {
@@ -73,8 +74,17 @@ void LockForWriting(const FileDescriptor& file) {
   }
 }
 
+// Asked by name, because not every file system counts the names of a file.
+bool HasItsName(const Temporary& temporary) {
+  struct stat opened {};
+  struct stat named {};
+  return ::fstat(temporary.file.Get(), &opened) == 0 && ::lstat(temporary.path.c_str(), &named) == 0 &&
+         opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
 std::optional<Temporary> CreateTemporary(const fs::path& target, std::error_code& error) {
-  while (true) {
+  constexpr int kRounds = 8;
+  for (int round = 0; round < kRounds; ++round) {
     std::string path = target.parent_path() / (TemporaryPrefix(target) + std::string(kRandomPart));
     FileDescriptor file(::mkostemp(path.data(), O_CLOEXEC));
     if (!file.IsOpen()) {
@@ -83,10 +93,19 @@ std::optional<Temporary> CreateTemporary(const fs::path& target, std::error_code
     }
     LockForWriting(file);
     // A sweep that came before the lock has taken the name away; then the next one is tried.
-    struct stat status {};
-    if (::fstat(file.Get(), &status) != 0 || status.st_nlink != 0)
-      return Temporary{std::move(path), std::move(file)};
+    Temporary temporary{std::move(path), std::move(file)};
+    if (HasItsName(temporary)) return temporary;
   }
+  error = std::make_error_code(std::errc::resource_unavailable_try_again);
+  return std::nullopt;
+}
+
+std::error_code GiveMode(const FileDescriptor& file, mode_t mode) {
+  struct stat status {};
+  if (::fstat(file.Get(), &status) == 0 && (status.st_mode & 0777) == mode) return {};
+  // A file system without modes refuses the change, and takes the file all the same.
+  if (::fchmod(file.Get(), mode) == 0 || errno == EPERM || errno == ENOTSUP) return {};
+  return LastError();
 }
 
 std::error_code WriteAll(int file, std::string_view content) {
@@ -99,19 +118,12 @@ std::error_code WriteAll(int file, std::string_view content) {
   return {};
 }
 
-std::error_code FlushFolder(const fs::path& folder) {
-  const FileDescriptor handle(
-      ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  // Some file systems cannot flush a folder, and say so with EINVAL.
-  if (!handle.IsOpen() || (::fsync(handle.Get()) != 0 && errno != EINVAL)) return LastError();
-  return {};
-}
-
 std::error_code WriteAndRename(Temporary& temporary, const fs::path& target, mode_t mode,
                                std::string_view content) {
   // Holds the lock beyond the close, until the temporary has its final name.
   const FileDescriptor lock(::fcntl(temporary.file.Get(), F_DUPFD_CLOEXEC, 0));
-  if (!lock.IsOpen() || ::fchmod(lock.Get(), mode) != 0) return LastError();
+  if (!lock.IsOpen()) return LastError();
+  if (const std::error_code error = GiveMode(lock, mode)) return error;
   if (const std::error_code error = WriteAll(temporary.file.Get(), content)) return error;
   if (::fsync(temporary.file.Get()) != 0) return LastError();
   if (const std::error_code error = temporary.file.Close()) return error;
@@ -121,7 +133,7 @@ std::error_code WriteAndRename(Temporary& temporary, const fs::path& target, mod
 // The mode for the new content. An error for anything but a regular file, such as a device that a link names.
 std::error_code ModeAt(const fs::path& target, mode_t& mode) {
   struct stat status {};
-  mode = kOwnerOnly;
+  mode = kNewFileMode;
   if (::lstat(target.c_str(), &status) != 0) return errno == ENOENT ? std::error_code() : LastError();
   if (S_ISLNK(status.st_mode)) return {};
   if (S_ISDIR(status.st_mode)) return std::make_error_code(std::errc::is_a_directory);
@@ -177,9 +189,13 @@ std::optional<std::string> Read(const fs::path& file, std::error_code& error) {
 
 std::error_code Replace(const fs::path& file, std::string_view content) {
   const fs::path target = Target(file);
-  mode_t mode = kOwnerOnly;
+  mode_t mode = kNewFileMode;
   std::error_code error = ModeAt(target, mode);
   if (error) return error;
+  // Opened first, because after the rename nothing may fail any more.
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
+  const FileDescriptor openFolder(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!openFolder.IsOpen()) return LastError();
   std::optional<Temporary> temporary = CreateTemporary(target, error);
   if (!temporary) return error;
   error = WriteAndRename(*temporary, target, mode, content);
@@ -187,7 +203,9 @@ std::error_code Replace(const fs::path& file, std::string_view content) {
     ::unlink(temporary->path.c_str());
     return error;
   }
-  return FlushFolder(target.parent_path());
+  // The new content is in place; a folder that cannot be flushed can only lose it with the power.
+  static_cast<void>(::fsync(openFolder.Get()));
+  return {};
 }
 
 std::error_code KeepBeside(const fs::path& file, const std::string& suffix) {

@@ -14,7 +14,8 @@ namespace AtomicFile {
 
 // Replaces the file, mode 0600 when it is new and its old mode otherwise, by way of a temporary in the same
 // folder that is flushed to disk and renamed. A symbolic link at the file's place is followed once and stays.
-// On an error the temporary is gone and the old file is as it was.
+// On an error the temporary is gone and the old file is as it was; the folder must be readable, too. Without
+// an error the new content is in place, and has reached the disk where the file system can flush a folder.
 [[nodiscard]] std::error_code Replace(const std::filesystem::path& file, std::string_view content);
 
 // Keeps the file's content under a second name beside it, with `suffix` appended, replacing what had that

@@ -1,6 +1,26 @@
 #include "BackgroundTasks.h"
 
+#include "SystemLog.h"
+
+#include <exception>
+#include <string>
 #include <thread>
+#include <utility>
+
+namespace {
+
+// A failure in one file's handling ends that, not the agent.
+void RunAndLogFailure(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const std::exception& exception) {
+    SystemLog::Error(std::string("handling a file failed: ") + exception.what());
+  } catch (...) {
+    SystemLog::Error("handling a file failed");
+  }
+}
+
+}  // namespace
 
 void BackgroundTasks::Start(std::function<void()> work) {
   {
@@ -9,7 +29,7 @@ void BackgroundTasks::Start(std::function<void()> work) {
   }
   try {
     std::thread([this, task = std::move(work)] {
-      task();
+      RunAndLogFailure(task);
       Finished();
     }).detach();
   } catch (...) {

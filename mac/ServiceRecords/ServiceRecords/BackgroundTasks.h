@@ -8,7 +8,8 @@
 // One new thread for each piece of work. Any thread may start one.
 class BackgroundTasks {
  public:
-  // Runs `work` on a thread of its own. Throws std::system_error when there can be no further thread.
+  // Runs `work` on a thread of its own; what it throws is logged. Throws std::system_error when there can be
+  // no further thread.
   void Start(std::function<void()> work);
 
   // Waits until all work has ended, but no longer than `limit`. True when all has ended.

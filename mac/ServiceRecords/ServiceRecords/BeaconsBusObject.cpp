@@ -2,6 +2,7 @@
 
 #include "BusMarshalling.h"
 #include "MrvBeaconSvr.h"
+#include "ServiceNames.h"
 
 const sd_bus_vtable BeaconsBusObject::kMethods[] = {
     SD_BUS_VTABLE_START(0),
@@ -14,7 +15,7 @@ const sd_bus_vtable BeaconsBusObject::kMethods[] = {
     SD_BUS_VTABLE_END};
 
 bool BeaconsBusObject::Serve(sd_bus& bus) {
-  slot_ = AddInterface(bus, "/com/morvane/Beacons", "com.morvane.MrvBeaconService", kMethods, this);
+  slot_ = AddInterface(bus, ServiceNames::kBeaconsPath, ServiceNames::kBeaconsInterface, kMethods, this);
   return slot_ != nullptr;
 }
 

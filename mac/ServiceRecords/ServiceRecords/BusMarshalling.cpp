@@ -1,12 +1,26 @@
 #include "BusMarshalling.h"
 
+#include "SRLib/TextHelpers.h"
+
 #include <cerrno>
+#include <string>
 
 namespace {
 
+// The bus takes no text with a code point that Unicode keeps for a program's own use.
+bool IsNoncharacter(wchar_t character) {
+  return (character >= 0xFDD0 && character <= 0xFDEF) || (character & 0xFFFE) == 0xFFFE || character == 0;
+}
+
+std::string BusText(const std::string& utf8) {
+  std::wstring text = util::widen(utf8);
+  std::erase_if(text, IsNoncharacter);
+  return util::narrow(text);
+}
+
 int AppendVariant(sd_bus_message* message, const PropertyList::Value& value) {
   if (const auto* text = value.As<std::string>())
-    return sd_bus_message_append(message, "v", "s", text->c_str());
+    return sd_bus_message_append(message, "v", "s", BusText(*text).c_str());
   if (const auto* truth = value.As<bool>())
     return sd_bus_message_append(message, "v", "b", static_cast<int>(*truth));
   if (const auto* array = value.As<PropertyList::Array>()) {

@@ -1,6 +1,7 @@
 #include "ClientApplication.h"
 
 #include "DesktopIntegration.h"
+#include "ServiceNames.h"
 
 #include <algorithm>
 
@@ -21,7 +22,7 @@ void ClientApplication::BringForward() {
   }
   sd_bus_message* message = nullptr;
   if (sd_bus_message_new_method_call(&bus_, &message, kIdentifier, ObjectPath(kIdentifier).c_str(),
-                                     "org.freedesktop.Application", "Activate") < 0) {
+                                     ServiceNames::kApplicationInterface, "Activate") < 0) {
     return;
   }
   const BusMessagePtr call(message);

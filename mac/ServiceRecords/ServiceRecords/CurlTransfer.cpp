@@ -3,12 +3,54 @@
 #include "OpenSslHandles.h"
 #include "TerminationEvent.h"
 
+#include <locale.h>
+
+#include <memory>
+#include <type_traits>
+
 namespace CurlTransfer {
 namespace {
 
 constexpr long kConnectSeconds = 30;
 constexpr long kSecondsWithoutProgress = 60;
 constexpr long kLeastBytesPerSecond = 1;
+
+struct LocaleDeleter {
+  void operator()(locale_t locale) const noexcept { ::freelocale(locale); }
+};
+using LocalePtr = std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleDeleter>;
+
+// Lets the calling thread's text be UTF-8 as long as it lives: libcurl reads host names in the thread's
+// locale. Where the locale is missing, the thread's own stays and only ASCII names can be read.
+class UTF8Thread {
+ public:
+  UTF8Thread()
+      : locale_(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)), before_(::uselocale(locale_.get())) {}
+  ~UTF8Thread() { ::uselocale(before_); }
+  UTF8Thread(const UTF8Thread&) = delete;
+  UTF8Thread& operator=(const UTF8Thread&) = delete;
+
+ private:
+  LocalePtr locale_;
+  locale_t before_;
+};
+
+// libcurl would write a blank in the query as a plus sign. One before the path makes the address no URL.
+std::string WithEncodedBlanks(std::string address) {
+  const std::size_t separator = address.find("://");
+  if (separator == std::string::npos) return address;
+  std::size_t at = address.find('/', separator + 3);
+  while ((at = address.find(' ', at)) != std::string::npos) address.replace(at, 1, "%20");
+  return address;
+}
+
+std::optional<std::string> Text(CURLU* url) {
+  const UTF8Thread utf8;
+  char* text = nullptr;
+  if (curl_url_get(url, CURLUPART_URL, &text, CURLU_PUNYCODE) != CURLUE_OK) return std::nullopt;
+  const CurlTextPtr owned(text);
+  return std::string(text);
+}
 
 bool LibraryIsReady() {
   static const bool ready = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
@@ -50,15 +92,15 @@ CURLcode UseSystemTrust(void* context) {
 }
 
 std::optional<std::string> RequestForm(const std::string& address) {
-  if (!LibraryIsReady()) return std::nullopt;
   const CurlUrlPtr url(curl_url());
-  constexpr unsigned int kEncode = CURLU_ALLOW_SPACE | CURLU_URLENCODE;
-  if (!url || curl_url_set(url.get(), CURLUPART_URL, address.c_str(), kEncode) != CURLUE_OK)
+  constexpr unsigned int kFlags = CURLU_URLENCODE | CURLU_PATH_AS_IS;
+  const std::string encoded = WithEncodedBlanks(address);
+  if (!url || curl_url_set(url.get(), CURLUPART_URL, encoded.c_str(), kFlags) != CURLUE_OK)
     return std::nullopt;
-  char* text = nullptr;
-  if (curl_url_get(url.get(), CURLUPART_URL, &text, 0) != CURLUE_OK) return std::nullopt;
-  const CurlTextPtr owned(text);
-  return std::string(text);
+  // Nobody asked for credentials yet.
+  curl_url_set(url.get(), CURLUPART_USER, nullptr, 0);
+  curl_url_set(url.get(), CURLUPART_PASSWORD, nullptr, 0);
+  return Text(url.get());
 }
 
 CurlPtr Make(const std::string& requestForm) {
@@ -67,6 +109,7 @@ CurlPtr Make(const std::string& requestForm) {
   if (!transfer) return nullptr;
   CURL* const handle = transfer.get();
   if (curl_easy_setopt(handle, CURLOPT_URL, requestForm.c_str()) != CURLE_OK) return nullptr;
+  curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndOnTermination);

@@ -192,7 +192,11 @@ std::string PrintfFormat(std::string_view format) {
 std::string Formatted(std::string_view format, std::span<const LogArgument> arguments) {
   fmt::dynamic_format_arg_store<fmt::printf_context> store;
   for (const LogArgument& argument : arguments) {
-    std::visit([&store](const auto& value) { store.push_back(value); }, argument.Get());
+    if (const auto* text = std::get_if<std::string_view>(&argument.Get())) {
+      store.push_back(std::string(*text));
+    } else {
+      store.push_back(std::get<long long>(argument.Get()));
+    }
   }
   try {
     return fmt::vsprintf(fmt::string_view(PrintfFormat(format)),

@@ -8,7 +8,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 
 // The platform's side of the trace log: where the stream leads, and the printf-style front of the agent.
@@ -31,17 +30,17 @@ void InitLog(const std::string& fileName);
 
 }  // namespace trace
 
-// One argument of a CSRLog format: text or a whole number.
+// One argument of a CSRLog format: text, which it borrows, or a whole number.
 class LogArgument {
  public:
-  LogArgument(const char* text) : value_(std::string(text != nullptr ? text : "(null)")) {}
-  LogArgument(std::string text) : value_(std::move(text)) {}
+  LogArgument(const char* text) : value_(std::string_view(text != nullptr ? text : "(null)")) {}
+  LogArgument(const std::string& text) : value_(std::string_view(text)) {}
   LogArgument(std::integral auto number) : value_(static_cast<long long>(number)) {}
 
-  [[nodiscard]] const std::variant<std::string, long long>& Get() const { return value_; }
+  [[nodiscard]] const std::variant<std::string_view, long long>& Get() const { return value_; }
 
  private:
-  std::variant<std::string, long long> value_;
+  std::variant<std::string_view, long long> value_;
 };
 
 // Writes one record with the fixed location of the agent's main module. The format is printf's, with %@ for

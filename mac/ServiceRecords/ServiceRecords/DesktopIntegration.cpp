@@ -1,5 +1,7 @@
 #include "DesktopIntegration.h"
 
+#include "ServiceNames.h"
+
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
@@ -9,7 +11,6 @@
 namespace DesktopIntegration {
 namespace {
 
-constexpr char kDesktopEntry[] = "com.morvane.ServiceRecords.desktop";
 constexpr std::string_view kContentType = "application/vnd.morvane.servicerecord+xml";
 
 struct ObjectDeleter {
@@ -21,13 +22,18 @@ struct MemoryDeleter {
 using AppInfoPtr = std::unique_ptr<GAppInfo, ObjectDeleter>;
 using TextPtr = std::unique_ptr<gchar, MemoryDeleter>;
 
-AppInfoPtr FindApplication(const std::string& desktopEntry) {
-  return AppInfoPtr(reinterpret_cast<GAppInfo*>(g_desktop_app_info_new(desktopEntry.c_str())));
+std::string DesktopEntry(const std::string& identifier) {
+  return identifier + ".desktop";
+}
+
+AppInfoPtr FindApplication(const std::string& identifier) {
+  return AppInfoPtr(reinterpret_cast<GAppInfo*>(g_desktop_app_info_new(DesktopEntry(identifier).c_str())));
 }
 
 bool IsDefaultHandler(const gchar* type) {
   const AppInfoPtr handler(g_app_info_get_default_for_type(type, FALSE));
-  return handler != nullptr && g_strcmp0(g_app_info_get_id(handler.get()), kDesktopEntry) == 0;
+  return handler != nullptr &&
+         g_app_info_get_id(handler.get()) == DesktopEntry(ServiceNames::kServiceRecords);
 }
 
 }  // namespace
@@ -38,12 +44,12 @@ bool BecomeDefaultHandler(const std::string& suffix) {
   // The type of another application is not ours to take.
   if (type == nullptr || type.get() != kContentType) return false;
   if (IsDefaultHandler(type.get())) return true;
-  const AppInfoPtr self = FindApplication(kDesktopEntry);
+  const AppInfoPtr self = FindApplication(ServiceNames::kServiceRecords);
   return self != nullptr && g_app_info_set_as_default_for_type(self.get(), type.get(), nullptr) == TRUE;
 }
 
 bool LaunchApplication(const std::string& identifier) {
-  const AppInfoPtr application = FindApplication(identifier + ".desktop");
+  const AppInfoPtr application = FindApplication(identifier);
   return application != nullptr && g_app_info_launch(application.get(), nullptr, nullptr, nullptr) == TRUE;
 }
 

@@ -1,5 +1,6 @@
 #include "DistributedNotificationCenter.h"
 
+#include "BusObject.h"
 #include "MainLoop.h"
 
 namespace {
@@ -37,10 +38,13 @@ void DistributedNotificationCenter::Disconnect() {
 }
 
 void DistributedNotificationCenter::postNotificationName(const std::string& name, const std::string& object) {
-  MainLoop::Main().Post([this, name, object] {
-    if (bus_ != nullptr)
-      sd_bus_emit_signal(bus_, kPath, kInterface, "Posted", "ss", name.c_str(), object.c_str());
-  });
+  if (MainLoop::Main().IsMainThread()) return Send(name, object);
+  MainLoop::Main().Post([this, name, object] { Send(name, object); });
+}
+
+void DistributedNotificationCenter::Send(const std::string& name, const std::string& object) {
+  if (bus_ != nullptr)
+    sd_bus_emit_signal(bus_, kPath, kInterface, "Posted", "ss", name.c_str(), object.c_str());
 }
 
 void DistributedNotificationCenter::addObserver(const std::string& name, std::function<void()> handler) {
@@ -63,7 +67,11 @@ int DistributedNotificationCenter::Observe(const std::string& name, Observer& ob
 }
 
 int DistributedNotificationCenter::HandleSignal(sd_bus_message* /*message*/, void* observer,
-                                                sd_bus_error* /*error*/) {
-  static_cast<Observer*>(observer)->handler();
-  return 0;
+                                                sd_bus_error* error) {
+  return AnswerCall(error, [observer] {
+    const std::function<void()> handler =
+        static_cast<Observer*>(observer)->handler;  // which may remove itself
+    handler();
+    return 0;
+  });
 }

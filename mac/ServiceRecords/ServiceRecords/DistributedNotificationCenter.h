@@ -18,7 +18,8 @@ class DistributedNotificationCenter {
   // Main thread; before the connection goes.
   void Disconnect();
 
-  // Any thread: handed to the main loop, which sends it. Dropped while there is no connection.
+  // Any thread; sent at once on the main thread, otherwise handed to the main loop. Dropped while there is no
+  // connection.
   void postNotificationName(const std::string& name, const std::string& object);
 
   // Calls `handler` on the main thread for every notification of that name, whoever posts it. Needs no
@@ -32,6 +33,7 @@ class DistributedNotificationCenter {
     BusSlotPtr match;
   };
 
+  void Send(const std::string& name, const std::string& object);
   int Observe(const std::string& name, Observer& observer);
   static int HandleSignal(sd_bus_message* message, void* observer, sd_bus_error* error);
 

@@ -4,6 +4,7 @@
 #include "DbgTrace.h"
 #include "DistributedNotificationCenter.h"
 #include "SRLib/SRProvider.h"
+#include "SRLib/TextHelpers.h"
 #include "ServiceRecordMain.h"
 #include "StoreDictionary.h"
 
@@ -28,8 +29,8 @@ bool SetDefaultGateway(const char* method, Setter setter, const std::string& sto
 
 }  // namespace
 
-std::unique_ptr<MrvServiceRecordsSvr> NewMrvServiceRecordsServer() {
-  return std::make_unique<MrvServiceRecordsSvr>();
+MrvServiceRecordsSvr* NewMrvServiceRecordsServer() {
+  return new MrvServiceRecordsSvr;
 }
 
 std::optional<PropertyList::Array> MrvServiceRecordsSvr::allStores() {

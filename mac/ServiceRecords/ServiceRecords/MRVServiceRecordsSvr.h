@@ -2,7 +2,6 @@
 
 #include "SRLib/PropertyList/PropertyList.h"
 
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -34,4 +33,5 @@ class MrvServiceRecordsSvr {
   std::vector<std::string> _previousDiscoveryDocumentsXML;  // already announced; never removed: deliberate
 };
 
-[[nodiscard]] std::unique_ptr<MrvServiceRecordsSvr> NewMrvServiceRecordsServer();
+// A new object, owned by the caller.
+extern "C" [[nodiscard]] MrvServiceRecordsSvr* NewMrvServiceRecordsServer();

@@ -55,9 +55,9 @@ struct PreferenceFiles {
   std::filesystem::path user;
 };
 
-void CreateParent(const std::filesystem::path& file, std::string_view failure) {
+void CreateParent(const std::filesystem::path& file, mode_t mode, std::string_view failure) {
   const std::string folder = file.parent_path();
-  const std::error_code error = StandardDirectories::CreateDirectories(folder);
+  const std::error_code error = StandardDirectories::CreateDirectories(folder, mode);
   if (!error) return;
   CSRLog(2, "%s - %@ doesn't exist or can't be created", "preferenceFile", folder);
   CSRLog(2, failure, "preferenceFile", error.message());
@@ -69,8 +69,10 @@ PreferenceFiles ComputePreferenceFiles() {
   files.machine = StandardDirectories::MachineApplicationSupport() / name;
   const auto userFolder = StandardDirectories::UserApplicationSupport();
   files.user = userFolder ? *userFolder / name : UnderHome(files.machine);
-  CreateParent(files.machine, "%s - createDirectoryAtPath failed to create global preference directory - %@");
-  CreateParent(files.user, "%s - createDirectoryAtPath failed to create local preference directory - %@");
+  CreateParent(files.machine, StandardDirectories::kSharedFolder,
+               "%s - createDirectoryAtPath failed to create global preference directory - %@");
+  CreateParent(files.user, StandardDirectories::kPrivateFolder,
+               "%s - createDirectoryAtPath failed to create local preference directory - %@");
   PropertyListFile(files.machine).SweepTemporaries();
   PropertyListFile(files.user).SweepTemporaries();
   return files;
@@ -107,10 +109,11 @@ Dictionary& GetContainerAndKeyForRawKey(bool perUser, const std::wstring& rawKey
   const std::vector<std::string> components = Components(PropertyList::WritableText(util::narrow(rawKey)));
   key = util::widen(components.back());
   if (components.size() >= PropertyList::kMaximumDepth) {
-    // Nothing is found so deep, and nothing stored there would be readable.
-    static auto& outside = *new Dictionary;
     CSRLog(2, "%s - key with %lu components is too deep", "GetContainerAndKeyForRawKey", components.size());
-    return outside = Dictionary();
+    // Nothing is found so deep, and nothing stored there would be readable.
+    static auto& outsideTheTree = *new Dictionary;
+    outsideTheTree = Dictionary();  // forgets what a setter put there
+    return outsideTheTree;
   }
   Dictionary* container = &wholeFile;
   for (std::size_t i = 0; i + 1 < components.size(); ++i) container = &Descend(*container, components[i]);

@@ -13,36 +13,53 @@ namespace {
 constexpr std::size_t kMaximumBodySize = std::size_t{16} * 1024 * 1024;
 constexpr long kMaximumRedirects = 20;
 constexpr std::int64_t kStatusOK = 200;
+constexpr std::int64_t kFirstErrorStatus = 400;
+
+// The body of a 200 that the request receives.
+struct Reception {
+  CURL* request = nullptr;
+  std::string body;
+};
+
+std::int64_t StatusOf(CURL* request) {
+  long status = 0;
+  curl_easy_getinfo(request, CURLINFO_RESPONSE_CODE, &status);
+  return status;
+}
 
 // libcurl takes any other count than the given one as the order to end the transfer.
 std::size_t CollectBody(char* bytes, std::size_t /*one*/, std::size_t count, void* user) noexcept {
-  auto& body = *static_cast<std::string*>(user);
-  if (count > kMaximumBodySize - body.size()) return CURL_WRITEFUNC_ERROR;
+  auto& reception = *static_cast<Reception*>(user);
+  if (StatusOf(reception.request) != kStatusOK) return count;
+  if (count > kMaximumBodySize - reception.body.size()) return CURL_WRITEFUNC_ERROR;
   try {
-    body.append(bytes, count);
+    reception.body.append(bytes, count);
   } catch (...) {
     return CURL_WRITEFUNC_ERROR;
   }
   return count;
 }
 
-CurlPtr MakeGet(const std::string& requestForm, curl_slist* headers, std::string& body) {
+// `headers` and `reception` must outlive the request.
+CurlPtr MakeGet(const std::string& requestForm, curl_slist* headers, Reception& reception) {
   CurlPtr request = CurlTransfer::Make(requestForm);
   if (!request || headers == nullptr) return nullptr;
-  CURL* const handle = request.get();
+  CURL* const handle = reception.request = request.get();
   curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers);
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
   curl_easy_setopt(handle, CURLOPT_MAXREDIRS, kMaximumRedirects);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, CollectBody);
-  curl_easy_setopt(handle, CURLOPT_WRITEDATA, &body);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, &reception);
   return request;
 }
 
-std::int64_t StatusOf(CURL* request) {
-  long status = 0;
-  curl_easy_getinfo(request, CURLINFO_RESPONSE_CODE, &status);
-  return status;
+// The status of the response, 0 without one. The status line of a transfer that broke off says nothing about
+// the document, but an error is one however much of its body arrives.
+std::int64_t Perform(CURL* request) {
+  const bool complete = curl_easy_perform(request) == CURLE_OK;
+  const std::int64_t status = StatusOf(request);
+  return complete || status >= kFirstErrorStatus ? status : 0;
 }
 
 // Some releases of libcurl leave the line's CR in a value that is empty otherwise.
@@ -78,20 +95,18 @@ bool MacSRHTTPRequest::SendHTTPRequest(const std::wstring& extraHeaders) {
     return Failed();
   }
   const CurlListPtr headers = RequestHeaders(extraHeaders);
-  std::string body;
-  const CurlPtr request = MakeGet(*requestForm, headers.get(), body);
+  Reception reception;
+  const CurlPtr request = MakeGet(*requestForm, headers.get(), reception);
   if (!request) {
     CSRLog(2, "Failed to create urlRequest in SendHTTPRequest (URL = %@)", address);
     return Failed();
   }
-  // The status line of a transfer that broke off says nothing about the document.
-  const bool complete = curl_easy_perform(request.get()) == CURLE_OK;
-  status_ = complete ? StatusOf(request.get()) : 0;
-  if (status_ == kStatusOK && util::IsUTF8(body)) {
-    body_ = util::widen(body);
+  status_ = Perform(request.get());
+  if (status_ == kStatusOK && util::IsUTF8(reception.body)) {
+    body_ = util::widen(reception.body);
     return true;
   }
-  if (complete) rawHeader_ = HeaderLines(request.get());
+  if (status_ != 0) rawHeader_ = HeaderLines(request.get());
   return Failed();
 }
 

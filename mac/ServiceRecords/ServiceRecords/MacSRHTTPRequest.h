@@ -7,7 +7,7 @@ namespace ServiceRecords {
 
 // The GET over libcurl: up to 20 redirects, to http and https only; 30 s to connect, 60 s without progress;
 // bodies up to 16 MiB; ended early by termination. A transfer that does not complete has no status and no
-// header.
+// header, unless the response is an error of 400 or above, whose body does not matter.
 class MacSRHTTPRequest : public SRHTTPRequest {
  public:
   using SRHTTPRequest::SRHTTPRequest;

@@ -46,10 +46,9 @@ bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
   assert(!downloading_);
   certificates_.clear();
   errorCode_ = StreamErrorCode::kNone;
-  const std::string address = url_.GetPagelessURL();
-  DownloadHead(address);
+  DownloadHead(url_.GetPagelessURL());
   if (certificates_.empty()) {
-    ReportFailure(address, details);
+    ReportFailure(errorCode_, details);
     return false;
   }
   details.Organization = util::widen(certificates_.front().organizationName().value_or(""));
@@ -86,8 +85,9 @@ void MacSSLValidation::ReportReadError(CURLcode result, bool receivedFatalAlert,
          reason.empty() ? "error number: " + std::to_string(errorCode_) : reason);
 }
 
-void MacSSLValidation::ReportFailure(const std::string& address, SSLValidationDetails& details) const {
-  if (StreamErrorCode::IsTlsFailure(errorCode_)) {
+void MacSSLValidation::ReportFailure(std::int64_t errorCode, SSLValidationDetails& details) const {
+  const std::string address = url_.GetPagelessURL();
+  if (StreamErrorCode::IsTlsFailure(errorCode)) {
     CSRLog(2, "Could not fetch certificates for URL %@", address);
     details.Result = SSLValidationDetails::kCertificatesNotFetched;
     details.AddError(util::MessageWithArgument(util::kMessageCertificatesNotFetched, url_.GetServer()));

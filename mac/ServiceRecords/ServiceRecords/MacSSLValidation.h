@@ -20,6 +20,9 @@ class MacSSLValidation : public SSLValidation {
   using SSLValidation::SSLValidation;
   bool PerformValidation(SSLValidationDetails& details) override;
 
+  // Logs, and adds to `details`, what a validation without certificates means that ended with this code.
+  void ReportFailure(std::int64_t errorCode, SSLValidationDetails& details) const;
+
   // The outcome of the last validation: the stream's error code (StreamErrorCode.h), and the trusted chain,
   // the server's certificate first, the root last.
   [[nodiscard]] std::int64_t ErrorCode() const { return errorCode_; }
@@ -29,9 +32,8 @@ class MacSSLValidation : public SSLValidation {
   void DownloadHead(const std::string& address);
   void TakePeerTrust(const PeerTrust& trust);
   void ReportReadError(CURLcode result, bool receivedFatalAlert, const std::string& reason);
-  void ReportFailure(const std::string& address, SSLValidationDetails& details) const;
 
-  bool downloading_ = false;
+  bool downloading_ = false;  // while the stream is open; there is never a second one beside it
   std::int64_t errorCode_ = 0;
   std::vector<MacCertificate> certificates_;
 };

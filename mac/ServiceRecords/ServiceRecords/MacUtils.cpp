@@ -1,5 +1,5 @@
+#include "SRLib/DocumentSize.h"
 #include "SRLib/TextHelpers.h"
-#include "libs/DomLib/DocumentBounds.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

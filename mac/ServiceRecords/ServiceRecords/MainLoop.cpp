@@ -1,5 +1,6 @@
 #include "MainLoop.h"
 
+#include "SystemLog.h"
 #include "TerminationEvent.h"
 
 #include <sys/epoll.h>
@@ -7,6 +8,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <string>
 #include <system_error>
 
 namespace {
@@ -42,8 +47,7 @@ void MainLoop::Post(std::function<void()> work) {
     const std::lock_guard lock(mutex_);
     posted_.push_back(std::move(work));
   }
-  const std::uint64_t one = 1;
-  static_cast<void>(!::write(wakeUp_, &one, sizeof one));
+  eventfd_write(wakeUp_, 1);
 }
 
 bool MainLoop::Attach(sd_bus& bus) {
@@ -52,7 +56,10 @@ bool MainLoop::Attach(sd_bus& bus) {
 }
 
 int MainLoop::Run() {
-  return sd_event_loop(loop_.get());
+  RunUntil([] { return false; });
+  int status = EXIT_FAILURE;
+  sd_event_get_exit_code(loop_.get(), &status);
+  return status;
 }
 
 void MainLoop::RunUntil(const std::function<bool()>& done) {
@@ -63,8 +70,8 @@ void MainLoop::RunUntil(const std::function<bool()>& done) {
 
 int MainLoop::HandlePosted(sd_event_source* /*source*/, int descriptor, std::uint32_t /*events*/,
                            void* self) {
-  std::uint64_t count = 0;
-  static_cast<void>(!::read(descriptor, &count, sizeof count));
+  eventfd_t count = 0;
+  eventfd_read(descriptor, &count);
   static_cast<MainLoop*>(self)->RunPosted();
   return 0;
 }
@@ -75,7 +82,13 @@ void MainLoop::RunPosted() {
     const std::lock_guard lock(mutex_);
     work.swap(posted_);
   }
-  for (const auto& item : work) item();
+  for (const auto& item : work) {
+    try {
+      item();
+    } catch (const std::exception& exception) {
+      SystemLog::Error(std::string("work for the main thread failed: ") + exception.what());
+    }
+  }
 }
 
 int MainLoop::HandleTermination(sd_event_source* /*source*/, int /*descriptor*/, std::uint32_t /*events*/,

@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <thread>
 
 // The main thread's event loop: bus connections, termination, and work that other threads hand over. Made and
 // run on the main thread; only Post may be called from others. Throws std::system_error when it cannot be
@@ -20,11 +21,15 @@ class MainLoop {
   static MainLoop& Main();
 
   // Runs `work` on the main thread, in the order of the calls. What the work holds must be safe to hand from
-  // thread to thread. Dropped when the loop has ended.
+  // thread to thread; what it throws is logged. After the loop has ended it waits for RunPosted.
   void Post(std::function<void()> work);
 
   // Serves the connection from now on; false when the loop cannot take it.
   [[nodiscard]] bool Attach(sd_bus& bus);
+
+  // Runs what was posted so far.
+  void RunPosted();
+  [[nodiscard]] bool IsMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
   // Runs until termination is requested, or until a connection is lost. Returns the process's exit status.
   int Run();
@@ -32,11 +37,11 @@ class MainLoop {
   void RunUntil(const std::function<bool()>& done);
 
  private:
-  void RunPosted();
   static int HandlePosted(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
   static int HandleTermination(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
 
   EventLoopPtr loop_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
   const int wakeUp_;
   std::mutex mutex_;
   std::deque<std::function<void()>> posted_;

@@ -2,6 +2,7 @@
 
 #include "DbgTrace.h"
 #include "SRLib/SRProvider.h"
+#include "SRLib/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 using ServiceRecords::SRGateway;
@@ -10,27 +11,27 @@ using ServiceRecords::SRStore;
 
 const char* NetworkLocationName(std::uint64_t location) {
   switch (location) {
-    case 0:
+    case Wayfinder::kDeciding:
       return "NETWORK_LOCATION_DECIDING";
-    case 1:
+    case Wayfinder::kLAN:
       return "NETWORK_LOCATION_LAN";
-    case 2:
+    case Wayfinder::kOutside:
       return "NETWORK_LOCATION_OUTSIDE";
-    case 3:
+    case Wayfinder::kNone:
       return "NETWORK_LOCATION_NONE";
-    case 4:
+    case Wayfinder::kVPN:
       return "NETWORK_LOCATION_VPN";
-    case 5:
+    case Wayfinder::kHotspot:
       return "NETWORK_LOCATION_HOTSPOT";
-    case 6:
+    case Wayfinder::kPartlyInternal:
       return "NETWORK_LOCATION_PARTLY_INTERNAL";
     default:
       return "NETWORK_LOCATION_UNDEFINED";
   }
 }
 
-std::unique_ptr<MrvBeaconSvr> NewMrvBeaconService() {
-  return std::make_unique<MrvBeaconSvr>();
+MrvBeaconSvr* NewMrvBeaconService() {
+  return new MrvBeaconSvr;
 }
 
 std::uint64_t MrvBeaconSvr::checkLocationForStore(const std::string& storeURL) {

@@ -3,7 +3,6 @@
 #include "SRLib/PropertyList/PropertyList.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -24,4 +23,5 @@ class MrvBeaconSvr {
 // The name under which a network location value is logged.
 [[nodiscard]] const char* NetworkLocationName(std::uint64_t location);
 
-[[nodiscard]] std::unique_ptr<MrvBeaconSvr> NewMrvBeaconService();
+// A new object, owned by the caller.
+extern "C" [[nodiscard]] MrvBeaconSvr* NewMrvBeaconService();

@@ -15,11 +15,10 @@ class PeerTrust {
   // for a stapled revocation answer.
   void Watch(SSL_CTX* context);
 
-  // Whether a handshake verified a chain.
-  [[nodiscard]] bool IsPresent() const { return chain_ != nullptr; }
   // Whether the peer ended the session with a fatal alert.
   [[nodiscard]] bool ReceivedFatalAlert() const { return receivedFatalAlert_; }
-  // The verified chain, the peer's certificate first, the root last; borrowed, null when none is present.
+  // The verified chain, the peer's certificate first, the root last; borrowed, null before a handshake
+  // verified one.
   [[nodiscard]] const STACK_OF(X509) * Chain() const { return chain_.get(); }
 
   // False when there is no chain, or the stapled answer is genuine and says that the peer's certificate is

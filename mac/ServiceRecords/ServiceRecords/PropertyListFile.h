@@ -18,7 +18,9 @@ class PropertyListFile {
 
   // Replaces the file. When the last Load found it damaged (not readable, or no property list with a
   // dictionary at its root), the damaged file is first kept beside it with ".damaged" appended to its name;
-  // without that nothing is written. On an error the old file is as it was.
+  // without that nothing is written. When it could not be read for a reason that passes, such as too many
+  // open files, nothing is written either, and that error is the result. On an error the old file is as it
+  // was.
   [[nodiscard]] std::error_code Save(const PropertyList::Dictionary& root);
 
   // Removes temporary files that a killed process left behind.
@@ -27,4 +29,5 @@ class PropertyListFile {
  private:
   std::filesystem::path file_;
   bool isDamaged_ = false;
+  std::error_code passingFailure_;  // of the last Load
 };

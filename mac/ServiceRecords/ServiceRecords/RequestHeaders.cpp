@@ -17,17 +17,24 @@ bool Append(CurlListPtr& list, const std::string& line) {
   return true;
 }
 
+constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kNeverInALine("\r\n\0", 3);
+
+bool HasBlankValue(std::string_view line) {
+  return line.find_first_not_of(kBlanks, line.find(':') + 1) == std::string_view::npos;
+}
+
 bool IsSendable(std::string_view line) {
-  const std::size_t colon = line.find(':');
-  const bool named = colon != std::string_view::npos && colon != 0;
-  return named && line.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+  const std::string_view name = line.substr(0, line.find(':'));
+  if (name.empty() || name.size() == line.size() || kBlanks.find(name.front()) != std::string_view::npos)
+    return false;
+  if (HasBlankValue(line) && name.find(';') != std::string_view::npos) return false;
+  return line.find_first_of(kNeverInALine) == std::string_view::npos;
 }
 
 // libcurl leaves out a header whose value is blank, unless a semicolon stands in the colon's place.
 std::string LibraryForm(const std::string& line) {
-  const std::size_t colon = line.find(':');
-  const bool blank = line.find_first_not_of(" \t", colon + 1) == std::string::npos;
-  return blank ? line.substr(0, colon) + ";" : line;
+  return HasBlankValue(line) ? line.substr(0, line.find(':')) + ";" : line;
 }
 
 }  // namespace

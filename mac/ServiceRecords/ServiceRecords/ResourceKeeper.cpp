@@ -27,7 +27,7 @@ std::optional<std::string> UTF8FromUTF16(std::string text, const char* encoding)
   const iconv_t opened = ::iconv_open("UTF-8", encoding);
   if (opened == reinterpret_cast<iconv_t>(-1)) return std::nullopt;
   const ConverterPtr converter(opened);
-  std::string utf8(text.size() * 2, '\0');  // two bytes become three at most
+  std::string utf8(text.size() / 2 * 3, '\0');  // two bytes become three at most
   char* from = text.data();
   char* to = utf8.data();
   std::size_t fromLeft = text.size();
@@ -48,18 +48,11 @@ std::optional<std::string> Decoded(std::string text) {
 }
 
 std::optional<std::string> ReadText(const std::filesystem::path& file, std::error_code& error) {
-  const std::optional<std::string> bytes = AtomicFile::Read(file, error);
+  std::optional<std::string> bytes = AtomicFile::Read(file, error);
   if (!bytes) return std::nullopt;
-  std::optional<std::string> text = Decoded(*bytes);
+  std::optional<std::string> text = Decoded(std::move(*bytes));
   if (!text) error = std::make_error_code(std::errc::illegal_byte_sequence);
   return text;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view kBlanksAndNewlines = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kBlanksAndNewlines);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanksAndNewlines) - first + 1);
 }
 
 std::size_t FindIgnoringCase(std::string_view text, std::string_view wanted) {
@@ -132,7 +125,7 @@ std::optional<std::string> ResourceKeeper::resourceStringName(int id) const {
   const std::size_t start = mark + idMark.size();
   const std::size_t end = table->find('\n', start);
   if (end == std::string::npos) return std::nullopt;
-  return std::string(Trimmed(std::string_view(*table).substr(start, end - start)));
+  return std::string(util::Trimmed(std::string_view(*table).substr(start, end - start)));
 }
 
 std::optional<std::string> ResourceKeeper::messagesMC(const std::string& countryCode) const {

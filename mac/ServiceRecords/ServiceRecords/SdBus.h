@@ -4,7 +4,6 @@
 #include <systemd/sd-event.h>
 
 #include <memory>
-#include <string>
 
 // Owners for the bus library's handles. A handle and everything made from it is used by one thread only.
 struct BusDeleter {

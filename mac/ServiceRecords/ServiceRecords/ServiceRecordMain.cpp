@@ -7,6 +7,7 @@
 #include "MacSSLValidation.h"
 #include "MainLoop.h"
 #include "SRLib/SRProvider.h"
+#include "SRLib/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 using namespace ServiceRecords;

@@ -4,6 +4,26 @@
 #include "BusMarshalling.h"
 #include "MRVServiceRecordsSvr.h"
 #include "MainLoop.h"
+#include "ServiceNames.h"
+
+#include <functional>
+#include <utility>
+
+namespace {
+
+// Posts the reply to the main loop however the handling ends.
+class ReplyAtEnd {
+ public:
+  explicit ReplyAtEnd(std::function<void()> reply) : reply_(std::move(reply)) {}
+  ~ReplyAtEnd() { MainLoop::Main().Post(reply_); }
+  ReplyAtEnd(const ReplyAtEnd&) = delete;
+  ReplyAtEnd& operator=(const ReplyAtEnd&) = delete;
+
+ private:
+  const std::function<void()> reply_;
+};
+
+}  // namespace
 
 const sd_bus_vtable ServiceRecordsBusObject::kMethods[] = {
     SD_BUS_VTABLE_START(0),
@@ -28,8 +48,8 @@ const sd_bus_vtable ServiceRecordsBusObject::kMethods[] = {
     SD_BUS_VTABLE_END};
 
 bool ServiceRecordsBusObject::Serve(sd_bus& bus) {
-  slot_ = AddInterface(bus, "/com/morvane/ServiceRecords", "com.morvane.MrvServiceRecordsService", kMethods,
-                       this);
+  slot_ = AddInterface(bus, ServiceNames::kServiceRecordsPath, ServiceNames::kServiceRecordsInterface,
+                       kMethods, this);
   return slot_ != nullptr;
 }
 
@@ -91,14 +111,21 @@ int ServiceRecordsBusObject::HandleServiceRecordFTA(sd_bus_message* call, void* 
 
 void ServiceRecordsBusObject::HandleFileInBackground(sd_bus_message* call, const std::string& path) {
   const std::uint64_t number = nextCall_++;
-  tasks_.Start([this, number, path] {
-    service_.handleServiceRecordFTA(path);
-    MainLoop::Main().Post([this, number] {
-      const auto pending = pendingCalls_.extract(number);
-      sd_bus_reply_method_return(pending.mapped().get(), nullptr);
+  pendingCalls_.emplace(number, BusMessagePtr(sd_bus_message_ref(call)));
+  try {
+    tasks_.Start([this, number, path] {
+      const ReplyAtEnd reply([this, number] { Reply(number); });
+      service_.handleServiceRecordFTA(path);
     });
-  });
-  pendingCalls_.emplace(number, sd_bus_message_ref(call));
+  } catch (...) {
+    pendingCalls_.erase(number);
+    throw;
+  }
+}
+
+void ServiceRecordsBusObject::Reply(std::uint64_t call) {
+  const auto pending = pendingCalls_.extract(call);
+  if (pending) sd_bus_reply_method_return(pending.mapped().get(), nullptr);
 }
 
 int ServiceRecordsBusObject::HandleDiscoveryDocument(sd_bus_message* call, void* self, sd_bus_error* error) {

@@ -32,6 +32,7 @@ class ServiceRecordsBusObject {
   static ServiceRecordsBusObject& Self(void* self) { return *static_cast<ServiceRecordsBusObject*>(self); }
 
   void HandleFileInBackground(sd_bus_message* call, const std::string& path);
+  void Reply(std::uint64_t call);
 
   MrvServiceRecordsSvr& service_;
   BackgroundTasks& tasks_;

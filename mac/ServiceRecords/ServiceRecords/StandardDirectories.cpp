@@ -1,9 +1,10 @@
 #include "StandardDirectories.h"
 
+#include "SystemError.h"
+
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -12,8 +13,6 @@
 namespace StandardDirectories {
 namespace {
 
-constexpr mode_t kOwnerOnly = 0700;
-
 // The folder in the environment variable; nothing when it is not set or relative.
 std::optional<std::filesystem::path> Folder(const char* variable) {
   const char* const value = std::getenv(variable);
@@ -21,14 +20,10 @@ std::optional<std::filesystem::path> Folder(const char* variable) {
   return value;
 }
 
-std::error_code LastError() {
-  return {errno, std::generic_category()};
-}
-
-std::error_code CreateDirectory(const std::string& folder) {
-  if (::mkdir(folder.c_str(), kOwnerOnly) == 0) {
-    // The umask may have taken the owner's own rights.
-    return ::chmod(folder.c_str(), kOwnerOnly) == 0 ? std::error_code() : LastError();
+std::error_code CreateDirectory(const std::string& folder, mode_t mode) {
+  if (::mkdir(folder.c_str(), mode) == 0) {
+    // The umask may have taken even the owner's rights.
+    return ::chmod(folder.c_str(), mode) == 0 ? std::error_code() : LastError();
   }
   const std::error_code error = LastError();
   struct stat status {};
@@ -55,14 +50,20 @@ std::filesystem::path MachineApplicationSupport() {
   return "/etc/xdg";
 }
 
-std::error_code CreateDirectories(const std::filesystem::path& folder) {
+std::optional<std::filesystem::path> Logs() {
+  const char* const home = std::getenv("HOME");
+  if (home == nullptr) return std::nullopt;
+  return std::string(home) + "/Library/Logs";
+}
+
+std::error_code CreateDirectories(const std::filesystem::path& folder, mode_t mode) {
   std::vector<std::filesystem::path> missing;
   std::error_code ignored;
   for (auto at = folder; !at.empty() && !std::filesystem::is_directory(at, ignored); at = at.parent_path()) {
     missing.push_back(at);
   }
   for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
-    if (const std::error_code error = CreateDirectory(*next)) return error;
+    if (const std::error_code error = CreateDirectory(*next, mode)) return error;
   }
   return {};
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -13,8 +15,16 @@ namespace StandardDirectories {
 // First absolute entry of $XDG_CONFIG_DIRS, else /etc/xdg.
 [[nodiscard]] std::filesystem::path MachineApplicationSupport();
 
-// Creates the folder and what is missing above it, each with mode 0700 under any umask. Returns the system's
+// $HOME/Library/Logs; nothing when HOME is not set. An empty HOME is the root folder, as for the log itself.
+[[nodiscard]] std::optional<std::filesystem::path> Logs();
+
+// Modes of created folders: the user's own ones, and those that all users of the machine share.
+inline constexpr mode_t kPrivateFolder = 0700;
+inline constexpr mode_t kSharedFolder = 0755;
+
+// Creates the folder and what is missing above it, each with that mode under any umask. Returns the system's
 // error, or none.
-[[nodiscard]] std::error_code CreateDirectories(const std::filesystem::path& folder);
+[[nodiscard]] std::error_code CreateDirectories(const std::filesystem::path& folder,
+                                                mode_t mode = kPrivateFolder);
 
 }  // namespace StandardDirectories

@@ -3,7 +3,9 @@
 namespace StreamErrorCode {
 
 bool IsTlsFailure(std::int64_t errorCode) {
-  return static_cast<std::uint64_t>(errorCode) + 9849 <= 49;
+  // One unsigned comparison: what lies below the range wraps around to far above it.
+  constexpr std::uint64_t kWidth = kLast - kFirst;
+  return static_cast<std::uint64_t>(errorCode) - static_cast<std::uint64_t>(kFirst) <= kWidth;
 }
 
 std::int64_t FromTransfer(CURLcode result, bool receivedFatalAlert) {

@@ -4,9 +4,12 @@
 
 #include <cstdint>
 
-// The error codes of a validation's stream. Those of TLS lie together in one range; a transport failure keeps
-// libcurl's own number, which is positive.
+// The error codes of a validation's stream. Those of TLS lie together in one range, kFirst to kLast; a
+// transport failure keeps libcurl's own number, which is positive.
 namespace StreamErrorCode {
+
+inline constexpr std::int64_t kFirst = -9849;
+inline constexpr std::int64_t kLast = -9800;
 
 inline constexpr std::int64_t kNone = 0;
 inline constexpr std::int64_t kProtocolMismatch = -9800;
@@ -16,7 +19,7 @@ inline constexpr std::int64_t kChainInvalid = -9807;
 inline constexpr std::int64_t kNoRootCertificates = -9813;
 inline constexpr std::int64_t kClientCertificateUnusable = -9825;
 
-// Whether the code lies in the TLS range, -9849 to -9800 inclusive.
+// Whether the code lies in the TLS range, kFirst to kLast inclusive.
 [[nodiscard]] bool IsTlsFailure(std::int64_t errorCode);
 
 // The code of a transfer that ended with `result`. `receivedFatalAlert`: the peer ended the TLS session with

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 #include <system_error>
 
 namespace TerminationEvent {
@@ -38,8 +37,7 @@ bool Requested() {
 
 void Request() noexcept {
   const int savedError = errno;
-  const std::uint64_t one = 1;
-  static_cast<void>(!::write(g_descriptor, &one, sizeof one));
+  eventfd_write(g_descriptor, 1);
   errno = savedError;
 }
 

@@ -27,7 +27,10 @@ std::optional<std::filesystem::path> ModuleOf(const Bundle& bundle) {
       !std::filesystem::is_regular_file(bundle.Path() / name, error)) {
     return std::nullopt;
   }
-  return std::filesystem::absolute(bundle.Path() / name, error);
+  std::filesystem::path module = std::filesystem::absolute(bundle.Path() / name, error);
+  // An empty path would load the agent itself.
+  if (error) return std::nullopt;
+  return module;
 }
 
 // Never unmapped, even when the handle is closed, so that entry points stay good.
@@ -35,11 +38,17 @@ ModulePtr Load(const std::filesystem::path& module) {
   return ModulePtr(::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE));
 }
 
+bool Conforms(const SRUIProtocol& entryPoints) {
+  return entryPoints.version >= SRUI_PROTOCOL_VERSION && entryPoints.addStore != nullptr &&
+         entryPoints.replaceStore != nullptr && entryPoints.errorMessage != nullptr &&
+         entryPoints.SRStoreDetailsViewWithDetailsDictionary != nullptr;
+}
+
 const SRUIProtocol* ConformingClass(const ModulePtr& module, const SRUIHost& host) {
   const auto principalClass =
       reinterpret_cast<PrincipalClassFunction>(::dlsym(module.get(), "ServiceRecordUIPrincipalClass"));
   const SRUIProtocol* entryPoints = principalClass != nullptr ? principalClass(&host) : nullptr;
-  return entryPoints != nullptr && entryPoints->version >= SRUI_PROTOCOL_VERSION ? entryPoints : nullptr;
+  return entryPoints != nullptr && Conforms(*entryPoints) ? entryPoints : nullptr;
 }
 
 }  // namespace

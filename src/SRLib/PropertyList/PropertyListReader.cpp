@@ -1,3 +1,4 @@
+#include "Base64Alphabet.h"
 #include "PropertyList.h"
 #include "SRLib/TextHelpers.h"
 
@@ -5,6 +6,10 @@
 #include <array>
 #include <cctype>
 #include <charconv>
+#include <cmath>
+#include <limits>
+#include <locale>
+#include <sstream>
 
 namespace PropertyList {
 namespace {
@@ -13,12 +18,6 @@ constexpr std::string_view kBlanks = " \t\n";
 
 // Thrown within this file only, and caught in Read.
 struct Malformed {};
-
-std::string_view Trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 bool EqualIgnoringCase(std::string_view left, std::string_view right) {
   const auto lower = [](unsigned char c) { return std::tolower(c); };
@@ -205,25 +204,34 @@ class Scanner {
   std::string_view rest_;
 };
 
-template <class Number>
-std::optional<Number> Whole(std::string_view digits, int base) {
-  Number number{};
+// Decimal digits, or hexadecimal ones after "0x".
+std::uint64_t Magnitude(std::string_view digits) {
+  const bool hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
+  if (hexadecimal) digits.remove_prefix(2);
+  std::uint64_t number = 0;
   const char* const end = digits.data() + digits.size();
-  const auto [stop, error] = std::from_chars(digits.data(), end, number, base);
-  if (error != std::errc() || stop != end) return std::nullopt;
+  const auto [stop, error] = std::from_chars(digits.data(), end, number, hexadecimal ? 16 : 10);
+  if (error != std::errc() || stop != end) throw Malformed{};
   return number;
 }
 
 Value Integer(std::string_view text) {
-  if (text.starts_with('+')) text.remove_prefix(1);
-  if (text.starts_with("0x") || text.starts_with("0X")) {
-    if (const auto number = Whole<std::uint64_t>(text.substr(2), 16)) return *number;
-  } else if (const auto number = Whole<std::int64_t>(text, 10)) {
-    return *number;
-  } else if (const auto large = Whole<std::uint64_t>(text, 10)) {
-    return *large;
-  }
-  throw Malformed{};
+  const bool negative = text.starts_with('-');
+  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  const std::uint64_t magnitude = Magnitude(text);
+  if (!negative) return magnitude;
+  constexpr std::uint64_t kLargest = std::uint64_t{1} << 63;
+  if (magnitude > kLargest) throw Malformed{};
+  return static_cast<std::int64_t>(0 - magnitude);
+}
+
+// Infinity for a number too large, zero for one too small: from_chars does not tell which of them it met.
+double OutOfRange(std::string_view number) {
+  std::istringstream stream{std::string(number)};
+  stream.imbue(std::locale::classic());
+  double nearest = 0;
+  stream >> nearest;
+  return std::abs(nearest) < 1 ? nearest : std::copysign(std::numeric_limits<double>::infinity(), nearest);
 }
 
 // "nan" and "infinity" included, with any sign.
@@ -232,16 +240,19 @@ Value Real(std::string_view text) {
   double number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end) throw Malformed{};
+  if (stop != end) throw Malformed{};
+  if (error == std::errc::result_out_of_range) return OutOfRange(text);
+  if (error != std::errc()) throw Malformed{};
   return number;
 }
 
-constexpr std::array<signed char, 256> kBase64Values = [] {
-  constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::array<signed char, 256> values{};
-  values.fill(-1);
-  for (std::size_t i = 0; i < kAlphabet.size(); ++i) {
-    values[static_cast<unsigned char>(kAlphabet[i])] = static_cast<signed char>(i);
+constexpr std::uint8_t kNotBase64 = 64;
+
+constexpr std::array<std::uint8_t, 256> kBase64Values = [] {
+  std::array<std::uint8_t, 256> values{};
+  values.fill(kNotBase64);
+  for (std::size_t i = 0; i < kBase64Alphabet.size(); ++i) {
+    values[static_cast<unsigned char>(kBase64Alphabet[i])] = static_cast<std::uint8_t>(i);
   }
   return values;
 }();
@@ -254,9 +265,9 @@ Value Base64(std::string text) {
   std::uint32_t bits = 0;
   unsigned count = 0;
   for (const char c : text) {
-    const int value = kBase64Values[static_cast<unsigned char>(c)];
-    if (value < 0) throw Malformed{};
-    bits = (bits << 6) | static_cast<std::uint32_t>(value);
+    const std::uint8_t value = kBase64Values[static_cast<unsigned char>(c)];
+    if (value == kNotBase64) throw Malformed{};
+    bits = (bits << 6) | value;
     count += 6;
     if (count >= 8) {
       count -= 8;
@@ -268,11 +279,11 @@ Value Base64(std::string text) {
 
 Value Leaf(std::string_view kind, std::string text) {
   if (kind == "string") return text;
-  if (kind == "integer") return Integer(Trimmed(text));
-  if (kind == "real") return Real(Trimmed(text));
+  if (kind == "integer") return Integer(util::Trimmed(text));
+  if (kind == "real") return Real(util::Trimmed(text));
   if (kind == "date") return Date{std::move(text)};
   if (kind == "data") return Base64(std::move(text));
-  if ((kind == "true" || kind == "false") && Trimmed(text).empty()) return kind == "true";
+  if ((kind == "true" || kind == "false") && util::Trimmed(text).empty()) return kind == "true";
   throw Malformed{};
 }
 

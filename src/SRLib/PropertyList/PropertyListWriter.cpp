@@ -1,3 +1,4 @@
+#include "Base64Alphabet.h"
 #include "PropertyList.h"
 #include "SRLib/TextHelpers.h"
 
@@ -59,7 +60,6 @@ std::string RealText(double number) {
 
 // Base64 with padding.
 std::string Base64Text(const Data& data) {
-  constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string text;
   for (std::size_t i = 0; i < data.size(); i += 3) {
     const std::size_t count = std::min<std::size_t>(3, data.size() - i);
@@ -68,7 +68,7 @@ std::string Base64Text(const Data& data) {
       bits = (bits << 8) | (k < count ? std::to_integer<std::uint32_t>(data[i + k]) : 0);
     }
     for (std::size_t k = 0; k < 4; ++k) {
-      text += k <= count ? kAlphabet[(bits >> (18 - 6 * k)) & 0x3F] : '=';
+      text += k <= count ? kBase64Alphabet[(bits >> (18 - 6 * k)) & 0x3F] : '=';
     }
   }
   return text;

@@ -6,10 +6,44 @@
 #include <xercesc/util/RefVectorOf.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/DTD/DTDAttDef.hpp>
+#include <xercesc/validators/DTD/DTDElementDecl.hpp>
+#include <xercesc/validators/common/ContentSpecNode.hpp>
 
 #include <stdexcept>
+#include <vector>
 
 using namespace xercesc;
+
+namespace {
+
+// A parse under the meter, for as long as this object lives.
+class MeteredParse {
+ public:
+  explicit MeteredParse(ParseMeter& meter) : meter_(meter) { meter_.Start(); }
+  ~MeteredParse() { meter_.running = false; }
+  MeteredParse(const MeteredParse&) = delete;
+  MeteredParse& operator=(const MeteredParse&) = delete;
+
+ private:
+  ParseMeter& meter_;
+};
+
+bool HasMorePartsThan(std::size_t limit, const ContentSpecNode* model) {
+  std::vector<const ContentSpecNode*> open{model};
+  std::size_t parts = 0;
+  while (!open.empty() && parts <= limit) {
+    const ContentSpecNode* part = open.back();
+    open.pop_back();
+    if (part == nullptr) continue;
+    ++parts;
+    open.push_back(part->getFirst());
+    open.push_back(part->getSecond());
+  }
+  return parts > limit;
+}
+
+}  // namespace
 
 BoundedParser::BoundedParser(ParseMeter& meter, MemoryManager& memory)
     : XercesDOMParser(nullptr, &memory, nullptr), meter_(meter) {
@@ -18,21 +52,40 @@ BoundedParser::BoundedParser(ParseMeter& meter, MemoryManager& memory)
 }
 
 void BoundedParser::ParseWithinBounds(const InputSource& source) {
-  meter_.Start();
+  const MeteredParse metered(meter_);
   try {
     parse(source);
   } catch (const OutOfMemoryException&) {
     if (meter_.exceeded.empty()) throw;
-    throw std::runtime_error(meter_.exceeded);
   }
+  if (!meter_.exceeded.empty()) Fail(meter_.exceeded);
+}
+
+// The library's content models are walked recursively, so they have to be refused before their first use.
+void BoundedParser::elementDecl(const DTDElementDecl& declaration, bool isIgnored) {
+  if (HasMorePartsThan(meter_.bounds.contentModelParts, declaration.getContentSpec())) {
+    Fail("the document declares a content model of more than " +
+         std::to_string(meter_.bounds.contentModelParts) + " parts");
+  }
+  XercesDOMParser::elementDecl(declaration, isIgnored);
+}
+
+// The library compares every declared value with every other before it looks at the clock again.
+void BoundedParser::attDef(const DTDElementDecl& element, const DTDAttDef& attribute, bool isIgnored) {
+  meter_.enumerationCharacters += XMLString::stringLen(attribute.getEnumeration());
+  if (meter_.enumerationCharacters > meter_.bounds.enumerationCharacters) {
+    Fail("the document enumerates more than " + std::to_string(meter_.bounds.enumerationCharacters >> 10) +
+         " KiB of attribute values");
+  }
+  XercesDOMParser::attDef(element, attribute, isIgnored);
 }
 
 void BoundedParser::startElement(const XMLElementDecl& declaration, unsigned int uriId, const XMLCh* prefix,
                                  const RefVectorOf<XMLAttr>& attributes, XMLSize_t attributeCount,
                                  bool isEmpty, bool isRoot) {
+  meter_.contentReached = true;
   if (meter_.depth >= meter_.bounds.nesting) {
-    throw std::runtime_error("the document nests deeper than " + std::to_string(meter_.bounds.nesting) +
-                             " levels");
+    Fail("the document nests deeper than " + std::to_string(meter_.bounds.nesting) + " levels");
   }
   for (XMLSize_t i = 0; i < attributeCount; ++i) {
     CountExpanded(XMLString::stringLen(attributes.elementAt(i)->getValue()));
@@ -63,17 +116,22 @@ void BoundedParser::error(unsigned int code, const XMLCh* domain, XMLErrorReport
                           XMLFileLoc column) {
   // The library reports the limit and would go on with a fresh count.
   if (code == XMLErrs::EntityExpansionLimitExceeded && XMLString::equals(domain, XMLUni::fgXMLErrDomain)) {
-    throw std::runtime_error("the document expands more than " +
-                             std::to_string(meter_.bounds.entityExpansions) + " entities");
+    Fail("the document expands more than " + std::to_string(meter_.bounds.entityExpansions) + " entities");
   }
   XercesDOMParser::error(code, domain, type, text, systemId, publicId, line, column);
+}
+
+void BoundedParser::Fail(const std::string& reason) {
+  meter_.running = false;
+  throw std::runtime_error(reason);
 }
 
 void BoundedParser::CountExpanded(std::size_t units) {
   meter_.expandedBytes += units;
   if (meter_.expandedBytes > meter_.bounds.expandedBytes) {
-    throw std::runtime_error("the document expands to more than " +
-                             std::to_string(meter_.bounds.expandedBytes >> 20) + " MiB of text");
+    Fail("the document expands to more than " + std::to_string(meter_.bounds.expandedBytes >> 20) +
+         " MiB of text");
   }
-  if (meter_.TimeIsUp()) throw std::runtime_error(meter_.TimeBound());
+  if (!meter_.exceeded.empty()) Fail(meter_.exceeded);
+  if (meter_.TimeIsUp()) Fail(meter_.TimeBound());
 }

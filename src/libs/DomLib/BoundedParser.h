@@ -21,6 +21,9 @@ class BoundedParser : public xercesc::XercesDOMParser {
   void startElement(const xercesc::XMLElementDecl& declaration, unsigned int uriId, const XMLCh* prefix,
                     const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t attributeCount,
                     bool isEmpty, bool isRoot) override;
+  void elementDecl(const xercesc::DTDElementDecl& declaration, bool isIgnored) override;
+  void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute,
+              bool isIgnored) override;
   void endElement(const xercesc::XMLElementDecl& declaration, unsigned int uriId, bool isRoot,
                   const XMLCh* prefix) override;
   void docCharacters(const XMLCh* characters, XMLSize_t length, bool cdataSection) override;
@@ -30,6 +33,7 @@ class BoundedParser : public xercesc::XercesDOMParser {
              XMLFileLoc column) override;
 
  private:
+  [[noreturn]] void Fail(const std::string& reason);
   void CountExpanded(std::size_t units);
 
   ParseMeter& meter_;

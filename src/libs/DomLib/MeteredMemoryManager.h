@@ -14,10 +14,12 @@ class MeteredMemoryManager : public xercesc::MemoryManager {
   explicit MeteredMemoryManager(ParseMeter& meter) : meter_(meter) {}
 
   xercesc::MemoryManager* getExceptionMemoryManager() override;
-  // Throws xercesc::OutOfMemoryException past the meter's bounds.
+  // Throws xercesc::OutOfMemoryException past the meter's bounds, once in a parse.
   void* allocate(XMLSize_t size) override;
   void deallocate(void* pointer) override;
 
  private:
+  void Meter(XMLSize_t size);
+
   ParseMeter& meter_;
 };

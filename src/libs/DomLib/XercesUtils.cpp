@@ -28,6 +28,15 @@ bool IsBlank(const XMLCh* text) {
   return XMLChar1_1::isAllSpaces(text, XMLString::stringLen(text));
 }
 
+// The node that follows in document order, below `root`; null at the end.
+const DOMNode* NextInTree(const DOMNode& root, const DOMNode& node) {
+  if (node.getFirstChild() != nullptr) return node.getFirstChild();
+  for (const DOMNode* place = &node; place != &root; place = place->getParentNode()) {
+    if (place->getNextSibling() != nullptr) return place->getNextSibling();
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 XercesPlatform::XercesPlatform() {
@@ -71,9 +80,17 @@ bool AsBool(const std::wstring& text) {
   return text == L"true" || text == L"1";
 }
 
+const DOMElement* NextDescendant(const DOMElement& root, const XString& name, const DOMNode* after) {
+  for (const DOMNode* node = NextInTree(root, after == nullptr ? root : *after); node != nullptr;
+       node = NextInTree(root, *node)) {
+    if (node->getNodeType() == DOMNode::ELEMENT_NODE && name == node->getNodeName())
+      return static_cast<const DOMElement*>(node);
+  }
+  return nullptr;
+}
+
 std::wstring SubNodeText(const DOMElement& element, const char* name) {
-  const DOMNodeList* matches = element.getElementsByTagName(AsXString(name).c_str());
-  const DOMNode* first = matches->item(0);
+  const DOMElement* first = NextDescendant(element, AsXString(name));
   if (first == nullptr) return {};
   std::wstring result;
   for (const DOMNode* child = first->getFirstChild(); child != nullptr; child = child->getNextSibling()) {

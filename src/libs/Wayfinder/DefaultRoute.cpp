@@ -1,7 +1,7 @@
 #include "libs/Wayfinder/DefaultRoute.h"
 
+#include <linux/if_arp.h>
 #include <linux/rtnetlink.h>
-#include <net/if_arp.h>
 #include <netlink/cache.h>
 #include <netlink/netlink.h>
 #include <netlink/route/link.h>
@@ -27,8 +27,6 @@ struct LinkDeleter {
 using SocketPtr = std::unique_ptr<nl_sock, SocketDeleter>;
 using CachePtr = std::unique_ptr<nl_cache, CacheDeleter>;
 using LinkPtr = std::unique_ptr<rtnl_link, LinkDeleter>;
-
-constexpr unsigned kArpTypeNone = 65534;  // a tun device: no link-layer address
 
 CachePtr DumpRoutes(nl_sock& socket) {
   nl_cache* routes = nullptr;
@@ -68,7 +66,7 @@ bool IsTunnel(rtnl_link& link) {
   const char* type = rtnl_link_get_type(&link);
   const std::string_view kind = type == nullptr ? "" : type;
   return std::find(kKinds.begin(), kKinds.end(), kind) != kKinds.end() || kind.starts_with("ovpn") ||
-         (kind == "tun" && rtnl_link_get_arptype(&link) == kArpTypeNone);
+         (kind == "tun" && rtnl_link_get_arptype(&link) == ARPHRD_NONE);
 }
 
 }  // namespace

@@ -14,10 +14,18 @@ using WFLogFunc = void (*)(const char* message);
 void WFSetCustomLogFunc(WFLogFunc logFunction);
 
 // Where the machine stands in the network, judged from the beacons of the stores that it was given. Any
-// thread; no call blocks. It does not probe beacons: every store's location is still being decided.
+// thread; no call waits for the network. It does not probe beacons: every store's location is still being
+// decided.
 class Wayfinder {
  public:
+  // Network locations.
   static constexpr std::uint32_t kDeciding = 0;
+  static constexpr std::uint32_t kLAN = 1;
+  static constexpr std::uint32_t kOutside = 2;
+  static constexpr std::uint32_t kNone = 3;
+  static constexpr std::uint32_t kVPN = 4;
+  static constexpr std::uint32_t kHotspot = 5;
+  static constexpr std::uint32_t kPartlyInternal = 6;
 
   // Bits of networkReachabilityFlags.
   static constexpr std::uint32_t kTransientConnection = 1U << 0;

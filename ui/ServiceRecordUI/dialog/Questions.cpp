@@ -15,10 +15,10 @@ using PropertyList::Dictionary;
 constexpr std::size_t kLongestText = 200;
 constexpr std::size_t kLongestMessage = 4000;
 // More would push the store's name off the screen.
-constexpr std::size_t kMostGateways = 16;
+constexpr std::size_t kMostGateways = 8;
 // Texts begin in one column, behind the labels.
 constexpr std::size_t kLabelWidth = 15;
-constexpr std::string_view kNextLine = "\n               ";
+constexpr std::string_view kNone = "(none)";
 
 std::string TextOf(const Dictionary& dictionary, std::string_view key) {
   const PropertyList::Value* value = dictionary.Find(key);
@@ -27,59 +27,66 @@ std::string TextOf(const Dictionary& dictionary, std::string_view key) {
 }
 
 std::string Shown(const Dictionary& dictionary, std::string_view key) {
-  const std::string text = TerminalText::OneLine(TextOf(dictionary, key), kLongestText);
-  return text.empty() ? "(none)" : text;
+  const std::string text =
+      TerminalText::OneLine(TerminalText::SingleBlanks(TextOf(dictionary, key)), kLongestText);
+  return text.empty() ? std::string(kNone) : text;
 }
 
-std::string GatewayLine(const PropertyList::Value& value) {
-  const Dictionary* gateway = value.As<Dictionary>();
-  if (gateway == nullptr) return "(none)";
-  const PropertyList::Value* mark = gateway->Find("IsDefault");
+// The label stands on the first line only.
+std::string Line(std::string_view label, std::string_view text, std::size_t columns) {
+  const std::size_t textColumns = columns > kLabelWidth ? columns - kLabelWidth : 1;
+  std::string start = "  ";
+  start += label;
+  std::string lines;
+  for (const std::string& part : TerminalText::Folded(text, textColumns)) {
+    start.resize(kLabelWidth, ' ');
+    lines += start + part + '\n';
+    start.clear();
+  }
+  return lines;
+}
+
+// The mark is a label, which no name can imitate.
+std::string GatewayLines(const Dictionary& gateway, std::size_t columns) {
+  const PropertyList::Value* mark = gateway.Find("IsDefault");
   const bool isDefault = mark != nullptr && mark->AsNumber().value_or(0) != 0;
-  return Shown(*gateway, "GatewayName") + ", " + Shown(*gateway, "GatewayURL") +
-         (isDefault ? " [default]" : "");
+  return Line(isDefault ? "  [default]" : "  [other]", Shown(gateway, "GatewayName"), columns) +
+         Line("    at", Shown(gateway, "GatewayURL"), columns);
 }
 
-std::string GatewayLines(const Dictionary& details) {
+std::string AllGateways(const Dictionary& details, std::size_t columns) {
   const PropertyList::Value* value = details.Find("StoreGateways");
   const Array* gateways = value != nullptr ? value->As<Array>() : nullptr;
-  if (gateways == nullptr || gateways->empty()) return "(none)";
+  if (gateways == nullptr || gateways->empty()) return Line("Gateways:", kNone, columns);
+  std::string lines = "  Gateways:\n";
   const std::size_t shown = std::min(gateways->size(), kMostGateways);
-  std::string lines;
   for (std::size_t index = 0; index < shown; ++index) {
-    if (index > 0) lines += kNextLine;
-    lines += GatewayLine((*gateways)[index]);
+    const Dictionary* gateway = (*gateways)[index].As<Dictionary>();
+    lines += GatewayLines(gateway != nullptr ? *gateway : Dictionary(), columns);
   }
   if (gateways->size() == shown) return lines;
-  lines += kNextLine;
-  return lines + "and " + std::to_string(gateways->size() - shown) + " more";
-}
-
-std::string Line(std::string_view label, const std::string& text) {
-  std::string line = "  ";
-  line += label;
-  line.resize(kLabelWidth, ' ');
-  return line + text + "\n";
+  return lines + "    and " + std::to_string(gateways->size() - shown) + " more\n";
 }
 
 }  // namespace
 
-std::string AddStore(const Dictionary& details) {
-  return "\nA service record wants to add a store:\n\n" + Line("Store:", Shown(details, "StoreName")) +
-         Line("Provider:", Shown(details, "StoreProvider")) +
-         Line("Certificate:", Shown(details, "CertificateName")) +
-         Line("Address:", Shown(details, "StoreURL")) + Line("Gateways:", GatewayLines(details)) +
+std::string AddStore(const Dictionary& details, std::size_t columns) {
+  return "\nA service record wants to add a store:\n\n" +
+         Line("Store:", Shown(details, "StoreName"), columns) +
+         Line("Provider:", Shown(details, "StoreProvider"), columns) +
+         Line("Certificate:", Shown(details, "CertificateName"), columns) +
+         Line("Address:", Shown(details, "StoreURL"), columns) + AllGateways(details, columns) +
          "\nAdd this store only if you trust the provider.\nAdd it? [y/N] ";
 }
 
-std::string ReplaceStore(const Dictionary& details) {
+std::string ReplaceStore(const Dictionary& details, std::size_t columns) {
   return "\nA service record wants to replace a store that you already have:\n\n" +
-         Line("Store:", Shown(details, "StoreName")) + "\nReplace it with the new record? [y/N] ";
+         Line("Store:", Shown(details, "StoreName"), columns) + "\nReplace it with the new record? [y/N] ";
 }
 
-std::string ErrorMessage(const Dictionary& details) {
-  return "\n" + Shown(details, "ErrorTitle") + "\n\n" +
-         TerminalText::Indented(TextOf(details, "ErrorMessage"), kLongestMessage) + "\n\n";
+std::string ErrorMessage(const Dictionary& details, std::size_t columns) {
+  return "\n" + TerminalText::Indented(Shown(details, "ErrorTitle"), columns) + "\n\n" +
+         TerminalText::Indented(TextOf(details, "ErrorMessage"), columns, kLongestMessage) + "\n\n";
 }
 
 }  // namespace Questions

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -17,12 +18,12 @@ namespace {
 
 constexpr int kTurnPollMilliseconds = 100;
 constexpr std::size_t kLongestLine = 4096;
+constexpr std::size_t kUsualColumns = 80;
 
 enum class Answer { Yes, No, Unclear };
 
 Answer AnswerOf(std::string line) {
-  std::erase_if(line,
-                [](char character) { return character == ' ' || character == '\t' || character == '\r'; });
+  std::erase_if(line, [](char character) { return character == ' ' || character == '\t'; });
   std::transform(line.begin(), line.end(), line.begin(), [](char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
   });
@@ -67,7 +68,14 @@ bool Terminal::TakeTurn() {
     pollfd input{STDIN_FILENO, POLLIN, 0};
     if (::poll(&input, 1, kTurnPollMilliseconds) > 0 && StandardInputClosed(input.revents)) return false;
   }
+  savedMode_ = SwitchToLines();
   return true;
+}
+
+std::size_t Terminal::Columns() const {
+  winsize size{};
+  if (::ioctl(terminal_.Get(), TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualColumns;
+  return size.ws_col;
 }
 
 bool Terminal::Print(std::string_view utf8) {
@@ -94,6 +102,23 @@ bool Terminal::Confirm(std::string_view question) {
   return false;
 }
 
+Terminal::SavedMode Terminal::SwitchToLines() const {
+  termios mode{};
+  if (::tcgetattr(terminal_.Get(), &mode) != 0) return {};
+  SavedMode saved(new termios(mode), ModeRestorer{terminal_.Get()});
+  mode.c_iflag |= ICRNL;
+  mode.c_iflag &= ~static_cast<tcflag_t>(IGNCR | INLCR);
+  mode.c_oflag |= OPOST | ONLCR;
+  mode.c_lflag |= ICANON | ECHO;
+  ::tcsetattr(terminal_.Get(), TCSADRAIN, &mode);
+  return saved;
+}
+
+void Terminal::ModeRestorer::operator()(termios* mode) const {
+  const std::unique_ptr<termios> owned(mode);
+  ::tcsetattr(terminal, TCSADRAIN, mode);
+}
+
 bool Terminal::WaitFor(short events) const {
   std::array<pollfd, 2> states{{{STDIN_FILENO, POLLIN, 0}, {terminal_.Get(), events, 0}}};
   while (true) {
@@ -114,7 +139,8 @@ std::optional<std::string> Terminal::ReadLine() {
     if (count < 0 && Interrupted(errno)) continue;
     if (count <= 0) return std::nullopt;
     line.append(buffer.data(), static_cast<std::size_t>(count));
-    if (const std::size_t end = line.find('\n'); end != std::string::npos) return line.substr(0, end);
+    if (const std::size_t end = line.find_first_of("\r\n"); end != std::string::npos)
+      return line.substr(0, end);
   }
   return std::nullopt;
 }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstddef>
 #include <exception>
 #include <optional>
 #include <string>
@@ -21,12 +22,14 @@ Reply Converse() {
   if (!terminal) return Reply::NoDisplay;
   if (!terminal->TakeTurn()) return Reply::Declined;
 
+  const std::size_t columns = terminal->Columns();
   if (request->dialog == DialogWire::kErrorMessage) {
-    return terminal->Print(Questions::ErrorMessage(request->details)) ? Reply::Accepted : Reply::NoDisplay;
+    const std::string message = Questions::ErrorMessage(request->details, columns);
+    return terminal->Print(message) ? Reply::Accepted : Reply::NoDisplay;
   }
   const bool isNew = request->dialog == DialogWire::kAddStore;
-  const bool yes = terminal->Confirm(isNew ? Questions::AddStore(request->details)
-                                           : Questions::ReplaceStore(request->details));
+  const bool yes = terminal->Confirm(isNew ? Questions::AddStore(request->details, columns)
+                                           : Questions::ReplaceStore(request->details, columns));
   return yes ? Reply::Accepted : Reply::Declined;
 }
 

@@ -1,4 +1,4 @@
-#include "ui/SystemLogFake.h"
+#include "support/SystemLogFake.h"
 
 #include "SystemLog.h"
 

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <cerrno>
+#include <system_error>
+
+// The error of the system call that has just failed on this thread.
+[[nodiscard]] inline std::error_code LastError() {
+  return {errno, std::generic_category()};
+}

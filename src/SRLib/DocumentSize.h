@@ -1,0 +1,6 @@
+#pragma once
+
+#include <cstddef>
+
+// The largest document that is read, in bytes of UTF-8.
+inline constexpr std::size_t kMaximumDocumentBytes = std::size_t{16} << 20;

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "core/ParserTest.h"
+#include "libs/DomLib/DomServices.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace testsupport {
+
+constexpr std::size_t kMiB = std::size_t{1} << 20;
+
+// Documents inside and outside the bounds.
+class BoundsTest : public ParserTest {
+ protected:
+  void ExpectRead(const std::wstring& document) {
+    EXPECT_TRUE(Parse(document));
+    EXPECT_EQ(CapturedTrace::RecordsStartingWith("Exception parsing"), Records{});
+  }
+
+  // The document fails with exactly one line that names the bound.
+  void ExpectRefused(const std::wstring& document, const std::string& reason) {
+    EXPECT_FALSE(Parse(document));
+    EXPECT_TRUE(stores_.empty());
+    Records records = CapturedTrace::Records();
+    std::erase_if(records, [&reason](const TraceRecord& record) {
+      return record.text.find(reason) == std::string::npos;
+    });
+    EXPECT_EQ(records, (Records{{2, "SRDocParser.cpp",
+                                 "Exception parsing document containning Service Records: " + reason}}));
+    EXPECT_EQ(CapturedTrace::RecordsStartingWith("Exception parsing").size(), 1U);
+  }
+
+  // Why a parse with these bounds refuses the text; empty when it does not.
+  static std::string Refusal(const ParseBounds& bounds, const std::wstring& text) {
+    DOMServices dom(bounds);
+    try {
+      static_cast<void>(dom.GetDocument(text));
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return "";
+  }
+
+  static ParseBounds WithTime(std::chrono::milliseconds time) {
+    ParseBounds bounds;
+    bounds.time = time;
+    return bounds;
+  }
+
+  static ParseBounds WithMemory(std::size_t memory) {
+    ParseBounds bounds;
+    bounds.memory = memory;
+    return bounds;
+  }
+
+  // A document with an internal subset.
+  static std::wstring Declaring(const std::wstring& declarations, const std::wstring& root = L"<Services/>") {
+    return L"<!DOCTYPE Services [" + declarations + L"]>" + root;
+  }
+};
+
+}  // namespace testsupport

@@ -1,0 +1,90 @@
+#include "core/BoundsTest.h"
+
+namespace {
+
+using namespace testsupport;
+
+class DeclarationBoundsTest : public BoundsTest {
+ protected:
+  // A model of so many names, joined by a separator.
+  static std::wstring Model(std::size_t names, const std::wstring& separator) {
+    return L"<!ELEMENT Services (a" + Repeated(separator + L"a", names - 1) + L")>";
+  }
+
+  static constexpr char kTooManyParts[] = "the document declares a content model of more than 1000 parts";
+};
+
+TEST_F(DeclarationBoundsTest, DeeplyNestedParenthesesEndNeitherTheProcessNorTheReading) {
+  ExpectRead(Declaring(L"<!ELEMENT Services " + std::wstring(1000000, L'(') + L"a" +
+                       std::wstring(1000000, L')') + L">"));
+  EXPECT_FALSE(Parse(L"<!DOCTYPE Services [<!ELEMENT Services " + std::wstring(1000000, L'(')));
+}
+
+TEST_F(DeclarationBoundsTest, AContentModelOfOrdinarySizeIsRead) {
+  ExpectRead(Declaring(Model(500, L",")));
+  ExpectRead(Declaring(Model(500, L"|")));
+}
+
+TEST_F(DeclarationBoundsTest, AContentModelOfMorePartsIsRefused) {
+  ExpectRefused(Declaring(Model(501, L",")), kTooManyParts);
+  ExpectRefused(Declaring(Model(501, L"|")), kTooManyParts);
+  ExpectRefused(Declaring(L"<!ELEMENT Services (#PCDATA" + Repeated(L"|a", 1000) + L")*>"), kTooManyParts);
+}
+
+TEST_F(DeclarationBoundsTest, AHugeContentModelIsRefusedWithoutEndingTheProcess) {
+  ExpectRefused(Declaring(Model(200000, L",")), kTooManyParts);
+  ExpectRefused(Declaring(Model(200000, L"|")), kTooManyParts);
+}
+
+TEST_F(DeclarationBoundsTest, AContentModelInAParameterEntityIsRefusedToo) {
+  ExpectRefused(Declaring(L"<!ENTITY % model \"" + Model(501, L",") + L"\">%model;"), kTooManyParts);
+}
+
+TEST_F(DeclarationBoundsTest, AContentModelThatFillsTheMemoryIsRefusedWhileItIsRead) {
+  const std::string refusal = "the document expands to more than the parser may hold (16 MiB)";
+  EXPECT_EQ(Refusal(WithMemory(16 * kMiB), Declaring(Model(200000, L","))), refusal);
+  EXPECT_EQ(Refusal(WithMemory(16 * kMiB), L"<!DOCTYPE a [<!ELEMENT a (a" + Repeated(L",a", 200000)),
+            refusal);
+}
+
+TEST_F(DeclarationBoundsTest, AContentModelWithExponentiallyManyStatesIsRefused) {
+  const std::wstring text = Declaring(L"<!ELEMENT Services ((a|b)*,a" + Repeated(L",(a|b)", 25) + L")>",
+                                      L"<Services><a/></Services>");
+  EXPECT_EQ(Refusal(WithMemory(16 * kMiB), text),
+            "the document expands to more than the parser may hold (16 MiB)");
+  EXPECT_EQ(Refusal(WithTime(std::chrono::milliseconds(200)), text),
+            "the document takes longer than 200 ms to parse");
+}
+
+TEST_F(DeclarationBoundsTest, TimeCanRunOutAnywhereInTheDeclarations) {
+  const std::wstring text = Declaring(Repeated(L"<!ELEMENT a (b,c,(d|e)*)>", 200000));
+  for (const int time : {0, 5, 20, 40}) {
+    EXPECT_EQ(Refusal(WithTime(std::chrono::milliseconds(time)), text),
+              "the document takes longer than " + std::to_string(time) + " ms to parse");
+  }
+}
+
+TEST_F(DeclarationBoundsTest, ParameterEntitiesOfParameterEntitiesRunOutOfTime) {
+  std::wstring declarations = L"<!ENTITY % p0 ' '>";
+  for (int i = 1; i <= 60; ++i) {
+    const std::wstring inner = L"&#37;p" + std::to_wstring(i - 1) + L";";
+    declarations += L"<!ENTITY % p" + std::to_wstring(i) + L" '" + inner + inner + L"'>";
+  }
+  EXPECT_EQ(Refusal(WithTime(std::chrono::milliseconds(200)), Declaring(declarations + L"%p60;")),
+            "the document takes longer than 200 ms to parse");
+}
+
+TEST_F(DeclarationBoundsTest, EnumeratedValuesOfOrdinarySizeAreRead) {
+  ExpectRead(Declaring(L"<!ATTLIST Services a (x" + Repeated(L"|x", 8000) + L") #IMPLIED>"));
+}
+
+TEST_F(DeclarationBoundsTest, MoreEnumeratedValuesAreRefused) {
+  const std::string refusal = "the document enumerates more than 16 KiB of attribute values";
+  ExpectRefused(Declaring(L"<!ATTLIST Services a (x" + Repeated(L"|x", 400000) + L") #IMPLIED>"), refusal);
+  std::wstring attributes;
+  for (int i = 0; i < 20; ++i)
+    attributes += L" a" + std::to_wstring(i) + L" (x" + Repeated(L"|x", 500) + L") #IMPLIED";
+  ExpectRefused(Declaring(L"<!ATTLIST Services" + attributes + L">"), refusal);
+}
+
+}  // namespace

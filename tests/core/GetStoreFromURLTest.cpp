@@ -1,0 +1,180 @@
+#include "core/ProviderTest.h"
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace testsupport;
+
+class GetStoreFromURLTest : public ProviderTest {
+ protected:
+  // The id of the store that the URL points at; a dash when there is none.
+  std::wstring Find(const std::wstring& url) {
+    Forget();
+    SRStore store = Store(L"-", L"untouched");
+    const bool found = provider_.GetStoreFromURL(url, store);
+    EXPECT_EQ(found, store.GetStoreID() != L"-");
+    EXPECT_EQ(found, store.GetStoreURL() != L"untouched");
+    return store.GetStoreID();
+  }
+
+  static Records Written(const std::vector<std::string>& texts) {
+    Records records;
+    for (const std::string& text : texts)
+      records.push_back({0, "SRProvider.cpp", "SRProvider::GetStoreFromURL " + text});
+    return records;
+  }
+
+  static constexpr char kTrimming[] = "full store address not found, checking by trimming URLs";
+};
+
+TEST_F(GetStoreFromURLTest, AnEmptyListHasNoStore) {
+  EXPECT_EQ(Find(L"https://h/a/b"), L"-");
+  EXPECT_EQ(CapturedTrace::Records(),
+            Written({kTrimming, "store address not found, looking for scheme-host-port, shpAddress is h",
+                     "failed to find matching store for URL: https://h/a/b"}));
+}
+
+TEST_F(GetStoreFromURLTest, TheWholeAddressIsMatchedInAnyLetterCase) {
+  Hold({Store(L"s", L"https://host/Store/discovery")});
+  EXPECT_EQ(Find(L"HTTPS://Host/store/DISCOVERY"), L"s");
+  EXPECT_EQ(CapturedTrace::Records(), Written({"found matching store: https://host/Store/discovery, for URL: "
+                                               "HTTPS://Host/store/DISCOVERY"}));
+}
+
+TEST_F(GetStoreFromURLTest, OfStoresWithTheWholeAddressTheLastIsTaken) {
+  Hold({Store(L"1", L"https://h/x"), Store(L"2", L"https://H/x"), Store(L"3", L"https://h/y")});
+  EXPECT_EQ(Find(L"https://h/x"), L"2");
+}
+
+TEST_F(GetStoreFromURLTest, TheAnswerIsACopyOfTheWholeStore) {
+  SRStore held = Store(L"s", L"https://h/x", {Gateway(L"GW", L"https://gw")});
+  held.AddBeacon(Beacon(L"in"), BeaconType::Internal);
+  held.AddBeacon(Beacon(L"out"), BeaconType::External);
+  Hold({held});
+  SRStore store;
+  ASSERT_TRUE(provider_.GetStoreFromURL(L"https://h/x", store));
+  EXPECT_EQ(store.GetStoreName(), L"Name of s");
+  EXPECT_EQ(Names(store.GetGateways()), (Wide{L"GW"}));
+  EXPECT_EQ(Locations(store.Beacons(BeaconType::Internal)), (Wide{L"in"}));
+  EXPECT_EQ(Locations(store.Beacons(BeaconType::External)), (Wide{L"out"}));
+}
+
+TEST_F(GetStoreFromURLTest, AnAddressBelowTheStoreIsCutBackSegmentBySegment) {
+  Hold({Store(L"s", L"scheme://host/Apps/store/Discovery")});
+  EXPECT_EQ(Find(L"scheme://host/apps/STORE/resources/launch"), L"s");
+  EXPECT_EQ(CapturedTrace::Records(),
+            Written({kTrimming,
+                     "checking trimmedStoreUrl: scheme://host/apps/store/resources, against: "
+                     "scheme://host/apps/store",
+                     "checking trimmedStoreUrl: scheme://host/apps/store, against: scheme://host/apps/store",
+                     "found matching store: scheme://host/Apps/store/Discovery, for URL: "
+                     "scheme://host/apps/STORE/resources/launch"}));
+}
+
+TEST_F(GetStoreFromURLTest, EveryCutIsComparedWithEveryKeyInKeyOrderUpToTheMatch) {
+  Hold({Store(L"1", L"s://h/z"), Store(L"2", L"s://h/a/discovery"), Store(L"3", L"s://h/m")});
+  EXPECT_EQ(Find(L"s://h/m/x/y"), L"3");
+  EXPECT_EQ(CapturedTrace::Records(),
+            Written({kTrimming, "checking trimmedStoreUrl: s://h/m/x, against: s://h/a",
+                     "checking trimmedStoreUrl: s://h/m/x, against: s://h/m",
+                     "checking trimmedStoreUrl: s://h/m/x, against: s://h/z",
+                     "checking trimmedStoreUrl: s://h/m, against: s://h/a",
+                     "checking trimmedStoreUrl: s://h/m, against: s://h/m",
+                     "found matching store: s://h/m, for URL: s://h/m/x/y"}));
+}
+
+TEST_F(GetStoreFromURLTest, TheLongestCutThatMatchesWins) {
+  Hold({Store(L"1", L"s://h/a"), Store(L"2", L"s://h/a/b/discovery")});
+  EXPECT_EQ(Find(L"s://h/a/b/c"), L"2");
+}
+
+TEST_F(GetStoreFromURLTest, OfStoresWithOneTrimmedAddressTheFirstIsTaken) {
+  Hold({Store(L"1", L"s://h/a/discovery"), Store(L"2", L"s://h/a"), Store(L"3", L"s://h/a/DISCOVERY")});
+  EXPECT_EQ(Find(L"s://h/a/x"), L"1");
+}
+
+TEST_F(GetStoreFromURLTest, TheDiscoverySuffixIsRemovedOnceAndOnlyAtTheEnd) {
+  Hold({Store(L"1", L"s://h/discovery/x"), Store(L"2", L"s://h/b/discovery/discovery")});
+  EXPECT_EQ(Find(L"s://h/discovery/x/y"), L"1");
+  EXPECT_EQ(Find(L"s://h/b/discovery/x"), L"2");
+  EXPECT_EQ(CapturedTrace::Records().back().text.find("store address not found"), std::string::npos);
+}
+
+TEST_F(GetStoreFromURLTest, TheRequestItselfIsNeverComparedWithTrimmedAddresses) {
+  Hold({Store(L"s", L"scheme://host/apps/store/discovery")});
+  EXPECT_EQ(Find(L"scheme://host/apps/store"), L"s");
+  EXPECT_EQ(
+      CapturedTrace::Records(),
+      Written(
+          {kTrimming, "checking trimmedStoreUrl: scheme://host/apps, against: scheme://host/apps/store",
+           "store address not found, looking for scheme-host-port, shpAddress is host",
+           "found matching store: scheme://host/apps/store/discovery, for URL: scheme://host/apps/store"}));
+}
+
+TEST_F(GetStoreFromURLTest, ATrailingSlashIsASegmentToCut) {
+  Hold({Store(L"s", L"scheme://host/apps/store/discovery")});
+  EXPECT_EQ(Find(L"scheme://host/apps/store/"), L"s");
+  EXPECT_EQ(CapturedTrace::Records().size(), 3U);
+}
+
+TEST_F(GetStoreFromURLTest, HostAndPortAreTheLastResort) {
+  Hold({Store(L"1", L"scheme://other:443/y/discovery"), Store(L"2", L"scheme://other:444/y/discovery")});
+  EXPECT_EQ(Find(L"scheme://OTHER:444/x"), L"2");
+  EXPECT_EQ(
+      CapturedTrace::Records(),
+      Written({kTrimming, "store address not found, looking for scheme-host-port, shpAddress is other:444",
+               "found matching store: scheme://other:444/y/discovery, for URL: scheme://OTHER:444/x"}));
+}
+
+TEST_F(GetStoreFromURLTest, WithoutASchemeTheHostBeginsAtTheStart) {
+  Hold({Store(L"s", L"https://host/x")});
+  EXPECT_EQ(Find(L"host/a/b"), L"s");
+  EXPECT_EQ(CapturedTrace::Records(),
+            Written({kTrimming, "checking trimmedStoreUrl: host/a, against: https://host/x",
+                     "store address not found, looking for scheme-host-port, shpAddress is host",
+                     "found matching store: https://host/x, for URL: host/a/b"}));
+}
+
+TEST_F(GetStoreFromURLTest, AnAddressWithoutAPathIsNotCut) {
+  Hold({Store(L"s", L"scheme://host/x")});
+  EXPECT_EQ(Find(L"scheme://host"), L"s");
+  EXPECT_EQ(CapturedTrace::Records().size(), 3U);
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL checking").size(), 0U);
+}
+
+TEST_F(GetStoreFromURLTest, AnEmptyAddressFindsNothingAndLooksForNoHost) {
+  Hold({Store(L"s", L"https://host/x")});
+  EXPECT_EQ(Find(L""), L"-");
+  EXPECT_EQ(CapturedTrace::Records(), Written({kTrimming, "failed to find matching store for URL: "}));
+}
+
+TEST_F(GetStoreFromURLTest, ASchemeWithoutAHostFindsNothing) {
+  Hold({Store(L"s", L"https://host/x")});
+  EXPECT_EQ(Find(L"https://"), L"-");
+  EXPECT_EQ(Find(L"https:///a/b"), L"-");
+}
+
+TEST_F(GetStoreFromURLTest, AnEmptyStoreAddressIsMatchedByTheEmptyAddressAlone) {
+  Hold({Store(L"s", L"")});
+  EXPECT_EQ(Find(L""), L"s");
+  EXPECT_EQ(Find(L"h"), L"-");
+}
+
+TEST_F(GetStoreFromURLTest, OneLetterMatchesTheFirstStoreThatContainsIt) {
+  Hold({Store(L"1", L"https://xyz"), Store(L"2", L"https://bAb"), Store(L"3", L"https://a")});
+  EXPECT_EQ(Find(L"a"), L"2");
+}
+
+TEST_F(GetStoreFromURLTest, AHostLongerThanEveryAddressIsNotFound) {
+  Hold({Store(L"s", L"https://host")});
+  EXPECT_EQ(Find(L"https://host.example.com"), L"-");
+}
+
+TEST_F(GetStoreFromURLTest, TheLockIsNotHeldWhileMatching) {
+  Hold({Store(L"s", L"https://host/x")});
+  EXPECT_EQ(Find(L"https://host/x/y"), L"s");
+  EXPECT_FALSE(InsideCriticalSection());
+  EXPECT_FALSE(WasSaved());
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#include "SRLib/SRRegistryConfig.h"
+#include "core/ProviderTest.h"
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace std::string_literals;
+using namespace testsupport;
+
+class InboundUpdateTest : public ProviderTest {
+ protected:
+  bool Update(const std::wstring& document) {
+    bool updated = true;
+    provider_.InboundUpdate(document, updated);
+    return updated;
+  }
+
+  static std::wstring DocumentWith(const std::wstring& lists) {
+    return DiscoveryDocument(Service(L"s", lists, InServiceRecordNamespace()));
+  }
+
+  const std::wstring lists_ = L"<Gateways>" + GatewayElement(L"gw") +
+                              L"</Gateways><Internal><Beacon>https://in</Beacon></Internal>"
+                              L"<External><Beacon>https://out</Beacon></External>";
+};
+
+TEST_F(InboundUpdateTest, ANewStoreIsSavedAsConfirmedAndPublishedOnceUnderTheLock) {
+  const std::wstring document = DocumentWith(lists_);
+  EXPECT_TRUE(Update(document));
+  const auto publications = RecordedPublications::All();
+  ASSERT_EQ(publications.size(), 1U);
+  EXPECT_TRUE(publications.front().insideCriticalSection);
+  const StoreMap saved = SRRegistryConfig().RestoreStores();
+  for (const StoreMap& stores : {provider_.GetStores(), saved, publications.front().stores}) {
+    const SRStore& store = stores.at(L"s");
+    EXPECT_TRUE(store.GetGateways().front().GetTrustedByDS());
+    EXPECT_TRUE(store.Beacons(BeaconType::Internal).front().GetDSConfirmed());
+    EXPECT_TRUE(store.Beacons(BeaconType::External).front().GetDSConfirmed());
+  }
+  EXPECT_EQ(
+      CapturedTrace::Records(),
+      (Records{{0, "SRProvider.cpp", "-> Inbound SR update started. Document contents: " + Narrow(document)},
+               {0, "SRDocParser.cpp", "No Errors Detected"},
+               {0, "SRProvider.cpp", "...SR document parsed successfully."},
+               {0, "SRProvider.cpp", "<- Inbound SR update finished"}}));
+}
+
+TEST_F(InboundUpdateTest, AStoreAlreadyHeldIsMergedAsConfirmedWithoutADialog) {
+  SRStore held = Store(L"s", L"https://old", {Gateway(L"user's"), Gateway(L"gone")});
+  held.GetGateways().back().SetTrustedByDS(true);
+  Hold({held});
+  EXPECT_TRUE(Update(DocumentWith(lists_)));
+  const SRStore merged = provider_.GetStores().at(L"s");
+  EXPECT_EQ(merged.GetStoreURL(), L"https://s.example/store/discovery");
+  EXPECT_EQ(Names(merged.GetGateways()), (Wide{L"user's", L"gw"}));
+  EXPECT_TRUE(merged.GetGateways().back().GetTrustedByDS());
+  EXPECT_EQ(RecordedPublications::All().size(), 1U);
+}
+
+TEST_F(InboundUpdateTest, AServiceRecordIsTakenTheSameWay) {
+  EXPECT_TRUE(Update(ServiceRecord(Service(L"s"))));
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"s"}));
+}
+
+TEST_F(InboundUpdateTest, TheDocumentIsParsedOutsideTheLockAndTheLockIsLeft) {
+  EXPECT_TRUE(Update(DocumentWith(lists_)));
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
+TEST_F(InboundUpdateTest, ADocumentThatHoldsNoStoreShowsOneErrorAndChangesNothing) {
+  Hold({Store(L"held", L"https://held")});
+  EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1608"s, L"message 1576"s))
+      .WillOnce([](const std::wstring&, const std::wstring&) {
+        EXPECT_FALSE(InsideCriticalSection());
+        return 0;
+      });
+  EXPECT_FALSE(Update(DiscoveryDocument(L"")));
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"held"}));
+  EXPECT_FALSE(WasSaved());
+  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_EQ(CapturedTrace::Records().back(),
+            (TraceRecord{0, "SRProvider.cpp", "<- Inbound SR update finished"}));
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("..."),
+            (Records{{2, "SRProvider.cpp", "...Failed to parse SR document."}}));
+}
+
+TEST_F(InboundUpdateTest, ATextThatIsNoDocumentIsHandledTheSameWay) {
+  for (const wchar_t* text : {L"", L"no document", L"<Discovery"}) {
+    EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1608"s, L"message 1576"s)).RetiresOnSaturation();
+    EXPECT_FALSE(Update(text));
+  }
+  EXPECT_FALSE(WasSaved());
+}
+
+}  // namespace

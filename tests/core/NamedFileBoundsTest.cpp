@@ -1,0 +1,128 @@
+#include "core/BoundsTest.h"
+#include "support/TemporaryFolder.h"
+
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+using namespace testsupport;
+namespace fs = std::filesystem;
+
+// The ways in which a document can name a file.
+enum class Way { Schema, ExternalSubset, Entity, ParameterEntity };
+
+std::wstring Naming(Way way, const std::wstring& name) {
+  switch (way) {
+    case Way::Schema:
+      return L"<Services xmlns='urn:other' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' "
+             L"xsi:schemaLocation='urn:other " +
+             name + L"'/>";
+    case Way::ExternalSubset:
+      return L"<!DOCTYPE Services SYSTEM '" + name + L"'><Services/>";
+    case Way::Entity:
+      return L"<!DOCTYPE Services [<!ENTITY e SYSTEM '" + name + L"'>]><Services>&e;</Services>";
+    case Way::ParameterEntity:
+      return L"<!DOCTYPE Services [<!ENTITY % e SYSTEM '" + name + L"'>%e;]><Services/>";
+  }
+  return {};
+}
+
+std::string NameOf(Way way) {
+  constexpr const char* kNames[] = {"Schema", "ExternalSubset", "Entity", "ParameterEntity"};
+  return kNames[static_cast<std::size_t>(way)];
+}
+
+class NamedFileBoundsTest : public BoundsTest, public ::testing::WithParamInterface<Way> {
+ protected:
+  NamedFileBoundsTest() { fs::current_path(folder_.Path()); }
+  ~NamedFileBoundsTest() override { fs::current_path("/"); }
+
+  void ExpectFileRefused(const std::string& name, const std::string& reason) {
+    ExpectRefused(Naming(GetParam(), std::wstring(name.begin(), name.end())),
+                  "the document names the file \"" + name + "\", which " + reason);
+  }
+
+  const TemporaryFolder folder_;
+  const std::string outside_ = "does not lie below the current directory";
+  const std::string link_ = "is reached through a link";
+  const std::string irregular_ = "is not a regular file";
+};
+
+TEST_P(NamedFileBoundsTest, ANamedPipeIsRefusedWithoutWaitingForAWriter) {
+  ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+  ExpectFileRefused("pipe", irregular_);
+}
+
+TEST_P(NamedFileBoundsTest, AFolderIsRefused) {
+  fs::create_directory("folder");
+  ExpectFileRefused("folder", irregular_);
+}
+
+TEST_P(NamedFileBoundsTest, ADeviceIsRefusedByItsPathAndThroughALink) {
+  ExpectFileRefused("/dev/zero", outside_);
+  fs::create_symlink("/dev/zero", "zero");
+  ExpectFileRefused("zero", link_);
+}
+
+TEST_P(NamedFileBoundsTest, ALinkIsRefusedAlsoOnTheWay) {
+  fs::create_directory("real");
+  std::ofstream("real/file") << "";
+  fs::create_symlink("real/file", "link");
+  fs::create_directory_symlink("real", "way");
+  ExpectFileRefused("link", link_);
+  ExpectFileRefused("way/file", link_);
+}
+
+TEST_P(NamedFileBoundsTest, AnAbsolutePathIsRefusedEvenBelowTheCurrentDirectory) {
+  std::ofstream("file") << "";
+  ExpectFileRefused((folder_.Path() / "file").string(), outside_);
+}
+
+TEST_P(NamedFileBoundsTest, APathUpwardsIsRefusedEvenWhenItComesBack) {
+  fs::create_directory("inner");
+  std::ofstream("file") << "";
+  ExpectFileRefused("../file", outside_);
+  ExpectFileRefused("inner/../file", outside_);
+}
+
+TEST_P(NamedFileBoundsTest, AFileOverOneMebibyteIsRefused) {
+  std::ofstream("large") << std::string(kMiB + 1, ' ');
+  ExpectFileRefused("large", "is larger than 1 MiB");
+}
+
+TEST_P(NamedFileBoundsTest, AFileOfOneMebibyteBelowTheCurrentDirectoryIsRead) {
+  fs::create_directory("inner");
+  const std::string schema =
+      "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace='urn:other'>"
+      "<xs:element name='Services'/></xs:schema>";
+  const std::string content = GetParam() == Way::Schema ? schema : "";
+  std::ofstream("inner/file") << content << std::string(kMiB - content.size(), ' ');
+  ExpectRead(Naming(GetParam(), L"./inner//file"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, NamedFileBoundsTest,
+                         ::testing::Values(Way::Schema, Way::ExternalSubset, Way::Entity,
+                                           Way::ParameterEntity),
+                         [](const auto& tested) { return NameOf(tested.param); });
+
+class MissingFileTest : public BoundsTest {};
+
+TEST_F(MissingFileTest, ADocumentWhoseSchemaIsMissingIsReadAllTheSame) {
+  const TemporaryFolder folder;
+  fs::current_path(folder.Path());
+  ExpectRead(ServiceRecord(Service(L"s")));
+  EXPECT_EQ(Ids(stores_), (Wide{L"s"}));
+  fs::current_path("/");
+}
+
+TEST_F(MissingFileTest, ANameOnTheNetworkIsAMissingFile) {
+  std::wstring text = ServiceRecord(Service(L"s"));
+  text.replace(text.find(L"serviceRecord.xsd"), 17, L"http://127.0.0.1:9/other.xsd");
+  ExpectRead(text);
+  EXPECT_EQ(Ids(stores_), (Wide{L"s"}));
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+#include "SRLib/SRRegistryConfig.h"
+#include "core/ProviderTest.h"
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace testsupport;
+
+class RemoveStoreTest : public ProviderTest {};
+
+TEST_F(RemoveStoreTest, ARemovedStoreIsGoneFromListFileAndPublication) {
+  Hold({Store(L"a", L"https://a"), Store(L"b", L"https://b")});
+  provider_.SaveAllStores();
+  Forget();
+  EXPECT_TRUE(provider_.RemoveStore(L"a"));
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"b"}));
+  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"b"}));
+  const auto publications = RecordedPublications::All();
+  ASSERT_EQ(publications.size(), 1U);
+  EXPECT_EQ(Ids(publications.front().stores), (Wide{L"b"}));
+  EXPECT_TRUE(publications.front().insideCriticalSection);
+  EXPECT_EQ(CapturedTrace::Records(),
+            (Records{{0, "SRProvider.cpp", "-> RemoveStore started. Service Record ID is: a"},
+                     {2, "SRProvider.cpp", "Removed store a"},
+                     {0, "SRProvider.cpp", "<- RemoveStore finished"}}));
+}
+
+TEST_F(RemoveStoreTest, AnUnknownIdRemovesNothing) {
+  Hold({Store(L"a", L"https://a")});
+  EXPECT_FALSE(provider_.RemoveStore(L"A"));
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a"}));
+  EXPECT_FALSE(WasSaved());
+  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_EQ(CapturedTrace::Records(),
+            (Records{{0, "SRProvider.cpp", "-> RemoveStore started. Service Record ID is: A"},
+                     {2, "SRProvider.cpp", "No store removed"},
+                     {0, "SRProvider.cpp", "<- RemoveStore finished"}}));
+}
+
+TEST_F(RemoveStoreTest, AnEmptyIdIsRefusedEvenWhenAStoreHasIt) {
+  Hold({Store(L"", L"https://unnamed")});
+  EXPECT_FALSE(provider_.RemoveStore(L""));
+  EXPECT_EQ(provider_.GetStores().size(), 1U);
+  EXPECT_FALSE(WasSaved());
+  EXPECT_EQ(CapturedTrace::Records(),
+            (Records{{0, "SRProvider.cpp", "-> RemoveStore started. Service Record ID is: "},
+                     {2, "SRProvider.cpp", "Service Record Id is empty"},
+                     {0, "SRProvider.cpp", "<- RemoveStore finished"}}));
+}
+
+}  // namespace

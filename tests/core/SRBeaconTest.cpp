@@ -1,0 +1,41 @@
+#include "SRLib/SRBeacon.h"
+#include "core/StoreBuilders.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using testsupport::Beacon;
+using List = std::list<ServiceRecords::SRBeacon>;
+
+TEST(SRBeaconTest, ANewBeaconIsEmptyAndNotConfirmed) {
+  const ServiceRecords::SRBeacon beacon;
+  EXPECT_EQ(beacon.GetLocation(), L"");
+  EXPECT_FALSE(beacon.GetDSConfirmed());
+}
+
+TEST(SRBeaconTest, TheLocationAloneIdentifiesABeacon) {
+  EXPECT_TRUE(Beacon(L"https://a", true) == Beacon(L"https://a", false));
+  EXPECT_FALSE(Beacon(L"https://a") == Beacon(L"https://a/"));
+}
+
+TEST(SRBeaconTest, LocationsThatDifferOnlyInLetterCaseAreDifferent) {
+  EXPECT_FALSE(Beacon(L"https://a") == Beacon(L"https://A"));
+}
+
+TEST(SRBeaconTest, AConfirmedBeaconMissingFromTheListIsReported) {
+  const List others{Beacon(L"https://b"), Beacon(L"https://A")};
+  EXPECT_TRUE(Beacon(L"https://a", true).ConfirmedButNotInList(&others));
+}
+
+TEST(SRBeaconTest, AConfirmedBeaconThatTheListNamesIsNotReported) {
+  const List others{Beacon(L"https://b"), Beacon(L"https://a")};
+  EXPECT_FALSE(Beacon(L"https://a", true).ConfirmedButNotInList(&others));
+}
+
+TEST(SRBeaconTest, AnUnconfirmedBeaconIsNeverReported) {
+  const List none;
+  EXPECT_FALSE(Beacon(L"https://a", false).ConfirmedButNotInList(&none));
+}
+
+}  // namespace

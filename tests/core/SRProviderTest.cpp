@@ -1,0 +1,126 @@
+#include "SRLib/SRRegistryConfig.h"
+#include "core/ProviderTest.h"
+
+#include <thread>
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace testsupport;
+
+class SRProviderTest : public ProviderTest {};
+
+TEST_F(SRProviderTest, ANewProviderRestoresTheSavedStoresAndPublishesThemOnce) {
+  SRRegistryConfig().SaveStores(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b")}));
+  Forget();
+  const SRProvider provider;
+  EXPECT_EQ(Ids(provider.GetStores()), (Wide{L"a", L"b"}));
+  const auto publications = RecordedPublications::All();
+  ASSERT_EQ(publications.size(), 1U);
+  EXPECT_EQ(Ids(publications.front().stores), (Wide{L"a", L"b"}));
+  EXPECT_TRUE(publications.front().insideCriticalSection);
+  EXPECT_FALSE(WasSaved());
+}
+
+TEST_F(SRProviderTest, AnEmptyRepositoryIsPublishedToo) {
+  const SRProvider provider;
+  ASSERT_EQ(RecordedPublications::All().size(), 1U);
+  EXPECT_TRUE(RecordedPublications::All().front().stores.empty());
+}
+
+TEST_F(SRProviderTest, RestoringReplacesTheListAndMergesNothing) {
+  SRRegistryConfig().SaveStores(Map({Store(L"saved", L"https://saved")}));
+  Hold({Store(L"held", L"https://held")});
+  provider_.RestoreFromRepository();
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"saved"}));
+  ASSERT_EQ(RecordedPublications::All().size(), 1U);
+  EXPECT_EQ(Ids(RecordedPublications::All().front().stores), (Wide{L"saved"}));
+  EXPECT_FALSE(WasSaved());
+}
+
+TEST_F(SRProviderTest, TheProcessHasOneProviderWhicheverThreadAsksFirst) {
+  std::vector<SRProvider*> seen(8);
+  {
+    std::vector<std::jthread> threads;
+    for (auto& provider : seen) threads.emplace_back([&provider] { provider = &SRProvider::Instance(); });
+  }
+  for (const SRProvider* provider : seen) EXPECT_EQ(provider, &SRProvider::Instance());
+}
+
+TEST_F(SRProviderTest, AListHandedOutIsACopy) {
+  Hold({Store(L"a", L"https://a")});
+  StoreMap copy = provider_.GetStores();
+  copy[L"a"].SetStoreURL(L"https://changed");
+  copy.erase(L"a");
+  EXPECT_EQ(provider_.GetStores().at(L"a").GetStoreURL(), L"https://a");
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
+TEST_F(SRProviderTest, TheListIsOrderedByPlainCodePoints) {
+  Hold({Store(L"b", L""), Store(L"a", L""), Store(L"B", L""), Store(L"\u00E9", L""), Store(L"", L"")});
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"", L"B", L"a", L"b", L"\u00E9"}));
+}
+
+TEST_F(SRProviderTest, SavingWritesTheListAndPublishesItUnderTheLock) {
+  Hold({Store(L"a", L"https://a", {Gateway(L"GW", L"https://gw")})});
+  provider_.SaveAllStores();
+  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"a"}));
+  const auto publications = RecordedPublications::All();
+  ASSERT_EQ(publications.size(), 1U);
+  EXPECT_EQ(Ids(publications.front().stores), (Wide{L"a"}));
+  EXPECT_TRUE(publications.front().insideCriticalSection);
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
+TEST_F(SRProviderTest, SavingAndPublishingAddNoBeaconToTheList) {
+  Hold({Store(L"a", L"https://a", {Gateway(L"GW", L"https://gw")})});
+  provider_.SaveAllStores();
+  const StoreMap held = provider_.GetStores();
+  const auto publications = RecordedPublications::All();
+  ASSERT_EQ(publications.size(), 1U);
+  for (const SRStore& store : {held.at(L"a"), publications.front().stores.at(L"a")}) {
+    EXPECT_TRUE(store.Beacons(BeaconType::Internal).empty());
+    EXPECT_TRUE(store.Beacons(BeaconType::External).empty());
+  }
+}
+
+TEST_F(SRProviderTest, TheNotificationObjectIsTheLastOneGiven) {
+  MockNotifications other;
+  provider_.InitNotificationManager(&other);
+  EXPECT_EQ(provider_.Notification(), &other);
+  EXPECT_EQ(CapturedTrace::Records(), Records{});
+}
+
+TEST_F(SRProviderTest, AMissingNotificationObjectIsWrittenInTwoRecords) {
+  provider_.InitNotificationManager(nullptr);
+  EXPECT_EQ(provider_.Notification(), nullptr);
+  EXPECT_EQ(CapturedTrace::Records(),
+            (Records{{2, "SRProvider.cpp", "Notification manager for Service Records is not initialized."},
+                     {2, "SRProvider.cpp", "Service Records logic will not work correctly."}}));
+}
+
+TEST_F(SRProviderTest, WorkUnderTheLockIsDoneInsideIt) {
+  bool inside = false;
+  provider_.WhileLocked([&] {
+    inside = InsideCriticalSection();
+    EXPECT_TRUE(provider_.GetStores().empty());
+  });
+  EXPECT_TRUE(inside);
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
+TEST_F(SRProviderTest, NobodyReadsTheListWhileWorkIsDoneUnderTheLock) {
+  Hold({Store(L"a", L"https://a", {Gateway(L"GW")})});
+  std::jthread reader;
+  bool workDone = false;
+  provider_.WhileLocked([&] {
+    reader = std::jthread([&] {
+      static_cast<void>(provider_.GetStores());
+      EXPECT_TRUE(workDone);
+    });
+    EXPECT_TRUE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
+    workDone = true;
+  });
+}
+
+}  // namespace

@@ -1,0 +1,155 @@
+#include "core/CoreTest.h"
+#include "core/StoreBuilders.h"
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace testsupport;
+using Wide = std::vector<std::wstring>;
+
+class SRStoreMergeTest : public CoreTest {};
+
+SRGateway ConfirmedGateway(const std::wstring& name) {
+  SRGateway gateway = Gateway(name);
+  gateway.SetTrustedByDS(true);
+  return gateway;
+}
+
+TEST_F(SRStoreMergeTest, NameAddressAndKindComeFromTheNewerRecordAndTheIdStays) {
+  SRStore held = Store(L"S", L"https://old");
+  SRStore incoming = Store(L"T", L"https://new");
+  incoming.SetSRType(SRType::unknown);
+  held.Merge(incoming, false);
+  EXPECT_EQ(held.GetStoreID(), L"S");
+  EXPECT_EQ(held.GetStoreName(), L"Name of T");
+  EXPECT_EQ(held.GetStoreURL(), L"https://new");
+  EXPECT_EQ(held.GetSRType(), SRType::unknown);
+}
+
+TEST_F(SRStoreMergeTest, ADocumentNeverRemovesAGatewayOrBeacon) {
+  SRStore held = Store(L"S", L"https://s", {ConfirmedGateway(L"A"), Gateway(L"B")});
+  held.AddBeacon(Beacon(L"in", true), BeaconType::Internal);
+  held.AddBeacon(Beacon(L"out", true), BeaconType::External);
+  held.Merge(Store(L"S", L"https://s"), false);
+  EXPECT_EQ(Names(held.GetGateways()), (Wide{L"A", L"B"}));
+  EXPECT_EQ(Locations(held.Beacons(BeaconType::Internal)), (Wide{L"in"}));
+  EXPECT_EQ(Locations(held.Beacons(BeaconType::External)), (Wide{L"out"}));
+}
+
+TEST_F(SRStoreMergeTest, TheDiscoveryServiceRemovesWhatItConfirmedAndNoLongerNames) {
+  SRGateway trustedByUser = Gateway(L"user's");
+  trustedByUser.SetTrustedByUser(true);
+  SRStore held = Store(L"S", L"https://s",
+                       {Gateway(L"1"), ConfirmedGateway(L"gone"), trustedByUser, ConfirmedGateway(L"kept")});
+  for (const BeaconType type : {BeaconType::Internal, BeaconType::External}) {
+    held.AddBeacon(Beacon(L"unconfirmed"), type);
+    held.AddBeacon(Beacon(L"gone", true), type);
+    held.AddBeacon(Beacon(L"kept", true), type);
+  }
+  SRStore incoming = Store(L"S", L"https://s", {Gateway(L"kept")});
+  incoming.AddBeacon(Beacon(L"kept"), BeaconType::Internal);
+  incoming.AddBeacon(Beacon(L"kept"), BeaconType::External);
+  held.Merge(incoming, true);
+  EXPECT_EQ(Names(held.GetGateways()), (Wide{L"1", L"user's", L"kept"}));
+  EXPECT_EQ(Locations(held.Beacons(BeaconType::Internal)), (Wide{L"unconfirmed", L"kept"}));
+  EXPECT_EQ(Locations(held.Beacons(BeaconType::External)), (Wide{L"unconfirmed", L"kept"}));
+}
+
+TEST_F(SRStoreMergeTest, WhatIsInBothKeepsItsPlaceAndWhatIsNewFollowsInIncomingOrder) {
+  SRStore held = Store(L"S", L"https://s", {Gateway(L"A"), Gateway(L"B"), Gateway(L"C")});
+  held.MergeGateways({Gateway(L"Z"), Gateway(L"B"), Gateway(L"Y")}, false);
+  EXPECT_EQ(Names(held.GetGateways()), (Wide{L"A", L"B", L"C", L"Z", L"Y"}));
+
+  std::list<SRBeacon> beacons{Beacon(L"1"), Beacon(L"2"), Beacon(L"3")};
+  held.MergeBeacons(beacons, {Beacon(L"9"), Beacon(L"2"), Beacon(L"8")}, false);
+  EXPECT_EQ(Locations(beacons), (Wide{L"1", L"2", L"3", L"9", L"8"}));
+}
+
+TEST_F(SRStoreMergeTest, AGatewayInBothTakesEveryFieldOfTheIncomingOne) {
+  SRGateway own = ConfirmedGateway(L"A");
+  own.SetTrustedByUser(true);
+  SRStore held = Store(L"S", L"https://s", {own});
+  SRGateway incoming = Gateway(L"A", L"https://new", true);
+  incoming.SetEdition(SRGateway::GatewayEdition::Enterprise);
+  incoming.SetAuthentication(SRGateway::GatewayAuthentication::SMS);
+  incoming.SetAGMode(SRGateway::AGMode::FB_RW);
+  held.MergeGateways({incoming}, false);
+  const SRGateway& merged = held.GetGateways().front();
+  EXPECT_EQ(merged.GetLocation(), L"https://new");
+  EXPECT_EQ(merged.GetEdition(), SRGateway::GatewayEdition::Enterprise);
+  EXPECT_EQ(merged.GetAuthentication(), SRGateway::GatewayAuthentication::SMS);
+  EXPECT_EQ(merged.GetAGMode(), SRGateway::AGMode::FB_RW);
+  EXPECT_TRUE(merged.GetDefault());
+  EXPECT_FALSE(merged.GetTrustedByUser());
+  EXPECT_FALSE(merged.GetTrustedByDS());
+}
+
+TEST_F(SRStoreMergeTest, TheDiscoveryServiceVouchesForEveryGatewayThatItNames) {
+  SRStore held = Store(L"S", L"https://s", {Gateway(L"A")});
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B")}, true);
+  for (const SRGateway& gateway : held.GetGateways()) EXPECT_TRUE(gateway.GetTrustedByDS());
+}
+
+TEST_F(SRStoreMergeTest, ANewGatewayFromADocumentLosesConfirmationAndKeepsTheUsersTrust) {
+  SRGateway incoming = ConfirmedGateway(L"A");
+  incoming.SetTrustedByUser(true);
+  incoming.SetDefault(true);
+  SRStore held = Store(L"S", L"https://s");
+  held.MergeGateways({incoming}, false);
+  EXPECT_FALSE(held.GetGateways().front().GetTrustedByDS());
+  EXPECT_TRUE(held.GetGateways().front().GetTrustedByUser());
+  EXPECT_TRUE(held.GetGateways().front().GetDefault());
+}
+
+TEST_F(SRStoreMergeTest, ADocumentClearsTheConfirmationOfTheBeaconsThatItRepeats) {
+  SRStore held;
+  std::list<SRBeacon> beacons{Beacon(L"repeated", true), Beacon(L"other", true)};
+  held.MergeBeacons(beacons, {Beacon(L"repeated"), Beacon(L"new", true)}, false);
+  EXPECT_FALSE(beacons.front().GetDSConfirmed());
+  EXPECT_TRUE(std::next(beacons.begin())->GetDSConfirmed());
+  EXPECT_FALSE(beacons.back().GetDSConfirmed());
+}
+
+TEST_F(SRStoreMergeTest, TheDiscoveryServiceConfirmsEveryBeaconThatItNames) {
+  SRStore held;
+  std::list<SRBeacon> beacons{Beacon(L"repeated")};
+  held.MergeBeacons(beacons, {Beacon(L"repeated"), Beacon(L"new")}, true);
+  EXPECT_TRUE(beacons.front().GetDSConfirmed());
+  EXPECT_TRUE(beacons.back().GetDSConfirmed());
+}
+
+TEST_F(SRStoreMergeTest, ThePreviousDefaultIsTheDefaultAgain) {
+  SRStore held = Store(L"S", L"https://s", {Gateway(L"A", L"", true), Gateway(L"B")});
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B", L"", true)}, false);
+  EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"A"}));
+}
+
+TEST_F(SRStoreMergeTest, ADefaultThatIsGoneLeavesTheMarksOfTheNewerRecord) {
+  SRGateway gone = ConfirmedGateway(L"A");
+  gone.SetDefault(true);
+  SRStore held = Store(L"S", L"https://s", {gone, Gateway(L"B")});
+  held.MergeGateways({Gateway(L"B", L"", true)}, true);
+  EXPECT_EQ(Names(held.GetGateways()), (Wide{L"B"}));
+  EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"B"}));
+}
+
+TEST_F(SRStoreMergeTest, TheFirstGatewayOfAStoreWithoutMarksIsMarkedByAMerge) {
+  SRStore held = Store(L"S", L"https://s", {Gateway(L"A"), Gateway(L"B")});
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B")}, false);
+  EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"A"}));
+}
+
+TEST_F(SRStoreMergeTest, TheGatewayThatTheUserChoseIsMarkedByAMerge) {
+  UserConfiguration().SetString(L"SR\\UserSelectedGatewayName", L"B");
+  SRStore held = Store(L"S", L"https://s", {Gateway(L"A", L"", true), Gateway(L"B")});
+  held.MergeGateways({Gateway(L"A", L"", true), Gateway(L"B")}, false);
+  EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"B"}));
+}
+
+TEST_F(SRStoreMergeTest, AStoreWithoutGatewaysTakesTheMarksOfTheNewerRecord) {
+  SRStore held = Store(L"S", L"https://s");
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B", L"", true)}, false);
+  EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"B"}));
+}
+
+}  // namespace

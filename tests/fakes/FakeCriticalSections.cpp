@@ -1,0 +1,44 @@
+#include "fakes/FakeCriticalSections.h"
+
+#include <mutex>
+
+namespace testsupport {
+namespace {
+
+thread_local int entered = 0;
+
+class FakeCriticalSection : public CGenericCS {
+ public:
+  bool Create() override { return true; }
+  bool Enter() override {
+    mutex_.lock();
+    ++entered;
+    return true;
+  }
+  bool Leave() override {
+    --entered;
+    mutex_.unlock();
+    return true;
+  }
+  bool Delete() override { return true; }
+  bool TryEnter() override {
+    if (!mutex_.try_lock()) return false;
+    ++entered;
+    return true;
+  }
+
+ private:
+  std::recursive_mutex mutex_;
+};
+
+}  // namespace
+
+std::unique_ptr<CGenericCS> FakeCriticalSectionFactory::ManufactureCriticalSection() {
+  return std::make_unique<FakeCriticalSection>();
+}
+
+bool InsideCriticalSection() {
+  return entered != 0;
+}
+
+}  // namespace testsupport

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "SRLib/GenericCS.h"
+
+#include <memory>
+
+namespace testsupport {
+
+// Manufactures recursive critical sections that know which thread is inside.
+class FakeCriticalSectionFactory : public CGenericCSFactory {
+ public:
+  [[nodiscard]] std::unique_ptr<CGenericCS> ManufactureCriticalSection() override;
+};
+
+// Whether the calling thread is inside any section that such a factory made.
+[[nodiscard]] bool InsideCriticalSection();
+
+}  // namespace testsupport

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "SRLib/SSLValidationDetails.h"
+#include "SRLib/SSLValidationFactory.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+// What a validation of one server finds out.
+struct SSLOutcome {
+  bool trusted = false;
+  std::wstring organization;
+  std::wstring issuer;
+  std::vector<std::wstring> errors;
+  std::uint32_t result = ServiceRecords::SSLValidationDetails::kSuccess;
+
+  static SSLOutcome Trusted(const std::wstring& organization, const std::wstring& issuer);
+  static SSLOutcome Failed(std::uint32_t result, const std::vector<std::wstring>& errors);
+};
+
+// Answers validations by URL and is the registered factory for as long as it lives. A URL without an outcome
+// is a server that cannot be contacted. One thread.
+class StubSSLValidationFactory : public ServiceRecords::SSLValidationFactory {
+ public:
+  StubSSLValidationFactory();
+  ~StubSSLValidationFactory() override;
+  StubSSLValidationFactory(const StubSSLValidationFactory&) = delete;
+  StubSSLValidationFactory& operator=(const StubSSLValidationFactory&) = delete;
+
+  void Answer(const std::wstring& url, const SSLOutcome& outcome) { outcomes_[url] = outcome; }
+  // The URLs for which validations were made, in order.
+  [[nodiscard]] const std::vector<std::wstring>& Validated() const { return validated_; }
+  // Whether any validation was made by a thread inside a critical section.
+  [[nodiscard]] bool ValidatedInsideCriticalSection() const { return insideCriticalSection_; }
+
+  [[nodiscard]] std::unique_ptr<ServiceRecords::SSLValidation> Create(const std::wstring& url) override;
+
+ private:
+  std::map<std::wstring, SSLOutcome> outcomes_;
+  std::vector<std::wstring> validated_;
+  bool insideCriticalSection_ = false;
+  ServiceRecords::SSLValidationFactory* const before_;
+};
+
+}  // namespace testsupport

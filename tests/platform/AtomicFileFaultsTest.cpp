@@ -1,0 +1,129 @@
+#include "AtomicFile.h"
+#include "platform/FileSystemFaults.h"
+#include "platform/OrdinaryUser.h"
+#include "platform/TestFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testsupport::FileSystemFaults;
+using testsupport::ModeOf;
+using testsupport::NamesIn;
+using testsupport::ReadFile;
+using testsupport::WriteFile;
+
+class AtomicFileFaultsTest : public testing::Test {
+ protected:
+  AtomicFileFaultsTest() { WriteFile(file_, "old"); }
+
+  // What a sweep of another process does to a temporary that is not locked yet.
+  void SweepTemporaries() const {
+    for (const std::string& name : NamesIn(folder_.Path())) {
+      if (name.starts_with(".file.plist.tmp-")) fs::remove(folder_.Path() / name);
+    }
+  }
+
+  testsupport::TemporaryFolder folder_;
+  const fs::path file_ = folder_.Path() / "file.plist";
+};
+
+int FailForFolders(int descriptor) {
+  struct stat status {};
+  return ::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode) ? EIO : 0;
+}
+
+TEST_F(AtomicFileFaultsTest, AFolderThatCannotBeOpenedFailsWhileNothingHasChanged) {
+  std::error_code error;
+  {
+    const testsupport::OrdinaryUser user(folder_.Path());
+    ASSERT_EQ(::chmod(folder_.Path().c_str(), 0300), 0);
+    error = AtomicFile::Replace(file_, "new");
+    ASSERT_EQ(::chmod(folder_.Path().c_str(), 0700), 0);
+  }
+  EXPECT_EQ(error, std::errc::permission_denied);
+  EXPECT_EQ(ReadFile(file_), "old");
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
+}
+
+TEST_F(AtomicFileFaultsTest, AReplacedFileIsNoFailureWhenTheFolderCannotBeFlushed) {
+  FileSystemFaults faults;
+  faults.fsync = FailForFolders;
+  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_EQ(ReadFile(file_), "new");
+}
+
+TEST_F(AtomicFileFaultsTest, ContentThatCannotBeFlushedIsAFailureAndTheOldFileStays) {
+  FileSystemFaults faults;
+  faults.fsync = [](int) { return EIO; };
+  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::io_error);
+  EXPECT_EQ(ReadFile(file_), "old");
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
+}
+
+TEST_F(AtomicFileFaultsTest, AFileSystemThatCountsNoNamesIsWrittenTo) {
+  FileSystemFaults faults;
+  faults.fstat = [](struct stat& status) { status.st_nlink = 0; };
+  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_EQ(ReadFile(file_), "new");
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
+}
+
+TEST_F(AtomicFileFaultsTest, AWriterWhoseTemporaryIsSweptTakesAnother) {
+  FileSystemFaults faults;
+  int rounds = 0;
+  faults.flock = [&](int) {
+    if (rounds++ == 0) SweepTemporaries();
+    return 0;
+  };
+  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_EQ(rounds, 2);
+  EXPECT_EQ(ReadFile(file_), "new");
+}
+
+TEST_F(AtomicFileFaultsTest, AWriterWhoseTemporariesAreAllSweptGivesUp) {
+  FileSystemFaults faults;
+  int rounds = 0;
+  faults.flock = [&](int) {
+    if (rounds++ < 1000) SweepTemporaries();
+    return 0;
+  };
+  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::resource_unavailable_try_again);
+  EXPECT_EQ(ReadFile(file_), "old");
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
+}
+
+TEST_F(AtomicFileFaultsTest, AFileSystemThatRefusesModesIsWrittenTo) {
+  ASSERT_EQ(::chmod(file_.c_str(), 0640), 0);
+  for (const int refusal : {EPERM, ENOTSUP}) {
+    FileSystemFaults faults;
+    faults.fchmod = [refusal](int) { return refusal; };
+    EXPECT_FALSE(AtomicFile::Replace(file_, std::to_string(refusal)));
+    EXPECT_EQ(ReadFile(file_), std::to_string(refusal));
+    ASSERT_EQ(::chmod(file_.c_str(), 0640), 0);
+  }
+}
+
+TEST_F(AtomicFileFaultsTest, AModeThatIsRightIsNotSetAgain) {
+  ASSERT_EQ(::chmod(file_.c_str(), 0600), 0);
+  FileSystemFaults faults;
+  faults.fchmod = [](int) { return EIO; };
+  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_EQ(ModeOf(file_), 0600U);
+}
+
+TEST_F(AtomicFileFaultsTest, AnyOtherFailureToSetTheModeIsAFailure) {
+  ASSERT_EQ(::chmod(file_.c_str(), 0640), 0);
+  FileSystemFaults faults;
+  faults.fchmod = [](int) { return EIO; };
+  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::io_error);
+  EXPECT_EQ(ReadFile(file_), "old");
+}
+
+}  // namespace

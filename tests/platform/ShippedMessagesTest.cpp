@@ -1,0 +1,56 @@
+#include "ResourceKeeper.h"
+#include "SRLib/Messages.h"
+#include "SRLib/TextHelpers.h"
+#include "platform/EnvironmentVariable.h"
+#include "support/SystemLogFake.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace {
+
+TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextWithItsPlaceholders) {
+  ResourceKeeper keeper(SR_SOURCE_DIR "/resources", [] { return std::vector<std::string>{"en"}; });
+  const std::pair<int, int> messages[] = {{util::kMessageNotAServiceRecord, 0},
+                                          {util::kMessageStoreTitle, 0},
+                                          {util::kMessageDiscoveryTitle, 0},
+                                          {util::kMessageNotADiscoveryDocument, 0},
+                                          {util::kMessageDiscoveryConnectionFailed, 0},
+                                          {util::kMessageServerNotContacted, 1},
+                                          {util::kMessageEmptyHostName, 1},
+                                          {util::kMessageCertificatesNotFetched, 1}};
+  for (const auto& [id, placeholders] : messages) {
+    const std::string text = keeper.messageFromResource(id);
+    EXPECT_FALSE(text.starts_with("Failed to find")) << id;
+    int found = 0;
+    for (std::size_t at = 0; (at = text.find("%S", at)) != std::string::npos; ++at) ++found;
+    EXPECT_EQ(found, placeholders) << text;
+  }
+}
+
+TEST(ShippedMessagesTest, TheMessageThatIsAlsoTracedIsOneLine) {
+  ResourceKeeper keeper(SR_SOURCE_DIR "/resources", [] { return std::vector<std::string>{"en"}; });
+  EXPECT_EQ(keeper.messageFromResource(util::kMessageNotAServiceRecord).find('\n'), std::string::npos);
+}
+
+TEST(MessageFromResourceTest, APointerStaysGoodWhileTheTextIsTheSame) {
+  const wchar_t* const first = util::MessageFromResourceW(999999);
+  EXPECT_EQ(std::wstring(first), L"Failed to find resource name for id: f423f");
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([first] { EXPECT_EQ(util::MessageFromResourceW(999999), first); });
+  }
+}
+
+TEST(MessageFromResourceTest, TheTextIsThatOfTheApplicationsCatalogue) {
+  const testsupport::EnvironmentVariable languages("LANGUAGE", std::nullopt);
+  const testsupport::EnvironmentVariable locale("LC_ALL", "en_GB.UTF-8");
+  static_cast<void>(SystemLogFake::TakeLines());
+  EXPECT_EQ(util::MessageFromResourceW(util::kMessageStoreTitle),
+            std::wstring(L"The store could not be set up"));
+  EXPECT_THAT(SystemLogFake::TakeLines(), testing::IsEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,76 @@
+#include "srctl/SrctlTest.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+class SrctlStoreChanges : public SrctlTest {
+ protected:
+  SrctlStoreChanges() {
+    agent_.Start();
+    GiveStores({Store("s1", "One"), Store("s2", "Two")});
+  }
+
+  [[nodiscard]] std::string DefaultGateway(const std::string& id) {
+    const nlohmann::json store = agent_.Bus().ServiceRecords("storeForID", {id});
+    for (const auto& gateway : store["StoreGateways"]) {
+      if (gateway["IsDefault"] == true) return gateway["GatewayName"];
+    }
+    return {};
+  }
+};
+
+TEST_F(SrctlStoreChanges, ADeletedStoreIsGone) {
+  const SrctlRun run = Srctl({"delete", "s1"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "Deleted the store \"s1\".\n");
+  EXPECT_THAT(run.errors, IsEmpty());
+  EXPECT_THAT(StoreIDs(), ElementsAre("s2"));
+}
+
+TEST_F(SrctlStoreChanges, DeletingAnUnknownStoreIsRefused) {
+  for (const char* id : {"s3", "S1", ""}) {
+    const SrctlRun run = Srctl({"delete", id});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.output, IsEmpty());
+    EXPECT_THAT(run.errors, HasSubstr("There is no store with the id"));
+  }
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1", "s2"));
+}
+
+TEST_F(SrctlStoreChanges, TheDefaultGatewayIsChosenById) {
+  ASSERT_EQ(DefaultGateway("s1"), "Head Office");
+  const SrctlRun run = Srctl({"default-gateway", "--id", "s1", "Branch"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "The default gateway is now \"Branch\".\n");
+  EXPECT_EQ(DefaultGateway("s1"), "Branch");
+  EXPECT_EQ(DefaultGateway("s2"), "Head Office") << "another store's gateway is its own";
+}
+
+TEST_F(SrctlStoreChanges, TheDefaultGatewayIsChosenByUrl) {
+  EXPECT_EQ(Srctl({"default-gateway", "Branch", "--url", Store("s2", "").url}).status, 0);
+  EXPECT_EQ(DefaultGateway("s2"), "Branch");
+  EXPECT_EQ(DefaultGateway("s1"), "Head Office");
+}
+
+TEST_F(SrctlStoreChanges, AnUnknownGatewayOrStoreIsRefused) {
+  const std::string url = Store("s1", "").url;
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--id", "s1", "Nowhere"},
+                                                    {"--id", "s3", "Branch"},
+                                                    {"--id", "s1", ""},
+                                                    {"--url", url, "Nowhere"},
+                                                    {"--url", "https://nobody.example", "Branch"},
+                                                    {"--url", "", "Branch"}}) {
+    std::vector<std::string> command{"default-gateway"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    const SrctlRun run = Srctl(command);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.output, IsEmpty());
+    EXPECT_THAT(run.errors, HasSubstr("with a gateway named \"" + arguments.back() + "\""));
+  }
+  EXPECT_EQ(DefaultGateway("s1"), "Head Office");
+}
+
+}  // namespace

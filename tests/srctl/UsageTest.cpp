@@ -1,0 +1,111 @@
+#include "srctl/SrctlRun.h"
+#include "support/ChildProcess.h"
+
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+const std::vector<std::string> kCommands{"open",     "list",   "show", "delete", "default-gateway",
+                                         "discover", "logging"};
+
+SrctlRun RunAlone(const std::vector<std::string>& arguments) {
+  return RunSrctl(arguments, {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"});
+}
+
+void ExpectUsageError(const std::vector<std::string>& arguments, const std::string& problem) {
+  const SrctlRun run = RunAlone(arguments);
+  EXPECT_EQ(run.status, 2) << run.errors;
+  EXPECT_THAT(run.output, IsEmpty());
+  EXPECT_THAT(run.errors, testing::Not(HasSubstr("\x1B")));
+  EXPECT_THAT(run.errors,
+              AllOf(StartsWith("srctl: "), HasSubstr(problem), HasSubstr("How it is used: srctl")));
+}
+
+TEST(SrctlUsage, HelpNamesEveryCommandAndExitStatus) {
+  const SrctlRun run = RunAlone({"--help"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.errors, IsEmpty());
+  for (const std::string& command : kCommands) EXPECT_THAT(run.output, HasSubstr("\n  " + command + " "));
+  EXPECT_THAT(run.output, HasSubstr("0 done, 1 refused or not found, 2 wrong usage, 3 the agent cannot be "
+                                    "reached"));
+}
+
+TEST(SrctlUsage, EveryCommandHasHelpOfItsOwn) {
+  for (const std::string& command : kCommands) {
+    const SrctlRun run = RunAlone({command, "--help"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.output, HasSubstr("srctl " + command + " "));
+    EXPECT_THAT(run.errors, IsEmpty());
+  }
+}
+
+TEST(SrctlUsage, TellsItsVersion) {
+  const SrctlRun run = RunAlone({"--version"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.output, testing::MatchesRegex("srctl [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST(SrctlUsage, ACommandHasToBeNamed) {
+  ExpectUsageError({}, "Name a command");
+}
+
+TEST(SrctlUsage, AnUnknownCommandIsNamed) {
+  ExpectUsageError({"lst"}, "There is no command \"lst\"");
+  ExpectUsageError({"help"}, "There is no command \"help\"");
+  ExpectUsageError({""}, "There is no command \"\"");
+}
+
+TEST(SrctlUsage, AMissingArgumentIsNamed) {
+  ExpectUsageError({"open"}, "FILE is required");
+  ExpectUsageError({"discover"}, "FILE is required");
+  ExpectUsageError({"show"}, "ID is required");
+  ExpectUsageError({"delete"}, "ID is required");
+  ExpectUsageError({"default-gateway", "--id", "s1"}, "NAME is required");
+}
+
+TEST(SrctlUsage, TheHintNamesTheCommandThatWasMeant) {
+  ExpectUsageError({"show"}, "srctl show --help");
+}
+
+TEST(SrctlUsage, ADefaultGatewayNeedsExactlyOneWayToNameTheStore) {
+  ExpectUsageError({"default-gateway", "Branch"}, "--id");
+  ExpectUsageError({"default-gateway", "--id", "s1", "--url", "https://one.example", "Branch"}, "--url");
+}
+
+TEST(SrctlUsage, AnArgumentTooManyIsNamed) {
+  ExpectUsageError({"list", "all"}, "all");
+  ExpectUsageError({"show", "s1", "s2"}, "s2");
+  ExpectUsageError({"list", "--josn"}, "--josn");
+}
+
+TEST(SrctlUsage, LoggingIsOnOrOff) {
+  ExpectUsageError({"logging", "maybe"}, "maybe not in {on,off}");
+  ExpectUsageError({"logging", ""}, "not in {on,off}");
+}
+
+TEST(SrctlUsage, ArgumentsForTheAgentAreUtf8) {
+  ExpectUsageError({"show", "a\xFF"}, "it is not UTF-8 text");
+  ExpectUsageError({"delete", "a\xFF"}, "it is not UTF-8 text");
+  ExpectUsageError({"default-gateway", "--id", "a\xFF", "Branch"}, "it is not UTF-8 text");
+  ExpectUsageError({"default-gateway", "--url", "a\xFF", "Branch"}, "it is not UTF-8 text");
+  ExpectUsageError({"default-gateway", "--id", "s1", "a\xFF"}, "it is not UTF-8 text");
+}
+
+TEST(SrctlUsage, EscapeSequencesAreNotEchoed) {
+  ExpectUsageError({"\x1B[31mred"}, "\"\uFFFD[31mred\"");
+  ExpectUsageError({"list", "\x1B[31mred"}, "\uFFFD[31mred");
+}
+
+TEST(SrctlUsage, OutputThatNobodyTakesIsAFailure) {
+  testsupport::ChildProcess child({"sh", "-c", "exec \"$0\" --version >/dev/full", SR_STAGE_DIR "/bin/srctl"},
+                                  {}, {.captureErrors = true});
+  EXPECT_EQ(child.Wait(), 1);
+  EXPECT_EQ(child.Output(), "srctl: The output could not be written.\n");
+}
+
+}  // namespace
