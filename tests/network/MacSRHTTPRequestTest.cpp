@@ -290,6 +290,14 @@ TEST(MacSRHTTPRequest, UsesTheProxyOfTheEnvironment) {
   EXPECT_THAT(proxy.Requests(), ElementsAre(StartsWith("GET http://stores.example/discovery HTTP/1.1\r\n")));
 }
 
+TEST(MacSRHTTPRequest, TakesNoStatusFromAProxyThatRefusesTheWayToTheServer) {
+  const RawServer proxy({"HTTP/1.1 407 Proxy Authentication Required\r\nContent-Length: 0\r\n\r\n"});
+  const EnvironmentVariable variable("https_proxy", util::narrow(proxy.Address()));
+  MacSRHTTPRequest request(L"https://stores.example/discovery");
+  ExpectNoResponse(request);
+  EXPECT_THAT(proxy.Requests(), ElementsAre(StartsWith("CONNECT stores.example:443 HTTP/1.1\r\n")));
+}
+
 TEST(MacSRHTTPRequestFactory, RegistersItselfAndMakesRequests) {
   MacSRHTTPRequestFactory::Init();
   SRHTTPRequestFactory* const registered = SRHTTPRequestFactory::c_Instance;

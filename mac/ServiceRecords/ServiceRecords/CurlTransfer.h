@@ -11,8 +11,8 @@
 namespace CurlTransfer {
 
 // The address (UTF-8) in the form in which it is requested: blanks and characters outside ASCII
-// percent-encoded, a host name outside ASCII in its ASCII form, no user and no password; otherwise as it
-// stands, dots in the path included. Nothing when it is no URL.
+// percent-encoded, a host name outside ASCII in its ASCII form, no user and no password; path and query
+// otherwise as they stand, dots in the path included. Nothing when it is no URL.
 [[nodiscard]] std::optional<std::string> RequestForm(const std::string& address);
 
 // A transfer of that URL, ready for further options. Null when the library or memory for one is not to be

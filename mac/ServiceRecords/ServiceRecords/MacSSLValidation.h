@@ -33,7 +33,7 @@ class MacSSLValidation : public SSLValidation {
   void TakePeerTrust(const PeerTrust& trust);
   void ReportReadError(CURLcode result, bool receivedFatalAlert, const std::string& reason);
 
-  bool downloading_ = false;  // while the stream is open; there is never a second one beside it
+  bool downloading_ = false;  // while the stream is open; one validation at a time
   std::int64_t errorCode_ = 0;
   std::vector<MacCertificate> certificates_;
 };
