@@ -56,6 +56,31 @@ TEST_F(DeclarationBoundsTest, AContentModelWithExponentiallyManyStatesIsRefused)
             "the document takes longer than 200 ms to parse");
 }
 
+// A content model allocates while it is destroyed, and that is where these documents hold the most memory.
+TEST_F(DeclarationBoundsTest, MemoryCanRunOutWhileAContentModelIsDestroyed) {
+  const std::wstring repeated = L"<!ELEMENT Services (a)>";
+  const std::wstring text = Declaring(repeated + Model(500, L",") + repeated);
+  std::size_t refused = 0;
+  std::size_t read = 4 * kMiB;
+  ASSERT_EQ(Refusal(WithMemory(read), text), "");
+  while (read - refused > 8) {
+    const std::size_t middle = (read + refused) / 2;
+    (Refusal(WithMemory(middle), text).empty() ? read : refused) = middle;
+  }
+  for (std::size_t less = 8; less <= 256; less += 8)
+    EXPECT_NE(Refusal(WithMemory(read - less), text), "") << less;
+}
+
+TEST_F(DeclarationBoundsTest, AParserServesAgainWithAllItsMemoryAfterABrokenOffParse) {
+  const std::wstring bomb = Declaring(L"<!ELEMENT Services ((a|b)*,a" + Repeated(L",(a|b)", 25) + L")>",
+                                      L"<Services><a/></Services>");
+  DOMServices dom(WithMemory(8 * kMiB));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_THROW(static_cast<void>(dom.GetDocument(bomb)), std::runtime_error);
+    EXPECT_NE(dom.GetDocument(L"<a>" + Repeated(L"<b/>", 20000) + L"</a>"), nullptr);
+  }
+}
+
 TEST_F(DeclarationBoundsTest, TimeCanRunOutAnywhereInTheDeclarations) {
   const std::wstring text = Declaring(Repeated(L"<!ELEMENT a (b,c,(d|e)*)>", 200000));
   for (const int time : {0, 5, 20, 40}) {

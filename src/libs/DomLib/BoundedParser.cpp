@@ -53,6 +53,7 @@ BoundedParser::BoundedParser(ParseMeter& meter, MemoryManager& memory)
 
 void BoundedParser::ParseWithinBounds(const InputSource& source) {
   const MeteredParse metered(meter_);
+  CountExpanded(0);
   try {
     parse(source);
   } catch (const OutOfMemoryException&) {

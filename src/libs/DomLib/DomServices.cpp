@@ -121,6 +121,7 @@ DOMDocument* DOMServices::GetDocument(const std::wstring& text) {
   MemBufInputSource source(reinterpret_cast<const XMLByte*>(utf8.data()), utf8.size(),
                            AsXString(schemaName_).c_str(), false);
   source.setEncoding(XMLUni::fgUTF8EncodingString);
+  source.setCopyBufToStream(false);
   return GetDocument(source);
 }
 
@@ -158,6 +159,7 @@ void DOMServices::Parse(const MemBufInputSource& source) {
     throw std::runtime_error(AsString(exception.getMessage()));
   } catch (const std::runtime_error&) {
     parser_.reset();  // a parse cut off at a bound leaves a parser that cannot be used again
+    memory_->FreeLeftovers();
     throw;
   }
 }

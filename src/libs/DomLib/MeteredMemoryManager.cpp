@@ -6,16 +6,12 @@
 #include <xercesc/validators/common/ContentSpecNode.hpp>
 
 #include <algorithm>
-#include <cstring>
 #include <exception>
+#include <new>
 
 using namespace xercesc;
 
 namespace {
-
-// In front of every block, its size; padded so that the block stays aligned for anything.
-constexpr std::size_t kHeader = alignof(std::max_align_t);
-static_assert(kHeader >= sizeof(std::size_t));
 
 // More than any content model of a document needs for its clean-up.
 constexpr std::size_t kHugeBlock = std::size_t{128} << 20;
@@ -53,17 +49,23 @@ void MeteredMemoryManager::Meter(XMLSize_t size) {
 
 void* MeteredMemoryManager::allocate(XMLSize_t size) {
   if (meter_.running) Meter(size);
-  auto* block = static_cast<std::byte*>(XMLPlatformUtils::fgMemoryManager->allocate(size + kHeader));
-  std::memcpy(block, &size, sizeof size);
+  void* memory = XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Header) + size);
+  auto* header = new (memory) Header{&blocks_, blocks_.next, size};
+  header->next->previous = header;
+  blocks_.next = header;
   meter_.memory += size;
-  return block + kHeader;
+  return header + 1;
 }
 
 void MeteredMemoryManager::deallocate(void* pointer) {
   if (pointer == nullptr) return;
-  std::byte* block = static_cast<std::byte*>(pointer) - kHeader;
-  XMLSize_t size = 0;
-  std::memcpy(&size, block, sizeof size);
-  meter_.memory -= size;
-  XMLPlatformUtils::fgMemoryManager->deallocate(block);
+  Header* header = static_cast<Header*>(pointer) - 1;
+  header->previous->next = header->next;
+  header->next->previous = header->previous;
+  meter_.memory -= header->size;
+  XMLPlatformUtils::fgMemoryManager->deallocate(header);
+}
+
+void MeteredMemoryManager::FreeLeftovers() {
+  while (blocks_.next != &blocks_) deallocate(blocks_.next + 1);
 }
