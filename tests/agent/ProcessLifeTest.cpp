@@ -78,6 +78,24 @@ TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileACallWaitsForTheList) {
   EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
 }
 
+TEST_F(ProcessLife, ADeliveringInstanceThatIsTerminatedEndsWithStatusZero) {
+  agent_.Start();
+  agent_.HoldDialogs();
+  auto forwarder = agent_.Run({OpenableFile("a.cr", {Store("s1", "One")})});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 1; }));
+  forwarder.Signal(SIGTERM);
+  EXPECT_EQ(forwarder.Wait(), 0);
+}
+
+TEST_F(ProcessLife, WithoutItsBusTheAgentEndsThoughADialogIsOpen) {
+  agent_.Start();
+  agent_.HoldDialogs();
+  agent_.Bus().OpenFiles({agent_.URI(OpenableFile("a.cr", {Store("s1", "One")}))});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 1; }));
+  agent_.EndBus();
+  EXPECT_EQ(agent_.WaitForEnd(), 1);
+}
+
 TEST_F(ProcessLife, ANameThatHasAnotherOwnerEndsTheAgentWithStatusOne) {
   agent_.Bus().OwnName("com.morvane.ServiceRecords");
   auto agent = agent_.Run({}, {.captureErrors = true});

@@ -111,6 +111,22 @@ TEST_F(ServiceCalls, ADiscoveryDocumentWithoutStoresShowsAnErrorAndIsNotAnnounce
   EXPECT_EQ(CountNotifications(), 0U);
 }
 
+TEST_F(ServiceCalls, ACharacterThatTheBusRefusesIsLeftOutOfTheAnswer) {
+  Discover({Store("s0", "Zero"), Store("s1", "N&#xFDD0;a&#x1FFFE;me")});
+  EXPECT_THAT(StoreIDs(), ElementsAre("s0", "s1"));
+  EXPECT_EQ(Call("storeForID", {"s1"})["StoreName"], "Name");
+}
+
+TEST_F(ServiceCalls, AStoreIsFoundInAnyLetterCaseOfItsURL) {
+  auto store = Store("s1", "One");
+  store.url = "https://localhost/\u00c4PFEL/store";
+  store.gateways = {{.name = "Apples", .location = "https://localhost/apples"}};
+  Discover({Store("s0", "Zero"), store});
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore",
+                                 {"HTTPS://localhost/\u00e4pfel/Store"})["GatewayName"],
+            "Apples");
+}
+
 TEST_F(ServiceCalls, TheCurrentGatewayIsTheStoresDefaultGateway) {
   const auto store = Store("s1", "One");
   Discover({store});

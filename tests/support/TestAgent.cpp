@@ -52,7 +52,7 @@ void CopyTree(const fs::path& from, const fs::path& to) {
 }
 
 // Waits for the end of a process that is not a child.
-void WaitForEnd(int pid) {
+void WaitForProcess(int pid) {
   const int handle = static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
   if (handle < 0) return;
   pollfd state{handle, POLLIN, 0};
@@ -90,7 +90,7 @@ TestAgent::TestAgent(const std::vector<std::string>& environment) {
 TestAgent::~TestAgent() {
   // What the bus started ends with the bus; it is seen to be gone before the folder is.
   try {
-    if (agent_ == nullptr) EndActivated();
+    if (agent_ == nullptr && client_ != nullptr) EndActivated();
   } catch (const std::exception&) {
   }
 }
@@ -140,9 +140,18 @@ void TestAgent::Start() {
 
 int TestAgent::Terminate() {
   agent_->Signal(SIGTERM);
+  return WaitForEnd();
+}
+
+int TestAgent::WaitForEnd() {
   const int status = agent_->Wait();
   agent_.reset();
   return status;
+}
+
+void TestAgent::EndBus() {
+  client_.reset();
+  bus_.reset();
 }
 
 void TestAgent::EndActivated() {
@@ -153,7 +162,7 @@ void TestAgent::EndActivated() {
                       .get<int>();
   if (pid == ::getpid()) return;  // the test itself stands in for the agent
   ::kill(pid, SIGTERM);
-  WaitForEnd(pid);
+  WaitForProcess(pid);
 }
 
 fs::path TestAgent::Write(const std::string& name, const std::string& content) {

@@ -36,6 +36,10 @@ class TestAgent {
                                  const ChildOptions& options = {});
   // Sends SIGTERM to the started agent and returns its exit status.
   int Terminate();
+  // Waits for the end of the started agent and returns its exit status.
+  int WaitForEnd();
+  // Ends the session bus; there is no client of it afterwards.
+  void EndBus();
   // Ends an agent that the bus started.
   void EndActivated();
 

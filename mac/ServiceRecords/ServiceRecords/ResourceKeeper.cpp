@@ -40,17 +40,18 @@ std::optional<std::string> UTF8FromUTF16(std::string text, const char* encoding)
 }
 
 // By the byte-order mark; without one the text must be UTF-8.
-std::optional<std::string> Decoded(std::string text) {
-  if (text.starts_with("\xFF\xFE")) return UTF8FromUTF16(text.substr(2), "UTF-16LE");
-  if (text.starts_with("\xFE\xFF")) return UTF8FromUTF16(text.substr(2), "UTF-16BE");
-  if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
-  return util::IsUTF8(text) ? std::optional(std::move(text)) : std::nullopt;
+std::optional<std::string> Decoded(std::string_view text) {
+  if (text.starts_with("\xFF\xFE")) return UTF8FromUTF16(std::string(text.substr(2)), "UTF-16LE");
+  if (text.starts_with("\xFE\xFF")) return UTF8FromUTF16(std::string(text.substr(2)), "UTF-16BE");
+  if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+  if (!util::IsUTF8(text)) return std::nullopt;
+  return std::string(text);
 }
 
 std::optional<std::string> ReadText(const std::filesystem::path& file, std::error_code& error) {
-  std::optional<std::string> bytes = AtomicFile::Read(file, error);
+  const std::optional<std::string> bytes = AtomicFile::Read(file, error);
   if (!bytes) return std::nullopt;
-  std::optional<std::string> text = Decoded(std::move(*bytes));
+  std::optional<std::string> text = Decoded(*bytes);
   if (!text) error = std::make_error_code(std::errc::illegal_byte_sequence);
   return text;
 }
