@@ -3,8 +3,11 @@ set(SR_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize (fo
 
 find_program(SR_CCACHE ccache)
 if(SR_CCACHE)
-  set(CMAKE_C_COMPILER_LAUNCHER ${SR_CCACHE})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${SR_CCACHE})
+  # Checkouts in different folders share the cache, and so do the uses of a precompiled header.
+  set(launcher ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1
+    CCACHE_SLOPPINESS=pch_defines,time_macros ${SR_CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
