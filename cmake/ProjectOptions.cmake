@@ -13,7 +13,7 @@ endif()
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 if(SR_SANITIZE)
-  add_compile_options(-fsanitize=${SR_SANITIZE} -fno-omit-frame-pointer -O1)
+  add_compile_options(-fsanitize=${SR_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SR_SANITIZE})
 endif()
 
