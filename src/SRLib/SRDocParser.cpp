@@ -1,6 +1,7 @@
 #include "SRLib/SRDocParser.h"
 
 #include "SRLib/Trace.h"
+#include "libs/DomLib/DocumentBounds.h"
 #include "libs/DomLib/XercesUtils.h"
 
 #include <xercesc/dom/DOM.hpp>
@@ -32,6 +33,22 @@ std::vector<const DOMElement*> ItemsOfFirst(const DOMElement& element, const cha
        next = NextDescendant(*first, name, next))
     items.push_back(next);
   return items;
+}
+
+// Services and gateways inside one another share what the innermost holds, so each level costs as much again
+// as the whole document.
+void RefuseDeepNesting(const DOMElement& element) {
+  const XString service = AsXString("Service");
+  const XString gateway = AsXString("Gateway");
+  std::size_t levels = 0;
+  for (const DOMNode* outer = &element; outer != nullptr; outer = outer->getParentNode()) {
+    const XMLCh* name = outer->getLocalName();
+    if (name != nullptr && (name == service || name == gateway)) ++levels;
+  }
+  if (levels > kMaximumServiceNesting) {
+    throw std::runtime_error("the document nests more than " + std::to_string(kMaximumServiceNesting) +
+                             " services and gateways in one another");
+  }
 }
 
 std::wstring UpperCase(std::wstring text) {
@@ -110,6 +127,7 @@ bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap&
     if (node == nullptr) return false;
     if (AsElement(node) == nullptr) continue;
     auto& service = static_cast<DOMElement&>(*node);
+    RefuseDeepNesting(service);
     SRStore store;
     if (!DeserializeService(service, store)) return false;
     // A bad list ends the document without making it a failure, unlike a missing element: deliberate.
@@ -140,6 +158,7 @@ bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
 
 bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
   for (const DOMElement* element : ItemsOfFirst(service, "Gateways", "Gateway")) {
+    RefuseDeepNesting(*element);
     const std::wstring name = NonNullAttribute(*element, "Name");
     const std::wstring location = SubNodeText(*element, "Location");
     const std::wstring edition = NonNullAttribute(*element, "Edition");

@@ -4,8 +4,10 @@
 #include "libs/DomLib/DomServices.h"
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace testsupport {
 
@@ -53,6 +55,15 @@ class BoundsTest : public ParserTest {
     ParseBounds bounds;
     bounds.memory = memory;
     return bounds;
+  }
+
+  // Names of one length (at most 65536 of them) with one and the same hash in the XML library.
+  static std::vector<std::wstring> CollidingNames(std::size_t count) {
+    std::vector<std::wstring> names(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      for (std::size_t bit = 0; bit < 16; ++bit) names[i] += (i >> bit & 1) != 0 ? L"CT" : L"Bz";
+    }
+    return names;
   }
 
   // A document with an internal subset.

@@ -80,6 +80,22 @@ TEST_F(DOMServicesTest, OnLaterParsesTheDumpIsEmpty) {
   EXPECT_EQ(CapturedTrace::Records().back(), (TraceRecord{2, "DomServices.cpp", ""}));
 }
 
+TEST_F(DOMServicesTest, AParseThatIsCutOffCountsAsAnEarlierParse) {
+  EXPECT_THROW(static_cast<void>(dom_.GetDocument(Repeated(L"<a>", 300))), std::runtime_error);
+  CapturedTrace::Clear();
+  ASSERT_NE(dom_.GetDocument(L"<a></c>"), nullptr);
+  EXPECT_EQ(Count("<a></c>"), 0U);
+  EXPECT_EQ(CapturedTrace::Records().back(), (TraceRecord{2, "DomServices.cpp", ""}));
+}
+
+TEST_F(DOMServicesTest, ASchemaMayBeNamedFirstOnAChild) {
+  UseServiceRecordSchema();
+  ASSERT_NE(dom_.GetDocument(L"<a>" + ServiceRecord(Service(L"s")) + L"</a>"), nullptr);
+  EXPECT_FALSE(dom_.ErrorCheck());
+  ASSERT_NE(dom_.GetDocument(L"<a>" + ServiceRecord(L"<Unheard/>") + L"</a>"), nullptr);
+  EXPECT_TRUE(dom_.ErrorCheck());
+}
+
 TEST_F(DOMServicesTest, AFatalErrorIsWrittenAtItsOwnLevel) {
   ASSERT_NE(dom_.GetDocument(L"<a>"), nullptr);
   EXPECT_TRUE(dom_.ErrorCheck());

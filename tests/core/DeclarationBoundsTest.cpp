@@ -23,6 +23,8 @@ TEST_F(DeclarationBoundsTest, DeeplyNestedParenthesesEndNeitherTheProcessNorTheR
 TEST_F(DeclarationBoundsTest, AContentModelOfOrdinarySizeIsRead) {
   ExpectRead(Declaring(Model(500, L",")));
   ExpectRead(Declaring(Model(500, L"|")));
+  ExpectRead(
+      Declaring(L"<!ELEMENT Services ANY><!ELEMENT a EMPTY><!ELEMENT b (#PCDATA)><!ELEMENT c (#PCDATA|a)*>"));
 }
 
 TEST_F(DeclarationBoundsTest, AContentModelOfMorePartsIsRefused) {
@@ -32,18 +34,19 @@ TEST_F(DeclarationBoundsTest, AContentModelOfMorePartsIsRefused) {
 }
 
 TEST_F(DeclarationBoundsTest, AHugeContentModelIsRefusedWithoutEndingTheProcess) {
-  ExpectRefused(Declaring(Model(200000, L",")), kTooManyParts);
-  ExpectRefused(Declaring(Model(200000, L"|")), kTooManyParts);
+  ExpectRefused(Declaring(Model(20000, L",")), kTooManyParts);
+  ExpectRefused(Declaring(Model(20000, L"|")), kTooManyParts);
 }
 
 TEST_F(DeclarationBoundsTest, AContentModelInAParameterEntityIsRefusedToo) {
   ExpectRefused(Declaring(L"<!ENTITY % model \"" + Model(501, L",") + L"\">%model;"), kTooManyParts);
 }
 
-TEST_F(DeclarationBoundsTest, AContentModelThatFillsTheMemoryIsRefusedWhileItIsRead) {
-  const std::string refusal = "the document expands to more than the parser may hold (16 MiB)";
-  EXPECT_EQ(Refusal(WithMemory(16 * kMiB), Declaring(Model(200000, L","))), refusal);
-  EXPECT_EQ(Refusal(WithMemory(16 * kMiB), L"<!DOCTYPE a [<!ELEMENT a (a" + Repeated(L",a", 200000)),
+TEST_F(DeclarationBoundsTest, AContentModelThatWouldFillTheMemoryIsRefusedWhileItIsRead) {
+  const std::string refusal = "the document has too large a tag or declaration";
+  ExpectRefused(Declaring(Model(200000, L",")), refusal);
+  ExpectRefused(Declaring(Model(200000, L"|")), refusal);
+  EXPECT_EQ(Refusal(WithMemory(64 * kMiB), L"<!DOCTYPE a [<!ELEMENT a (a" + Repeated(L",a", 2000000)),
             refusal);
 }
 
@@ -69,6 +72,12 @@ TEST_F(DeclarationBoundsTest, MemoryCanRunOutWhileAContentModelIsDestroyed) {
   }
   for (std::size_t less = 8; less <= 256; less += 8)
     EXPECT_NE(Refusal(WithMemory(read - less), text), "") << less;
+}
+
+TEST_F(DeclarationBoundsTest, AnExponentialModelIsRefusedAlsoWhenNoElementUsesIt) {
+  EXPECT_EQ(
+      Refusal(WithMemory(16 * kMiB), Declaring(L"<!ELEMENT b ((a|b)*,a" + Repeated(L",(a|b)", 25) + L")>")),
+      "the document expands to more than the parser may hold (16 MiB)");
 }
 
 TEST_F(DeclarationBoundsTest, AParserServesAgainWithAllItsMemoryAfterABrokenOffParse) {

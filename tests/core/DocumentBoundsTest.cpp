@@ -45,6 +45,14 @@ TEST_F(DocumentBoundsTest, OneLevelMoreIsRefused) {
   ExpectRefused(Levels(256).insert(256 * 3, L"<leaf/>"), "the document nests deeper than 256 levels");
 }
 
+TEST_F(DocumentBoundsTest, LevelsAreCountedWithoutASchemaToo) {
+  const auto levels = [](std::size_t count) {
+    return Repeated(L"<a><b/>", count) + Repeated(L"</a>", count);
+  };
+  EXPECT_EQ(Refusal({}, levels(255)), "");
+  EXPECT_EQ(Refusal({}, levels(256)), "the document nests deeper than 256 levels");
+}
+
 TEST_F(DocumentBoundsTest, ElementsBesideEachOtherAreNoLevels) {
   ExpectRead(L"<Services>" + Repeated(Levels(200), 10) + Repeated(L"<a/>", 1000) + L"</Services>");
 }
@@ -81,6 +89,20 @@ TEST_F(DocumentBoundsTest, TenMebibytesOfExpandedTextAreRead) {
 TEST_F(DocumentBoundsTest, FortyMebibytesOfExpandedTextAreRefused) {
   ExpectRefused(Expanding(40, std::wstring(kMiB, L'x')), "the document expands to more than 32 MiB of text");
   ExpectRefused(Expanding(40, std::wstring(kMiB, L' ')), "the document expands to more than 32 MiB of text");
+}
+
+TEST_F(DocumentBoundsTest, CommentsAndInstructionsAreExpandedTextToo) {
+  const std::wstring filler(60000, L'x');
+  for (const std::wstring& entity : {L"<!--" + filler + L"-->", L"<?a " + filler + L"?>"}) {
+    ExpectRead(Expanding(500, entity));
+    ExpectRefused(Expanding(600, entity), "the document expands to more than 32 MiB of text");
+  }
+}
+
+TEST_F(DocumentBoundsTest, ExpandedTextIsCountedInBytesOfUtf8) {
+  const std::wstring filler(kMiB / 2, L'\u00E9');
+  ExpectRead(Expanding(31, filler));
+  ExpectRefused(Expanding(33, filler), "the document expands to more than 32 MiB of text");
 }
 
 TEST_F(DocumentBoundsTest, ADocumentThatTakesTooLongIsRefused) {

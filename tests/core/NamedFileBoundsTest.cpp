@@ -125,4 +125,10 @@ TEST_F(MissingFileTest, ANameOnTheNetworkIsAMissingFile) {
   EXPECT_EQ(Ids(stores_), (Wide{L"s"}));
 }
 
+TEST_F(MissingFileTest, AnEmptyNameIsTheFolderItself) {
+  const std::string refusal = "the document names the file \"\", which is not a regular file";
+  ExpectRefused(L"<!DOCTYPE Services SYSTEM ''><Services/>", refusal);
+  ExpectRefused(Declaring(L"<!ENTITY % e SYSTEM ''>%e;"), refusal);
+}
+
 }  // namespace

@@ -42,6 +42,12 @@ TEST_F(SRDocParserBeaconsTest, AnEmptyBeaconEndsTheReadingWithoutItsStore) {
   }
 }
 
+TEST_F(SRDocParserBeaconsTest, AnEmptySectionInABeaconIsAnEmptyAddress) {
+  ASSERT_TRUE(ParseServices(Service(L"s", L"<Internal><Beacon><![CDATA[]]></Beacon></Internal>")));
+  EXPECT_TRUE(Held(L"s").Beacons(BeaconType::Internal).empty());
+  EXPECT_EQ(ReadingRecords(), (Records{{0, "SRDocParser.cpp", kEmpty}}));
+}
+
 TEST_F(SRDocParserBeaconsTest, TheFirstChildAloneIsTheAddress) {
   ASSERT_TRUE(ParseServices(Service(L"s",
                                     L"<Internal><Beacon><![CDATA[ in ]]>more</Beacon>"

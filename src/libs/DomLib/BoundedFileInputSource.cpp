@@ -86,8 +86,8 @@ std::vector<XMLByte> ReadAll(const Descriptor& file, const std::string& name) {
 
 }  // namespace
 
-BoundedFileInputSource::BoundedFileInputSource(const XMLCh* identifier)
-    : LocalFileInputSource(identifier), identifier_(identifier) {}
+BoundedFileInputSource::BoundedFileInputSource(const XMLCh* identifier, MemoryManager& memory)
+    : LocalFileInputSource(identifier, &memory), identifier_(identifier) {}
 
 BinInputStream* BoundedFileInputSource::makeStream() const {
   const TranscodeToStr utf8(identifier_.c_str(), "UTF-8");

@@ -9,8 +9,9 @@
 // says which of these it is not. A missing file is left to the parser.
 class BoundedFileInputSource : public xercesc::LocalFileInputSource {
  public:
-  // `identifier` is the name as the document gives it, relative to the current directory.
-  explicit BoundedFileInputSource(const XMLCh* identifier);
+  // `identifier` is the name as the document gives it, relative to the current directory. The memory manager
+  // holds the file's content and outlives this object.
+  BoundedFileInputSource(const XMLCh* identifier, xercesc::MemoryManager& memory);
 
   xercesc::BinInputStream* makeStream() const override;
 

@@ -1,15 +1,22 @@
 #include "libs/DomLib/BoundedParser.h"
 
+#include "libs/DomLib/MeteredInputSource.h"
+
 #include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/RefVectorOf.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
+#include <xercesc/util/XMLUniDefs.hpp>
 #include <xercesc/validators/DTD/DTDAttDef.hpp>
 #include <xercesc/validators/DTD/DTDElementDecl.hpp>
+#include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 #include <xercesc/validators/common/ContentSpecNode.hpp>
+#include <xercesc/validators/schema/SchemaSymbols.hpp>
 
+#include <numeric>
 #include <stdexcept>
 #include <vector>
 
@@ -29,6 +36,25 @@ class MeteredParse {
   ParseMeter& meter_;
 };
 
+// Memory may run out anywhere, for as long as this object lives.
+class MakingAutomaton {
+ public:
+  explicit MakingAutomaton(ParseMeter& meter) : meter_(meter) { meter_.makingAutomaton = true; }
+  ~MakingAutomaton() { meter_.makingAutomaton = false; }
+  MakingAutomaton(const MakingAutomaton&) = delete;
+  MakingAutomaton& operator=(const MakingAutomaton&) = delete;
+
+ private:
+  ParseMeter& meter_;
+};
+
+std::size_t Utf8Length(const XMLCh* text, std::size_t length) {
+  return std::accumulate(text, text + length, std::size_t{0}, [](std::size_t sum, XMLCh unit) {
+    const bool isSurrogate = unit >= 0xD800 && unit < 0xE000;  // two of them are four bytes
+    return sum + (unit < 0x80 ? 1U : unit < 0x800 || isSurrogate ? 2U : 3U);
+  });
+}
+
 bool HasMorePartsThan(std::size_t limit, const ContentSpecNode* model) {
   std::vector<const ContentSpecNode*> open{model};
   std::size_t parts = 0;
@@ -46,16 +72,17 @@ bool HasMorePartsThan(std::size_t limit, const ContentSpecNode* model) {
 }  // namespace
 
 BoundedParser::BoundedParser(ParseMeter& meter, MemoryManager& memory)
-    : XercesDOMParser(nullptr, &memory, nullptr), meter_(meter) {
+    : XercesDOMParser(nullptr, &memory, nullptr), meter_(meter), memory_(memory) {
   entityLimit_.setEntityExpansionLimit(meter_.bounds.entityExpansions);
   setSecurityManager(&entityLimit_);
 }
 
 void BoundedParser::ParseWithinBounds(const InputSource& source) {
+  const MeteredInputSource document(source, meter_, memory_);
   const MeteredParse metered(meter_);
-  CountExpanded(0);
+  Look();
   try {
-    parse(source);
+    parse(document);
   } catch (const OutOfMemoryException&) {
     if (meter_.exceeded.empty()) throw;
   }
@@ -68,57 +95,126 @@ void BoundedParser::elementDecl(const DTDElementDecl& declaration, bool isIgnore
     Fail("the document declares a content model of more than " +
          std::to_string(meter_.bounds.contentModelParts) + " parts");
   }
+  if (!isIgnored) MakeAutomaton(declaration);
+  Look();
   XercesDOMParser::elementDecl(declaration, isIgnored);
 }
 
-// The library compares every declared value with every other before it looks at the clock again.
+// An automaton can have exponentially many states. The library would make it at its first use, where it must
+// not run out of memory.
+void BoundedParser::MakeAutomaton(const DTDElementDecl& declaration) {
+  if (declaration.getContentSpec() == nullptr) return;
+  const MakingAutomaton making(meter_);
+  static_cast<void>(const_cast<DTDElementDecl&>(declaration).getContentModel());
+}
+
 void BoundedParser::attDef(const DTDElementDecl& element, const DTDAttDef& attribute, bool isIgnored) {
+  // The library compares every declared value with every other before it looks at the clock again.
   meter_.enumerationCharacters += XMLString::stringLen(attribute.getEnumeration());
   if (meter_.enumerationCharacters > meter_.bounds.enumerationCharacters) {
     Fail("the document enumerates more than " + std::to_string(meter_.bounds.enumerationCharacters >> 10) +
          " KiB of attribute values");
   }
+  CheckAttributeCount(element.getAttDefList().getAttDefCount());
+  const bool isList = attribute.getType() == XMLAttDef::IDRefs || attribute.getType() == XMLAttDef::Entities;
+  if (isList) RefuseReferenceList();
+  Look();
   XercesDOMParser::attDef(element, attribute, isIgnored);
+}
+
+// A tag or a declaration lies within one entity, so this bounds each of them.
+void BoundedParser::entityDecl(const DTDEntityDecl& entity, bool isParameter, bool isIgnored) {
+  const bool holdsMarkup = XMLString::indexOf(entity.getValue(), chOpenAngle) != -1;
+  if (holdsMarkup && entity.getValueLen() > meter_.bounds.entityMarkup) {
+    Fail("the document declares an entity of more than " + std::to_string(meter_.bounds.entityMarkup >> 10) +
+         " KiB of markup");
+  }
+  Look();
+  XercesDOMParser::entityDecl(entity, isParameter, isIgnored);
+}
+
+void BoundedParser::notationDecl(const XMLNotationDecl& notation, bool isIgnored) {
+  Look();
+  XercesDOMParser::notationDecl(notation, isIgnored);
+}
+
+void BoundedParser::startAttList(const DTDElementDecl& element) {
+  Look();
+  XercesDOMParser::startAttList(element);
+}
+
+void BoundedParser::doctypeComment(const XMLCh* comment) {
+  CountText(comment, XMLString::stringLen(comment));
+  XercesDOMParser::doctypeComment(comment);
+}
+
+void BoundedParser::doctypePI(const XMLCh* target, const XMLCh* data) {
+  CountText(data, XMLString::stringLen(data));
+  XercesDOMParser::doctypePI(target, data);
+}
+
+void BoundedParser::doctypeWhitespace(const XMLCh* characters, XMLSize_t length) {
+  CountText(characters, length);
+  XercesDOMParser::doctypeWhitespace(characters, length);
 }
 
 void BoundedParser::startElement(const XMLElementDecl& declaration, unsigned int uriId, const XMLCh* prefix,
                                  const RefVectorOf<XMLAttr>& attributes, XMLSize_t attributeCount,
                                  bool isEmpty, bool isRoot) {
-  meter_.contentReached = true;
   if (meter_.depth >= meter_.bounds.nesting) {
     Fail("the document nests deeper than " + std::to_string(meter_.bounds.nesting) + " levels");
   }
+  ++meter_.depth;
+  CheckAttributeCount(attributeCount);
   for (XMLSize_t i = 0; i < attributeCount; ++i) {
-    CountExpanded(XMLString::stringLen(attributes.elementAt(i)->getValue()));
+    const XMLAttr& attribute = *attributes.elementAt(i);
+    CountText(attribute.getValue(), XMLString::stringLen(attribute.getValue()));
+    if (NamesReferenceList(attribute)) RefuseReferenceList();
   }
-  CountExpanded(0);
-  if (!isEmpty) ++meter_.depth;
+  Look();
   XercesDOMParser::startElement(declaration, uriId, prefix, attributes, attributeCount, isEmpty, isRoot);
 }
 
+// The library calls it for empty elements too.
 void BoundedParser::endElement(const XMLElementDecl& declaration, unsigned int uriId, bool isRoot,
                                const XMLCh* prefix) {
-  if (meter_.depth != 0) --meter_.depth;
+  --meter_.depth;
+  Look();
   XercesDOMParser::endElement(declaration, uriId, isRoot, prefix);
 }
 
 void BoundedParser::docCharacters(const XMLCh* characters, XMLSize_t length, bool cdataSection) {
-  CountExpanded(length);
+  CountText(characters, length);
   XercesDOMParser::docCharacters(characters, length, cdataSection);
 }
 
 void BoundedParser::ignorableWhitespace(const XMLCh* characters, XMLSize_t length, bool cdataSection) {
-  CountExpanded(length);
+  CountText(characters, length);
   XercesDOMParser::ignorableWhitespace(characters, length, cdataSection);
+}
+
+void BoundedParser::docComment(const XMLCh* comment) {
+  CountText(comment, XMLString::stringLen(comment));
+  XercesDOMParser::docComment(comment);
+}
+
+void BoundedParser::docPI(const XMLCh* target, const XMLCh* data) {
+  CountText(data, XMLString::stringLen(data));
+  XercesDOMParser::docPI(target, data);
+}
+
+InputSource* BoundedParser::resolveEntity(XMLResourceIdentifier* identifier) {
+  Look();
+  return XercesDOMParser::resolveEntity(identifier);
 }
 
 void BoundedParser::error(unsigned int code, const XMLCh* domain, XMLErrorReporter::ErrTypes type,
                           const XMLCh* text, const XMLCh* systemId, const XMLCh* publicId, XMLFileLoc line,
                           XMLFileLoc column) {
-  // The library reports the limit and would go on with a fresh count.
   if (code == XMLErrs::EntityExpansionLimitExceeded && XMLString::equals(domain, XMLUni::fgXMLErrDomain)) {
     Fail("the document expands more than " + std::to_string(meter_.bounds.entityExpansions) + " entities");
   }
+  Look();
   XercesDOMParser::error(code, domain, type, text, systemId, publicId, line, column);
 }
 
@@ -127,12 +223,40 @@ void BoundedParser::Fail(const std::string& reason) {
   throw std::runtime_error(reason);
 }
 
-void BoundedParser::CountExpanded(std::size_t units) {
-  meter_.expandedBytes += units;
+void BoundedParser::CheckAttributeCount(std::size_t count) {
+  if (count > meter_.bounds.attributes) {
+    Fail("the document has an element of more than " + std::to_string(meter_.bounds.attributes) +
+         " attributes");
+  }
+}
+
+// Such a list is looked up name by name, in one go, in a table whose collisions a document can choose.
+void BoundedParser::RefuseReferenceList() {
+  Fail("the document has a list of references (type IDREFS or ENTITIES)");
+}
+
+// Whether the attribute gives its element one of these types.
+bool BoundedParser::NamesReferenceList(const XMLAttr& attribute) const {
+  const bool isType =
+      XMLString::equals(attribute.getName(), SchemaSymbols::fgXSI_TYPE) &&
+      XMLString::equals(getScanner()->getURIText(attribute.getURIId()), SchemaSymbols::fgURI_XSI);
+  if (!isType) return false;
+  const XMLCh* value = attribute.getValue();
+  return XMLString::patternMatch(value, XMLUni::fgIDRefsString) != -1 ||
+         XMLString::patternMatch(value, XMLUni::fgEntitiesString) != -1;
+}
+
+void BoundedParser::CountText(const XMLCh* text, XMLSize_t length) {
+  meter_.expandedBytes += Utf8Length(text, length);
   if (meter_.expandedBytes > meter_.bounds.expandedBytes) {
     Fail("the document expands to more than " + std::to_string(meter_.bounds.expandedBytes >> 20) +
          " MiB of text");
   }
-  if (!meter_.exceeded.empty()) Fail(meter_.exceeded);
-  if (meter_.TimeIsUp()) Fail(meter_.TimeBound());
+  Look();
+}
+
+void BoundedParser::Look() {
+  meter_.blocksSinceLook = 0;
+  const std::string excess = meter_.Excess(0);
+  if (!excess.empty()) Fail(excess);
 }

@@ -9,6 +9,10 @@
 inline constexpr std::size_t kMaximumNesting = 256;
 inline constexpr std::size_t kMaximumEntityExpansions = 1000;
 inline constexpr std::size_t kMaximumExpandedBytes = std::size_t{32} << 20;
+inline constexpr std::size_t kMaximumAttributes = 1000;    // of one element, those declared for it included
+inline constexpr std::size_t kMaximumBlocksOfTag = 20000;  // of memory, for one tag or declaration
+inline constexpr std::size_t kMaximumEntityMarkup = std::size_t{64} << 10;
+inline constexpr std::size_t kMaximumServiceNesting = 4;
 inline constexpr std::size_t kMaximumNamedFileBytes = std::size_t{1} << 20;
 inline constexpr std::size_t kMaximumContentModelParts = 1000;
 inline constexpr std::size_t kMaximumEnumerationCharacters = std::size_t{16} << 10;

@@ -12,11 +12,14 @@
 #include <xercesc/sax/EntityResolver.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include <stdexcept>
 
 using namespace xercesc;
+
+namespace {
 
 // Counts the problems of a parse and writes them to the trace log.
 class ParsingErrorHandler : public ErrorHandler {
@@ -72,24 +75,28 @@ class ParsingErrorHandler : public ErrorHandler {
   bool textDumped_ = false;
 };
 
-namespace {
-
 // Maps the schema that a document names to the schema file.
 class MyResolver : public EntityResolver {
  public:
-  MyResolver(const std::wstring& schemaName, const std::wstring& schemaFile)
-      : schemaName_(AsXString(schemaName)), schemaFile_(AsXString(schemaFile)) {}
+  MyResolver(const std::wstring& schemaName, const std::wstring& schemaFile, MemoryManager& memory)
+      : schemaName_(AsXString(schemaName)), schemaFile_(AsXString(schemaFile)), memory_(memory) {}
 
   InputSource* resolveEntity(const XMLCh* /*publicId*/, const XMLCh* systemId) override {
-    if (XMLString::compareIString(systemId, schemaName_.c_str()) != 0)
-      return new BoundedFileInputSource(systemId);
-    return new BoundedFileInputSource(schemaFile_.empty() ? schemaName_.c_str() : schemaFile_.c_str());
+    if (XMLString::compareIString(systemId, schemaName_.c_str()) != 0) return Open(systemId);
+    return Open(schemaFile_.empty() ? schemaName_.c_str() : schemaFile_.c_str());
   }
 
  private:
+  InputSource* Open(const XMLCh* name) { return new (&memory_) BoundedFileInputSource(name, memory_); }
+
   const XString schemaName_;
   const XString schemaFile_;
+  MemoryManager& memory_;
 };
+
+ParsingErrorHandler& Parsing(ErrorHandler& handler) {
+  return static_cast<ParsingErrorHandler&>(handler);
+}
 
 }  // namespace
 
@@ -107,12 +114,12 @@ void DOMServices::SetSchema(const std::wstring& schemaName, const std::wstring& 
 }
 
 bool DOMServices::ErrorCheck() const {
-  return errorHandler_->ErrorsSeen();
+  return Parsing(*errorHandler_).ErrorsSeen();
 }
 
 DOMDocument* DOMServices::GetDocument(const std::wstring& text) {
   errorHandler_->resetErrors();
-  errorHandler_->SetDocumentText(text);
+  Parsing(*errorHandler_).SetDocumentText(text);
   const std::string utf8 = util::narrow(text);
   if (utf8.size() > meter_.bounds.documentBytes) {
     throw std::runtime_error("the document is larger than " +
@@ -127,7 +134,7 @@ DOMDocument* DOMServices::GetDocument(const std::wstring& text) {
 
 DOMDocument* DOMServices::GetDocument(const MemBufInputSource& source) {
   PrepareParser();
-  resolver_ = std::make_unique<MyResolver>(schemaName_, schemaFile_);
+  resolver_ = std::make_unique<MyResolver>(schemaName_, schemaFile_, *memory_);
   parser_->setErrorHandler(errorHandler_.get());
   parser_->setEntityResolver(resolver_.get());
   parser_->setValidationScheme(XercesDOMParser::Val_Auto);
@@ -144,12 +151,13 @@ DOMDocument* DOMServices::GetDocument(const MemBufInputSource& source) {
 }
 
 void DOMServices::PrepareParser() {
-  if (parser_ == nullptr) {
-    parser_ = std::make_unique<BoundedParser>(meter_, *memory_);
-    return;
+  if (hasParsed_) errorHandler_->resetErrors();  // forgets the document's text too: deliberate
+  hasParsed_ = true;
+  if (parser_ != nullptr) {
+    parser_->reset();
+  } else {
+    parser_.reset(new (memory_.get()) BoundedParser(meter_, *memory_));
   }
-  parser_->reset();
-  errorHandler_->resetErrors();  // forgets the document's text too: deliberate
 }
 
 void DOMServices::Parse(const MemBufInputSource& source) {
@@ -158,8 +166,17 @@ void DOMServices::Parse(const MemBufInputSource& source) {
   } catch (const SAXParseException& exception) {
     throw std::runtime_error(AsString(exception.getMessage()));
   } catch (const std::runtime_error&) {
-    parser_.reset();  // a parse cut off at a bound leaves a parser that cannot be used again
-    memory_->FreeLeftovers();
+    AbandonParser();
+    throw;
+  } catch (const OutOfMemoryException&) {
+    AbandonParser();
     throw;
   }
+}
+
+// A parse that was cut off leaves objects that were in the middle of a change: they are not destroyed, their
+// memory alone is freed.
+void DOMServices::AbandonParser() {
+  static_cast<void>(parser_.release());
+  memory_->FreeAll();
 }

@@ -11,12 +11,12 @@
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMDocument;
 class EntityResolver;
+class ErrorHandler;
 class MemBufInputSource;
 XERCES_CPP_NAMESPACE_END
 
 class BoundedParser;
 class MeteredMemoryManager;
-class ParsingErrorHandler;
 
 // The one place where XML is parsed: a reusable DOM parser with schema validation. Problems are written to
 // the trace log and counted; they do not stop a parse. Used by one thread at a time; any number may exist at
@@ -45,13 +45,15 @@ class DOMServices {
  private:
   void PrepareParser();
   void Parse(const xercesc::MemBufInputSource& source);
+  void AbandonParser();
 
   XercesPlatform platform_;  // the first to come, the last to go
   ParseMeter meter_;
   std::unique_ptr<MeteredMemoryManager> memory_;
-  std::unique_ptr<ParsingErrorHandler> errorHandler_;
+  std::unique_ptr<xercesc::ErrorHandler> errorHandler_;
   std::unique_ptr<xercesc::EntityResolver> resolver_;
   std::unique_ptr<BoundedParser> parser_;
+  bool hasParsed_ = false;
   std::wstring schemaName_;
   std::wstring schemaFile_;
 };

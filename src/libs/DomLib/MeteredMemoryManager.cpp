@@ -3,7 +3,6 @@
 #include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/validators/common/ContentSpecNode.hpp>
 
 #include <algorithm>
 #include <exception>
@@ -13,20 +12,25 @@ using namespace xercesc;
 
 namespace {
 
-// More than any content model of a document needs for its clean-up.
+// Nothing but a single long text needs a block as large as this.
 constexpr std::size_t kHugeBlock = std::size_t{128} << 20;
 
-template <class Object>
-std::size_t SizeOfNew() {
-  return XMLPlatformUtils::alignPointerForNewBlockAllocation(sizeof(MemoryManager*)) + sizeof(Object);
+// The library fails cleanly only where it expects to: its destructors allocate (lists of the parts of content
+// models), and it deletes members before it makes their successors. A reader, made for each entity, and a
+// huge buffer are made where it does neither; everything else is left to the parser's next look at the meter.
+// A copy of a text may be as large by chance, so a parser that was cut off is never destroyed.
+std::size_t SizeOfNewReader() {
+  return XMLPlatformUtils::alignPointerForNewBlockAllocation(sizeof(void*)) + sizeof(XMLReader);
 }
 
-// The library's content models allocate in their destructors, where an exception ends the process. So while
-// declarations are read, only what no destructor makes may fail: further parts of a content model, readers of
-// entities and huge buffers.
-bool IsMadeByNoDestructor(std::size_t size) {
-  return size == SizeOfNew<ContentSpecNode>() || size == SizeOfNew<XMLReader>() || size > kHugeBlock;
+// Whether a list that the library's content models make in their destructors ever takes so many bytes.
+constexpr bool IsSizeOfGrowingList(std::size_t size) {
+  std::size_t count = 10;
+  while (count * sizeof(void*) < size) count = std::max(count + 1, count + count / 4);
+  return count * sizeof(void*) == size;
 }
+static_assert(!IsSizeOfGrowingList(alignof(void*) + sizeof(XMLReader)) &&
+              !IsSizeOfGrowingList(alignof(std::max_align_t) + sizeof(XMLReader)));
 
 }  // namespace
 
@@ -35,14 +39,11 @@ MemoryManager* MeteredMemoryManager::getExceptionMemoryManager() {
 }
 
 void MeteredMemoryManager::Meter(XMLSize_t size) {
-  if (meter_.exceeded.empty() && meter_.TimeIsUp()) meter_.exceeded = meter_.TimeBound();
-  if (meter_.exceeded.empty() &&
-      size > meter_.bounds.memory - std::min(meter_.memory, meter_.bounds.memory)) {
-    meter_.exceeded = "the document expands to more than the parser may hold (" +
-                      std::to_string(meter_.bounds.memory >> 20) + " MiB)";
-  }
-  if (meter_.exceeded.empty() || std::uncaught_exceptions() != 0) return;
-  if (!meter_.contentReached && !IsMadeByNoDestructor(size)) return;
+  ++meter_.blocksSinceLook;
+  const bool mayFail = meter_.makingAutomaton || size == SizeOfNewReader() || size > kHugeBlock;
+  if (!mayFail || std::uncaught_exceptions() != 0) return;
+  meter_.exceeded = meter_.Excess(size);
+  if (meter_.exceeded.empty()) return;
   meter_.running = false;
   throw OutOfMemoryException();
 }
@@ -50,10 +51,10 @@ void MeteredMemoryManager::Meter(XMLSize_t size) {
 void* MeteredMemoryManager::allocate(XMLSize_t size) {
   if (meter_.running) Meter(size);
   void* memory = XMLPlatformUtils::fgMemoryManager->allocate(sizeof(Header) + size);
-  auto* header = new (memory) Header{&blocks_, blocks_.next, size};
+  auto* header = new (memory) Header{&blocks_, blocks_.next, sizeof(Header) + size};
   header->next->previous = header;
   blocks_.next = header;
-  meter_.memory += size;
+  meter_.memory += header->size;
   return header + 1;
 }
 
@@ -66,6 +67,6 @@ void MeteredMemoryManager::deallocate(void* pointer) {
   XMLPlatformUtils::fgMemoryManager->deallocate(header);
 }
 
-void MeteredMemoryManager::FreeLeftovers() {
+void MeteredMemoryManager::FreeAll() {
   while (blocks_.next != &blocks_) deallocate(blocks_.next + 1);
 }

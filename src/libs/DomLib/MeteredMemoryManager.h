@@ -7,30 +7,30 @@
 #include <cstddef>
 
 // The library's memory manager with a meter on it: what a parser holds at one time is bounded, and a parse
-// that expands entities without telling anybody (in attribute values) is seen here first. One parser, one
-// thread.
+// that expands entities without telling anybody (in attribute values, in declarations) is seen here first.
+// One parser, one thread.
 class MeteredMemoryManager : public xercesc::MemoryManager {
  public:
   explicit MeteredMemoryManager(ParseMeter& meter) : meter_(meter) {}
-  ~MeteredMemoryManager() override { FreeLeftovers(); }
+  ~MeteredMemoryManager() override { FreeAll(); }
   MeteredMemoryManager(const MeteredMemoryManager&) = delete;
   MeteredMemoryManager& operator=(const MeteredMemoryManager&) = delete;
 
   xercesc::MemoryManager* getExceptionMemoryManager() override;
-  // Throws xercesc::OutOfMemoryException past the meter's bounds, once in a parse.
+  // Throws xercesc::OutOfMemoryException past the meter's bounds, once in a parse. Whatever was being made is
+  // then in no state to be destroyed.
   void* allocate(XMLSize_t size) override;
   void deallocate(void* pointer) override;
 
-  // The library loses blocks when an exception cuts a parse off; this frees them. Only once the parser is
-  // gone.
-  void FreeLeftovers();
+  // Frees every block, without a destructor of what is in it.
+  void FreeAll();
 
  private:
   // Stands in front of every block, padded so that the block is aligned for anything.
   struct alignas(std::max_align_t) Header {
     Header* previous = this;
     Header* next = this;
-    std::size_t size = 0;
+    std::size_t size = 0;  // with the header
   };
 
   void Meter(XMLSize_t size);

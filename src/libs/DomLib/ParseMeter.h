@@ -10,8 +10,10 @@
 struct ParseBounds {
   std::size_t documentBytes = kMaximumDocumentBytes;
   std::size_t nesting = kMaximumNesting;
+  std::size_t attributes = kMaximumAttributes;
   std::size_t entityExpansions = kMaximumEntityExpansions;
-  std::size_t expandedBytes = kMaximumExpandedBytes;
+  std::size_t entityMarkup = kMaximumEntityMarkup;    // characters of an entity that holds markup
+  std::size_t expandedBytes = kMaximumExpandedBytes;  // of UTF-8
   std::size_t contentModelParts = kMaximumContentModelParts;
   std::size_t enumerationCharacters = kMaximumEnumerationCharacters;  // of all attributes together
   std::size_t memory = kMaximumParserMemory;
@@ -25,22 +27,29 @@ struct ParseMeter {
   std::size_t expandedBytes = 0;
   std::size_t enumerationCharacters = 0;
   std::size_t memory = 0;
+  std::size_t blocksSinceLook = 0;  // made since the parser last compared the meter with the bounds
   std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::time_point::max();
-  std::string exceeded;         // names the bound that memory allocation went past; empty while within all
-  bool running = false;         // memory allocation is bounded; clean-up, which has to succeed, is not
-  bool contentReached = false;  // the declarations are behind
+  std::string exceeded;          // names the bound that memory allocation went past; empty while within all
+  bool running = false;          // memory allocation is bounded; clean-up, which has to succeed, is not
+  bool makingAutomaton = false;  // any allocation may fail
 
   void Start() {
     depth = 0;
     expandedBytes = 0;
     enumerationCharacters = 0;
+    blocksSinceLook = 0;
     exceeded.clear();
-    contentReached = false;
     running = true;
     deadline = std::chrono::steady_clock::now() + bounds.time;
   }
-  [[nodiscard]] bool TimeIsUp() const { return std::chrono::steady_clock::now() >= deadline; }
-  [[nodiscard]] std::string TimeBound() const {
+
+  // Names the bound that the parse is past with so much more memory; empty while within time and memory.
+  [[nodiscard]] std::string Excess(std::size_t moreMemory) const {
+    if (moreMemory > bounds.memory || memory > bounds.memory - moreMemory) {
+      return "the document expands to more than the parser may hold (" + std::to_string(bounds.memory >> 20) +
+             " MiB)";
+    }
+    if (std::chrono::steady_clock::now() < deadline) return "";
     return "the document takes longer than " + std::to_string(bounds.time.count()) + " ms to parse";
   }
 };
