@@ -1,15 +1,31 @@
 #include "libs/Wayfinder/Wayfinder.h"
 
-#include "libs/Wayfinder/DefaultRoute.h"
+#include "libs/Wayfinder/LocationService.h"
 
 #include <atomic>
 
 namespace {
 
-std::atomic<WFLogFunc> g_logFunction = nullptr;
+// Constant-initialised and without a destructor, so that the library's thread may use them to its end.
+constinit std::atomic<WFLogFunc> g_logFunction = nullptr;
+constinit std::atomic<WFLocationFunc> g_locationFunction = nullptr;
 
 void Log(const std::string& message) {
   if (const WFLogFunc log = g_logFunction; log != nullptr) log(message.c_str());
+}
+
+void GiveOut(const std::string& storeURL, Wayfinding::NetworkLocation location) {
+  const WFLocationFunc observer = g_locationFunction;
+  if (observer != nullptr) observer(storeURL.c_str(), static_cast<std::uint32_t>(location));
+}
+
+Wayfinding::LocationParts Parts() {
+  Wayfinding::LocationParts parts = Wayfinding::LocationParts::Defaults();
+  parts.logIsWanted = [] { return g_logFunction != nullptr; };
+  parts.log = Log;
+  parts.changesAreWanted = [] { return g_locationFunction != nullptr; };
+  parts.changed = GiveOut;
+  return parts;
 }
 
 }  // namespace
@@ -18,26 +34,28 @@ void WFSetCustomLogFunc(WFLogFunc logFunction) {
   g_logFunction = logFunction;
 }
 
+void WFSetLocationFunc(WFLocationFunc locationFunction) {
+  g_locationFunction = locationFunction;
+}
+
+Wayfinder::Wayfinder() : service_(std::make_unique<Wayfinding::LocationService>(Parts())) {}
+Wayfinder::~Wayfinder() = default;
+
 Wayfinder& Wayfinder::sharedInstance() {
   static Wayfinder instance;
   return instance;
 }
 
-std::uint32_t Wayfinder::locationRelativeToStoreURL(const std::string& /*url*/) {
-  return kDeciding;
+std::uint32_t Wayfinder::locationRelativeToStoreURL(const std::string& url) {
+  return static_cast<std::uint32_t>(service_->LocationOf(url));
 }
 
 std::uint32_t Wayfinder::networkReachabilityFlags() {
-  const std::optional<DefaultRoute> route = CurrentDefaultRoute();
-  if (!route) return 0;
-  return kReachable | (route->throughTunnel ? kTransientConnection : 0) | (route->direct ? kIsDirect : 0);
+  return Wayfinding::ReachabilityFlags();
 }
 
 void Wayfinder::setAllServiceRecordsToList(std::optional<PropertyList::Array> stores) {
-  const std::size_t count = stores ? stores->size() : 0;
-  {
-    const std::lock_guard lock(mutex_);
-    stores_ = std::move(stores);
-  }
-  Log("store list replaced, stores: " + std::to_string(count));
+  const PropertyList::Array list = stores ? std::move(*stores) : PropertyList::Array();
+  service_->SetStores(list);
+  Log("store list replaced, stores: " + std::to_string(list.size()));
 }

@@ -3,19 +3,38 @@
 #include "SRLib/PropertyList/PropertyList.h"
 
 #include <cstdint>
-#include <mutex>
+#include <memory>
 #include <optional>
 #include <string>
 
-// Receives one ready-made message (UTF-8, without a line end) for each call, on the thread that caused it.
+namespace Wayfinding {
+class LocationService;
+}
+
+// Receives one ready-made message (UTF-8, without a line end) for each call, on the thread that caused it:
+// the library's own for everything but the replacement of the store list.
 using WFLogFunc = void (*)(const char* message);
 
-// Routes the library's messages; null drops them. Set once, before other threads use the library.
+// Routes the library's messages; null drops them. Any thread; counts for the messages from then on.
 void WFSetCustomLogFunc(WFLogFunc logFunction);
 
+// Receives a store's URL, as the list spells it, and its location whenever that differs from the one given
+// out before, kDeciding included; a store begins with kDeciding. On the library's thread, which waits for it:
+// it hands over and returns.
+using WFLocationFunc = void (*)(const char* storeURL, std::uint32_t location);
+
+// Routes the changes of locations; null drops them. Any thread; counts for the changes from then on.
+void WFSetLocationFunc(WFLocationFunc locationFunction);
+
 // Where the machine stands in the network, judged from the beacons of the stores that it was given. Any
-// thread; no call waits for the network. It does not probe beacons: every store's location is still being
-// decided.
+// thread; no call waits for the network.
+//
+// A beacon is asked directly, never through a proxy, which would answer for everybody: https for a handshake
+// that verifies for its name, http for an answer below 500 that does not lead to another host. A location is
+// kDeciding from a change of the network or of the list until its first answers are in, ten seconds at most.
+// Answers older than five minutes are refreshed while they are served. A round without any answer is repeated
+// after 1, 2, 4 ... up to 300 seconds. An idle library has no timer. Beacons on the loopback address are
+// asked even without a network.
 class Wayfinder {
  public:
   // Network locations.
@@ -28,22 +47,28 @@ class Wayfinder {
   static constexpr std::uint32_t kPartlyInternal = 6;
 
   // Bits of networkReachabilityFlags.
-  static constexpr std::uint32_t kTransientConnection = 1U << 0;
+  static constexpr std::uint32_t kTransientConnection = 1U << 0;  // through a tunnel
   static constexpr std::uint32_t kReachable = 1U << 1;
-  static constexpr std::uint32_t kIsDirect = 1U << 17;
+  static constexpr std::uint32_t kIsLocalAddress = 1U << 16;  // what is outside ends on this machine
+  static constexpr std::uint32_t kIsDirect = 1U << 17;        // without a gateway
 
+  // Made on first use; its thread starts with the first store.
   static Wayfinder& sharedInstance();
 
-  // The location relative to the store at this URL (UTF-8): one of the network location values.
+  // The location relative to the store at this URL (UTF-8): one of the network location values. Letter case
+  // and slashes at the end of the URL do not count. A store that is not in the list: kOutside with a usable
+  // network, kNone without.
   [[nodiscard]] std::uint32_t locationRelativeToStoreURL(const std::string& url);
 
-  // Reachability by way of the default route; 0 without one.
+  // How the outside is reached; 0 without a usable network.
   [[nodiscard]] std::uint32_t networkReachabilityFlags();
 
-  // Replaces the whole list of store dictionaries; nothing means none.
+  // Replaces the whole list of store dictionaries; nothing means none. The same list again changes nothing.
   void setAllServiceRecordsToList(std::optional<PropertyList::Array> stores);
 
  private:
-  std::mutex mutex_;
-  std::optional<PropertyList::Array> stores_;
+  Wayfinder();
+  ~Wayfinder();
+
+  std::unique_ptr<Wayfinding::LocationService> service_;
 };

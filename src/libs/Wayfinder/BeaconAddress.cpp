@@ -1,0 +1,149 @@
+#include "libs/Wayfinder/BeaconAddress.h"
+
+#include "libs/Wayfinder/CurlHandles.h"
+
+#include <arpa/inet.h>
+#include <locale.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace Wayfinding {
+namespace {
+
+// Lets the calling thread's text be UTF-8 as long as it lives: libcurl reads host names in the thread's
+// locale.
+class UTF8Thread {
+ public:
+  UTF8Thread() : before_(::uselocale(Locale())) {}
+  ~UTF8Thread() { ::uselocale(before_); }
+  UTF8Thread(const UTF8Thread&) = delete;
+  UTF8Thread& operator=(const UTF8Thread&) = delete;
+
+ private:
+  static locale_t Locale() {
+    static const locale_t utf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return utf8;
+  }
+
+  locale_t before_;
+};
+
+std::string Lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return text;
+}
+
+std::string Trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n\f\v";
+  const std::size_t first = text.find_first_not_of(kBlanks);
+  if (first == std::string_view::npos) return {};
+  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
+}
+
+std::string Part(CURLU& url, CURLUPart part, unsigned int flags = 0) {
+  char* text = nullptr;
+  if (curl_url_get(&url, part, &text, flags) != CURLUE_OK) return {};
+  const WFCurlTextPtr owned(text);
+  return text;
+}
+
+WFCurlUrlPtr Parse(const std::string& text, unsigned int flags) {
+  WFCurlUrlPtr url(curl_url());
+  if (url != nullptr && curl_url_set(url.get(), CURLUPART_URL, text.c_str(), flags) != CURLUE_OK) url.reset();
+  return url;
+}
+
+std::string BareHost(CURLU& url) {
+  std::string host = Lowered(Part(url, CURLUPART_HOST));
+  if (host.size() > 2 && host.front() == '[') host = host.substr(1, host.size() - 2);
+  if (!host.empty() && host.back() == '.') host.pop_back();
+  return host;
+}
+
+bool IsNumeric(const std::string& host) {
+  in6_addr address{};
+  return ::inet_pton(AF_INET, host.c_str(), &address) == 1 ||
+         ::inet_pton(AF_INET6, host.c_str(), &address) == 1;
+}
+
+void DropWhatIsNeverSent(CURLU& url, bool secure) {
+  for (const CURLUPart part : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_FRAGMENT}) {
+    curl_url_set(&url, part, nullptr, 0);
+  }
+  if (!secure) return;
+  curl_url_set(&url, CURLUPART_PATH, nullptr, 0);
+  curl_url_set(&url, CURLUPART_QUERY, nullptr, 0);
+}
+
+std::optional<BeaconURL> ParseURL(const std::string& text) {
+  const WFCurlUrlPtr given = Parse(text, CURLU_URLENCODE);
+  if (given == nullptr) return std::nullopt;
+  const std::string scheme = Part(*given, CURLUPART_SCHEME);
+  if (scheme != "http" && scheme != "https") return std::nullopt;
+  DropWhatIsNeverSent(*given, scheme == "https");
+  const std::string ascii = Lowered(Part(*given, CURLUPART_HOST, CURLU_PUNYCODE));
+  if (ascii.empty() || curl_url_set(given.get(), CURLUPART_HOST, ascii.c_str(), 0) != CURLUE_OK)
+    return std::nullopt;
+  BeaconURL url{.url = Part(*given, CURLUPART_URL),
+                .host = BareHost(*given),
+                .port = Part(*given, CURLUPART_PORT, CURLU_DEFAULT_PORT),
+                .secure = scheme == "https"};
+  if (url.url.empty() || url.host.empty()) return std::nullopt;
+  return url;
+}
+
+// The authority of a URL for a host with an optional port; empty for any other text.
+std::string Authority(const std::string& text) {
+  if (text.find_first_of("/?#@\\") != std::string::npos) return {};
+  in6_addr address{};
+  return ::inet_pton(AF_INET6, text.c_str(), &address) == 1 ? "[" + text + "]" : text;
+}
+
+std::vector<std::string> URLsOf(const std::string& text) {
+  if (text.find("://") != std::string::npos) return {text};
+  const std::string authority = Authority(text);
+  if (authority.empty()) return {};
+  return {"https://" + authority, "http://" + authority};
+}
+
+}  // namespace
+
+std::string BeaconAddress::Key() const {
+  std::string key;
+  for (const BeaconURL& url : urls) key += url.url + ' ';
+  return key;
+}
+
+bool IsLoopbackHost(const std::string& host) {
+  in_addr four{};
+  in6_addr six{};
+  if (::inet_pton(AF_INET, host.c_str(), &four) == 1) return (ntohl(four.s_addr) >> 24) == 127;
+  if (::inet_pton(AF_INET6, host.c_str(), &six) == 1) return IN6_IS_ADDR_LOOPBACK(&six);
+  return host == "localhost" || host.ends_with(".localhost");
+}
+
+std::string HostOfURL(const std::string& url) {
+  const WFCurlUrlPtr parsed = Parse(url, CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE);
+  return parsed == nullptr ? std::string() : BareHost(*parsed);
+}
+
+std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text) {
+  // The C interface below would read only the part before it.
+  if (text.find('\0') != std::string::npos) return std::nullopt;
+  const UTF8Thread utf8;
+  BeaconAddress address;
+  for (const std::string& candidate : URLsOf(Trimmed(text))) {
+    std::optional<BeaconURL> url = ParseURL(candidate);
+    if (!url) return std::nullopt;
+    address.urls.push_back(std::move(*url));
+  }
+  if (address.urls.empty()) return std::nullopt;
+  const std::string& host = address.urls.front().host;
+  address.isLoopback = IsLoopbackHost(host);
+  address.isNumeric = IsNumeric(host);
+  return address;
+}
+
+}  // namespace Wayfinding

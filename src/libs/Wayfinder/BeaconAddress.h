@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Wayfinding {
+
+// One URL under which a beacon may answer, in ASCII, without credentials and fragment.
+struct BeaconURL {
+  std::string url;
+  std::string host;  // lower case; a numeric IPv6 address without its brackets
+  std::string port;
+  bool secure = false;  // https
+};
+
+// Where a beacon is asked.
+struct BeaconAddress {
+  std::vector<BeaconURL> urls;  // to be tried in this order; one or two, all of the same host
+  bool isLoopback = false;      // localhost, *.localhost, 127.0.0.0/8 or ::1
+  bool isNumeric = false;       // needs no name lookup
+
+  // Equal for addresses that are asked alike. Of a secure URL only host and port are ever used.
+  [[nodiscard]] std::string Key() const;
+};
+
+// Reads an http or https URL, or a host with an optional port (https, then http); UTF-8, white space around
+// it is dropped. Nothing for any other text. Any thread.
+[[nodiscard]] std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text);
+
+// The host of a URL of any scheme, as in BeaconURL; empty when it has none.
+[[nodiscard]] std::string HostOfURL(const std::string& url);
+
+// Whether a host, as in BeaconURL, is this machine's loopback.
+[[nodiscard]] bool IsLoopbackHost(const std::string& host);
+
+}  // namespace Wayfinding

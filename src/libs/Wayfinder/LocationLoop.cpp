@@ -1,0 +1,179 @@
+#include "libs/Wayfinder/LocationLoop.h"
+
+#include "libs/Wayfinder/LocationRound.h"
+#include "libs/Wayfinder/NetworkMonitor.h"
+#include "libs/Wayfinder/WakeEvent.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <utility>
+
+namespace Wayfinding {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kForEver = std::chrono::hours(24 * 20);  // as long as a wait can be
+
+std::string Seconds(milliseconds time) {
+  const auto tenths = time.count() / 100;
+  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
+}
+
+// A message is one line, whatever a document put into an address.
+std::string OneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+  return text;
+}
+
+bool WasSeenDown(const std::optional<NetworkState>& network, const std::vector<int>& indexes) {
+  return network && std::any_of(network->links.begin(), network->links.end(), [&](const NetworkLink& link) {
+           return std::find(indexes.begin(), indexes.end(), link.index) != indexes.end();
+         });
+}
+
+}  // namespace
+
+LocationParts LocationParts::Defaults() {
+  auto engine = std::make_shared<std::mt19937>(std::random_device{}());
+  return {.now = std::chrono::steady_clock::now,
+          .chance = [engine] { return std::uniform_real_distribution<>(0, 1)(*engine); },
+          .resolver = ResolveWithSystem,
+          .logIsWanted = [] { return false; },
+          .log = [](const std::string& /*message*/) {},
+          .changesAreWanted = [] { return false; },
+          .changed = [](const std::string& /*storeURL*/, NetworkLocation /*location*/) {}};
+}
+
+LocationLoop::LocationLoop(const LocationParts& parts, StoreLocations& locations, LocationOrders& orders,
+                           const WakeEvent& wake)
+    : parts_(parts), locations_(locations), orders_(orders), wake_(wake), lookups_(parts.resolver) {}
+
+LocationLoop::~LocationLoop() = default;
+
+void LocationLoop::Run() {
+  while (!orders_.stop) {
+    wake_.Clear();
+    TakeOrders();
+    TakeNetworkEvents();
+    if (schedule_.TakeLook(parts_.now())) LookAtNetwork();
+    StartWhatIsDue();
+    AdvanceRound();
+    GiveOutChanges();
+    Wait();
+  }
+}
+
+void LocationLoop::TakeOrders() {
+  StoreLocations::Snapshot list = locations_.Current();
+  if (list.number != list_.number) TakeStores(std::move(list));
+  if (orders_.refresh.exchange(false) && !list_.stores->empty()) schedule_.TakeOldAge(parts_.now());
+}
+
+void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
+  list_ = std::move(list);
+  round_.reset();
+  if (list_.stores->empty()) {
+    monitor_.reset();
+    schedule_.Stop();
+    return;
+  }
+  if (monitor_ == nullptr) OpenMonitor();
+  schedule_.TakeNewStores(parts_.now());
+}
+
+void LocationLoop::OpenMonitor() {
+  monitor_ = NetworkMonitor::Open();
+  network_ = ReadNetworkState();
+  if (monitor_ == nullptr || !network_) {
+    parts_.log("the network cannot be watched: its changes are not seen");
+  } else if (parts_.logIsWanted()) {
+    parts_.log("network: " + network_->Description());
+  }
+}
+
+void LocationLoop::TakeNetworkEvents() {
+  if (monitor_ == nullptr) return;
+  const NetworkEvents events = monitor_->Take();
+  if (!events.any) return;
+  if (events.lostAddressOrRoute || WasSeenDown(network_, events.linksDown)) networkWasLost_ = true;
+  schedule_.TakeNetworkEvent(parts_.now());
+}
+
+void LocationLoop::LookAtNetwork() {
+  std::optional<NetworkState> network = ReadNetworkState();
+  const bool wasLost = std::exchange(networkWasLost_, false);
+  if (network == network_ && !wasLost) return;
+  network_ = std::move(network);
+  if (parts_.logIsWanted())
+    parts_.log("network changed: " + (network_ ? network_->Description() : "it cannot be read"));
+  round_.reset();
+  // A list that came in between has its own turn, with its own number.
+  const std::uint64_t number = locations_.ForgetDecisions();
+  if (number == list_.number + 1) list_.number = number;
+  schedule_.TakeNewNetwork(parts_.now());
+}
+
+void LocationLoop::StartWhatIsDue() {
+  if (schedule_.TakeStart(parts_.now())) StartRound();
+}
+
+void LocationLoop::StartRound() {
+  round_ = std::make_unique<LocationRound>(
+      *list_.stores, network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
+        locations_.Decide(list_.number, store, decision.location, parts_.now());
+        if (parts_.logIsWanted())
+          parts_.log(OneLine("store " + (*list_.stores)[store].url + ": " + decision.reason));
+      });
+}
+
+void LocationLoop::AdvanceRound() {
+  if (round_ == nullptr) return;
+  round_->Advance();
+  if (parts_.now() >= schedule_.Deadline()) {
+    round_->CutOff();
+    EndRound();
+  } else if (round_->IsFinished()) {
+    EndRound();
+  }
+}
+
+void LocationLoop::EndRound() {
+  const std::unique_ptr<LocationRound> round = std::move(round_);
+  if (round->HadAnswer() || !round->HadProbes()) return schedule_.TakeEnd();
+  const milliseconds delay = schedule_.TakeFailure(parts_.now(), parts_.chance());
+  if (!parts_.logIsWanted()) return;
+  parts_.log("no beacon answered, repetition " + std::to_string(schedule_.Attempts()) + " in " +
+             Seconds(delay));
+}
+
+void LocationLoop::GiveOutChanges() {
+  if (!parts_.changesAreWanted()) return;
+  for (const auto& [url, location] : locations_.TakeChanges()) parts_.changed(url, location);
+}
+
+milliseconds LocationLoop::TimeToNextDue() const {
+  const auto due = schedule_.NextDue();
+  if (!due) return kForEver;
+  const auto left = std::chrono::ceil<milliseconds>(*due - parts_.now());
+  return std::clamp(left, milliseconds(0), kForEver);
+}
+
+void LocationLoop::Wait() {
+  const milliseconds limit = TimeToNextDue();
+  const std::array<int, 2> descriptors = {wake_.Descriptor(),
+                                          monitor_ == nullptr ? -1 : monitor_->Descriptor()};
+  if (round_ != nullptr) {
+    round_->Wait(std::span(descriptors).first(monitor_ == nullptr ? 1 : 2), limit);
+    return;
+  }
+  // A negative descriptor is passed over.
+  std::array<pollfd, 2> watched = {pollfd{descriptors[0], POLLIN, 0}, pollfd{descriptors[1], POLLIN, 0}};
+  ::poll(watched.data(), watched.size(), limit == kForEver ? -1 : static_cast<int>(limit.count()));
+}
+
+}  // namespace Wayfinding

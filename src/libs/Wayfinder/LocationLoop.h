@@ -1,0 +1,82 @@
+#pragma once
+
+#include "libs/Wayfinder/HostLookups.h"
+#include "libs/Wayfinder/NetworkState.h"
+#include "libs/Wayfinder/RoundSchedule.h"
+#include "libs/Wayfinder/StoreLocations.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace Wayfinding {
+
+class LocationRound;
+class NetworkMonitor;
+class WakeEvent;
+
+// What the location service is made of besides the network itself. All are called on the service's thread,
+// except `now`, which any thread calls.
+struct LocationParts {
+  std::function<std::chrono::steady_clock::time_point()> now;
+  std::function<double()> chance;  // evenly spread over [0, 1)
+  HostLookups::Resolver resolver;
+  std::function<bool()> logIsWanted;
+  std::function<void(const std::string& message)> log;
+  std::function<bool()> changesAreWanted;
+  std::function<void(const std::string& storeURL, NetworkLocation location)> changed;
+
+  // The system's clock, chance and name lookup; messages and changes are dropped.
+  static LocationParts Defaults();
+};
+
+// What other threads want from the loop; they raise the wake event after setting it.
+struct LocationOrders {
+  std::atomic<bool> stop = false;
+  std::atomic<bool> refresh = false;
+};
+
+// The work of the service's thread: watches the network, asks beacons, decides. Waits without a time when
+// nothing is due. Lives and is used on that thread.
+class LocationLoop {
+ public:
+  LocationLoop(const LocationParts& parts, StoreLocations& locations, LocationOrders& orders,
+               const WakeEvent& wake);
+  ~LocationLoop();
+  LocationLoop(const LocationLoop&) = delete;
+  LocationLoop& operator=(const LocationLoop&) = delete;
+
+  // Returns soon after a stop was ordered.
+  void Run();
+
+ private:
+  void TakeOrders();
+  void TakeStores(StoreLocations::Snapshot list);
+  void OpenMonitor();
+  void TakeNetworkEvents();
+  void LookAtNetwork();
+  void StartWhatIsDue();
+  void StartRound();
+  void AdvanceRound();
+  void EndRound();
+  void GiveOutChanges();
+  void Wait();
+  [[nodiscard]] std::chrono::milliseconds TimeToNextDue() const;
+
+  const LocationParts& parts_;
+  StoreLocations& locations_;
+  LocationOrders& orders_;
+  const WakeEvent& wake_;
+
+  HostLookups lookups_;
+  std::unique_ptr<NetworkMonitor> monitor_;
+  std::optional<NetworkState> network_;
+  bool networkWasLost_ = false;  // and perhaps came back as another one that looks the same
+  StoreLocations::Snapshot list_;
+  RoundSchedule schedule_;
+  std::unique_ptr<LocationRound> round_;
+};
+
+}  // namespace Wayfinding

@@ -1,0 +1,137 @@
+#include "libs/Wayfinder/LocationRound.h"
+
+#include "libs/Wayfinder/LinkKind.h"
+#include "libs/Wayfinder/NetworkManagerQuery.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Wayfinding {
+namespace {
+
+// The numeric addresses of a link.
+std::vector<std::string> AddressesOf(const NetworkState& network, const std::string& linkName) {
+  std::vector<std::string> addresses;
+  for (const std::string& entry : network.addresses) {
+    if (!entry.starts_with(linkName + " ")) continue;
+    const std::size_t first = linkName.size() + 1;
+    addresses.push_back(entry.substr(first, entry.find('/') - first));
+  }
+  return addresses;
+}
+
+bool IsUsable(const std::optional<NetworkState>& network) {
+  return !network || network->IsUsable();
+}
+
+}  // namespace
+
+LocationRound::LocationRound(const std::vector<StoreBeacons>& stores, std::optional<NetworkState> network,
+                             HostLookups& lookups, Decided decided)
+    : plan_(PlanRound(stores)),
+      network_(std::move(network)),
+      decided_(std::move(decided)),
+      outcomes_(plan_.beacons.size()),
+      undecided_(plan_.stores.size()),
+      probes_(ChooseProbes(), lookups, [this](std::size_t probe, ProbeOutcome outcome) {
+        Settle(asked_[probe], std::move(outcome));
+      }) {
+  for (std::size_t i = 0; i < plan_.stores.size(); ++i) {
+    undecided_[i].openInternal = plan_.stores[i].internal.size();
+    undecided_[i].openExternal = plan_.stores[i].external.size();
+  }
+}
+
+std::vector<BeaconAddress> LocationRound::ChooseProbes() {
+  std::vector<BeaconAddress> chosen;
+  const bool usable = IsUsable(network_);
+  for (std::size_t i = 0; i < plan_.beacons.size(); ++i) {
+    const BeaconAddress& address = plan_.beacons[i].address;
+    if (address.urls.empty() || (!usable && !address.isLoopback)) continue;
+    asked_.push_back(i);
+    chosen.push_back(address);
+  }
+  return chosen;
+}
+
+void LocationRound::Advance() {
+  if (!std::exchange(begun_, true)) SettleUnasked();
+  probes_.Advance();
+}
+
+void LocationRound::SettleUnasked() {
+  auto nextAsked = asked_.begin();
+  for (std::size_t i = 0; i < plan_.beacons.size(); ++i) {
+    if (nextAsked != asked_.end() && *nextAsked == i) {
+      ++nextAsked;
+      continue;
+    }
+    const RoundPlan::Beacon& beacon = plan_.beacons[i];
+    const bool isAddress = !beacon.address.urls.empty();
+    Settle(i, {.reason = beacon.text + (isAddress ? ": not asked" : ": no address")});
+  }
+}
+
+void LocationRound::CutOff() {
+  if (!std::exchange(begun_, true)) SettleUnasked();
+  for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+    if (!outcomes_[i]) Settle(i, {.reason = plan_.beacons[i].text + ": no answer in time"});
+  }
+}
+
+void LocationRound::Settle(std::size_t beacon, ProbeOutcome outcome) {
+  if (outcome.answer == ProbeAnswer::Answered) hadAnswer_ = true;
+  outcomes_[beacon] = std::move(outcome);
+  for (const RoundPlan::Owner& owner : plan_.beacons[beacon].owners) Recount(owner);
+}
+
+// A decision is tried when it may have become possible, and not for each of thousands of beacons.
+void LocationRound::Recount(const RoundPlan::Owner& owner) {
+  Undecided& state = undecided_[owner.store];
+  if (state.isDecided) return;
+  state.openInternal -= owner.asInternal;
+  state.openExternal -= owner.asExternal;
+  if (state.openInternal == 0 && (owner.asInternal > 0 || state.openExternal == 0)) Decide(owner.store);
+}
+
+std::vector<const ProbeOutcome*> LocationRound::OutcomesOf(const std::vector<std::size_t>& beacons) const {
+  std::vector<const ProbeOutcome*> outcomes;
+  outcomes.reserve(beacons.size());
+  for (const std::size_t beacon : beacons)
+    outcomes.push_back(outcomes_[beacon] ? &*outcomes_[beacon] : nullptr);
+  return outcomes;
+}
+
+StoreFindings LocationRound::FindingsFor(std::size_t store) const {
+  return {.internal = OutcomesOf(plan_.stores[store].internal),
+          .external = OutcomesOf(plan_.stores[store].external),
+          .networkIsUsable = IsUsable(network_)};
+}
+
+void LocationRound::Decide(std::size_t store) {
+  const auto tunnelTo = [this](const std::string& address) { return TunnelTo(address); };
+  const std::optional<LocationDecision> decision = DecideLocation(FindingsFor(store), tunnelTo);
+  if (!decision) return;
+  undecided_[store].isDecided = true;
+  decided_(store, *decision);
+}
+
+std::string LocationRound::TunnelTo(const std::string& address) {
+  const auto [found, isNew] = tunnels_.try_emplace(address);
+  if (isNew) found->second = FindTunnel(address);
+  return found->second;
+}
+
+std::string LocationRound::FindTunnel(const std::string& address) const {
+  const std::optional<Route> route = RouteTo(address);
+  if (!route) return {};
+  const NetworkLink& link = route->link;
+  const TunnelSense sense = SenseOfLink(link.kind, link.arpType);
+  if (sense == TunnelSense::No) return {};
+  const bool isTunnel = sense == TunnelSense::Yes ||
+                        NetworkManagerCallsVPN(link.name, network_ ? AddressesOf(*network_, link.name)
+                                                                   : std::vector<std::string>());
+  return isTunnel ? link.name + " (" + link.kind + ")" : std::string();
+}
+
+}  // namespace Wayfinding

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "libs/Wayfinder/LocationRule.h"
+#include "libs/Wayfinder/NetworkState.h"
+#include "libs/Wayfinder/ProbeOutcome.h"
+#include "libs/Wayfinder/ProbeRound.h"
+#include "libs/Wayfinder/RoundPlan.h"
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Wayfinding {
+
+class HostLookups;
+
+// Asks the beacons of all stores once, and decides each store's location as soon as its own beacons allow.
+// One thread.
+class LocationRound {
+ public:
+  using Decided = std::function<void(std::size_t store, const LocationDecision& decision)>;
+
+  // `network`: nothing when it is not known, which counts as usable. Without a usable network only loopback
+  // beacons are asked. `decided` is called once for each store, from Advance or CutOff.
+  LocationRound(const std::vector<StoreBeacons>& stores, std::optional<NetworkState> network,
+                HostLookups& lookups, Decided decided);
+
+  // Does what can be done without waiting.
+  void Advance();
+  // Open answers count as none from now on: decides what is undecided.
+  void CutOff();
+
+  [[nodiscard]] bool IsFinished() const { return probes_.IsFinished(); }
+  [[nodiscard]] bool HadAnswer() const { return hadAnswer_; }
+  // Whether there was anybody to ask, so that asking again could help.
+  [[nodiscard]] bool HadProbes() const { return !asked_.empty(); }
+
+  // As ProbeRound::Wait.
+  void Wait(std::span<const int> descriptors, std::chrono::milliseconds limit) {
+    probes_.Wait(descriptors, limit);
+  }
+
+ private:
+  struct Undecided {
+    std::size_t openInternal = 0;
+    std::size_t openExternal = 0;
+    bool isDecided = false;
+  };
+
+  std::vector<BeaconAddress> ChooseProbes();
+  void SettleUnasked();
+  void Settle(std::size_t beacon, ProbeOutcome outcome);
+  void Recount(const RoundPlan::Owner& owner);
+  void Decide(std::size_t store);
+  [[nodiscard]] StoreFindings FindingsFor(std::size_t store) const;
+  [[nodiscard]] std::vector<const ProbeOutcome*> OutcomesOf(const std::vector<std::size_t>& beacons) const;
+  [[nodiscard]] std::string TunnelTo(const std::string& address);
+  [[nodiscard]] std::string FindTunnel(const std::string& address) const;
+
+  RoundPlan plan_;
+  std::optional<NetworkState> network_;
+  Decided decided_;
+  std::vector<std::optional<ProbeOutcome>> outcomes_;  // one for each beacon of the plan
+  std::vector<Undecided> undecided_;                   // one for each store
+  std::vector<std::size_t> asked_;                     // beacons of the plan, in the order of asking
+  std::map<std::string, std::string> tunnels_;         // by address, as found in this round
+  bool hadAnswer_ = false;
+  bool begun_ = false;
+  ProbeRound probes_;
+};
+
+}  // namespace Wayfinding

@@ -1,0 +1,32 @@
+#include "libs/Wayfinder/NetlinkExchange.h"
+
+#include <net/if.h>
+
+namespace Wayfinding {
+
+NetlinkSocketPtr ConnectToKernel() {
+  NetlinkSocketPtr socket(nl_socket_alloc());
+  if (socket != nullptr && nl_connect(socket.get(), NETLINK_ROUTE) != 0) socket.reset();
+  return socket;
+}
+
+NetworkLink DescribeLink(rtnl_link& link) {
+  const auto text = [](const char* value) { return value == nullptr ? std::string() : std::string(value); };
+  const unsigned int flags = rtnl_link_get_flags(&link);
+  constexpr unsigned int kRunning = IFF_UP | IFF_RUNNING;
+  return {.index = rtnl_link_get_ifindex(&link),
+          .name = text(rtnl_link_get_name(&link)),
+          .kind = text(rtnl_link_get_type(&link)),
+          .arpType = rtnl_link_get_arptype(&link),
+          .isRunning = (flags & kRunning) == kRunning,
+          .isLoopback = (flags & IFF_LOOPBACK) != 0};
+}
+
+std::optional<NetworkLink> FindLink(nl_sock& socket, int index) {
+  rtnl_link* found = nullptr;
+  if (rtnl_link_get_kernel(&socket, index, nullptr, &found) != 0) return std::nullopt;
+  const NetlinkLinkPtr link(found);
+  return DescribeLink(*link);
+}
+
+}  // namespace Wayfinding

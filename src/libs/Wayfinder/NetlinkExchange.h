@@ -1,0 +1,16 @@
+#pragma once
+
+#include "libs/Wayfinder/NetlinkHandles.h"
+#include "libs/Wayfinder/Routes.h"
+
+#include <optional>
+
+namespace Wayfinding {
+
+// A socket for one exchange with the kernel; nothing when there is none to be had.
+[[nodiscard]] NetlinkSocketPtr ConnectToKernel();
+
+[[nodiscard]] NetworkLink DescribeLink(rtnl_link& link);
+[[nodiscard]] std::optional<NetworkLink> FindLink(nl_sock& socket, int index);
+
+}  // namespace Wayfinding

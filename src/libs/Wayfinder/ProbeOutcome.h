@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace Wayfinding {
+
+enum class ProbeAnswer {
+  None,
+  Answered,
+  SomebodyElse,  // a portal: redirect to another host, status 511, a certificate for another name
+};
+
+// What came of asking a beacon.
+struct ProbeOutcome {
+  ProbeAnswer answer = ProbeAnswer::None;
+  bool proven = false;      // the answer came with a certificate for the beacon's name
+  std::string peer = {};    // the numeric address that answered
+  std::string reason = {};  // why it is no answer, or who answered instead; for the log
+};
+
+}  // namespace Wayfinding

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+namespace Wayfinding {
+
+// When to look at the network and when to ask beacons. Only keeps the times: whoever uses it waits until
+// NextDue, and does what is due. Nothing is due while nothing happens. One thread.
+class RoundSchedule {
+ public:
+  using TimePoint = std::chrono::steady_clock::time_point;
+
+  static constexpr std::chrono::seconds kGatheringTime{1};
+  static constexpr std::chrono::seconds kRoundTime{10};  // from the change to the last answer that counts
+
+  // Events of the network come in bursts: the first of them begins a gathering.
+  void TakeNetworkEvent(TimePoint now);
+  // True, once, when a gathering is over and the network is to be looked at.
+  [[nodiscard]] bool TakeLook(TimePoint now);
+
+  // The network that was looked at last is a new one: a round, to be in by kRoundTime after the first event.
+  void TakeNewNetwork(TimePoint now);
+  // A new list: a round at once.
+  void TakeNewStores(TimePoint now);
+  // The answers are old: a round, unless one is running. Does not wait for a repetition that is due later.
+  void TakeOldAge(TimePoint now);
+
+  // True, once, when a round is to start, afresh if one is running.
+  [[nodiscard]] bool TakeStart(TimePoint now);
+  [[nodiscard]] bool IsRunning() const { return running_; }
+  // When the running round is cut off.
+  [[nodiscard]] TimePoint Deadline() const { return deadline_; }
+
+  // The running round is over and needs no repetition.
+  void TakeEnd();
+  // The running round is over without an answer: it is repeated. Returns the delay.
+  std::chrono::milliseconds TakeFailure(TimePoint now, double chance);
+  // Nobody to ask: forgets everything.
+  void Stop();
+
+  // Repetitions of the round so far.
+  [[nodiscard]] unsigned int Attempts() const { return attempts_; }
+
+  // The next time at which something may be due; nothing when nothing is.
+  [[nodiscard]] std::optional<TimePoint> NextDue() const;
+
+ private:
+  void StartAt(TimePoint when, TimePoint deadline);
+
+  std::optional<TimePoint> gatheringSince_;
+  TimePoint lastEvent_;  // the first of the last gathering
+  std::optional<TimePoint> start_;
+  TimePoint startDeadline_;
+  bool running_ = false;
+  TimePoint deadline_;
+  unsigned int attempts_ = 0;
+};
+
+}  // namespace Wayfinding

@@ -1,0 +1,61 @@
+#include "libs/Wayfinder/StoreBeacons.h"
+
+#include <algorithm>
+#include <map>
+
+namespace Wayfinding {
+namespace {
+
+std::string Text(const PropertyList::Dictionary& dictionary, std::string_view key) {
+  const PropertyList::Value* const value = dictionary.Find(key);
+  const auto* const text = value == nullptr ? nullptr : value->As<std::string>();
+  return text == nullptr ? std::string() : *text;
+}
+
+std::vector<std::string> Locations(const PropertyList::Dictionary& store, std::string_view key) {
+  std::vector<std::string> locations;
+  const PropertyList::Value* const value = store.Find(key);
+  const auto* const beacons = value == nullptr ? nullptr : value->As<PropertyList::Array>();
+  if (beacons == nullptr) return locations;
+  for (const PropertyList::Value& beacon : *beacons) {
+    if (const auto* const dictionary = beacon.As<PropertyList::Dictionary>())
+      locations.push_back(Text(*dictionary, "BeaconLocation"));
+  }
+  return locations;
+}
+
+StoreBeacons ReadStore(const PropertyList::Dictionary& dictionary) {
+  StoreBeacons store{.url = Text(dictionary, "StoreURL"),
+                     .internal = Locations(dictionary, "StoreInternalBeacons"),
+                     .external = Locations(dictionary, "StoreExternalBeacons")};
+  if (store.internal.empty()) store.internal = {store.url};
+  return store;
+}
+
+}  // namespace
+
+std::string StoreKey(const std::string& url) {
+  std::string key = url.substr(0, url.find_last_not_of('/') + 1);
+  std::transform(key.begin(), key.end(), key.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return key;
+}
+
+std::vector<StoreBeacons> ReadStoreList(const PropertyList::Array& list) {
+  std::vector<StoreBeacons> stores;
+  std::map<std::string, std::size_t> places;
+  for (const PropertyList::Value& entry : list) {
+    const auto* const dictionary = entry.As<PropertyList::Dictionary>();
+    if (dictionary == nullptr) continue;
+    StoreBeacons store = ReadStore(*dictionary);
+    const auto [place, isNew] = places.try_emplace(StoreKey(store.url), stores.size());
+    if (isNew) {
+      stores.push_back(std::move(store));
+    } else {
+      stores[place->second] = std::move(store);
+    }
+  }
+  return stores;
+}
+
+}  // namespace Wayfinding

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "SRLib/PropertyList/PropertyList.h"
+
+#include <string>
+#include <vector>
+
+namespace Wayfinding {
+
+// Of a store dictionary, what its location is judged by. All text is UTF-8, as given.
+struct StoreBeacons {
+  std::string url;
+  std::vector<std::string> internal;  // the store's own URL when the dictionary names none
+  std::vector<std::string> external;
+  bool operator==(const StoreBeacons&) const = default;
+};
+
+// Two URLs with equal keys are the same store's: letter case and slashes at the end do not count.
+[[nodiscard]] std::string StoreKey(const std::string& url);
+
+// The stores of a list, in its order. Entries that are no store dictionaries are left out; of several stores
+// with one URL the last counts.
+[[nodiscard]] std::vector<StoreBeacons> ReadStoreList(const PropertyList::Array& list);
+
+}  // namespace Wayfinding

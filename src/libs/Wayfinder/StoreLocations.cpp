@@ -1,0 +1,67 @@
+#include "libs/Wayfinder/StoreLocations.h"
+
+namespace Wayfinding {
+
+bool StoreLocations::Replace(std::vector<StoreBeacons> stores) {
+  const std::lock_guard lock(mutex_);
+  if (stores == *stores_) return false;
+  std::map<std::string, Place> places;
+  for (std::size_t i = 0; i < stores.size(); ++i) {
+    const std::string key = StoreKey(stores[i].url);
+    const auto before = places_.find(key);
+    places[key] = {.store = i,
+                   .taken = before == places_.end() ? NetworkLocation::Deciding : before->second.taken,
+                   .decided = {}};
+  }
+  places_ = std::move(places);
+  stores_ = std::make_shared<const std::vector<StoreBeacons>>(std::move(stores));
+  ++number_;
+  mayHaveChanged_ = true;
+  return true;
+}
+
+StoreLocations::Snapshot StoreLocations::Current() const {
+  const std::lock_guard lock(mutex_);
+  return {.stores = stores_, .number = number_};
+}
+
+std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& url, TimePoint now) const {
+  const std::string key = StoreKey(url);
+  const std::lock_guard lock(mutex_);
+  const auto place = places_.find(key);
+  if (place == places_.end()) return std::nullopt;
+  const bool decided = place->second.location != NetworkLocation::Deciding;
+  return Answer{.location = place->second.location,
+                .isOld = decided && now - place->second.decided >= kOldAge};
+}
+
+std::uint64_t StoreLocations::ForgetDecisions() {
+  const std::lock_guard lock(mutex_);
+  for (auto& [key, place] : places_) place.location = NetworkLocation::Deciding;
+  mayHaveChanged_ = true;
+  return ++number_;
+}
+
+void StoreLocations::Decide(std::uint64_t number, std::size_t store, NetworkLocation location,
+                            TimePoint now) {
+  const std::lock_guard lock(mutex_);
+  if (number != number_) return;
+  const auto place = places_.find(StoreKey((*stores_)[store].url));
+  place->second.location = location;
+  place->second.decided = now;
+  mayHaveChanged_ = true;
+}
+
+std::vector<std::pair<std::string, NetworkLocation>> StoreLocations::TakeChanges() {
+  const std::lock_guard lock(mutex_);
+  std::vector<std::pair<std::string, NetworkLocation>> changes;
+  if (!std::exchange(mayHaveChanged_, false)) return changes;
+  for (auto& [key, place] : places_) {
+    if (place.taken == place.location) continue;
+    place.taken = place.location;
+    changes.emplace_back((*stores_)[place.store].url, place.location);
+  }
+  return changes;
+}
+
+}  // namespace Wayfinding

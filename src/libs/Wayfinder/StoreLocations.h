@@ -1,0 +1,68 @@
+#pragma once
+
+#include "libs/Wayfinder/NetworkLocation.h"
+#include "libs/Wayfinder/StoreBeacons.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Wayfinding {
+
+// The stores and their locations, as far as decided. Any thread; no call waits for anything but another call.
+class StoreLocations {
+ public:
+  using TimePoint = std::chrono::steady_clock::time_point;
+  using StoreList = std::shared_ptr<const std::vector<StoreBeacons>>;
+
+  static constexpr std::chrono::minutes kOldAge{5};
+
+  // A list and the number under which decisions about its stores are taken.
+  struct Snapshot {
+    StoreList stores;
+    std::uint64_t number = 0;
+  };
+
+  struct Answer {
+    NetworkLocation location = NetworkLocation::Deciding;
+    bool isOld = false;
+  };
+
+  // Replaces the list; every store is undecided again. False, and nothing changes, when it is the same.
+  [[nodiscard]] bool Replace(std::vector<StoreBeacons> stores);
+  [[nodiscard]] Snapshot Current() const;
+
+  // Nothing for an unknown store.
+  [[nodiscard]] std::optional<Answer> Find(const std::string& url, TimePoint now) const;
+
+  // Every store is undecided again. Returns the new number of the list.
+  std::uint64_t ForgetDecisions();
+  // A decision of `number` that was overtaken is dropped. `store`: the place in the list.
+  void Decide(std::uint64_t number, std::size_t store, NetworkLocation location, TimePoint now);
+
+  // The stores whose location differs from the one taken last, with the URL of the list. A store begins
+  // undecided.
+  [[nodiscard]] std::vector<std::pair<std::string, NetworkLocation>> TakeChanges();
+
+ private:
+  struct Place {
+    std::size_t store = 0;
+    NetworkLocation location = NetworkLocation::Deciding;
+    NetworkLocation taken = NetworkLocation::Deciding;
+    TimePoint decided;
+  };
+
+  mutable std::mutex mutex_;
+  StoreList stores_ = std::make_shared<const std::vector<StoreBeacons>>();
+  std::uint64_t number_ = 0;
+  std::map<std::string, Place> places_;
+  bool mayHaveChanged_ = false;
+};
+
+}  // namespace Wayfinding

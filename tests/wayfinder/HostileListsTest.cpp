@@ -1,0 +1,103 @@
+#include "libs/Wayfinder/Wayfinder.h"
+#include "support/LoopbackListener.h"
+#include "wayfinder/HangingResolver.h"
+#include "wayfinder/ProcessCounts.h"
+#include "wayfinder/RecordedService.h"
+
+#include <gmock/gmock.h>
+
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+using testsupport::ComesTrue;
+using testsupport::OpenDescriptors;
+using testsupport::RecordedService;
+using testsupport::RunningThreads;
+
+namespace {
+
+constexpr seconds kAtMost{12};  // ten, and a slow machine
+
+// Beacons that answer nothing, refuse, and are no addresses.
+std::vector<std::string> HostileBeacons(std::size_t count, std::uint16_t silentPort) {
+  std::vector<std::string> beacons;
+  for (std::size_t i = 0; beacons.size() < count; ++i) {
+    const std::string number = std::to_string(i);
+    beacons.push_back("http://127.0.0.1:" + std::to_string(silentPort) + "/" + number);
+    beacons.push_back("no address " + number);
+    beacons.push_back("http://127.0.0.1:1/" + number);
+    beacons.push_back("localhost:" + number);
+  }
+  return beacons;
+}
+
+TEST(HostileLists, TenThousandBeaconsMakeNoAnswerLateAndLeaveNothingBehind) {
+  const testsupport::LoopbackListener silent;
+  const long descriptors = OpenDescriptors();
+  const long threads = RunningThreads();
+  {
+    RecordedService service;
+    const auto start = steady_clock::now();
+    service.SetStores({{"https://store", HostileBeacons(10'000, silent.port), {}}});
+    EXPECT_EQ(service.LocationOf("https://store"), Wayfinder::kDeciding);
+    EXPECT_LT(steady_clock::now() - start, seconds(1)) << "a caller never waits";
+    ASSERT_TRUE(service.WaitForLocation("https://store", Wayfinder::kNone));
+    EXPECT_LT(steady_clock::now() - start, kAtMost);
+    EXPECT_LE(RunningThreads(), threads + 1);
+    EXPECT_LE(OpenDescriptors(), descriptors + 100);
+    EXPECT_TRUE(service.WaitForMessage("store https://store: none, 0 of 10000 internal beacons answered"));
+  }
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_TRUE(ComesTrue([threads] { return RunningThreads() <= threads; }));
+}
+
+TEST(HostileLists, NamesThatAreNeverFoundMakeNoAnswerLateAndLeaveNothingBehind) {
+  const long descriptors = OpenDescriptors();
+  const long threads = RunningThreads();
+  testsupport::HangingResolver resolver;
+  {
+    std::vector<std::string> beacons;
+    for (int i = 0; i < 1000; ++i) beacons.push_back("https://host" + std::to_string(i) + ".example");
+    RecordedService service(resolver.Resolver());
+    const auto start = steady_clock::now();
+    service.SetStores({{"https://store", beacons, {}}});
+    ASSERT_TRUE(service.WaitForLocation("https://store", Wayfinder::kNone));
+    EXPECT_LT(steady_clock::now() - start, kAtMost);
+    EXPECT_LE(RunningThreads(), threads + 1 + Wayfinding::HostLookups::kMostThreads);
+    const auto end = steady_clock::now();
+    service.End();
+    EXPECT_LT(steady_clock::now() - end, seconds(2));
+  }
+  resolver.Release();
+  EXPECT_TRUE(ComesTrue([threads] { return RunningThreads() <= threads; }));
+  EXPECT_TRUE(ComesTrue([descriptors] { return OpenDescriptors() == descriptors; }));
+}
+
+TEST(HostileLists, OneStoresManyBeaconsDoNotKeepAnotherStoreWaiting) {
+  const testsupport::LoopbackListener silent;
+  RecordedService service;
+  const auto start = steady_clock::now();
+  service.SetStores({{"https://many", HostileBeacons(4'000, silent.port), {}},
+                     {"https://few", {"http://127.0.0.1:1/"}, {}}});
+  ASSERT_TRUE(service.WaitForLocation("https://few", Wayfinder::kNone));
+  EXPECT_LT(steady_clock::now() - start, seconds(5));
+  EXPECT_EQ(service.LocationOf("https://many"), Wayfinder::kDeciding);
+}
+
+TEST(HostileLists, TheEndWaitsForNoTransfer) {
+  const testsupport::LoopbackListener silent;
+  RecordedService service;
+  service.SetStores({{"https://store", HostileBeacons(1'000, silent.port), {}}});
+  ASSERT_TRUE(service.WaitForMessage("network"));
+  const auto start = steady_clock::now();
+  service.End();
+  EXPECT_LT(steady_clock::now() - start, seconds(2));
+}
+
+TEST(HostileLists, AnAddressCannotForgeAMessage) {
+  RecordedService service;
+  service.SetStores({{"https://store\nstore other: LAN", {"bad\naddress"}, {}}});
+  ASSERT_TRUE(service.WaitForMessage(": none"));
+  EXPECT_THAT(service.Messages(), testing::Each(testing::Not(testing::HasSubstr("\n"))));
+}
+
+}  // namespace

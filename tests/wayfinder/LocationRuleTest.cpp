@@ -1,0 +1,111 @@
+#include "libs/Wayfinder/LocationRule.h"
+#include "libs/Wayfinder/ProbeOutcome.h"
+
+#include <gmock/gmock.h>
+
+using Wayfinding::DecideLocation;
+using Wayfinding::LocationDecision;
+using Wayfinding::NetworkLocation;
+using Wayfinding::ProbeAnswer;
+using Wayfinding::ProbeOutcome;
+using Wayfinding::StoreFindings;
+
+namespace {
+
+const ProbeOutcome kSilent{.reason = "https://a/: Timeout was reached"};
+const ProbeOutcome kProven{.answer = ProbeAnswer::Answered, .proven = true, .peer = "10.0.0.1"};
+const ProbeOutcome kPlain{.answer = ProbeAnswer::Answered, .peer = "10.0.0.2"};
+const ProbeOutcome kPortal{
+    .answer = ProbeAnswer::SomebodyElse, .peer = "10.0.0.254", .reason = "http://b/: redirect to portal"};
+const ProbeOutcome kPortalPage{.answer = ProbeAnswer::Answered, .peer = "10.0.0.254"};
+const ProbeOutcome* const kOpen = nullptr;
+
+LocationDecision Decide(const StoreFindings& findings, const std::string& tunnel = "") {
+  const auto decision = DecideLocation(
+      findings, [&](const std::string& address) { return address == "10.0.0.1" ? tunnel : std::string(); });
+  return decision.value_or(LocationDecision{});
+}
+
+NetworkLocation Locate(const StoreFindings& findings) {
+  return Decide(findings).location;
+}
+
+TEST(LocationRule, EveryInternalBeaconThatAnswersMakesALAN) {
+  const auto decision = Decide({.internal = {&kProven, &kPlain}, .external = {&kSilent}});
+  EXPECT_EQ(decision.location, NetworkLocation::LAN);
+  EXPECT_EQ(decision.reason, "LAN, 2 of 2 internal beacons answered");
+}
+
+TEST(LocationRule, SomeInternalBeaconsMakeItPartlyInternal) {
+  const auto decision = Decide({.internal = {&kProven, &kSilent}, .external = {&kProven}});
+  EXPECT_EQ(decision.location, NetworkLocation::PartlyInternal);
+  EXPECT_EQ(decision.reason,
+            "partly internal, 1 of 2 internal beacons answered (https://a/: Timeout was reached)");
+}
+
+TEST(LocationRule, ATunnelToAnAnsweringInternalBeaconMakesItAVPN) {
+  EXPECT_EQ(Decide({.internal = {&kPlain, &kProven}, .external = {}}, "wg0 (wireguard)").reason,
+            "VPN, 2 of 2 internal beacons answered, the route to 10.0.0.1 leaves through wg0 (wireguard)");
+  EXPECT_EQ(Decide({.internal = {&kSilent, &kProven}, .external = {}}, "wg0").location, NetworkLocation::VPN);
+  EXPECT_EQ(Decide({.internal = {&kPlain}, .external = {&kProven}}, "wg0").location, NetworkLocation::LAN);
+  EXPECT_EQ(Decide({.internal = {&kSilent}, .external = {&kProven}}, "wg0").location,
+            NetworkLocation::Outside);
+}
+
+TEST(LocationRule, OnlyAnExternalAnswerMakesItOutside) {
+  const auto decision = Decide({.internal = {&kSilent}, .external = {&kSilent, &kPlain}});
+  EXPECT_EQ(decision.location, NetworkLocation::Outside);
+  EXPECT_EQ(decision.reason,
+            "outside, 0 of 1 internal beacons answered (https://a/: Timeout was reached), 1 of 2 external "
+            "beacons answered (https://a/: Timeout was reached)");
+}
+
+TEST(LocationRule, NoAnswerAtAllMakesItNone) {
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kSilent}}), NetworkLocation::None);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {}}), NetworkLocation::None);
+  EXPECT_THAT(Decide({.internal = {&kSilent}, .external = {}, .networkIsUsable = false}).reason,
+              testing::StartsWith("none, no usable network"));
+}
+
+TEST(LocationRule, SomebodyElseInTheExternalBeaconsPlaceMakesItAHotspot) {
+  const auto decision = Decide({.internal = {&kSilent}, .external = {&kPortal}});
+  EXPECT_EQ(decision.location, NetworkLocation::Hotspot);
+  EXPECT_EQ(
+      decision.reason,
+      "hotspot, 0 of 1 internal beacons answered (https://a/: Timeout was reached), an external one was "
+      "answered by somebody else (http://b/: redirect to portal)");
+}
+
+TEST(LocationRule, SomebodyElseInAnInternalBeaconsPlaceIsNoAnswer) {
+  EXPECT_EQ(Locate({.internal = {&kPortal}, .external = {&kSilent}}), NetworkLocation::None);
+  EXPECT_EQ(Locate({.internal = {&kPortal}, .external = {&kProven}}), NetworkLocation::Outside);
+}
+
+TEST(LocationRule, APortalThatAnswersInEverybodysNameIsSeen) {
+  EXPECT_EQ(Locate({.internal = {&kPortalPage}, .external = {&kPortal}}), NetworkLocation::Hotspot);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortalPage, &kPortal}}), NetworkLocation::Hotspot);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPortal}}), NetworkLocation::LAN)
+      << "another machine's answer";
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven}}), NetworkLocation::Outside)
+      << "a certificate cannot be faked";
+}
+
+TEST(LocationRule, ServersOnTheLoopbackAddressAreNotTakenForAPortal) {
+  const ProbeOutcome here{.answer = ProbeAnswer::Answered, .peer = "127.0.0.1"};
+  const ProbeOutcome redirect{.answer = ProbeAnswer::SomebodyElse, .peer = "127.0.0.1"};
+  EXPECT_EQ(Locate({.internal = {&here}, .external = {&redirect}}), NetworkLocation::LAN);
+}
+
+TEST(LocationRule, OpenAnswersThatCannotMatterAreNotWaitedFor) {
+  EXPECT_EQ(Locate({.internal = {&kProven}, .external = {kOpen}}), NetworkLocation::LAN);
+  EXPECT_EQ(Locate({.internal = {&kProven, &kSilent}, .external = {kOpen}}), NetworkLocation::PartlyInternal);
+}
+
+TEST(LocationRule, OpenAnswersThatMatterAreWaitedFor) {
+  EXPECT_EQ(Locate({.internal = {kOpen, &kProven}, .external = {}}), NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kProven, kOpen}}), NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}), NetworkLocation::Deciding)
+      << "it may turn out to be a portal's";
+}
+
+}  // namespace

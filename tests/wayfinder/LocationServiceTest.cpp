@@ -1,0 +1,179 @@
+#include "libs/Wayfinder/Wayfinder.h"
+#include "network/RawServer.h"
+#include "network/TrustedAuthority.h"
+#include "support/LoopbackListener.h"
+#include "support/WebServer.h"
+#include "wayfinder/ProcessCounts.h"
+#include "wayfinder/RecordedService.h"
+#include "wayfinder/Responses.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Pair;
+using testsupport::kGood;
+using testsupport::kToPortal;
+using testsupport::kUnavailable;
+using testsupport::LoopbackListener;
+using testsupport::RawServer;
+using testsupport::RecordedService;
+using testsupport::ServerBlock;
+using testsupport::TrustedAuthority;
+using testsupport::WebServer;
+
+namespace {
+
+constexpr char kStore[] = "https://store.example/Main";
+std::string At(const RawServer& server) {
+  return "http://127.0.0.1:" + std::to_string(server.Port()) + "/";
+}
+
+class LocationServiceTest : public testing::Test {
+ protected:
+  void ExpectLocation(std::uint32_t location) {
+    EXPECT_TRUE(service_.WaitForLocation(kStore, location)) << testing::PrintToString(service_.Messages());
+    EXPECT_EQ(service_.LocationOf(kStore), location);
+  }
+
+  const RawServer good_{{kGood}};
+  const RawServer bad_{{kUnavailable}};
+  const RawServer elsewhere_{{kToPortal}};
+  RecordedService service_;
+};
+
+TEST_F(LocationServiceTest, AStoreIsDecidingUntilItsBeaconsAnswered) {
+  const LoopbackListener silent;
+  service_.SetStores({{kStore, {"http://127.0.0.1:" + std::to_string(silent.port)}, {}}});
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kDeciding);
+}
+
+TEST_F(LocationServiceTest, InternalBeaconsThatAnswerMakeALAN) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("good"));
+  service_.SetStores({{kStore, {server.Address("https"), At(good_)}, {At(bad_)}}});
+  ExpectLocation(Wayfinder::kLAN);
+  EXPECT_THAT(service_.Messages(),
+              testing::Contains("store https://store.example/Main: LAN, 2 of 2 internal beacons answered"));
+}
+
+TEST_F(LocationServiceTest, SomeInternalBeaconsMakeItPartlyInternal) {
+  service_.SetStores({{kStore, {At(good_), At(bad_), "no address"}, {}}});
+  ExpectLocation(Wayfinder::kPartlyInternal);
+  EXPECT_TRUE(service_.WaitForMessage("partly internal, 1 of 3 internal beacons answered"));
+}
+
+TEST_F(LocationServiceTest, AnExternalBeaconAloneMakesItOutside) {
+  service_.SetStores({{kStore, {At(bad_)}, {At(good_)}}});
+  ExpectLocation(Wayfinder::kOutside);
+}
+
+TEST_F(LocationServiceTest, SomebodyElsesAnswerMakesItAHotspot) {
+  service_.SetStores({{kStore, {At(bad_)}, {At(elsewhere_)}}});
+  ExpectLocation(Wayfinder::kHotspot);
+  EXPECT_TRUE(service_.WaitForMessage("redirect to portal.example"));
+}
+
+TEST_F(LocationServiceTest, NoAnswerMakesItNone) {
+  service_.SetStores({{kStore, {At(bad_)}, {At(bad_)}}});
+  ExpectLocation(Wayfinder::kNone);
+}
+
+TEST_F(LocationServiceTest, AStoreWithoutInternalBeaconsIsJudgedByItsURL) {
+  service_.SetStores({{At(good_) + "Main", {}, {}}});
+  EXPECT_TRUE(service_.WaitForLocation(At(good_) + "Main", Wayfinder::kLAN));
+  EXPECT_THAT(good_.Requests(), ElementsAre(HasSubstr("HEAD /Main ")));
+}
+
+TEST_F(LocationServiceTest, ABeaconOfSeveralStoresIsAskedOnce) {
+  service_.SetStores({{kStore, {At(good_)}, {}}, {"https://other", {At(good_)}, {At(good_)}}});
+  ExpectLocation(Wayfinder::kLAN);
+  EXPECT_TRUE(service_.WaitForLocation("https://other", Wayfinder::kLAN));
+  EXPECT_EQ(good_.Requests().size(), 1U);
+}
+
+TEST_F(LocationServiceTest, AnotherListIsDecidedAfreshAndEveryChangeGivenOut) {
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  service_.SetStores({{kStore, {At(bad_)}, {At(good_)}}});
+  ExpectLocation(Wayfinder::kOutside);
+  EXPECT_THAT(service_.Changes(),
+              ElementsAre(Pair(kStore, Wayfinder::kLAN), Pair(kStore, Wayfinder::kDeciding),
+                          Pair(kStore, Wayfinder::kOutside)));
+}
+
+TEST_F(LocationServiceTest, TheSameListAgainAsksNobody) {
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  service_.SetStores({{kStore, {At(bad_)}, {}}});
+  ExpectLocation(Wayfinder::kNone);
+  EXPECT_EQ(good_.Requests().size(), 1U);
+}
+
+TEST_F(LocationServiceTest, OldAnswersAreServedWhileTheyAreRefreshed) {
+  const RawServer server({kGood, kUnavailable});
+  service_.SetStores({{kStore, {At(server)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  service_.PassTime(std::chrono::minutes(4));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  EXPECT_EQ(server.Requests().size(), 1U);
+  service_.PassTime(std::chrono::minutes(1));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  ExpectLocation(Wayfinder::kNone);
+  EXPECT_THAT(service_.Changes(), ElementsAre(Pair(kStore, Wayfinder::kLAN), Pair(kStore, Wayfinder::kNone)));
+}
+
+TEST_F(LocationServiceTest, ARoundWithoutAnAnswerIsRepeated) {
+  const RawServer server({kUnavailable, kUnavailable, kGood});
+  service_.SetStores({{kStore, {At(server)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  EXPECT_THAT(service_.Messages(), testing::IsSupersetOf({"no beacon answered, repetition 1 in 0.7 s",
+                                                          "no beacon answered, repetition 2 in 1.4 s"}));
+  EXPECT_THAT(service_.Changes(), ElementsAre(Pair(kStore, Wayfinder::kNone), Pair(kStore, Wayfinder::kLAN)))
+      << "it is not undecided again";
+}
+
+TEST_F(LocationServiceTest, AStoreDoesNotWaitForBeaconsThatCannotMatter) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("good"));
+  const LoopbackListener silent;
+  const auto start = std::chrono::steady_clock::now();
+  service_.SetStores(
+      {{kStore, {server.Address("https")}, {"http://127.0.0.1:" + std::to_string(silent.port)}}});
+  ExpectLocation(Wayfinder::kLAN);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+}
+
+TEST_F(LocationServiceTest, ThereIsNoThreadWithoutAStore) {
+  const long threads = testsupport::RunningThreads();
+  service_.SetStores({});
+  (void)service_.LocationOf(kStore);
+  EXPECT_EQ(testsupport::RunningThreads(), threads);
+}
+
+TEST_F(LocationServiceTest, AListWithoutStoresEndsTheAsking) {
+  service_.SetStores({{kStore, {At(bad_)}, {}}});
+  ExpectLocation(Wayfinder::kNone);
+  service_.SetStores({});
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+}
+
+TEST_F(LocationServiceTest, ManyThreadsMayAskAndReplaceAtOnce) {
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 4; ++number) {
+    threads.emplace_back([this, number] {
+      for (int i = 0; i < 50; ++i) {
+        service_.SetStores({{kStore, {At(number % 2 == 0 ? good_ : bad_)}, {}}});
+        EXPECT_LE(service_.LocationOf(kStore), Wayfinder::kNone);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  service_.SetStores({{kStore, {At(good_)}, {At(bad_)}}});
+  ExpectLocation(Wayfinder::kLAN);
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+#include "libs/Wayfinder/Wayfinder.h"
+#include "wayfinder/AddressServer.h"
+#include "wayfinder/NetworkNamespaces.h"
+#include "wayfinder/RecordedService.h"
+#include "wayfinder/Responses.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+using testing::Pair;
+using testsupport::AddressServer;
+using testsupport::kGood;
+using testsupport::RecordedService;
+
+namespace {
+
+constexpr char kStore[] = "https://store.example/Main";
+
+// A store on whose network the machine is.
+class NetworkChanges : public testsupport::NetworkNamespaces {
+ protected:
+  void SetUp() override {
+    NetworkNamespaces::SetUp();
+    if (IsSkipped()) return;
+    ConnectByWire();
+    InFar([this] { server_.emplace("10.1.0.2", 80, kGood); });
+    service_.SetStores({{kStore, {"http://10.1.0.2/"}, {}}});
+    ASSERT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
+  }
+
+  std::optional<AddressServer> server_;
+  RecordedService service_;
+};
+
+TEST_F(NetworkChanges, ALinkThatGoesDownIsSeenAndItsReturnToo) {
+  IP({"link", "set", "near0", "down"});
+  EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kNone));
+  IP({"link", "set", "near0", "up"});
+  EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
+  EXPECT_THAT(service_.Changes().front(), Pair(kStore, Wayfinder::kLAN));
+  EXPECT_TRUE(service_.WaitForMessage("network changed: nothing but this machine"));
+  EXPECT_TRUE(service_.WaitForMessage("network changed: near0 10.1.0.1/24, no way to the outside"));
+}
+
+TEST_F(NetworkChanges, ANewNetworkIsUndecidedUntilItsFirstAnswer) {
+  FarIP({"address", "delete", "10.1.0.2/24", "dev", "far0"});
+  IP({"address", "add", "10.1.0.9/24", "dev", "near0"});
+  ASSERT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kDeciding));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kDeciding);
+  ASSERT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kNone, std::chrono::seconds(12)));
+}
+
+TEST_F(NetworkChanges, ABurstOfChangesMakesOneRound) {
+  for (const char* address : {"10.2.0.1/24", "10.3.0.1/24", "10.4.0.1/24", "10.5.0.1/24"})
+    IP({"address", "add", address, "dev", "near0"});
+  IP({"route", "add", "default", "via", "10.1.0.254"});
+  ASSERT_TRUE(service_.WaitForMessage("network changed: "));
+  ASSERT_TRUE(service_.WaitForMessage("LAN, 1 of 1", 2));
+  EXPECT_EQ(server_->Requests(), 2);
+  EXPECT_TRUE(service_.WaitForMessage("outside through near0"));
+}
+
+TEST_F(NetworkChanges, ANetworkThatIsLostAndLooksTheSameAgainIsAskedAgain) {
+  IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
+  IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
+  EXPECT_TRUE(service_.WaitForMessage("LAN, 1 of 1", 2));
+  EXPECT_EQ(server_->Requests(), 2);
+}
+
+TEST_F(NetworkChanges, LinksWithoutAnAddressOfTheNetworkDoNotCount) {
+  IP({"link", "add", "container0", "type", "veth", "peer", "name", "container1"});
+  IP({"link", "set", "container0", "up"});
+  IP({"link", "set", "container1", "up"});
+  IP({"link", "delete", "container0"});
+  service_.SetStores({{kStore, {"http://10.1.0.3/"}, {}}});
+  ASSERT_TRUE(service_.WaitForMessage("repetition 3")) << "longer than events are gathered";
+  EXPECT_THAT(service_.Messages(), testing::Each(testing::Not(testing::StartsWith("network changed"))));
+}
+
+}  // namespace

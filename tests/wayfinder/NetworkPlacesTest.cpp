@@ -1,0 +1,117 @@
+#include "libs/Wayfinder/NetworkState.h"
+#include "libs/Wayfinder/Wayfinder.h"
+#include "wayfinder/AddressServer.h"
+#include "wayfinder/NetworkNamespaces.h"
+#include "wayfinder/RecordedService.h"
+#include "wayfinder/Responses.h"
+
+#include <gmock/gmock.h>
+
+#include <optional>
+
+using testsupport::AddressServer;
+using testsupport::kGood;
+using testsupport::kToPortal;
+using testsupport::RecordedService;
+
+namespace {
+
+constexpr char kStore[] = "https://store.example/Main";
+constexpr char kInside[] = "http://10.1.0.2/";
+constexpr char kOutside[] = "http://10.1.0.3:8080/";
+
+class NetworkPlaces : public testsupport::NetworkNamespaces {
+ protected:
+  void Serve(std::optional<AddressServer>& server, const char* address, std::uint16_t port,
+             const std::string& response) {
+    InFar([&] { server.emplace(address, port, response); });
+  }
+  void ExpectLocation(RecordedService& service, std::uint32_t location) {
+    service.SetStores({{kStore, {kInside}, {kOutside}}});
+    EXPECT_TRUE(service.WaitForLocation(kStore, location)) << testing::PrintToString(service.Messages());
+  }
+  static std::uint32_t Flags() { return Wayfinding::ReachabilityFlags(); }
+
+  std::optional<AddressServer> inside_;
+  std::optional<AddressServer> outside_;
+  RecordedService service_;
+};
+
+TEST_F(NetworkPlaces, WithoutANetworkThereIsNone) {
+  ExpectLocation(service_, Wayfinder::kNone);
+  EXPECT_TRUE(service_.WaitForMessage("store https://store.example/Main: none, no usable network"));
+  EXPECT_EQ(service_.LocationOf("https://unknown.example"), Wayfinder::kNone);
+  EXPECT_EQ(Flags(), 0U);
+}
+
+TEST_F(NetworkPlaces, WithoutANetworkLoopbackBeaconsAreAskedAllTheSame) {
+  const AddressServer here("127.0.0.1", 8080, kGood);
+  service_.SetStores({{kStore, {"http://127.0.0.1:8080/"}, {kOutside}}});
+  EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
+}
+
+TEST_F(NetworkPlaces, OnItsNetworkTheStoreIsOnTheLAN) {
+  ConnectByWire();
+  Serve(inside_, "10.1.0.2", 80, kGood);
+  ExpectLocation(service_, Wayfinder::kLAN);
+  EXPECT_EQ(service_.LocationOf("https://unknown.example"), Wayfinder::kOutside);
+  EXPECT_EQ(Flags(), Wayfinder::kReachable | Wayfinder::kIsDirect) << "a network without a gateway";
+}
+
+TEST_F(NetworkPlaces, ElsewhereOnlyTheOutsideAnswers) {
+  ConnectByWire();
+  IP({"route", "add", "default", "via", "10.1.0.254"});
+  Serve(outside_, "10.1.0.3", 8080, kGood);
+  ExpectLocation(service_, Wayfinder::kOutside);
+  EXPECT_EQ(Flags(), Wayfinder::kReachable) << "by way of a gateway";
+}
+
+TEST_F(NetworkPlaces, ANetworkOnWhichNobodyAnswersIsNone) {
+  ConnectByWire();
+  ExpectLocation(service_, Wayfinder::kNone);
+  EXPECT_EQ(service_.LocationOf("https://unknown.example"), Wayfinder::kOutside);
+}
+
+TEST_F(NetworkPlaces, APortalThatRedirectsIsSeen) {
+  ConnectByWire();
+  Serve(outside_, "10.1.0.3", 8080, kToPortal);
+  ExpectLocation(service_, Wayfinder::kHotspot);
+}
+
+// Every name leads to the portal, which shows its page for the one beacon and redirects for the other.
+TEST_F(NetworkPlaces, APortalThatResolvesEveryNameToItselfIsSeen) {
+  ConnectByWire();
+  Serve(inside_, "10.1.0.254", 80, kGood);
+  Serve(outside_, "10.1.0.254", 8080, kToPortal);
+  RecordedService service([](const std::string& /*host*/) { return std::vector<std::string>{"10.1.0.254"}; });
+  service.SetStores({{kStore, {"http://intranet.example/"}, {"http://gateway.example:8080/"}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kHotspot))
+      << testing::PrintToString(service.Messages());
+  EXPECT_TRUE(service.WaitForMessage("10.1.0.254 answers for others too"));
+}
+
+TEST_F(NetworkPlaces, ANameIsAskedAtAllItsAddresses) {
+  ConnectByWire();
+  Serve(inside_, "10.1.0.2", 80, kGood);
+  RecordedService service([](const std::string& /*host*/) {
+    return std::vector<std::string>{"10.1.0.3", "10.1.0.2"};
+  });
+  service.SetStores({{kStore, {"http://intranet.example/"}, {}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN));
+}
+
+TEST_F(NetworkPlaces, ADefaultRouteToThisMachineIsALocalAddress) {
+  IP({"route", "add", "local", "default", "dev", "lo"});
+  EXPECT_NE(Flags() & Wayfinder::kIsLocalAddress, 0U);
+}
+
+TEST_F(NetworkPlaces, ALinkThatIsDownIsNoNetwork) {
+  ConnectByWire();
+  IP({"route", "add", "default", "via", "10.1.0.254"});
+  EXPECT_TRUE(Wayfinding::ReadNetworkState()->IsUsable());
+  FarIP({"link", "set", "far0", "down"});
+  EXPECT_FALSE(Wayfinding::ReadNetworkState()->IsUsable());
+  EXPECT_EQ(Flags(), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,91 @@
+#include "wayfinder/RecordedService.h"
+
+#include <algorithm>
+
+namespace testsupport {
+namespace {
+
+using PropertyList::Array;
+using PropertyList::Dictionary;
+
+Array Beacons(const std::vector<std::string>& locations) {
+  Array beacons;
+  for (const std::string& location : locations)
+    beacons.emplace_back(Dictionary{{"BeaconLocation", location}, {"BeaconDSConfirmed", false}});
+  return beacons;
+}
+
+Dictionary StoreEntry(const StoreAndBeacons& store) {
+  Dictionary entry{{"StoreName", "Store"}, {"StoreURL", store.url}, {"StoreType", 0}, {"StoreID", store.url}};
+  if (!store.internal.empty()) entry.Set("StoreInternalBeacons", Beacons(store.internal));
+  if (!store.external.empty()) entry.Set("StoreExternalBeacons", Beacons(store.external));
+  return entry;
+}
+
+}  // namespace
+
+RecordedService::RecordedService(Wayfinding::HostLookups::Resolver resolver) {
+  service_.emplace(Parts(std::move(resolver)));
+}
+
+Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolver resolver) {
+  const auto findNothing = [](const std::string& /*host*/) { return std::vector<std::string>(); };
+  Wayfinding::LocationParts parts = Wayfinding::LocationParts::Defaults();
+  parts.now = [this] { return std::chrono::steady_clock::now() + std::chrono::seconds(passed_); };
+  parts.chance = [] { return 0.0; };
+  parts.resolver = resolver ? std::move(resolver) : findNothing;
+  parts.logIsWanted = [] { return true; };
+  parts.log = [this](const std::string& message) {
+    const std::lock_guard lock(mutex_);
+    messages_.push_back(message);
+    changed_.notify_all();
+  };
+  parts.changesAreWanted = [] { return true; };
+  parts.changed = [this](const std::string& url, Wayfinding::NetworkLocation location) {
+    const std::lock_guard lock(mutex_);
+    changes_.emplace_back(url, static_cast<std::uint32_t>(location));
+    changed_.notify_all();
+  };
+  return parts;
+}
+
+void RecordedService::SetStores(const std::vector<StoreAndBeacons>& stores) {
+  Array list;
+  for (const StoreAndBeacons& store : stores) list.emplace_back(StoreEntry(store));
+  service_->SetStores(list);
+}
+
+std::uint32_t RecordedService::LocationOf(const std::string& url) {
+  return static_cast<std::uint32_t>(service_->LocationOf(url));
+}
+
+bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t location,
+                                      std::chrono::seconds limit) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, limit, [&] {
+    const auto last = std::find_if(changes_.rbegin(), changes_.rend(),
+                                   [&url](const Change& change) { return change.first == url; });
+    return last != changes_.rend() && last->second == location;
+  });
+}
+
+bool RecordedService::WaitForMessage(const std::string& text, int count) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, std::chrono::seconds(20), [&] {
+    return std::count_if(messages_.begin(), messages_.end(), [&text](const std::string& message) {
+             return message.find(text) != std::string::npos;
+           }) >= count;
+  });
+}
+
+std::vector<std::string> RecordedService::Messages() const {
+  const std::lock_guard lock(mutex_);
+  return messages_;
+}
+
+std::vector<RecordedService::Change> RecordedService::Changes() const {
+  const std::lock_guard lock(mutex_);
+  return changes_;
+}
+
+}  // namespace testsupport

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "libs/Wayfinder/LocationService.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace testsupport {
+
+struct StoreAndBeacons {
+  std::string url;
+  std::vector<std::string> internal;
+  std::vector<std::string> external;
+};
+
+// A location service whose messages and changes are kept. Any thread.
+class RecordedService {
+ public:
+  using Change = std::pair<std::string, std::uint32_t>;
+
+  // Without a resolver, no name is found.
+  explicit RecordedService(Wayfinding::HostLookups::Resolver resolver = {});
+
+  void SetStores(const std::vector<StoreAndBeacons>& stores);
+  [[nodiscard]] std::uint32_t LocationOf(const std::string& url);
+  // The service's clock jumps.
+  void PassTime(std::chrono::seconds time) { passed_ += time.count(); }
+
+  // Waits until the store's last change is this location; false when it is not within the time.
+  [[nodiscard]] bool WaitForLocation(const std::string& url, std::uint32_t location,
+                                     std::chrono::seconds limit = std::chrono::seconds(20));
+  // Waits for so many messages that contain the text.
+  [[nodiscard]] bool WaitForMessage(const std::string& text, int count = 1);
+  [[nodiscard]] std::vector<std::string> Messages() const;
+  [[nodiscard]] std::vector<Change> Changes() const;
+  // Ends the service's thread.
+  void End() { service_.reset(); }
+
+ private:
+  [[nodiscard]] Wayfinding::LocationParts Parts(Wayfinding::HostLookups::Resolver resolver);
+
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<std::string> messages_;
+  std::vector<Change> changes_;
+  std::atomic<long> passed_ = 0;
+  std::optional<Wayfinding::LocationService> service_;
+};
+
+}  // namespace testsupport

@@ -1,0 +1,119 @@
+#include "libs/Wayfinder/RoundSchedule.h"
+
+#include <gtest/gtest.h>
+
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+using std::chrono::seconds;
+using Wayfinding::RoundSchedule;
+
+namespace {
+
+class RoundScheduleTest : public testing::Test {
+ protected:
+  RoundSchedule schedule_;
+  const RoundSchedule::TimePoint start_{minutes(100)};
+};
+
+TEST_F(RoundScheduleTest, NothingIsDueWhenNothingHappened) {
+  EXPECT_FALSE(schedule_.NextDue());
+  EXPECT_FALSE(schedule_.TakeStart(start_));
+  EXPECT_FALSE(schedule_.TakeLook(start_));
+}
+
+TEST_F(RoundScheduleTest, ANewListIsAskedAtOnceAndForTenSecondsAtMost) {
+  schedule_.TakeNewStores(start_);
+  EXPECT_EQ(schedule_.NextDue(), start_);
+  EXPECT_TRUE(schedule_.TakeStart(start_));
+  EXPECT_FALSE(schedule_.TakeStart(start_));
+  EXPECT_EQ(schedule_.Deadline(), start_ + seconds(10));
+  EXPECT_EQ(schedule_.NextDue(), start_ + seconds(10));
+}
+
+TEST_F(RoundScheduleTest, NothingIsDueAfterARoundWithAnswers) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  schedule_.TakeEnd();
+  EXPECT_FALSE(schedule_.IsRunning());
+  EXPECT_FALSE(schedule_.NextDue());
+}
+
+TEST_F(RoundScheduleTest, ABurstOfEventsIsGatheredForOneSecondFromItsFirst) {
+  schedule_.TakeNetworkEvent(start_);
+  schedule_.TakeNetworkEvent(start_ + milliseconds(900));
+  EXPECT_EQ(schedule_.NextDue(), start_ + seconds(1));
+  EXPECT_FALSE(schedule_.TakeLook(start_ + milliseconds(999)));
+  EXPECT_TRUE(schedule_.TakeLook(start_ + seconds(1)));
+  EXPECT_FALSE(schedule_.TakeLook(start_ + seconds(1)));
+  EXPECT_FALSE(schedule_.NextDue()) << "a look that finds nothing new starts nothing";
+}
+
+TEST_F(RoundScheduleTest, ARoundOnANewNetworkIsInTenSecondsAfterTheFirstEvent) {
+  schedule_.TakeNetworkEvent(start_);
+  ASSERT_TRUE(schedule_.TakeLook(start_ + seconds(1)));
+  schedule_.TakeNewNetwork(start_ + seconds(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(1)));
+  EXPECT_EQ(schedule_.Deadline(), start_ + seconds(10));
+}
+
+TEST_F(RoundScheduleTest, ANewNetworkStartsTheRunningRoundAfresh) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  schedule_.TakeNetworkEvent(start_ + seconds(2));
+  ASSERT_TRUE(schedule_.TakeLook(start_ + seconds(3)));
+  schedule_.TakeNewNetwork(start_ + seconds(3));
+  EXPECT_TRUE(schedule_.TakeStart(start_ + seconds(3)));
+  EXPECT_EQ(schedule_.Deadline(), start_ + seconds(12));
+}
+
+TEST_F(RoundScheduleTest, ARoundWithoutAnAnswerIsRepeatedLaterAndLater) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5), seconds(1));
+  EXPECT_EQ(schedule_.NextDue(), start_ + seconds(1));
+  EXPECT_FALSE(schedule_.TakeStart(start_ + milliseconds(999)));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(1)));
+  EXPECT_EQ(schedule_.Deadline(), start_ + seconds(11));
+  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(1), 0.5), seconds(2));
+}
+
+TEST_F(RoundScheduleTest, AnAnswerAndANewNetworkAndANewListBeginTheDelaysAnew) {
+  const auto fail = [this] {
+    EXPECT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
+    return schedule_.TakeFailure(start_, 0.5);
+  };
+  schedule_.TakeNewStores(start_);
+  EXPECT_EQ(fail(), seconds(1));
+  EXPECT_EQ(fail(), seconds(2));
+  schedule_.TakeNewNetwork(start_);
+  EXPECT_EQ(fail(), seconds(1));
+  EXPECT_EQ(fail(), seconds(2));
+  schedule_.TakeNewStores(start_);
+  EXPECT_EQ(fail(), seconds(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
+  schedule_.TakeEnd();
+  schedule_.TakeOldAge(start_);
+  EXPECT_EQ(fail(), seconds(1));
+}
+
+TEST_F(RoundScheduleTest, OldAgeDoesNotWaitForARepetitionButForARunningRound) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  schedule_.TakeOldAge(start_);
+  EXPECT_FALSE(schedule_.TakeStart(start_)) << "a round is running";
+  schedule_.TakeFailure(start_, 0.5);
+  schedule_.TakeOldAge(start_);
+  EXPECT_TRUE(schedule_.TakeStart(start_));
+  EXPECT_EQ(schedule_.NextDue(), start_ + seconds(10));
+}
+
+TEST_F(RoundScheduleTest, WithoutStoresEverythingIsForgotten) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  schedule_.TakeFailure(start_, 0.5);
+  schedule_.TakeNetworkEvent(start_);
+  schedule_.Stop();
+  EXPECT_FALSE(schedule_.NextDue());
+}
+
+}  // namespace

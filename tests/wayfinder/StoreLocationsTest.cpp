@@ -1,0 +1,76 @@
+#include "libs/Wayfinder/StoreLocations.h"
+
+#include <gmock/gmock.h>
+
+using std::chrono::minutes;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using Wayfinding::NetworkLocation;
+using Wayfinding::StoreLocations;
+
+namespace {
+
+class StoreLocationsTest : public testing::Test {
+ protected:
+  StoreLocationsTest() {
+    EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+  }
+
+  NetworkLocation Find(const std::string& url) { return locations_.Find(url, now_).value().location; }
+  void Decide(std::size_t store, NetworkLocation location) {
+    locations_.Decide(locations_.Current().number, store, location, now_);
+  }
+
+  StoreLocations locations_;
+  StoreLocations::TimePoint now_{minutes(1000)};
+};
+
+TEST_F(StoreLocationsTest, AStoreIsUndecidedUntilItIsDecided) {
+  EXPECT_EQ(Find("two"), NetworkLocation::Deciding);
+  Decide(1, NetworkLocation::Outside);
+  EXPECT_EQ(Find("two"), NetworkLocation::Outside);
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
+}
+
+TEST_F(StoreLocationsTest, LetterCaseAndSlashesAtTheEndDoNotCount) {
+  Decide(0, NetworkLocation::LAN);
+  EXPECT_EQ(Find("HTTPS://ONE/x//"), NetworkLocation::LAN);
+  EXPECT_FALSE(locations_.Find("https://one", now_));
+  EXPECT_FALSE(locations_.Find("", now_));
+}
+
+TEST_F(StoreLocationsTest, AnAnswerIsOldAfterFiveMinutes) {
+  Decide(0, NetworkLocation::LAN);
+  EXPECT_FALSE(locations_.Find("https://one/x", now_ + minutes(5) - std::chrono::seconds(1))->isOld);
+  EXPECT_TRUE(locations_.Find("https://one/x", now_ + minutes(5))->isOld);
+  EXPECT_FALSE(locations_.Find("two", now_ + minutes(5))->isOld) << "it is still being decided";
+}
+
+TEST_F(StoreLocationsTest, AnotherListForgetsEveryDecisionAndTheSameListNone) {
+  Decide(0, NetworkLocation::LAN);
+  EXPECT_FALSE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::LAN);
+  EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}}));
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
+  EXPECT_FALSE(locations_.Find("two", now_));
+}
+
+TEST_F(StoreLocationsTest, ADecisionThatWasOvertakenIsDropped) {
+  const auto number = locations_.Current().number;
+  locations_.ForgetDecisions();
+  locations_.Decide(number, 0, NetworkLocation::LAN, now_);
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
+}
+
+TEST_F(StoreLocationsTest, EachChangeIsTakenOnce) {
+  EXPECT_THAT(locations_.TakeChanges(), IsEmpty()) << "a store begins undecided";
+  Decide(0, NetworkLocation::LAN);
+  EXPECT_THAT(locations_.TakeChanges(), ElementsAre(Pair("https://one/X", NetworkLocation::LAN)));
+  Decide(0, NetworkLocation::LAN);
+  EXPECT_THAT(locations_.TakeChanges(), IsEmpty());
+  locations_.ForgetDecisions();
+  EXPECT_THAT(locations_.TakeChanges(), ElementsAre(Pair("https://one/X", NetworkLocation::Deciding)));
+}
+
+}  // namespace

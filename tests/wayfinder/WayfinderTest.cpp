@@ -1,0 +1,65 @@
+#include "libs/Wayfinder/Wayfinder.h"
+#include "network/RawServer.h"
+
+#include <gmock/gmock.h>
+
+#include <condition_variable>
+#include <mutex>
+
+using PropertyList::Array;
+using PropertyList::Dictionary;
+
+namespace {
+
+std::mutex g_mutex;
+std::condition_variable g_changed;
+std::vector<std::string> g_messages;
+std::vector<std::pair<std::string, std::uint32_t>> g_locations;
+
+class WayfinderTest : public testing::Test {
+ protected:
+  WayfinderTest() {
+    WFSetCustomLogFunc([](const char* message) {
+      const std::lock_guard lock(g_mutex);
+      g_messages.emplace_back(message);
+    });
+    WFSetLocationFunc([](const char* storeURL, std::uint32_t location) {
+      const std::lock_guard lock(g_mutex);
+      g_locations.emplace_back(storeURL, location);
+      g_changed.notify_all();
+    });
+  }
+  ~WayfinderTest() override {
+    WFSetCustomLogFunc(nullptr);
+    WFSetLocationFunc(nullptr);
+  }
+
+  Wayfinder& wayfinder_ = Wayfinder::sharedInstance();
+};
+
+TEST_F(WayfinderTest, TheSharedInstanceDecidesAndTellsOfIt) {
+  const testsupport::RawServer server({"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"});
+  const std::string url = "http://127.0.0.1:" + std::to_string(server.Port()) + "/Main";
+  wayfinder_.setAllServiceRecordsToList(Array{Dictionary{{"StoreURL", url}}});
+  std::unique_lock lock(g_mutex);
+  ASSERT_TRUE(g_changed.wait_for(lock, std::chrono::seconds(20), [] { return !g_locations.empty(); }));
+  EXPECT_THAT(g_locations, testing::ElementsAre(testing::Pair(url, Wayfinder::kLAN)));
+  EXPECT_THAT(g_messages,
+              testing::IsSupersetOf({std::string("store list replaced, stores: 1"),
+                                     "store " + url + ": LAN, 1 of 1 internal beacons answered"}));
+  EXPECT_EQ(wayfinder_.locationRelativeToStoreURL(url), Wayfinder::kLAN);
+}
+
+TEST_F(WayfinderTest, NothingIsAnEmptyList) {
+  wayfinder_.setAllServiceRecordsToList(std::nullopt);
+  const std::lock_guard lock(g_mutex);
+  EXPECT_THAT(g_messages, testing::Contains("store list replaced, stores: 0"));
+}
+
+TEST_F(WayfinderTest, AnUnknownStoreIsOutsideWhereTheNetworkIsReachable) {
+  const bool reachable = (wayfinder_.networkReachabilityFlags() & Wayfinder::kReachable) != 0;
+  EXPECT_EQ(wayfinder_.locationRelativeToStoreURL("https://unknown.example"),
+            reachable ? Wayfinder::kOutside : Wayfinder::kNone);
+}
+
+}  // namespace
