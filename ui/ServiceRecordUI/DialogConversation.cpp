@@ -17,7 +17,7 @@ bool WouldBlock(int error) {
 
 }  // namespace
 
-DialogConversation::DialogConversation(DialogProcess program, std::string request, int terminationDescriptor)
+DialogConversation::DialogConversation(HelperProcess program, std::string request, int terminationDescriptor)
     : program_(std::move(program)),
       request_(std::move(request)),
       terminationDescriptor_(terminationDescriptor) {

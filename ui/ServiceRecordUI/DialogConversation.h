@@ -1,7 +1,7 @@
 #pragma once
 
-#include "DialogProcess.h"
 #include "DialogWire.h"
+#include "HelperProcess.h"
 
 #include <cstddef>
 #include <optional>
@@ -11,7 +11,7 @@
 class DialogConversation {
  public:
   // `terminationDescriptor` is only polled.
-  DialogConversation(DialogProcess program, std::string request, int terminationDescriptor);
+  DialogConversation(HelperProcess program, std::string request, int terminationDescriptor);
 
   // Blocks until the program has replied. Nothing when it ended, closed its output or said anything but one
   // of the replies, and when termination was requested first.
@@ -28,7 +28,7 @@ class DialogConversation {
   // Reads what is there now.
   void ReadSome();
 
-  DialogProcess program_;
+  HelperProcess program_;
   std::string request_;
   std::size_t sent_ = 0;
   std::string reply_;

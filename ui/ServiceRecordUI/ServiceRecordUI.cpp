@@ -1,6 +1,6 @@
 #include "DialogConversation.h"
-#include "DialogProcess.h"
 #include "DialogWire.h"
+#include "HelperProcess.h"
 #include "SRUIProtocol.h"
 
 #include <dlfcn.h>
@@ -29,7 +29,7 @@ std::optional<std::filesystem::path> DialogProgramPath() {
 std::optional<DialogConversation> Begin(std::string_view dialog, const char* details) {
   const std::optional<std::filesystem::path> path = DialogProgramPath();
   if (!path || details == nullptr) return std::nullopt;
-  std::optional<DialogProcess> program = DialogProcess::Start(*path);
+  std::optional<HelperProcess> program = HelperProcess::Start(*path);
   if (!program) return std::nullopt;
   return std::optional<DialogConversation>(std::in_place, std::move(*program),
                                            DialogWire::RequestFor(dialog, details),

@@ -5,17 +5,18 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
-#include <string>
+#include <span>
 #include <string_view>
 
 struct termios;
 
-// The user's terminal, for one dialog. Every wait ends when the program's standard input closes.
+// The user's terminal, for one conversation. Every wait ends when the program's standard input closes, and
+// when the given interruption comes.
 class Terminal {
  public:
   // The terminal that SERVICERECORDS_TERMINAL names, else the controlling one. Nothing when it cannot be
-  // opened or is no terminal.
-  [[nodiscard]] static std::optional<Terminal> Open();
+  // opened or is no terminal. `interruption` is only polled: it is readable when no more is to be asked.
+  [[nodiscard]] static std::optional<Terminal> Open(int interruption = -1);
 
   // Waits until no other dialog of this user is on a terminal, so that no answer goes to another dialog's
   // question. From then on the terminal edits and echoes lines, whatever mode it was in; both the turn and
@@ -32,6 +33,14 @@ class Terminal {
   // the end of the terminal's input and the terminal's end are a no.
   [[nodiscard]] bool Confirm(std::string_view question);
 
+  // Prints the question and reads one line, without its end, into the caller's memory, and nowhere else; a
+  // longer line is none. Nothing at the end of the terminal's input and at the terminal's end.
+  enum class Echo { On, Off };
+  [[nodiscard]] std::optional<std::size_t> Ask(std::string_view question, std::span<char> answer, Echo echo);
+
+  // Drops what was typed so far.
+  void Forget() const;
+
  private:
   struct ModeRestorer {
     int terminal;
@@ -39,16 +48,19 @@ class Terminal {
   };
   using SavedMode = std::unique_ptr<termios, ModeRestorer>;
 
-  explicit Terminal(FileDescriptor terminal) : terminal_(std::move(terminal)) {}
+  Terminal(FileDescriptor terminal, int interruption)
+      : terminal_(std::move(terminal)), interruption_(interruption) {}
 
   // Nothing when the terminal is gone.
   [[nodiscard]] SavedMode SwitchToLines() const;
-  // Waits for the terminal. False when standard input closed.
+  // Waits for the terminal. False when standard input closed or the interruption came.
   [[nodiscard]] bool WaitFor(short events) const;
-  // A line without its end; nothing at the end of the terminal's input.
-  [[nodiscard]] std::optional<std::string> ReadLine();
+  void SetEcho(Echo echo) const;
+  // The length of a line without its end; nothing at the end of the terminal's input.
+  [[nodiscard]] std::optional<std::size_t> ReadLine(std::span<char> line);
 
   FileDescriptor terminal_;
+  int interruption_;
   FileDescriptor turn_;
   SavedMode savedMode_;  // declared last: put back before the turn ends
 };

@@ -52,12 +52,12 @@ FileDescriptor OpenTurnFile() {
 
 }  // namespace
 
-std::optional<Terminal> Terminal::Open() {
+std::optional<Terminal> Terminal::Open(int interruption) {
   const char* named = std::getenv("SERVICERECORDS_TERMINAL");
   const char* path = named != nullptr && *named != '\0' ? named : "/dev/tty";
   FileDescriptor terminal(::open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
   if (!terminal || ::isatty(terminal.Get()) == 0) return std::nullopt;
-  return Terminal(std::move(terminal));
+  return Terminal(std::move(terminal), interruption);
 }
 
 bool Terminal::TakeTurn() {
@@ -65,8 +65,9 @@ bool Terminal::TakeTurn() {
   const int descriptor = turn_ ? turn_.Get() : terminal_.Get();
   while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
     if (!Interrupted(errno)) return false;
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    if (::poll(&input, 1, kTurnPollMilliseconds) > 0 && StandardInputClosed(input.revents)) return false;
+    std::array<pollfd, 2> ends{{{STDIN_FILENO, POLLIN, 0}, {interruption_, POLLIN, 0}}};
+    if (::poll(ends.data(), ends.size(), kTurnPollMilliseconds) <= 0) continue;
+    if (ends[1].revents != 0 || StandardInputClosed(ends[0].revents)) return false;
   }
   savedMode_ = SwitchToLines();
   return true;
@@ -91,15 +92,37 @@ bool Terminal::Print(std::string_view utf8) {
 }
 
 bool Terminal::Confirm(std::string_view question) {
-  ::tcflush(terminal_.Get(), TCIFLUSH);
+  Forget();
   if (!Print(question)) return false;
-  while (const std::optional<std::string> line = ReadLine()) {
-    const Answer answer = AnswerOf(*line);
+  std::array<char, kLongestLine> line;
+  while (const std::optional<std::size_t> length = ReadLine(line)) {
+    const Answer answer = AnswerOf(std::string(line.data(), *length));
     if (answer != Answer::Unclear) return answer == Answer::Yes;
     if (!Print("Please answer yes or no. [y/N] ")) return false;
   }
   Print("\nNot answered, taken as no.\n");
   return false;
+}
+
+std::optional<std::size_t> Terminal::Ask(std::string_view question, std::span<char> answer, Echo echo) {
+  // Before the question, so that whoever waits for it can answer at once.
+  SetEcho(echo);
+  const std::optional<std::size_t> length = Print(question) ? ReadLine(answer) : std::nullopt;
+  SetEcho(Echo::On);
+  if (echo == Echo::Off) Print("\n");
+  return length;
+}
+
+void Terminal::Forget() const {
+  ::tcflush(terminal_.Get(), TCIFLUSH);
+}
+
+void Terminal::SetEcho(Echo echo) const {
+  termios mode{};
+  if (::tcgetattr(terminal_.Get(), &mode) != 0) return;
+  mode.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+  if (echo == Echo::On) mode.c_lflag |= ECHO;
+  ::tcsetattr(terminal_.Get(), TCSADRAIN, &mode);
 }
 
 Terminal::SavedMode Terminal::SwitchToLines() const {
@@ -120,27 +143,28 @@ void Terminal::ModeRestorer::operator()(termios* mode) const {
 }
 
 bool Terminal::WaitFor(short events) const {
-  std::array<pollfd, 2> states{{{STDIN_FILENO, POLLIN, 0}, {terminal_.Get(), events, 0}}};
+  std::array<pollfd, 3> states{
+      {{STDIN_FILENO, POLLIN, 0}, {interruption_, POLLIN, 0}, {terminal_.Get(), events, 0}}};
   while (true) {
     if (::poll(states.data(), states.size(), -1) < 0) {
       if (errno != EINTR) return false;
       continue;
     }
-    if (StandardInputClosed(states[0].revents)) return false;
-    if (states[1].revents != 0) return true;
+    if (StandardInputClosed(states[0].revents) || states[1].revents != 0) return false;
+    if (states[2].revents != 0) return true;
   }
 }
 
-std::optional<std::string> Terminal::ReadLine() {
-  std::string line;
-  while (line.size() < kLongestLine && WaitFor(POLLIN)) {
-    std::array<char, 256> buffer;
-    const ssize_t count = ::read(terminal_.Get(), buffer.data(), buffer.size());
+std::optional<std::size_t> Terminal::ReadLine(std::span<char> line) {
+  std::size_t used = 0;
+  while (used < line.size() && WaitFor(POLLIN)) {
+    const std::span<char> rest = line.subspan(used);
+    const ssize_t count = ::read(terminal_.Get(), rest.data(), rest.size());
     if (count < 0 && Interrupted(errno)) continue;
     if (count <= 0) return std::nullopt;
-    line.append(buffer.data(), static_cast<std::size_t>(count));
-    if (const std::size_t end = line.find_first_of("\r\n"); end != std::string::npos)
-      return line.substr(0, end);
+    const std::string_view part(rest.data(), static_cast<std::size_t>(count));
+    if (const std::size_t end = part.find_first_of("\r\n"); end != part.npos) return used + end;
+    used += part.size();
   }
   return std::nullopt;
 }

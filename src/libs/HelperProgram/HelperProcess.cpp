@@ -1,4 +1,4 @@
-#include "DialogProcess.h"
+#include "HelperProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -80,7 +80,15 @@ bool FillAttributes(posix_spawnattr_t* attributes) {
          ::posix_spawnattr_setflags(attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF) == 0;
 }
 
-std::optional<pid_t> Spawn(const std::filesystem::path& program, int input, int output) {
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+std::optional<pid_t> Spawn(std::vector<std::string> command, int input, int output) {
   posix_spawn_file_actions_t actionsStorage;
   posix_spawnattr_t attributesStorage;
   if (::posix_spawn_file_actions_init(&actionsStorage) != 0) return std::nullopt;
@@ -91,10 +99,10 @@ std::optional<pid_t> Spawn(const std::filesystem::path& program, int input, int 
     return std::nullopt;
   }
 
-  std::string name = program.string();
-  char* arguments[] = {name.data(), nullptr};
+  const std::vector<char*> arguments = Pointers(command);
   pid_t id = -1;
-  if (::posix_spawn(&id, program.c_str(), actions.get(), attributes.get(), arguments, environ) != 0) {
+  if (::posix_spawn(&id, arguments.front(), actions.get(), attributes.get(), arguments.data(), environ) !=
+      0) {
     return std::nullopt;
   }
   return id;
@@ -123,27 +131,29 @@ bool EndsInTime(int process) {
 
 }  // namespace
 
-std::optional<DialogProcess> DialogProcess::Start(const std::filesystem::path& program) {
+std::optional<HelperProcess> HelperProcess::Start(const std::filesystem::path& program,
+                                                  std::vector<std::string> arguments) {
   Channel input = MakeInput();
   Channel output = MakeOutput();
   if (!input || !output || !MakeNonBlocking(input.ours) || !MakeNonBlocking(output.ours)) return std::nullopt;
 
-  const std::optional<pid_t> id = Spawn(program, input.theirs.Get(), output.theirs.Get());
+  arguments.insert(arguments.begin(), program.string());
+  const std::optional<pid_t> id = Spawn(std::move(arguments), input.theirs.Get(), output.theirs.Get());
   if (!id) return std::nullopt;
   FileDescriptor process(::pidfd_open(*id, 0));
   if (!process) {
     KillUnlessReaped(*id);
     return std::nullopt;
   }
-  return DialogProcess(*id, std::move(process), std::move(input.ours), std::move(output.ours));
+  return HelperProcess(*id, std::move(process), std::move(input.ours), std::move(output.ours));
 }
 
-DialogProcess::DialogProcess(pid_t id, FileDescriptor process, FileDescriptor input, FileDescriptor output)
+HelperProcess::HelperProcess(pid_t id, FileDescriptor process, FileDescriptor input, FileDescriptor output)
     : id_(id), process_(std::move(process)), input_(std::move(input)), output_(std::move(output)) {}
 
-DialogProcess::DialogProcess(DialogProcess&& other) noexcept = default;
+HelperProcess::HelperProcess(HelperProcess&& other) noexcept = default;
 
-DialogProcess::~DialogProcess() {
+HelperProcess::~HelperProcess() {
   if (!process_) return;
   input_.Close();
   output_.Close();

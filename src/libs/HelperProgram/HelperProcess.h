@@ -1,0 +1,42 @@
+#pragma once
+
+#include "FileDescriptor.h"
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+// A running program that serves one conversation, and the two ends of its standard input and output. It
+// inherits no other descriptor than standard error and no blocked signal. Ends with the object. One thread at
+// a time.
+class HelperProcess {
+ public:
+  // Its arguments are its name and `arguments`, which everybody on the machine can read. Nothing when the
+  // program cannot be started.
+  [[nodiscard]] static std::optional<HelperProcess> Start(const std::filesystem::path& program,
+                                                          std::vector<std::string> arguments = {});
+
+  HelperProcess(HelperProcess&&) noexcept;
+  HelperProcess& operator=(HelperProcess&&) = delete;
+  // Closes the program's input and output, which ends it; one that does not end within a second is killed.
+  // Leaves no zombie behind.
+  ~HelperProcess();
+
+  // Non-blocking socket; send to it without SIGPIPE.
+  [[nodiscard]] int Input() const { return input_.Get(); }
+  // Non-blocking; at its end when the program has closed its output.
+  [[nodiscard]] int Output() const { return output_.Get(); }
+  // Readable when the program has ended, even if a child of its own still holds the output.
+  [[nodiscard]] int Ended() const { return process_.Get(); }
+
+ private:
+  HelperProcess(pid_t id, FileDescriptor process, FileDescriptor input, FileDescriptor output);
+
+  pid_t id_;
+  FileDescriptor process_;
+  FileDescriptor input_;
+  FileDescriptor output_;
+};

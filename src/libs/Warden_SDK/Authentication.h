@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Challenge.h"
+#include "Credentials.h"
+#include "DigestAnswer.h"
+#include "MorvaneWarden.h"
+#include "NegotiateExchange.h"
+#include "Url.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Warden {
+
+class CredentialProgram;
+
+// Whom a request authenticates to.
+struct Site {
+  Url url;  // what is requested
+  bool isGateway = false;
+  std::uint32_t authentication = 1;  // as in MorvaneWardenRoute
+};
+
+// The authentication of one request in one of its header lines: from the challenges of one answer to the next
+// header line. One thread.
+class Authentication {
+ public:
+  // `headerName` is "Authorization" or "Proxy-Authorization". `program` must outlive the object.
+  Authentication(std::string headerName, const CredentialProgram& program);
+
+  // The challenges of a rejected request. A stored credential that it used is erased.
+  void Challenged(std::vector<Challenge> challenges);
+
+  // Chooses a scheme and gets a credential where there are new challenges, which may block, and makes the
+  // header line. MORVANE_WARDEN_ACTION_SEND, or why the request cannot go on.
+  [[nodiscard]] MorvaneWardenAction Prepare(const Site& site);
+
+  // Empty as long as there was no challenge.
+  [[nodiscard]] const Secret& HeaderLine() const { return headerLine_; }
+
+  // The request was answered: a credential to be remembered is stored.
+  void Accepted();
+
+ private:
+  enum class Scheme { None, Negotiate, Digest, Basic };
+
+  void JudgeCredentials();
+  [[nodiscard]] bool SaysStale() const;
+  [[nodiscard]] MorvaneWardenAction Choose(const Site& site);
+  [[nodiscard]] bool TryNegotiate(const Site& site);
+  [[nodiscard]] bool ChoosePasswordScheme(const Site& site);
+  [[nodiscard]] MorvaneWardenAction ObtainCredentials(const Site& site);
+  [[nodiscard]] MorvaneWardenAction AskOnce(const Site& site);
+  [[nodiscard]] bool CredentialsFit() const;
+  [[nodiscard]] bool MakeHeaderLine(const Site& site);
+  [[nodiscard]] std::optional<Secret> DigestValue(const Site& site, std::string_view password);
+  void SetHeaderLine(std::string_view value);
+
+  std::string headerName_;
+  const CredentialProgram& program_;
+  std::vector<Challenge> challenges_;
+  bool pending_ = false;
+
+  Scheme scheme_ = Scheme::None;
+  std::unique_ptr<NegotiateExchange> negotiate_;
+  bool negotiateFailed_ = false;
+  std::optional<DigestChallenge> digest_;
+  std::string countedNonce_;
+  std::string clientNonce_;
+  std::uint32_t nonceCount_ = 0;
+
+  CredentialKey key_;
+  std::optional<Credentials> credentials_;
+  int tries_ = 0;
+  bool wasRejected_ = false;
+  Secret headerLine_;
+};
+
+}  // namespace Warden

@@ -1,0 +1,24 @@
+#include "Cancellation.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+
+namespace Warden {
+
+Cancellation::Cancellation() : event_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+bool Cancellation::Requested() const {
+  pollfd state{event_.Get(), POLLIN, 0};
+  return ::poll(&state, 1, 0) > 0;
+}
+
+void Cancellation::Request() const {
+  ::eventfd_write(event_.Get(), 1);
+}
+
+void Cancellation::TakeBack() const {
+  eventfd_t ignored = 0;
+  ::eventfd_read(event_.Get(), &ignored);
+}
+
+}  // namespace Warden

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "CredentialMessage.h"
+#include "HelperProcess.h"
+#include "Secret.h"
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+
+namespace Warden {
+
+// One request to a running credential program and its reply. Belongs to the thread that runs it.
+class CredentialConversation {
+ public:
+  // `cancellationDescriptor` is only polled.
+  CredentialConversation(HelperProcess program, Secret request, int cancellationDescriptor);
+
+  // Blocks until the program has replied; a negative limit is none. Nothing when it ended, closed its output
+  // or sent no message, on cancellation, and when the time is over.
+  [[nodiscard]] std::optional<CredentialMessage> AwaitReply(int limitMilliseconds);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  // Waits for the next event. False on cancellation and when the time is over.
+  [[nodiscard]] bool Wait(std::optional<Clock::time_point> deadline);
+  void SendSome();
+  void ReadAll();
+
+  HelperProcess program_;
+  Secret request_;
+  Secret reply_;
+  std::size_t sent_ = 0;
+  int cancellationDescriptor_;
+  bool outputOpen_ = true;
+  bool ended_ = false;
+};
+
+}  // namespace Warden

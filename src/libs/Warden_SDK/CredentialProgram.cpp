@@ -1,0 +1,138 @@
+#include "CredentialProgram.h"
+
+#include "Cancellation.h"
+#include "CredentialConversation.h"
+#include "CredentialMessage.h"
+#include "WardenLog.h"
+
+#include <array>
+#include <utility>
+
+namespace Warden {
+namespace {
+
+namespace Words = CredentialWords;
+
+constexpr int kNoLimit = -1;
+constexpr int kChangeLimitMilliseconds = 10'000;
+
+constexpr std::array kAuthenticationWords{Words::kRSA,          Words::kNone, Words::kDomain,
+                                          Words::kDomainAndRSA, Words::kSMS,  Words::kGatewayKnows};
+
+std::string_view AuthenticationWord(std::uint32_t authentication) {
+  return authentication < kAuthenticationWords.size() ? kAuthenticationWords[authentication] : Words::kNone;
+}
+
+bool SetKey(CredentialMessage& message, const CredentialKey& key) {
+  return message.Set(Words::kProtocol, key.protocol) && message.Set(Words::kHost, key.host) &&
+         message.Set(Words::kRealm, key.realm);
+}
+
+// A control character in a header line would end it, and a server may take it for anything.
+bool HasControlCharacter(std::string_view text) {
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 0x20 || byte == 0x7F) return true;
+  }
+  return false;
+}
+
+void LogSecretService(const CredentialMessage& reply) {
+  const std::string_view state = reply.Get(Words::kSecretService);
+  if (state.empty() || state == Words::kAvailable) return;
+  std::string text = "Warden: the Secret Service is ";
+  text += state == Words::kMissing || state == Words::kLocked ? state : std::string_view("not usable");
+  text += ", no credential is looked up or kept there";
+  if (const std::string_view reason = reply.Get(Words::kReason); !reason.empty()) {
+    text += ": ";
+    text += reason;
+  }
+  WardenLog::Write(WardenLog::kFailure, text);
+}
+
+CredentialOutcome Failed(std::string_view what) {
+  WardenLog::Write(WardenLog::kFailure, "Warden: the credential program " + std::string(what));
+  return CredentialOutcome::Failed;
+}
+
+CredentialOutcome TakeCredentials(const CredentialMessage& reply, Credentials& credentials) {
+  const std::string_view userName = reply.Get(Words::kUserName);
+  if (userName.empty() || HasControlCharacter(userName)) return Failed("gave no user name");
+  credentials.userName = userName;
+  credentials.password = Secret(reply.Get(Words::kPassword));
+  credentials.code = Secret(reply.Get(Words::kCode));
+  credentials.isStored = reply.Get(Words::kSource) == Words::kStored;
+  credentials.remember = reply.Get(Words::kRemember) == Words::kYes;
+  WardenLog::Write(WardenLog::kProgress, credentials.isStored ? "Warden: using the stored credential"
+                                                              : "Warden: the user gave a credential");
+  return CredentialOutcome::Given;
+}
+
+}  // namespace
+
+CredentialProgram::CredentialProgram(std::filesystem::path program, const Cancellation& cancellation)
+    : program_(std::move(program)), cancellation_(cancellation) {}
+
+CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Credentials& credentials) const {
+  CredentialMessage request;
+  const std::string_view place = question.isGateway ? Words::kPlaceGateway : Words::kPlaceStore;
+  if (!SetKey(request, question.key) || !request.Set(Words::kPlace, place) ||
+      !request.Set(Words::kAuthentication, AuthenticationWord(question.authentication)) ||
+      !request.Set(Words::kRejected, question.wasRejected ? Words::kYes : Words::kNo)) {
+    return Failed("cannot be asked for this realm");
+  }
+  const std::optional<CredentialMessage> reply = Exchange(Words::kGet, request, kNoLimit);
+  if (!reply) return cancellation_.Requested() ? CredentialOutcome::Interrupted : Failed("did not answer");
+  LogSecretService(*reply);
+
+  const std::string_view status = reply->Get(Words::kStatus);
+  if (status == Words::kOK) return TakeCredentials(*reply, credentials);
+  if (status == Words::kCancelled) {
+    return cancellation_.Requested() ? CredentialOutcome::Interrupted : CredentialOutcome::Cancelled;
+  }
+  if (status == Words::kNoTerminal) {
+    WardenLog::Write(WardenLog::kFailure, "Warden: no terminal to ask the user for a credential on");
+    return CredentialOutcome::NobodyToAsk;
+  }
+  return Failed("reports a failure");
+}
+
+void CredentialProgram::Store(const CredentialKey& key, const Credentials& credentials) const {
+  Change(Words::kStore, key, credentials);
+}
+
+void CredentialProgram::Erase(const CredentialKey& key, const Credentials& credentials) const {
+  Change(Words::kErase, key, credentials);
+}
+
+void CredentialProgram::Change(std::string_view action, const CredentialKey& key,
+                               const Credentials& credentials) const {
+  const bool stores = action == Words::kStore;
+  CredentialMessage request;
+  const bool isComplete = SetKey(request, key) && request.Set(Words::kUserName, credentials.userName) &&
+                          (!stores || request.Set(Words::kPassword, credentials.password.View()));
+  std::optional<CredentialMessage> reply;
+  if (isComplete) reply = Exchange(action, request, kChangeLimitMilliseconds);
+  if (reply) LogSecretService(*reply);
+  const bool done = reply && reply->Get(Words::kStatus) == Words::kOK;
+  const std::string text = std::string("Warden: the credential for ") + key.protocol + "://" + key.host;
+  if (done) {
+    WardenLog::Write(WardenLog::kProgress, text + (stores ? " was stored" : " was rejected and is erased"));
+  } else {
+    WardenLog::Write(WardenLog::kFailure, text + (stores ? " could not be stored" : " could not be erased"));
+  }
+}
+
+std::optional<CredentialMessage> CredentialProgram::Exchange(std::string_view action,
+                                                             const CredentialMessage& request,
+                                                             int limitMilliseconds) const {
+  std::optional<HelperProcess> process = HelperProcess::Start(program_, {std::string(action)});
+  if (!process) {
+    WardenLog::Write(WardenLog::kFailure, "Warden: cannot start " + program_.string());
+    return std::nullopt;
+  }
+  CredentialConversation conversation(std::move(*process), request.Text(), cancellation_.Descriptor());
+  return conversation.AwaitReply(limitMilliseconds);
+}
+
+}  // namespace Warden

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Credentials.h"
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+class CredentialMessage;
+
+namespace Warden {
+
+class Cancellation;
+
+enum class CredentialOutcome {
+  Given,
+  Cancelled,    // by the user
+  Interrupted,  // by Cancellation
+  NobodyToAsk,  // no terminal
+  Failed        // the program cannot be started or does not keep to its convention
+};
+
+// Runs the credential program, once for each call. Any thread. What went wrong, a missing or locked Secret
+// Service too, is in the log.
+class CredentialProgram {
+ public:
+  // `cancellation` must outlive the object.
+  CredentialProgram(std::filesystem::path program, const Cancellation& cancellation);
+
+  // Blocks while the user is asked. `credentials` is set when they were given.
+  [[nodiscard]] CredentialOutcome Get(const CredentialQuestion& question, Credentials& credentials) const;
+
+  // At most ten seconds each.
+  void Store(const CredentialKey& key, const Credentials& credentials) const;
+  void Erase(const CredentialKey& key, const Credentials& credentials) const;
+
+ private:
+  [[nodiscard]] std::optional<CredentialMessage> Exchange(std::string_view action,
+                                                          const CredentialMessage& request,
+                                                          int limitMilliseconds) const;
+  void Change(std::string_view action, const CredentialKey& key, const Credentials& credentials) const;
+
+  std::filesystem::path program_;
+  const Cancellation& cancellation_;
+};
+
+}  // namespace Warden

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Secret.h"
+
+#include <cstdint>
+#include <string>
+#include <tuple>
+
+namespace Warden {
+
+// What a credential is good for: a server and a realm of it. UTF-8.
+struct CredentialKey {
+  std::string protocol;  // "https" or "http"
+  std::string host;      // host[:port], lower case, without the default port
+  std::string realm;     // as the server wrote it
+
+  bool operator==(const CredentialKey&) const = default;
+  bool operator<(const CredentialKey& other) const {
+    return std::tie(protocol, host, realm) < std::tie(other.protocol, other.host, other.realm);
+  }
+};
+
+struct Credentials {
+  std::string userName;
+  Secret password;
+  Secret code;  // good once, never stored
+  bool isStored = false;
+  bool remember = false;
+};
+
+struct CredentialQuestion {
+  CredentialKey key;
+  bool isGateway = false;
+  std::uint32_t authentication = 1;  // as in MorvaneWardenRoute
+  bool wasRejected = false;          // the stored credential, or the last answer, did not do
+};
+
+}  // namespace Warden

@@ -1,0 +1,23 @@
+#include "WardenLog.h"
+
+#include "SRLib/TextHelpers.h"
+
+#include <atomic>
+
+namespace WardenLog {
+namespace {
+
+std::atomic<MorvaneWardenLogFunction> g_function{nullptr};
+
+}  // namespace
+
+void SetFunction(MorvaneWardenLogFunction function) {
+  g_function = function;
+}
+
+void Write(int level, std::string_view message) {
+  const MorvaneWardenLogFunction function = g_function;
+  if (function != nullptr) function(level, util::widen(message).c_str());
+}
+
+}  // namespace WardenLog

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+// What the scripted credential program in a folder replies, and what it was asked.
+class ScriptedCredentials {
+ public:
+  // Keeps each request and gives the next reply to its action; "status=no-terminal" where there is none.
+  static const char* const kScript;
+
+  explicit ScriptedCredentials(std::filesystem::path folder) : folder_(std::move(folder)) {}
+  // Puts the script in the place of the folder's credential program.
+  void Install() const;
+
+  // The reply to the next "get" without one, its lines without the empty one.
+  void WillReply(const std::string& lines);
+  void WillGive(const std::string& userName, const std::string& password, const std::string& more = {});
+  // The next question stays open until its input closes.
+  void WillHold();
+  // Blocks until that question is open.
+  void WaitUntilHeld() const;
+
+  // The requests so far, as the action and the lines, each ended by a line feed.
+  [[nodiscard]] std::vector<std::string> Requests() const;
+  [[nodiscard]] std::vector<std::string> Actions() const;
+
+ private:
+  std::filesystem::path folder_;
+  int replies_ = 0;
+};
+
+}  // namespace testsupport

@@ -1,0 +1,82 @@
+#include "Url.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Warden::Url;
+
+std::string Text(const Url& url) {
+  return url.scheme + "://" + url.authority + url.target;
+}
+
+Url Parsed(const std::string& text) {
+  return Url::Parse(text, "https").value_or(Url());
+}
+
+std::string Through(const std::string& gateway, const std::string& store) {
+  const std::optional<Url> url = Warden::ThroughGateway(Parsed(gateway), Parsed(store));
+  return url ? Text(*url) : "none";
+}
+
+TEST(Url, KeepsAPlainUrlAsItIs) {
+  for (const char* text :
+       {"https://store.example/Example/Main/discovery", "http://store.example:8080/a?b=c&d",
+        "https://[::1]:444/x", "https://store.example/a%20b"}) {
+    EXPECT_EQ(Text(Parsed(text)), text);
+  }
+}
+
+TEST(Url, TakesTheGivenSchemeForATextWithoutOne) {
+  EXPECT_EQ(Text(Parsed("gateway.example")), "https://gateway.example/");
+  EXPECT_EQ(Text(Url::Parse("store.example/a://b", "http").value_or(Url())), "http://store.example/a://b");
+}
+
+TEST(Url, EncodesBlanksAndOtherLettersInTheTarget) {
+  EXPECT_EQ(Parsed("https://h/a b/\xC3\xBC").target, "/a%20b/%C3%BC");
+}
+
+TEST(Url, LeavesOutUserInformationAndFragment) {
+  EXPECT_EQ(Text(Parsed("https://user:pass@h/a#part")), "https://h/a");
+  EXPECT_EQ(Text(Parsed("https://h?x=1#part")), "https://h/?x=1");
+}
+
+TEST(Url, RefusesWhatIsNoWebAddress) {
+  for (const char* text : {"", "ftp://h/", "https://", "https:///path", "https://h:0/", "https://h:99999/",
+                           "https://h:8x/", "https://h/a\nb", "https://h\r\n/", "https://h i/"}) {
+    EXPECT_FALSE(Url::Parse(text, "https")) << text;
+  }
+}
+
+TEST(Url, NamesAServerInLowerCaseWithoutItsDefaultPort) {
+  EXPECT_EQ(Parsed("HTTPS://Store.Example:443/").ServerKey(), "store.example");
+  EXPECT_EQ(Parsed("https://store.example:80/").ServerKey(), "store.example:80");
+  EXPECT_EQ(Parsed("http://store.example:80/").ServerKey(), "store.example");
+  EXPECT_EQ(Parsed("https://[::1]:443/").ServerKey(), "[::1]");
+}
+
+TEST(Url, NamesTheHostWithoutPortAndBrackets) {
+  EXPECT_EQ(Parsed("https://store.example:8443/").Host(), "store.example");
+  EXPECT_EQ(Parsed("https://[::1]:8443/").Host(), "::1");
+}
+
+TEST(Url, RequestsATargetWithoutDotSegments) {
+  EXPECT_EQ(Parsed("https://h/a/../b/./c?d=../e").RequestTarget(), "/b/c?d=../e");
+  EXPECT_EQ(Parsed("https://h/a/..").RequestTarget(), "/");
+  EXPECT_EQ(Parsed("https://h/../../a/.").RequestTarget(), "/a/");
+  EXPECT_EQ(Parsed("https://h/a//b").RequestTarget(), "/a//b");
+}
+
+TEST(Url, GoesThroughAGatewayByItsRewritingScheme) {
+  EXPECT_EQ(Through("https://gw.example", "https://store.example:8443/a/b?c=d"),
+            "https://gw.example/https/store.example:8443/a/b?c=d");
+  EXPECT_EQ(Through("gw.example/", "http://store.example"), "https://gw.example/http/store.example/");
+  EXPECT_EQ(Through("http://gw.example:81/front//", "https://store.example/a"),
+            "http://gw.example:81/front/https/store.example/a");
+}
+
+TEST(Url, GoesThroughNoGatewayWithAQuery) {
+  EXPECT_EQ(Through("https://gw.example/?a=b", "https://store.example/"), "none");
+}
+
+}  // namespace

@@ -1,0 +1,123 @@
+#include "Answers.h"
+
+#include "CredentialStore.h"
+#include "LogOnPrompt.h"
+#include "Terminal.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace {
+
+namespace Words = CredentialWords;
+using State = CredentialStore::State;
+
+// Whether the reply is complete: a value with a line feed or a NUL cannot be sent.
+CredentialMessage WithStatus(CredentialMessage reply, std::string_view status) {
+  static_cast<void>(reply.Set(Words::kStatus, status));
+  return reply;
+}
+
+std::string_view WordFor(State state) {
+  switch (state) {
+    case State::Available:
+      return Words::kAvailable;
+    case State::Missing:
+      return Words::kMissing;
+    case State::Locked:
+      return Words::kLocked;
+    case State::Failed:
+      break;
+  }
+  return Words::kFailed;
+}
+
+void Describe(const CredentialStore& store, CredentialMessage& reply) {
+  std::string reason = store.Reason();
+  std::replace(reason.begin(), reason.end(), '\n', ' ');
+  static_cast<void>(reply.Set(Words::kSecretService, WordFor(store.ServiceState())));
+  if (!reason.empty()) static_cast<void>(reply.Set(Words::kReason, reason));
+}
+
+CredentialStore::Place PlaceOf(const CredentialMessage& request) {
+  return {std::string(request.Get(Words::kProtocol)), std::string(request.Get(Words::kHost)),
+          std::string(request.Get(Words::kRealm))};
+}
+
+bool NeedsCode(std::string_view authentication) {
+  return authentication == Words::kRSA || authentication == Words::kDomainAndRSA ||
+         authentication == Words::kSMS;
+}
+
+CredentialMessage Given(CredentialMessage reply, std::string_view source, const LogOn& logOn) {
+  const bool isSendable = reply.Set(Words::kSource, source) && reply.Set(Words::kUserName, logOn.userName) &&
+                          reply.Set(Words::kPassword, logOn.password.View()) &&
+                          reply.Set(Words::kCode, logOn.code.View()) &&
+                          reply.Set(Words::kRemember, logOn.remember ? Words::kYes : Words::kNo);
+  if (isSendable) return WithStatus(std::move(reply), Words::kOK);
+  CredentialMessage failure;
+  return WithStatus(std::move(failure), Words::kFailed);
+}
+
+CredentialMessage AnswerGet(const CredentialMessage& request, int interruption) {
+  const CredentialStore::Place place = PlaceOf(request);
+  const bool wasRejected = request.Get(Words::kRejected) == Words::kYes;
+  CredentialStore store;
+  // A rejected one is looked up as well: that tells whether the next one can be kept.
+  std::optional<CredentialStore::Login> stored = store.Find(place);
+  if (wasRejected) stored.reset();
+  CredentialMessage reply;
+  Describe(store, reply);
+
+  LogOnQuestion question;
+  question.needsCode = NeedsCode(request.Get(Words::kAuthentication));
+  if (stored && !question.needsCode) {
+    const LogOn known{std::move(stored->userName), std::move(stored->password), {}, false};
+    return Given(std::move(reply), Words::kStored, known);
+  }
+  const std::string server = place.protocol + "://" + place.host;
+  question.server = server;
+  question.realm = place.realm;
+  question.isGateway = request.Get(Words::kPlace) == Words::kPlaceGateway;
+  question.wasRejected = wasRejected;
+  question.canRemember = store.ServiceState() == State::Available;
+  if (stored) question.knownUserName = stored->userName;
+
+  std::optional<Terminal> terminal = Terminal::Open(interruption);
+  if (!terminal) return WithStatus(std::move(reply), Words::kNoTerminal);
+  std::optional<LogOn> logOn;
+  if (terminal->TakeTurn()) logOn = AskToLogOn(*terminal, question);
+  if (!logOn) return WithStatus(std::move(reply), Words::kCancelled);
+  if (stored) logOn->password = std::move(stored->password);
+  return Given(std::move(reply), stored ? Words::kStored : Words::kAsked, *logOn);
+}
+
+CredentialMessage AnswerStore(const CredentialMessage& request) {
+  CredentialStore store;
+  const CredentialStore::Login login{std::string(request.Get(Words::kUserName)),
+                                     Secret(request.Get(Words::kPassword))};
+  const bool done = store.Store(PlaceOf(request), login);
+  CredentialMessage reply;
+  Describe(store, reply);
+  return WithStatus(std::move(reply), done ? Words::kOK : Words::kFailed);
+}
+
+CredentialMessage AnswerErase(const CredentialMessage& request) {
+  CredentialStore store;
+  const bool done = store.Erase(PlaceOf(request), std::string(request.Get(Words::kUserName)));
+  CredentialMessage reply;
+  Describe(store, reply);
+  return WithStatus(std::move(reply), done ? Words::kOK : Words::kFailed);
+}
+
+}  // namespace
+
+CredentialMessage AnswerTo(std::string_view action, const CredentialMessage& request, int interruption) {
+  const bool namesPlace = !request.Get(Words::kProtocol).empty() && !request.Get(Words::kHost).empty();
+  const bool namesUser = !request.Get(Words::kUserName).empty();
+  if (namesPlace && action == Words::kGet) return AnswerGet(request, interruption);
+  if (namesPlace && namesUser && action == Words::kStore) return AnswerStore(request);
+  if (namesPlace && namesUser && action == Words::kErase) return AnswerErase(request);
+  return WithStatus({}, Words::kBadRequest);
+}

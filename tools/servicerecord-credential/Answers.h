@@ -1,0 +1,10 @@
+#pragma once
+
+#include "CredentialMessage.h"
+
+#include <string_view>
+
+// The reply to a request. `action` is "get", "store" or "erase"; anything else, and a request that lacks
+// something, is a bad request. `interruption` ends a question to the user when it becomes readable.
+[[nodiscard]] CredentialMessage AnswerTo(std::string_view action, const CredentialMessage& request,
+                                         int interruption);

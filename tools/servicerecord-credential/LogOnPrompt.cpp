@@ -1,0 +1,98 @@
+#include "LogOnPrompt.h"
+
+#include "SRLib/TextHelpers.h"
+#include "Terminal.h"
+#include "TerminalText.h"
+
+#include <string.h>
+
+#include <array>
+#include <cstddef>
+
+namespace {
+
+constexpr std::size_t kLongestText = 200;
+constexpr std::size_t kLongestAnswer = 1024;
+constexpr std::string_view kUserName = "  User name (empty to cancel): ";
+constexpr std::string_view kPassword = "  Password: ";
+constexpr std::string_view kCode = "  Code: ";
+constexpr std::string_view kRemember = "  Keep user name and password for the next time? [y/N] ";
+
+bool IsFit(std::string_view text) {
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 0x20 || byte == 0x7F) return false;
+  }
+  return util::IsUTF8(text);
+}
+
+std::optional<Secret> AskFor(Terminal& terminal, std::string_view question, Terminal::Echo echo) {
+  std::array<char, kLongestAnswer> answer{};
+  std::optional<Secret> fit;
+  while (const std::optional<std::size_t> length = terminal.Ask(question, answer, echo)) {
+    const std::string_view text(answer.data(), *length);
+    if (IsFit(text)) {
+      fit.emplace(text);
+      break;
+    }
+    if (!terminal.Print("  That holds a character that cannot be sent.\n")) break;
+  }
+  ::explicit_bzero(answer.data(), answer.size());
+  return fit;
+}
+
+std::string Shown(std::string_view text, std::size_t columns) {
+  const std::string clean = TerminalText::SingleBlanks(TerminalText::OneLine(text, kLongestText));
+  return TerminalText::Indented(clean, columns) + "\n";
+}
+
+std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
+  std::string text =
+      question.isGateway ? "\nA gateway asks you to log on:\n\n" : "\nA store asks you to log on:\n\n";
+  text += Shown(question.server, columns);
+  if (!question.realm.empty())
+    text += "\nIt calls what the password is for:\n\n" + Shown(question.realm, columns);
+  if (question.wasRejected) text += "\nThe last answer was not accepted.\n";
+  if (!question.knownUserName.empty()) {
+    text += "\nYour user name and password are known, a new code is needed:\n\n" +
+            Shown(question.knownUserName, columns);
+  }
+  return text + "\n";
+}
+
+bool AskForUserName(Terminal& terminal, LogOn& answer) {
+  const std::optional<Secret> name = AskFor(terminal, kUserName, Terminal::Echo::On);
+  if (name) answer.userName = util::Trimmed(name->View());
+  return !answer.userName.empty();
+}
+
+bool AskForPassword(Terminal& terminal, LogOn& answer) {
+  std::optional<Secret> password = AskFor(terminal, kPassword, Terminal::Echo::Off);
+  if (password) answer.password = std::move(*password);
+  return password.has_value();
+}
+
+bool AskForCode(Terminal& terminal, LogOn& answer) {
+  const std::optional<Secret> code = AskFor(terminal, kCode, Terminal::Echo::Off);
+  if (code) answer.code = Secret(util::Trimmed(code->View()));
+  return !answer.code.IsEmpty();
+}
+
+}  // namespace
+
+std::optional<LogOn> AskToLogOn(Terminal& terminal, const LogOnQuestion& question) {
+  terminal.Forget();
+  LogOn answer;
+  answer.userName = question.knownUserName;
+  const bool isKnown = !answer.userName.empty();
+  const bool isAnswered =
+      terminal.Print(Introduction(question, terminal.Columns())) &&
+      (isKnown || (AskForUserName(terminal, answer) && AskForPassword(terminal, answer))) &&
+      (!question.needsCode || AskForCode(terminal, answer));
+  if (!isAnswered) {
+    terminal.Print("\nLog-on cancelled.\n");
+    return std::nullopt;
+  }
+  answer.remember = question.canRemember && !isKnown && terminal.Confirm(kRemember);
+  return answer;
+}

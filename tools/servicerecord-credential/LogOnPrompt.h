@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Secret.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+class Terminal;
+
+// What the user is asked to log on with. The texts come from a server and are made fit for the terminal.
+struct LogOnQuestion {
+  std::string_view server;  // protocol://host
+  std::string_view realm;
+  bool isGateway = false;
+  bool wasRejected = false;  // the last answer was not accepted
+  bool needsCode = false;
+  bool canRemember = false;
+  std::string_view knownUserName;  // not empty: only the code is asked for
+};
+
+struct LogOn {
+  std::string userName;  // as known, where it was known
+  Secret password;       // empty where the user name was known
+  Secret code;
+  bool remember = false;
+};
+
+// Asks on the terminal, which has taken its turn. Nothing when the user cancels: an empty user name or code,
+// or the end of the input.
+[[nodiscard]] std::optional<LogOn> AskToLogOn(Terminal& terminal, const LogOnQuestion& question);

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "CredentialMessage.h"
+
+#include <optional>
+
+// Blocks until a whole message has come in, or the interruption. Nothing when the input ends before, or holds
+// no message.
+[[nodiscard]] std::optional<CredentialMessage> ReadRequest(int input, int interruption);
