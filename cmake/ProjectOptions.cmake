@@ -12,6 +12,7 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+add_link_options(-Wl,--as-needed)
 if(SR_SANITIZE)
   add_compile_options(-fsanitize=${SR_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SR_SANITIZE})

@@ -203,6 +203,64 @@ bool SRProvider::VerifyServer(SRStore& store, const std::wstring& url, const std
   return true;
 }
 
+void SRProvider::OutboundDSConfirm(StoreMap& stores, bool& updated) {
+  SR_TRACE(0) << "-> Outbound SR DS confirmation started";
+  updated = false;
+  std::wstring document;
+  std::vector<std::wstring> documents;
+  bool canceled = false;  // for all stores together: deliberately not cleared before each of them
+  for (auto& [id, store] : stores) {
+    if (VerifyDSTrust(store, document, canceled)) {
+      SR_TRACE(0) << "...DS trust verification succeded for store: " << store.GetStoreID();
+      SR_TRACE(0) << "...Received DiscoveryDocument: " << document;
+      documents.push_back(std::move(document));
+      document.clear();
+    } else if (canceled) {
+      SR_TRACE(0) << "...DS trust verification was canceled by user for store: " << store.GetStoreID();
+    } else {
+      SR_TRACE(0) << "...DS trust verification failed for store: " << store.GetStoreID();
+    }
+  }
+  if (!documents.empty()) {
+    const CriticalSectionLock lock(*lock_);
+    MergeDiscoveryDocs(stores, documents, updated);
+    if (updated) SaveAndPublish();
+  }
+  SR_TRACE(0) << "<- Outbound DS confirmation finished";
+}
+
+bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled) {
+  std::wstring response;
+  if (!MakeConnection(store, response, canceled)) {
+    if (!canceled) {
+      Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle),
+                                        util::MessageFromResourceW(util::kMessageDiscoveryConnectionFailed));
+    }
+    return false;
+  }
+  if (response.find(L"<Discovery") != std::wstring::npos) {
+    discoveryDocument = std::move(response);
+    return true;
+  }
+  Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle),
+                                    util::MessageFromResourceW(util::kMessageNotADiscoveryDocument));
+  return false;
+}
+
+void SRProvider::MergeDiscoveryDocs(const StoreMap& /*stores*/, const std::vector<std::wstring>& documents,
+                                    bool& updated) {
+  updated = false;
+  if (documents.empty()) return;
+  SRXMLProvider provider;
+  for (const std::wstring& document : documents) {
+    StoreMap confirmed = provider.Parse(document);
+    if (confirmed.empty()) continue;
+    bool changed = false;
+    MergeStores(confirmed, true, changed);
+    if (changed) updated = true;
+  }
+}
+
 namespace {
 
 constexpr wchar_t kDiscoverySuffix[] = L"/discovery";

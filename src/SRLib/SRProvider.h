@@ -64,6 +64,20 @@ class SRProvider {
   bool VerifyServer(SRStore& store, const std::wstring& url, const std::wstring& secondUrl,
                     SSLValidationDetails& details);
 
+  // Asks each accepted store for its own discovery document and merges what these say as confirmed by the
+  // discovery service; a cancelled or failed store does not keep the others from it. `updated` tells whether
+  // the list changed, which is saved and published then.
+  void OutboundDSConfirm(StoreMap& stores, bool& updated);
+  // Whether the store answered with a discovery document, which is then in `discoveryDocument`. The user is
+  // told of a failure; one that the user brought about by cancelling sets `canceled`.
+  bool VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled);
+  // Merges the stores of the documents, not `stores`. The caller holds the lock, saves and publishes.
+  void MergeDiscoveryDocs(const StoreMap& stores, const std::vector<std::wstring>& documents, bool& updated);
+  // Fetches the store's discovery response, from the store itself or through its gateway, as the network
+  // location demands. Blocks: up to two minutes until the location is known, then for the requests and for
+  // what the user is asked. `canceled` is only touched when a request goes through the authentication manager.
+  bool MakeConnection(SRStore& store, std::wstring& response, bool& canceled);
+
   // Finds the store that a URL points at: by the whole address, by the address cut back segment by segment,
   // by host and port. `store` is untouched when there is none.
   bool GetStoreFromURL(const std::wstring& url, SRStore& store) const;

@@ -1,6 +1,8 @@
 #include "agent/AgentTest.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 using testsupport::StoreText;
 using testsupport::TestAuthority;
@@ -20,7 +22,16 @@ StoreText AgentTest::Store(const std::string& id, const std::string& name) const
           .externalBeacons = {url + "/external"}};
 }
 
+void AgentTest::Serve(const StoreText& store, const std::string& content) const {
+  const std::string address = server_.Address("https") + "/";
+  if (!store.url.starts_with(address)) return;
+  const std::filesystem::path document = server_.Document(store.url.substr(address.size()));
+  std::filesystem::create_directories(document.parent_path());
+  std::ofstream(document) << content;
+}
+
 std::string AgentTest::OpenableFile(const std::string& name, const std::vector<StoreText>& stores) {
+  for (const StoreText& store : stores) Serve(store, testsupport::DiscoveryDocument({store}));
   return agent_.Write(name, testsupport::ServiceRecordDocument(stores)).string();
 }
 

@@ -20,8 +20,12 @@ class AgentTest : public testing::Test {
 
   // A store whose server is the trusted one, with two gateways of which the second is the default.
   [[nodiscard]] testsupport::StoreText Store(const std::string& id, const std::string& name) const;
+  // A file with these stores, whose discovery documents say the same from then on.
   [[nodiscard]] std::string OpenableFile(const std::string& name,
                                          const std::vector<testsupport::StoreText>& stores);
+
+  // What the server answers at the store's URL.
+  void Serve(const testsupport::StoreText& store, const std::string& content) const;
 
   // Hands the file to the agent and waits until it has been handled.
   void Open(const std::string& file);

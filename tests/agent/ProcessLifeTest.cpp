@@ -13,7 +13,8 @@ namespace {
 class ProcessLife : public AgentTest {};
 
 TEST_F(ProcessLife, TheBusStartsTheAgentForEitherName) {
-  EXPECT_EQ(agent_.Bus().Beacons("checkLocationForStore", {"https://localhost/x"}), 0);
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {"https://localhost/x"}),
+            nlohmann::json::object());
   EXPECT_TRUE(agent_.Bus().HasOwner("com.morvane.ServiceRecords"));
   agent_.EndActivated();
   EXPECT_EQ(agent_.Bus().ServiceRecords("allStores"), nlohmann::json::array());

@@ -152,12 +152,22 @@ TEST_F(ServiceCalls, AStoreWithoutADefaultMarkAnswersWithItsFirstGateway) {
   EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {store.url})["GatewayName"], "Branch");
 }
 
-TEST_F(ServiceCalls, TheLocationIsStillBeingDecided) {
-  EXPECT_EQ(agent_.Bus().Beacons("checkLocationForStore", {"https://localhost/x"}), 0);
-  EXPECT_THAT(agent_.LogMessages(),
-              testing::IsSupersetOf({"[+] MrvBeaconSvr::checkLocationForStore (https://localhost/x)",
-                                     "[-] MrvBeaconSvr::checkLocationForStore (NETWORK_LOCATION_DECIDING)"}));
-  EXPECT_TRUE(agent_.Bus().Beacons("networkReachabilityFlags").is_number_unsigned());
+TEST_F(ServiceCalls, AnUnknownStoreIsOutsideWhereThereIsANetworkAndElsewhereNowhere) {
+  const bool hasNetwork = (agent_.Bus().Beacons("networkReachabilityFlags").get<std::uint32_t>() & 2U) != 0;
+  const std::string name = hasNetwork ? "NETWORK_LOCATION_OUTSIDE" : "NETWORK_LOCATION_NONE";
+  EXPECT_EQ(agent_.Bus().Beacons("checkLocationForStore", {"https://localhost/x"}), hasNetwork ? 2 : 3);
+  EXPECT_THAT(
+      agent_.LogMessages(),
+      testing::IsSupersetOf({std::string("[+] MrvBeaconSvr::checkLocationForStore (https://localhost/x)"),
+                             "[-] MrvBeaconSvr::checkLocationForStore (" + name + ")"}));
+}
+
+TEST_F(ServiceCalls, TheLocationOfAStoreIsDecidedByItsBeacons) {
+  const auto store = Store("s1", "One");
+  Discover({store});
+  ASSERT_TRUE(agent_.Bus().WaitUntil(
+      [&] { return agent_.Bus().Beacons("checkLocationForStore", {store.url}) != 0; }));
+  EXPECT_EQ(agent_.Bus().Beacons("checkLocationForStore", {store.url}), 1);
 }
 
 TEST_F(ServiceCalls, IntrospectionEqualsTheShippedInterfaceFiles) {

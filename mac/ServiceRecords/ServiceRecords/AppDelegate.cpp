@@ -15,6 +15,7 @@
 #include "ServiceRecordsBusObject.h"
 #include "SystemLog.h"
 #include "TerminationEvent.h"
+#include "libs/Warden_SDK/MorvaneWarden.h"
 
 #include <unistd.h>
 
@@ -153,6 +154,7 @@ void AppDelegate::loggingConfigurationDidChange() {
 
 void AppDelegate::Finish(int status) {
   TerminationEvent::Request();  // also when the loop ended for another reason: a lost bus
+  MorvaneWarden_CancelRequests();
   if (!tasks_.WaitForAll(kTimeToFinish)) {
     // Inside the lock no save is under way, and none will begin before the process is gone.
     ServiceRecords::SRProvider::Instance().WhileLocked([status] { ::_exit(status); });

@@ -1,11 +1,15 @@
 #include "SRLib/DocumentSize.h"
 #include "SRLib/TextHelpers.h"
+#include "SRLib/Waiting.h"
+#include "TerminationEvent.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
 
 namespace util {
@@ -129,6 +133,18 @@ bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
   if (regular) text = widen(ReadDocument(file));
   ::close(file);
   return regular;
+}
+
+bool WaitOneSecond() {
+  using std::chrono::steady_clock;
+  const auto end = steady_clock::now() + std::chrono::seconds(1);
+  // Rounded up, or the last part of the second would be spent in a busy loop.
+  for (auto left = end - steady_clock::now(); left.count() > 0; left = end - steady_clock::now()) {
+    pollfd termination{TerminationEvent::Descriptor(), POLLIN, 0};
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
+    if (::poll(&termination, 1, static_cast<int>(milliseconds)) > 0) return false;
+  }
+  return true;
 }
 
 }  // namespace util

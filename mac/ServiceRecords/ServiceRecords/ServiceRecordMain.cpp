@@ -8,6 +8,8 @@
 #include "MainLoop.h"
 #include "SRLib/SRProvider.h"
 #include "SRLib/TextHelpers.h"
+#include "SRLib/Trace.h"
+#include "libs/Warden_SDK/MorvaneWarden.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 using namespace ServiceRecords;
@@ -19,6 +21,15 @@ std::function<void()>& ClientActivation() {
   return bringForward;
 }
 
+// On the location library's thread.
+void AnnounceLocation(const char* storeURL, std::uint32_t /*location*/) {
+  DistributedNotificationCenter::defaultCenter().postNotificationName(kLocationChangedNotification, storeURL);
+}
+
+void LogAuthentication(int level, const wchar_t* message) {
+  SR_TRACE(static_cast<std::uint32_t>(level)) << message;
+}
+
 }  // namespace
 
 void SetClientActivation(std::function<void()> bringForward) {
@@ -27,6 +38,8 @@ void SetClientActivation(std::function<void()> bringForward) {
 
 void ServiceRecordInit() {
   WFSetCustomLogFunc(ServiceRecordWFLogFunc);
+  WFSetLocationFunc(AnnounceLocation);
+  MorvaneWarden_SetLogFunction(LogAuthentication);
   ServiceRecordUpdateLoggingFromPrefs();
   MacSRHTTPRequestFactory::Init();
   MacSSLValidationFactory::Init();
@@ -37,6 +50,8 @@ bool ServiceRecordHandleFTA(const char* path) {
   StoreMap accepted;
   SRProvider::Instance().OutboundUserConfirm(util::widen(path), accepted);
   if (accepted.empty()) return false;
+  bool updated = false;  // the announcement does not depend on it
+  SRProvider::Instance().OutboundDSConfirm(accepted, updated);
   DistributedNotificationCenter::defaultCenter().postNotificationName(kStoresUpdatedNotification,
                                                                       kStoresUpdatedObject);
   MainLoop::Main().Post([] {

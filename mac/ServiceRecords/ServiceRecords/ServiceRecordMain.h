@@ -4,14 +4,16 @@
 
 inline constexpr char kStoresUpdatedNotification[] = "MRVServiceRecordStoresUpdated";
 inline constexpr char kStoresUpdatedObject[] = "MRVServiceRecord";
+// Its object is the URL of the store relative to which the machine's location has changed.
+inline constexpr char kLocationChangedNotification[] = "MRVNetworkLocationChanged";
 
 extern "C" {
 
-// Starts the core: the location library's log, the logging preference, the request and validation factories,
+// Starts the core: the two libraries' logs, the logging preference, the request and validation factories,
 // the notifications and with them the provider. Main thread, once.
 void ServiceRecordInit();
 
-// Handles one opened file from the user's confirmation to the announcement. `path` is UTF-8 and quoted. True
+// Handles one opened file: the user's confirmation, the discovery service's, the announcement. `path` is UTF-8 and quoted. True
 // when stores were accepted. Blocks in dialogs and network calls; not for the main thread.
 bool ServiceRecordHandleFTA(const char* path);
 }

@@ -1,0 +1,160 @@
+#include "SRLib/SRTrustedHTTPRequest.h"
+
+#include "SRLib/SRHTTPRequest.h"
+#include "SRLib/SRHTTPRequestFactory.h"
+#include "SRLib/Trace.h"
+
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+namespace ServiceRecords {
+namespace {
+
+constexpr std::int64_t kStatusOK = 200;
+constexpr std::wstring_view kLineEnd = L"\r\n";
+
+struct ConnectionDeleter {
+  void operator()(MorvaneWardenConnection* connection) const { MorvaneWarden_DestroyConnection(connection); }
+};
+struct ContextDeleter {
+  void operator()(MorvaneWardenRequestContext* context) const { MorvaneWarden_DestroyContext(context); }
+};
+struct TranslatedUrlDeleter {
+  void operator()(const wchar_t* url) const { MorvaneWarden_FreeTranslatedUrl(url); }
+};
+struct HeadersDeleter {
+  void operator()(const wchar_t* const* lines) const { MorvaneWarden_FreeHeaders(lines); }
+};
+using ConnectionPtr = std::unique_ptr<MorvaneWardenConnection, ConnectionDeleter>;
+using ContextPtr = std::unique_ptr<MorvaneWardenRequestContext, ContextDeleter>;
+using TranslatedUrlPtr = std::unique_ptr<const wchar_t, TranslatedUrlDeleter>;
+using HeadersPtr = std::unique_ptr<const wchar_t* const, HeadersDeleter>;
+
+// The library is initialised around each request, so requests must not overlap.
+class LibraryUse {
+ public:
+  LibraryUse() : lock_(Mutex()) { MorvaneWarden_Initialize(); }
+  ~LibraryUse() { MorvaneWarden_Uninitialize(); }
+  LibraryUse(const LibraryUse&) = delete;
+  LibraryUse& operator=(const LibraryUse&) = delete;
+
+ private:
+  static std::mutex& Mutex() {
+    static std::mutex mutex;
+    return mutex;
+  }
+
+  const std::lock_guard<std::mutex> lock_;
+};
+
+// A block of header lines for a request. It may hold credentials, so it is wiped at its end, and takes its
+// memory once, so that no earlier copy of it stays behind.
+class HeaderBlock {
+ public:
+  explicit HeaderBlock(const wchar_t* const* lines) {
+    constexpr std::wstring_view kContentType = L"Content-Type: text/xml\r\n";
+    std::size_t size = kContentType.size();
+    for (auto line = lines; line != nullptr && *line != nullptr; ++line) {
+      size += std::wstring_view(*line).size() + kLineEnd.size();
+    }
+    text_.reserve(size);
+    text_ += kContentType;
+    for (auto line = lines; line != nullptr && *line != nullptr; ++line) text_.append(*line).append(kLineEnd);
+  }
+  ~HeaderBlock() { ::explicit_bzero(text_.data(), text_.size() * sizeof(wchar_t)); }
+  HeaderBlock(const HeaderBlock&) = delete;
+  HeaderBlock& operator=(const HeaderBlock&) = delete;
+
+  [[nodiscard]] const std::wstring& Text() const { return text_; }
+
+ private:
+  std::wstring text_;
+};
+
+// The lines of a raw response header, each without its line end. False, and no lines, when the last one has
+// no end.
+bool SplitLines(std::wstring_view rawHeader, std::vector<std::wstring>& lines) {
+  while (!rawHeader.empty()) {
+    const std::size_t end = rawHeader.find(kLineEnd);
+    if (end == std::wstring_view::npos) {
+      lines.clear();
+      return false;
+    }
+    lines.emplace_back(rawHeader.substr(0, end));
+    rawHeader.remove_prefix(end + kLineEnd.size());
+  }
+  return true;
+}
+
+void Report(MorvaneWardenRequestContext* context, const SRHTTPRequest& request, const wchar_t* url) {
+  std::vector<std::wstring> lines;
+  if (!SplitLines(request.GetRawHeader(), lines)) SR_TRACE(2) << "Error extracting headers from " << url;
+  std::vector<const wchar_t*> list;
+  list.reserve(lines.size() + 1);
+  for (const std::wstring& line : lines) list.push_back(line.c_str());
+  list.push_back(nullptr);
+  MorvaneWarden_ReportHttpResponse(context, request.GetStatus(), list.data());
+}
+
+// Sends the prepared request and reports its answer. The answer's status.
+std::int64_t SendPrepared(MorvaneWardenRequestContext* context, std::wstring& response) {
+  const wchar_t* url = nullptr;
+  const wchar_t* const* lines = nullptr;
+  MorvaneWarden_GetTranslatedUrl(context, &url);
+  const TranslatedUrlPtr ownedUrl(url);
+  MorvaneWarden_GetHeaders(context, &lines);
+  const HeadersPtr ownedLines(lines);
+  const std::wstring address = url == nullptr ? L"" : url;
+  const std::unique_ptr<SRHTTPRequest> request = SRHTTPRequestFactory::c_Instance->Create(address);
+  request->SendHTTPRequest(HeaderBlock(lines).Text());
+  response = request->GetBody();
+  Report(context, *request, address.c_str());
+  return request->GetStatus();
+}
+
+ContextPtr CreateContext(MorvaneWardenConnection* connection, const SRWardenRequest_Data& data) {
+  MorvaneWardenRequestContext* context = nullptr;
+  MorvaneWarden_CreateRequestContext(connection, data.StoreURL.c_str(), MORVANE_WARDEN_REQUEST_GET, &context);
+  ContextPtr owned(context);
+  if (data.Route.GatewayLocation != nullptr) MorvaneWarden_ForceRoute(context, &data.Route);
+  return owned;
+}
+
+ConnectionPtr CreateConnection() {
+  MorvaneWardenConnection* connection = nullptr;
+  MorvaneWarden_CreateConnection(L"ServiceRecord Trust", 0, 0, &connection);
+  return ConnectionPtr(connection);
+}
+
+}  // namespace
+
+bool SRTrustedHTTPRequest::MakeRequest(const SRWardenRequest_Data& data, std::wstring& response,
+                                       bool& canceled) {
+  constexpr const char* kSignature = __PRETTY_FUNCTION__;
+  SR_TRACE(0) << "[+] " << kSignature;
+  response.clear();
+  canceled = false;
+  bool succeeded = false;
+  {
+    const LibraryUse library;
+    const ConnectionPtr connection = CreateConnection();
+    const ContextPtr context = CreateContext(connection.get(), data);
+    while (!succeeded) {
+      std::uint32_t action = 0;
+      MorvaneWarden_Prepare2(context.get(), &action);
+      if (action != MORVANE_WARDEN_ACTION_SEND) {
+        SR_TRACE(2) << "[*] " << kSignature << ": MorvaneWarden_Prepare2 returned error " << action;
+        canceled = action == MORVANE_WARDEN_ACTION_CANCELLED;
+        break;
+      }
+      succeeded = SendPrepared(context.get(), response) == kStatusOK;
+    }
+  }
+  SR_TRACE(0) << "[-] " << kSignature;
+  return succeeded;
+}
+
+}  // namespace ServiceRecords

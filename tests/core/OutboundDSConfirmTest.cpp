@@ -1,0 +1,195 @@
+#include "SRLib/SRRegistryConfig.h"
+#include "core/ProviderTest.h"
+#include "fakes/DrivenClock.h"
+#include "fakes/FakeWarden.h"
+#include "fakes/StubHTTPRequestFactory.h"
+#include "fakes/StubNetworkLocation.h"
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace std::string_literals;
+using namespace testsupport;
+
+class OutboundDSConfirmTest : public ProviderTest {
+ protected:
+  OutboundDSConfirmTest() { AnswerLocationWith(1); }
+  ~OutboundDSConfirmTest() override { AnswerLocationWith(2); }
+
+  static std::wstring Address(const std::wstring& id) {
+    return L"https://" + id + L".example/store/discovery";
+  }
+  static SRStore Accepted(const std::wstring& id) { return Store(id, Address(id)); }
+  // The discovery document of one store, with a gateway and beacons.
+  static std::wstring Document(const std::wstring& id) {
+    return DiscoveryDocument(Service(id,
+                                     L"<Gateways>" + GatewayElement(L"gw") +
+                                         L"</Gateways><Internal><Beacon>https://in</Beacon></Internal>",
+                                     InServiceRecordNamespace()));
+  }
+
+  // Whether the flow says that the list changed.
+  bool Confirm(StoreMap accepted) {
+    bool updated = true;
+    provider_.OutboundDSConfirm(accepted, updated);
+    return updated;
+  }
+  bool Verify(const std::wstring& id) {
+    SRStore store = Accepted(id);
+    return provider_.VerifyDSTrust(store, document_, canceled_);
+  }
+
+  void ExpectError(const std::wstring& message) {
+    EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1600"s, message));
+  }
+
+  DrivenClock clock_;
+  StubHTTPRequestFactory server_;
+  std::wstring document_ = L"before";
+  bool canceled_ = false;
+  const std::string started_ = "-> Outbound SR DS confirmation started";
+  const std::string finished_ = "<- Outbound DS confirmation finished";
+};
+
+TEST_F(OutboundDSConfirmTest, NoStoresLeaveOnlyTheFirstAndTheLastRecord) {
+  EXPECT_FALSE(Confirm({}));
+  EXPECT_EQ(CapturedTrace::Records(),
+            (Records{{0, "SRProvider.cpp", started_}, {0, "SRProvider.cpp", finished_}}));
+  EXPECT_FALSE(WasSaved());
+}
+
+TEST_F(OutboundDSConfirmTest, AConfirmedStoreIsMergedSavedAndPublishedOnceUnderTheLock) {
+  Hold({Accepted(L"s")});
+  server_.Answer(Address(L"s"), Document(L"s"));
+  EXPECT_TRUE(Confirm(Map({Accepted(L"s")})));
+  const auto publications = RecordedPublications::All();
+  ASSERT_EQ(publications.size(), 1U);
+  EXPECT_TRUE(publications.front().insideCriticalSection);
+  for (const StoreMap& stores : {provider_.GetStores(), SRRegistryConfig().RestoreStores()}) {
+    EXPECT_TRUE(stores.at(L"s").GetGateways().front().GetTrustedByDS());
+    EXPECT_TRUE(stores.at(L"s").Beacons(BeaconType::Internal).front().GetDSConfirmed());
+  }
+  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification succeded for store: s",
+                                    "...Received DiscoveryDocument: " + Narrow(Document(L"s")), finished_}));
+}
+
+TEST_F(OutboundDSConfirmTest, TheRequestsAreMadeOutsideTheLockInKeyOrder) {
+  server_.Answer(Address(L"a"), Document(L"a"));
+  server_.Answer(Address(L"b"), Document(L"b"));
+  EXPECT_TRUE(Confirm(Map({Accepted(L"b"), Accepted(L"a")})));
+  EXPECT_FALSE(server_.SentInsideCriticalSection());
+  EXPECT_EQ(server_.Sent(), (std::vector<SentRequest>{{Address(L"a"), L""}, {Address(L"b"), L""}}));
+  EXPECT_EQ(RecordedPublications::All().size(), 1U);
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"b"}));
+}
+
+TEST_F(OutboundDSConfirmTest, WhatTheDocumentDescribesIsMergedNotTheStoreThatWasAsked) {
+  server_.Answer(Address(L"asked"), Document(L"described"));
+  EXPECT_TRUE(Confirm(Map({Accepted(L"asked")})));
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"described"}));
+}
+
+TEST_F(OutboundDSConfirmTest, AStoreAlreadyHeldIsMergedWithoutTheReplaceDialog) {
+  Hold({Store(L"s", L"https://old")});
+  server_.Answer(Address(L"s"), Document(L"s"));
+  EXPECT_TRUE(Confirm(Map({Accepted(L"s")})));
+  EXPECT_EQ(provider_.GetStores().at(L"s").GetStoreURL(), Address(L"s"));
+}
+
+TEST_F(OutboundDSConfirmTest, ACancelledStoreDoesNotKeepTheNextOneFromBeingConfirmed) {
+  AnswerLocationWith(2);
+  FakeWarden warden;
+  warden.EndWith(8);
+  warden.Send(Address(L"b"));
+  server_.Answer(Address(L"b"), Document(L"b"));
+  EXPECT_TRUE(Confirm(Map({Accepted(L"a"), Accepted(L"b")})));
+  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"b"}));
+  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification was canceled by user for store: a",
+                                    "...DS trust verification succeded for store: b",
+                                    "...Received DiscoveryDocument: " + Narrow(Document(L"b")), finished_}));
+}
+
+TEST_F(OutboundDSConfirmTest, AfterACancellationAFailureBeforeAnyRequestCountsAsCancelledToo) {
+  AnswerLocationWith(3);
+  AnswerLocationWith(2, Address(L"a"));
+  FakeWarden warden;
+  warden.EndWith(8);
+  EXPECT_FALSE(Confirm(Map({Accepted(L"a"), Accepted(L"b")})));
+  EXPECT_EQ(ProviderTexts(),
+            (Texts{started_, "...DS trust verification was canceled by user for store: a",
+                   "...DS trust verification was canceled by user for store: b", finished_}));
+}
+
+TEST_F(OutboundDSConfirmTest, TheAuthenticatedRequestClearsTheCancelledFlagItself) {
+  AnswerLocationWith(2);
+  FakeWarden warden;
+  warden.EndWith(8);
+  warden.EndWith(6);
+  ExpectError(L"message 1624");
+  EXPECT_FALSE(Confirm(Map({Accepted(L"a"), Accepted(L"b")})));
+  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification was canceled by user for store: a",
+                                    "...DS trust verification failed for store: b", finished_}));
+}
+
+TEST_F(OutboundDSConfirmTest, AFailedConnectionIsShownAndRecorded) {
+  ExpectError(L"message 1624");
+  EXPECT_FALSE(Confirm(Map({Accepted(L"s")})));
+  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification failed for store: s", finished_}));
+  EXPECT_FALSE(WasSaved());
+  EXPECT_TRUE(RecordedPublications::All().empty());
+}
+
+TEST_F(OutboundDSConfirmTest, AResponseIsTakenWholeWhateverStandsBeforeTheMarker) {
+  const std::wstring response = L"<?xml version=\"1.0\"?>\n  <!-- x --> <Discovery/> after";
+  server_.Answer(Address(L"s"), response);
+  EXPECT_TRUE(Verify(L"s"));
+  EXPECT_EQ(document_, response);
+}
+
+TEST_F(OutboundDSConfirmTest, AResponseWithTheMarkerInLowerCaseIsNoDiscoveryDocument) {
+  ExpectError(L"message 1616");
+  server_.Answer(Address(L"s"), L"<discovery/>");
+  EXPECT_FALSE(Verify(L"s"));
+  EXPECT_EQ(document_, L"before");
+  EXPECT_FALSE(canceled_);
+}
+
+TEST_F(OutboundDSConfirmTest, AnEmptyResponseIsNoDiscoveryDocument) {
+  ExpectError(L"message 1616");
+  server_.Answer(Address(L"s"), L"");
+  EXPECT_FALSE(Confirm(Map({Accepted(L"s")})));
+  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification failed for store: s", finished_}));
+}
+
+TEST_F(OutboundDSConfirmTest, ADocumentThatParsesToNothingChangesAndSavesNothing) {
+  Hold({Accepted(L"s")});
+  for (const wchar_t* document : {L"<Discovery", L"<Discovery/>", L"<p>&lt;<Discovery</p>"}) {
+    server_.Answer(Address(L"s"), document);
+    EXPECT_FALSE(Confirm(Map({Accepted(L"s")})));
+  }
+  EXPECT_FALSE(WasSaved());
+  EXPECT_TRUE(RecordedPublications::All().empty());
+}
+
+TEST_F(OutboundDSConfirmTest, AnUnreadableDocumentAmongOthersIsSkippedWithoutARecord) {
+  bool updated = false;
+  provider_.MergeDiscoveryDocs({}, {Document(L"a"), L"<Discovery", Document(L"b")}, updated);
+  EXPECT_TRUE(updated);
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"b"}));
+  EXPECT_TRUE(ProviderTexts().empty());
+}
+
+TEST_F(OutboundDSConfirmTest, ALaterUnreadableDocumentDoesNotUndoTheUpdate) {
+  bool updated = false;
+  provider_.MergeDiscoveryDocs({}, {Document(L"a"), L"<Discovery"}, updated);
+  EXPECT_TRUE(updated);
+}
+
+TEST_F(OutboundDSConfirmTest, WithoutDocumentsNothingIsUpdated) {
+  bool updated = true;
+  provider_.MergeDiscoveryDocs(Map({Accepted(L"s")}), {}, updated);
+  EXPECT_FALSE(updated);
+  EXPECT_TRUE(provider_.GetStores().empty());
+}
+
+}  // namespace

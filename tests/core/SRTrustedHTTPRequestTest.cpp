@@ -1,0 +1,152 @@
+#include "SRLib/SRTrustedHTTPRequest.h"
+#include "core/CoreTest.h"
+#include "fakes/FakeWarden.h"
+#include "fakes/StubHTTPRequestFactory.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace testsupport;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class SRTrustedHTTPRequestTest : public CoreTest {
+ protected:
+  bool MakeRequest() { return SRTrustedHTTPRequest::MakeRequest(data_, response_, canceled_); }
+
+  static Texts Traced() { return CapturedTrace::TextsFrom("SRTrustedHTTPRequest.cpp"); }
+
+  FakeWarden warden_;
+  StubHTTPRequestFactory server_;
+  SRWardenRequest_Data data_{L"https://store.example/discovery", {}};
+  std::wstring response_ = L"left over";
+  bool canceled_ = true;
+};
+
+TEST_F(SRTrustedHTTPRequestTest, AnAnsweredRequestTakesTheLibraryThroughItsLifeInOrder) {
+  warden_.Send(L"https://store.example/discovery");
+  server_.Answer(L"https://store.example/discovery", L"<Discovery/>");
+  EXPECT_TRUE(MakeRequest());
+  EXPECT_EQ(response_, L"<Discovery/>");
+  EXPECT_FALSE(canceled_);
+  EXPECT_EQ(warden_.Calls(),
+            (Texts{"Initialize", "CreateConnection 'ServiceRecord Trust' 0 0",
+                   "CreateRequestContext 'https://store.example/discovery' 3", "Prepare2", "GetTranslatedUrl",
+                   "GetHeaders", "ReportHttpResponse 200", "FreeHeaders", "FreeTranslatedUrl",
+                   "DestroyContext", "DestroyConnection", "Uninitialize"}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, ARouteIsForcedAsOneUnitWhenAGatewayLocationIsPresent) {
+  data_.Route = {L"gw", L"https://gw.example", 2, 3, 1};
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_THAT(warden_.Calls(),
+              ::testing::Contains("ForceRoute 'gw' 'https://gw.example' edition 2 authentication 3 mode 1"));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, AGatewayNameAloneForcesNoRoute) {
+  data_.Route.GatewayName = L"gw";
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_THAT(warden_.Calls(), ::testing::Not(::testing::Contains(StartsWith("ForceRoute"))));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, TheTranslatedUrlIsAskedWithTheContentTypeBeforeTheLibrarysLines) {
+  warden_.Send(L"https://gw.example/https/store.example/discovery", {L"Authorization: Basic eA==", L"X: 1"});
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_EQ(server_.Sent(),
+            (std::vector<SentRequest>{{L"https://gw.example/https/store.example/discovery",
+                                       L"Content-Type: text/xml\r\nAuthorization: Basic eA==\r\nX: 1\r\n"}}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, AChallengeIsReportedLineByLineAndTheNextRequestIsSent) {
+  warden_.Send(L"https://s/", {});
+  warden_.Send(L"https://s/", {L"Authorization: Basic eA=="});
+  server_.Answer(L"https://s/", {401, L"", L"WWW-Authenticate: Basic realm=\"r\"\r\nServer: x\r\n"});
+  server_.Answer(L"https://s/", L"<Discovery/>");
+  EXPECT_TRUE(MakeRequest());
+  EXPECT_EQ(response_, L"<Discovery/>");
+  EXPECT_EQ(warden_.PassCalls(),
+            (Texts{"Prepare2", "GetTranslatedUrl", "GetHeaders",
+                   R"(ReportHttpResponse 401 'WWW-Authenticate: Basic realm="r"' 'Server: x')", "FreeHeaders",
+                   "FreeTranslatedUrl", "Prepare2", "GetTranslatedUrl", "GetHeaders",
+                   "ReportHttpResponse 200", "FreeHeaders", "FreeTranslatedUrl"}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, ARawHeaderWithoutALineEndIsTracedAndReportedAsNoLines) {
+  warden_.Send(L"https://s/");
+  server_.Answer(L"https://s/", {500, L"", L"Server: x\r\nBroken: off"});
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_THAT(warden_.PassCalls(), ::testing::Contains("ReportHttpResponse 500"));
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("Error"),
+            (Records{{2, "SRTrustedHTTPRequest.cpp", "Error extracting headers from https://s/"}}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, ACancellationBeforeTheFirstRequestSendsNothing) {
+  canceled_ = false;
+  warden_.EndWith(8);
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_TRUE(canceled_);
+  EXPECT_TRUE(response_.empty());
+  EXPECT_TRUE(server_.Sent().empty());
+  EXPECT_EQ(warden_.Calls().back(), "Uninitialize");
+}
+
+TEST_F(SRTrustedHTTPRequestTest, AnotherActionThanSendIsAFailureAlsoAfterAnEarlierPass) {
+  warden_.Send(L"https://s/");
+  warden_.EndWith(6);
+  server_.Answer(L"https://s/", {404, L"", L"Server: x\r\n"});
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_FALSE(canceled_);
+  EXPECT_TRUE(response_.empty());
+}
+
+TEST_F(SRTrustedHTTPRequestTest, ARequestIsFramedByItsSignatureAndAnEndByTheLibraryNamesTheAction) {
+  warden_.EndWith(8);
+  EXPECT_FALSE(MakeRequest());
+  const Records records = CapturedTrace::Records();
+  ASSERT_EQ(records.size(), 3U);
+  EXPECT_THAT(records[0].text, StartsWith("[+] "));
+  EXPECT_THAT(records[0].text, HasSubstr("SRTrustedHTTPRequest::MakeRequest"));
+  const std::string signature = records[0].text.substr(4);
+  EXPECT_EQ(records[0].level, 0U);
+  EXPECT_EQ(records[1], (TraceRecord{2, "SRTrustedHTTPRequest.cpp",
+                                     "[*] " + signature + ": MorvaneWarden_Prepare2 returned error 8"}));
+  EXPECT_EQ(records[2], (TraceRecord{0, "SRTrustedHTTPRequest.cpp", "[-] " + signature}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, ASuccessTracesItsBeginAndEndOnly) {
+  warden_.Send(L"https://s/");
+  server_.Answer(L"https://s/", L"x");
+  EXPECT_TRUE(MakeRequest());
+  const Texts traced = Traced();
+  ASSERT_EQ(traced.size(), 2U);
+  EXPECT_THAT(traced[0], StartsWith("[+] "));
+  EXPECT_THAT(traced[1], StartsWith("[-] "));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, TwoThreadsRequestsRunOneAfterTheOther) {
+  constexpr int kRequests = 50;
+  const auto run = [&] {
+    for (int i = 0; i < kRequests; ++i) {
+      std::wstring response;
+      bool canceled = false;
+      SRTrustedHTTPRequest::MakeRequest(data_, response, canceled);
+    }
+  };
+  std::thread other(run);
+  run();
+  other.join();
+  const Texts calls = warden_.Calls();
+  ASSERT_EQ(calls.size() % (2 * kRequests), 0U);
+  const std::size_t perRequest = calls.size() / (2 * kRequests);
+  for (std::size_t i = 0; i < calls.size(); ++i) {
+    EXPECT_EQ(calls[i] == "Initialize", i % perRequest == 0);
+    EXPECT_EQ(calls[i] == "Uninitialize", i % perRequest == perRequest - 1);
+  }
+}
+
+}  // namespace
