@@ -2,6 +2,7 @@
 
 #include "agent/AgentTest.h"
 #include "srctl/SrctlRun.h"
+#include "support/ChildProcess.h"
 
 #include <nlohmann/json.hpp>
 
@@ -14,6 +15,13 @@ class SrctlTest : public AgentTest {
   [[nodiscard]] SrctlRun Srctl(const std::vector<std::string>& arguments,
                                const SrctlSetting& setting = {}) const {
     return RunSrctl(arguments, agent_.Environment(), setting);
+  }
+
+  // The same, without waiting for its end; standard error goes to the output.
+  [[nodiscard]] testsupport::ChildProcess StartSrctl(const std::vector<std::string>& arguments) const {
+    std::vector<std::string> command{SR_STAGE_DIR "/bin/srctl"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return testsupport::ChildProcess(command, agent_.Environment(), {.captureErrors = true});
   }
 
   void GiveStores(const std::vector<testsupport::StoreText>& stores) {

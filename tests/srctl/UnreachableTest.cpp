@@ -31,7 +31,12 @@ class SrctlWithoutAgent : public testing::Test {
             {"default-gateway", "--id", "s1", "Branch"},
             {"default-gateway", "--url", "https://one.example", "Branch"},
             {"open", file},
-            {"discover", document}};
+            {"discover", document},
+            {"location", "https://one.example"},
+            {"location", "https://one.example", "--wait"},
+            {"gateway", "https://one.example"},
+            {"reachability"},
+            {"watch"}};
   }
 
   static void ExpectUnreachable(const SrctlRun& run, const std::string& reason) {
@@ -69,7 +74,7 @@ TEST_F(SrctlWithoutAgent, EveryCommandSaysThatThereIsNoBus) {
 TEST_F(SrctlWithoutAgent, EveryCommandSaysThatNobodyServesOnTheBus) {
   ForgetTheServices();
   for (const auto& command : CommandsForTheAgent()) {
-    ExpectUnreachable(RunSrctl(command, agent_.Environment()), "com.morvane.ServiceRecords");
+    ExpectUnreachable(RunSrctl(command, agent_.Environment()), "com.morvane.");
   }
 }
 

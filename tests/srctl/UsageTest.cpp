@@ -10,8 +10,9 @@ using testing::StartsWith;
 
 namespace {
 
-const std::vector<std::string> kCommands{"open",     "list",   "show", "delete", "default-gateway",
-                                         "discover", "logging"};
+const std::vector<std::string> kCommands{"open",     "list",     "show",    "delete",       "default-gateway",
+                                         "discover", "location", "gateway", "reachability", "watch",
+                                         "logging",  "doctor"};
 
 SrctlRun RunAlone(const std::vector<std::string>& arguments) {
   return RunSrctl(arguments, {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"});
@@ -66,6 +67,15 @@ TEST(SrctlUsage, AMissingArgumentIsNamed) {
   ExpectUsageError({"show"}, "ID is required");
   ExpectUsageError({"delete"}, "ID is required");
   ExpectUsageError({"default-gateway", "--id", "s1"}, "NAME is required");
+  ExpectUsageError({"location"}, "URL is required");
+  ExpectUsageError({"location", "--wait"}, "URL is required");
+  ExpectUsageError({"gateway"}, "URL is required");
+}
+
+TEST(SrctlUsage, AWaitIsANumberOfSeconds) {
+  for (const char* wait : {"--wait=0", "--wait=soon", "--wait=-1", "--wait=1.5", "--wait=86401"}) {
+    ExpectUsageError({"location", "https://one.example", wait}, "wait");
+  }
 }
 
 TEST(SrctlUsage, TheHintNamesTheCommandThatWasMeant) {
@@ -94,6 +104,8 @@ TEST(SrctlUsage, ArgumentsForTheAgentAreUtf8) {
   ExpectUsageError({"default-gateway", "--id", "a\xFF", "Branch"}, "it is not UTF-8 text");
   ExpectUsageError({"default-gateway", "--url", "a\xFF", "Branch"}, "it is not UTF-8 text");
   ExpectUsageError({"default-gateway", "--id", "s1", "a\xFF"}, "it is not UTF-8 text");
+  ExpectUsageError({"location", "a\xFF"}, "it is not UTF-8 text");
+  ExpectUsageError({"gateway", "a\xFF"}, "it is not UTF-8 text");
 }
 
 TEST(SrctlUsage, EscapeSequencesAreNotEchoed) {

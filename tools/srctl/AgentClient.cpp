@@ -1,125 +1,79 @@
 #include "AgentClient.h"
 
-#include <cerrno>
+#include "BusError.h"
+#include "DictionaryReading.h"
+#include "ServiceNames.h"
+#include "ServiceRecordMain.h"
+#include "UserBus.h"
+#include "libs/Wayfinder/Wayfinder.h"
+
 #include <cstring>
-#include <functional>
 #include <set>
+
+struct BusService {
+  const char* name;
+  const char* path;
+  const char* interface;
+};
 
 namespace {
 
-constexpr char kService[] = "com.morvane.ServiceRecords";
-constexpr char kObject[] = "/com/morvane/ServiceRecords";
-constexpr char kInterface[] = "com.morvane.MrvServiceRecordsService";
+using dictionaryreading::ReadDictionaries;
+using dictionaryreading::ReadDictionary;
+using std::chrono::steady_clock;
+
+constexpr BusService kStores{ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
+                             ServiceNames::kServiceRecordsInterface};
+constexpr BusService kBeacons{ServiceNames::kBeacons, ServiceNames::kBeaconsPath,
+                              ServiceNames::kBeaconsInterface};
 constexpr char kNotificationsObject[] = "/com/morvane/DistributedNotifications";
 constexpr char kNotificationsInterface[] = "com.morvane.DistributedNotifications";
-constexpr char kStoresUpdated[] =
-    "type='signal',interface='com.morvane.DistributedNotifications',member='Posted',"
-    "arg0='MRVServiceRecordStoresUpdated'";
 
 // The agent may first have to be started, and serves one call after the other.
 constexpr std::chrono::seconds kAnswerTime{60};
 constexpr std::chrono::microseconds kForever = std::chrono::microseconds::max();
 
-class BusError {
- public:
-  BusError() = default;
-  ~BusError() { sd_bus_error_free(&error_); }
-  BusError(const BusError&) = delete;
-  BusError& operator=(const BusError&) = delete;
-
-  sd_bus_error* Get() { return &error_; }
-  [[nodiscard]] std::string Text(int status) const {
-    return error_.message != nullptr ? error_.message : std::strerror(-status);
-  }
-
- private:
-  sd_bus_error error_ = SD_BUS_ERROR_NULL;
-};
-
 std::uint64_t TimeOutValue(std::chrono::microseconds timeOut) {
   return timeOut == kForever ? UINT64_MAX : static_cast<std::uint64_t>(timeOut.count());
 }
 
-// A reader of one value of a dictionary: gets the message inside the variant, returns a negative error code
-// or a value above zero.
-using ValueReader = std::function<int(sd_bus_message*)>;
-using ValueReaders = std::vector<std::pair<std::string, std::pair<const char*, ValueReader>>>;
-
-ValueReader Text(std::string& out) {
-  return [&out](sd_bus_message* message) {
-    const char* text = nullptr;
-    const int status = sd_bus_message_read_basic(message, 's', &text);
-    if (status > 0) out = text;
-    return status;
-  };
-}
-
-ValueReader Number(std::uint64_t& out) {
-  return [&out](sd_bus_message* message) { return sd_bus_message_read_basic(message, 't', &out); };
-}
-
-ValueReader Flag(bool& out) {
-  return [&out](sd_bus_message* message) {
-    int value = 0;
-    const int status = sd_bus_message_read_basic(message, 'b', &value);
-    out = value != 0;
-    return status;
-  };
-}
-
-int ReadValue(sd_bus_message* message, const char* contents, const ValueReader& read) {
-  int status = sd_bus_message_enter_container(message, SD_BUS_TYPE_VARIANT, contents);
-  if (status >= 0) status = read(message);
-  if (status >= 0) status = sd_bus_message_exit_container(message);
-  return status;
-}
-
-// The value of the entry whose key was just read; a key that nobody reads is passed over.
-int ReadEntryValue(sd_bus_message* message, const std::string& key, const ValueReaders& readers) {
-  for (const auto& [name, reader] : readers) {
-    if (name == key) return ReadValue(message, reader.first, reader.second);
-  }
-  return sd_bus_message_skip(message, "v");
-}
-
-int ReadDictionary(sd_bus_message* message, const ValueReaders& readers) {
-  int status = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}");
-  while (status >= 0) {
-    status = sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv");
-    if (status <= 0) break;
-    const char* key = nullptr;
-    status = sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &key);
-    if (status >= 0) status = ReadEntryValue(message, key, readers);
-    if (status >= 0) status = sd_bus_message_exit_container(message);
-  }
-  return status < 0 ? status : sd_bus_message_exit_container(message);
-}
-
-template <class Item>
-int ReadDictionaries(sd_bus_message* message, std::vector<Item>& items,
-                     int (*readItem)(sd_bus_message* message, Item& item)) {
-  int status = sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "a{sv}");
-  while (status >= 0 && sd_bus_message_at_end(message, 0) == 0) {
-    status = readItem(message, items.emplace_back());
-  }
-  return status < 0 ? status : sd_bus_message_exit_container(message);
+std::chrono::microseconds TimeUntil(steady_clock::time_point deadline) {
+  if (deadline == steady_clock::time_point::max()) return kForever;
+  return std::chrono::ceil<std::chrono::microseconds>(deadline - steady_clock::now());
 }
 
 int ReadGateway(sd_bus_message* message, GatewayInfo& gateway) {
-  return ReadDictionary(message, {{"GatewayName", {"s", Text(gateway.name)}},
-                                  {"GatewayURL", {"s", Text(gateway.url)}},
-                                  {"IsDefault", {"b", Flag(gateway.isDefault)}}});
+  return ReadDictionary(message, {{"GatewayName", {"s", dictionaryreading::Text(gateway.name)}},
+                                  {"GatewayURL", {"s", dictionaryreading::Text(gateway.url)}},
+                                  {"IsDefault", {"b", dictionaryreading::Flag(gateway.isDefault)}}});
 }
 
 int ReadStore(sd_bus_message* message, StoreInfo& store) {
-  const ValueReader gateways = [&store](sd_bus_message* inner) {
+  const dictionaryreading::ValueReader gateways = [&store](sd_bus_message* inner) {
     return ReadDictionaries(inner, store.gateways, ReadGateway);
   };
-  return ReadDictionary(message, {{"StoreName", {"s", Text(store.name)}},
-                                  {"StoreURL", {"s", Text(store.url)}},
-                                  {"StoreType", {"t", Number(store.type)}},
-                                  {"StoreID", {"s", Text(store.id)}},
+  return ReadDictionary(message, {{"StoreName", {"s", dictionaryreading::Text(store.name)}},
+                                  {"StoreURL", {"s", dictionaryreading::Text(store.url)}},
+                                  {"StoreType", {"t", dictionaryreading::Number(store.type)}},
+                                  {"StoreID", {"s", dictionaryreading::Text(store.id)}},
                                   {"StoreGateways", {"aa{sv}", gateways}}});
+}
+
+// "Nothing" is a dictionary without entries.
+int ReadCurrentGateway(sd_bus_message* message, std::vector<CurrentGatewayInfo>& found) {
+  CurrentGatewayInfo gateway;
+  bool isThere = false;
+  const auto url = [&](sd_bus_message* inner) {
+    isThere = true;
+    return dictionaryreading::Text(gateway.url)(inner);
+  };
+  const int status =
+      ReadDictionary(message, {{"GatewayURL", {"s", url}},
+                               {"GatewayName", {"s", dictionaryreading::Text(gateway.name)}},
+                               {"GatewayAuthType", {"t", dictionaryreading::Number(gateway.authentication)}},
+                               {"GatewayEdition", {"t", dictionaryreading::Number(gateway.edition)}}});
+  if (isThere) found.push_back(gateway);
+  return status;
 }
 
 // What happened on the connection while a file was being opened, in the order in which it arrived.
@@ -148,25 +102,28 @@ int NoteAnswer(sd_bus_message* reply, void* userData, sd_bus_error* /*error*/) {
   return 0;
 }
 
+int RaiseFlag(sd_bus_message* /*signal*/, void* flag, sd_bus_error* /*error*/) {
+  *static_cast<bool*>(flag) = true;
+  return 0;
+}
+
 }  // namespace
 
 std::optional<AgentClient> AgentClient::Connect(std::string& problem) {
-  sd_bus* bus = nullptr;
-  if (const int status = sd_bus_open_user(&bus); status < 0) {
-    problem = "there is no session bus";
-    if (status != -ENOMEDIUM) problem += std::string(" (") + std::strerror(-status) + ")";
-    return std::nullopt;
-  }
-  return AgentClient(BusPtr(bus));
+  BusPtr bus = OpenUserBus(problem);
+  if (!bus) return std::nullopt;
+  return AgentClient(std::move(bus));
 }
 
 void AgentClient::Fail(const std::string& what, int error) {
   problem_ = what + ": " + std::strerror(-error);
 }
 
-BusMessagePtr AgentClient::NewCall(const char* method, const std::vector<std::string>& arguments) {
+BusMessagePtr AgentClient::NewCall(const BusService& service, const char* method,
+                                   const std::vector<std::string>& arguments) {
   sd_bus_message* raw = nullptr;
-  int status = sd_bus_message_new_method_call(bus_.get(), &raw, kService, kObject, kInterface, method);
+  int status =
+      sd_bus_message_new_method_call(bus_.get(), &raw, service.name, service.path, service.interface, method);
   BusMessagePtr call(raw);
   for (auto argument = arguments.begin(); status >= 0 && argument != arguments.end(); ++argument) {
     status = sd_bus_message_append_basic(call.get(), 's', argument->c_str());
@@ -176,9 +133,10 @@ BusMessagePtr AgentClient::NewCall(const char* method, const std::vector<std::st
   return nullptr;
 }
 
-BusMessagePtr AgentClient::Call(const char* method, const std::vector<std::string>& arguments,
+BusMessagePtr AgentClient::Call(const BusService& service, const char* method,
+                                const std::vector<std::string>& arguments,
                                 std::chrono::microseconds timeOut) {
-  const BusMessagePtr call = NewCall(method, arguments);
+  const BusMessagePtr call = NewCall(service, method, arguments);
   if (!call) return nullptr;
   BusError error;
   sd_bus_message* reply = nullptr;
@@ -187,38 +145,38 @@ BusMessagePtr AgentClient::Call(const char* method, const std::vector<std::strin
   return BusMessagePtr(reply);
 }
 
-std::optional<bool> AgentClient::CallForBoolean(const char* method,
-                                                const std::vector<std::string>& arguments) {
-  const BusMessagePtr reply = Call(method, arguments, kAnswerTime);
+template <class Result, class Reader>
+std::optional<Result> AgentClient::CallAndRead(const BusService& service, const char* method,
+                                               const std::vector<std::string>& arguments, Reader read) {
+  const BusMessagePtr reply = Call(service, method, arguments, kAnswerTime);
   if (!reply) return std::nullopt;
-  int value = 0;
-  if (const int status = sd_bus_message_read_basic(reply.get(), 'b', &value); status < 0) {
+  Result result{};
+  if (const int status = read(reply.get(), result); status < 0) {
     Fail("its answer cannot be read", status);
     return std::nullopt;
   }
-  return value != 0;
+  return result;
+}
+
+std::optional<bool> AgentClient::CallForBoolean(const char* method,
+                                                const std::vector<std::string>& arguments) {
+  return CallAndRead<bool>(kStores, method, arguments, [](sd_bus_message* reply, bool& result) {
+    int value = 0;
+    const int status = sd_bus_message_read_basic(reply, 'b', &value);
+    result = value != 0;
+    return status;
+  });
 }
 
 std::optional<std::vector<StoreInfo>> AgentClient::AllStores() {
-  const BusMessagePtr reply = Call("allStores", {}, kAnswerTime);
-  if (!reply) return std::nullopt;
-  std::vector<StoreInfo> stores;
-  if (const int status = ReadDictionaries(reply.get(), stores, ReadStore); status < 0) {
-    Fail("its answer cannot be read", status);
-    return std::nullopt;
-  }
-  return stores;
+  return CallAndRead<std::vector<StoreInfo>>(kStores, "allStores", {},
+                                             [](sd_bus_message* reply, std::vector<StoreInfo>& stores) {
+                                               return ReadDictionaries(reply, stores, ReadStore);
+                                             });
 }
 
 std::optional<StoreInfo> AgentClient::StoreForID(const std::string& id) {
-  const BusMessagePtr reply = Call("storeForID", {id}, kAnswerTime);
-  if (!reply) return std::nullopt;
-  StoreInfo store;
-  if (const int status = ReadStore(reply.get(), store); status < 0) {
-    Fail("its answer cannot be read", status);
-    return std::nullopt;
-  }
-  return store;
+  return CallAndRead<StoreInfo>(kStores, "storeForID", {id}, ReadStore);
 }
 
 std::optional<bool> AgentClient::DeleteStore(const std::string& id) {
@@ -236,36 +194,92 @@ std::optional<bool> AgentClient::SetDefaultGatewayForStoreURL(const std::string&
 }
 
 std::optional<bool> AgentClient::OpenFile(const std::string& absolutePath) {
-  const BusMessagePtr call = NewCall("handleServiceRecordFTA", {absolutePath});
+  const BusMessagePtr call = NewCall(kStores, "handleServiceRecordFTA", {absolutePath});
   if (!call) return std::nullopt;
 
   // Declared before the slots, which refer to it.
   OpeningProgress progress;
   sd_bus_slot* slot = nullptr;
-  int status = sd_bus_add_match(bus_.get(), &slot, kStoresUpdated, NoteAnnouncement, &progress);
+  int status =
+      sd_bus_add_match(bus_.get(), &slot, busmatches::Notification(kStoresUpdatedNotification).c_str(),
+                       NoteAnnouncement, &progress);
   const BusSlotPtr match(slot);
   slot = nullptr;
   if (status >= 0) {
     status = sd_bus_call_async(bus_.get(), &slot, call.get(), NoteAnswer, &progress, TimeOutValue(kForever));
   }
   const BusSlotPtr pending(slot);
-  while (status >= 0 && !progress.answered) {
+  if (status < 0) Fail("it could not be asked", status);
+  if (status < 0 || !WaitFor(progress.answered, steady_clock::time_point::max())) return std::nullopt;
+  if (progress.problem.empty()) return progress.accepted;
+  problem_ = progress.problem;
+  return std::nullopt;
+}
+
+bool AgentClient::WaitFor(const bool& flag, steady_clock::time_point deadline) {
+  int status = 0;
+  while (status >= 0 && !flag) {
     status = sd_bus_process(bus_.get(), nullptr);
-    if (status == 0) status = sd_bus_wait(bus_.get(), UINT64_MAX);
+    if (status != 0) continue;
+    const std::chrono::microseconds left = TimeUntil(deadline);
+    if (left.count() <= 0) return true;
+    status = sd_bus_wait(bus_.get(), TimeOutValue(left));
   }
-  if (status < 0) {
-    Fail("the connection to it broke", status);
-    return std::nullopt;
-  }
-  if (!progress.problem.empty()) {
-    problem_ = progress.problem;
-    return std::nullopt;
-  }
-  return progress.accepted;
+  if (status < 0) Fail("the connection to it broke", status);
+  return status >= 0;
 }
 
 bool AgentClient::HandOverDiscoveryDocument(const std::string& document) {
-  return Call("handleDiscoveryDocument", {document}, kForever) != nullptr;
+  return Call(kStores, "handleDiscoveryDocument", {document}, kForever) != nullptr;
+}
+
+std::optional<std::string> AgentClient::UIBundlePath() {
+  return CallAndRead<std::string>(kStores, "uiBundlePath", {}, [](sd_bus_message* reply, std::string& path) {
+    return dictionaryreading::Text(path)(reply);
+  });
+}
+
+std::optional<std::uint64_t> AgentClient::LocationForStore(const std::string& url) {
+  return CallAndRead<std::uint64_t>(kBeacons, "checkLocationForStore", {url},
+                                    [](sd_bus_message* reply, std::uint64_t& location) {
+                                      return sd_bus_message_read_basic(reply, 't', &location);
+                                    });
+}
+
+std::optional<std::uint64_t> AgentClient::DecidedLocationForStore(const std::string& url,
+                                                                  std::chrono::seconds limit) {
+  const auto deadline = steady_clock::now() + limit;
+  bool mayBeDecided = false;  // declared before the slots, which refer to it
+  std::vector<BusSlotPtr> slots;
+  // An agent that comes in place of the asked one knows nothing of the question.
+  for (const std::string& match : {busmatches::Notification(kLocationChangedNotification),
+                                   busmatches::OwnerOf(ServiceNames::kBeacons)}) {
+    sd_bus_slot* slot = nullptr;
+    const int status = sd_bus_add_match(bus_.get(), &slot, match.c_str(), RaiseFlag, &mayBeDecided);
+    slots.emplace_back(slot);
+    if (status < 0) {
+      Fail("it could not be asked", status);
+      return std::nullopt;
+    }
+  }
+  for (;;) {
+    const std::optional<std::uint64_t> location = LocationForStore(url);
+    if (location != Wayfinder::kDeciding || steady_clock::now() >= deadline) return location;
+    if (!WaitFor(mayBeDecided, deadline)) return std::nullopt;
+    mayBeDecided = false;
+  }
+}
+
+std::optional<std::vector<CurrentGatewayInfo>> AgentClient::CurrentGatewayForStore(const std::string& url) {
+  return CallAndRead<std::vector<CurrentGatewayInfo>>(kBeacons, "getCurrentGatewayForStore", {url},
+                                                      ReadCurrentGateway);
+}
+
+std::optional<std::uint32_t> AgentClient::ReachabilityFlags() {
+  return CallAndRead<std::uint32_t>(kBeacons, "networkReachabilityFlags", {},
+                                    [](sd_bus_message* reply, std::uint32_t& flags) {
+                                      return sd_bus_message_read_basic(reply, 'u', &flags);
+                                    });
 }
 
 bool AgentClient::PostNotification(const std::string& name, const std::string& object) {

@@ -1,11 +1,15 @@
 #include "CommandLine.h"
 
 #include "Commands.h"
+#include "Doctor.h"
+#include "NetworkCommands.h"
 #include "SRLib/TextHelpers.h"
 #include "TerminalText.h"
 
 #include <CLI/CLI.hpp>
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +24,8 @@ struct Arguments {
   commands::StoreChoice store;
   std::string gateway;
   std::string onOrOff;
+  std::string url;
+  unsigned waitSeconds = 0;
   bool json = false;
   Status status = Status::Done;
 
@@ -105,6 +111,60 @@ void AddLogging(CLI::App& app, Arguments& arguments) {
   });
 }
 
+// The parser's word for a flag without a value becomes the default.
+std::string WithDefaultWait(std::string& wait) {
+  if (wait == "true") wait = "15";
+  return {};
+}
+
+void AddLocation(CLI::App& app, Arguments& arguments) {
+  constexpr unsigned kLongestWait = 24 * 60 * 60;
+  CLI::App* command = app.add_subcommand("location", "Tell where this machine stands relative to a store");
+  command->add_option("URL", arguments.url, "The store's URL, as in the list")->required()->check(kIsText);
+  // A flag, so that an argument that follows it is not taken for its value.
+  CLI::Option* wait =
+      command
+          ->add_flag("--wait", arguments.waitSeconds,
+                     "While that is being decided, wait for the decision; 15 seconds without a number")
+          ->option_text("[=SECONDS]")
+          ->transform(CLI::Validator(WithDefaultWait, ""))
+          ->check(CLI::Range(1U, kLongestWait));
+  AddJson(*command, arguments);
+  command->callback([&arguments, wait] {
+    std::optional<std::chrono::seconds> limit;
+    if (wait->count() > 0) limit = std::chrono::seconds(arguments.waitSeconds);
+    arguments.status = commands::Location(arguments.url, limit, arguments.Format());
+  });
+}
+
+void AddGateway(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("gateway", "Show the current gateway of the store behind a URL");
+  command->add_option("URL", arguments.url, "Any URL that points at the store")->required()->check(kIsText);
+  AddJson(*command, arguments);
+  command->callback(
+      [&arguments] { arguments.status = commands::Gateway(arguments.url, arguments.Format()); });
+}
+
+void AddReachability(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("reachability", "Tell how the network is reached");
+  AddJson(*command, arguments);
+  command->callback([&arguments] { arguments.status = commands::Reachability(arguments.Format()); });
+}
+
+void AddWatch(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand(
+      "watch", "Print a line whenever the stores or a location change, until interrupted (Ctrl+C)");
+  command->add_flag("--json", arguments.json, "Print a JSON object in each line");
+  command->callback([&arguments] { arguments.status = commands::Watch(arguments.Format()); });
+}
+
+void AddDoctor(CLI::App& app, Arguments& arguments) {
+  CLI::App* command =
+      app.add_subcommand("doctor", "Check the agent, its files and every store, and say what to do");
+  AddJson(*command, arguments);
+  command->callback([&arguments] { arguments.status = commands::Doctor(arguments.Format()); });
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
@@ -114,7 +174,8 @@ int RunCommandLine(int argc, const char* const* argv) {
   app.require_subcommand(1);
   app.failure_message(UsageProblem);
   Arguments arguments;
-  for (const auto add : {AddOpen, AddList, AddShow, AddDelete, AddDefaultGateway, AddDiscover, AddLogging}) {
+  for (const auto add : {AddOpen, AddList, AddShow, AddDelete, AddDefaultGateway, AddDiscover, AddLocation,
+                         AddGateway, AddReachability, AddWatch, AddLogging, AddDoctor}) {
     add(app, arguments);
   }
   try {

@@ -1,7 +1,7 @@
 #include "Commands.h"
 
-#include "AgentClient.h"
 #include "DocumentCheck.h"
+#include "Reports.h"
 #include "SRLib/TextHelpers.h"
 #include "StandardDirectories.h"
 #include "TerminalText.h"
@@ -19,31 +19,6 @@ namespace {
 
 constexpr char kLogLevel[] = "LogLevel";
 constexpr char kLoggingChanged[] = "com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange";
-
-Status Refuse(const std::string& message) {
-  std::cerr << "srctl: " << message << '\n';
-  return Status::Refused;
-}
-
-Status ReportUnreachable(const std::string& problem) {
-  std::cerr
-      << "srctl: The agent cannot be reached: " << TerminalText::OneLine(problem)
-      << ".\nRun srctl in a desktop session in which the agent is installed. Its system log says why it does "
-         "not start: journalctl --user -t ServiceRecords\n";
-  return Status::Unreachable;
-}
-
-std::string Quoted(const std::string& text) {
-  return "\"" + TerminalText::OneLine(text) + "\"";
-}
-
-// Connects and hands the agent to `use`, which returns what is to be reported.
-template <class Use>
-Status WithAgent(Use use) {
-  std::string problem;
-  std::optional<AgentClient> agent = AgentClient::Connect(problem);
-  return agent ? use(*agent) : ReportUnreachable(problem);
-}
 
 // Why the file cannot be opened; empty when it can.
 std::string ProblemWithFile(const std::string& file) {

@@ -1,8 +1,8 @@
 #include "Printing.h"
 
+#include "JsonOutput.h"
+#include "Table.h"
 #include "TerminalText.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <ostream>
@@ -11,14 +11,7 @@
 namespace printing {
 namespace {
 
-using Json = nlohmann::ordered_json;
-using Row = std::vector<std::string>;
-
-void PrintJson(std::ostream& out, const Json& value) {
-  constexpr int kIndentation = 2;
-  constexpr bool kOnlyAscii = true;
-  out << value.dump(kIndentation, ' ', kOnlyAscii) << '\n';
-}
+using jsonoutput::Json;
 
 Json AsJson(const StoreInfo& store) {
   Json gateways = Json::array();
@@ -42,34 +35,13 @@ std::string DefaultGatewayName(const StoreInfo& store) {
   return found == store.gateways.end() ? "-" : found->name;
 }
 
-// Cells are padded to their column; nothing follows the last one.
-void PrintRow(std::ostream& out, const Row& row, const std::vector<std::size_t>& widths) {
-  for (std::size_t column = 0; column < row.size(); ++column) {
-    out << row[column];
-    if (column + 1 == row.size()) break;
-    out << std::string(widths[column] - TerminalText::Width(row[column]) + 2, ' ');
-  }
-  out << '\n';
-}
-
-// The cells must be fit for a terminal.
-void PrintTable(std::ostream& out, const std::vector<Row>& rows) {
-  std::vector<std::size_t> widths(rows.front().size(), 0);
-  for (const Row& row : rows) {
-    for (std::size_t column = 0; column < row.size(); ++column) {
-      widths[column] = std::max(widths[column], TerminalText::Width(row[column]));
-    }
-  }
-  for (const Row& row : rows) PrintRow(out, row, widths);
-}
-
 }  // namespace
 
 void PrintStores(std::ostream& out, const std::vector<StoreInfo>& stores, Format format) {
   if (format == Format::Json) {
     Json list = Json::array();
     for (const StoreInfo& store : stores) list.push_back(AsJson(store));
-    PrintJson(out, list);
+    jsonoutput::Print(out, list);
     return;
   }
   if (stores.empty()) {
@@ -86,7 +58,7 @@ void PrintStores(std::ostream& out, const std::vector<StoreInfo>& stores, Format
 
 void PrintStore(std::ostream& out, const StoreInfo& store, Format format) {
   if (format == Format::Json) {
-    PrintJson(out, AsJson(store));
+    jsonoutput::Print(out, AsJson(store));
     return;
   }
   PrintTable(out, {{"ID", TerminalText::OneLine(store.id)},
@@ -106,7 +78,7 @@ void PrintStore(std::ostream& out, const StoreInfo& store, Format format) {
 
 void PrintLogging(std::ostream& out, bool on, Format format) {
   if (format == Format::Json) {
-    PrintJson(out, {{"logging", on}});
+    jsonoutput::Print(out, {{"logging", on}});
   } else {
     out << (on ? "on" : "off") << '\n';
   }

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-// A store as the agent describes it on the bus. All text is UTF-8 and comes from documents, so it may hold
-// any character.
+// Stores and gateways as the agent describes them on the bus. All text is UTF-8 and comes from documents, so
+// it may hold any character.
 struct GatewayInfo {
   std::string name;
   std::string url;
@@ -18,4 +18,12 @@ struct StoreInfo {
   std::string url;
   std::uint64_t type = 0;
   std::vector<GatewayInfo> gateways;
+};
+
+// The gateway through which a store is reached at present.
+struct CurrentGatewayInfo {
+  std::string name;
+  std::string url;
+  std::uint64_t authentication = 0;
+  std::uint64_t edition = 0;
 };

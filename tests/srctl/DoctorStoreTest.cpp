@@ -1,0 +1,218 @@
+#include "srctl/DoctorTest.h"
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using testsupport::ServerBlock;
+using testsupport::StoreText;
+using testsupport::TestAuthority;
+using testsupport::WebServer;
+
+namespace {
+
+class DoctorOfStores : public DoctorTest {
+ protected:
+  // What is said about a store whose server has that certificate.
+  [[nodiscard]] SrctlRun WithCertificate(const std::string& name) {
+    const WebServer other(TestAuthority::Shared().TlsServerBlock(name));
+    GiveStores({StoreAt(other.Address("https"))});
+    SrctlRun run = Srctl({"doctor"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(StoreLine(run, "discovery document"), StartsWith("note: "));
+    return run;
+  }
+
+  // What is said about the discovery document of a store whose server does this.
+  [[nodiscard]] std::string DocumentLine(const std::string& directives, int status) {
+    const WebServer other(TestAuthority::Shared().TlsServerBlock("good", directives));
+    GiveStores({StoreAt(other.Address("https"))});
+    const SrctlRun run = Srctl({"doctor"});
+    EXPECT_EQ(run.status, status) << run.output;
+    EXPECT_THAT(StoreLine(run, "server"), StartsWith("ok: "));
+    return StoreLine(run, "discovery document");
+  }
+
+  // A store whose own network is not reached, but whose external beacon answers.
+  [[nodiscard]] StoreText OutsideStore() const {
+    StoreText store = StoreAt(NobodysAddress());
+    store.internalBeacons = {NobodysAddress()};
+    return store;
+  }
+};
+
+TEST_F(DoctorOfStores, FindsNothingWrongWithAStoreThatWorks) {
+  const StoreText store = WorkingStore("s1", "One");
+  GiveStores({store, WorkingStore("s2", "Two")});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_THAT(run.errors, IsEmpty());
+  EXPECT_EQ(StoreLine(run, "server"),
+            "ok: store \"One\" (s1), server: " + store.url +
+                ": it answers, and this machine trusts its certificate, issued by Morvane Test Authority.");
+  EXPECT_EQ(StoreLine(run, "discovery document"),
+            "ok: store \"One\" (s1), discovery document: It is valid, and describes one store.");
+  EXPECT_EQ(StoreLine(run, "location"),
+            "ok: store \"One\" (s1), location: LAN, this machine is in the store's network. "
+            "Why: LAN, 1 of 1 internal beacons answered.");
+  EXPECT_THAT(run.output, AllOf(HasSubstr("ok: store \"Two\" (s2), location: LAN"),
+                                Not(HasSubstr("gateway: ")), HasSubstr("\nNothing is wrong.\n")));
+}
+
+TEST_F(DoctorOfStores, ExplainsAnExpiredCertificate) {
+  const SrctlRun run = WithCertificate("expired");
+  ExpectProblem(StoreLine(run, "server"), "a certificate of its chain has expired.",
+                "See that the clock of this machine is right (date)");
+}
+
+TEST_F(DoctorOfStores, ExplainsACertificateForAnotherName) {
+  const SrctlRun run = WithCertificate("wrong-host");
+  ExpectProblem(StoreLine(run, "server"), "its certificate is for another name.",
+                "When you are behind a hotspot's sign-in page, open a web browser");
+}
+
+TEST_F(DoctorOfStores, ExplainsAnUnknownAuthority) {
+  const SrctlRun run = WithCertificate("unknown-issuer");
+  ExpectProblem(StoreLine(run, "server"), "comes from an authority that this machine does not know.",
+                "Ask your administrator for the authority's root certificate");
+}
+
+TEST_F(DoctorOfStores, ExplainsARevokedCertificate) {
+  const TestAuthority& authority = TestAuthority::Shared();
+  const WebServer other(authority.TlsServerBlock(
+      "revoked", "ssl_stapling on; ssl_stapling_file " + authority.File("revoked.ocsp").string() + ";"));
+  GiveStores({StoreAt(other.Address("https"))});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"), "has revoked the certificate.",
+                "Ask the administrator of the server");
+}
+
+TEST_F(DoctorOfStores, ExplainsAServerThatSpeaksNoTls) {
+  const WebServer other(ServerBlock("", ""));
+  GiveStores({StoreAt(other.Address("https"))});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"),
+                "this machine does not trust it: ", "Ask the administrator of the server");
+}
+
+TEST_F(DoctorOfStores, ExplainsAServerThatDoesNotAnswer) {
+  StoreText store = WorkingStore("s1", "One");
+  store.url = NobodysAddress();
+  GiveStores({store});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 1);
+  ExpectProblem(StoreLine(run, "server"), "it cannot be contacted: nobody takes the connection.",
+                "Check your network connection");
+  EXPECT_THAT(StoreLine(run, "discovery document"), StartsWith("note: "));
+  EXPECT_THAT(StoreLine(run, "location"), HasSubstr("LAN, this machine is in the store's network."));
+}
+
+TEST_F(DoctorOfStores, NotesAServerWithoutTls) {
+  const WebServer other(ServerBlock("", ""));
+  const StoreText store = StoreAt(other.Address("http"));
+  WriteDocument(other, "s1", testsupport::DiscoveryDocument({store}));
+  GiveStores({store});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_THAT(StoreLine(run, "server"), AllOf(StartsWith("note: "), HasSubstr("because the address is http."),
+                                              HasSubstr(" Next: Ask your administrator")));
+  EXPECT_THAT(StoreLine(run, "discovery document"), StartsWith("ok: "));
+}
+
+TEST_F(DoctorOfStores, NotesThatTheServerAsksForALogOn) {
+  EXPECT_THAT(DocumentLine("location / { return 401; }", 0),
+              AllOf(StartsWith("note: "), HasSubstr("The server asks for a log-on")));
+}
+
+TEST_F(DoctorOfStores, SeesThatThereIsNoDocument) {
+  ExpectProblem(DocumentLine("", 1), "The server answers with the status 404.", "Ask your administrator");
+}
+
+TEST_F(DoctorOfStores, SeesThatTheDocumentIsSomethingElse) {
+  ExpectProblem(DocumentLine("location / { return 200 '<html>Welcome</html>'; }", 1),
+                "What the server sends is no discovery document.", "Ask your administrator");
+}
+
+TEST_F(DoctorOfStores, SeesThatTheDocumentIsNotValid) {
+  ExpectProblem(DocumentLine("location / { return 200 '<Discovery'; }", 1),
+                "It is not valid: it cannot be parsed", "Ask the administrator of the server");
+}
+
+TEST_F(DoctorOfStores, SeesThatTheDocumentIsNotText) {
+  const StoreText store = WorkingStore("s1", "One");
+  WriteDocument(server_, "s1", "<Discovery \xFF");
+  GiveStores({store});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "discovery document"), "It is not UTF-8 text.",
+                "Ask the administrator of the server");
+}
+
+TEST_F(DoctorOfStores, FromOutsideTheGatewayCountsAndNotTheServer) {
+  GiveStores({OutsideStore()});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_THAT(StoreLine(run, "server"),
+              AllOf(StartsWith("note: "), HasSubstr("reached through its gateway.")));
+  EXPECT_EQ(StoreLine(run, "gateway"),
+            "ok: store \"One\" (s1), gateway: " + Store("s1", "").gateways[1].location +
+                ": it answers, and this machine trusts its certificate, issued by Morvane Test Authority.");
+  EXPECT_THAT(
+      StoreLine(run, "location"),
+      AllOf(StartsWith("ok: "), HasSubstr("outside, this machine is outside the store's network. Why: "
+                                          "outside, 0 of 1 internal beacons answered")));
+}
+
+TEST_F(DoctorOfStores, FromOutsideAGatewayThatDoesNotAnswerIsAProblem) {
+  StoreText store = OutsideStore();
+  store.gateways[1].location = NobodysAddress();
+  GiveStores({store});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 1);
+  ExpectProblem(StoreLine(run, "gateway"), "it cannot be contacted", "Check your network connection");
+}
+
+TEST_F(DoctorOfStores, FromOutsideAServerThatNobodyCanTrustIsAProblem) {
+  const WebServer other(TestAuthority::Shared().TlsServerBlock("expired"));
+  StoreText store = OutsideStore();
+  store.url = other.Address("https");
+  GiveStores({store});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"), "has expired.", "See that the clock");
+}
+
+TEST_F(DoctorOfStores, WithoutANetworkSaysToConnect) {
+  StoreText store = OutsideStore();
+  store.externalBeacons = {NobodysAddress()};
+  GiveStores({store});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 1);
+  ExpectProblem(StoreLine(run, "location"), "none, there is no network", "Connect to a network");
+}
+
+TEST_F(DoctorOfStores, BehindAHotspotSaysToSignIn) {
+  const WebServer portal(ServerBlock("", "location / { return 302 http://portal.example/; }"));
+  StoreText store = OutsideStore();
+  store.externalBeacons = {portal.Address("http")};
+  GiveStores({store});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 1);
+  const std::string signIn = "Open a web browser, sign in to the hotspot";
+  ExpectProblem(StoreLine(run, "location"), "hotspot, this machine is behind a hotspot's sign-in page.",
+                signIn);
+  ExpectProblem(StoreLine(run, "server"), "it cannot be contacted", signIn);
+}
+
+TEST_F(DoctorOfStores, EachFindingIsOneLineWhateverTheStoreIsCalled) {
+  GiveStores({WorkingStore("s1", "One&#10;ok: everything&#8238;")});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_THAT(run.output, AllOf(HasSubstr("store \"One\uFFFDok: everything\uFFFD\" (s1), server: "),
+                                Not(HasSubstr("\nok: everything"))));
+}
+
+TEST_F(DoctorOfStores, JsonNamesTheStore) {
+  GiveStores({WorkingStore("s1", "One")});
+  const json findings = json::parse(Srctl({"doctor", "--json"}).output);
+  EXPECT_EQ(findings["problems"], 0);
+  EXPECT_EQ(findings["checks"][5]["store"], "s1");
+  EXPECT_EQ(findings["checks"][5]["check"], "server");
+}
+
+}  // namespace

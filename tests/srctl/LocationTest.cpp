@@ -1,0 +1,157 @@
+#include "srctl/SrctlTest.h"
+#include "srctl/StandInAgent.h"
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testsupport::ChildProcess;
+
+namespace {
+
+constexpr char kURL[] = "https://one.example/discovery";
+
+struct Answer {
+  int status = -1;
+  std::string output;
+};
+
+// The agent's answers are the test's.
+class SrctlLocation : public SrctlTest {
+ protected:
+  Answer Ask(const std::vector<std::string>& arguments) {
+    ChildProcess srctl = StartSrctl(arguments);
+    EXPECT_TRUE(standIn_.ServeUntil([&] { return !srctl.IsRunning(); }));
+    return {srctl.Wait(), srctl.Output()};
+  }
+
+  StandInAgent standIn_{agent_.BusAddress()};
+};
+
+TEST_F(SrctlLocation, SaysEachLocationInWords) {
+  const std::vector<std::string> sentences{
+      "deciding, it is not decided yet where this machine stands.\n",
+      "LAN, this machine is in the store's network.\n",
+      "outside, this machine is outside the store's network.\n",
+      "none, there is no network, or nothing that belongs to the store answers in it.\n",
+      "VPN, this machine is in the store's network through a VPN.\n",
+      "hotspot, this machine is behind a hotspot's sign-in page.\n",
+      "partly internal, this machine reaches only a part of the store's network.\n",
+      "undefined, the agent's answer is a number without a meaning: 7.\n"};
+  for (std::size_t location = 0; location < sentences.size(); ++location) {
+    standIn_.location = location;
+    const Answer answer = Ask({"location", kURL});
+    EXPECT_EQ(answer.status, 0);
+    EXPECT_EQ(answer.output, sentences[location]);
+  }
+  EXPECT_THAT(standIn_.Questions(), testing::Each(kURL));
+}
+
+TEST_F(SrctlLocation, GivesTheNumberAndItsNameInJson) {
+  standIn_.location = 6;
+  EXPECT_EQ(json::parse(Ask({"location", kURL, "--json"}).output),
+            (json{{"url", kURL}, {"location", 6}, {"name", "NETWORK_LOCATION_PARTLY_INTERNAL"}}));
+  standIn_.location = 4294967295;
+  EXPECT_EQ(json::parse(Ask({"location", "--json", kURL}).output),
+            (json{{"url", kURL}, {"location", 4294967295}, {"name", "NETWORK_LOCATION_UNDEFINED"}}));
+}
+
+TEST_F(SrctlLocation, WaitsUntilTheAgentHasDecided) {
+  ChildProcess srctl = StartSrctl({"location", "--wait", kURL});
+  ASSERT_TRUE(standIn_.ServeUntil([&] { return standIn_.Questions().size() == 1; }));
+  EXPECT_TRUE(srctl.IsRunning());
+  // Another store's decision leads to the question again, and that to nothing.
+  standIn_.AnnounceLocation("https://other.example");
+  ASSERT_TRUE(standIn_.ServeUntil([&] { return standIn_.Questions().size() == 2; }));
+  EXPECT_TRUE(srctl.IsRunning());
+  standIn_.location = 2;
+  standIn_.AnnounceLocation(kURL);
+  ASSERT_TRUE(standIn_.ServeUntil([&] { return !srctl.IsRunning(); }));
+  EXPECT_EQ(srctl.Wait(), 0);
+  EXPECT_EQ(srctl.Output(), "outside, this machine is outside the store's network.\n");
+  EXPECT_THAT(standIn_.Questions(), ElementsAre(kURL, kURL, kURL));
+}
+
+TEST_F(SrctlLocation, WaitsForNothingWhenItIsDecided) {
+  standIn_.location = 3;
+  EXPECT_EQ(Ask({"location", kURL, "--wait=3600"}).status, 0);
+  EXPECT_THAT(standIn_.Questions(), ElementsAre(kURL));
+}
+
+TEST_F(SrctlLocation, WhatIsUndecidedAfterTheWaitIsRefused) {
+  const Answer answer = Ask({"location", kURL, "--wait=1"});
+  EXPECT_EQ(answer.status, 1);
+  EXPECT_THAT(answer.output, HasSubstr("After 1 second the location relative to \"" + std::string(kURL) +
+                                       "\" is still not decided. Wait longer (--wait=SECONDS)"));
+}
+
+TEST_F(SrctlLocation, ReachabilityIsSaidInWords) {
+  standIn_.flags = (1U << 17) | (1U << 1);
+  const Answer answer = Ask({"reachability"});
+  EXPECT_EQ(answer.status, 0);
+  EXPECT_EQ(answer.output,
+            "Flags                     131074\n"
+            "Network reachable         yes\n"
+            "Through a tunnel          no\n"
+            "Local address             no\n"
+            "Direct, without a router  yes\n");
+}
+
+TEST_F(SrctlLocation, ReachabilityInJsonHasTheNumberAndItsBits) {
+  standIn_.flags = (1U << 16) | (1U << 1) | 1U;
+  EXPECT_EQ(json::parse(Ask({"reachability", "--json"}).output), (json{{"flags", 65539},
+                                                                       {"reachable", true},
+                                                                       {"transient", true},
+                                                                       {"localAddress", true},
+                                                                       {"direct", false}}));
+}
+
+class SrctlWithRealAgent : public SrctlTest {
+ protected:
+  SrctlWithRealAgent() {
+    agent_.Start();
+    GiveStores({Store("s1", "One")});
+  }
+};
+
+TEST_F(SrctlWithRealAgent, ShowsTheCurrentGatewayOfTheStoreBehindTheUrl) {
+  const SrctlRun run = Srctl({"gateway", Store("s1", "").url});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.output, "Gateway         Head Office\nURL             " +
+                            Store("s1", "").gateways[1].location +
+                            "\nAuthentication  domain\nEdition         enterprise\n");
+  EXPECT_THAT(run.errors, IsEmpty());
+}
+
+TEST_F(SrctlWithRealAgent, GivesTheGatewaysNumbersAndNamesInJson) {
+  EXPECT_EQ(json::parse(Srctl({"gateway", "--json", Store("s1", "").url}).output),
+            (json{{"name", "Head Office"},
+                  {"url", Store("s1", "").gateways[1].location},
+                  {"authentication", 2},
+                  {"authenticationName", "domain"},
+                  {"edition", 2},
+                  {"editionName", "enterprise"}}));
+}
+
+TEST_F(SrctlWithRealAgent, AMissingGatewayIsSaid) {
+  for (const char* url : {"https://nobody.example", ""}) {
+    const SrctlRun run = Srctl({"gateway", url});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.output, IsEmpty());
+    EXPECT_THAT(run.errors, HasSubstr("There is no gateway for \"" + std::string(url) + "\""));
+  }
+}
+
+TEST_F(SrctlWithRealAgent, ADecisionOfTheRealAgentCanBeWaitedFor) {
+  const SrctlRun run = Srctl({"location", "--wait", Store("s1", "").url});
+  EXPECT_EQ(run.status, 0) << run.errors;
+  EXPECT_EQ(run.output, "LAN, this machine is in the store's network.\n");
+}
+
+TEST_F(SrctlWithRealAgent, ReachabilityAndALocationAreAnswered) {
+  EXPECT_EQ(Srctl({"reachability"}).status, 0);
+  EXPECT_EQ(json::parse(Srctl({"location", "https://nobody.example", "--json"}).output)["url"],
+            "https://nobody.example");
+}
+
+}  // namespace

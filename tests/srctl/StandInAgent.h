@@ -1,0 +1,37 @@
+#pragma once
+
+#include "SdBus.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+// Has the agent's names on a bus and answers about the network what a test sets. Throws std::system_error on
+// failure. One thread; it answers only while ServeUntil runs.
+class StandInAgent {
+ public:
+  explicit StandInAgent(const std::string& address);
+  StandInAgent(const StandInAgent&) = delete;
+  StandInAgent& operator=(const StandInAgent&) = delete;
+
+  std::uint64_t location = 0;
+  std::uint32_t flags = 0;
+
+  // The stores' URLs for which the location was asked.
+  [[nodiscard]] const std::vector<std::string>& Questions() const { return questions_; }
+
+  // Notifies everybody that the location relative to the store has changed.
+  void AnnounceLocation(const std::string& storeURL);
+
+  // Answers until the condition holds; false when it does not within the time.
+  [[nodiscard]] bool ServeUntil(const std::function<bool()>& condition,
+                                std::chrono::milliseconds limit = std::chrono::seconds(20));
+
+ private:
+  static int Answer(sd_bus_message* message, void* self, sd_bus_error* error);
+
+  BusPtr bus_;
+  std::vector<std::string> questions_;
+};

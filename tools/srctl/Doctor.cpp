@@ -1,0 +1,92 @@
+#include "Doctor.h"
+
+#include "AgentClient.h"
+#include "Finding.h"
+#include "FindingPrinter.h"
+#include "InstallationChecks.h"
+#include "LocationReasons.h"
+#include "StoreChecks.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <optional>
+
+namespace commands {
+namespace {
+
+using Result = Finding::Result;
+using std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// The library gives up on a beacon after ten seconds.
+constexpr auto kDecisionTime = 12s;
+
+Finding Unanswered(const std::string& problem) {
+  return {
+      Result::Problem, "agent", "It cannot be reached: " + problem + ".",
+      "Run srctl in a desktop session in which the agent is installed. Its system log says why it does not "
+      "start: journalctl --user -t ServiceRecords"};
+}
+
+// What the agent told, as far as it did.
+struct AgentAnswers {
+  Finding agent;
+  std::optional<std::string> plugIn;
+  std::optional<std::vector<StoreInfo>> stores;
+};
+
+AgentAnswers AskAgent(std::optional<AgentClient>& agent, const std::string& problem) {
+  AgentAnswers answers{Unanswered(problem), std::nullopt, std::nullopt};
+  if (!agent) return answers;
+  answers.plugIn = agent->UIBundlePath();
+  if (answers.plugIn) answers.stores = agent->AllStores();
+  answers.agent = answers.stores ? Finding{Result::Ok, "agent", "It answers on the session bus."}
+                                 : Unanswered(agent->Problem());
+  return answers;
+}
+
+Finding NotAsked(const std::string& check) {
+  return {Result::Note, check, "It was not looked at, because the agent does not answer."};
+}
+
+void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const FindingReport& report) {
+  if (stores.empty()) {
+    return report({Result::Note, "stores", "There are none yet.",
+                   "Open the service-record file that your administrator gave you: srctl open FILE"});
+  }
+  const auto deadline = steady_clock::now() + kDecisionTime;
+  const std::map<std::string, std::string> reasons = LocationReasons(kDecisionTime);
+  for (const StoreInfo& store : stores) {
+    // An agent that was started for this may still be deciding.
+    const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - steady_clock::now());
+    const auto location = agent.DecidedLocationForStore(store.url, std::max(left, 0s));
+    if (!location) return report(Unanswered(agent.Problem()));
+    const auto reason = reasons.find(store.url);
+    storechecks::CheckStore({store, *location, reason == reasons.end() ? "" : reason->second}, report);
+  }
+}
+
+}  // namespace
+
+Status Doctor(printing::Format format) {
+  printing::FindingPrinter printer(std::cout, format);
+  const FindingReport report = [&printer](const Finding& finding) { printer.Print(finding); };
+  std::string problem;
+  std::optional<AgentClient> agent = AgentClient::Connect(problem);
+  const AgentAnswers answers = AskAgent(agent, problem);
+  report(answers.agent);
+  report(installationchecks::CheckLog());
+  report(answers.plugIn ? installationchecks::CheckPlugIn(*answers.plugIn) : NotAsked("plug-in"));
+  report(installationchecks::CheckConfiguration(true));
+  report(installationchecks::CheckConfiguration(false));
+  if (answers.stores) {
+    CheckStores(*agent, *answers.stores, report);
+  } else {
+    report(NotAsked("stores"));
+  }
+  printer.Finish();
+  return printer.Problems() == 0 ? Status::Done : Status::Refused;
+}
+
+}  // namespace commands

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+// What one check of `srctl doctor` found out. All text is UTF-8; what comes from elsewhere in it may hold any
+// character.
+struct Finding {
+  enum class Result { Ok, Note, Problem };
+
+  Result result = Result::Ok;
+  std::string check;      // what was looked at, "log"
+  std::string text;       // what was seen there, a sentence
+  std::string next = {};  // what to do about it, a sentence; empty when there is nothing to do
+  // The store that it is about, if any.
+  std::string storeID = {};
+  std::string storeName = {};
+};
+
+using FindingReport = std::function<void(const Finding&)>;

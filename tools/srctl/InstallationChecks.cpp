@@ -1,0 +1,111 @@
+#include "InstallationChecks.h"
+
+#include "AtomicFile.h"
+#include "Bundle.h"
+#include "MacConfiguration.h"
+#include "SRLib/PropertyList/PropertyList.h"
+#include "StandardDirectories.h"
+#include "UserDefaults.h"
+
+#include <unistd.h>
+
+#include <optional>
+#include <string>
+
+namespace installationchecks {
+namespace {
+
+namespace fs = std::filesystem;
+using Result = Finding::Result;
+
+constexpr char kReinstall[] = "Install the program again.";
+
+// Why the plug-in cannot be used; empty when it can.
+std::string ProblemWithPlugIn(const fs::path& folder) {
+  std::error_code error;
+  if (!fs::is_directory(folder, error)) return "there is no folder " + folder.string();
+  const std::optional<Bundle> bundle = Bundle::WithPath(folder);
+  if (!bundle) return (folder / "Info.plist").string() + " is missing or cannot be read";
+  if (bundle->InfoString("SRConformsToProtocol") != "SRUIProtocol") {
+    return (folder / "Info.plist").string() + " does not name the protocol SRUIProtocol";
+  }
+  const fs::path module = bundle->InfoString("CFBundleExecutable");
+  if (module.empty() || module != module.filename() || !fs::is_regular_file(folder / module, error)) {
+    return "the module that " + (folder / "Info.plist").string() + " names is not in its folder";
+  }
+  const fs::path dialogs = folder / "servicerecord-dialog";
+  if (!fs::is_regular_file(dialogs, error)) return "the dialog program " + dialogs.string() + " is missing";
+  if (::access(dialogs.c_str(), X_OK) != 0)
+    return "the dialog program " + dialogs.string() + " may not be run";
+  return {};
+}
+
+Finding Unreadable(const Finding& base, const fs::path& file, const std::error_code& error) {
+  Finding finding = base;
+  finding.result = Result::Problem;
+  finding.text = file.string() + " cannot be read: " + error.message() + ".";
+  finding.next = "See that it is a file that you may read, then run srctl doctor again.";
+  return finding;
+}
+
+Finding Damaged(const Finding& base, const fs::path& file) {
+  Finding finding = base;
+  finding.result = Result::Problem;
+  finding.text =
+      file.string() +
+      " is damaged: it is no property list with a dictionary at its root. The agent goes on as if it "
+      "were empty, and at its next change keeps it as " +
+      file.filename().string() + ".damaged beside the new one.";
+  finding.next =
+      "Put back a copy of the file, or move it away and open your service-record files again (srctl open "
+      "FILE).";
+  return finding;
+}
+
+}  // namespace
+
+Finding CheckLog() {
+  const std::optional<fs::path> logs = StandardDirectories::Logs();
+  if (!logs) {
+    return {Result::Problem, "log", "There is no folder for it: HOME is not set.",
+            "Set HOME to your home folder."};
+  }
+  const std::string file = (*logs / "ServiceRecord.log").string();
+  if (UserDefaults::Standard().Integer("LogLevel") != 0) return {Result::Ok, "log", "It is on: " + file};
+  return {Result::Ok, "log", "It is off. When it is on (srctl logging on), it is written to " + file + "."};
+}
+
+Finding CheckPlugIn(const fs::path& bundle) {
+  const std::string problem = ProblemWithPlugIn(bundle);
+  if (problem.empty())
+    return {Result::Ok, "plug-in", "The plug-in of the dialogs is complete: " + bundle.string()};
+  return {Result::Problem, "plug-in",
+          "The agent cannot ask you anything, so no store can be added: " + problem + ".", kReinstall};
+}
+
+Finding CheckConfiguration(bool perUser) {
+  const Finding base{Result::Ok, perUser ? "configuration of the user" : "configuration of the machine", ""};
+  const fs::path& file = preferenceFile(perUser);
+  std::error_code error;
+  const std::optional<std::string> content = AtomicFile::Read(file, error);
+  Finding finding = base;
+  if (!content && error == std::errc::no_such_file_or_directory) {
+    finding.text = "There is none, which is fine: " + file.string();
+    return finding;
+  }
+  if (!content) return Unreadable(base, file, error);
+  const std::optional<PropertyList::Value> root = PropertyList::Read(*content);
+  if (!content->empty() && (!root || root->As<PropertyList::Dictionary>() == nullptr)) {
+    return Damaged(base, file);
+  }
+  finding.text = "It can be read: " + file.string();
+  const fs::path damaged = file.string() + ".damaged";
+  if (fs::exists(damaged, error)) {
+    finding.result = Result::Note;
+    finding.text += ". An earlier one was damaged and is kept as " + damaged.string() + ".";
+    finding.next = "When no store is missing (srctl list), remove the damaged one.";
+  }
+  return finding;
+}
+
+}  // namespace installationchecks

@@ -1,0 +1,70 @@
+#include "LocationReasons.h"
+
+#include "SRLib/Publication.h"
+#include "SRLib/SRRegistryConfig.h"
+#include "SRLib/TextHelpers.h"
+#include "libs/Wayfinder/Wayfinder.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <string_view>
+
+namespace {
+
+// A message is one line: control characters of an address are blanks in it.
+std::string InMessage(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+  return text;
+}
+
+// Takes the messages "store URL: reason" out of the library's log.
+class Collector {
+ public:
+  void Expect(const ServiceRecords::StoreMap& stores) {
+    for (const auto& [id, store] : stores) {
+      const std::string url = util::narrow(store.GetStoreURL());
+      expected_["store " + InMessage(url) + ": "] = url;
+    }
+  }
+
+  void Take(std::string_view message) {
+    const std::lock_guard lock(mutex_);
+    for (const auto& [beginning, url] : expected_) {
+      if (message.starts_with(beginning)) reasons_[url] = message.substr(beginning.size());
+    }
+    if (reasons_.size() == expected_.size()) complete_.notify_all();
+  }
+
+  std::map<std::string, std::string> WaitFor(std::chrono::seconds limit) {
+    std::unique_lock lock(mutex_);
+    complete_.wait_for(lock, limit, [this] { return reasons_.size() == expected_.size(); });
+    return reasons_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable complete_;
+  std::map<std::string, std::string> expected_;  // beginnings of messages, and the URLs that they are about
+  std::map<std::string, std::string> reasons_;
+};
+
+// Never destroyed: the library's thread may still write a message while the process exits.
+Collector& TheCollector() {
+  static Collector& collector = *new Collector;
+  return collector;
+}
+
+}  // namespace
+
+std::map<std::string, std::string> LocationReasons(std::chrono::seconds limit) {
+  const ServiceRecords::StoreMap stores = ServiceRecords::SRRegistryConfig().RestoreStores();
+  TheCollector().Expect(stores);
+  WFSetCustomLogFunc([](const char* message) { TheCollector().Take(message); });
+  ServiceRecords::SetAllServiceRecordsToList(stores);
+  std::map<std::string, std::string> reasons = TheCollector().WaitFor(limit);
+  WFSetCustomLogFunc(nullptr);
+  ServiceRecords::SetAllServiceRecordsToList({});
+  return reasons;
+}

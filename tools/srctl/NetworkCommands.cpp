@@ -1,0 +1,68 @@
+#include "NetworkCommands.h"
+
+#include "AgentWatch.h"
+#include "NetworkPrinting.h"
+#include "Reports.h"
+#include "libs/Wayfinder/Wayfinder.h"
+
+#include <csignal>
+#include <iostream>
+
+namespace commands {
+
+Status Location(const std::string& url, std::optional<std::chrono::seconds> wait, printing::Format format) {
+  return WithAgent([&](AgentClient& agent) {
+    const auto location = wait ? agent.DecidedLocationForStore(url, *wait) : agent.LocationForStore(url);
+    if (!location) return ReportUnreachable(agent.Problem());
+    if (wait && *location == Wayfinder::kDeciding) {
+      return Refuse("After " + std::to_string(wait->count()) + (wait->count() == 1 ? " second" : " seconds") +
+                    " the location relative to " + Quoted(url) +
+                    " is still not decided. Wait longer (--wait=SECONDS), or look for what holds it up: "
+                    "srctl doctor");
+    }
+    printing::PrintLocation(std::cout, url, *location, format);
+    return Status::Done;
+  });
+}
+
+Status Gateway(const std::string& url, printing::Format format) {
+  return WithAgent([&](AgentClient& agent) {
+    const auto found = agent.CurrentGatewayForStore(url);
+    if (!found) return ReportUnreachable(agent.Problem());
+    if (found->empty()) {
+      return Refuse("There is no gateway for " + Quoted(url) +
+                    ": no store has that address, or the store has no gateways. Stores: srctl list");
+    }
+    printing::PrintCurrentGateway(std::cout, found->front(), format);
+    return Status::Done;
+  });
+}
+
+Status Reachability(printing::Format format) {
+  return WithAgent([&](AgentClient& agent) {
+    const auto flags = agent.ReachabilityFlags();
+    if (!flags) return ReportUnreachable(agent.Problem());
+    printing::PrintReachability(std::cout, *flags, format);
+    return Status::Done;
+  });
+}
+
+Status Watch(printing::Format format) {
+  std::signal(SIGPIPE, SIG_IGN);  // output that nobody takes is told by the stream
+  AgentWatch watch([format](const AgentEvent& event) {
+    printing::PrintEvent(std::cout, event, format);
+    return !std::cout.flush().fail();
+  });
+  switch (watch.Run()) {
+    case AgentWatch::End::Asked:
+      return Status::Done;
+    case AgentWatch::End::Unreachable:
+      return ReportUnreachable(watch.Problem());
+    case AgentWatch::End::NobodyReads:
+      break;
+  }
+  std::cout.setstate(std::ios_base::badbit);  // is told at the end of the program, as for every command
+  return Status::Refused;
+}
+
+}  // namespace commands

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+// The numbers of the beacon service in words. All text is ASCII.
+namespace networkwords {
+
+struct LocationWords {
+  const char* name;      // as the agent's log has it, NETWORK_LOCATION_...
+  const char* word;      // LAN, outside, ...
+  const char* sentence;  // what the word says, without a full stop
+};
+
+// Every number has words; one that has no meaning is undefined.
+[[nodiscard]] LocationWords OfLocation(std::uint64_t location);
+
+// How a gateway wants its users to log on, and its edition.
+[[nodiscard]] const char* OfAuthentication(std::uint64_t authentication);
+[[nodiscard]] const char* OfEdition(std::uint64_t edition);
+
+}  // namespace networkwords

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "AgentClient.h"
+#include "Commands.h"
+
+#include <optional>
+#include <string>
+
+// How commands say why they end. One thread.
+namespace commands {
+
+// Says on standard error why nothing was done, and what to do.
+[[nodiscard]] Status Refuse(const std::string& message);
+// Says on standard error that there is no agent to talk to. `problem`: the reason, as AgentClient gives it.
+[[nodiscard]] Status ReportUnreachable(const std::string& problem);
+
+// The text in quotation marks, fit for a terminal.
+[[nodiscard]] std::string Quoted(const std::string& text);
+
+// Connects and hands the agent to `use`, which returns what is to be reported.
+template <class Use>
+[[nodiscard]] Status WithAgent(Use use) {
+  std::string problem;
+  std::optional<AgentClient> agent = AgentClient::Connect(problem);
+  return agent ? use(*agent) : ReportUnreachable(problem);
+}
+
+}  // namespace commands
