@@ -4,7 +4,18 @@
           xsi:schemaLocation="urn:morvane:servicerecord serviceRecord.xsd">
   <Service type="store">
     <SRID>branch-office</SRID>
-    <Name>Zweigstelle Köln</Name>
-    <Address>https://127.0.0.1:@PORT@/Example/Branch</Address>
+    <Name>Branch Office</Name>
+    <Address>https://localhost:9/Example/Branch</Address>
+    <Gateways>
+      <Gateway Name="Branch Gateway" Edition="Standard" Auth="Domain" RewriteMode="NONE" Default="true">
+        <Location>https://localhost:@GATEWAY_PORT@</Location>
+      </Gateway>
+    </Gateways>
+    <Internal>
+      <Beacon>https://localhost:9</Beacon>
+    </Internal>
+    <External>
+      <Beacon>https://localhost:@GATEWAY_PORT@/external</Beacon>
+    </External>
   </Service>
 </Services>

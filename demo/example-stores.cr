@@ -8,17 +8,17 @@
     <Address>https://localhost:@PORT@/Example/Main</Address>
     <Gateways>
       <Gateway Name="Example Gateway" Edition="Enterprise" Auth="Domain" RewriteMode="SG_RW" Default="true">
-        <Location>https://localhost:@PORT@</Location>
+        <Location>https://localhost:@GATEWAY_PORT@</Location>
       </Gateway>
       <Gateway Name="Spare Gateway" Edition="Standard" Auth="DomainAndRSA" RewriteMode="NONE" Default="false">
-        <Location>https://127.0.0.1:@PORT@</Location>
+        <Location>https://127.0.0.1:@GATEWAY_PORT@</Location>
       </Gateway>
     </Gateways>
     <Internal>
       <Beacon>https://localhost:@PORT@/internal</Beacon>
     </Internal>
     <External>
-      <Beacon>https://localhost:@PORT@/external</Beacon>
+      <Beacon>https://localhost:@GATEWAY_PORT@/external</Beacon>
     </External>
   </Service>
 </Services>

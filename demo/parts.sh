@@ -7,19 +7,31 @@ fail() {
   exit 1
 }
 
-# fill FILE TARGET: copies a file with its two marks replaced.
-fill() { sed -e "s|@PORT@|$port|g" -e "s|@WORK@|$work|g" "$1" >"$2"; }
+# fill FILE TARGET: copies a file with its marks replaced.
+fill() { sed -e "s|@PORT@|$port|g" -e "s|@GATEWAY_PORT@|$gateway_port|g" -e "s|@WORK@|$work|g" "$1" >"$2"; }
 
 accepts_connections() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
 
-# Starts nginx on a free port of this machine and sets port and server_pid.
-start_store_server() {
+# What the store's and the gateway's discovery services answer, and who may log on at the gateway.
+write_documents() {
+  local name
+  mkdir -p "$work/documents"
+  for name in example-stores branch-office; do
+    fill "demo/$name.discovery.xml" "$work/documents/$name.discovery.xml"
+  done
+  printf 'demo:{PLAIN}%s\n' "$gateway_password" >"$work/documents/users"
+}
+
+# Starts nginx, the store and the gateway, on free ports of this machine and sets port, gateway_port and server_pid.
+start_servers() {
   local nginx tries=20
   nginx=$(PATH=$PATH:/usr/sbin command -v nginx)
   mkdir -p "$work/nginx"
   while ((tries-- > 0)); do
-    port=$((20000 + (RANDOM % 10000)))
-    accepts_connections "$port" && continue
+    port=$((20000 + (RANDOM % 5000) * 2))
+    gateway_port=$((port + 1))
+    if accepts_connections "$port" || accepts_connections "$gateway_port"; then continue; fi
+    write_documents
     fill demo/nginx.conf.in "$work/nginx/nginx.conf"
     "$nginx" -p "$work/nginx" -e "$work/nginx/error.log" -c "$work/nginx/nginx.conf" </dev/null &
     server_pid=$!
@@ -28,7 +40,7 @@ start_store_server() {
     wait "$server_pid" || true
   done
   cat "$work/nginx/error.log" >&2
-  fail "the store server does not start"
+  fail "the servers do not start"
 }
 
 # nginx does not tell when it listens, so this asks until it does or has ended.
