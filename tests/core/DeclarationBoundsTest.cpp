@@ -74,6 +74,18 @@ TEST_F(DeclarationBoundsTest, MemoryCanRunOutWhileAContentModelIsDestroyed) {
     EXPECT_NE(Refusal(WithMemory(read - less), text), "") << less;
 }
 
+TEST_F(DeclarationBoundsTest, ElementsThatALargeModelComparesWithAllItsNamesAreBounded) {
+  std::wstring names = L"#PCDATA";
+  for (int i = 100; i < 500; ++i) names += L"|n" + std::to_wstring(i);
+  const std::wstring model = L"<!ELEMENT Services (" + names + L")*><!ELEMENT n499 EMPTY>";
+  const auto filled = [](std::size_t count) {
+    return L"<Services>" + Repeated(L"<n499/>", count) + L"</Services>";
+  };
+  EXPECT_EQ(Refusal({}, Declaring(model, filled(50000))), "");
+  EXPECT_EQ(Refusal({}, Declaring(model, filled(500000))),
+            "the document has too many elements for the size of its content models");
+}
+
 TEST_F(DeclarationBoundsTest, AnExponentialModelIsRefusedAlsoWhenNoElementUsesIt) {
   EXPECT_EQ(
       Refusal(WithMemory(16 * kMiB), Declaring(L"<!ELEMENT b ((a|b)*,a" + Repeated(L",(a|b)", 25) + L")>")),

@@ -6,6 +6,7 @@
 #include <xercesc/framework/XMLErrorCodes.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/QName.hpp>
 #include <xercesc/util/RefVectorOf.hpp>
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -16,6 +17,7 @@
 #include <xercesc/validators/common/ContentSpecNode.hpp>
 #include <xercesc/validators/schema/SchemaSymbols.hpp>
 
+#include <algorithm>
 #include <numeric>
 #include <stdexcept>
 #include <vector>
@@ -55,18 +57,26 @@ std::size_t Utf8Length(const XMLCh* text, std::size_t length) {
   });
 }
 
-bool HasMorePartsThan(std::size_t limit, const ContentSpecNode* model) {
-  std::vector<const ContentSpecNode*> open{model};
+struct ModelSize {
   std::size_t parts = 0;
-  while (!open.empty() && parts <= limit) {
+  std::size_t characters = 0;
+};
+
+// Counts no further than the first part past the limit.
+ModelSize SizeOf(const ContentSpecNode* model, std::size_t limit) {
+  std::vector<const ContentSpecNode*> open{model};
+  ModelSize size;
+  while (!open.empty() && size.parts <= limit) {
     const ContentSpecNode* part = open.back();
     open.pop_back();
     if (part == nullptr) continue;
-    ++parts;
+    ++size.parts;
+    if (part->getElement() != nullptr)
+      size.characters += XMLString::stringLen(part->getElement()->getRawName());
     open.push_back(part->getFirst());
     open.push_back(part->getSecond());
   }
-  return parts > limit;
+  return size;
 }
 
 }  // namespace
@@ -91,10 +101,12 @@ void BoundedParser::ParseWithinBounds(const InputSource& source) {
 
 // The library's content models are walked recursively, so they have to be refused before their first use.
 void BoundedParser::elementDecl(const DTDElementDecl& declaration, bool isIgnored) {
-  if (HasMorePartsThan(meter_.bounds.contentModelParts, declaration.getContentSpec())) {
+  const ModelSize size = SizeOf(declaration.getContentSpec(), meter_.bounds.contentModelParts);
+  if (size.parts > meter_.bounds.contentModelParts) {
     Fail("the document declares a content model of more than " +
          std::to_string(meter_.bounds.contentModelParts) + " parts");
   }
+  meter_.largestModel = std::max(meter_.largestModel, size.parts + size.characters);
   if (!isIgnored) MakeAutomaton(declaration);
   Look();
   XercesDOMParser::elementDecl(declaration, isIgnored);
@@ -165,6 +177,7 @@ void BoundedParser::startElement(const XMLElementDecl& declaration, unsigned int
     Fail("the document nests deeper than " + std::to_string(meter_.bounds.nesting) + " levels");
   }
   ++meter_.depth;
+  CountElement();
   CheckAttributeCount(attributeCount);
   for (XMLSize_t i = 0; i < attributeCount; ++i) {
     const XMLAttr& attribute = *attributes.elementAt(i);
@@ -221,6 +234,14 @@ void BoundedParser::error(unsigned int code, const XMLCh* domain, XMLErrorReport
 void BoundedParser::Fail(const std::string& reason) {
   meter_.running = false;
   throw std::runtime_error(reason);
+}
+
+// All children of an element are compared with all names of its model in one go.
+void BoundedParser::CountElement() {
+  ++meter_.elements;
+  if (meter_.elements * meter_.largestModel > meter_.bounds.modelComparisons) {
+    Fail("the document has too many elements for the size of its content models");
+  }
 }
 
 void BoundedParser::CheckAttributeCount(std::size_t count) {

@@ -48,6 +48,7 @@ class BoundedParser : public xercesc::XercesDOMParser {
   // the calls above, and in few other places.
   void Look();
   void CountText(const XMLCh* text, XMLSize_t length);
+  void CountElement();
   void CheckAttributeCount(std::size_t count);
   void MakeAutomaton(const xercesc::DTDElementDecl& declaration);
   [[nodiscard]] bool NamesReferenceList(const xercesc::XMLAttr& attribute) const;

@@ -15,6 +15,7 @@ inline constexpr std::size_t kMaximumEntityMarkup = std::size_t{64} << 10;
 inline constexpr std::size_t kMaximumServiceNesting = 4;
 inline constexpr std::size_t kMaximumNamedFileBytes = std::size_t{1} << 20;
 inline constexpr std::size_t kMaximumContentModelParts = 1000;
+inline constexpr std::size_t kMaximumModelComparisons = 200000000;  // elements times the largest model
 inline constexpr std::size_t kMaximumEnumerationCharacters = std::size_t{16} << 10;
 inline constexpr std::size_t kMaximumParserMemory = std::size_t{1} << 30;
 inline constexpr std::chrono::seconds kMaximumParseTime{10};

@@ -15,6 +15,7 @@ struct ParseBounds {
   std::size_t entityMarkup = kMaximumEntityMarkup;    // characters of an entity that holds markup
   std::size_t expandedBytes = kMaximumExpandedBytes;  // of UTF-8
   std::size_t contentModelParts = kMaximumContentModelParts;
+  std::size_t modelComparisons = kMaximumModelComparisons;
   std::size_t enumerationCharacters = kMaximumEnumerationCharacters;  // of all attributes together
   std::size_t memory = kMaximumParserMemory;
   std::chrono::milliseconds time = kMaximumParseTime;
@@ -24,6 +25,8 @@ struct ParseBounds {
 struct ParseMeter {
   ParseBounds bounds;
   std::size_t depth = 0;
+  std::size_t elements = 0;
+  std::size_t largestModel = 0;  // parts and characters of their names
   std::size_t expandedBytes = 0;
   std::size_t enumerationCharacters = 0;
   std::size_t memory = 0;
@@ -35,6 +38,8 @@ struct ParseMeter {
 
   void Start() {
     depth = 0;
+    elements = 0;
+    largestModel = 0;
     expandedBytes = 0;
     enumerationCharacters = 0;
     blocksSinceLook = 0;
