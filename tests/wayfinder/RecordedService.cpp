@@ -65,7 +65,8 @@ bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t loca
   return changed_.wait_for(lock, limit, [&] {
     const auto last = std::find_if(changes_.rbegin(), changes_.rend(),
                                    [&url](const Change& change) { return change.first == url; });
-    return last != changes_.rend() && last->second == location;
+    // What was given out last may be of a list that has been replaced since.
+    return last != changes_.rend() && last->second == location && LocationOf(url) == location;
   });
 }
 
