@@ -2,6 +2,8 @@
 
 #include "SRLib/TextHelpers.h"
 
+#include <string.h>
+
 #include <string>
 
 namespace {
@@ -33,8 +35,19 @@ bool IsSendable(std::string_view line) {
 }
 
 // libcurl leaves out a header whose value is blank, unless a semicolon stands in the colon's place.
-std::string LibraryForm(const std::string& line) {
-  return HasBlankValue(line) ? line.substr(0, line.find(':')) + ";" : line;
+void MakeLibraryForm(std::string& line) {
+  if (HasBlankValue(line)) line.replace(line.find(':'), std::string::npos, ";");
+}
+
+// False without memory. A line that cannot be sent is passed over.
+bool AppendSendable(CurlListPtr& list, std::string line) {
+  bool appended = true;
+  if (IsSendable(line)) {
+    MakeLibraryForm(line);
+    appended = Append(list, line);
+  }
+  ::explicit_bzero(line.data(), line.size());  // it may hold credentials
+  return appended;
 }
 
 }  // namespace
@@ -44,8 +57,7 @@ CurlListPtr RequestHeaders(std::wstring_view extraHeaders) {
   if (!Append(list, "Accept: text/xml,application/xml")) return nullptr;
   std::size_t end = extraHeaders.find(kLineEnd);
   for (; end != std::wstring_view::npos; end = extraHeaders.find(kLineEnd)) {
-    const std::string line = util::narrow(extraHeaders.substr(0, end));
-    if (IsSendable(line) && !Append(list, LibraryForm(line))) return nullptr;
+    if (!AppendSendable(list, util::narrow(extraHeaders.substr(0, end)))) return nullptr;
     extraHeaders.remove_prefix(end + kLineEnd.size());
   }
   return list;
