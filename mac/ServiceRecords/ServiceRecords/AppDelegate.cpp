@@ -16,6 +16,7 @@
 #include "SystemLog.h"
 #include "TerminationEvent.h"
 #include "libs/Warden_SDK/MorvaneWarden.h"
+#include "libs/Wayfinder/Wayfinder.h"
 
 #include <unistd.h>
 
@@ -160,6 +161,7 @@ void AppDelegate::Finish(int status) {
     ServiceRecords::SRProvider::Instance().WhileLocked([status] { ::_exit(status); });
   }
   SetClientActivation(nullptr);
+  WFSetLocationFunc(nullptr);
   MainLoop::Main().RunPosted();  // the last notifications and replies
   DistributedNotificationCenter::defaultCenter().Disconnect();
 }

@@ -36,7 +36,9 @@ bool IsSendable(std::string_view line) {
 
 // libcurl leaves out a header whose value is blank, unless a semicolon stands in the colon's place.
 void MakeLibraryForm(std::string& line) {
-  if (HasBlankValue(line)) line.replace(line.find(':'), std::string::npos, ";");
+  if (!HasBlankValue(line)) return;
+  line.resize(line.find(':'));
+  line += ';';
 }
 
 // False without memory. A line that cannot be sent is passed over.

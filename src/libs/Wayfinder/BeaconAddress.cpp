@@ -6,6 +6,7 @@
 #include <locale.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <string_view>
 
 namespace Wayfinding {
@@ -28,6 +29,13 @@ class UTF8Thread {
 
   locale_t before_;
 };
+
+// Whether the bytes are characters of the calling thread's locale.
+bool IsText(const std::string& text) {
+  std::mbstate_t state{};
+  const char* bytes = text.c_str();
+  return std::mbsrtowcs(nullptr, &bytes, 0, &state) != static_cast<std::size_t>(-1);
+}
 
 std::string Lowered(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
@@ -133,6 +141,7 @@ std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text) {
   // The C interface below would read only the part before it.
   if (text.find('\0') != std::string::npos) return std::nullopt;
   const UTF8Thread utf8;
+  if (!IsText(text)) return std::nullopt;  // some releases of libcurl would leak such a host
   BeaconAddress address;
   for (const std::string& candidate : URLsOf(Trimmed(text))) {
     std::optional<BeaconURL> url = ParseURL(candidate);

@@ -28,6 +28,10 @@ X509_STORE* SystemStore() {
 
 }  // namespace
 
+void InitializeTls() {
+  OPENSSL_init_ssl(0, nullptr);
+}
+
 TlsTrust::TlsTrust() = default;
 TlsTrust::~TlsTrust() = default;
 

@@ -7,6 +7,10 @@ struct x509_store_st;
 
 namespace Wayfinding {
 
+// The TLS library cleans up at the exit of the process, after whatever was made later than this call has
+// gone. Any thread.
+void InitializeTls();
+
 // Whom a round's TLS handshakes trust: the system's authorities, read anew for each round, or those that
 // SSL_CERT_FILE and SSL_CERT_DIR name. Outlives the connections that it prepared. One thread.
 class TlsTrust {

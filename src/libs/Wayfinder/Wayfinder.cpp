@@ -1,6 +1,7 @@
 #include "libs/Wayfinder/Wayfinder.h"
 
 #include "libs/Wayfinder/LocationService.h"
+#include "libs/Wayfinder/TlsTrust.h"
 
 #include <atomic>
 
@@ -38,7 +39,11 @@ void WFSetLocationFunc(WFLocationFunc locationFunction) {
   g_locationFunction = locationFunction;
 }
 
-Wayfinder::Wayfinder() : service_(std::make_unique<Wayfinding::LocationService>(Parts())) {}
+Wayfinder::Wayfinder() {
+  // At the exit of the process the thread has to end before the TLS library cleans up.
+  Wayfinding::InitializeTls();
+  service_ = std::make_unique<Wayfinding::LocationService>(Parts());
+}
 Wayfinder::~Wayfinder() = default;
 
 Wayfinder& Wayfinder::sharedInstance() {
