@@ -4,7 +4,6 @@
 
 #include <exception>
 #include <string>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -22,29 +21,43 @@ void RunAndLogFailure(const std::function<void()>& work) {
 
 }  // namespace
 
+BackgroundTasks::~BackgroundTasks() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return running_.empty(); });
+  JoinEnded();
+}
+
 void BackgroundTasks::Start(std::function<void()> work) {
-  {
-    const std::lock_guard lock(mutex_);
-    ++running_;
-  }
+  const std::lock_guard lock(mutex_);
+  JoinEnded();
+  const auto thread = running_.emplace(running_.end());
   try {
-    std::thread([this, task = std::move(work)] {
+    *thread = std::thread([this, thread, task = std::move(work)] {
       RunAndLogFailure(task);
-      Finished();
-    }).detach();
+      Finished(thread);
+    });
   } catch (...) {
-    Finished();
+    running_.erase(thread);
     throw;
   }
 }
 
-void BackgroundTasks::Finished() {
+void BackgroundTasks::Finished(Threads::iterator thread) {
   const std::lock_guard lock(mutex_);
-  --running_;
+  ended_.splice(ended_.end(), running_, thread);
   changed_.notify_all();
+}
+
+// Libraries clean up after a thread at its very end, which must not meet their clean-up at the process's
+// exit.
+void BackgroundTasks::JoinEnded() {
+  for (std::thread& thread : ended_) thread.join();
+  ended_.clear();
 }
 
 bool BackgroundTasks::WaitForAll(std::chrono::milliseconds limit) {
   std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, limit, [this] { return running_ == 0; });
+  if (!changed_.wait_for(lock, limit, [this] { return running_.empty(); })) return false;
+  JoinEnded();
+  return true;
 }
