@@ -56,8 +56,9 @@ LocationLoop::LocationLoop(const LocationParts& parts, StoreLocations& locations
 LocationLoop::~LocationLoop() = default;
 
 void LocationLoop::Run() {
-  while (!orders_.stop) {
+  for (;;) {
     wake_.Clear();
+    if (orders_.stop) return;  // looked at after the event is cleared, or the order could be missed
     TakeOrders();
     TakeNetworkEvents();
     if (schedule_.TakeLook(parts_.now())) LookAtNetwork();
