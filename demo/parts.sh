@@ -1,6 +1,7 @@
 # shellcheck shell=bash
-# The parts around the agent that scripts/demo starts, and their end. Sourced; $work is the demo's folder.
-: "${work:?}"
+# The parts around the agent that scripts/demo starts, and their end. Sourced; $work is the demo's folder, and
+# $gateway_password the password of the gateway's user.
+: "${work:?}" "${gateway_password:?}"
 
 fail() {
   echo "demo: $*" >&2

@@ -13,8 +13,9 @@ extern "C" {
 // the notifications and with them the provider. Main thread, once.
 void ServiceRecordInit();
 
-// Handles one opened file: the user's confirmation, the discovery service's, the announcement. `path` is UTF-8 and quoted. True
-// when stores were accepted. Blocks in dialogs and network calls; not for the main thread.
+// Handles one opened file: the user's confirmation, the discovery service's, the announcement. `path` is
+// UTF-8 and quoted. True when stores were accepted. Blocks in dialogs and network calls; not for the main
+// thread.
 bool ServiceRecordHandleFTA(const char* path);
 }
 
