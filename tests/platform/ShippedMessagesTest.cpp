@@ -11,7 +11,7 @@
 
 namespace {
 
-TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextWithItsPlaceholders) {
+TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextThatTakesItsArguments) {
   ResourceKeeper keeper(SR_SOURCE_DIR "/resources", [] { return std::vector<std::string>{"en"}; });
   const std::pair<int, int> messages[] = {{util::kMessageNotAServiceRecord, 0},
                                           {util::kMessageStoreTitle, 0},
@@ -21,12 +21,12 @@ TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextWithItsPlaceholders) {
                                           {util::kMessageServerNotContacted, 1},
                                           {util::kMessageEmptyHostName, 1},
                                           {util::kMessageCertificatesNotFetched, 1}};
-  for (const auto& [id, placeholders] : messages) {
+  for (const auto& [id, arguments] : messages) {
     const std::string text = keeper.messageFromResource(id);
     EXPECT_FALSE(text.starts_with("Failed to find")) << id;
     int found = 0;
     for (std::size_t at = 0; (at = text.find("%S", at)) != std::string::npos; ++at) ++found;
-    EXPECT_EQ(found, placeholders) << text;
+    EXPECT_EQ(found, arguments) << text;
   }
 }
 

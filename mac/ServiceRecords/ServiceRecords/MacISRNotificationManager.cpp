@@ -55,7 +55,7 @@ std::int32_t MacIServiceRecordsNotifications::ShowTrustDialog(
   return AnswerOf(userInterface->addStore(PropertyList::Write(details).c_str()));
 }
 
-// Deliberately not implemented on this platform.
+// Nobody is asked about a gateway alone: the trust dialog shows a store's gateways together with the store.
 std::int32_t MacIServiceRecordsNotifications::ShowGatewayTrustDialog(const std::wstring& /*gateway*/) {
   return kNoAnswer;
 }
