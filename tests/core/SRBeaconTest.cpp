@@ -6,7 +6,7 @@
 namespace {
 
 using testsupport::Beacon;
-using List = std::list<ServiceRecords::SRBeacon>;
+using Beacons = std::list<ServiceRecords::SRBeacon>;
 
 TEST(SRBeaconTest, ANewBeaconIsEmptyAndNotConfirmed) {
   const ServiceRecords::SRBeacon beacon;
@@ -24,17 +24,17 @@ TEST(SRBeaconTest, LocationsThatDifferOnlyInLetterCaseAreDifferent) {
 }
 
 TEST(SRBeaconTest, AConfirmedBeaconMissingFromTheListIsReported) {
-  const List others{Beacon(L"https://b"), Beacon(L"https://A")};
+  const Beacons others{Beacon(L"https://b"), Beacon(L"https://A")};
   EXPECT_TRUE(Beacon(L"https://a", true).ConfirmedButNotInList(&others));
 }
 
 TEST(SRBeaconTest, AConfirmedBeaconThatTheListNamesIsNotReported) {
-  const List others{Beacon(L"https://b"), Beacon(L"https://a")};
+  const Beacons others{Beacon(L"https://b"), Beacon(L"https://a")};
   EXPECT_FALSE(Beacon(L"https://a", true).ConfirmedButNotInList(&others));
 }
 
 TEST(SRBeaconTest, AnUnconfirmedBeaconIsNeverReported) {
-  const List none;
+  const Beacons none;
   EXPECT_FALSE(Beacon(L"https://a", false).ConfirmedButNotInList(&none));
 }
 

@@ -8,7 +8,10 @@ namespace {
 
 using ServiceRecords::SRGateway;
 using testsupport::Gateway;
-using List = std::list<SRGateway>;
+using Edition = SRGateway::GatewayEdition;
+using Authentication = SRGateway::GatewayAuthentication;
+using AGMode = SRGateway::AGMode;
+using Gateways = std::list<SRGateway>;
 
 TEST(SRGatewayTest, ANewGatewayLogsOnWithNoneAndNotWithTheFirstKind) {
   const SRGateway gateway;
@@ -27,9 +30,6 @@ TEST(SRGatewayTest, ANewGatewayIsUnnamedAndTrustedByNobody) {
 }
 
 TEST(SRGatewayTest, TheNumbersInTheConfigurationFileStayWhatTheyAre) {
-  using Edition = SRGateway::GatewayEdition;
-  using Authentication = SRGateway::GatewayAuthentication;
-  using Mode = SRGateway::AGMode;
   EXPECT_EQ(static_cast<unsigned>(Edition::Standard), 0U);
   EXPECT_EQ(static_cast<unsigned>(Edition::Advanced), 1U);
   EXPECT_EQ(static_cast<unsigned>(Edition::Enterprise), 2U);
@@ -39,10 +39,10 @@ TEST(SRGatewayTest, TheNumbersInTheConfigurationFileStayWhatTheyAre) {
   EXPECT_EQ(static_cast<unsigned>(Authentication::DomainAndRSA), 3U);
   EXPECT_EQ(static_cast<unsigned>(Authentication::SMS), 4U);
   EXPECT_EQ(static_cast<unsigned>(Authentication::GatewayKnows), 5U);
-  EXPECT_EQ(static_cast<unsigned>(Mode::NONE), 0U);
-  EXPECT_EQ(static_cast<unsigned>(Mode::SG_RW), 1U);
-  EXPECT_EQ(static_cast<unsigned>(Mode::FB_RW), 2U);
-  EXPECT_EQ(static_cast<unsigned>(Mode::ENTCVPN_RW), 3U);
+  EXPECT_EQ(static_cast<unsigned>(AGMode::NONE), 0U);
+  EXPECT_EQ(static_cast<unsigned>(AGMode::SG_RW), 1U);
+  EXPECT_EQ(static_cast<unsigned>(AGMode::FB_RW), 2U);
+  EXPECT_EQ(static_cast<unsigned>(AGMode::ENTCVPN_RW), 3U);
 }
 
 TEST(SRGatewayTest, TheNameAloneIdentifiesAGateway) {
@@ -57,21 +57,21 @@ TEST(SRGatewayTest, NamesThatDifferOnlyInLetterCaseAreDifferent) {
 TEST(SRGatewayTest, AGatewayTrustedOnlyByTheUserIsNotReportedAsMissing) {
   SRGateway gateway = Gateway(L"GW");
   gateway.SetTrustedByUser(true);
-  const List none;
+  const Gateways none;
   EXPECT_FALSE(gateway.TrustedButNotInList(&none));
 }
 
 TEST(SRGatewayTest, AGatewayConfirmedEarlierIsReportedWhenTheListDoesNotNameIt) {
   SRGateway gateway = Gateway(L"GW");
   gateway.SetTrustedByDS(true);
-  const List others{Gateway(L"gw"), Gateway(L"GW2")};
+  const Gateways others{Gateway(L"gw"), Gateway(L"GW2")};
   EXPECT_TRUE(gateway.TrustedButNotInList(&others));
 }
 
 TEST(SRGatewayTest, AGatewayConfirmedEarlierIsNotReportedWhenTheListNamesIt) {
   SRGateway gateway = Gateway(L"GW", L"https://one");
   gateway.SetTrustedByDS(true);
-  const List others{Gateway(L"GW2"), Gateway(L"GW", L"https://two")};
+  const Gateways others{Gateway(L"GW2"), Gateway(L"GW", L"https://two")};
   EXPECT_FALSE(gateway.TrustedButNotInList(&others));
 }
 

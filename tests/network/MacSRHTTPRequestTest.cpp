@@ -26,6 +26,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 using testsupport::EnvironmentVariable;
+using testsupport::kEmptyAnswer;
 using testsupport::LevelCapture;
 using testsupport::RawServer;
 using testsupport::ServerBlock;
@@ -34,7 +35,6 @@ using testsupport::TrustedAuthority;
 using testsupport::WebServer;
 
 constexpr std::uintmax_t kBodyBound = 16 * 1024 * 1024;
-constexpr const char* kEmptyAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
 
 std::wstring URL(const WebServer& server, const std::string& path, const std::string& scheme = "http") {
   return util::widen(server.Address(scheme) + path);

@@ -11,6 +11,8 @@
 
 namespace testsupport {
 
+inline constexpr const char* kEmptyAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
+
 // Answers each connection's first request with bytes of the test's choice and closes it. Its own thread,
 // which ends with this object.
 class RawServer {

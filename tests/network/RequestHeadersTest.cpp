@@ -9,11 +9,9 @@
 
 namespace {
 
-constexpr const char* kEmptyAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
-
 // What the server receives between "Accept" and the blank line.
 std::string AddedLines(const std::wstring& extraHeaders) {
-  const testsupport::RawServer server({kEmptyAnswer});
+  const testsupport::RawServer server({testsupport::kEmptyAnswer});
   ServiceRecords::MacSRHTTPRequest request(server.Address() + L"/discovery");
   EXPECT_TRUE(request.SendHTTPRequest(extraHeaders));
   const std::string received = server.Requests().at(0);

@@ -10,7 +10,7 @@ using testing::IsEmpty;
 using testing::Pair;
 using Warden::Challenge;
 
-std::vector<Challenge> Parsed(const std::string& value) {
+std::vector<Challenge> ParsedChallenges(const std::string& value) {
   std::vector<Challenge> challenges;
   Warden::AppendChallenges(value, challenges);
   return challenges;
@@ -18,12 +18,13 @@ std::vector<Challenge> Parsed(const std::string& value) {
 
 std::vector<std::string> Schemes(const std::string& value) {
   std::vector<std::string> schemes;
-  for (const Challenge& challenge : Parsed(value)) schemes.push_back(challenge.scheme);
+  for (const Challenge& challenge : ParsedChallenges(value)) schemes.push_back(challenge.scheme);
   return schemes;
 }
 
 TEST(Challenge, HasItsSchemeInLowerCaseAndItsParametersUnquoted) {
-  const std::vector<Challenge> challenges = Parsed(R"(BASIC Realm="a \"b\" \\c, d=e", charset=UTF-8)");
+  const std::vector<Challenge> challenges =
+      ParsedChallenges(R"(BASIC Realm="a \"b\" \\c, d=e", charset=UTF-8)");
   ASSERT_EQ(challenges.size(), 1U);
   EXPECT_EQ(challenges[0].scheme, "basic");
   EXPECT_THAT(challenges[0].parameters,
@@ -31,8 +32,8 @@ TEST(Challenge, HasItsSchemeInLowerCaseAndItsParametersUnquoted) {
 }
 
 TEST(Challenge, SeveralShareOneLine) {
-  const std::vector<Challenge> challenges =
-      Parsed(R"(Negotiate, Digest realm="r", qop="auth,auth-int", nonce=abc , Basic realm="x,y",NTLM)");
+  const std::vector<Challenge> challenges = ParsedChallenges(
+      R"(Negotiate, Digest realm="r", qop="auth,auth-int", nonce=abc , Basic realm="x,y",NTLM)");
   ASSERT_EQ(challenges.size(), 4U);
   EXPECT_EQ(challenges[0].scheme, "negotiate");
   EXPECT_THAT(challenges[1].parameters,
@@ -42,7 +43,7 @@ TEST(Challenge, SeveralShareOneLine) {
 }
 
 TEST(Challenge, MayCarryATokenInsteadOfParameters) {
-  const std::vector<Challenge> challenges = Parsed(R"(Negotiate YIIab+/c==, Basic realm=r)");
+  const std::vector<Challenge> challenges = ParsedChallenges(R"(Negotiate YIIab+/c==, Basic realm=r)");
   ASSERT_EQ(challenges.size(), 2U);
   EXPECT_EQ(challenges[0].token, "YIIab+/c==");
   EXPECT_THAT(challenges[1].parameters, ElementsAre(Pair("realm", "r")));
@@ -50,7 +51,7 @@ TEST(Challenge, MayCarryATokenInsteadOfParameters) {
 
 TEST(Challenge, AllowsBlanksAroundAnEqualsSignAndEmptyListItems) {
   const std::vector<Challenge> challenges =
-      Parsed(", ,Basic realm = \"r\" ,, charset\t=\tUTF-8,, Negotiate ,");
+      ParsedChallenges(", ,Basic realm = \"r\" ,, charset\t=\tUTF-8,, Negotiate ,");
   ASSERT_EQ(challenges.size(), 2U);
   EXPECT_THAT(challenges[0].parameters, ElementsAre(Pair("realm", "r"), Pair("charset", "UTF-8")));
 }

@@ -10,12 +10,12 @@ std::string Text(const Url& url) {
   return url.scheme + "://" + url.authority + url.target;
 }
 
-Url Parsed(const std::string& text) {
+Url ParsedUrl(const std::string& text) {
   return Url::Parse(text, "https").value_or(Url());
 }
 
 std::string Through(const std::string& gateway, const std::string& store) {
-  const std::optional<Url> url = Warden::ThroughGateway(Parsed(gateway), Parsed(store));
+  const std::optional<Url> url = Warden::ThroughGateway(ParsedUrl(gateway), ParsedUrl(store));
   return url ? Text(*url) : "none";
 }
 
@@ -23,22 +23,22 @@ TEST(Url, KeepsAPlainUrlAsItIs) {
   for (const char* text :
        {"https://store.example/Example/Main/discovery", "http://store.example:8080/a?b=c&d",
         "https://[::1]:444/x", "https://store.example/a%20b"}) {
-    EXPECT_EQ(Text(Parsed(text)), text);
+    EXPECT_EQ(Text(ParsedUrl(text)), text);
   }
 }
 
 TEST(Url, TakesTheGivenSchemeForATextWithoutOne) {
-  EXPECT_EQ(Text(Parsed("gateway.example")), "https://gateway.example/");
+  EXPECT_EQ(Text(ParsedUrl("gateway.example")), "https://gateway.example/");
   EXPECT_EQ(Text(Url::Parse("store.example/a://b", "http").value_or(Url())), "http://store.example/a://b");
 }
 
 TEST(Url, EncodesBlanksAndOtherLettersInTheTarget) {
-  EXPECT_EQ(Parsed("https://h/a b/\xC3\xBC").target, "/a%20b/%C3%BC");
+  EXPECT_EQ(ParsedUrl("https://h/a b/\xC3\xBC").target, "/a%20b/%C3%BC");
 }
 
 TEST(Url, LeavesOutUserInformationAndFragment) {
-  EXPECT_EQ(Text(Parsed("https://user:pass@h/a#part")), "https://h/a");
-  EXPECT_EQ(Text(Parsed("https://h?x=1#part")), "https://h/?x=1");
+  EXPECT_EQ(Text(ParsedUrl("https://user:pass@h/a#part")), "https://h/a");
+  EXPECT_EQ(Text(ParsedUrl("https://h?x=1#part")), "https://h/?x=1");
 }
 
 TEST(Url, RefusesWhatIsNoWebAddress) {
@@ -49,22 +49,22 @@ TEST(Url, RefusesWhatIsNoWebAddress) {
 }
 
 TEST(Url, NamesAServerInLowerCaseWithoutItsDefaultPort) {
-  EXPECT_EQ(Parsed("HTTPS://Store.Example:443/").ServerKey(), "store.example");
-  EXPECT_EQ(Parsed("https://store.example:80/").ServerKey(), "store.example:80");
-  EXPECT_EQ(Parsed("http://store.example:80/").ServerKey(), "store.example");
-  EXPECT_EQ(Parsed("https://[::1]:443/").ServerKey(), "[::1]");
+  EXPECT_EQ(ParsedUrl("HTTPS://Store.Example:443/").ServerKey(), "store.example");
+  EXPECT_EQ(ParsedUrl("https://store.example:80/").ServerKey(), "store.example:80");
+  EXPECT_EQ(ParsedUrl("http://store.example:80/").ServerKey(), "store.example");
+  EXPECT_EQ(ParsedUrl("https://[::1]:443/").ServerKey(), "[::1]");
 }
 
 TEST(Url, NamesTheHostWithoutPortAndBrackets) {
-  EXPECT_EQ(Parsed("https://store.example:8443/").Host(), "store.example");
-  EXPECT_EQ(Parsed("https://[::1]:8443/").Host(), "::1");
+  EXPECT_EQ(ParsedUrl("https://store.example:8443/").Host(), "store.example");
+  EXPECT_EQ(ParsedUrl("https://[::1]:8443/").Host(), "::1");
 }
 
 TEST(Url, RequestsATargetWithoutDotSegments) {
-  EXPECT_EQ(Parsed("https://h/a/../b/./c?d=../e").RequestTarget(), "/b/c?d=../e");
-  EXPECT_EQ(Parsed("https://h/a/..").RequestTarget(), "/");
-  EXPECT_EQ(Parsed("https://h/../../a/.").RequestTarget(), "/a/");
-  EXPECT_EQ(Parsed("https://h/a//b").RequestTarget(), "/a//b");
+  EXPECT_EQ(ParsedUrl("https://h/a/../b/./c?d=../e").RequestTarget(), "/b/c?d=../e");
+  EXPECT_EQ(ParsedUrl("https://h/a/..").RequestTarget(), "/");
+  EXPECT_EQ(ParsedUrl("https://h/../../a/.").RequestTarget(), "/a/");
+  EXPECT_EQ(ParsedUrl("https://h/a//b").RequestTarget(), "/a//b");
 }
 
 TEST(Url, GoesThroughAGatewayByItsRewritingScheme) {

@@ -15,6 +15,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Pair;
 using testsupport::kGood;
+using testsupport::kStore;
 using testsupport::kToPortal;
 using testsupport::kUnavailable;
 using testsupport::LoopbackListener;
@@ -26,7 +27,6 @@ using testsupport::WebServer;
 
 namespace {
 
-constexpr char kStore[] = "https://store.example/Main";
 std::string At(const RawServer& server) {
   return "http://127.0.0.1:" + std::to_string(server.Port()) + "/";
 }

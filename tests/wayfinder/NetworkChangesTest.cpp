@@ -11,11 +11,10 @@
 using testing::Pair;
 using testsupport::AddressServer;
 using testsupport::kGood;
+using testsupport::kStore;
 using testsupport::RecordedService;
 
 namespace {
-
-constexpr char kStore[] = "https://store.example/Main";
 
 // A store on whose network the machine is.
 class NetworkChanges : public testsupport::NetworkNamespaces {

@@ -11,12 +11,12 @@
 
 using testsupport::AddressServer;
 using testsupport::kGood;
+using testsupport::kStore;
 using testsupport::kToPortal;
 using testsupport::RecordedService;
 
 namespace {
 
-constexpr char kStore[] = "https://store.example/Main";
 constexpr char kInside[] = "http://10.1.0.2/";
 constexpr char kOutside[] = "http://10.1.0.3:8080/";
 

@@ -13,6 +13,8 @@
 
 namespace testsupport {
 
+inline constexpr char kStore[] = "https://store.example/Main";
+
 struct StoreAndBeacons {
   std::string url;
   std::vector<std::string> internal;

@@ -15,13 +15,13 @@
 using testsupport::AddressServer;
 using testsupport::FakeNetworkManager;
 using testsupport::kGood;
+using testsupport::kStore;
 using testsupport::RecordedService;
 using testsupport::TunnelEnd;
 using testsupport::TunnelPair;
 
 namespace {
 
-constexpr char kStore[] = "https://store.example/Main";
 constexpr char kBehindTunnel[] = "http://10.8.0.2/";
 
 class Tunnels : public testsupport::NetworkNamespaces {

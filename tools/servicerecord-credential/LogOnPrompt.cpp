@@ -13,10 +13,10 @@ namespace {
 
 constexpr std::size_t kLongestText = 200;
 constexpr std::size_t kLongestAnswer = 1024;
-constexpr std::string_view kUserName = "  User name (empty to cancel): ";
-constexpr std::string_view kPassword = "  Password: ";
-constexpr std::string_view kCode = "  Code: ";
-constexpr std::string_view kRemember = "  Keep user name and password for the next time? [y/N] ";
+constexpr std::string_view kUserNameQuestion = "  User name (empty to cancel): ";
+constexpr std::string_view kPasswordQuestion = "  Password: ";
+constexpr std::string_view kCodeQuestion = "  Code: ";
+constexpr std::string_view kRememberQuestion = "  Keep user name and password for the next time? [y/N] ";
 
 bool IsFit(std::string_view text) {
   for (const char character : text) {
@@ -61,19 +61,19 @@ std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
 }
 
 bool AskForUserName(Terminal& terminal, LogOn& answer) {
-  const std::optional<Secret> name = AskFor(terminal, kUserName, Terminal::Echo::On);
+  const std::optional<Secret> name = AskFor(terminal, kUserNameQuestion, Terminal::Echo::On);
   if (name) answer.userName = util::Trimmed(name->View());
   return !answer.userName.empty();
 }
 
 bool AskForPassword(Terminal& terminal, LogOn& answer) {
-  std::optional<Secret> password = AskFor(terminal, kPassword, Terminal::Echo::Off);
+  std::optional<Secret> password = AskFor(terminal, kPasswordQuestion, Terminal::Echo::Off);
   if (password) answer.password = std::move(*password);
   return password.has_value();
 }
 
 bool AskForCode(Terminal& terminal, LogOn& answer) {
-  const std::optional<Secret> code = AskFor(terminal, kCode, Terminal::Echo::Off);
+  const std::optional<Secret> code = AskFor(terminal, kCodeQuestion, Terminal::Echo::Off);
   if (code) answer.code = Secret(util::Trimmed(code->View()));
   return !answer.code.IsEmpty();
 }
@@ -93,6 +93,6 @@ std::optional<LogOn> AskToLogOn(Terminal& terminal, const LogOnQuestion& questio
     terminal.Print("\nLog-on cancelled.\n");
     return std::nullopt;
   }
-  answer.remember = question.canRemember && !isKnown && terminal.Confirm(kRemember);
+  answer.remember = question.canRemember && !isKnown && terminal.Confirm(kRememberQuestion);
   return answer;
 }

@@ -9,7 +9,6 @@
 #include <type_traits>
 
 namespace Warden {
-namespace {
 
 struct GssDeleter {
   void operator()(gss_name_t name) const noexcept {
@@ -29,6 +28,8 @@ struct GssDeleter {
 using NamePtr = std::unique_ptr<std::remove_pointer_t<gss_name_t>, GssDeleter>;
 using ContextPtr = std::unique_ptr<std::remove_pointer_t<gss_ctx_id_t>, GssDeleter>;
 using BufferPtr = std::unique_ptr<gss_buffer_desc, GssDeleter>;
+
+namespace {
 
 // SPNEGO, 1.3.6.1.5.5.2.
 gss_OID_desc g_mechanism{6, const_cast<char*>("\x2b\x06\x01\x05\x05\x02")};

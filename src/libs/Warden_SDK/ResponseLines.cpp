@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kLongestLine = std::size_t{64} * 1024;
 constexpr std::size_t kMostLines = 1000;
 
-bool IsControl(char character) {
+bool IsForbidden(char character) {
   const auto byte = static_cast<unsigned char>(character);
   return (byte < 0x20 && character != '\t') || byte == 0x7F;
 }
@@ -31,7 +31,7 @@ std::optional<ResponseLine> LineOf(const wchar_t* wide) {
   const std::size_t length = ::wcsnlen(wide, kLongestLine + 1);
   if (length > kLongestLine) return std::nullopt;
   const std::string text = util::narrow(std::wstring_view(wide, length));
-  if (text.size() > kLongestLine || std::any_of(text.begin(), text.end(), IsControl)) return std::nullopt;
+  if (text.size() > kLongestLine || std::any_of(text.begin(), text.end(), IsForbidden)) return std::nullopt;
   const std::size_t colon = text.find(':');
   if (colon == std::string::npos || colon == 0) return std::nullopt;
   ResponseLine line{text.substr(0, colon),
