@@ -5,6 +5,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include <algorithm>
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -55,6 +56,8 @@ void* MeteredMemoryManager::allocate(XMLSize_t size) {
   header->next->previous = header;
   blocks_.next = header;
   meter_.memory += header->size;
+  // An automaton that ran out of memory frees what its tables name, the entries without a value yet too.
+  if (meter_.makingAutomaton) std::memset(static_cast<void*>(header + 1), 0, size);
   return header + 1;
 }
 
