@@ -102,6 +102,21 @@ TEST_F(DeclarationBoundsTest, AParserServesAgainWithAllItsMemoryAfterABrokenOffP
   }
 }
 
+TEST_F(DeclarationBoundsTest, MemoryCanRunOutAnywhereInAnAutomaton) {
+  const std::wstring text = Declaring(L"<!ELEMENT b ((a|b)*,a" + Repeated(L",(a|b)", 6) + L")>");
+  std::size_t refused = 0;
+  std::size_t enough = kMiB * 16;
+  while (enough - refused > 1) {
+    const std::size_t middle = refused + (enough - refused) / 2;
+    (Refusal(WithMemory(middle), text).empty() ? enough : refused) = middle;
+  }
+  constexpr std::size_t kAutomaton = 64 * 1024;
+  ASSERT_GT(refused, kAutomaton);
+  for (std::size_t memory = refused - kAutomaton; memory < refused; memory += 80) {
+    EXPECT_TRUE(Refusal(WithMemory(memory), text).starts_with("the document expands to more than")) << memory;
+  }
+}
+
 TEST_F(DeclarationBoundsTest, TimeCanRunOutAnywhereInTheDeclarations) {
   const std::wstring text = Declaring(Repeated(L"<!ELEMENT a (b,c,(d|e)*)>", 200000));
   for (const int time : {0, 5, 20, 40}) {
