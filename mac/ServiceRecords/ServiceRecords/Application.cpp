@@ -2,6 +2,7 @@
 
 #include "AppDelegate.h"
 #include "Bundle.h"
+#include "DistributedNotificationCenter.h"
 #include "MainLoop.h"
 #include "StandardDirectories.h"
 #include "SystemLog.h"
@@ -44,6 +45,9 @@ int RunApplication(int argc, char** argv) {
   TerminationEvent::RaiseOnSignals();
   std::signal(SIGPIPE, SIG_IGN);  // a peer that hangs up is an error of the write
   PrepareFolders();
+  // Made on this thread, and before any thread that posts to them, so that they outlive it at an early exit.
+  MainLoop::Main();
+  DistributedNotificationCenter::defaultCenter();
   const XercesPlatform keepLibrary;  // or every document would pay for its restart
   AppDelegate delegate;
   for (const std::string& file : files) delegate.openFile(file);
