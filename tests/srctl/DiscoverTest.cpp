@@ -4,6 +4,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testsupport::DiscoveryDocument;
+using testsupport::ServiceRecordDocument;
 
 namespace {
 
@@ -54,6 +55,11 @@ TEST_F(SrctlDiscover, KeepsControlsOfADocumentAwayFromTheTerminal) {
   const SrctlRun run =
       Srctl({"discover", "-"}, {.input = DiscoveryDocument({Store("s1", "A&#x9B;31mB&#10;C")})});
   EXPECT_EQ(run.output, "Handed over the store \"s1\" (A\uFFFD31mB\uFFFDC).\n");
+}
+
+TEST_F(SrctlDiscover, RefusesAServiceRecord) {
+  ExpectRefusal(Srctl({"discover", "-"}, {.input = ServiceRecordDocument({Store("s1", "One")})}),
+                "it is a service record. Have it opened");
 }
 
 TEST_F(SrctlDiscover, RefusesGarbageAndNothing) {

@@ -110,8 +110,10 @@ TEST_F(DoctorOfTheMachine, NamesADamagedConfiguration) {
   ExpectProblem(Line(run, "configuration of the user"), agent_.StoresFile().string() + " is damaged",
                 "Put back");
   EXPECT_THAT(Line(run, "configuration of the user"), HasSubstr(kept));
-  ExpectProblem(Line(run, "configuration of the machine"), MachineFile() + " is damaged", "Put back");
-  EXPECT_THAT(run.output, HasSubstr("2 problems were found.\n"));
+  EXPECT_THAT(Line(run, "configuration of the machine"),
+              AllOf(StartsWith("note: "), HasSubstr(MachineFile() + " is damaged"),
+                    HasSubstr("The agent keeps nothing in it")));
+  EXPECT_THAT(run.output, HasSubstr("One problem was found.\n"));
 }
 
 TEST_F(DoctorOfTheMachine, NamesAConfigurationThatCannotBeRead) {
@@ -150,6 +152,14 @@ TEST_F(DoctorOfTheMachine, GivesItsFindingsInJson) {
                                          {"next", nullptr}}));
   EXPECT_EQ(findings["checks"][2]["result"], "problem");
   EXPECT_EQ(findings["checks"][2]["next"], "Install the program again.");
+}
+
+TEST_F(DoctorOfTheMachine, GivesJsonAlsoForAFolderWhoseNameIsNotUtf8) {
+  std::vector<std::string> environment = agent_.Environment();
+  environment.push_back("XDG_CONFIG_DIRS=/\xFF");
+  const SrctlRun run = RunSrctl({"doctor", "--json"}, environment);
+  EXPECT_THAT(json::parse(run.output)["checks"][4]["text"].get<std::string>(),
+              HasSubstr("/\uFFFD/Morvane/ServiceRecords.plist"));
 }
 
 }  // namespace

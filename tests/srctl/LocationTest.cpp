@@ -142,6 +142,13 @@ TEST_F(SrctlWithRealAgent, AMissingGatewayIsSaid) {
   }
 }
 
+TEST_F(SrctlWithRealAgent, AnAddressOfNoStoreIsSaidBesideItsLocation) {
+  const SrctlRun unknown = Srctl({"location", "https://nobody.example"});
+  EXPECT_EQ(unknown.status, 0);
+  EXPECT_EQ(unknown.errors, "No store has the address \"https://nobody.example\". Stores: srctl list\n");
+  EXPECT_THAT(Srctl({"location", Store("s1", "").url + "//"}).errors, IsEmpty());
+}
+
 TEST_F(SrctlWithRealAgent, ADecisionOfTheRealAgentCanBeWaitedFor) {
   const SrctlRun run = Srctl({"location", "--wait", Store("s1", "").url});
   EXPECT_EQ(run.status, 0) << run.errors;

@@ -151,7 +151,7 @@ TEST_F(SrctlWatch, EndsWhenTheBusIsGone) {
 TEST_F(SrctlWatch, EndsWhenNobodyReadsItsOutputAnyMore) {
   ChildProcess shell = InShell("\"$0\" watch | head -n 1");
   EXPECT_EQ(shell.Wait(), 1) << "without a further event";
-  EXPECT_THAT(shell.Output(), HasSubstr("srctl: The output could not be written.\n"));
+  EXPECT_THAT(shell.Output(), HasSubstr("srctl: The output could not be written. "));
 }
 
 TEST_F(SrctlWatch, EndsWhenItsOutputCannotBeWritten) {

@@ -24,7 +24,8 @@ constexpr char kLoggingChanged[] = "com.morvane.quillon.ServiceRecordsLoggingCon
 std::string ProblemWithFile(const std::string& file) {
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(file, error);
-  if (!std::filesystem::exists(status)) return "There is no file " + Quoted(file) + ".";
+  if (status.type() == std::filesystem::file_type::not_found) return "There is no file " + Quoted(file) + ".";
+  if (error) return Quoted(file) + " cannot be read: " + error.message() + ".";
   if (!std::filesystem::is_regular_file(status))
     return Quoted(file) + " is not a file that holds a document.";
   if (!std::ifstream(file)) return Quoted(file) + " cannot be read: " + std::strerror(errno) + ".";
@@ -65,12 +66,13 @@ Status Open(const std::string& file) {
     const std::optional<bool> accepted = agent.OpenFile(place.string());
     if (!accepted) return ReportUnreachable(agent.Problem());
     if (!*accepted) {
-      return Refuse(
-          "No store of " + Quoted(file) +
-          " was added. To see why, switch the log on (srctl logging on), open the file again and read "
-          "~/Library/Logs/ServiceRecord.log");
+      return Refuse("No store of " + Quoted(file) +
+                    " was added. If you were not asked, the agent has no terminal to ask on: set "
+                    "SERVICERECORDS_TERMINAL as its README says. To see any other reason, switch the log on "
+                    "(srctl logging on), open the file again and read "
+                    "~/Library/Logs/ServiceRecord.log");
     }
-    std::cout << "The stores of " << Quoted(file) << " were added. See them with: srctl list\n";
+    std::cout << "The store list was updated from " << Quoted(file) << ". See it with: srctl list\n";
     return Status::Done;
   });
 }
@@ -120,10 +122,18 @@ Status DefaultGateway(const StoreChoice& store, const std::string& gateway) {
 
 Status Discover(const std::string& file) {
   std::string document;
-  if (const std::string problem = ReadDocument(file, document); !problem.empty()) return Refuse(problem);
+  if (const std::string problem = ReadDocument(file, document); !problem.empty()) {
+    return Refuse(problem + " Name a file that holds a discovery document, or - for standard input.");
+  }
   const documentcheck::Result check = documentcheck::Check(document);
   if (!check.problem.empty()) {
     return Refuse("The document was not handed over: " + check.problem + ".");
+  }
+  // The agent would take it, and trust its stores without asking.
+  if (!documentcheck::IsDiscovery(document)) {
+    return Refuse(
+        "The document was not handed over: it is a service record. Have it opened, which asks you whether "
+        "to trust its stores: srctl open FILE");
   }
   return WithAgent([&](AgentClient& agent) {
     if (!agent.HandOverDiscoveryDocument(document)) return ReportUnreachable(agent.Problem());

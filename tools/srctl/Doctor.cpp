@@ -78,8 +78,8 @@ Status Doctor(printing::Format format) {
   report(answers.agent);
   report(installationchecks::CheckLog());
   report(answers.plugIn ? installationchecks::CheckPlugIn(*answers.plugIn) : NotAsked("plug-in"));
-  report(installationchecks::CheckConfiguration(true));
-  report(installationchecks::CheckConfiguration(false));
+  report(installationchecks::CheckUserConfiguration());
+  report(installationchecks::CheckMachineConfiguration());
   if (answers.stores) {
     CheckStores(*agent, *answers.stores, report);
   } else {

@@ -18,6 +18,10 @@ std::filesystem::path InstalledResources() {
 
 }  // namespace
 
+bool IsDiscovery(const std::string& document) {
+  return document.find("<Discovery") != std::string::npos;
+}
+
 Result Check(const std::string& document) {
   if (document.size() > kMaximumDocumentBytes) {
     return {{},
@@ -34,13 +38,14 @@ Result Check(const std::string& document) {
   Result result;
   if (!ServiceRecords::SRXMLProvider().ProcessNewDocument(util::widen(document), result.stores)) {
     result.problem =
-        "it cannot be parsed: it is not well-formed XML, which `xmllint --noout` shows, or it takes more to "
+        "it cannot be parsed: it is not well-formed XML, which `xmllint --noout` (package libxml2-utils) "
+        "shows, or it takes more to "
         "parse than a document may";
   } else if (result.stores.empty()) {
     result.problem =
         "it describes no complete store; each Service element, in the namespace urn:morvane:servicerecord, "
-        "needs an "
-        "SRID, a Name, an Address and a type";
+        "needs "
+        "an SRID, a Name, an Address and a type";
   }
   return result;
 }

@@ -40,26 +40,26 @@ std::string ProblemWithPlugIn(const fs::path& folder) {
   return {};
 }
 
-Finding Unreadable(const Finding& base, const fs::path& file, const std::error_code& error) {
-  Finding finding = base;
-  finding.result = Result::Problem;
-  finding.text = file.string() + " cannot be read: " + error.message() + ".";
-  finding.next = "See that it is a file that you may read, then run srctl doctor again.";
-  return finding;
-}
+enum class FileState { Missing, Readable, Unreadable, Damaged };
 
-Finding Damaged(const Finding& base, const fs::path& file) {
-  Finding finding = base;
-  finding.result = Result::Problem;
-  finding.text =
-      file.string() +
-      " is damaged: it is no property list with a dictionary at its root. The agent goes on as if it "
-      "were empty, and at its next change keeps it as " +
-      file.filename().string() + ".damaged beside the new one.";
-  finding.next =
-      "Put back a copy of the file, or move it away and open your service-record files again (srctl open "
-      "FILE).";
-  return finding;
+struct LookAtFile {
+  FileState state;
+  std::string text;
+};
+
+LookAtFile LookAt(const fs::path& file) {
+  std::error_code error;
+  const std::optional<std::string> content = AtomicFile::Read(file, error);
+  if (!content && error == std::errc::no_such_file_or_directory) {
+    return {FileState::Missing, "There is none, which is fine: " + file.string()};
+  }
+  if (!content) return {FileState::Unreadable, file.string() + " cannot be read: " + error.message() + "."};
+  const std::optional<PropertyList::Value> root = PropertyList::Read(*content);
+  if (!content->empty() && (!root || root->As<PropertyList::Dictionary>() == nullptr)) {
+    return {FileState::Damaged,
+            file.string() + " is damaged: it is no property list with a dictionary at its root."};
+  }
+  return {FileState::Readable, "It can be read: " + file.string()};
 }
 
 }  // namespace
@@ -83,27 +83,37 @@ Finding CheckPlugIn(const fs::path& bundle) {
           "The agent cannot ask you anything, so no store can be added: " + problem + ".", kReinstall};
 }
 
-Finding CheckConfiguration(bool perUser) {
-  const Finding base{Result::Ok, perUser ? "configuration of the user" : "configuration of the machine", ""};
-  const fs::path& file = preferenceFile(perUser);
+Finding CheckUserConfiguration() {
+  const fs::path& file = preferenceFile(true);
+  const LookAtFile look = LookAt(file);
+  Finding finding{Result::Ok, "configuration of the user", look.text};
   std::error_code error;
-  const std::optional<std::string> content = AtomicFile::Read(file, error);
-  Finding finding = base;
-  if (!content && error == std::errc::no_such_file_or_directory) {
-    finding.text = "There is none, which is fine: " + file.string();
-    return finding;
-  }
-  if (!content) return Unreadable(base, file, error);
-  const std::optional<PropertyList::Value> root = PropertyList::Read(*content);
-  if (!content->empty() && (!root || root->As<PropertyList::Dictionary>() == nullptr)) {
-    return Damaged(base, file);
-  }
-  finding.text = "It can be read: " + file.string();
   const fs::path damaged = file.string() + ".damaged";
-  if (fs::exists(damaged, error)) {
+  if (look.state == FileState::Unreadable) {
+    finding.result = Result::Problem;
+    finding.next = "See that it is a file that you may read, then run srctl doctor again.";
+  } else if (look.state == FileState::Damaged) {
+    finding.result = Result::Problem;
+    finding.text += " The agent goes on as if it were empty, and at its next change keeps it as " +
+                    damaged.filename().string() + " beside the new one.";
+    finding.next =
+        "Put back a copy of the file, or move it away and open your service-record files again (srctl open "
+        "FILE).";
+  } else if (look.state == FileState::Readable && fs::exists(damaged, error)) {
     finding.result = Result::Note;
     finding.text += ". An earlier one was damaged and is kept as " + damaged.string() + ".";
     finding.next = "When no store is missing (srctl list), remove the damaged one.";
+  }
+  return finding;
+}
+
+Finding CheckMachineConfiguration() {
+  const LookAtFile look = LookAt(preferenceFile(false));
+  Finding finding{Result::Ok, "configuration of the machine", look.text};
+  if (look.state == FileState::Unreadable || look.state == FileState::Damaged) {
+    finding.result = Result::Note;
+    finding.text += " The agent keeps nothing in it, so nothing is lost.";
+    finding.next = "Tell the administrator of this machine.";
   }
   return finding;
 }

@@ -14,7 +14,9 @@ namespace installationchecks {
 // Whether the agent can load the plug-in of its dialogs from this folder, and the plug-in run its program.
 [[nodiscard]] Finding CheckPlugIn(const std::filesystem::path& bundle);
 
-// The user's configuration file, or the machine's.
-[[nodiscard]] Finding CheckConfiguration(bool perUser);
+// The user's configuration file.
+[[nodiscard]] Finding CheckUserConfiguration();
+// The machine's, in which the agent keeps nothing so far: whatever is wrong with it is only noted.
+[[nodiscard]] Finding CheckMachineConfiguration();
 
 }  // namespace installationchecks

@@ -3,12 +3,26 @@
 #include "AgentWatch.h"
 #include "NetworkPrinting.h"
 #include "Reports.h"
+#include "libs/Wayfinder/StoreBeacons.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 
 namespace commands {
+namespace {
+
+// The agent answers for every URL, so that a typing error would go unseen.
+void TellThatNoStoreIsThere(AgentClient& agent, const std::string& url) {
+  const auto stores = agent.AllStores();
+  const bool isKnown = !stores || std::any_of(stores->begin(), stores->end(), [&url](const StoreInfo& store) {
+    return Wayfinding::StoreKey(store.url) == Wayfinding::StoreKey(url);
+  });
+  if (!isKnown) std::cerr << "No store has the address " << Quoted(url) << ". Stores: srctl list\n";
+}
+
+}  // namespace
 
 Status Location(const std::string& url, std::optional<std::chrono::seconds> wait, printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
@@ -21,6 +35,7 @@ Status Location(const std::string& url, std::optional<std::chrono::seconds> wait
                     "srctl doctor");
     }
     printing::PrintLocation(std::cout, url, *location, format);
+    if (*location == Wayfinder::kOutside || *location == Wayfinder::kNone) TellThatNoStoreIsThere(agent, url);
     return Status::Done;
   });
 }

@@ -102,8 +102,7 @@ class StoreCheck {
   }
 
   void CheckContent(const std::string& document) {
-    constexpr char kRoot[] = "<Discovery";
-    if (document.find(kRoot) == std::string::npos) {
+    if (!documentcheck::IsDiscovery(document)) {
       ReportDocument("What the server sends is no discovery document.", kAskForDiscovery);
       return;
     }
