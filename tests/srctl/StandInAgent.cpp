@@ -1,28 +1,15 @@
 #include "srctl/StandInAgent.h"
 
 #include "ServiceNames.h"
+#include "support/BusConnection.h"
 
-#include <algorithm>
-#include <system_error>
+using testsupport::CheckBus;
 
-namespace {
-
-void Check(int result, const char* what) {
-  if (result < 0) throw std::system_error(-result, std::generic_category(), what);
-}
-
-}  // namespace
-
-StandInAgent::StandInAgent(const std::string& address) {
-  sd_bus* bus = nullptr;
-  Check(sd_bus_new(&bus), "sd_bus_new");
-  bus_.reset(bus);
-  Check(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
-  Check(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
-  Check(sd_bus_start(bus), "sd_bus_start");
-  Check(sd_bus_add_object(bus, nullptr, ServiceNames::kBeaconsPath, Answer, this), "sd_bus_add_object");
+StandInAgent::StandInAgent(const std::string& address) : bus_(testsupport::ConnectToBus(address)) {
+  sd_bus* const bus = bus_.get();
+  CheckBus(sd_bus_add_object(bus, nullptr, ServiceNames::kBeaconsPath, Answer, this), "sd_bus_add_object");
   for (const char* name : {ServiceNames::kBeacons, ServiceNames::kServiceRecords}) {
-    Check(sd_bus_request_name(bus, name, 0), name);
+    CheckBus(sd_bus_request_name(bus, name, 0), name);
   }
 }
 
@@ -42,10 +29,10 @@ int StandInAgent::Answer(sd_bus_message* message, void* self, sd_bus_error* /*er
 }
 
 void StandInAgent::AnnounceLocation(const std::string& storeURL) {
-  Check(sd_bus_emit_signal(bus_.get(), "/com/morvane/DistributedNotifications",
-                           "com.morvane.DistributedNotifications", "Posted", "ss",
-                           "MRVNetworkLocationChanged", storeURL.c_str()),
-        "Posted");
+  CheckBus(
+      sd_bus_emit_signal(bus_.get(), ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface,
+                         "Posted", "ss", ServiceNames::kLocationChangedNotification, storeURL.c_str()),
+      "Posted");
 }
 
 bool StandInAgent::ServeUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
@@ -53,10 +40,10 @@ bool StandInAgent::ServeUntil(const std::function<bool()>& condition, std::chron
   while (!condition()) {
     if (std::chrono::steady_clock::now() >= deadline) return false;
     const int handled = sd_bus_process(bus_.get(), nullptr);
-    Check(handled, "sd_bus_process");
+    CheckBus(handled, "sd_bus_process");
     // The end of a process tells the bus nothing, so the condition is looked at again now and then.
     constexpr std::uint64_t kStepMicroseconds = 20'000;
-    if (handled == 0) Check(sd_bus_wait(bus_.get(), kStepMicroseconds), "sd_bus_wait");
+    if (handled == 0) CheckBus(sd_bus_wait(bus_.get(), kStepMicroseconds), "sd_bus_wait");
   }
   return true;
 }

@@ -1,5 +1,7 @@
 #include "support/BusClient.h"
 
+#include "support/BusConnection.h"
+
 #include <cstdint>
 
 namespace testsupport {
@@ -11,10 +13,6 @@ constexpr char kServiceRecordsName[] = "com.morvane.ServiceRecords";
 constexpr char kServiceRecordsPath[] = "/com/morvane/ServiceRecords";
 constexpr char kNotifications[] = "com.morvane.DistributedNotifications";
 constexpr char kNotificationsPath[] = "/com/morvane/DistributedNotifications";
-
-void Check(int result, const std::string& what) {
-  if (result < 0) throw std::system_error(-result, std::generic_category(), what);
-}
 
 json ReadValue(sd_bus_message* message);
 
@@ -28,15 +26,15 @@ json ReadDictionary(sd_bus_message* message) {
   json dictionary = json::object();
   while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
     const char* key = nullptr;
-    Check(sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &key), "dictionary key");
+    CheckBus(sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &key), "dictionary key");
     dictionary[key] = ReadValue(message);
-    Check(sd_bus_message_exit_container(message), "dictionary entry");
+    CheckBus(sd_bus_message_exit_container(message), "dictionary entry");
   }
   return dictionary;
 }
 
 json ReadContainer(sd_bus_message* message, char type, const char* contents) {
-  Check(sd_bus_message_enter_container(message, type, contents), "container");
+  CheckBus(sd_bus_message_enter_container(message, type, contents), "container");
   json value;
   if (type == SD_BUS_TYPE_VARIANT) {
     value = ReadValue(message);
@@ -45,21 +43,21 @@ json ReadContainer(sd_bus_message* message, char type, const char* contents) {
   } else {
     value = ReadItems(message);
   }
-  Check(sd_bus_message_exit_container(message), "container");
+  CheckBus(sd_bus_message_exit_container(message), "container");
   return value;
 }
 
 template <class Type>
 json ReadBasic(sd_bus_message* message, char type) {
   Type value{};
-  Check(sd_bus_message_read_basic(message, type, &value), "basic value");
+  CheckBus(sd_bus_message_read_basic(message, type, &value), "basic value");
   return value;
 }
 
 json ReadValue(sd_bus_message* message) {
   char type = 0;
   const char* contents = nullptr;
-  Check(sd_bus_message_peek_type(message, &type, &contents), "peek");
+  CheckBus(sd_bus_message_peek_type(message, &type, &contents), "peek");
   switch (type) {
     case SD_BUS_TYPE_STRING:
       return ReadBasic<const char*>(message, type);
@@ -93,28 +91,22 @@ int RecordReply(sd_bus_message* message, void* reply, sd_bus_error* /*error*/) {
 
 }  // namespace
 
-BusClient::BusClient(const std::string& address) {
-  sd_bus* bus = nullptr;
-  Check(sd_bus_new(&bus), "sd_bus_new");
-  bus_.reset(bus);
-  Check(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
-  Check(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
-  Check(sd_bus_start(bus), "sd_bus_start");
-  Check(sd_bus_match_signal(bus, nullptr, nullptr, kNotificationsPath, kNotifications, "Posted",
-                            RecordNotification, &notifications_),
-        "match");
+BusClient::BusClient(const std::string& address) : bus_(ConnectToBus(address)) {
+  CheckBus(sd_bus_match_signal(bus_.get(), nullptr, nullptr, kNotificationsPath, kNotifications, "Posted",
+                               RecordNotification, &notifications_),
+           "match");
 }
 
 BusMessagePtr BusClient::NewCall(const std::string& name, const std::string& path,
                                  const std::string& interface, const std::string& method,
                                  const std::vector<std::string>& arguments) {
   sd_bus_message* message = nullptr;
-  Check(sd_bus_message_new_method_call(bus_.get(), &message, name.c_str(), path.c_str(), interface.c_str(),
-                                       method.c_str()),
-        method);
+  CheckBus(sd_bus_message_new_method_call(bus_.get(), &message, name.c_str(), path.c_str(), interface.c_str(),
+                                          method.c_str()),
+           method);
   BusMessagePtr call(message);
   for (const std::string& argument : arguments) {
-    Check(sd_bus_message_append_basic(message, SD_BUS_TYPE_STRING, argument.c_str()), method);
+    CheckBus(sd_bus_message_append_basic(message, SD_BUS_TYPE_STRING, argument.c_str()), method);
   }
   return call;
 }
@@ -150,9 +142,9 @@ std::uint64_t BusClient::StartServiceRecords(const std::string& method,
   const BusMessagePtr call = NewCall(kServiceRecordsName, kServiceRecordsPath,
                                      "com.morvane.MrvServiceRecordsService", method, arguments);
   const std::uint64_t number = nextCall_++;
-  Check(sd_bus_call_async(bus_.get(), nullptr, call.get(), RecordReply, &replies_[number], UINT64_MAX),
-        method);
-  Check(sd_bus_flush(bus_.get()), method);
+  CheckBus(sd_bus_call_async(bus_.get(), nullptr, call.get(), RecordReply, &replies_[number], UINT64_MAX),
+           method);
+  CheckBus(sd_bus_flush(bus_.get()), method);
   return number;
 }
 
@@ -169,10 +161,10 @@ void BusClient::WaitForReply(std::uint64_t call) {
 void BusClient::OpenFiles(const std::vector<std::string>& uris) {
   const BusMessagePtr call =
       NewCall(kServiceRecordsName, kServiceRecordsPath, "org.freedesktop.Application", "Open", {});
-  Check(sd_bus_message_open_container(call.get(), SD_BUS_TYPE_ARRAY, "s"), "Open");
-  for (const std::string& uri : uris) Check(sd_bus_message_append(call.get(), "s", uri.c_str()), "Open");
-  Check(sd_bus_message_close_container(call.get()), "Open");
-  Check(sd_bus_message_append(call.get(), "a{sv}", 0), "Open");
+  CheckBus(sd_bus_message_open_container(call.get(), SD_BUS_TYPE_ARRAY, "s"), "Open");
+  for (const std::string& uri : uris) CheckBus(sd_bus_message_append(call.get(), "s", uri.c_str()), "Open");
+  CheckBus(sd_bus_message_close_container(call.get()), "Open");
+  CheckBus(sd_bus_message_append(call.get(), "a{sv}", 0), "Open");
   Send(call);
 }
 
@@ -186,7 +178,7 @@ bool BusClient::HasOwner(const std::string& name) {
 }
 
 void BusClient::OwnName(const std::string& name) {
-  Check(sd_bus_request_name(bus_.get(), name.c_str(), 0), "owning " + name);
+  CheckBus(sd_bus_request_name(bus_.get(), name.c_str(), 0), "owning " + name);
 }
 
 void BusClient::OfferApplication(const std::string& path, int& activations) {
@@ -195,14 +187,14 @@ void BusClient::OfferApplication(const std::string& path, int& activations) {
     ++*static_cast<int*>(counter);
     return sd_bus_reply_method_return(message, nullptr);
   };
-  Check(sd_bus_add_object(bus_.get(), nullptr, path.c_str(), answer, &activations), path);
+  CheckBus(sd_bus_add_object(bus_.get(), nullptr, path.c_str(), answer, &activations), path);
 }
 
 void BusClient::PostNotification(const std::string& name, const std::string& object) {
-  Check(sd_bus_emit_signal(bus_.get(), kNotificationsPath, kNotifications, "Posted", "ss", name.c_str(),
-                           object.c_str()),
-        "Posted");
-  Check(sd_bus_flush(bus_.get()), "Posted");
+  CheckBus(sd_bus_emit_signal(bus_.get(), kNotificationsPath, kNotifications, "Posted", "ss", name.c_str(),
+                              object.c_str()),
+           "Posted");
+  CheckBus(sd_bus_flush(bus_.get()), "Posted");
 }
 
 std::vector<std::string> BusClient::Notifications() {

@@ -3,7 +3,6 @@
 #include "BusError.h"
 #include "DictionaryReading.h"
 #include "ServiceNames.h"
-#include "ServiceRecordMain.h"
 #include "UserBus.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
@@ -26,8 +25,6 @@ constexpr BusService kStores{ServiceNames::kServiceRecords, ServiceNames::kServi
                              ServiceNames::kServiceRecordsInterface};
 constexpr BusService kBeacons{ServiceNames::kBeacons, ServiceNames::kBeaconsPath,
                               ServiceNames::kBeaconsInterface};
-constexpr char kNotificationsObject[] = "/com/morvane/DistributedNotifications";
-constexpr char kNotificationsInterface[] = "com.morvane.DistributedNotifications";
 
 // The agent may first have to be started, and serves one call after the other.
 constexpr std::chrono::seconds kAnswerTime{60};
@@ -200,9 +197,9 @@ std::optional<bool> AgentClient::OpenFile(const std::string& absolutePath) {
   // Declared before the slots, which refer to it.
   OpeningProgress progress;
   sd_bus_slot* slot = nullptr;
-  int status =
-      sd_bus_add_match(bus_.get(), &slot, busmatches::Notification(kStoresUpdatedNotification).c_str(),
-                       NoteAnnouncement, &progress);
+  int status = sd_bus_add_match(bus_.get(), &slot,
+                                busmatches::Notification(ServiceNames::kStoresUpdatedNotification).c_str(),
+                                NoteAnnouncement, &progress);
   const BusSlotPtr match(slot);
   slot = nullptr;
   if (status >= 0) {
@@ -252,7 +249,7 @@ std::optional<std::uint64_t> AgentClient::DecidedLocationForStore(const std::str
   bool mayBeDecided = false;  // declared before the slots, which refer to it
   std::vector<BusSlotPtr> slots;
   // An agent that comes in place of the asked one knows nothing of the question.
-  for (const std::string& match : {busmatches::Notification(kLocationChangedNotification),
+  for (const std::string& match : {busmatches::Notification(ServiceNames::kLocationChangedNotification),
                                    busmatches::OwnerOf(ServiceNames::kBeacons)}) {
     sd_bus_slot* slot = nullptr;
     const int status = sd_bus_add_match(bus_.get(), &slot, match.c_str(), RaiseFlag, &mayBeDecided);
@@ -283,8 +280,9 @@ std::optional<std::uint32_t> AgentClient::ReachabilityFlags() {
 }
 
 bool AgentClient::PostNotification(const std::string& name, const std::string& object) {
-  int status = sd_bus_emit_signal(bus_.get(), kNotificationsObject, kNotificationsInterface, "Posted", "ss",
-                                  name.c_str(), object.c_str());
+  int status =
+      sd_bus_emit_signal(bus_.get(), ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface,
+                         "Posted", "ss", name.c_str(), object.c_str());
   if (status >= 0) status = sd_bus_flush(bus_.get());
   if (status < 0) Fail("the notification could not be sent", status);
   return status >= 0;

@@ -1,7 +1,6 @@
 #include "AgentWatch.h"
 
 #include "ServiceNames.h"
-#include "ServiceRecordMain.h"
 #include "UserBus.h"
 
 #include <sys/epoll.h>
@@ -71,9 +70,11 @@ int AgentWatch::WatchSignals() {
 }
 
 int AgentWatch::AddMatches() {
-  int status = AddMatch(busmatches::Notification(kStoresUpdatedNotification), HandleStoresUpdated);
+  int status =
+      AddMatch(busmatches::Notification(ServiceNames::kStoresUpdatedNotification), HandleStoresUpdated);
   if (status >= 0) {
-    status = AddMatch(busmatches::Notification(kLocationChangedNotification), HandleLocationChanged);
+    status =
+        AddMatch(busmatches::Notification(ServiceNames::kLocationChangedNotification), HandleLocationChanged);
   }
   if (status >= 0) status = AddMatch(busmatches::OwnerOf(ServiceNames::kServiceRecords), HandleOwner);
   if (status >= 0) status = AddMatch(kDisconnected, HandleDisconnected);

@@ -3,6 +3,7 @@
 #include "DocumentCheck.h"
 #include "Reports.h"
 #include "SRLib/TextHelpers.h"
+#include "ServiceNames.h"
 #include "StandardDirectories.h"
 #include "TerminalText.h"
 #include "UserDefaults.h"
@@ -18,7 +19,6 @@ namespace commands {
 namespace {
 
 constexpr char kLogLevel[] = "LogLevel";
-constexpr char kLoggingChanged[] = "com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange";
 
 // Why the file cannot be opened; empty when it can.
 std::string ProblemWithFile(const std::string& file) {
@@ -158,7 +158,9 @@ Status SetLogging(bool on, printing::Format format) {
                   ". Check that it is a folder and that you may write there.");
   }
   const Status told = WithAgent([](AgentClient& agent) {
-    return agent.PostNotification(kLoggingChanged, "") ? Status::Done : ReportUnreachable(agent.Problem());
+    return agent.PostNotification(ServiceNames::kLoggingNotification, "")
+               ? Status::Done
+               : ReportUnreachable(agent.Problem());
   });
   if (told != Status::Done) {
     std::cerr << "The setting is saved; an agent follows it from its next start.\n";

@@ -1,5 +1,7 @@
 #include "UserBus.h"
 
+#include "ServiceNames.h"
+
 #include <cerrno>
 #include <cstring>
 
@@ -16,7 +18,8 @@ BusPtr OpenUserBus(std::string& problem) {
 namespace busmatches {
 
 std::string Notification(const std::string& name) {
-  return "type='signal',interface='com.morvane.DistributedNotifications',member='Posted',arg0='" + name + "'";
+  return std::string("type='signal',interface='") + ServiceNames::kNotificationsInterface +
+         "',member='Posted',arg0='" + name + "'";
 }
 
 std::string OwnerOf(const std::string& busName) {

@@ -29,7 +29,6 @@
 
 namespace {
 
-constexpr char kLoggingNotification[] = "com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange";
 constexpr std::chrono::seconds kTimeToFinish{5};
 
 [[noreturn]] void ExitWith(const std::string& line) {
@@ -84,7 +83,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::ObserveLoggingConfiguration(const BusPtr& connection) {
   DistributedNotificationCenter& center = DistributedNotificationCenter::defaultCenter();
-  center.addObserver(kLoggingNotification, loggingConfigurationDidChange);
+  center.addObserver(ServiceNames::kLoggingNotification, loggingConfigurationDidChange);
   if (connection != nullptr && center.Connect(*connection) < 0) ExitWith("failed to observe notifications");
 }
 
@@ -146,7 +145,7 @@ bool AppDelegate::forceFTAToThisAppForSuffix(const std::string& suffix) {
 }
 
 void AppDelegate::applicationWillTerminate() {
-  DistributedNotificationCenter::defaultCenter().removeObserver(kLoggingNotification);
+  DistributedNotificationCenter::defaultCenter().removeObserver(ServiceNames::kLoggingNotification);
 }
 
 void AppDelegate::loggingConfigurationDidChange() {

@@ -2,11 +2,9 @@
 
 #include "BusObject.h"
 #include "MainLoop.h"
+#include "ServiceNames.h"
 
 namespace {
-
-constexpr char kPath[] = "/com/morvane/DistributedNotifications";
-constexpr char kInterface[] = "com.morvane.DistributedNotifications";
 
 const sd_bus_vtable kSignals[] = {
     SD_BUS_VTABLE_START(0),
@@ -21,7 +19,8 @@ DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
 
 int DistributedNotificationCenter::Connect(sd_bus& bus) {
   sd_bus_slot* object = nullptr;
-  int result = sd_bus_add_object_vtable(&bus, &object, kPath, kInterface, kSignals, this);
+  int result = sd_bus_add_object_vtable(&bus, &object, ServiceNames::kNotificationsPath,
+                                        ServiceNames::kNotificationsInterface, kSignals, this);
   if (result < 0) return result;
   object_.reset(object);
   bus_ = &bus;
@@ -44,7 +43,8 @@ void DistributedNotificationCenter::postNotificationName(const std::string& name
 
 void DistributedNotificationCenter::Send(const std::string& name, const std::string& object) {
   if (bus_ != nullptr)
-    sd_bus_emit_signal(bus_, kPath, kInterface, "Posted", "ss", name.c_str(), object.c_str());
+    sd_bus_emit_signal(bus_, ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface,
+                       "Posted", "ss", name.c_str(), object.c_str());
 }
 
 void DistributedNotificationCenter::addObserver(const std::string& name, std::function<void()> handler) {
@@ -58,8 +58,8 @@ void DistributedNotificationCenter::removeObserver(const std::string& name) {
 }
 
 int DistributedNotificationCenter::Observe(const std::string& name, Observer& observer) {
-  const std::string rule =
-      std::string("type='signal',interface='") + kInterface + "',member='Posted',arg0='" + name + "'";
+  const std::string rule = std::string("type='signal',interface='") + ServiceNames::kNotificationsInterface +
+                           "',member='Posted',arg0='" + name + "'";
   sd_bus_slot* match = nullptr;
   const int result = sd_bus_add_match(bus_, &match, rule.c_str(), HandleSignal, &observer);
   observer.match.reset(match);

@@ -5,6 +5,7 @@
 #include "DistributedNotificationCenter.h"
 #include "SRLib/SRProvider.h"
 #include "SRLib/TextHelpers.h"
+#include "ServiceNames.h"
 #include "ServiceRecordMain.h"
 #include "StoreDictionary.h"
 
@@ -105,8 +106,8 @@ void MrvServiceRecordsSvr::handleDiscoveryDocument(const std::string& xml) {
     auto& announced = _previousDiscoveryDocumentsXML;
     if (std::find(announced.begin(), announced.end(), xml) == announced.end()) {
       announced.push_back(xml);
-      DistributedNotificationCenter::defaultCenter().postNotificationName(kStoresUpdatedNotification,
-                                                                          kStoresUpdatedObject);
+      DistributedNotificationCenter::defaultCenter().postNotificationName(
+          ServiceNames::kStoresUpdatedNotification, ServiceNames::kStoresUpdatedObject);
     }
   }
   CSRLog(0, "[-] %s", kMethod);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The names by which other programs find the agent on the session bus and on the desktop.
+// The names by which other programs and the agent find one another on the session bus and on the desktop.
 namespace ServiceNames {
 
 inline constexpr char kBeacons[] = "com.morvane.Beacons";
@@ -13,5 +13,16 @@ inline constexpr char kServiceRecordsPath[] = "/com/morvane/ServiceRecords";
 inline constexpr char kServiceRecordsInterface[] = "com.morvane.MrvServiceRecordsService";
 
 inline constexpr char kApplicationInterface[] = "org.freedesktop.Application";
+
+// Where distributed notifications come from, whoever posts them: the signal Posted(s name, s object).
+inline constexpr char kNotificationsPath[] = "/com/morvane/DistributedNotifications";
+inline constexpr char kNotificationsInterface[] = "com.morvane.DistributedNotifications";
+
+inline constexpr char kStoresUpdatedNotification[] = "MRVServiceRecordStoresUpdated";
+inline constexpr char kStoresUpdatedObject[] = "MRVServiceRecord";
+// Its object is the URL of the store relative to which the machine's location has changed.
+inline constexpr char kLocationChangedNotification[] = "MRVNetworkLocationChanged";
+inline constexpr char kLoggingNotification[] =
+    "com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange";
 
 }  // namespace ServiceNames

@@ -9,6 +9,7 @@
 #include "SRLib/SRProvider.h"
 #include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
+#include "ServiceNames.h"
 #include "libs/Warden_SDK/MorvaneWarden.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
@@ -23,7 +24,8 @@ std::function<void()>& ClientActivation() {
 
 // On the location library's thread.
 void AnnounceLocation(const char* storeURL, std::uint32_t /*location*/) {
-  DistributedNotificationCenter::defaultCenter().postNotificationName(kLocationChangedNotification, storeURL);
+  DistributedNotificationCenter::defaultCenter().postNotificationName(
+      ServiceNames::kLocationChangedNotification, storeURL);
 }
 
 void LogAuthentication(int level, const wchar_t* message) {
@@ -52,8 +54,8 @@ bool ServiceRecordHandleFTA(const char* path) {
   if (accepted.empty()) return false;
   bool updated = false;  // the announcement does not depend on it
   SRProvider::Instance().OutboundDSConfirm(accepted, updated);
-  DistributedNotificationCenter::defaultCenter().postNotificationName(kStoresUpdatedNotification,
-                                                                      kStoresUpdatedObject);
+  DistributedNotificationCenter::defaultCenter().postNotificationName(
+      ServiceNames::kStoresUpdatedNotification, ServiceNames::kStoresUpdatedObject);
   MainLoop::Main().Post([] {
     if (ClientActivation()) ClientActivation()();
   });

@@ -2,11 +2,6 @@
 
 #include <functional>
 
-inline constexpr char kStoresUpdatedNotification[] = "MRVServiceRecordStoresUpdated";
-inline constexpr char kStoresUpdatedObject[] = "MRVServiceRecord";
-// Its object is the URL of the store relative to which the machine's location has changed.
-inline constexpr char kLocationChangedNotification[] = "MRVNetworkLocationChanged";
-
 extern "C" {
 
 // Starts the core: the two libraries' logs, the logging preference, the request and validation factories,
