@@ -58,6 +58,13 @@ void KeyringSession::Lock() {
                          "['/org/freedesktop/secrets/collection/login']"}));
 }
 
+void KeyringSession::Keep(const std::string& collection, const std::string& host, const std::string& realm,
+                          const std::string& secret) {
+  static_cast<void>(Run({"bash", "-c", "printf %s \"$0\" | secret-tool store \"$@\"", secret, "--label=Test",
+                         "--collection=" + collection, "xdg:schema", "com.morvane.ServiceRecords.Credential",
+                         "protocol", "https", "host", host, "realm", realm, "username", "user"}));
+}
+
 std::string KeyringSession::Kept(const std::string& host) {
   return Run({"secret-tool", "search", "--all", "host", host});
 }

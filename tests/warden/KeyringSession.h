@@ -17,6 +17,9 @@ class KeyringSession {
   ~KeyringSession();
 
   static void Lock();
+  // Keeps user's secret as another program does, in the collection "default" or the unlocked "session".
+  static void Keep(const std::string& collection, const std::string& host, const std::string& realm,
+                   const std::string& secret);
   // What is kept for that host, attributes and secrets, as the desktop's own tool lists it.
   [[nodiscard]] static std::string Kept(const std::string& host);
 

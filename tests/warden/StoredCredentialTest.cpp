@@ -133,6 +133,32 @@ TEST_F(StoredCredentialTest, ALockedKeyringIsLoggedAndTheUserAskedWithoutKeeping
   EXPECT_THAT(library_.Log(), Contains(StartsWith("2 Warden: the Secret Service is locked")));
 }
 
+TEST_F(StoredCredentialTest, ALockedKeyringIsNoticedWhenNothingIsKeptThere) {
+  keyring_.Lock();
+  EXPECT_EQ(RunWhile([this] {
+              Type(kUserName, "user");
+              Type("Password: ", "secret");
+            }),
+            1U);
+  EXPECT_THAT(library_.Log(), Contains(StartsWith("2 Warden: the Secret Service is locked")));
+  EXPECT_THAT(terminal_.ReadNow(), Not(HasSubstr(kKeep)));
+}
+
+TEST_F(StoredCredentialTest, AnUnlockedCredentialIsUsedBesideALockedKeyring) {
+  keyring_.Keep("session", Host(), "Stores", "secret");
+  keyring_.Lock();
+  EXPECT_EQ(RunWhile(Nothing), 1U);
+  EXPECT_THAT(library_.Log(), Contains(StartsWith("2 Warden: the Secret Service is locked")));
+}
+
+TEST_F(StoredCredentialTest, AKeptCredentialThatCannotBeSentIsAskedForAndReplaced) {
+  keyring_.Keep("default", Host(), "Stores", "secret\n");
+  EXPECT_THAT(keyring_.Kept(Host()), HasSubstr("secret = secret\n\n"));
+  EXPECT_EQ(RunWhile([this] { LogOn("secret", "yes"); }), 1U);
+  EXPECT_EQ(RunWhile(Nothing), 1U);
+  EXPECT_THAT(library_.Log(), Contains(HasSubstr("using the stored credential")));
+}
+
 TEST_F(StoredCredentialTest, AMissingSecretServiceIsLoggedAndTheUserAskedWithoutKeeping) {
   ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   EXPECT_EQ(RunWhile([this] {

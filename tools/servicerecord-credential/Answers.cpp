@@ -50,6 +50,13 @@ bool NeedsCode(std::string_view authentication) {
          authentication == Words::kSMS;
 }
 
+// The service is everybody's: what another program has put there may hold a line feed at its end.
+bool IsSendable(const CredentialStore::Login& login) {
+  CredentialMessage message;
+  return message.Set(Words::kUserName, login.userName) &&
+         message.Set(Words::kPassword, login.password.View());
+}
+
 CredentialMessage Given(CredentialMessage reply, std::string_view source, const LogOn& logOn) {
   const bool isSendable = reply.Set(Words::kSource, source) && reply.Set(Words::kUserName, logOn.userName) &&
                           reply.Set(Words::kPassword, logOn.password.View()) &&
@@ -66,7 +73,7 @@ CredentialMessage AnswerGet(const CredentialMessage& request, int interruption) 
   CredentialStore store;
   // A rejected one is looked up as well: that tells whether the next one can be kept.
   std::optional<CredentialStore::Login> stored = store.Find(place);
-  if (wasRejected) stored.reset();
+  if (wasRejected || (stored && !IsSendable(*stored))) stored.reset();
   CredentialMessage reply;
   Describe(store, reply);
 

@@ -76,6 +76,23 @@ ServicePtr OpenService(Complaint& complaint) {
   return ServicePtr(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, nullptr, complaint.Out()));
 }
 
+// Where new items go, or why they cannot.
+struct DefaultCollection {
+  CollectionPtr collection;
+  State state = State::Available;
+  std::string reason;
+};
+
+DefaultCollection OpenDefaultCollection(SecretService* service) {
+  Complaint complaint;
+  CollectionPtr collection(secret_collection_for_alias_sync(
+      service, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, complaint.Out()));
+  if (!complaint.IsEmpty()) return {nullptr, State::Failed, complaint.Take()};
+  if (!collection) return {nullptr, State::Missing, "it has no default collection"};
+  if (secret_collection_get_locked(collection.get()) != FALSE) return {nullptr, State::Locked, {}};
+  return {std::move(collection), State::Available, {}};
+}
+
 std::vector<ItemPtr> Search(SecretService* service, const TablePtr& attributes, Complaint& complaint) {
   constexpr auto kFlags = static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
   GList* const found =
@@ -132,7 +149,8 @@ std::optional<CredentialStore::Login> CredentialStore::Find(const Place& place) 
     Note(State::Failed, complaint.Take());
     return std::nullopt;
   }
-  Note(State::Available, {});
+  const DefaultCollection target = OpenDefaultCollection(service.get());
+  Note(target.state, target.reason);
   for (const ItemPtr& item : items) {
     std::string userName = UserNameOf(item.get());
     if (!IsLocked(item) && !userName.empty()) return Login{std::move(userName), PasswordOf(item.get())};
@@ -145,17 +163,14 @@ bool CredentialStore::Store(const Place& place, const Login& login) {
   Complaint complaint;
   const ServicePtr service = OpenService(complaint);
   if (!service) return Note(State::Missing, complaint.Take());
-  const CollectionPtr collection(secret_collection_for_alias_sync(
-      service.get(), SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, nullptr, complaint.Out()));
-  if (!complaint.IsEmpty()) return Note(State::Failed, complaint.Take());
-  if (!collection) return Note(State::Missing, "it has no default collection");
-  if (secret_collection_get_locked(collection.get()) != FALSE) return Note(State::Locked, {});
+  const DefaultCollection target = OpenDefaultCollection(service.get());
+  if (!target.collection) return Note(target.state, target.reason);
 
   const std::string_view password = login.password.View();
   const ValuePtr value(secret_value_new(password.data(), static_cast<gssize>(password.size()), "text/plain"));
   const std::string label = login.userName + " at " + place.protocol + "://" + place.host;
   const ItemPtr item(secret_item_create_sync(
-      collection.get(), &Schema(), Attributes(place, login.userName).get(), label.c_str(), value.get(),
+      target.collection.get(), &Schema(), Attributes(place, login.userName).get(), label.c_str(), value.get(),
       SECRET_ITEM_CREATE_REPLACE, nullptr, complaint.Out()));
   if (!item) return Note(State::Failed, complaint.Take());
   DeleteOthers(service.get(), place, login.userName);

@@ -27,7 +27,8 @@ class CredentialStore {
     Secret password;
   };
 
-  // Nothing when there is none, or it cannot be had.
+  // Nothing when there is none, or it cannot be had. The service counts as available only where a new one
+  // could be stored, even when there is one.
   [[nodiscard]] std::optional<Login> Find(const Place& place);
   // Replaces what is kept for that place.
   [[nodiscard]] bool Store(const Place& place, const Login& login);

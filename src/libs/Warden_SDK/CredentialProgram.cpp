@@ -42,7 +42,7 @@ void LogSecretService(const CredentialMessage& reply) {
   if (state.empty() || state == Words::kAvailable) return;
   std::string text = "Warden: the Secret Service is ";
   text += state == Words::kMissing || state == Words::kLocked ? state : std::string_view("not usable");
-  text += ", no credential is looked up or kept there";
+  text += ", no credential can be kept there";
   if (const std::string_view reason = reply.Get(Words::kReason); !reason.empty()) {
     text += ": ";
     text += reason;
