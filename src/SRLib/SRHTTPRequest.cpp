@@ -7,6 +7,10 @@ namespace ServiceRecords {
 
 SRHTTPRequestFactory* SRHTTPRequestFactory::c_Instance = nullptr;
 
-SRHTTPRequest::SRHTTPRequest(const std::wstring& url) : url_(util::narrow(url)) {}
+SRHTTPRequest::SRHTTPRequest(const std::wstring& url) : url_(util::narrow(url)), givenURL_(url) {}
+
+std::wstring SRHTTPRequest::GetEffectiveURL() const {
+  return redirectedURL_.empty() ? givenURL_ : redirectedURL_;
+}
 
 }  // namespace ServiceRecords

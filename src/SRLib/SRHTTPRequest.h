@@ -26,12 +26,19 @@ class SRHTTPRequest {
   [[nodiscard]] std::wstring GetRawHeader() const { return rawHeader_; }
   // Status of the last send that reached the network, 0 when no response arrived.
   [[nodiscard]] std::int64_t GetStatus() const { return status_; }
+  // Where the last answer came from: the URL behind the last redirect that was followed, otherwise the
+  // request's own, as it was given.
+  [[nodiscard]] virtual std::wstring GetEffectiveURL() const;
 
  protected:
   Gen_URL url_;
   std::wstring body_;
   std::int64_t status_ = 0;
   std::wstring rawHeader_;
+  std::wstring redirectedURL_;  // empty when no redirect was followed
+
+ private:
+  const std::wstring givenURL_;
 };
 
 }  // namespace ServiceRecords

@@ -96,20 +96,32 @@ void Report(MorvaneWardenRequestContext* context, const SRHTTPRequest& request, 
   list.reserve(lines.size() + 1);
   for (const std::wstring& line : lines) list.push_back(line.c_str());
   list.push_back(nullptr);
+  const std::wstring answering = request.GetEffectiveURL();
+  if (answering != url) MorvaneWarden_SetAnsweringUrl(context, answering.c_str());
   MorvaneWarden_ReportHttpResponse(context, request.GetStatus(), list.data());
 }
 
-// Sends the prepared request and reports its answer. The answer's status.
-std::int64_t SendPrepared(MorvaneWardenRequestContext* context, std::wstring& response) {
+TranslatedUrlPtr TranslatedUrl(MorvaneWardenRequestContext* context) {
   const wchar_t* url = nullptr;
-  const wchar_t* const* lines = nullptr;
   MorvaneWarden_GetTranslatedUrl(context, &url);
-  const TranslatedUrlPtr ownedUrl(url);
+  return TranslatedUrlPtr(url);
+}
+
+HeadersPtr Headers(MorvaneWardenRequestContext* context) {
+  const wchar_t* const* lines = nullptr;
   MorvaneWarden_GetHeaders(context, &lines);
-  const HeadersPtr ownedLines(lines);
-  const std::wstring address = url == nullptr ? L"" : url;
+  return HeadersPtr(lines);
+}
+
+// Sends the prepared request and reports its answer. The answer's status: with a 200 whose text cannot be
+// read the store was reached all the same, and the empty response is no discovery document.
+std::int64_t SendPrepared(MorvaneWardenRequestContext* context, std::wstring& response) {
+  HeadersPtr lines;  // freed after the URL
+  const TranslatedUrlPtr url = TranslatedUrl(context);
+  lines = Headers(context);
+  const std::wstring address = url ? url.get() : L"";
   const std::unique_ptr<SRHTTPRequest> request = SRHTTPRequestFactory::c_Instance->Create(address);
-  request->SendHTTPRequest(HeaderBlock(lines).Text());
+  request->SendHTTPRequest(HeaderBlock(lines.get()).Text());
   response = request->GetBody();
   Report(context, *request, address.c_str());
   return request->GetStatus();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,16 @@ namespace util {
   const std::size_t first = text.find_first_not_of(kBlanksAndNewlines);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(kBlanksAndNewlines) - first + 1);
+}
+
+// The letters A to Z in lower case, everything else as it is, whatever the locale.
+[[nodiscard]] constexpr char AsciiLower(char character) {
+  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+}
+[[nodiscard]] inline std::string AsciiLowerCased(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), AsciiLower);
+  return lower;
 }
 
 // Replaces `text` with the whole content of the file. False, and `text` unchanged, when the file cannot be

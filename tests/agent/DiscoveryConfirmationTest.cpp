@@ -124,6 +124,15 @@ TEST_F(DiscoveryConfirmation, AnAnswerThatBreaksOffIsAFailedConnection) {
   ExpectKeptAsConfirmedByTheUser(store, kNotReached);
 }
 
+TEST_F(DiscoveryConfirmation, AfterAFailedConfirmationTheClientIsBroughtForwardAllTheSame) {
+  int activations = 0;
+  agent_.Bus().OfferApplication("/com/morvane/quillon/velt", activations);
+  agent_.Bus().OwnName("com.morvane.quillon.velt");
+  agent_.Start();
+  ExpectKeptAsConfirmedByTheUser(Store("s1", "One"), kNotReached);
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return activations == 1; }));
+}
+
 TEST_F(DiscoveryConfirmation, AServerWhoseCertificateDoesNotVerifyIsAFailedConnection) {
   for (const char* certificate : {"expired", "wrong-host", "unknown-issuer"}) {
     const WebServer untrusted(TestAuthority::Shared().TlsServerBlock(certificate));
@@ -181,6 +190,11 @@ class DiscoveryThroughTheGateway : public DiscoveryConfirmation {
     agent_.Start();
   }
 
+  // What the gateway hands out as the store's discovery document.
+  [[nodiscard]] std::filesystem::path DocumentOf(const std::string& id) const {
+    return gateway_.Document("https/localhost:1/" + id + "/discovery");
+  }
+
   // A store that only the gateway reaches; its discovery document names it otherwise.
   StoreText Behind(const std::string& id) {
     StoreText store = Store(id, "Before");
@@ -189,9 +203,8 @@ class DiscoveryThroughTheGateway : public DiscoveryConfirmation {
     store.gateways = {{.name = "Gateway", .location = gateway_.Address("https"), .isDefault = true}};
     StoreText described = store;
     described.name = "Confirmed";
-    const auto document = gateway_.Document("https/localhost:1/" + id + "/discovery");
-    std::filesystem::create_directories(document.parent_path());
-    std::ofstream(document) << DiscoveryDocument({described});
+    std::filesystem::create_directories(DocumentOf(id).parent_path());
+    std::ofstream(DocumentOf(id)) << DiscoveryDocument({described});
     return store;
   }
 
@@ -221,6 +234,13 @@ TEST_F(DiscoveryThroughTheGateway, ARejectedLogOnIsAskedForThreeTimesAndThenShow
   for (int i = 0; i < 4; ++i) credentials_.WillGive("ann", "wrong");
   ExpectKeptAsConfirmedByTheUser(Behind("s1"), kNotReached);
   EXPECT_THAT(credentials_.Actions(), ElementsAre("get", "get", "get"));
+}
+
+TEST_F(DiscoveryThroughTheGateway, AnAnswerThatIsNotUtf8IsNoDiscoveryDocument) {
+  const StoreText store = Behind("s1");
+  std::ofstream(DocumentOf("s1")) << "<Discovery name='Caf\xE9'/>";
+  credentials_.WillGive("ann", "secret word");
+  ExpectKeptAsConfirmedByTheUser(store, kNoDocument);
 }
 
 TEST_F(DiscoveryThroughTheGateway, ACancelledLogOnShowsNothingAndKeepsTheStore) {

@@ -92,8 +92,10 @@ TEST_F(MakeConnectionTest, InsideAndOnVpnTheStoreIsAskedDirectlyWithoutExtraHead
     server_.Answer(kURL, L"answer");
     EXPECT_TRUE(Connect(Store(L"s", kURL, {Gateway(L"gw", L"https://gw.example", true)})));
     EXPECT_EQ(response_, L"answer");
-    EXPECT_EQ(Traced(), (Texts{"MakeConnection: direct to the store s, because network location is: " +
-                               std::to_string(location)}));
+    EXPECT_EQ(CapturedTrace::RecordsStartingWith("MakeConnection"),
+              (Records{{0, "SRProviderConnection.cpp",
+                        "MakeConnection: direct to the store s, because network location is: " +
+                            std::to_string(location)}}));
   }
   EXPECT_EQ(server_.Sent(), (std::vector<SentRequest>{{kURL, L""}, {kURL, L""}}));
   EXPECT_EQ(clock_.Seconds(), 0);
@@ -118,8 +120,10 @@ TEST_F(MakeConnectionTest, EveryOtherLocationGoesThroughTheAuthenticationManager
     server_.Answer(L"https://gw.example/https/s.example/store/discovery", L"through");
     EXPECT_TRUE(Connect(Store(L"s", kURL, {Gateway(L"gw", L"https://gw.example", true)})));
     EXPECT_EQ(response_, L"through");
-    EXPECT_EQ(Traced(), (Texts{"MakeConnection: using Warden for the store s, because network location is: " +
-                               std::to_string(location)}));
+    EXPECT_EQ(CapturedTrace::RecordsStartingWith("MakeConnection"),
+              (Records{{0, "SRProviderConnection.cpp",
+                        "MakeConnection: using Warden for the store s, because network location is: " +
+                            std::to_string(location)}}));
     EXPECT_THAT(warden.Calls(), Contains("CreateRequestContext '" + Narrow(kURL) + "' 3"));
   }
 }

@@ -139,6 +139,32 @@ TEST_F(OutboundDSConfirmTest, AFailedConnectionIsShownAndRecorded) {
   EXPECT_TRUE(RecordedPublications::All().empty());
 }
 
+TEST_F(OutboundDSConfirmTest, WhatBecameOfAStoreIsTracedAtLevelZero) {
+  AnswerLocationWith(2);
+  FakeWarden warden;
+  warden.EndWith(8);
+  warden.Send(Address(L"b"));
+  warden.EndWith(6);
+  server_.Answer(Address(L"b"), Document(L"b"));
+  ExpectError(L"message 1624");
+  EXPECT_TRUE(Confirm(Map({Accepted(L"a"), Accepted(L"b"), Accepted(L"c")})));
+  const std::string file = "SRProvider.cpp";
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("..."),
+            (Records{{0, file, "...DS trust verification was canceled by user for store: a"},
+                     {0, file, "...DS trust verification succeded for store: b"},
+                     {0, file, "...Received DiscoveryDocument: " + Narrow(Document(L"b"))},
+                     {0, file, "...DS trust verification failed for store: c"}}));
+}
+
+TEST_F(OutboundDSConfirmTest, AnUnreadableAnswerThroughTheAuthenticationManagerIsNoDiscoveryDocument) {
+  AnswerLocationWith(2);
+  FakeWarden warden;
+  warden.Send(Address(L"s"));
+  server_.Answer(Address(L"s"), {200, L"", L"Content-Type: text/xml\r\n"});
+  ExpectError(L"message 1616");
+  EXPECT_FALSE(Verify(L"s"));
+}
+
 TEST_F(OutboundDSConfirmTest, AResponseIsTakenWholeWhateverStandsBeforeTheMarker) {
   const std::wstring response = L"<?xml version=\"1.0\"?>\n  <!-- x --> <Discovery/> after";
   server_.Answer(Address(L"s"), response);

@@ -37,15 +37,17 @@ TEST_F(SRTrustedHTTPRequestTest, AnAnsweredRequestTakesTheLibraryThroughItsLifeI
   EXPECT_EQ(warden_.Calls(),
             (Texts{"Initialize", "CreateConnection 'ServiceRecord Trust' 0 0",
                    "CreateRequestContext 'https://store.example/discovery' 3", "Prepare2", "GetTranslatedUrl",
-                   "GetHeaders", "ReportHttpResponse 200", "FreeHeaders", "FreeTranslatedUrl",
+                   "GetHeaders", "ReportHttpResponse 200", "FreeTranslatedUrl", "FreeHeaders",
                    "DestroyContext", "DestroyConnection", "Uninitialize"}));
 }
 
-TEST_F(SRTrustedHTTPRequestTest, ARouteIsForcedAsOneUnitWhenAGatewayLocationIsPresent) {
+TEST_F(SRTrustedHTTPRequestTest, ARouteIsForcedAsOneUnitBeforeTheFirstPassWhenAGatewayLocationIsPresent) {
   data_.Route = {L"gw", L"https://gw.example", 2, 3, 1};
   EXPECT_FALSE(MakeRequest());
-  EXPECT_THAT(warden_.Calls(),
-              ::testing::Contains("ForceRoute 'gw' 'https://gw.example' edition 2 authentication 3 mode 1"));
+  EXPECT_EQ(warden_.Calls(), (Texts{"Initialize", "CreateConnection 'ServiceRecord Trust' 0 0",
+                                    "CreateRequestContext 'https://store.example/discovery' 3",
+                                    "ForceRoute 'gw' 'https://gw.example' edition 2 authentication 3 mode 1",
+                                    "Prepare2", "DestroyContext", "DestroyConnection", "Uninitialize"}));
 }
 
 TEST_F(SRTrustedHTTPRequestTest, AGatewayNameAloneForcesNoRoute) {
@@ -71,9 +73,25 @@ TEST_F(SRTrustedHTTPRequestTest, AChallengeIsReportedLineByLineAndTheNextRequest
   EXPECT_EQ(response_, L"<Discovery/>");
   EXPECT_EQ(warden_.PassCalls(),
             (Texts{"Prepare2", "GetTranslatedUrl", "GetHeaders",
-                   R"(ReportHttpResponse 401 'WWW-Authenticate: Basic realm="r"' 'Server: x')", "FreeHeaders",
-                   "FreeTranslatedUrl", "Prepare2", "GetTranslatedUrl", "GetHeaders",
-                   "ReportHttpResponse 200", "FreeHeaders", "FreeTranslatedUrl"}));
+                   R"(ReportHttpResponse 401 'WWW-Authenticate: Basic realm="r"' 'Server: x')",
+                   "FreeTranslatedUrl", "FreeHeaders", "Prepare2", "GetTranslatedUrl", "GetHeaders",
+                   "ReportHttpResponse 200", "FreeTranslatedUrl", "FreeHeaders"}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, AnAnswerBehindARedirectIsReportedWithItsUrl) {
+  warden_.Send(L"https://s/old");
+  server_.Answer(L"https://s/old", {401, L"", L"Server: x\r\n", L"https://s/new"});
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_EQ(warden_.PassCalls(),
+            (Texts{"Prepare2", "GetTranslatedUrl", "GetHeaders", "SetAnsweringUrl 'https://s/new'",
+                   "ReportHttpResponse 401 'Server: x'", "FreeTranslatedUrl", "FreeHeaders", "Prepare2"}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, AnAnswerWhoseTextCannotBeReadIsAnEmptyOne) {
+  warden_.Send(L"https://s/");
+  server_.Answer(L"https://s/", {200, L"", L"Server: x\r\n"});
+  EXPECT_TRUE(MakeRequest());
+  EXPECT_TRUE(response_.empty());
 }
 
 TEST_F(SRTrustedHTTPRequestTest, ARawHeaderWithoutALineEndIsTracedAndReportedAsNoLines) {

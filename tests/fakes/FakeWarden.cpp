@@ -165,6 +165,11 @@ void MorvaneWarden_FreeHeaders(const wchar_t* const* lines) {
   Called("FreeHeaders");
 }
 
+MorvaneWardenStatus MorvaneWarden_SetAnsweringUrl(MorvaneWardenRequestContext* context, const wchar_t* url) {
+  Require(context == Context());
+  return Called("SetAnsweringUrl " + Text(url));
+}
+
 MorvaneWardenStatus MorvaneWarden_ReportHttpResponse(MorvaneWardenRequestContext* context, int64_t status,
                                                      const wchar_t* const* lines) {
   Require(context == Context());

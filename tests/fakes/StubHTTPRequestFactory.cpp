@@ -16,6 +16,7 @@ class StubHTTPRequest : public ServiceRecords::SRHTTPRequest {
     status_ = answer.status;
     body_ = std::move(answer.body);
     rawHeader_ = std::move(answer.rawHeader);
+    redirectedURL_ = std::move(answer.redirectedURL);
     return status_ == 200;
   }
 

@@ -16,6 +16,7 @@ struct HTTPAnswer {
   std::int64_t status = 0;
   std::wstring body;
   std::wstring rawHeader;
+  std::wstring redirectedURL = {};  // where it comes from, behind redirects
 };
 
 struct SentRequest {

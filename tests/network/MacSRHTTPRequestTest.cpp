@@ -70,6 +70,18 @@ TEST(MacSRHTTPRequest, FollowsARedirectToA200) {
   EXPECT_EQ(request.GetBody(), L"moved");
 }
 
+TEST(MacSRHTTPRequest, SaysWhichUrlAnsweredBehindARedirect) {
+  const RawServer other({"HTTP/1.1 401 Unauthorized\r\nContent-Length: 0\r\n\r\n"});
+  const std::string there = util::narrow(other.Address()) + "/there?a=b";
+  const RawServer server(
+      {"HTTP/1.1 302 Found\r\nLocation: " + there + "\r\nContent-Length: 0\r\n\r\n", kEmptyAnswer});
+  MacSRHTTPRequest request(server.Address() + L"/old");
+  EXPECT_FALSE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetEffectiveURL(), util::widen(there));
+  EXPECT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetEffectiveURL(), server.Address() + L"/old");
+}
+
 TEST(MacSRHTTPRequest, FollowsTwentyRedirectsButNotTwentyOne) {
   const WebServer server(ServerBlock("", R"(
     location = /hop { return 200 arrived; }
@@ -226,6 +238,15 @@ TEST(MacSRHTTPRequest, ReachesAHostWhoseNameIsNotASCII) {
               ElementsAre(HasSubstr("\r\nHost: xn--mnchen-3ya.localhost:" + port + "\r\n")));
 }
 
+TEST(MacSRHTTPRequest, NamesAHostWhoseNameIsNotASCIIBehindItsRedirectAsBefore) {
+  const RawServer server(
+      {"HTTP/1.1 302 Found\r\nLocation: /new?a\r\nContent-Length: 0\r\n\r\n", kEmptyAnswer});
+  const std::wstring address = L"http://m\u00FCnchen.localhost:" + std::to_wstring(server.Port());
+  MacSRHTTPRequest request(address + L"/old");
+  EXPECT_TRUE(request.SendHTTPRequest(L""));
+  EXPECT_EQ(request.GetEffectiveURL(), address + L"/new?a");
+}
+
 TEST(MacSRHTTPRequest, TakesAHostNameThatHasNoASCIIFormForNoURL) {
   const TraceCapture trace;
   MacSRHTTPRequest request(L"http://" + std::wstring(64, L'ü') + L".localhost/discovery");
@@ -288,6 +309,20 @@ TEST(MacSRHTTPRequest, UsesTheProxyOfTheEnvironment) {
   MacSRHTTPRequest request(L"http://stores.example/discovery");
   EXPECT_TRUE(request.SendHTTPRequest(L""));
   EXPECT_THAT(proxy.Requests(), ElementsAre(StartsWith("GET http://stores.example/discovery HTTP/1.1\r\n")));
+}
+
+TEST(MacSRHTTPRequest, SendsWhatIsForTheProxyToTheProxyOnly) {
+  const RawServer direct({kEmptyAnswer});
+  const RawServer proxy({"HTTP/1.1 302 Found\r\nLocation: " + util::narrow(direct.Address()) +
+                         "/\r\nContent-Length: 0\r\n\r\n"});
+  const EnvironmentVariable variable("http_proxy", util::narrow(proxy.Address()));
+  const EnvironmentVariable exception("no_proxy", "127.0.0.1");
+  MacSRHTTPRequest request(L"http://stores.example/discovery");
+  EXPECT_TRUE(request.SendHTTPRequest(L"Proxy-Authorization: Basic eA==\r\nX-Extra: 1\r\n"));
+  EXPECT_THAT(proxy.Requests(), ElementsAre(AllOf(HasSubstr("\r\nProxy-Authorization: Basic eA==\r\n"),
+                                                  HasSubstr("\r\nX-Extra: 1\r\n"))));
+  EXPECT_THAT(direct.Requests(),
+              ElementsAre(AllOf(Not(HasSubstr("Proxy-Authorization")), HasSubstr("\r\nX-Extra: 1\r\n"))));
 }
 
 TEST(MacSRHTTPRequest, TakesNoStatusFromAProxyThatRefusesTheWayToTheServer) {

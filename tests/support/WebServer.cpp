@@ -3,7 +3,6 @@
 #include "support/LoopbackListener.h"
 
 #include <fstream>
-#include <iterator>
 
 namespace testsupport {
 namespace {
@@ -67,11 +66,6 @@ void WebServer::WriteConfiguration(std::string serverBlock) const {
 
 std::string WebServer::Address(const std::string& scheme) const {
   return scheme + "://localhost:" + std::to_string(port_);
-}
-
-std::string WebServer::ErrorLog() const {
-  std::ifstream log(folder_.Path() / "error.log");
-  return {std::istreambuf_iterator<char>(log), std::istreambuf_iterator<char>()};
 }
 
 }  // namespace testsupport

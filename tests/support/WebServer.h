@@ -30,8 +30,6 @@ class WebServer {
   [[nodiscard]] std::filesystem::path Document(const std::string& name) const {
     return folder_.Path() / "documents" / name;
   }
-  // What nginx had to complain about.
-  [[nodiscard]] std::string ErrorLog() const;
 
  private:
   void WriteConfiguration(std::string serverBlock) const;

@@ -31,7 +31,7 @@ class DigestServerTest : public testing::Test {
  protected:
   static ApacheServer Server(const std::string& more = {}) {
     return ApacheServer(
-        {"auth_digest"},
+        {"alias", "auth_digest"},
         "AuthType Digest\nAuthName \"Stores, all = and more\"\n"
         "AuthDigestProvider file\nAuthUserFile @FOLDER@/passwords\nRequire valid-user\n" +
             more,
@@ -59,11 +59,26 @@ TEST_F(DigestServerTest, AcceptsAUserOutsideAscii) {
   EXPECT_EQ(request.Run(), 1U) << server.Log();
 }
 
-TEST_F(DigestServerTest, AcceptsAnAnswerForATargetThatIsNormalizedOnTheWay) {
+TEST_F(DigestServerTest, AcceptsAnAnswerForATargetThatIsRequestedToTheLetter) {
   const ApacheServer server = Server();
   program_.WillGive("user", "secret");
   WardenRequest request(library_, server.Address() + L"/x/../discovery?\u00FC \u4E1C");
   EXPECT_EQ(request.Run(), 1U) << server.Log();
+  EXPECT_THAT(request.LastHeaders(), ElementsAre(HasSubstr(L"uri=\"/x/../discovery?%C3%BC%20%E4%B8%9C\"")));
+}
+
+TEST_F(DigestServerTest, AcceptsTheAnswerBehindARedirectOfItsOwn) {
+  const ApacheServer server = Server(
+      "Redirect 302 /open /discovery\nRedirect 302 /closed /discovery\n"
+      "<Files open>\nRequire all granted\n</Files>\n");
+  for (const wchar_t* path : {L"/open", L"/closed"}) {
+    program_.WillGive("user", "secret", "source=stored");
+    WardenRequest request(library_, server.Address() + path);
+    EXPECT_EQ(request.Run(), 1U) << server.Log();
+    EXPECT_EQ(request.Body(), L"<found/>");
+    EXPECT_THAT(request.LastHeaders(), ElementsAre(HasSubstr(L"uri=\"/discovery\"")));
+  }
+  EXPECT_THAT(program_.Actions(), ElementsAre("get", "get"));
 }
 
 TEST_F(DigestServerTest, RejectsAWrongPasswordThreeTimes) {

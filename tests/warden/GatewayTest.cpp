@@ -11,6 +11,7 @@
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -111,6 +112,24 @@ TEST_F(GatewayTest, CredentialsDoNotFollowARedirectToAnotherServer) {
   WardenRequest request(library_, Wide(redirecting.Address("https")) + L"/");
   EXPECT_EQ(request.Run(), 1U);
   EXPECT_EQ(request.Body(), L"auth=");
+}
+
+TEST_F(GatewayTest, AChallengeBehindARedirectToAnotherServerIsNotTheAskedOnes) {
+  const WebServer other(TrustedAuthority().TlsServerBlock(
+      "good", "location / { add_header WWW-Authenticate 'Basic realm=x' always; return 401; }"));
+  const WebServer redirecting(TrustedAuthority().TlsServerBlock(
+      "good",
+      "location / { if ($http_authorization = \"\") { add_header WWW-Authenticate 'Basic realm=x' always; "
+      "return 401; } return 302 " +
+          other.Address("https") + "/; }"));
+  program_.WillGive("user", "secret", "source=stored");
+  WardenRequest request(library_, Wide(redirecting.Address("https")) + L"/");
+  EXPECT_EQ(request.Run(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_REFUSED));
+  EXPECT_EQ(request.Sent(), 2);
+  EXPECT_THAT(program_.Actions(), ElementsAre("get"));
+  EXPECT_THAT(library_.Log(),
+              Contains(HasSubstr("the challenge is another server's: " + redirecting.Address("https") +
+                                 " was asked, " + other.Address("https") + " answers")));
 }
 
 TEST_F(GatewayTest, AServerWithoutAnAnswerEndsTheRequest) {

@@ -1,3 +1,4 @@
+#include "SRLib/TextHelpers.h"
 #include "warden/ScriptedCredentials.h"
 #include "warden/WardenLibrary.h"
 #include "warden/WardenRequest.h"
@@ -25,6 +26,7 @@ using testsupport::WardenRequest;
 
 constexpr const wchar_t* kStore = L"https://store.example:8443/Example/Main";
 constexpr const wchar_t* kBasic = L"WWW-Authenticate: Basic realm=\"Stores\"";
+constexpr const wchar_t* kDigest = L"WWW-Authenticate: Digest realm=\"r\", qop=\"auth\", nonce=\"n\"";
 // "user:secret" and "user:better" in Base64.
 constexpr const wchar_t* kSecretHeader = L"Authorization: Basic dXNlcjpzZWNyZXQ=";
 constexpr const wchar_t* kBetterHeader = L"Authorization: Basic dXNlcjpiZXR0ZXI=";
@@ -127,6 +129,21 @@ TEST_F(RequestActionTest, AProxysChallengeIsAnsweredInItsOwnHeader) {
   request.Report(401, {kBasic});
   EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
   EXPECT_THAT(request.Headers(), ElementsAre(kBetterHeader, L"Proxy-Authorization: Basic dXNlcjpzZWNyZXQ="));
+  EXPECT_THAT(program_.Requests(),
+              ElementsAre(HasSubstr("host=store.example:8443\nrealm=Proxy\nplace=store\n"),
+                          HasSubstr("host=store.example:8443\nrealm=Stores\nplace=store\n")));
+}
+
+TEST_F(RequestActionTest, TheProgramIsToldHowUsersLogOn) {
+  const std::vector<std::string> words{"rsa", "none", "domain", "domain-and-rsa", "sms", "gateway-knows"};
+  for (std::uint32_t kind = 0; kind < words.size(); ++kind) {
+    WardenRequest request(library_, kStore);
+    ASSERT_EQ(request.ForceRoute({L"https://gateway.example", kind}), MORVANE_WARDEN_OK);
+    EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+    request.Report(401, {kBasic});
+    static_cast<void>(request.Prepare());
+    EXPECT_THAT(program_.Requests().back(), HasSubstr("\nauthentication=" + words[kind] + "\n"));
+  }
 }
 
 TEST_F(RequestActionTest, AfterThreeRejectedCredentialsItGivesUp) {
@@ -172,6 +189,75 @@ TEST_F(RequestActionTest, ARejectionInOneRealmSaysNothingAboutAnother) {
   EXPECT_THAT(program_.Actions(), ElementsAre("get", "get"));
   EXPECT_THAT(program_.Requests()[1],
               HasSubstr("realm=Other\nplace=store\nauthentication=none\nrejected=no\n"));
+}
+
+TEST_F(RequestActionTest, AChallengeOfAnotherServerSaysNothingAboutTheCredentialAndEndsTheRequest) {
+  for (const char* other : {"https://other.example", "http://store.example:8443", "https://store.example"}) {
+    program_.WillGive("user", "secret", "source=stored");
+    WardenRequest request(library_, kStore);
+    EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+    request.Report(401, {kBasic});
+    EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+    EXPECT_EQ(request.SetAnsweringUrl(util::widen(other) + L"/x?password=hidden"), MORVANE_WARDEN_OK);
+    request.Report(401, {kBasic});
+    EXPECT_EQ(request.Prepare(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_REFUSED));
+    EXPECT_THAT(library_.Log(), Contains("2 Warden: the challenge is another server's: "
+                                         "https://store.example:8443 was asked, " +
+                                         std::string(other) + " answers"));
+  }
+  EXPECT_THAT(program_.Actions(), ElementsAre("get", "get", "get"));
+  EXPECT_THAT(AllLogLines(), Not(HasSubstr("hidden")));
+}
+
+TEST_F(RequestActionTest, AChallengeBehindARedirectIsAnsweredWhereItCameFrom) {
+  program_.WillGive("user", "secret");
+  WardenRequest request(library_, kStore);
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  EXPECT_EQ(request.SetAnsweringUrl(L"https://STORE.example:8443/new?a=b"), MORVANE_WARDEN_OK);
+  request.Report(401, {kDigest});
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  EXPECT_EQ(request.Url(), L"https://store.example:8443/new?a=b");
+  EXPECT_THAT(request.Headers(), ElementsAre(HasSubstr(L"uri=\"/new?a=b\"")));
+}
+
+TEST_F(RequestActionTest, ADigestThatWasTakenToAnotherTargetIsNotJudged) {
+  program_.WillGive("user", "secret", "source=stored");
+  WardenRequest request(library_, kStore);
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  request.Report(401, {kDigest});
+  std::wstring target = L"/Example/Main";
+  for (const auto& [status, redirectedTo] : {std::pair{401, L"/new"}, std::pair{400, L"/newer"}}) {
+    EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+    EXPECT_THAT(request.Headers(), ElementsAre(HasSubstr(L"uri=\"" + target + L"\"")));
+    target = redirectedTo;
+    EXPECT_EQ(request.SetAnsweringUrl(L"https://store.example:8443" + target), MORVANE_WARDEN_OK);
+    request.Report(status, {kDigest});
+  }
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  EXPECT_THAT(request.Headers(), ElementsAre(HasSubstr(L"uri=\"/newer\"")));
+  EXPECT_THAT(program_.Actions(), ElementsAre("get"));
+
+  request.Report(401, {kDigest});
+  static_cast<void>(request.Prepare());
+  EXPECT_THAT(program_.Actions(), ElementsAre("get", "erase", "get"));
+}
+
+TEST_F(RequestActionTest, APasswordThatWasTakenToAnotherTargetIsJudged) {
+  program_.WillGive("user", "secret", "source=stored");
+  WardenRequest request(library_, kStore);
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  request.Report(401, {kBasic});
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  EXPECT_EQ(request.SetAnsweringUrl(L"https://store.example:8443/new"), MORVANE_WARDEN_OK);
+  request.Report(401, {kBasic});
+  EXPECT_THAT(program_.Actions(), ElementsAre("get", "erase"));
+}
+
+TEST_F(RequestActionTest, AnAnswerComesFromAWebAddressAndToAPreparedRequest) {
+  WardenRequest request(library_, kStore);
+  EXPECT_EQ(request.SetAnsweringUrl(kStore), MORVANE_WARDEN_NOTHING_PREPARED);
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  EXPECT_EQ(request.SetAnsweringUrl(L"file:///etc"), MORVANE_WARDEN_BAD_PARAMETER);
 }
 
 TEST_F(RequestActionTest, OnlyACredentialToBeRememberedIsStoredAndNeverItsCode) {

@@ -34,7 +34,7 @@ TEST_F(WardenInterfaceTest, OnlyItsOwnFunctionsAreVisible) {
   for (std::string line; std::getline(symbols, line); ++count) {
     EXPECT_THAT(line, testing::StartsWith("MorvaneWarden_"));
   }
-  EXPECT_EQ(count, 15);
+  EXPECT_EQ(count, 16);
 }
 
 TEST_F(WardenInterfaceTest, NeitherTheSecretServiceNorXmlIsLoadedWithIt) {
@@ -85,6 +85,7 @@ TEST_F(WardenInterfaceTest, WithoutAContextNothingIsToBeSent) {
   const wchar_t* url = L"";
   EXPECT_EQ(library_.GetTranslatedUrl(nullptr, &url), MORVANE_WARDEN_BAD_PARAMETER);
   EXPECT_EQ(url, nullptr);
+  EXPECT_EQ(library_.SetAnsweringUrl(nullptr, L"https://h/"), MORVANE_WARDEN_BAD_PARAMETER);
   EXPECT_EQ(library_.ReportHttpResponse(nullptr, 200, nullptr), MORVANE_WARDEN_BAD_PARAMETER);
   EXPECT_EQ(library_.DestroyContext(nullptr), MORVANE_WARDEN_OK);
   EXPECT_EQ(library_.DestroyConnection(nullptr), MORVANE_WARDEN_OK);

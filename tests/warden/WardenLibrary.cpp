@@ -65,14 +65,11 @@ void WardenLibrary::Load() {
   Find(handle_, "FreeTranslatedUrl", FreeTranslatedUrl);
   Find(handle_, "GetHeaders", GetHeaders);
   Find(handle_, "FreeHeaders", FreeHeaders);
+  Find(handle_, "SetAnsweringUrl", SetAnsweringUrl);
   Find(handle_, "ReportHttpResponse", ReportHttpResponse);
   const std::lock_guard lock(g_logMutex);
   g_log.clear();
   SetLogFunction(KeepLine);
-}
-
-bool WardenLibrary::Exports(const char* name) const {
-  return ::dlsym(handle_, name) != nullptr;
 }
 
 std::vector<std::string> WardenLibrary::Log() const {

@@ -23,7 +23,6 @@ class WardenLibrary {
   WardenLibrary& operator=(const WardenLibrary&) = delete;
 
   [[nodiscard]] const std::filesystem::path& Folder() const { return folder_.Path(); }
-  [[nodiscard]] bool Exports(const char* name) const;
   // The log lines so far.
   [[nodiscard]] std::vector<std::string> Log() const;
 
@@ -42,6 +41,7 @@ class WardenLibrary {
   decltype(&MorvaneWarden_FreeTranslatedUrl) FreeTranslatedUrl = nullptr;
   decltype(&MorvaneWarden_GetHeaders) GetHeaders = nullptr;
   decltype(&MorvaneWarden_FreeHeaders) FreeHeaders = nullptr;
+  decltype(&MorvaneWarden_SetAnsweringUrl) SetAnsweringUrl = nullptr;
   decltype(&MorvaneWarden_ReportHttpResponse) ReportHttpResponse = nullptr;
 
  private:

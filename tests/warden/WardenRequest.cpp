@@ -62,6 +62,10 @@ std::vector<std::wstring> WardenRequest::Headers() {
   return copies;
 }
 
+MorvaneWardenStatus WardenRequest::SetAnsweringUrl(const std::wstring& url) {
+  return library_.SetAnsweringUrl(context_, url.c_str());
+}
+
 void WardenRequest::Report(std::int64_t status, const std::vector<std::wstring>& lines) {
   std::vector<const wchar_t*> pointers;
   for (const std::wstring& line : lines) pointers.push_back(line.c_str());
@@ -78,6 +82,10 @@ std::uint32_t WardenRequest::Run() {
     ServiceRecords::MacSRHTTPRequest request(Url());
     ++sent_;
     const bool ok = request.SendHTTPRequest(block);
+    const std::wstring answering = request.GetEffectiveURL();
+    if (answering != Url()) {
+      EXPECT_EQ(SetAnsweringUrl(answering), MORVANE_WARDEN_OK);
+    }
     Report(request.GetStatus(), Lines(request.GetRawHeader()));
     if (ok) {
       body_ = request.GetBody();

@@ -29,6 +29,7 @@ class WardenRequest {
   [[nodiscard]] std::uint32_t Prepare();
   [[nodiscard]] std::wstring Url();
   [[nodiscard]] std::vector<std::wstring> Headers();
+  MorvaneWardenStatus SetAnsweringUrl(const std::wstring& url);
   void Report(std::int64_t status, const std::vector<std::wstring>& lines = {});
 
   // Sends what is prepared until the library says otherwise, and returns its last action; 1 for success.

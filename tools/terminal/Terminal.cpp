@@ -1,5 +1,7 @@
 #include "Terminal.h"
 
+#include "SRLib/TextHelpers.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
@@ -7,7 +9,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -22,11 +23,9 @@ constexpr std::size_t kUsualColumns = 80;
 
 enum class Answer { Yes, No, Unclear };
 
-Answer AnswerOf(std::string line) {
+Answer AnswerOf(std::string_view text) {
+  std::string line = util::AsciiLowerCased(text);
   std::erase_if(line, [](char character) { return character == ' ' || character == '\t'; });
-  std::transform(line.begin(), line.end(), line.begin(), [](char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-  });
   if (line == "y" || line == "yes") return Answer::Yes;
   return line.empty() || line == "n" || line == "no" ? Answer::No : Answer::Unclear;
 }
@@ -96,7 +95,7 @@ bool Terminal::Confirm(std::string_view question) {
   if (!Print(question)) return false;
   std::array<char, kLongestLine> line;
   while (const std::optional<std::size_t> length = ReadLine(line)) {
-    const Answer answer = AnswerOf(std::string(line.data(), *length));
+    const Answer answer = AnswerOf({line.data(), *length});
     if (answer != Answer::Unclear) return answer == Answer::Yes;
     if (!Print("Please answer yes or no. [y/N] ")) return false;
   }

@@ -1,21 +1,12 @@
 #include "DialogConversation.h"
 
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <span>
 #include <string_view>
 #include <utility>
-
-namespace {
-
-bool WouldBlock(int error) {
-  return error == EAGAIN || error == EINTR;
-}
-
-}  // namespace
 
 DialogConversation::DialogConversation(HelperProcess program, std::string request, int terminationDescriptor)
     : program_(std::move(program)),
@@ -26,8 +17,7 @@ DialogConversation::DialogConversation(HelperProcess program, std::string reques
 
 std::optional<DialogWire::Reply> DialogConversation::AwaitReply() {
   while (Wait()) {
-    SendSome();
-    ReadSome();
+    Exchange();
     if (const std::size_t end = reply_.find('\n'); end != std::string::npos) {
       return DialogWire::ReplyOf(std::string_view(reply_).substr(0, end));
     }
@@ -38,8 +28,7 @@ std::optional<DialogWire::Reply> DialogConversation::AwaitReply() {
 
 void DialogConversation::AwaitEnd() {
   while (!ended_ && Wait()) {
-    SendSome();
-    ReadSome();
+    Exchange();
     reply_.clear();
   }
 }
@@ -57,25 +46,12 @@ bool DialogConversation::Wait() {
   return events[0].revents == 0;
 }
 
-void DialogConversation::SendSome() {
-  if (sent_ == request_.size()) return;
-  const std::string_view rest = std::string_view(request_).substr(sent_);
-  const ssize_t count = ::send(program_.Input(), rest.data(), rest.size(), MSG_NOSIGNAL);
-  if (count >= 0) {
-    sent_ += static_cast<std::size_t>(count);
-  } else if (!WouldBlock(errno)) {
-    // A program that reads no further may still answer.
-    sent_ = request_.size();
-  }
-}
-
-void DialogConversation::ReadSome() {
+void DialogConversation::Exchange() {
+  sent_ += program_.SendSome(std::string_view(request_).substr(sent_));
   if (!outputOpen_) return;
   std::array<char, DialogWire::kMaximumReply> buffer;
-  const ssize_t count = ::read(program_.Output(), buffer.data(), buffer.size() - reply_.size());
-  if (count > 0) {
-    reply_.append(buffer.data(), static_cast<std::size_t>(count));
-  } else if (count == 0 || !WouldBlock(errno)) {
-    outputOpen_ = false;
-  }
+  const std::optional<std::size_t> count =
+      program_.ReadSome(std::span(buffer).first(buffer.size() - reply_.size()));
+  outputOpen_ = count.has_value();
+  reply_.append(buffer.data(), count.value_or(0));
 }

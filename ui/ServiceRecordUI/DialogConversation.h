@@ -23,10 +23,8 @@ class DialogConversation {
  private:
   // Waits for the next event. False on termination.
   [[nodiscard]] bool Wait();
-  // Sends what the program takes now.
-  void SendSome();
-  // Reads what is there now.
-  void ReadSome();
+  // Sends what the program takes now and reads what is there now.
+  void Exchange();
 
   HelperProcess program_;
   std::string request_;

@@ -5,6 +5,7 @@
 #include "RequestHeaders.h"
 #include "SRLib/TextHelpers.h"
 
+#include <optional>
 #include <string_view>
 
 namespace ServiceRecords {
@@ -41,12 +42,14 @@ std::size_t CollectBody(char* bytes, std::size_t /*one*/, std::size_t count, voi
 }
 
 // `headers` and `reception` must outlive the request.
-CurlPtr MakeGet(const std::string& requestForm, curl_slist* headers, Reception& reception) {
+CurlPtr MakeGet(const std::string& requestForm, const RequestHeaderLists& headers, Reception& reception) {
   CurlPtr request = CurlTransfer::Make(requestForm);
-  if (!request || headers == nullptr) return nullptr;
+  if (!request) return nullptr;
   CURL* const handle = reception.request = request.get();
   curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
-  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers);
+  curl_easy_setopt(handle, CURLOPT_HEADEROPT, CURLHEADER_SEPARATE);
+  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.server.get());
+  curl_easy_setopt(handle, CURLOPT_PROXYHEADER, headers.proxy.get());
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
   curl_easy_setopt(handle, CURLOPT_MAXREDIRS, kMaximumRedirects);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, CollectBody);
@@ -78,6 +81,21 @@ std::wstring HeaderLines(CURL* request) {
   return util::widen(lines);
 }
 
+// Where the last response came from; empty when no redirect was followed. A redirect to the server itself
+// names it as `pagelessURL` does, not in the ASCII form of its name in which it was requested.
+std::wstring RedirectedURL(CURL* request, std::string_view requestForm, const std::string& pagelessURL) {
+  long redirects = 0;
+  const char* url = nullptr;
+  curl_easy_getinfo(request, CURLINFO_REDIRECT_COUNT, &redirects);
+  curl_easy_getinfo(request, CURLINFO_EFFECTIVE_URL, &url);
+  if (redirects == 0 || url == nullptr) return {};
+  const std::string_view effective = url;
+  const std::string_view server =
+      requestForm.substr(0, requestForm.find('/', requestForm.find("://") + 3) + 1);
+  if (!effective.starts_with(server)) return util::widen(effective);
+  return util::widen(pagelessURL) + L"/" + util::widen(effective.substr(server.size()));
+}
+
 bool Failed() {
   CSRLog(2, "Retrieving discovery document failed");
   return false;
@@ -88,20 +106,23 @@ bool Failed() {
 bool MacSRHTTPRequest::SendHTTPRequest(const std::wstring& extraHeaders) {
   body_.clear();
   rawHeader_.clear();
+  redirectedURL_.clear();
   const std::string& address = url_.GetURL();
   const std::optional<std::string> requestForm = CurlTransfer::RequestForm(address);
   if (!requestForm) {
     CSRLog(2, "The URL passed to SendHTTPRequest was malformed (URL = %@)", address);
     return Failed();
   }
-  const CurlListPtr headers = RequestHeaders(extraHeaders);
+  const std::optional<RequestHeaderLists> headers = RequestHeaders(extraHeaders);
   Reception reception;
-  const CurlPtr request = MakeGet(*requestForm, headers.get(), reception);
+  CurlPtr request;
+  if (headers) request = MakeGet(*requestForm, *headers, reception);
   if (!request) {
     CSRLog(2, "Failed to create urlRequest in SendHTTPRequest (URL = %@)", address);
     return Failed();
   }
   status_ = Perform(request.get());
+  if (status_ != 0) redirectedURL_ = RedirectedURL(request.get(), *requestForm, url_.GetPagelessURL());
   if (status_ == kStatusOK && util::IsUTF8(reception.body)) {
     body_ = util::widen(reception.body);
     return true;

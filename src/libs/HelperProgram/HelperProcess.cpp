@@ -129,6 +129,10 @@ bool EndsInTime(int process) {
   return ready > 0;
 }
 
+bool WouldBlock(int error) {
+  return error == EAGAIN || error == EINTR;
+}
+
 }  // namespace
 
 std::optional<HelperProcess> HelperProcess::Start(const std::filesystem::path& program,
@@ -159,4 +163,18 @@ HelperProcess::~HelperProcess() {
   output_.Close();
   if (!EndsInTime(process_.Get())) ::pidfd_send_signal(process_.Get(), SIGKILL, nullptr, 0);
   Reap(id_);
+}
+
+std::size_t HelperProcess::SendSome(std::string_view text) const {
+  if (text.empty()) return 0;
+  const ssize_t count = ::send(input_.Get(), text.data(), text.size(), MSG_NOSIGNAL);
+  if (count >= 0) return static_cast<std::size_t>(count);
+  return WouldBlock(errno) ? 0 : text.size();
+}
+
+std::optional<std::size_t> HelperProcess::ReadSome(std::span<char> buffer) const {
+  const ssize_t count = ::read(output_.Get(), buffer.data(), buffer.size());
+  if (count > 0) return static_cast<std::size_t>(count);
+  if (count < 0 && WouldBlock(errno)) return 0;
+  return std::nullopt;
 }

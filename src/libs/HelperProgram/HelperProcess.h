@@ -4,9 +4,12 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // A running program that serves one conversation, and the two ends of its standard input and output. It
@@ -29,6 +32,12 @@ class HelperProcess {
   [[nodiscard]] int Input() const { return input_.Get(); }
   // Non-blocking; at its end when the program has closed its output.
   [[nodiscard]] int Output() const { return output_.Get(); }
+
+  // How much of the text the program takes now. All of it when it reads no further: it may still answer.
+  [[nodiscard]] std::size_t SendSome(std::string_view text) const;
+  // How many bytes of output are there now, read into `buffer`. Nothing at the output's end.
+  [[nodiscard]] std::optional<std::size_t> ReadSome(std::span<char> buffer) const;
+
   // Readable when the program has ended, even if a child of its own still holds the output.
   [[nodiscard]] int Ended() const { return process_.Get(); }
 

@@ -59,10 +59,14 @@ void LogChoice(const Site& site, std::string_view scheme) {
 Authentication::Authentication(std::string headerName, const CredentialProgram& program)
     : headerName_(std::move(headerName)), program_(program) {}
 
-void Authentication::Challenged(std::vector<Challenge> challenges) {
+void Authentication::Challenged(std::vector<Challenge> challenges, std::string_view target) {
   challenges_ = std::move(challenges);
   pending_ = true;
-  if (credentials_) JudgeCredentials();
+  if (credentials_ && !IsDigestOfAnotherTarget(target)) JudgeCredentials();
+}
+
+bool Authentication::IsDigestOfAnotherTarget(std::string_view target) const {
+  return credentials_ && scheme_ == Scheme::Digest && digestTarget_ != target;
 }
 
 void Authentication::JudgeCredentials() {
@@ -211,9 +215,9 @@ std::optional<Secret> Authentication::DigestValue(const Site& site, std::string_
     nonceCount_ = 0;
   }
   ++nonceCount_;
-  const std::string target = site.url.RequestTarget();
+  digestTarget_ = site.url.target;
   return DigestAnswer(*digest_,
-                      {kMethod, target, credentials_->userName, password, clientNonce_, nonceCount_});
+                      {kMethod, digestTarget_, credentials_->userName, password, clientNonce_, nonceCount_});
 }
 
 void Authentication::SetHeaderLine(std::string_view value) {

@@ -32,8 +32,12 @@ class Authentication {
   // `headerName` is "Authorization" or "Proxy-Authorization". `program` must outlive the object.
   Authentication(std::string headerName, const CredentialProgram& program);
 
-  // The challenges of a rejected request. A stored credential that it used is erased.
-  void Challenged(std::vector<Challenge> challenges);
+  // The challenges of a request that was rejected at this target. A stored credential that it used is erased,
+  // unless it used it in a digest of another target, whose rejection says nothing about the credential.
+  void Challenged(std::vector<Challenge> challenges, std::string_view target);
+
+  // Whether the header line is a digest, and of another target.
+  [[nodiscard]] bool IsDigestOfAnotherTarget(std::string_view target) const;
 
   // Chooses a scheme and gets a credential where there are new challenges, which may block, and makes the
   // header line. MORVANE_WARDEN_ACTION_SEND, or why the request cannot go on.
@@ -69,6 +73,7 @@ class Authentication {
   std::unique_ptr<NegotiateExchange> negotiate_;
   bool negotiateFailed_ = false;
   std::optional<DigestChallenge> digest_;
+  std::string digestTarget_;
   std::string countedNonce_;
   std::string clientNonce_;
   std::uint32_t nonceCount_ = 0;

@@ -1,5 +1,7 @@
 #include "Challenge.h"
 
+#include "SRLib/TextHelpers.h"
+
 #include <algorithm>
 
 namespace Warden {
@@ -23,14 +25,6 @@ bool IsToken68Character(char character) {
   return IsLetterOrDigit(character) || kToken68Signs.find(character) != std::string_view::npos;
 }
 
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-  });
-  return lower;
-}
-
 class ChallengeReader {
  public:
   explicit ChallengeReader(std::string_view text) : rest_(text) {}
@@ -44,7 +38,7 @@ class ChallengeReader {
   // Nothing when the challenge is malformed.
   [[nodiscard]] std::optional<Challenge> Next() {
     Challenge challenge;
-    challenge.scheme = LowerCase(Take(IsTokenCharacter));
+    challenge.scheme = util::AsciiLowerCased(Take(IsTokenCharacter));
     if (challenge.scheme.empty()) return std::nullopt;
     if (AtEndOfItem()) return challenge;
     if (!StartsWithBlank()) return std::nullopt;
@@ -103,7 +97,7 @@ class ChallengeReader {
   }
 
   bool TakeParameter(Challenge& challenge) {
-    std::string name = LowerCase(Take(IsTokenCharacter));
+    std::string name = util::AsciiLowerCased(Take(IsTokenCharacter));
     Skip(kBlanks);
     rest_.remove_prefix(1);
     Skip(kBlanks);

@@ -2,23 +2,13 @@
 
 #include <poll.h>
 #include <string.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <string_view>
 #include <utility>
 
 namespace Warden {
-namespace {
-
-bool WouldBlock(int error) {
-  return error == EAGAIN || error == EINTR;
-}
-
-}  // namespace
 
 CredentialConversation::CredentialConversation(HelperProcess program, Secret request,
                                                int cancellationDescriptor)
@@ -30,7 +20,7 @@ std::optional<CredentialMessage> CredentialConversation::AwaitReply(int limitMil
   std::optional<Clock::time_point> deadline;
   if (limitMilliseconds >= 0) deadline = Clock::now() + std::chrono::milliseconds(limitMilliseconds);
   while (Wait(deadline)) {
-    SendSome();
+    sent_ += program_.SendSome(request_.View().substr(sent_));
     ReadAll();
     if (CredentialMessage::LengthOf(reply_.View())) return CredentialMessage::Parse(reply_.View());
     const bool isTooLong = reply_.View().size() >= CredentialMessage::kMaximumBytes;
@@ -58,29 +48,13 @@ bool CredentialConversation::Wait(std::optional<Clock::time_point> deadline) {
   return ready > 0 && events[0].revents == 0;
 }
 
-void CredentialConversation::SendSome() {
-  const std::string_view rest = request_.View().substr(sent_);
-  if (rest.empty()) return;
-  const ssize_t count = ::send(program_.Input(), rest.data(), rest.size(), MSG_NOSIGNAL);
-  if (count >= 0) {
-    sent_ += static_cast<std::size_t>(count);
-  } else if (!WouldBlock(errno)) {
-    // A program that reads no further may still answer.
-    sent_ = request_.View().size();
-  }
-}
-
 void CredentialConversation::ReadAll() {
   std::array<char, 4096> buffer;
   while (outputOpen_ && reply_.View().size() < CredentialMessage::kMaximumBytes) {
-    const ssize_t count = ::read(program_.Output(), buffer.data(), buffer.size());
-    if (count > 0) {
-      reply_.Append({buffer.data(), static_cast<std::size_t>(count)});
-    } else if (count < 0 && WouldBlock(errno)) {
-      break;
-    } else {
-      outputOpen_ = false;
-    }
+    const std::optional<std::size_t> count = program_.ReadSome(buffer);
+    outputOpen_ = count.has_value();
+    if (count.value_or(0) == 0) break;
+    reply_.Append({buffer.data(), *count});
   }
   ::explicit_bzero(buffer.data(), buffer.size());
 }

@@ -25,7 +25,6 @@ class CredentialConversation {
 
   // Waits for the next event. False on cancellation and when the time is over.
   [[nodiscard]] bool Wait(std::optional<Clock::time_point> deadline);
-  void SendSome();
   void ReadAll();
 
   HelperProcess program_;

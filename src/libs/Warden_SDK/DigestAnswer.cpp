@@ -11,11 +11,7 @@ namespace Warden {
 namespace {
 
 bool EqualsIgnoringCase(std::string_view left, std::string_view right) {
-  const auto lower = [](char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-  };
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [lower](char a, char b) { return lower(a) == lower(b); });
+  return std::ranges::equal(left, right, {}, util::AsciiLower, util::AsciiLower);
 }
 
 std::string ValueOf(const Challenge& challenge, std::string_view name) {

@@ -227,6 +227,17 @@ void MorvaneWarden_FreeHeaders(const wchar_t* const* lines) {
   delete[] lines;
 }
 
+MorvaneWardenStatus MorvaneWarden_SetAnsweringUrl(MorvaneWardenRequestContext* context, const wchar_t* url) {
+  if (context == nullptr || url == nullptr) return MORVANE_WARDEN_BAD_PARAMETER;
+  return Guarded([&] {
+    if (!context->request.IsPrepared()) return MORVANE_WARDEN_NOTHING_PREPARED;
+    std::optional<Warden::Url> answering = Warden::Url::Parse(util::narrow(url), "http");
+    if (!answering) return MORVANE_WARDEN_BAD_PARAMETER;
+    context->request.SetAnsweringUrl(std::move(*answering));
+    return MORVANE_WARDEN_OK;
+  });
+}
+
 MorvaneWardenStatus MorvaneWarden_ReportHttpResponse(MorvaneWardenRequestContext* context, int64_t status,
                                                      const wchar_t* const* lines) {
   if (context == nullptr) return MORVANE_WARDEN_BAD_PARAMETER;

@@ -5,7 +5,7 @@
  * The authentication manager: makes the requests that reach a store, directly or through its gateway, and
  * answers the authentication challenges that come back. The library sends nothing itself. Its caller runs a
  * loop: Prepare2 says whether a request is to be sent and, if so, GetTranslatedUrl and GetHeaders say which;
- * ReportHttpResponse takes the answer.
+ * ReportHttpResponse takes the answer, and SetAnsweringUrl, before it, where that came from.
  *
  * Challenges (status 401, and 407 with the Proxy- headers) are answered with the strongest scheme on offer
  * that can be served: Negotiate, when there is a ticket; Digest with SHA-256; Digest with MD5 (both with
@@ -15,6 +15,9 @@
  * the password, and never stored. A request has three tries (three more at a proxy), a stored credential
  * included. A stored credential that was rejected is erased; one to be remembered is stored when it was
  * accepted.
+ *
+ * Of proxies, those are served that answer a plain http request with a 407; a proxy that refuses the CONNECT
+ * of an https request gives the caller no answer, so its challenge never comes here.
  *
  * What the user cancels is not asked again on the same thread for ten minutes: a caller runs the requests
  * that belong together on one thread, and gives each such flow a thread of its own.
@@ -58,7 +61,7 @@ typedef enum MorvaneWardenAction {
   MORVANE_WARDEN_ACTION_UNSUPPORTED_SCHEME = 4,
   /* Three credentials were rejected, or the answers go round in a circle. */
   MORVANE_WARDEN_ACTION_TOO_MANY_TRIES = 5,
-  /* The answer is neither a 200 nor a challenge. */
+  /* The answer is neither a 200 nor a challenge, or a challenge of another server than the one asked. */
   MORVANE_WARDEN_ACTION_REFUSED = 6,
   /* The credential program cannot be started or does not keep to its convention. */
   MORVANE_WARDEN_ACTION_CREDENTIAL_PROGRAM_FAILED = 7,
@@ -114,6 +117,10 @@ MORVANE_WARDEN_EXPORT void MorvaneWarden_SetLogFunction(MorvaneWardenLogFunction
 
 /* Before anything else, as often as MorvaneWarden_Uninitialize. Takes back an earlier cancellation. */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_Initialize(void);
+/*
+ * Ends one use of the library, after everything made in it is destroyed. MORVANE_WARDEN_NOT_INITIALIZED, and
+ * nothing changed, when there is none. The library's log function stays.
+ */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_Uninitialize(void);
 
 /*
@@ -128,7 +135,7 @@ MORVANE_WARDEN_EXPORT void MorvaneWarden_CancelRequests(void);
  */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_CreateConnection(
     const wchar_t* name, uint32_t reserved1, uint32_t reserved2, MorvaneWardenConnection** connection);
-/* Null is allowed. */
+/* After the connection's contexts; its handle is void then. Always MORVANE_WARDEN_OK. Null is allowed. */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus
 MorvaneWarden_DestroyConnection(MorvaneWardenConnection* connection);
 
@@ -152,7 +159,11 @@ MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_ForceRoute(MorvaneWarden
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_Prepare2(MorvaneWardenRequestContext* context,
                                                                  uint32_t* action);
 
-/* The URL to request, without blanks or characters outside ASCII behind the host. Null on failure. */
+/*
+ * The URL to request, without blanks or characters outside ASCII behind the host. It is to be requested to
+ * the letter, dots in its path included: a header line may be good for this very target only. Null on
+ * failure.
+ */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_GetTranslatedUrl(MorvaneWardenRequestContext* context,
                                                                          const wchar_t** url);
 /* What MorvaneWarden_GetTranslatedUrl returned; null is allowed. */
@@ -166,6 +177,15 @@ MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_GetHeaders(MorvaneWarden
                                                                    const wchar_t* const** lines);
 /* Wipes what MorvaneWarden_GetHeaders returned; null is allowed. */
 MORVANE_WARDEN_EXPORT void MorvaneWarden_FreeHeaders(const wchar_t* const* lines);
+
+/*
+ * Optional, before MorvaneWarden_ReportHttpResponse: the URL that the answer came from, when the caller has
+ * followed redirects. Without it the answer counts as the requested URL's. A challenge of the same server is
+ * answered at that URL, which the next pass then requests; one of another server ends the request, and no
+ * credential is asked for, sent or erased because of it.
+ */
+MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_SetAnsweringUrl(MorvaneWardenRequestContext* context,
+                                                                        const wchar_t* url);
 
 /*
  * The answer to the prepared request: its status, 0 for none, and its header lines without line ends, with a

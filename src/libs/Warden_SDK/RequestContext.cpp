@@ -14,6 +14,7 @@ namespace {
 // Three tries at a proxy and three at the server, a few legs of Negotiate and a stale nonce fit in.
 constexpr int kMostPasses = 16;
 constexpr std::int64_t kOK = 200;
+constexpr std::int64_t kBadRequest = 400;
 constexpr std::int64_t kUnauthorized = 401;
 constexpr std::int64_t kProxyAuthenticationRequired = 407;
 constexpr std::uint32_t kLastEdition = 2;
@@ -30,6 +31,10 @@ bool Rewrites(std::uint32_t mode) {
 bool IsInRange(const MorvaneWardenRoute& route) {
   return route.Edition <= kLastEdition && route.Authentication <= kLastAuthentication &&
          route.GatewayMode <= MORVANE_WARDEN_MODE_VPN;
+}
+
+std::string ServerOf(const Url& url) {
+  return url.scheme + "://" + url.ServerKey();
 }
 
 }  // namespace
@@ -57,6 +62,7 @@ bool RequestContext::ForceRoute(const MorvaneWardenRoute& route) {
 
 MorvaneWardenAction RequestContext::Prepare() {
   isPrepared_ = false;
+  answering_.reset();
   if (!last_) {
     const MorvaneWardenAction action = PrepareRequest();
     isPrepared_ = action == MORVANE_WARDEN_ACTION_SEND;
@@ -97,21 +103,49 @@ void RequestContext::Report(std::int64_t status, const wchar_t* const* lines) {
     origin_.Accepted();
     last_ = MORVANE_WARDEN_ACTION_DONE;
   } else if (status == kUnauthorized) {
-    Challenged(origin_, "www-authenticate", UsableLines(lines));
+    TakeServersChallenge(lines);
   } else if (status == kProxyAuthenticationRequired) {
-    Challenged(proxy_, "proxy-authenticate", UsableLines(lines));
+    Challenged(proxy_, "proxy-authenticate", lines);
+  } else if (status == kBadRequest && SentDigestOfAnotherTarget()) {
+    FollowRedirect();
   } else {
     last_ = status == 0 ? MORVANE_WARDEN_ACTION_NO_ANSWER : MORVANE_WARDEN_ACTION_REFUSED;
   }
 }
 
+void RequestContext::TakeServersChallenge(const wchar_t* const* lines) {
+  if (LeftTheServer()) {
+    // No credential went there, so none was rejected, and one for it would go to the server that was asked.
+    WardenLog::Write(WardenLog::kFailure,
+                     "Warden: the challenge is another server's: " + ServerOf(site_.url) + " was asked, " +
+                         ServerOf(*answering_) + " answers");
+    last_ = MORVANE_WARDEN_ACTION_REFUSED;
+    return;
+  }
+  FollowRedirect();
+  Challenged(origin_, "www-authenticate", lines);
+}
+
+bool RequestContext::LeftTheServer() const {
+  return answering_ && ServerOf(*answering_) != ServerOf(site_.url);
+}
+
+// A server may answer that with a 400 (RFC 7616, 3.4).
+bool RequestContext::SentDigestOfAnotherTarget() const {
+  return answering_ && !LeftTheServer() && origin_.IsDigestOfAnotherTarget(answering_->target);
+}
+
+void RequestContext::FollowRedirect() {
+  if (answering_) site_.url.target = answering_->target;
+}
+
 void RequestContext::Challenged(Authentication& authentication, std::string_view header,
-                                const std::vector<ResponseLine>& lines) {
+                                const wchar_t* const* lines) {
   std::vector<Challenge> challenges;
-  for (const ResponseLine& line : lines) {
+  for (const ResponseLine& line : UsableLines(lines)) {
     if (line.name == header) AppendChallenges(line.value, challenges);
   }
-  authentication.Challenged(std::move(challenges));
+  authentication.Challenged(std::move(challenges), site_.url.target);
 }
 
 }  // namespace Warden

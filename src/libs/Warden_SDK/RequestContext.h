@@ -5,14 +5,15 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Warden {
 
 class Cancellation;
 class CredentialProgram;
-struct ResponseLine;
 
 // One request on its way: what to send, until it is answered or there is no way on. One thread.
 class RequestContext {
@@ -30,15 +31,24 @@ class RequestContext {
   // None, one or two lines without line ends.
   [[nodiscard]] std::vector<std::string_view> HeaderLines() const;
 
+  // Where the answer to the prepared request came from, when it was redirected.
+  void SetAnsweringUrl(Url url) { answering_ = std::move(url); }
   void Report(std::int64_t status, const wchar_t* const* lines);
 
  private:
   [[nodiscard]] MorvaneWardenAction PrepareRequest();
-  void Challenged(Authentication& authentication, std::string_view header,
-                  const std::vector<ResponseLine>& lines);
+  // Whether the request was redirected to another server than the one that it was made for.
+  [[nodiscard]] bool LeftTheServer() const;
+  // Whether a redirect took a digest along to a target of the same server that it is not good for.
+  [[nodiscard]] bool SentDigestOfAnotherTarget() const;
+  // From now on what the server has redirected to is requested.
+  void FollowRedirect();
+  void TakeServersChallenge(const wchar_t* const* lines);
+  void Challenged(Authentication& authentication, std::string_view header, const wchar_t* const* lines);
 
   Url storeUrl_;
   Site site_;
+  std::optional<Url> answering_;
   const Cancellation& cancellation_;
   Authentication origin_;
   Authentication proxy_;

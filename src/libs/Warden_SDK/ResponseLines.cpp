@@ -23,10 +23,6 @@ bool IsNameCharacter(char character) {
   return byte > 0x20 && byte < 0x7F && kSeparators.find(character) == std::string_view::npos;
 }
 
-char LowerCase(char character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
 std::optional<ResponseLine> LineOf(const wchar_t* wide) {
   const std::size_t length = ::wcsnlen(wide, kLongestLine + 1);
   if (length > kLongestLine) return std::nullopt;
@@ -34,10 +30,9 @@ std::optional<ResponseLine> LineOf(const wchar_t* wide) {
   if (text.size() > kLongestLine || std::any_of(text.begin(), text.end(), IsForbidden)) return std::nullopt;
   const std::size_t colon = text.find(':');
   if (colon == std::string::npos || colon == 0) return std::nullopt;
-  ResponseLine line{text.substr(0, colon),
+  ResponseLine line{util::AsciiLowerCased(std::string_view(text).substr(0, colon)),
                     std::string(util::Trimmed(std::string_view(text).substr(colon + 1)))};
   if (!std::all_of(line.name.begin(), line.name.end(), IsNameCharacter)) return std::nullopt;
-  std::transform(line.name.begin(), line.name.end(), line.name.begin(), LowerCase);
   return line;
 }
 

@@ -1,5 +1,7 @@
 #include "Url.h"
 
+#include "SRLib/TextHelpers.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -7,14 +9,6 @@ namespace Warden {
 namespace {
 
 constexpr unsigned kLargestPort = 65535;
-
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-  });
-  return lower;
-}
 
 bool IsControl(char character) {
   const auto byte = static_cast<unsigned char>(character);
@@ -63,25 +57,6 @@ std::string TargetOf(std::string_view rest) {
   return target.starts_with('/') ? target : "/" + target;
 }
 
-void RemoveLastSegment(std::string& path) {
-  path.resize(path.rfind('/') == std::string::npos ? 0 : path.rfind('/'));
-}
-
-// RFC 3986, 5.2.4, for a path that begins with '/'.
-std::string WithoutDotSegments(std::string_view path) {
-  std::string clean;
-  while (!path.empty()) {
-    const std::size_t end = std::min(path.find('/', 1), path.size());
-    const std::string_view segment = path.substr(0, end);
-    path.remove_prefix(end);
-    const bool isDots = segment == "/." || segment == "/..";
-    if (segment == "/..") RemoveLastSegment(clean);
-    if (!isDots) clean += segment;
-    if (isDots && path.empty()) clean += '/';
-  }
-  return clean;
-}
-
 }  // namespace
 
 std::optional<Url> Url::Parse(std::string_view text, std::string_view schemeWhenMissing) {
@@ -89,7 +64,7 @@ std::optional<Url> Url::Parse(std::string_view text, std::string_view schemeWhen
   Url url;
   const std::size_t separator = text.find("://");
   const bool hasScheme = separator != std::string_view::npos && separator < text.find_first_of("/?#");
-  url.scheme = hasScheme ? LowerCase(text.substr(0, separator)) : std::string(schemeWhenMissing);
+  url.scheme = hasScheme ? util::AsciiLowerCased(text.substr(0, separator)) : std::string(schemeWhenMissing);
   if (hasScheme) text.remove_prefix(separator + 3);
   if (url.scheme != "https" && url.scheme != "http") return std::nullopt;
 
@@ -113,12 +88,7 @@ std::string Url::ServerKey() const {
   const std::size_t separator = PortSeparator(authority);
   const std::string_view defaultPort = IsSecure() ? ":443" : ":80";
   const bool isDefault = std::string_view(authority).substr(separator) == defaultPort;
-  return LowerCase(isDefault ? authority.substr(0, separator) : authority);
-}
-
-std::string Url::RequestTarget() const {
-  const std::size_t query = std::min(target.find('?'), target.size());
-  return WithoutDotSegments(std::string_view(target).substr(0, query)) + target.substr(query);
+  return util::AsciiLowerCased(isDefault ? authority.substr(0, separator) : authority);
 }
 
 std::optional<Url> ThroughGateway(const Url& gateway, const Url& store) {

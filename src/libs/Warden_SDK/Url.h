@@ -21,8 +21,6 @@ struct Url {
   [[nodiscard]] std::string Host() const;
   // host[:port] in lower case, the default port left out: names the server in a credential's key.
   [[nodiscard]] std::string ServerKey() const;
-  // What the request line says: the target without its dot segments.
-  [[nodiscard]] std::string RequestTarget() const;
 };
 
 // The URL under which a gateway that rewrites hands out the store's: gateway/scheme/host[:port]/path. Nothing

@@ -1,11 +1,11 @@
 #include "libs/Wayfinder/BeaconAddress.h"
 
+#include "SRLib/TextHelpers.h"
 #include "libs/Wayfinder/CurlHandles.h"
 
 #include <arpa/inet.h>
 #include <locale.h>
 
-#include <algorithm>
 #include <cwchar>
 #include <string_view>
 
@@ -37,12 +37,6 @@ bool IsText(const std::string& text) {
   return std::mbsrtowcs(nullptr, &bytes, 0, &state) != static_cast<std::size_t>(-1);
 }
 
-std::string Lowered(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return text;
-}
-
 std::string Trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n\f\v";
   const std::size_t first = text.find_first_not_of(kBlanks);
@@ -64,7 +58,7 @@ WFCurlUrlPtr Parse(const std::string& text, unsigned int flags) {
 }
 
 std::string BareHost(CURLU& url) {
-  std::string host = Lowered(Part(url, CURLUPART_HOST));
+  std::string host = util::AsciiLowerCased(Part(url, CURLUPART_HOST));
   if (host.size() > 2 && host.front() == '[') host = host.substr(1, host.size() - 2);
   if (!host.empty() && host.back() == '.') host.pop_back();
   return host;
@@ -91,7 +85,7 @@ std::optional<BeaconURL> ParseURL(const std::string& text) {
   const std::string scheme = Part(*given, CURLUPART_SCHEME);
   if (scheme != "http" && scheme != "https") return std::nullopt;
   DropWhatIsNeverSent(*given, scheme == "https");
-  const std::string ascii = Lowered(Part(*given, CURLUPART_HOST, CURLU_PUNYCODE));
+  const std::string ascii = util::AsciiLowerCased(Part(*given, CURLUPART_HOST, CURLU_PUNYCODE));
   if (ascii.empty() || curl_url_set(given.get(), CURLUPART_HOST, ascii.c_str(), 0) != CURLUE_OK)
     return std::nullopt;
   BeaconURL url{.url = Part(*given, CURLUPART_URL),
