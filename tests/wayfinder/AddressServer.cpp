@@ -1,22 +1,27 @@
 #include "wayfinder/AddressServer.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
+#include <netdb.h>
 #include <sys/socket.h>
 
 #include <array>
 #include <cerrno>
+#include <memory>
+#include <stdexcept>
 #include <system_error>
 
 namespace testsupport {
 
 AddressServer::AddressServer(const std::string& address, std::uint16_t port, std::string response)
-    : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), response_(std::move(response)) {
-  sockaddr_in place{};
-  place.sin_family = AF_INET;
-  place.sin_port = htons(port);
-  ::inet_pton(AF_INET, address.c_str(), &place.sin_addr);
-  if (::bind(listener_.Get(), reinterpret_cast<sockaddr*>(&place), sizeof place) != 0 ||
+    : response_(std::move(response)) {
+  addrinfo hints{};
+  hints.ai_flags = AI_NUMERICHOST;
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* place = nullptr;
+  if (::getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &place) != 0)
+    throw std::invalid_argument("no address: " + address);
+  const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owned(place, ::freeaddrinfo);
+  listener_ = OwnedDescriptor(::socket(place->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (::bind(listener_.Get(), place->ai_addr, place->ai_addrlen) != 0 ||
       ::listen(listener_.Get(), SOMAXCONN) != 0)
     throw std::system_error(errno, std::generic_category(), "no server at " + address);
   thread_ = std::thread([this] { Serve(); });

@@ -56,4 +56,8 @@ TEST(HostLookups, TheSystemKnowsThisMachinesName) {
   EXPECT_THAT(Wayfinding::ResolveWithSystem("not a host name"), testing::IsEmpty());
 }
 
+TEST(HostLookups, AnAddressOfOneLinkAloneIsLeftOut) {
+  EXPECT_THAT(Wayfinding::ResolveWithSystem("fe80::1%lo"), testing::IsEmpty());
+}
+
 }  // namespace

@@ -1,8 +1,10 @@
 #include "libs/Wayfinder/Wayfinder.h"
+#include "network/RawServer.h"
 #include "support/LoopbackListener.h"
 #include "wayfinder/HangingResolver.h"
 #include "wayfinder/ProcessCounts.h"
 #include "wayfinder/RecordedService.h"
+#include "wayfinder/Responses.h"
 
 #include <gmock/gmock.h>
 
@@ -70,6 +72,19 @@ TEST(HostileLists, NamesThatAreNeverFoundMakeNoAnswerLateAndLeaveNothingBehind) 
   resolver.Release();
   EXPECT_TRUE(ComesTrue([threads] { return RunningThreads() <= threads; }));
   EXPECT_TRUE(ComesTrue([descriptors] { return OpenDescriptors() == descriptors; }));
+}
+
+TEST(HostileLists, NamesOfThisMachineAreNotLookedUpHoweverTheyAreSpelt) {
+  const testsupport::RawServer server({testsupport::kGood});
+  const std::string port = std::to_string(server.Port());
+  std::vector<std::string> beacons;
+  for (int i = 0; i < 50; ++i)
+    beacons.push_back("http://store" + std::to_string(i) + ".localhost.:" + port + "/");
+  const testsupport::HangingResolver resolver;
+  RecordedService service(resolver.Resolver());
+  service.SetStores({{"https://store", beacons, {}}});
+  EXPECT_TRUE(service.WaitForLocation("https://store", Wayfinder::kLAN))
+      << testing::PrintToString(service.Messages());
 }
 
 TEST(HostileLists, OneStoresManyBeaconsDoNotKeepAnotherStoreWaiting) {

@@ -18,6 +18,10 @@ const ProbeOutcome kPlain{.answer = ProbeAnswer::Answered, .peer = "10.0.0.2"};
 const ProbeOutcome kPortal{
     .answer = ProbeAnswer::SomebodyElse, .peer = "10.0.0.254", .reason = "http://b/: redirect to portal"};
 const ProbeOutcome kPortalPage{.answer = ProbeAnswer::Answered, .peer = "10.0.0.254"};
+const ProbeOutcome kImpostor{.answer = ProbeAnswer::SomebodyElse,
+                             .proven = true,
+                             .peer = "10.0.0.254",
+                             .reason = "https://b/: certificate for another name"};
 const ProbeOutcome* const kOpen = nullptr;
 
 LocationDecision Decide(const StoreFindings& findings, const std::string& tunnel = "") {
@@ -90,6 +94,16 @@ TEST(LocationRule, APortalThatAnswersInEverybodysNameIsSeen) {
       << "a certificate cannot be faked";
 }
 
+TEST(LocationRule, APortalIsSeenByItsCertificateInAnInternalBeaconsPlaceToo) {
+  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {&kSilent}}), NetworkLocation::None);
+  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {&kPortal}}),
+            NetworkLocation::Hotspot);
+  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPlain}, .external = {}}), NetworkLocation::PartlyInternal)
+      << "another machine's answer";
+  EXPECT_EQ(Locate({.internal = {&kPortal, &kPortalPage}, .external = {}}), NetworkLocation::PartlyInternal)
+      << "servers of one's own redirect";
+}
+
 TEST(LocationRule, ServersOnTheLoopbackAddressAreNotTakenForAPortal) {
   const ProbeOutcome here{.answer = ProbeAnswer::Answered, .peer = "127.0.0.1"};
   const ProbeOutcome redirect{.answer = ProbeAnswer::SomebodyElse, .peer = "127.0.0.1"};
@@ -99,11 +113,16 @@ TEST(LocationRule, ServersOnTheLoopbackAddressAreNotTakenForAPortal) {
 TEST(LocationRule, OpenAnswersThatCannotMatterAreNotWaitedFor) {
   EXPECT_EQ(Locate({.internal = {&kProven}, .external = {kOpen}}), NetworkLocation::LAN);
   EXPECT_EQ(Locate({.internal = {&kProven, &kSilent}, .external = {kOpen}}), NetworkLocation::PartlyInternal);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {kOpen, &kProven}}), NetworkLocation::Outside);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven, kOpen}}),
+            NetworkLocation::Outside);
 }
 
 TEST(LocationRule, OpenAnswersThatMatterAreWaitedFor) {
   EXPECT_EQ(Locate({.internal = {kOpen, &kProven}, .external = {}}), NetworkLocation::Deciding);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kProven, kOpen}}), NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {kOpen}, .external = {&kProven}}), NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPlain, kOpen}}), NetworkLocation::Deciding)
+      << "it may turn out to be a hotspot";
   EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}), NetworkLocation::Deciding)
       << "it may turn out to be a portal's";
 }

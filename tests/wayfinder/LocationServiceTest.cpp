@@ -9,6 +9,9 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+#include <set>
 #include <thread>
 
 using testing::ElementsAre;
@@ -21,6 +24,7 @@ using testsupport::kUnavailable;
 using testsupport::LoopbackListener;
 using testsupport::RawServer;
 using testsupport::RecordedService;
+using testsupport::Response;
 using testsupport::ServerBlock;
 using testsupport::TrustedAuthority;
 using testsupport::WebServer;
@@ -29,6 +33,24 @@ namespace {
 
 std::string At(const RawServer& server) {
   return "http://127.0.0.1:" + std::to_string(server.Port()) + "/";
+}
+
+std::set<std::string> ThreadNumbers() {
+  std::set<std::string> numbers;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
+    numbers.insert(entry.path().filename());
+  return numbers;
+}
+
+// How often a thread has waited for something.
+long Wakings(const std::string& threadNumber) {
+  std::ifstream status("/proc/self/task/" + threadNumber + "/status");
+  std::string word;
+  long count = -1;
+  while (status >> word && word != "voluntary_ctxt_switches:") {
+  }
+  status >> count;
+  return count;
 }
 
 class LocationServiceTest : public testing::Test {
@@ -73,6 +95,18 @@ TEST_F(LocationServiceTest, SomebodyElsesAnswerMakesItAHotspot) {
   service_.SetStores({{kStore, {At(bad_)}, {At(elsewhere_)}}});
   ExpectLocation(Wayfinder::kHotspot);
   EXPECT_TRUE(service_.WaitForMessage("redirect to portal.example"));
+}
+
+TEST_F(LocationServiceTest, ASignInPageThatSaysSoMakesItAHotspot) {
+  const RawServer portal({Response("511 Network Authentication Required")});
+  service_.SetStores({{kStore, {At(bad_)}, {At(portal)}}});
+  ExpectLocation(Wayfinder::kHotspot);
+}
+
+TEST_F(LocationServiceTest, ACertificateForAnotherNameMakesItAHotspot) {
+  const WebServer portal(TrustedAuthority().TlsServerBlock("wrong-host"));
+  service_.SetStores({{kStore, {At(bad_)}, {portal.Address("https")}}});
+  ExpectLocation(Wayfinder::kHotspot);
 }
 
 TEST_F(LocationServiceTest, NoAnswerMakesItNone) {
@@ -144,6 +178,52 @@ TEST_F(LocationServiceTest, AStoreDoesNotWaitForBeaconsThatCannotMatter) {
       {{kStore, {server.Address("https")}, {"http://127.0.0.1:" + std::to_string(silent.port)}}});
   ExpectLocation(Wayfinder::kLAN);
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+}
+
+TEST_F(LocationServiceTest, AProvenAnswerFromTheOutsideDoesNotWaitForTheOthers) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("good"));
+  const LoopbackListener silent;
+  const auto start = std::chrono::steady_clock::now();
+  service_.SetStores(
+      {{kStore,
+        {At(bad_)},
+        {"http://127.0.0.1:" + std::to_string(silent.port), server.Address("https"), At(elsewhere_)}}});
+  ExpectLocation(Wayfinder::kOutside);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+}
+
+TEST_F(LocationServiceTest, AFailureIsToldAndDoesNotEndTheDeciding) {
+  service_.FailOnce();
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  EXPECT_TRUE(service_.WaitForMessage("no location is decided for now: a failure of the test's"));
+  ExpectLocation(Wayfinder::kLAN);
+}
+
+TEST_F(LocationServiceTest, TheEndDoesNotWaitAfterAFailure) {
+  service_.FailOnce();
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  ASSERT_TRUE(service_.WaitForMessage("a failure of the test's"));
+  const auto start = std::chrono::steady_clock::now();
+  service_.End();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+TEST_F(LocationServiceTest, NothingWakesTheThreadWhenNothingIsDue) {
+  const std::set<std::string> others = ThreadNumbers();
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  std::string number;
+  for (const std::string& thread : ThreadNumbers())
+    if (!others.contains(thread)) number = thread;
+  ASSERT_FALSE(number.empty());
+  // The machine's network may change in the meantime, but not all the time.
+  bool wasIdle = false;
+  for (int i = 0; i < 5 && !wasIdle; ++i) {
+    const long before = Wakings(number);
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    wasIdle = Wakings(number) == before;
+  }
+  EXPECT_TRUE(wasIdle);
 }
 
 TEST_F(LocationServiceTest, ThereIsNoThreadWithoutAStore) {

@@ -1,13 +1,22 @@
+#include "libs/Wayfinder/NetworkMonitor.h"
+#include "libs/Wayfinder/ProbeRound.h"
+#include "libs/Wayfinder/RoundSchedule.h"
 #include "libs/Wayfinder/Wayfinder.h"
+#include "support/TemporaryFolder.h"
 #include "wayfinder/AddressServer.h"
+#include "wayfinder/HangingResolver.h"
 #include "wayfinder/NetworkNamespaces.h"
+#include "wayfinder/ProcessCounts.h"
 #include "wayfinder/RecordedService.h"
 #include "wayfinder/Responses.h"
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <fstream>
 #include <optional>
 
+using std::chrono::steady_clock;
 using testing::Pair;
 using testsupport::AddressServer;
 using testsupport::kGood;
@@ -65,6 +74,57 @@ TEST_F(NetworkChanges, ANetworkThatIsLostAndLooksTheSameAgainIsAskedAgain) {
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
   EXPECT_TRUE(service_.WaitForMessage("LAN, 1 of 1", 2));
   EXPECT_EQ(server_->Requests(), 2);
+}
+
+TEST_F(NetworkChanges, TheAnswerOfALostNetworkIsNotServed) {
+  const auto start = steady_clock::now();
+  IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
+  EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kDeciding));
+  EXPECT_LT(steady_clock::now() - start, Wayfinding::RoundSchedule::kGatheringTime);
+  IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
+  EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
+}
+
+TEST_F(NetworkChanges, ALossDuringARoundBeginsItAfresh) {
+  testsupport::HangingResolver hanging;
+  std::atomic<int> lookups = 0;
+  RecordedService service([&lookups, hang = hanging.Resolver()](const std::string& host) {
+    return ++lookups == 1 ? hang(host) : std::vector<std::string>{"10.1.0.2"};
+  });
+  const auto start = steady_clock::now();
+  service.SetStores({{kStore, {"http://intranet.example/"}, {}}});
+  ASSERT_TRUE(testsupport::ComesTrue([&lookups] { return lookups == 1; }));
+  IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
+  IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN));
+  EXPECT_LT(steady_clock::now() - start, Wayfinding::ProbeRound::kProbeTime);
+  EXPECT_THAT(service.Changes(), testing::ElementsAre(Pair(kStore, Wayfinder::kLAN)));
+}
+
+TEST_F(NetworkChanges, WhatALinkOutsideTheNetworkLosesDoesNotCount) {
+  IP({"link", "add", "container0", "type", "veth", "peer", "name", "container1"});
+  IP({"address", "add", "10.9.0.1/24", "dev", "container0"});
+  service_.SetStores({{kStore, {"http://10.1.0.3/"}, {}}});
+  ASSERT_TRUE(service_.WaitForMessage("repetition 1"));
+  IP({"address", "delete", "10.9.0.1/24", "dev", "container0"});
+  ASSERT_TRUE(service_.WaitForMessage("repetition 3")) << "longer than events are gathered";
+  EXPECT_THAT(service_.Messages(), testing::Each(testing::Not(testing::StartsWith("network changed"))));
+}
+
+TEST_F(NetworkChanges, EventsThatGotLostMayHaveBeenALoss) {
+  const auto monitor = Wayfinding::NetworkMonitor::Open();
+  ASSERT_TRUE(monitor);
+  const testsupport::TemporaryFolder folder;
+  const std::string batch = folder.Path() / "routes";
+  std::ofstream commands(batch);
+  for (int i = 0; i < 10'000; ++i)
+    commands << "route add 172." << 16 + i / 65536 << '.' << i / 256 % 256 << '.' << i % 256
+             << "/32 via 10.1.0.2\n";
+  commands.close();
+  IP({"-batch", batch});
+  const Wayfinding::NetworkEvents events = monitor->Take();
+  EXPECT_TRUE(events.any);
+  EXPECT_TRUE(events.mayHaveLostAny);
 }
 
 TEST_F(NetworkChanges, LinksWithoutAnAddressOfTheNetworkDoNotCount) {

@@ -1,7 +1,11 @@
 #include "libs/Wayfinder/NetworkManagerQuery.h"
+#include "support/OwnedDescriptor.h"
+#include "support/TemporaryFolder.h"
 #include "wayfinder/FakeNetworkManager.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -10,6 +14,16 @@ using testsupport::FakeNetworkManager;
 using Wayfinding::NetworkManagerCallsVPN;
 
 namespace {
+
+testsupport::OwnedDescriptor ListenInSilence(const std::string& path) {
+  testsupport::OwnedDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un place{};
+  place.sun_family = AF_UNIX;
+  path.copy(place.sun_path, sizeof place.sun_path - 1);
+  EXPECT_EQ(::bind(listener.Get(), reinterpret_cast<sockaddr*>(&place), sizeof place), 0);
+  EXPECT_EQ(::listen(listener.Get(), SOMAXCONN), 0);
+  return listener;
+}
 
 TEST(NetworkManagerQuery, TheDeviceOfAVPNIsOne) {
   const FakeNetworkManager manager({.link = "ppp0", .address = "10.9.0.1"});
@@ -38,6 +52,16 @@ TEST(NetworkManagerQuery, AManagerThatHangsIsNotWaitedForLong) {
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(NetworkManagerCallsVPN("ppp0", {}));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+TEST(NetworkManagerQuery, ABusThatHangsIsNotWaitedForLong) {
+  const testsupport::TemporaryFolder folder;
+  const testsupport::OwnedDescriptor bus = ListenInSilence(folder.Path() / "bus");
+  ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder.Path() / "bus").string()).c_str(), 1);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(NetworkManagerCallsVPN("ppp0", {}));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <optional>
 
 using testsupport::AddressServer;
@@ -90,6 +91,46 @@ TEST_F(NetworkPlaces, APortalThatResolvesEveryNameToItselfIsSeen) {
   EXPECT_TRUE(service.WaitForMessage("10.1.0.254 answers for others too"));
 }
 
+TEST_F(NetworkPlaces, AfterTheSignInTheStoreIsFoundWithoutAChangeOfTheNetwork) {
+  ConnectByWire();
+  Serve(inside_, "10.1.0.254", 80, kGood);
+  Serve(outside_, "10.1.0.254", 8080, kToPortal);
+  std::optional<AddressServer> intranet;
+  Serve(intranet, "10.1.0.2", 80, kGood);
+  std::atomic<bool> isSignedIn = false;
+  RecordedService service([&isSignedIn](const std::string& /*host*/) {
+    return std::vector<std::string>{isSignedIn ? "10.1.0.2" : "10.1.0.254"};
+  });
+  service.SetStores({{kStore, {"http://intranet.example/"}, {"http://gateway.example:8080/"}}});
+  ASSERT_TRUE(service.WaitForLocation(kStore, Wayfinder::kHotspot));
+  isSignedIn = true;
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN)) << testing::PrintToString(service.Messages());
+}
+
+TEST_F(NetworkPlaces, BeaconsAreAskedOverIPv6Too) {
+  ConnectByWire();
+  for (const char* address : {"fd00:1::1/64", "fd00:1::9/64"})
+    IP({"address", "add", address, "dev", "near0", "nodad"});
+  FarIP({"address", "add", "fd00:1::2/64", "dev", "far0", "nodad"});
+  Serve(inside_, "fd00:1::2", 80, kGood);
+  const AddressServer here("::1", 8080, kGood);
+  RecordedService service([](const std::string& /*host*/) {
+    return std::vector<std::string>{"fd00:1::3", "fd00:1::2"};
+  });
+  service.SetStores(
+      {{kStore, {"http://[fd00:1::2]/", "http://[::1]:8080/", "http://intranet.example/"}, {}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN)) << testing::PrintToString(service.Messages());
+}
+
+TEST_F(NetworkPlaces, AnIPv6AddressCountsWhenItIsKnownToBeNobodyElses) {
+  ConnectByWire();
+  ExpectLocation(service_, Wayfinder::kNone);
+  IP({"address", "add", "fd00:1::1/64", "dev", "near0"});
+  EXPECT_THAT(Wayfinding::ReadNetworkState()->addresses,
+              testing::Not(testing::Contains("near0 fd00:1::1/64")));
+  EXPECT_TRUE(service_.WaitForMessage("network changed: near0 10.1.0.1/24, near0 fd00:1::1/64"));
+}
+
 TEST_F(NetworkPlaces, ANameIsAskedAtAllItsAddresses) {
   ConnectByWire();
   Serve(inside_, "10.1.0.2", 80, kGood);
@@ -100,9 +141,29 @@ TEST_F(NetworkPlaces, ANameIsAskedAtAllItsAddresses) {
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN));
 }
 
+TEST_F(NetworkPlaces, AnAddressThatIsDeadTakesOnlyItsShareOfTheTime) {
+  ConnectByWire();
+  Serve(inside_, "10.1.0.2", 80, kGood);
+  RecordedService service([](const std::string& /*host*/) {
+    return std::vector<std::string>{"10.1.0.99", "10.1.0.2"};
+  });
+  service.SetStores({{kStore, {"http://intranet.example/"}, {}}});
+  EXPECT_TRUE(service.WaitForMessage("LAN, 1 of 1")) << testing::PrintToString(service.Messages());
+  EXPECT_THAT(service.Messages(), testing::Not(testing::Contains(testing::HasSubstr("repetition"))));
+}
+
 TEST_F(NetworkPlaces, ADefaultRouteToThisMachineIsALocalAddress) {
   IP({"route", "add", "local", "default", "dev", "lo"});
   EXPECT_NE(Flags() & Wayfinder::kIsLocalAddress, 0U);
+}
+
+TEST_F(NetworkPlaces, WhetherItIsUsableIsKnownWithoutReadingTheRoutes) {
+  ConnectByWire();
+  const auto network = Wayfinding::ReadNetworkWithoutRoutes();
+  ASSERT_TRUE(network);
+  EXPECT_TRUE(network->IsUsable());
+  EXPECT_THAT(network->routes, testing::IsEmpty());
+  EXPECT_THAT(Wayfinding::ReadNetworkState()->routes, testing::Not(testing::IsEmpty()));
 }
 
 TEST_F(NetworkPlaces, ALinkThatIsDownIsNoNetwork) {

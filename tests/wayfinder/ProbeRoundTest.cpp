@@ -26,7 +26,8 @@ namespace {
 
 // Where the resolver of these cases finds its hosts.
 std::vector<std::string> Resolve(const std::string& host) {
-  if (host == "store.example" || host == "stores.example") return {"127.0.0.1"};
+  if (host == "store.example" || host == "stores.example" || host == "xn--mnchen-3ya.example")
+    return {"127.0.0.1"};
   return {};
 }
 
@@ -148,6 +149,21 @@ TEST(ProbeRound, AServerThatDoesNotKnowHEADIsAskedAgain) {
   EXPECT_THAT(server.Requests()[1], testing::StartsWith("GET / "));
 }
 
+TEST(ProbeRound, ARedirectWithABodyIsSeenToo) {
+  const RawServer server(
+      {Response("501 Not Implemented"),
+       "HTTP/1.1 302 Found\r\nLocation: //portal.example/login\r\n\r\n" + std::string(1 << 20, 'x')});
+  const ProbeOutcome outcome = Ask(At(server.Port()));
+  EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse);
+  EXPECT_THAT(outcome.reason, testing::EndsWith(": redirect to portal.example"));
+}
+
+TEST(ProbeRound, ARedirectWithinAnInternationalHostIsAnAnswer) {
+  const RawServer server({Response("302 Found", "Location: http://m\xC3\xBCnchen.example/x\r\n")});
+  const ProbeOutcome outcome = Ask(At(server.Port(), "http://m\xC3\xBCnchen.example"));
+  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+}
+
 TEST(ProbeRound, AnOpenPortProvesNothing) {
   const LoopbackListener plain;
   const LoopbackListener secure;
@@ -183,6 +199,20 @@ TEST(ProbeRound, ARefusedConnectionIsNoAnswer) {
 
 TEST(ProbeRound, AnUnknownNameIsNoAnswer) {
   EXPECT_EQ(Ask("https://missing.example").reason, "missing.example: name not found");
+}
+
+TEST(ProbeRound, AHostWithADotAtItsEndIsTheSameHost) {
+  const RawServer server({Response("200 OK")});
+  const ProbeOutcome outcome = Ask(At(server.Port(), "http://store.example."));
+  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+}
+
+TEST(ProbeRound, NamesOfThisMachineNeedNoLookup) {
+  const RawServer server({Response("200 OK")});
+  for (const char* host : {"http://localhost", "http://localhost.", "http://stores.localhost."}) {
+    const ProbeOutcome outcome = Ask(At(server.Port(), host));
+    EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+  }
 }
 
 TEST(ProbeRound, AHostIsAskedSecurelyAndThenPlainly) {

@@ -1,6 +1,7 @@
 #include "wayfinder/RecordedService.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace testsupport {
 namespace {
@@ -40,7 +41,10 @@ Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolv
     messages_.push_back(message);
     changed_.notify_all();
   };
-  parts.changesAreWanted = [] { return true; };
+  parts.changesAreWanted = [this] {
+    if (fails_.exchange(false)) throw std::runtime_error("a failure of the test's");
+    return true;
+  };
   parts.changed = [this](const std::string& url, Wayfinding::NetworkLocation location) {
     const std::lock_guard lock(mutex_);
     changes_.emplace_back(url, static_cast<std::uint32_t>(location));

@@ -34,6 +34,10 @@ class RecordedService {
   // The service's clock jumps.
   void PassTime(std::chrono::seconds time) { passed_ += time.count(); }
 
+  // The service's thread meets an exception at its next turn.
+  void FailOnce() { fails_ = true; }
+  [[nodiscard]] std::uint32_t Flags() const { return service_->Flags(); }
+
   // Waits until the store's last change is this location; false when it is not within the time.
   [[nodiscard]] bool WaitForLocation(const std::string& url, std::uint32_t location,
                                      std::chrono::seconds limit = std::chrono::seconds(20));
@@ -52,6 +56,7 @@ class RecordedService {
   std::vector<std::string> messages_;
   std::vector<Change> changes_;
   std::atomic<long> passed_ = 0;
+  std::atomic<bool> fails_ = false;
   std::optional<Wayfinding::LocationService> service_;
 };
 

@@ -66,6 +66,17 @@ TEST_F(RoundScheduleTest, ANewNetworkStartsTheRunningRoundAfresh) {
   EXPECT_EQ(schedule_.Deadline(), start_ + seconds(12));
 }
 
+TEST_F(RoundScheduleTest, AfterALossNothingIsAskedBeforeTheLook) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  schedule_.TakeNetworkEvent(start_ + seconds(2));
+  schedule_.TakeLoss();
+  EXPECT_FALSE(schedule_.IsRunning());
+  EXPECT_EQ(schedule_.NextDue(), start_ + seconds(3));
+  EXPECT_FALSE(schedule_.TakeStart(start_ + seconds(3)));
+  EXPECT_TRUE(schedule_.TakeLook(start_ + seconds(3)));
+}
+
 TEST_F(RoundScheduleTest, ARoundWithoutAnAnswerIsRepeatedLaterAndLater) {
   schedule_.TakeNewStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));

@@ -4,12 +4,14 @@
 #include "wayfinder/AddressServer.h"
 #include "wayfinder/FakeNetworkManager.h"
 #include "wayfinder/NetworkNamespaces.h"
+#include "wayfinder/ProcessCounts.h"
 #include "wayfinder/RecordedService.h"
 #include "wayfinder/Responses.h"
 #include "wayfinder/TunnelPair.h"
 
 #include <gmock/gmock.h>
 
+#include <list>
 #include <optional>
 
 using testsupport::AddressServer;
@@ -91,6 +93,35 @@ TEST_F(Tunnels, ATapThatNetworkManagerCallsAVPNIsOne) {
   if (!Connect(true)) GTEST_SKIP() << "the machine makes no tap links";
   const FakeNetworkManager manager({.link = "eth0", .address = "10.8.0.1"});
   ExpectLocation(Wayfinder::kVPN);
+}
+
+TEST_F(Tunnels, NetworkManagerIsAskedOnceForALink) {
+  if (!Connect(true)) GTEST_SKIP() << "the machine makes no tap links";
+  const FakeNetworkManager silent({.link = "vpn0", .address = "10.8.0.1"}, true);
+  std::vector<std::string> beacons;
+  std::list<AddressServer> servers;
+  for (const char* address : {"10.8.0.3", "10.8.0.4", "10.8.0.5", "10.8.0.6", "10.8.0.7", "10.8.0.8"}) {
+    FarIP({"address", "add", std::string(address) + "/24", "dev", "vpn1"});
+    InFar([&] { servers.emplace_back(address, 80, kGood); });
+    beacons.push_back(std::string("http://") + address + "/");
+  }
+  const auto start = std::chrono::steady_clock::now();
+  service_.SetStores({{kStore, beacons, {}}});
+  EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2500));
+}
+
+TEST_F(Tunnels, ADefaultRouteThroughALinkThatNetworkManagerCallsAVPNIsTransient) {
+  if (!Connect(true)) GTEST_SKIP() << "the machine makes no tap links";
+  IP({"route", "add", "default", "dev", "vpn0"});
+  EXPECT_EQ(service_.Flags() & Wayfinder::kTransientConnection, 0U) << "nobody says so";
+  const FakeNetworkManager manager({.link = "vpn0", .address = "10.8.0.1"});
+  ExpectLocation(Wayfinder::kVPN);
+  EXPECT_NE(service_.Flags() & Wayfinder::kTransientConnection, 0U);
+  service_.SetStores({});
+  EXPECT_TRUE(testsupport::ComesTrue([this] {
+    return (service_.Flags() & Wayfinder::kTransientConnection) == 0;
+  })) << "nobody watches the network any more";
 }
 
 TEST_F(Tunnels, ADefaultRouteThroughATunnelIsTransient) {

@@ -3,21 +3,14 @@
 #include "SRLib/Publication.h"
 #include "SRLib/SRRegistryConfig.h"
 #include "SRLib/TextHelpers.h"
+#include "libs/Wayfinder/LocationMessage.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
-#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <string_view>
 
 namespace {
-
-// A message is one line: control characters of an address are blanks in it.
-std::string InMessage(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-  return text;
-}
 
 // Takes the messages "store URL: reason" out of the library's log.
 class Collector {
@@ -25,7 +18,7 @@ class Collector {
   void Expect(const ServiceRecords::StoreMap& stores) {
     for (const auto& [id, store] : stores) {
       const std::string url = util::narrow(store.GetStoreURL());
-      expected_["store " + InMessage(url) + ": "] = url;
+      expected_[Wayfinding::LocationMessage(url, "")] = url;
     }
   }
 

@@ -57,11 +57,15 @@ WFCurlUrlPtr Parse(const std::string& text, unsigned int flags) {
   return url;
 }
 
+// "store.example." is "store.example", but libcurl would look it up by itself.
+std::string WithoutTrailingDots(const std::string& host) {
+  return host.substr(0, host.find_last_not_of('.') + 1);
+}
+
 std::string BareHost(CURLU& url) {
   std::string host = util::AsciiLowerCased(Part(url, CURLUPART_HOST));
   if (host.size() > 2 && host.front() == '[') host = host.substr(1, host.size() - 2);
-  if (!host.empty() && host.back() == '.') host.pop_back();
-  return host;
+  return WithoutTrailingDots(host);
 }
 
 bool IsNumeric(const std::string& host) {
@@ -84,9 +88,12 @@ std::optional<BeaconURL> ParseURL(const std::string& text) {
   if (given == nullptr) return std::nullopt;
   const std::string scheme = Part(*given, CURLUPART_SCHEME);
   if (scheme != "http" && scheme != "https") return std::nullopt;
+  // An address that counts on one link alone: the answer's address would not tell which.
+  if (!Part(*given, CURLUPART_ZONEID).empty()) return std::nullopt;
   DropWhatIsNeverSent(*given, scheme == "https");
   const std::string ascii = util::AsciiLowerCased(Part(*given, CURLUPART_HOST, CURLU_PUNYCODE));
-  if (ascii.empty() || curl_url_set(given.get(), CURLUPART_HOST, ascii.c_str(), 0) != CURLUE_OK)
+  const std::string host = WithoutTrailingDots(ascii);
+  if (host.empty() || curl_url_set(given.get(), CURLUPART_HOST, host.c_str(), 0) != CURLUE_OK)
     return std::nullopt;
   BeaconURL url{.url = Part(*given, CURLUPART_URL),
                 .host = BareHost(*given),
@@ -126,9 +133,16 @@ bool IsLoopbackHost(const std::string& host) {
   return host == "localhost" || host.ends_with(".localhost");
 }
 
-std::string HostOfURL(const std::string& url) {
-  const WFCurlUrlPtr parsed = Parse(url, CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE);
-  return parsed == nullptr ? std::string() : BareHost(*parsed);
+std::string HostOfReference(const std::string& reference, const std::string& baseURL) {
+  const UTF8Thread utf8;
+  const WFCurlUrlPtr url = Parse(baseURL, 0);
+  constexpr unsigned int kAnyURL = CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE;
+  if (url == nullptr || curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), kAnyURL) != CURLUE_OK)
+    return {};
+  const bool isText = IsText(Part(*url, CURLUPART_HOST));
+  const std::string ascii = isText ? Part(*url, CURLUPART_HOST, CURLU_PUNYCODE) : std::string();
+  if (!ascii.empty()) curl_url_set(url.get(), CURLUPART_HOST, ascii.c_str(), 0);
+  return BareHost(*url);
 }
 
 std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text) {

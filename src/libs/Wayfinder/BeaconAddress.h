@@ -9,7 +9,7 @@ namespace Wayfinding {
 // One URL under which a beacon may answer, in ASCII, without credentials and fragment.
 struct BeaconURL {
   std::string url;
-  std::string host;  // lower case; a numeric IPv6 address without its brackets
+  std::string host;  // lower case, without a dot at its end; a numeric IPv6 address without its brackets
   std::string port;
   bool secure = false;  // https
 };
@@ -25,11 +25,12 @@ struct BeaconAddress {
 };
 
 // Reads an http or https URL, or a host with an optional port (https, then http); UTF-8, white space around
-// it is dropped. Nothing for any other text. Any thread.
+// it is dropped. Nothing for any other text, and for an IPv6 address with a zone. Any thread.
 [[nodiscard]] std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text);
 
-// The host of a URL of any scheme, as in BeaconURL; empty when it has none.
-[[nodiscard]] std::string HostOfURL(const std::string& url);
+// The host, as in BeaconURL, of a URL of any scheme or of a reference relative to `baseURL`; empty when there
+// is none.
+[[nodiscard]] std::string HostOfReference(const std::string& reference, const std::string& baseURL);
 
 // Whether a host, as in BeaconURL, is this machine's loopback.
 [[nodiscard]] bool IsLoopbackHost(const std::string& host);

@@ -52,7 +52,9 @@ bool BeaconTransfer::Prepare(const BeaconURL& url, const std::vector<std::string
   CURL* const handle = transfer_.get();
   if (handle == nullptr || curl_easy_setopt(handle, CURLOPT_URL, url.url.c_str()) != CURLE_OK) return false;
   addresses_ = KnownAddresses(url, addresses);
+  if (addresses_ == nullptr && !addresses.empty()) return false;  // libcurl would look it up by itself
   if (addresses_ != nullptr) curl_easy_setopt(handle, CURLOPT_RESOLVE, addresses_.get());
+  curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_PROXY, "");
@@ -109,6 +111,15 @@ std::string BeaconTransfer::Peer() const {
   return address == nullptr ? std::string() : std::string(address);
 }
 
+// libcurl's own word for it would be missing when the body was not taken.
+std::string BeaconTransfer::RedirectHost() const {
+  curl_header* location = nullptr;
+  if (Status() / 100 != 3 ||
+      curl_easy_header(transfer_.get(), "Location", 0, CURLH_HEADER, -1, &location) != CURLHE_OK)
+    return {};
+  return HostOfReference(location->value, url_);
+}
+
 bool BeaconTransfer::HasResponse(CURLcode code) const {
   return (code == CURLE_OK || (code == CURLE_WRITE_ERROR && bodyBegan_)) && Status() > 0;
 }
@@ -136,7 +147,7 @@ ProbeOutcome BeaconTransfer::JudgeHandshake(CURLcode code) const {
   if (code == CURLE_OK) return {.answer = ProbeAnswer::Answered, .proven = true};
   // An untrusted chain fails the handshake itself, so what fails after it is the name.
   if (code == CURLE_PEER_FAILED_VERIFICATION && *handshakeMark_)
-    return {.answer = ProbeAnswer::SomebodyElse, .reason = "certificate for another name"};
+    return {.answer = ProbeAnswer::SomebodyElse, .proven = true, .reason = "certificate for another name"};
   return {.reason = curl_easy_strerror(code)};
 }
 
@@ -145,9 +156,7 @@ ProbeOutcome BeaconTransfer::JudgeResponse() const {
   if (status == kNetworkAuthenticationRequired)
     return {.answer = ProbeAnswer::SomebodyElse, .reason = "status 511"};
   if (status >= 500) return {.reason = "status " + std::to_string(status)};
-  const char* target = nullptr;
-  curl_easy_getinfo(transfer_.get(), CURLINFO_REDIRECT_URL, &target);
-  const std::string host = target == nullptr ? std::string() : HostOfURL(target);
+  const std::string host = RedirectHost();
   if (host.empty() || host == host_) return {.answer = ProbeAnswer::Answered};
   return {.answer = ProbeAnswer::SomebodyElse, .reason = "redirect to " + host};
 }

@@ -21,7 +21,7 @@ class BeaconTransfer {
  public:
   enum class Method { Head, Get };
 
-  // `addresses`: where the host is; none for a host that needs no lookup. Nothing when memory is short.
+  // `addresses`: where the host is; none for a numeric one. Nothing when memory is short.
   static std::unique_ptr<BeaconTransfer> Start(CURLM* transfers, TlsTrust& trust, const BeaconURL& url,
                                                Method method, const std::vector<std::string>& addresses,
                                                std::chrono::milliseconds limit);
@@ -46,6 +46,7 @@ class BeaconTransfer {
   [[nodiscard]] bool HasResponse(CURLcode code) const;
   [[nodiscard]] long Status() const;
   [[nodiscard]] std::string Peer() const;
+  [[nodiscard]] std::string RedirectHost() const;
 
   static CURLcode PrepareContext(CURL* transfer, void* context, void* self);
   static std::size_t TakeHeader(char* data, std::size_t size, std::size_t count, void* self);

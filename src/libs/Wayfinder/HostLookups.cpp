@@ -113,7 +113,8 @@ std::vector<std::string> ResolveWithSystem(const std::string& host) {
   for (const addrinfo* entry = found; entry != nullptr && addresses.size() < kMostAddresses;
        entry = entry->ai_next) {
     std::string text = NumericText(*entry);
-    if (!text.empty()) addresses.push_back(std::move(text));
+    const bool isOfOneLinkAlone = text.find('%') != std::string::npos;  // which libcurl takes for no address
+    if (!text.empty() && !isOfOneLinkAlone) addresses.push_back(std::move(text));
   }
   return addresses;
 }

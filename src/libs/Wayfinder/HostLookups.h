@@ -55,7 +55,8 @@ class HostLookup {
   std::unique_ptr<State> state_;
 };
 
-// The system's own way: files, name servers and whatever else it is set up to ask.
+// The system's own way: files, name servers and whatever else it is set up to ask. Without the addresses that
+// count on one link alone.
 [[nodiscard]] std::vector<std::string> ResolveWithSystem(const std::string& host);
 
 }  // namespace Wayfinding

@@ -1,5 +1,6 @@
 #include "libs/Wayfinder/LocationLoop.h"
 
+#include "libs/Wayfinder/LocationMessage.h"
 #include "libs/Wayfinder/LocationRound.h"
 #include "libs/Wayfinder/NetworkMonitor.h"
 #include "libs/Wayfinder/WakeEvent.h"
@@ -23,17 +24,16 @@ std::string Seconds(milliseconds time) {
   return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " s";
 }
 
-// A message is one line, whatever a document put into an address.
-std::string OneLine(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
-  return text;
-}
-
-bool WasSeenDown(const std::optional<NetworkState>& network, const std::vector<int>& indexes) {
-  return network && std::any_of(network->links.begin(), network->links.end(), [&](const NetworkLink& link) {
-           return std::find(indexes.begin(), indexes.end(), link.index) != indexes.end();
-         });
+// Whether the events took something away from the network, and not from some other link of the machine.
+bool WasLost(const std::optional<NetworkState>& network, const NetworkEvents& events) {
+  if (events.mayHaveLostAny) return true;
+  if (!network) return false;
+  const auto lost = [&events](const NetworkLink& link) {
+    return std::find(events.linksThatLost.begin(), events.linksThatLost.end(), link.index) !=
+           events.linksThatLost.end();
+  };
+  return std::any_of(network->links.begin(), network->links.end(), lost) ||
+         (network->outside && lost(network->outside->link));
 }
 
 }  // namespace
@@ -50,8 +50,13 @@ LocationParts LocationParts::Defaults() {
 }
 
 LocationLoop::LocationLoop(const LocationParts& parts, StoreLocations& locations, LocationOrders& orders,
-                           const WakeEvent& wake)
-    : parts_(parts), locations_(locations), orders_(orders), wake_(wake), lookups_(parts.resolver) {}
+                           const WakeEvent& wake, std::atomic<int>& outsideTunnel)
+    : parts_(parts),
+      locations_(locations),
+      orders_(orders),
+      wake_(wake),
+      outsideTunnel_(outsideTunnel),
+      lookups_(parts.resolver) {}
 
 LocationLoop::~LocationLoop() = default;
 
@@ -80,10 +85,11 @@ void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
   round_.reset();
   if (list_.stores->empty()) {
     monitor_.reset();
+    networkWasLost_ = false;
+    outsideTunnel_ = 0;
     schedule_.Stop();
     return;
   }
-  if (monitor_ == nullptr) OpenMonitor();
   schedule_.TakeNewStores(parts_.now());
 }
 
@@ -101,8 +107,22 @@ void LocationLoop::TakeNetworkEvents() {
   if (monitor_ == nullptr) return;
   const NetworkEvents events = monitor_->Take();
   if (!events.any) return;
-  if (events.lostAddressOrRoute || WasSeenDown(network_, events.linksDown)) networkWasLost_ = true;
   schedule_.TakeNetworkEvent(parts_.now());
+  if (!networkWasLost_ && WasLost(network_, events)) TakeLoss();
+}
+
+// The next network has its round when the events are gathered; until then the lost one's answers are wrong.
+void LocationLoop::TakeLoss() {
+  networkWasLost_ = true;
+  ForgetDecisions();
+  schedule_.TakeLoss();
+}
+
+void LocationLoop::ForgetDecisions() {
+  round_.reset();
+  // A list that came in between has its own turn, with its own number.
+  const std::uint64_t number = locations_.ForgetDecisions();
+  if (number == list_.number + 1) list_.number = number;
 }
 
 void LocationLoop::LookAtNetwork() {
@@ -112,10 +132,7 @@ void LocationLoop::LookAtNetwork() {
   network_ = std::move(network);
   if (parts_.logIsWanted())
     parts_.log("network changed: " + (network_ ? network_->Description() : "it cannot be read"));
-  round_.reset();
-  // A list that came in between has its own turn, with its own number.
-  const std::uint64_t number = locations_.ForgetDecisions();
-  if (number == list_.number + 1) list_.number = number;
+  ForgetDecisions();
   schedule_.TakeNewNetwork(parts_.now());
 }
 
@@ -124,12 +141,15 @@ void LocationLoop::StartWhatIsDue() {
 }
 
 void LocationLoop::StartRound() {
+  // A network that cannot be watched is at least looked at anew for each round.
+  if (monitor_ == nullptr) OpenMonitor();
   round_ = std::make_unique<LocationRound>(
       *list_.stores, network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
         locations_.Decide(list_.number, store, decision.location, parts_.now());
-        if (parts_.logIsWanted())
-          parts_.log(OneLine("store " + (*list_.stores)[store].url + ": " + decision.reason));
+        if (parts_.logIsWanted()) parts_.log(LocationMessage((*list_.stores)[store].url, decision.reason));
       });
+  const bool byTunnel = network_ && network_->outside && round_->IsTunnel(network_->outside->link);
+  outsideTunnel_ = byTunnel ? network_->outside->link.index : 0;
 }
 
 void LocationLoop::AdvanceRound() {

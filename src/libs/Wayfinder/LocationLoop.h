@@ -42,8 +42,9 @@ struct LocationOrders {
 // nothing is due. Lives and is used on that thread.
 class LocationLoop {
  public:
+  // `outsideTunnel`: receives the index of the link to the outside where that is a tunnel, 0 otherwise.
   LocationLoop(const LocationParts& parts, StoreLocations& locations, LocationOrders& orders,
-               const WakeEvent& wake);
+               const WakeEvent& wake, std::atomic<int>& outsideTunnel);
   ~LocationLoop();
   LocationLoop(const LocationLoop&) = delete;
   LocationLoop& operator=(const LocationLoop&) = delete;
@@ -56,6 +57,8 @@ class LocationLoop {
   void TakeStores(StoreLocations::Snapshot list);
   void OpenMonitor();
   void TakeNetworkEvents();
+  void TakeLoss();
+  void ForgetDecisions();
   void LookAtNetwork();
   void StartWhatIsDue();
   void StartRound();
@@ -69,6 +72,7 @@ class LocationLoop {
   StoreLocations& locations_;
   LocationOrders& orders_;
   const WakeEvent& wake_;
+  std::atomic<int>& outsideTunnel_;
 
   HostLookups lookups_;
   std::unique_ptr<NetworkMonitor> monitor_;

@@ -80,18 +80,19 @@ void LocationRound::CutOff() {
 }
 
 void LocationRound::Settle(std::size_t beacon, ProbeOutcome outcome) {
-  if (outcome.answer == ProbeAnswer::Answered) hadAnswer_ = true;
+  const bool proven = outcome.answer == ProbeAnswer::Answered && outcome.proven;
   outcomes_[beacon] = std::move(outcome);
-  for (const RoundPlan::Owner& owner : plan_.beacons[beacon].owners) Recount(owner);
+  for (const RoundPlan::Owner& owner : plan_.beacons[beacon].owners) Recount(owner, proven);
 }
 
 // A decision is tried when it may have become possible, and not for each of thousands of beacons.
-void LocationRound::Recount(const RoundPlan::Owner& owner) {
+void LocationRound::Recount(const RoundPlan::Owner& owner, bool proven) {
   Undecided& state = undecided_[owner.store];
   if (state.isDecided) return;
   state.openInternal -= owner.asInternal;
   state.openExternal -= owner.asExternal;
-  if (state.openInternal == 0 && (owner.asInternal > 0 || state.openExternal == 0)) Decide(owner.store);
+  if (state.openInternal == 0 && (owner.asInternal > 0 || state.openExternal == 0 || proven))
+    Decide(owner.store);
 }
 
 std::vector<const ProbeOutcome*> LocationRound::OutcomesOf(const std::vector<std::size_t>& beacons) const {
@@ -113,25 +114,29 @@ void LocationRound::Decide(std::size_t store) {
   const std::optional<LocationDecision> decision = DecideLocation(FindingsFor(store), tunnelTo);
   if (!decision) return;
   undecided_[store].isDecided = true;
+  // Behind a portal the beacons themselves are still silent, whatever it says in their names.
+  if (decision->location != NetworkLocation::None && decision->location != NetworkLocation::Hotspot)
+    hadAnswer_ = true;
   decided_(store, *decision);
 }
 
 std::string LocationRound::TunnelTo(const std::string& address) {
   const auto [found, isNew] = tunnels_.try_emplace(address);
-  if (isNew) found->second = FindTunnel(address);
+  if (!isNew) return found->second;
+  const std::optional<Route> route = RouteTo(address);
+  if (route && IsTunnel(route->link)) found->second = route->link.name + " (" + route->link.kind + ")";
   return found->second;
 }
 
-std::string LocationRound::FindTunnel(const std::string& address) const {
-  const std::optional<Route> route = RouteTo(address);
-  if (!route) return {};
-  const NetworkLink& link = route->link;
+bool LocationRound::IsTunnel(const NetworkLink& link) {
   const TunnelSense sense = SenseOfLink(link.kind, link.arpType);
-  if (sense == TunnelSense::No) return {};
-  const bool isTunnel = sense == TunnelSense::Yes ||
-                        NetworkManagerCallsVPN(link.name, network_ ? AddressesOf(*network_, link.name)
-                                                                   : std::vector<std::string>());
-  return isTunnel ? link.name + " (" + link.kind + ")" : std::string();
+  if (sense != TunnelSense::AskNetworkManager) return sense == TunnelSense::Yes;
+  const auto [verdict, isNew] = verdicts_.try_emplace(link.index);
+  if (isNew) {
+    verdict->second = NetworkManagerCallsVPN(
+        link.name, network_ ? AddressesOf(*network_, link.name) : std::vector<std::string>());
+  }
+  return verdict->second;
 }
 
 }  // namespace Wayfinding

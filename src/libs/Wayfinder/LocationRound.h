@@ -34,9 +34,13 @@ class LocationRound {
   void CutOff();
 
   [[nodiscard]] bool IsFinished() const { return probes_.IsFinished(); }
+  // Whether a store was decided by answers, and not by a portal's or for want of them.
   [[nodiscard]] bool HadAnswer() const { return hadAnswer_; }
   // Whether there was anybody to ask, so that asking again could help.
   [[nodiscard]] bool HadProbes() const { return !asked_.empty(); }
+
+  // May ask NetworkManager, once for a link in each round.
+  [[nodiscard]] bool IsTunnel(const NetworkLink& link);
 
   // As ProbeRound::Wait.
   void Wait(std::span<const int> descriptors, std::chrono::milliseconds limit) {
@@ -53,12 +57,11 @@ class LocationRound {
   std::vector<BeaconAddress> ChooseProbes();
   void SettleUnasked();
   void Settle(std::size_t beacon, ProbeOutcome outcome);
-  void Recount(const RoundPlan::Owner& owner);
+  void Recount(const RoundPlan::Owner& owner, bool proven);
   void Decide(std::size_t store);
   [[nodiscard]] StoreFindings FindingsFor(std::size_t store) const;
   [[nodiscard]] std::vector<const ProbeOutcome*> OutcomesOf(const std::vector<std::size_t>& beacons) const;
   [[nodiscard]] std::string TunnelTo(const std::string& address);
-  [[nodiscard]] std::string FindTunnel(const std::string& address) const;
 
   RoundPlan plan_;
   std::optional<NetworkState> network_;
@@ -67,6 +70,7 @@ class LocationRound {
   std::vector<Undecided> undecided_;                   // one for each store
   std::vector<std::size_t> asked_;                     // beacons of the plan, in the order of asking
   std::map<std::string, std::string> tunnels_;         // by address, as found in this round
+  std::map<int, bool> verdicts_;                       // NetworkManager's, by link
   bool hadAnswer_ = false;
   bool begun_ = false;
   ProbeRound probes_;

@@ -4,6 +4,7 @@
 #include "libs/Wayfinder/ProbeOutcome.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace Wayfinding {
@@ -29,6 +30,14 @@ const ProbeOutcome* FirstElse(const Outcomes& outcomes) {
 // On the loopback address every server is the same machine, and none of them a portal.
 bool CouldBePortal(const ProbeOutcome& outcome) {
   return !outcome.proven && !IsLoopbackHost(outcome.peer);
+}
+
+// Those that show a portal at work. A redirect in an internal beacon's place may be its own server's way.
+Outcomes WitnessesAgainstInternal(const StoreFindings& findings) {
+  Outcomes witnesses = findings.external;
+  std::copy_if(findings.internal.begin(), findings.internal.end(), std::back_inserter(witnesses),
+               [](const ProbeOutcome* outcome) { return outcome != nullptr && outcome->proven; });
+  return witnesses;
 }
 
 class Count {
@@ -110,10 +119,13 @@ LocationDecision DecideOutside(const StoreFindings& findings, const Count& inter
 std::optional<LocationDecision> DecideLocation(const StoreFindings& findings, const TunnelTo& tunnelTo) {
   if (!IsSettled(findings.internal)) return std::nullopt;
   const bool complete = IsSettled(findings.external);
-  const Count internal(findings.internal, findings.external);
-  if (!internal.Answered().empty() && (complete || StandsAlone(findings.internal)))
+  const Count internal(findings.internal, WitnessesAgainstInternal(findings));
+  if (!internal.Answered().empty()) {
+    if (!complete && !StandsAlone(findings.internal)) return std::nullopt;
     return DecideInside(internal, tunnelTo);
-  if (!complete) return std::nullopt;
+  }
+  // What is open can only take away internal answers, and nothing outweighs a proven external one.
+  if (!complete && !Count(findings.external, {}).IsProven()) return std::nullopt;
   return DecideOutside(findings, internal);
 }
 

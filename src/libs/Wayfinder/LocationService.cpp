@@ -4,8 +4,10 @@
 #include "libs/Wayfinder/NetworkState.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
+#include <poll.h>
 #include <signal.h>
 
+#include <chrono>
 #include <exception>
 #include <system_error>
 
@@ -41,19 +43,23 @@ LocationService::~LocationService() {
 void LocationService::SetStores(const PropertyList::Array& stores) {
   std::vector<StoreBeacons> list = ReadStoreList(stores);
   const bool hasStores = !list.empty();
-  if (!locations_.Replace(std::move(list))) return;
-  if (hasStores) StartThread();
-  wake_.Raise();
+  const bool isNew = locations_.Replace(std::move(list));
+  if (hasStores) StartThread();  // with the same list again, too: it may not have been possible before
+  if (isNew) wake_.Raise();
 }
 
 NetworkLocation LocationService::LocationOf(const std::string& storeURL) {
   const std::optional<StoreLocations::Answer> answer = locations_.Find(storeURL, parts_.now());
   if (!answer) {
-    const std::optional<NetworkState> network = ReadNetworkState();
+    const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
     return !network || network->IsUsable() ? NetworkLocation::Outside : NetworkLocation::None;
   }
   if (answer->isOld && !orders_.refresh.exchange(true)) wake_.Raise();
   return answer->location;
+}
+
+std::uint32_t LocationService::Flags() const {
+  return ReachabilityFlags(outsideTunnel_);
 }
 
 void LocationService::StartThread() {
@@ -68,19 +74,31 @@ void LocationService::StartThread() {
 }
 
 void LocationService::RunThread() {
-  try {
-    LocationLoop(parts_, locations_, orders_, wake_).Run();
-  } catch (const std::exception& exception) {
-    parts_.log(std::string("no location is decided any more: ") + exception.what());
+  while (!orders_.stop) {
+    try {
+      LocationLoop(parts_, locations_, orders_, wake_, outsideTunnel_).Run();
+    } catch (const std::exception& exception) {
+      parts_.log(std::string("no location is decided for now: ") + exception.what());
+      WaitAfterFailure();
+    }
   }
 }
 
-std::uint32_t ReachabilityFlags() {
-  const std::optional<NetworkState> network = ReadNetworkState();
+void LocationService::WaitAfterFailure() const {
+  constexpr std::chrono::milliseconds kPause = std::chrono::seconds(3);
+  wake_.Clear();
+  if (orders_.stop) return;  // looked at after the event is cleared, or the order could be missed
+  pollfd event{wake_.Descriptor(), POLLIN, 0};
+  ::poll(&event, 1, static_cast<int>(kPause.count()));
+}
+
+std::uint32_t ReachabilityFlags(int tunnelLink) {
+  const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
   if (!network || (!network->IsUsable() && !network->outside)) return 0;
   if (!network->outside) return Wayfinder::kReachable | Wayfinder::kIsDirect;
   const Route& route = *network->outside;
-  const bool tunnel = SenseOfLink(route.link.kind, route.link.arpType) == TunnelSense::Yes;
+  const bool tunnel =
+      SenseOfLink(route.link.kind, route.link.arpType) == TunnelSense::Yes || route.link.index == tunnelLink;
   return Wayfinder::kReachable | (tunnel ? Wayfinder::kTransientConnection : 0) |
          (route.isLocal ? Wayfinder::kIsLocalAddress : 0) | (route.hasGateway ? 0 : Wayfinder::kIsDirect);
 }

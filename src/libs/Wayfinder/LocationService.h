@@ -5,6 +5,7 @@
 #include "libs/Wayfinder/StoreLocations.h"
 #include "libs/Wayfinder/WakeEvent.h"
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -26,20 +27,26 @@ class LocationService {
   void SetStores(const PropertyList::Array& stores);
   // An unknown store is outside where the network is usable.
   [[nodiscard]] NetworkLocation LocationOf(const std::string& storeURL);
+  // How the outside is reached, as the bits of networkReachabilityFlags. A tunnel that only NetworkManager
+  // knows for one is told while there are stores.
+  [[nodiscard]] std::uint32_t Flags() const;
 
  private:
   void StartThread();
   void RunThread();
+  void WaitAfterFailure() const;
 
   const LocationParts parts_;
   StoreLocations locations_;
   LocationOrders orders_;
   WakeEvent wake_;
+  std::atomic<int> outsideTunnel_ = 0;  // the thread's word for the link to the outside
   std::mutex threadMutex_;
   std::thread thread_;
 };
 
-// How the outside is reached, as the bits of networkReachabilityFlags. Any thread; asks the kernel.
-[[nodiscard]] std::uint32_t ReachabilityFlags();
+// As LocationService::Flags. `tunnelLink`: the index of a link that is a tunnel whatever the kernel says of
+// it; 0 for none. Any thread; asks the kernel.
+[[nodiscard]] std::uint32_t ReachabilityFlags(int tunnelLink = 0);
 
 }  // namespace Wayfinding

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 
 namespace Wayfinding {
@@ -28,12 +29,13 @@ struct BusDeleter {
 using MessagePtr = std::unique_ptr<sd_bus_message, MessageDeleter>;
 using BusPtr = std::unique_ptr<sd_bus, BusDeleter>;
 
-// Reads NetworkManager's properties, all of them together within the time limit.
+// Connects and reads NetworkManager's properties, all of that together within the time limit.
 class Reader {
  public:
   Reader() : deadline_(steady_clock::now() + kTimeLimit) {
     sd_bus* bus = nullptr;
     if (sd_bus_open_system(&bus) >= 0) bus_.reset(bus);
+    if (bus_ != nullptr && !Connect()) bus_.reset();
   }
 
   [[nodiscard]] bool Flag(const std::string& path, const char* interface, const char* name) const {
@@ -74,6 +76,22 @@ class Reader {
   }
 
  private:
+  // A call's own time limit would not count for the connection's set-up.
+  [[nodiscard]] bool Connect() const {
+    while (sd_bus_is_ready(bus_.get()) == 0) {
+      const int progress = sd_bus_process(bus_.get(), nullptr);
+      const std::uint64_t left = TimeLeft();
+      if (progress < 0 || left == 0) return false;
+      if (progress == 0 && sd_bus_wait(bus_.get(), left) < 0) return false;
+    }
+    return sd_bus_is_ready(bus_.get()) > 0;
+  }
+
+  [[nodiscard]] std::uint64_t TimeLeft() const {
+    const auto left = std::chrono::duration_cast<microseconds>(deadline_ - steady_clock::now());
+    return left.count() <= 0 ? 0 : static_cast<std::uint64_t>(left.count());
+  }
+
   static void ReadAddress(sd_bus_message& dictionary, std::vector<std::string>& addresses) {
     while (sd_bus_message_enter_container(&dictionary, 'e', "sv") > 0) {
       const char* key = nullptr;
@@ -92,9 +110,9 @@ class Reader {
   // The reply, standing inside the property's variant.
   [[nodiscard]] MessagePtr Get(const std::string& path, const char* interface, const char* name,
                                const char* type) const {
-    const auto left = std::chrono::duration_cast<microseconds>(deadline_ - steady_clock::now());
+    const std::uint64_t left = TimeLeft();
     sd_bus_message* made = nullptr;
-    if (bus_ == nullptr || left.count() <= 0 ||
+    if (bus_ == nullptr || left == 0 ||
         sd_bus_message_new_method_call(bus_.get(), &made, kService, path.c_str(),
                                        "org.freedesktop.DBus.Properties", "Get") < 0)
       return nullptr;
@@ -102,7 +120,7 @@ class Reader {
     sd_bus_message_set_auto_start(call.get(), 0);
     sd_bus_message* received = nullptr;
     if (sd_bus_message_append(call.get(), "ss", interface, name) < 0 ||
-        sd_bus_call(bus_.get(), call.get(), static_cast<std::uint64_t>(left.count()), nullptr, &received) < 0)
+        sd_bus_call(bus_.get(), call.get(), left, nullptr, &received) < 0)
       return nullptr;
     MessagePtr reply(received);
     if (sd_bus_message_enter_container(reply.get(), 'v', type) <= 0) return nullptr;

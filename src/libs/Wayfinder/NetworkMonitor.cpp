@@ -22,21 +22,28 @@ void TakeLink(nlmsghdr* message, NetworkEvents& events) {
   const auto& link = HeadOf<ifinfomsg>(message);
   events.any = true;
   if (message->nlmsg_type == RTM_DELLINK || (link.ifi_flags & IFF_RUNNING) == 0)
-    events.linksDown.push_back(link.ifi_index);
+    events.linksThatLost.push_back(link.ifi_index);
 }
 
 void TakeAddress(const nlmsghdr* message, NetworkEvents& events) {
-  if (HeadOf<ifaddrmsg>(message).ifa_scope >= RT_SCOPE_LINK) return;
+  const auto& address = HeadOf<ifaddrmsg>(message);
+  if (address.ifa_scope >= RT_SCOPE_LINK) return;
   events.any = true;
-  if (message->nlmsg_type == RTM_DELADDR) events.lostAddressOrRoute = true;
+  if (message->nlmsg_type == RTM_DELADDR) events.linksThatLost.push_back(static_cast<int>(address.ifa_index));
 }
 
-void TakeRoute(const nlmsghdr* message, NetworkEvents& events) {
+void TakeRoute(nlmsghdr* message, NetworkEvents& events) {
   const auto& route = HeadOf<rtmsg>(message);
   if (route.rtm_type != RTN_UNICAST || (route.rtm_flags & RTM_F_CLONED) != 0) return;
   events.any = true;
   const bool isDefault = route.rtm_dst_len == 0;
-  if (message->nlmsg_type == RTM_DELROUTE && isDefault) events.lostAddressOrRoute = true;
+  if (message->nlmsg_type != RTM_DELROUTE || !isDefault) return;
+  const nlattr* const link = nlmsg_find_attr(message, sizeof(rtmsg), RTA_OIF);
+  if (link != nullptr) {
+    events.linksThatLost.push_back(static_cast<int>(nla_get_u32(link)));
+  } else {
+    events.mayHaveLostAny = true;  // a route over several links
+  }
 }
 
 void TakeAny(nlmsghdr* message, NetworkEvents& events) {
@@ -68,9 +75,11 @@ std::unique_ptr<NetworkMonitor> NetworkMonitor::Open() {
   monitor->socket_.reset(nl_socket_alloc());
   nl_sock* const socket = monitor->socket_.get();
   if (socket == nullptr) return nullptr;
+  constexpr int kReceiveBuffer = 1 << 20;  // a burst of events while beacons are asked
   nl_socket_disable_seq_check(socket);
   nl_socket_modify_cb(socket, NL_CB_VALID, NL_CB_CUSTOM, TakeMessage, &monitor->events_);
   if (nl_connect(socket, NETLINK_ROUTE) != 0 || nl_socket_set_nonblocking(socket) != 0) return nullptr;
+  nl_socket_set_buffer_size(socket, kReceiveBuffer, 0);
   for (const int group : {RTNLGRP_LINK, RTNLGRP_IPV4_IFADDR, RTNLGRP_IPV6_IFADDR, RTNLGRP_IPV4_ROUTE,
                           RTNLGRP_IPV6_ROUTE, RTNLGRP_IPV4_RULE, RTNLGRP_IPV6_RULE}) {
     if (nl_socket_add_membership(socket, group) != 0) return nullptr;
@@ -92,7 +101,7 @@ NetworkEvents NetworkMonitor::Take() {
   constexpr int kMostReads = 64;
   int result = 0;
   for (int reads = 0; result >= 0 && reads < kMostReads; ++reads) result = nl_recvmsgs_default(socket_.get());
-  if (result < 0 && result != -NLE_AGAIN) events_.any = true;
+  if (result < 0 && result != -NLE_AGAIN) events_.any = events_.mayHaveLostAny = true;
   return std::exchange(events_, {});
 }
 

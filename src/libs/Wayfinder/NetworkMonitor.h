@@ -11,8 +11,10 @@ namespace Wayfinding {
 // What the kernel reported since it was last asked.
 struct NetworkEvents {
   bool any = false;
-  bool lostAddressOrRoute = false;  // one that reached beyond its link, even if it came back since
-  std::vector<int> linksDown;       // indexes of links that were seen down, even if they came back since
+  // Indexes of links that were seen down, or without an address or a default route that they had before, even
+  // if it came back since.
+  std::vector<int> linksThatLost;
+  bool mayHaveLostAny = false;  // which links is not known
 };
 
 // Hears of changes of links, addresses, routes and routing rules. One thread.
@@ -24,7 +26,7 @@ class NetworkMonitor {
 
   // Readable when there are events.
   [[nodiscard]] int Descriptor() const;
-  // Takes the events that are there, without waiting. Events that got lost count as any.
+  // Takes the events that are there, without waiting. Events that got lost may have been of any kind.
   [[nodiscard]] NetworkEvents Take();
 
  private:

@@ -3,6 +3,7 @@
 #include "libs/Wayfinder/NetlinkExchange.h"
 #include "libs/Wayfinder/NetlinkHandles.h"
 
+#include <linux/if_addr.h>
 #include <linux/rtnetlink.h>
 
 #include <algorithm>
@@ -28,6 +29,13 @@ std::string Text(nl_addr* address) {
   return address == nullptr ? std::string() : std::string(nl_addr2str(address, text.data(), text.size()));
 }
 
+// Not before duplicate-address detection has come to its end, and only a good one, can the address be used.
+bool CanBeUsed(rtnl_addr& address) {
+  const unsigned int flags = rtnl_addr_get_flags(&address);
+  if ((flags & IFA_F_DADFAILED) != 0) return false;
+  return (flags & IFA_F_TENTATIVE) == 0 || (flags & IFA_F_OPTIMISTIC) != 0;
+}
+
 bool ReadLinks(nl_sock& socket, LinksByIndex& links) {
   nl_cache* cache = nullptr;
   if (rtnl_link_alloc_cache(&socket, AF_UNSPEC, &cache) != 0) return false;
@@ -45,7 +53,7 @@ bool ReadAddresses(nl_sock& socket, LinksByIndex& links, NetworkState& state) {
   LinksByIndex addressed;
   ForEach<rtnl_addr>(cache, [&](rtnl_addr& entry) {
     const auto link = links.find(rtnl_addr_get_ifindex(&entry));
-    if (link == links.end() || rtnl_addr_get_scope(&entry) >= RT_SCOPE_LINK) return;
+    if (link == links.end() || rtnl_addr_get_scope(&entry) >= RT_SCOPE_LINK || !CanBeUsed(entry)) return;
     addressed.insert(*link);
     state.addresses.push_back(link->second.name + " " + Text(rtnl_addr_get_local(&entry)));
   });
@@ -77,6 +85,21 @@ bool ReadRoutes(nl_sock& socket, const LinksByIndex& links, NetworkState& state)
   return true;
 }
 
+std::optional<NetworkState> Read(bool withRoutes) {
+  const NetlinkSocketPtr socket = ConnectToKernel();
+  if (socket == nullptr) return std::nullopt;
+  LinksByIndex links;
+  NetworkState state;
+  if (!ReadLinks(*socket, links) || !ReadAddresses(*socket, links, state) ||
+      (withRoutes && !ReadRoutes(*socket, links, state)))
+    return std::nullopt;
+  for (auto& [index, link] : links) state.links.push_back(std::move(link));
+  std::sort(state.addresses.begin(), state.addresses.end());
+  std::sort(state.routes.begin(), state.routes.end());
+  state.outside = RouteToOutside();
+  return state;
+}
+
 }  // namespace
 
 bool NetworkState::IsUsable() const {
@@ -95,18 +118,11 @@ std::string NetworkState::Description() const {
 }
 
 std::optional<NetworkState> ReadNetworkState() {
-  const NetlinkSocketPtr socket = ConnectToKernel();
-  if (socket == nullptr) return std::nullopt;
-  LinksByIndex links;
-  NetworkState state;
-  if (!ReadLinks(*socket, links) || !ReadAddresses(*socket, links, state) ||
-      !ReadRoutes(*socket, links, state))
-    return std::nullopt;
-  for (auto& [index, link] : links) state.links.push_back(std::move(link));
-  std::sort(state.addresses.begin(), state.addresses.end());
-  std::sort(state.routes.begin(), state.routes.end());
-  state.outside = RouteToOutside();
-  return state;
+  return Read(true);
+}
+
+std::optional<NetworkState> ReadNetworkWithoutRoutes() {
+  return Read(false);
 }
 
 }  // namespace Wayfinding

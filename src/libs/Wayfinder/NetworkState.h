@@ -12,7 +12,7 @@ namespace Wayfinding {
 // the kernel can tell.
 struct NetworkState {
   std::vector<NetworkLink> links;      // running, not loopback, with an address that is valid beyond the link
-  std::vector<std::string> addresses;  // theirs, each with its link, sorted
+  std::vector<std::string> addresses;  // theirs, as far as they can be used, each with its link, sorted
   std::vector<std::string> routes;     // over them, sorted
   std::optional<Route> outside;
 
@@ -25,5 +25,7 @@ struct NetworkState {
 
 // Nothing when the kernel cannot be asked. Any thread; a few netlink exchanges, no waiting for the network.
 [[nodiscard]] std::optional<NetworkState> ReadNetworkState();
+// The same without `routes`, of which there may be very many.
+[[nodiscard]] std::optional<NetworkState> ReadNetworkWithoutRoutes();
 
 }  // namespace Wayfinding

@@ -13,7 +13,7 @@ enum class ProbeAnswer {
 // What came of asking a beacon.
 struct ProbeOutcome {
   ProbeAnswer answer = ProbeAnswer::None;
-  bool proven = false;      // the answer came with a certificate for the beacon's name
+  bool proven = false;      // by a certificate: for the beacon's name, or for somebody else's
   std::string peer = {};    // the numeric address that answered
   std::string reason = {};  // why it is no answer, or who answered instead; for the log
 };

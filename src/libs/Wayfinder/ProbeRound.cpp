@@ -54,6 +54,7 @@ void ProbeRound::StartMore() {
     probe.index = next_++;
     probe.deadline = steady_clock::now() + kProbeTime;
     const BeaconAddress& beacon = beacons_[probe.index];
+    if (beacon.isLoopback && !beacon.isNumeric) probe.addresses = {"127.0.0.1", "::1"};
     const bool known = beacon.isNumeric || beacon.isLoopback;
     const bool ended = known ? StartTransfer(probe) : AdvanceLookup(probe, steady_clock::now());
     if (ended) running_.pop_back();
@@ -77,13 +78,15 @@ bool ProbeRound::AdvanceLookup(Probe& probe, TimePoint now) {
   }
   if (probe.lookup == nullptr || !probe.lookup->HasEnded()) return false;
   probe.addresses = probe.lookup->Addresses();
-  if (!probe.addresses.empty()) return StartTransfer(probe);
-  Report(probe, {.reason = host + ": name not found"});
-  return true;
+  return StartTransfer(probe);
 }
 
 bool ProbeRound::StartTransfer(Probe& probe) {
   const std::vector<BeaconURL>& urls = beacons_[probe.index].urls;
+  if (probe.addresses.empty() && !beacons_[probe.index].isNumeric) {
+    Report(probe, {.reason = urls.front().host + ": name not found"});
+    return true;
+  }
   // A first URL that is dropped silently leaves half of the time to the second.
   milliseconds limit = TimeUntil(probe.deadline) / static_cast<long>(urls.size() - probe.url);
   limit = std::max(limit, milliseconds(1));
@@ -143,7 +146,9 @@ void ProbeRound::Wait(std::span<const int> descriptors, milliseconds limit) {
   std::vector<curl_waitfd> watched;
   for (const int descriptor : descriptors) watched.push_back({descriptor, CURL_WAIT_POLLIN, 0});
   watched.push_back({lookups_.Descriptor(), CURL_WAIT_POLLIN, 0});
-  const milliseconds wait = std::min(limit, TimeToNextLookupEnd());
+  // Some releases of libcurl set no timer when they give up one address of a host and go on to the next.
+  constexpr milliseconds kLongestWait{250};
+  const milliseconds wait = std::min({limit, TimeToNextLookupEnd(), kLongestWait});
   curl_multi_poll(transfers_.get(), watched.data(), static_cast<unsigned int>(watched.size()),
                   static_cast<int>(wait.count()), nullptr);
 }

@@ -38,7 +38,8 @@ class ProbeRound {
   void Advance();
   [[nodiscard]] bool IsFinished() const { return running_.empty() && next_ == beacons_.size(); }
 
-  // Waits until Advance has something to do, one of the descriptors is readable, or the time has passed.
+  // Waits until Advance has something to do, one of the descriptors is readable, or the time has passed. It
+  // may end earlier.
   void Wait(std::span<const int> descriptors, std::chrono::milliseconds limit);
 
  private:

@@ -17,6 +17,11 @@ bool RoundSchedule::TakeLook(TimePoint now) {
   return true;
 }
 
+void RoundSchedule::TakeLoss() {
+  running_ = false;
+  start_.reset();
+}
+
 void RoundSchedule::StartAt(TimePoint when, TimePoint deadline) {
   start_ = when;
   startDeadline_ = deadline;

@@ -19,6 +19,8 @@ class RoundSchedule {
   // True, once, when a gathering is over and the network is to be looked at.
   [[nodiscard]] bool TakeLook(TimePoint now);
 
+  // The network was lost, and a gathering has begun: nothing is asked before the look, which finds a new one.
+  void TakeLoss();
   // The network that was looked at last is a new one: a round, to be in by kRoundTime after the first event.
   void TakeNewNetwork(TimePoint now);
   // A new list: a round at once.

@@ -1,7 +1,9 @@
 #include "libs/Wayfinder/StoreBeacons.h"
 
-#include <algorithm>
+#include "SRLib/TextHelpers.h"
+
 #include <map>
+#include <string_view>
 
 namespace Wayfinding {
 namespace {
@@ -35,10 +37,7 @@ StoreBeacons ReadStore(const PropertyList::Dictionary& dictionary) {
 }  // namespace
 
 std::string StoreKey(const std::string& url) {
-  std::string key = url.substr(0, url.find_last_not_of('/') + 1);
-  std::transform(key.begin(), key.end(), key.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return key;
+  return util::AsciiLowerCased(std::string_view(url).substr(0, url.find_last_not_of('/') + 1));
 }
 
 std::vector<StoreBeacons> ReadStoreList(const PropertyList::Array& list) {

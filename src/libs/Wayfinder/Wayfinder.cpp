@@ -56,7 +56,7 @@ std::uint32_t Wayfinder::locationRelativeToStoreURL(const std::string& url) {
 }
 
 std::uint32_t Wayfinder::networkReachabilityFlags() {
-  return Wayfinding::ReachabilityFlags();
+  return service_->Flags();
 }
 
 void Wayfinder::setAllServiceRecordsToList(std::optional<PropertyList::Array> stores) {

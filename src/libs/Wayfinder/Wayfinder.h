@@ -32,9 +32,9 @@ void WFSetLocationFunc(WFLocationFunc locationFunction);
 // A beacon is asked directly, never through a proxy, which would answer for everybody: https for a handshake
 // that verifies for its name, http for an answer below 500 that does not lead to another host. A location is
 // kDeciding from a change of the network or of the list until its first answers are in, ten seconds at most.
-// Answers older than five minutes are refreshed while they are served. A round without any answer is repeated
-// after 1, 2, 4 ... up to 300 seconds. An idle library has no timer. Beacons on the loopback address are
-// asked even without a network.
+// Answers older than five minutes are refreshed while they are served. A round without any answer but a
+// portal's is repeated after 1, 2, 4 ... up to 300 seconds. An idle library has no timer. Beacons on the
+// loopback address are asked even without a network.
 class Wayfinder {
  public:
   // Network locations.
@@ -60,7 +60,8 @@ class Wayfinder {
   // network, kNone without.
   [[nodiscard]] std::uint32_t locationRelativeToStoreURL(const std::string& url);
 
-  // How the outside is reached; 0 without a usable network.
+  // How the outside is reached; 0 without a usable network. A tunnel that only NetworkManager knows for one
+  // is told while there are stores.
   [[nodiscard]] std::uint32_t networkReachabilityFlags();
 
   // Replaces the whole list of store dictionaries; nothing means none. The same list again changes nothing.
