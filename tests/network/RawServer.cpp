@@ -50,13 +50,13 @@ std::vector<std::string> RawServer::Requests() const {
 
 void RawServer::Serve() {
   for (std::size_t number = 0;; ++number) {
-    OwnedDescriptor connection(::accept4(listener_.socket.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    FileDescriptor connection(::accept4(listener_.socket.Get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (connection.Get() < 0) return;
     Answer(std::move(connection), number);
   }
 }
 
-void RawServer::Answer(OwnedDescriptor connection, std::size_t number) {
+void RawServer::Answer(FileDescriptor connection, std::size_t number) {
   std::string request = ReadRequest(connection.Get());
   {
     const std::lock_guard lock(mutex_);

@@ -32,14 +32,14 @@ class RawServer {
 
  private:
   void Serve();
-  void Answer(OwnedDescriptor connection, std::size_t number);
+  void Answer(FileDescriptor connection, std::size_t number);
 
   LoopbackListener listener_;
   std::vector<std::string> responses_;
   std::function<void()> onRequest_;
   mutable std::mutex mutex_;
   std::vector<std::string> requests_;
-  std::vector<OwnedDescriptor> unanswered_;
+  std::vector<FileDescriptor> unanswered_;
   std::thread thread_;
 };
 

@@ -40,7 +40,7 @@ constexpr std::chrono::seconds kQuickly{10};
 [[noreturn]] void ValidateUntilTerminatedInTheHandshake() {
   const testsupport::LoopbackListener listener;
   std::thread server([&listener] {
-    const testsupport::OwnedDescriptor connection(::accept(listener.socket.Get(), nullptr, nullptr));
+    const FileDescriptor connection(::accept(listener.socket.Get(), nullptr, nullptr));
     char first = 0;
     ::recv(connection.Get(), &first, 1, 0);
     TerminationEvent::Request();

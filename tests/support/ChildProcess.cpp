@@ -58,16 +58,16 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 }
 
 struct OutputFile {
-  OwnedDescriptor file;
-  OwnedDescriptor changes;
+  FileDescriptor file;
+  FileDescriptor changes;
 };
 
 // A file rather than a pipe, so that a child whose output nobody reads is never held up.
 OutputFile MakeOutput() {
   std::string name = "/tmp/servicerecords-test-output-XXXXXX";
   OutputFile output;
-  output.file = OwnedDescriptor(Checked(::mkostemp(name.data(), O_CLOEXEC | O_APPEND), "mkostemp"));
-  output.changes = OwnedDescriptor(Checked(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK), "inotify_init1"));
+  output.file = FileDescriptor(Checked(::mkostemp(name.data(), O_CLOEXEC | O_APPEND), "mkostemp"));
+  output.changes = FileDescriptor(Checked(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK), "inotify_init1"));
   const int watch = ::inotify_add_watch(output.changes.Get(), name.c_str(), IN_MODIFY);
   ::unlink(name.c_str());
   Checked(watch, "inotify_add_watch");
@@ -112,7 +112,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
     Become(const_cast<char**>(argumentPointers.data()), const_cast<char**>(environmentPointers.data()),
            output_.Get(), options);
   }
-  process_ = OwnedDescriptor(Checked(OpenProcess(pid_), "pidfd_open"));
+  process_ = FileDescriptor(Checked(OpenProcess(pid_), "pidfd_open"));
 }
 
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/OwnedDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <sys/types.h>
 
@@ -52,9 +52,9 @@ class ChildProcess {
 
   pid_t pid_ = -1;
   std::optional<int> status_;
-  OwnedDescriptor process_;
-  OwnedDescriptor output_;
-  OwnedDescriptor outputChanges_;
+  FileDescriptor process_;
+  FileDescriptor output_;
+  FileDescriptor outputChanges_;
 };
 
 }  // namespace testsupport

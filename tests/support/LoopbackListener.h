@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/OwnedDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <cstdint>
 
@@ -12,7 +12,7 @@ struct LoopbackListener {
   // Throws std::system_error.
   LoopbackListener();
 
-  OwnedDescriptor socket;
+  FileDescriptor socket;
   std::uint16_t port = 0;
 };
 

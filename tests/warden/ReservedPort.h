@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/OwnedDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -34,7 +34,7 @@ class ReservedPort {
   [[nodiscard]] std::uint16_t Number() const { return number_; }
 
  private:
-  OwnedDescriptor socket_;
+  FileDescriptor socket_;
   std::uint16_t number_ = 0;
 };
 

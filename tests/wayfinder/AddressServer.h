@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/OwnedDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <atomic>
 #include <cstdint>
@@ -22,7 +22,7 @@ class AddressServer {
  private:
   void Serve();
 
-  OwnedDescriptor listener_;
+  FileDescriptor listener_;
   std::string response_;
   std::atomic<int> requests_ = 0;
   std::thread thread_;

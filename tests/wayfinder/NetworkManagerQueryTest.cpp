@@ -1,5 +1,5 @@
+#include "libs/FileDescriptor/FileDescriptor.h"
 #include "libs/Wayfinder/NetworkManagerQuery.h"
-#include "support/OwnedDescriptor.h"
 #include "support/TemporaryFolder.h"
 #include "wayfinder/FakeNetworkManager.h"
 
@@ -15,8 +15,8 @@ using Wayfinding::NetworkManagerCallsVPN;
 
 namespace {
 
-testsupport::OwnedDescriptor ListenInSilence(const std::string& path) {
-  testsupport::OwnedDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+FileDescriptor ListenInSilence(const std::string& path) {
+  FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un place{};
   place.sun_family = AF_UNIX;
   path.copy(place.sun_path, sizeof place.sun_path - 1);
@@ -56,7 +56,7 @@ TEST(NetworkManagerQuery, AManagerThatHangsIsNotWaitedForLong) {
 
 TEST(NetworkManagerQuery, ABusThatHangsIsNotWaitedForLong) {
   const testsupport::TemporaryFolder folder;
-  const testsupport::OwnedDescriptor bus = ListenInSilence(folder.Path() / "bus");
+  const FileDescriptor bus = ListenInSilence(folder.Path() / "bus");
   ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder.Path() / "bus").string()).c_str(), 1);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(NetworkManagerCallsVPN("ppp0", {}));

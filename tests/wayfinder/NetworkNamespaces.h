@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/OwnedDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <gtest/gtest.h>
 
@@ -30,9 +30,9 @@ class NetworkNamespaces : public testing::Test {
   void ConnectByWire();
 
  private:
-  OwnedDescriptor original_;
-  OwnedDescriptor near_;
-  OwnedDescriptor far_;
+  FileDescriptor original_;
+  FileDescriptor near_;
+  FileDescriptor far_;
 };
 
 }  // namespace testsupport

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/OwnedDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <string>
 #include <thread>
@@ -12,7 +12,7 @@ struct TunnelEnd {
   // Not open where the machine has none to give.
   TunnelEnd(const std::string& name, bool isTap);
 
-  OwnedDescriptor device;
+  FileDescriptor device;
 };
 
 // Carries packets between two ends until it goes.
@@ -26,7 +26,7 @@ class TunnelPair {
 
   int near_;
   int far_;
-  OwnedDescriptor stop_;
+  FileDescriptor stop_;
   std::thread thread_;
 };
 

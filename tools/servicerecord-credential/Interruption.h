@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 // SIGINT, SIGTERM and SIGHUP as an event instead of the program's sudden end, so that a terminal gets its
 // mode back. Made before any thread starts.

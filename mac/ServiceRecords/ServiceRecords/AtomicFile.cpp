@@ -1,6 +1,7 @@
 #include "AtomicFile.h"
 
 #include "SystemError.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -20,26 +21,6 @@ namespace fs = std::filesystem;
 constexpr mode_t kNewFileMode = 0600;
 constexpr std::string_view kTemporaryMark = ".tmp-";
 constexpr std::string_view kRandomPart = "XXXXXX";
-
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-  FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  FileDescriptor& operator=(FileDescriptor&&) = delete;
-  ~FileDescriptor() { static_cast<void>(Close()); }
-
-  [[nodiscard]] bool IsOpen() const { return descriptor_ >= 0; }
-  [[nodiscard]] int Get() const { return descriptor_; }
-
-  // The last chance of a network file system to report a failed write.
-  std::error_code Close() {
-    const int descriptor = std::exchange(descriptor_, -1);
-    return descriptor >= 0 && ::close(descriptor) != 0 ? LastError() : std::error_code();
-  }
-
- private:
-  int descriptor_;
-};
 
 // Where the content really is: the file's place, or what a symbolic link there points to.
 fs::path Target(const fs::path& file) {
@@ -87,7 +68,7 @@ std::optional<Temporary> CreateTemporary(const fs::path& target, std::error_code
   for (int round = 0; round < kRounds; ++round) {
     std::string path = target.parent_path() / (TemporaryPrefix(target) + std::string(kRandomPart));
     FileDescriptor file(::mkostemp(path.data(), O_CLOEXEC));
-    if (!file.IsOpen()) {
+    if (!file) {
       error = LastError();
       return std::nullopt;
     }
@@ -122,11 +103,11 @@ std::error_code WriteAndRename(Temporary& temporary, const fs::path& target, mod
                                std::string_view content) {
   // Holds the lock beyond the close, until the temporary has its final name.
   const FileDescriptor lock(::fcntl(temporary.file.Get(), F_DUPFD_CLOEXEC, 0));
-  if (!lock.IsOpen()) return LastError();
+  if (!lock) return LastError();
   if (const std::error_code error = GiveMode(lock, mode)) return error;
   if (const std::error_code error = WriteAll(temporary.file.Get(), content)) return error;
   if (::fsync(temporary.file.Get()) != 0) return LastError();
-  if (const std::error_code error = temporary.file.Close()) return error;
+  if (!temporary.file.Close()) return LastError();
   return ::rename(temporary.path.c_str(), target.c_str()) == 0 ? std::error_code() : LastError();
 }
 
@@ -155,7 +136,7 @@ bool LinkBeside(const fs::path& file, const fs::path& kept) {
 
 void RemoveUnlessLocked(const fs::path& temporary) {
   const FileDescriptor file(::open(temporary.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (file.IsOpen() && ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0) ::unlink(temporary.c_str());
+  if (file && ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0) ::unlink(temporary.c_str());
 }
 
 }  // namespace
@@ -165,7 +146,7 @@ std::optional<std::string> Read(const fs::path& file, std::error_code& error) {
   // Not blocking, so that a pipe in the file's place cannot hold the caller.
   const FileDescriptor handle(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
-  if (!handle.IsOpen() || ::fstat(handle.Get(), &status) != 0) {
+  if (!handle || ::fstat(handle.Get(), &status) != 0) {
     error = LastError();
     return std::nullopt;
   }
@@ -195,7 +176,7 @@ std::error_code Replace(const fs::path& file, std::string_view content) {
   // Opened first, because after the rename nothing may fail any more.
   const fs::path folder = target.has_parent_path() ? target.parent_path() : ".";
   const FileDescriptor openFolder(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!openFolder.IsOpen()) return LastError();
+  if (!openFolder) return LastError();
   std::optional<Temporary> temporary = CreateTemporary(target, error);
   if (!temporary) return error;
   error = WriteAndRename(*temporary, target, mode, content);

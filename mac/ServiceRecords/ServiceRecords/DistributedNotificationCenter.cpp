@@ -42,9 +42,9 @@ void DistributedNotificationCenter::postNotificationName(const std::string& name
 }
 
 void DistributedNotificationCenter::Send(const std::string& name, const std::string& object) {
-  if (bus_ != nullptr)
-    sd_bus_emit_signal(bus_, ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface,
-                       "Posted", "ss", name.c_str(), object.c_str());
+  if (bus_ == nullptr) return;
+  sd_bus_emit_signal(bus_, ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface, "Posted",
+                     "ss", name.c_str(), object.c_str());
 }
 
 void DistributedNotificationCenter::addObserver(const std::string& name, std::function<void()> handler) {

@@ -1,6 +1,7 @@
 #include "libs/DomLib/BoundedFileInputSource.h"
 
 #include "libs/DomLib/DocumentBounds.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,42 +13,24 @@
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
 using namespace xercesc;
 
 namespace {
 
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() {
-    if (value_ >= 0) ::close(value_);
-  }
-  Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(value_, other.value_);
-    return *this;
-  }
-  [[nodiscard]] int Get() const { return value_; }
-  [[nodiscard]] bool IsOpen() const { return value_ >= 0; }
-
- private:
-  int value_;
-};
-
 [[noreturn]] void Refuse(const std::string& name, const std::string& reason) {
   throw std::runtime_error("the document names the file \"" + name + "\", which " + reason);
 }
 
 // Opens one step of the path without following a link; not open when there is nothing of that name.
-Descriptor OpenStep(const Descriptor& folder, const std::string& step, bool last, const std::string& name) {
+FileDescriptor OpenStep(const FileDescriptor& folder, const std::string& step, bool last,
+                        const std::string& name) {
   if (step == "..") Refuse(name, "does not lie below the current directory");
   const int flags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | (last ? 0 : O_DIRECTORY);
-  Descriptor next(::openat(folder.Get(), step.c_str(), flags));
-  if (!next.IsOpen() && errno == ELOOP) Refuse(name, "is reached through a link");
-  if (!next.IsOpen() && !last && errno == ENOTDIR) {
+  FileDescriptor next(::openat(folder.Get(), step.c_str(), flags));
+  if (!next && errno == ELOOP) Refuse(name, "is reached through a link");
+  if (!next && !last && errno == ENOTDIR) {
     struct stat status {};
     const bool link =
         ::fstatat(folder.Get(), step.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
@@ -56,10 +39,10 @@ Descriptor OpenStep(const Descriptor& folder, const std::string& step, bool last
   return next;
 }
 
-Descriptor OpenBelowCurrentDirectory(const std::string& name) {
+FileDescriptor OpenBelowCurrentDirectory(const std::string& name) {
   if (name.starts_with('/')) Refuse(name, "does not lie below the current directory");
-  Descriptor place(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  for (std::size_t start = 0; place.IsOpen() && start <= name.size();) {
+  FileDescriptor place(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  for (std::size_t start = 0; place && start <= name.size();) {
     const std::size_t end = std::min(name.find('/', start), name.size());
     const std::string step = name.substr(start, end - start);
     if (!step.empty() && step != ".") place = OpenStep(place, step, end == name.size(), name);
@@ -68,7 +51,7 @@ Descriptor OpenBelowCurrentDirectory(const std::string& name) {
   return place;
 }
 
-std::vector<XMLByte> ReadAll(const Descriptor& file, const std::string& name) {
+std::vector<XMLByte> ReadAll(const FileDescriptor& file, const std::string& name) {
   struct stat status {};
   if (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) Refuse(name, "is not a regular file");
   std::vector<XMLByte> content(kMaximumNamedFileBytes + 1);
@@ -92,8 +75,8 @@ BoundedFileInputSource::BoundedFileInputSource(const XMLCh* identifier, MemoryMa
 BinInputStream* BoundedFileInputSource::makeStream() const {
   const TranscodeToStr utf8(identifier_.c_str(), "UTF-8");
   const std::string name(reinterpret_cast<const char*>(utf8.str()));
-  const Descriptor file = OpenBelowCurrentDirectory(name);
-  if (!file.IsOpen()) return nullptr;
+  const FileDescriptor file = OpenBelowCurrentDirectory(name);
+  if (!file) return nullptr;
   const std::vector<XMLByte> content = ReadAll(file, name);
   return new (getMemoryManager())
       BinMemInputStream(content.data(), content.size(), BinMemInputStream::BufOpt_Copy, getMemoryManager());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileDescriptor.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
 #include <sys/types.h>
 

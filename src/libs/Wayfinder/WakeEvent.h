@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/FileDescriptor/FileDescriptor.h"
+
 namespace Wayfinding {
 
 // A descriptor that becomes readable when any thread raises the event, and stays so until it is cleared.
@@ -7,16 +9,13 @@ class WakeEvent {
  public:
   // Throws std::system_error when there is no descriptor to be had.
   WakeEvent();
-  ~WakeEvent();
-  WakeEvent(const WakeEvent&) = delete;
-  WakeEvent& operator=(const WakeEvent&) = delete;
 
-  [[nodiscard]] int Descriptor() const { return descriptor_; }
+  [[nodiscard]] int Descriptor() const { return event_.Get(); }
   void Raise() const noexcept;
   void Clear() const noexcept;
 
  private:
-  int descriptor_;
+  FileDescriptor event_;
 };
 
 }  // namespace Wayfinding

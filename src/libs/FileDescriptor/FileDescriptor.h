@@ -24,8 +24,11 @@ class FileDescriptor {
   [[nodiscard]] int Get() const { return descriptor_; }
   explicit operator bool() const { return descriptor_ >= 0; }
 
-  void Close() noexcept {
-    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+  // False, with the reason in errno, when it fails: the last chance of a network file system to report a
+  // failed write. Closed it is in any case.
+  bool Close() noexcept {
+    const int descriptor = std::exchange(descriptor_, -1);
+    return descriptor < 0 || ::close(descriptor) == 0;
   }
 
  private:
