@@ -270,7 +270,7 @@ constexpr wchar_t kPathSeparator = L'/';
 // Whatever the locale of the process; where there is no UTF-8 locale, ASCII only.
 wchar_t LowerCased(wchar_t character) {
   static const locale_t unicode = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  const auto wide = static_cast<wint_t>(character);
+  const wint_t wide = std::char_traits<wchar_t>::to_int_type(character);
   return static_cast<wchar_t>(unicode != nullptr ? ::towlower_l(wide, unicode) : ::towlower(wide));
 }
 
