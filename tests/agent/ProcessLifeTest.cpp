@@ -63,6 +63,8 @@ TEST_F(ProcessLife, TerminationClosesAnOpenTrustDialogAsDeclined) {
   EXPECT_THAT(StoreIDs(), IsEmpty());
 }
 
+// ThreadSanitizer keeps a signal back for as long as its thread waits for a lock.
+#ifndef __SANITIZE_THREAD__
 TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileACallWaitsForTheList) {
   agent_.Start();
   Open(OpenableFile("a.cr", {Store("s1", "Old")}));
@@ -78,6 +80,7 @@ TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileACallWaitsForTheList) {
   agent_.Start();
   EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
 }
+#endif
 
 TEST_F(ProcessLife, ADeliveringInstanceThatIsTerminatedEndsWithStatusZero) {
   agent_.Start();
