@@ -75,7 +75,8 @@ class SRProvider {
   void MergeDiscoveryDocs(const StoreMap& stores, const std::vector<std::wstring>& documents, bool& updated);
   // Fetches the store's discovery response, from the store itself or through its gateway, as the network
   // location demands. Blocks: up to two minutes until the location is known, then for the requests and for
-  // what the user is asked. `canceled` is only touched when a request goes through the authentication manager.
+  // what the user is asked. `canceled` is only touched when a request goes through the authentication
+  // manager.
   bool MakeConnection(SRStore& store, std::wstring& response, bool& canceled);
 
   // Finds the store that a URL points at: by the whole address, by the address cut back segment by segment,
