@@ -25,7 +25,7 @@ struct Arguments {
   std::string gateway;
   std::string onOrOff;
   std::string url;
-  unsigned waitSeconds = 0;
+  std::string wait;  // seconds
   bool json = false;
   Status status = Status::Done;
 
@@ -121,10 +121,11 @@ void AddLocation(CLI::App& app, Arguments& arguments) {
   constexpr unsigned kLongestWait = 24 * 60 * 60;
   CLI::App* command = app.add_subcommand("location", "Tell where this machine stands relative to a store");
   command->add_option("URL", arguments.url, "The store's URL, as in the list")->required()->check(kIsText);
-  // A flag, so that an argument that follows it is not taken for its value.
+  // A flag, so that an argument that follows it is not taken for its value. Not bound to a number: some
+  // releases of the parser check the number of a flag that is not given, too.
   CLI::Option* wait =
       command
-          ->add_flag("--wait", arguments.waitSeconds,
+          ->add_flag("--wait", arguments.wait,
                      "While that is being decided, wait for the decision; 15 seconds without a number")
           ->option_text("[=SECONDS]")
           ->transform(CLI::Validator(WithDefaultWait, ""))
@@ -132,7 +133,7 @@ void AddLocation(CLI::App& app, Arguments& arguments) {
   AddJson(*command, arguments);
   command->callback([&arguments, wait] {
     std::optional<std::chrono::seconds> limit;
-    if (wait->count() > 0) limit = std::chrono::seconds(arguments.waitSeconds);
+    if (wait->count() > 0) limit = std::chrono::seconds(wait->as<unsigned>());
     arguments.status = commands::Location(arguments.url, limit, arguments.Format());
   });
 }
