@@ -5,7 +5,7 @@
 
 #include <memory>
 
-// The one place that includes libcurl: its handles as owning pointers.
+// This folder's one place that includes libcurl: its handles as owning pointers.
 struct CurlDeleter {
   void operator()(CURL* handle) const noexcept { curl_easy_cleanup(handle); }
   // Header lines may hold credentials.

@@ -2,11 +2,7 @@
 
 #include "OpenSslHandles.h"
 #include "TerminationEvent.h"
-
-#include <locale.h>
-
-#include <memory>
-#include <type_traits>
+#include "libs/UTF8Thread/UTF8Thread.h"
 
 namespace CurlTransfer {
 namespace {
@@ -14,26 +10,6 @@ namespace {
 constexpr long kConnectSeconds = 30;
 constexpr long kSecondsWithoutProgress = 60;
 constexpr long kLeastBytesPerSecond = 1;
-
-struct LocaleDeleter {
-  void operator()(locale_t locale) const noexcept { ::freelocale(locale); }
-};
-using LocalePtr = std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleDeleter>;
-
-// Lets the calling thread's text be UTF-8 as long as it lives: libcurl reads host names in the thread's
-// locale. Where the locale is missing, the thread's own stays and only ASCII names can be read.
-class UTF8Thread {
- public:
-  UTF8Thread()
-      : locale_(::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)), before_(::uselocale(locale_.get())) {}
-  ~UTF8Thread() { ::uselocale(before_); }
-  UTF8Thread(const UTF8Thread&) = delete;
-  UTF8Thread& operator=(const UTF8Thread&) = delete;
-
- private:
-  LocalePtr locale_;
-  locale_t before_;
-};
 
 // libcurl would write a blank in the query as a plus sign. One before the path makes the address no URL.
 std::string WithEncodedBlanks(std::string address) {

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-// The one place that includes OpenSSL: its objects as owning pointers.
+// This folder's one place that includes OpenSSL: its objects as owning pointers.
 struct OpenSslDeleter {
   void operator()(X509* certificate) const noexcept { X509_free(certificate); }
   void operator()(X509_STORE* store) const noexcept { X509_STORE_free(store); }

@@ -1,34 +1,16 @@
 #include "libs/Wayfinder/BeaconAddress.h"
 
 #include "SRLib/TextHelpers.h"
+#include "libs/UTF8Thread/UTF8Thread.h"
 #include "libs/Wayfinder/CurlHandles.h"
 
 #include <arpa/inet.h>
-#include <locale.h>
 
 #include <cwchar>
 #include <string_view>
 
 namespace Wayfinding {
 namespace {
-
-// Lets the calling thread's text be UTF-8 as long as it lives: libcurl reads host names in the thread's
-// locale.
-class UTF8Thread {
- public:
-  UTF8Thread() : before_(::uselocale(Locale())) {}
-  ~UTF8Thread() { ::uselocale(before_); }
-  UTF8Thread(const UTF8Thread&) = delete;
-  UTF8Thread& operator=(const UTF8Thread&) = delete;
-
- private:
-  static locale_t Locale() {
-    static const locale_t utf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return utf8;
-  }
-
-  locale_t before_;
-};
 
 // Whether the bytes are characters of the calling thread's locale.
 bool IsText(const std::string& text) {
