@@ -197,9 +197,9 @@ std::optional<bool> AgentClient::OpenFile(const std::string& absolutePath) {
   // Declared before the slots, which refer to it.
   OpeningProgress progress;
   sd_bus_slot* slot = nullptr;
-  int status = sd_bus_add_match(bus_.get(), &slot,
-                                busmatches::Notification(ServiceNames::kStoresUpdatedNotification).c_str(),
-                                NoteAnnouncement, &progress);
+  int status = sd_bus_add_match(
+      bus_.get(), &slot, ServiceNames::NotificationMatch(ServiceNames::kStoresUpdatedNotification).c_str(),
+      NoteAnnouncement, &progress);
   const BusSlotPtr match(slot);
   slot = nullptr;
   if (status >= 0) {
@@ -249,8 +249,9 @@ std::optional<std::uint64_t> AgentClient::DecidedLocationForStore(const std::str
   bool mayBeDecided = false;  // declared before the slots, which refer to it
   std::vector<BusSlotPtr> slots;
   // An agent that comes in place of the asked one knows nothing of the question.
-  for (const std::string& match : {busmatches::Notification(ServiceNames::kLocationChangedNotification),
-                                   busmatches::OwnerOf(ServiceNames::kBeacons)}) {
+  for (const std::string& match :
+       {ServiceNames::NotificationMatch(ServiceNames::kLocationChangedNotification),
+        MatchOwnerOf(ServiceNames::kBeacons)}) {
     sd_bus_slot* slot = nullptr;
     const int status = sd_bus_add_match(bus_.get(), &slot, match.c_str(), RaiseFlag, &mayBeDecided);
     slots.emplace_back(slot);

@@ -70,13 +70,13 @@ int AgentWatch::WatchSignals() {
 }
 
 int AgentWatch::AddMatches() {
-  int status =
-      AddMatch(busmatches::Notification(ServiceNames::kStoresUpdatedNotification), HandleStoresUpdated);
+  int status = AddMatch(ServiceNames::NotificationMatch(ServiceNames::kStoresUpdatedNotification),
+                        HandleStoresUpdated);
   if (status >= 0) {
-    status =
-        AddMatch(busmatches::Notification(ServiceNames::kLocationChangedNotification), HandleLocationChanged);
+    status = AddMatch(ServiceNames::NotificationMatch(ServiceNames::kLocationChangedNotification),
+                      HandleLocationChanged);
   }
-  if (status >= 0) status = AddMatch(busmatches::OwnerOf(ServiceNames::kServiceRecords), HandleOwner);
+  if (status >= 0) status = AddMatch(MatchOwnerOf(ServiceNames::kServiceRecords), HandleOwner);
   if (status >= 0) status = AddMatch(kDisconnected, HandleDisconnected);
   return status;
 }

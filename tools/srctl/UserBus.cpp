@@ -1,7 +1,5 @@
 #include "UserBus.h"
 
-#include "ServiceNames.h"
-
 #include <cerrno>
 #include <cstring>
 
@@ -15,17 +13,8 @@ BusPtr OpenUserBus(std::string& problem) {
   return BusPtr(bus);
 }
 
-namespace busmatches {
-
-std::string Notification(const std::string& name) {
-  return std::string("type='signal',interface='") + ServiceNames::kNotificationsInterface +
-         "',member='Posted',arg0='" + name + "'";
-}
-
-std::string OwnerOf(const std::string& busName) {
+std::string MatchOwnerOf(const std::string& busName) {
   return "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
          "member='NameOwnerChanged',arg0='" +
          busName + "'";
 }
-
-}  // namespace busmatches

@@ -7,12 +7,5 @@
 // A connection to the user's session bus; null, and the reason in `problem`, when there is none.
 [[nodiscard]] BusPtr OpenUserBus(std::string& problem);
 
-// Matches for sd_bus_add_match.
-namespace busmatches {
-
-// A notification of that name.
-[[nodiscard]] std::string Notification(const std::string& name);
-// The bus name gets an owner or loses its owner.
-[[nodiscard]] std::string OwnerOf(const std::string& busName);
-
-}  // namespace busmatches
+// What sd_bus_add_match takes for the bus name getting an owner or losing its owner.
+[[nodiscard]] std::string MatchOwnerOf(const std::string& busName);

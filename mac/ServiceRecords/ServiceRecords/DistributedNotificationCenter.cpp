@@ -58,8 +58,7 @@ void DistributedNotificationCenter::removeObserver(const std::string& name) {
 }
 
 int DistributedNotificationCenter::Observe(const std::string& name, Observer& observer) {
-  const std::string rule = std::string("type='signal',interface='") + ServiceNames::kNotificationsInterface +
-                           "',member='Posted',arg0='" + name + "'";
+  const std::string rule = ServiceNames::NotificationMatch(name);
   sd_bus_slot* match = nullptr;
   const int result = sd_bus_add_match(bus_, &match, rule.c_str(), HandleSignal, &observer);
   observer.match.reset(match);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 // The names by which other programs and the agent find one another on the session bus and on the desktop.
 namespace ServiceNames {
 
@@ -17,6 +19,12 @@ inline constexpr char kApplicationInterface[] = "org.freedesktop.Application";
 // Where distributed notifications come from, whoever posts them: the signal Posted(s name, s object).
 inline constexpr char kNotificationsPath[] = "/com/morvane/DistributedNotifications";
 inline constexpr char kNotificationsInterface[] = "com.morvane.DistributedNotifications";
+
+// What sd_bus_add_match takes for the notifications of that name.
+[[nodiscard]] inline std::string NotificationMatch(const std::string& name) {
+  return std::string("type='signal',interface='") + kNotificationsInterface + "',member='Posted',arg0='" +
+         name + "'";
+}
 
 inline constexpr char kStoresUpdatedNotification[] = "MRVServiceRecordStoresUpdated";
 inline constexpr char kStoresUpdatedObject[] = "MRVServiceRecord";
