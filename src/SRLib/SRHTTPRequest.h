@@ -28,7 +28,7 @@ class SRHTTPRequest {
   [[nodiscard]] std::int64_t GetStatus() const { return status_; }
   // Where the last answer came from: the URL behind the last redirect that was followed, otherwise the
   // request's own, as it was given.
-  [[nodiscard]] virtual std::wstring GetEffectiveURL() const;
+  [[nodiscard]] std::wstring GetEffectiveURL() const;
 
  protected:
   Gen_URL url_;

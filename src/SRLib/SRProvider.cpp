@@ -238,7 +238,7 @@ bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, 
     }
     return false;
   }
-  if (response.find(L"<Discovery") != std::wstring::npos) {
+  if (SRXMLProvider::IsDiscovery(response)) {
     discoveryDocument = std::move(response);
     return true;
   }

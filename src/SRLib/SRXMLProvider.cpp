@@ -9,8 +9,12 @@ namespace ServiceRecords {
 SRXMLProvider::SRXMLProvider() = default;
 SRXMLProvider::~SRXMLProvider() = default;
 
+bool SRXMLProvider::IsDiscovery(const std::wstring& text) {
+  return text.find(L"<Discovery") != std::wstring::npos;
+}
+
 bool SRXMLProvider::ProcessNewDocument(const std::wstring& text, StoreMap& out) {
-  if (text.find(L"<Discovery") != std::wstring::npos) {
+  if (IsDiscovery(text)) {
     parser_ = std::make_unique<DiscoveryDocParser>();
   } else {
     parser_ = std::make_unique<SRDocParser>();

@@ -21,7 +21,9 @@ class SRXMLProvider {
   // The stores of the document; empty when there are none or the document failed, which the trace log
   // explains.
   [[nodiscard]] StoreMap Parse(const std::wstring& text);
-  // Chooses the parser by the text "<Discovery" anywhere in the document, and runs it.
+  // Whether the document counts as a discovery document: "<Discovery" stands anywhere in it.
+  [[nodiscard]] static bool IsDiscovery(const std::wstring& text);
+  // Chooses the parser by that, and runs it.
   bool ProcessNewDocument(const std::wstring& text, StoreMap& out);
 
  private:

@@ -2,6 +2,7 @@
 
 #include "DocumentCheck.h"
 #include "Reports.h"
+#include "SRLib/SRXMLProvider.h"
 #include "SRLib/TextHelpers.h"
 #include "ServiceNames.h"
 #include "StandardDirectories.h"
@@ -130,7 +131,7 @@ Status Discover(const std::string& file) {
     return Refuse("The document was not handed over: " + check.problem + ".");
   }
   // The agent would take it, and trust its stores without asking.
-  if (!documentcheck::IsDiscovery(document)) {
+  if (!ServiceRecords::SRXMLProvider::IsDiscovery(util::widen(document))) {
     return Refuse(
         "The document was not handed over: it is a service record. Have it opened, which asks you whether "
         "to trust its stores: srctl open FILE");

@@ -18,10 +18,6 @@ std::filesystem::path InstalledResources() {
 
 }  // namespace
 
-bool IsDiscovery(const std::string& document) {
-  return document.find("<Discovery") != std::string::npos;
-}
-
 Result Check(const std::string& document) {
   if (document.size() > kMaximumDocumentBytes) {
     return {{},

@@ -13,9 +13,6 @@ struct Result {
   std::string problem;              // why it will find nothing, and what to do; empty when there are stores
 };
 
-// Whether the agent takes it for a discovery document, which it trusts, and not for a service record.
-[[nodiscard]] bool IsDiscovery(const std::string& document);
-
 // The document is UTF-8.
 [[nodiscard]] Result Check(const std::string& document);
 

@@ -3,6 +3,7 @@
 #include "DocumentCheck.h"
 #include "MacSRHTTPRequest.h"
 #include "NetworkWords.h"
+#include "SRLib/SRXMLProvider.h"
 #include "SRLib/TextHelpers.h"
 #include "ServerCheck.h"
 #include "libs/Wayfinder/Wayfinder.h"
@@ -95,18 +96,18 @@ class StoreCheck {
     }
     ServiceRecords::MacSRHTTPRequest request(util::widen(store_.url));
     if (request.SendHTTPRequest(L"")) {
-      CheckContent(util::narrow(request.GetBody()));
+      CheckContent(request.GetBody());
     } else {
       ReportStatus(request.GetStatus());
     }
   }
 
-  void CheckContent(const std::string& document) {
-    if (!documentcheck::IsDiscovery(document)) {
+  void CheckContent(const std::wstring& document) {
+    if (!ServiceRecords::SRXMLProvider::IsDiscovery(document)) {
       ReportDocument("What the server sends is no discovery document.", kAskForDiscovery);
       return;
     }
-    const documentcheck::Result check = documentcheck::Check(document);
+    const documentcheck::Result check = documentcheck::Check(util::narrow(document));
     if (!check.problem.empty()) {
       ReportDocument("It is not valid: " + check.problem + ".",
                      "Ask the administrator of the server to correct the document.");
