@@ -195,7 +195,7 @@ TEST_F(LocationServiceTest, AProvenAnswerFromTheOutsideDoesNotWaitForTheOthers) 
 TEST_F(LocationServiceTest, AFailureIsToldAndDoesNotEndTheDeciding) {
   service_.FailOnce();
   service_.SetStores({{kStore, {At(good_)}, {}}});
-  EXPECT_TRUE(service_.WaitForMessage("no location is decided for now: a failure of the test's"));
+  EXPECT_TRUE(service_.WaitForMessage("deciding failed and begins anew: a failure of the test's"));
   ExpectLocation(Wayfinder::kLAN);
 }
 

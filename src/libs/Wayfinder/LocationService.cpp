@@ -78,7 +78,7 @@ void LocationService::RunThread() {
     try {
       LocationLoop(parts_, locations_, orders_, wake_, outsideTunnel_).Run();
     } catch (const std::exception& exception) {
-      parts_.log(std::string("no location is decided for now: ") + exception.what());
+      parts_.log(std::string("deciding failed and begins anew: ") + exception.what());
       WaitAfterFailure();
     }
   }
