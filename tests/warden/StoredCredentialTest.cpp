@@ -62,9 +62,13 @@ class StoredCredentialTest : public testing::Test {
     static_cast<void>(terminal_.ReadUntil(prompt));
     terminal_.Type(keys + "\n");
   }
-  void LogOn(const std::string& password, const std::string& keep) {
+  // Where nothing can be kept, so that there is no question about it.
+  void LogOnUnkept(const std::string& password) {
     Type(kUserName, "user");
     Type("Password: ", password);
+  }
+  void LogOn(const std::string& password, const std::string& keep) {
+    LogOnUnkept(password);
     Type(kKeep, keep);
   }
   static void Nothing() {}
@@ -125,21 +129,13 @@ TEST_F(StoredCredentialTest, ACodeIsAskedForBesideTheStoredPasswordAndNeverStore
 TEST_F(StoredCredentialTest, ALockedKeyringIsLoggedAndTheUserAskedWithoutKeeping) {
   EXPECT_EQ(RunWhile([this] { LogOn("secret", "yes"); }), 1U);
   keyring_.Lock();
-  EXPECT_EQ(RunWhile([this] {
-              Type(kUserName, "user");
-              Type("Password: ", "secret");
-            }),
-            1U);
+  EXPECT_EQ(RunWhile([this] { LogOnUnkept("secret"); }), 1U);
   EXPECT_THAT(library_.Log(), Contains(StartsWith("2 Warden: the Secret Service is locked")));
 }
 
 TEST_F(StoredCredentialTest, ALockedKeyringIsNoticedWhenNothingIsKeptThere) {
   keyring_.Lock();
-  EXPECT_EQ(RunWhile([this] {
-              Type(kUserName, "user");
-              Type("Password: ", "secret");
-            }),
-            1U);
+  EXPECT_EQ(RunWhile([this] { LogOnUnkept("secret"); }), 1U);
   EXPECT_THAT(library_.Log(), Contains(StartsWith("2 Warden: the Secret Service is locked")));
   EXPECT_THAT(terminal_.ReadNow(), Not(HasSubstr(kKeep)));
 }
@@ -161,11 +157,7 @@ TEST_F(StoredCredentialTest, AKeptCredentialThatCannotBeSentIsAskedForAndReplace
 
 TEST_F(StoredCredentialTest, AMissingSecretServiceIsLoggedAndTheUserAskedWithoutKeeping) {
   ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-  EXPECT_EQ(RunWhile([this] {
-              Type(kUserName, "user");
-              Type("Password: ", "secret");
-            }),
-            1U);
+  EXPECT_EQ(RunWhile([this] { LogOnUnkept("secret"); }), 1U);
   EXPECT_THAT(library_.Log(), Contains(StartsWith("2 Warden: the Secret Service is missing")));
 }
 

@@ -31,6 +31,9 @@ class NetworkPlaces : public testsupport::NetworkNamespaces {
     service.SetStores({{kStore, {kInside}, {kOutside}}});
     EXPECT_TRUE(service.WaitForLocation(kStore, location)) << testing::PrintToString(service.Messages());
   }
+  static Wayfinding::HostLookups::Resolver EveryHostAt(const std::vector<std::string>& addresses) {
+    return [addresses](const std::string& /*host*/) { return addresses; };
+  }
   static std::uint32_t Flags() { return Wayfinding::ReachabilityFlags(); }
 
   std::optional<AddressServer> inside_;
@@ -114,9 +117,7 @@ TEST_F(NetworkPlaces, BeaconsAreAskedOverIPv6Too) {
   FarIP({"address", "add", "fd00:1::2/64", "dev", "far0", "nodad"});
   Serve(inside_, "fd00:1::2", 80, kGood);
   const AddressServer here("::1", 8080, kGood);
-  RecordedService service([](const std::string& /*host*/) {
-    return std::vector<std::string>{"fd00:1::3", "fd00:1::2"};
-  });
+  RecordedService service(EveryHostAt({"fd00:1::3", "fd00:1::2"}));
   service.SetStores(
       {{kStore, {"http://[fd00:1::2]/", "http://[::1]:8080/", "http://intranet.example/"}, {}}});
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN)) << testing::PrintToString(service.Messages());
@@ -134,9 +135,7 @@ TEST_F(NetworkPlaces, AnIPv6AddressCountsWhenItIsKnownToBeNobodyElses) {
 TEST_F(NetworkPlaces, ANameIsAskedAtAllItsAddresses) {
   ConnectByWire();
   Serve(inside_, "10.1.0.2", 80, kGood);
-  RecordedService service([](const std::string& /*host*/) {
-    return std::vector<std::string>{"10.1.0.3", "10.1.0.2"};
-  });
+  RecordedService service(EveryHostAt({"10.1.0.3", "10.1.0.2"}));
   service.SetStores({{kStore, {"http://intranet.example/"}, {}}});
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN));
 }
@@ -144,9 +143,7 @@ TEST_F(NetworkPlaces, ANameIsAskedAtAllItsAddresses) {
 TEST_F(NetworkPlaces, AnAddressThatIsDeadTakesOnlyItsShareOfTheTime) {
   ConnectByWire();
   Serve(inside_, "10.1.0.2", 80, kGood);
-  RecordedService service([](const std::string& /*host*/) {
-    return std::vector<std::string>{"10.1.0.99", "10.1.0.2"};
-  });
+  RecordedService service(EveryHostAt({"10.1.0.99", "10.1.0.2"}));
   service.SetStores({{kStore, {"http://intranet.example/"}, {}}});
   EXPECT_TRUE(service.WaitForMessage("LAN, 1 of 1")) << testing::PrintToString(service.Messages());
   EXPECT_THAT(service.Messages(), testing::Not(testing::Contains(testing::HasSubstr("repetition"))));
