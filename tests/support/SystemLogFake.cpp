@@ -1,6 +1,6 @@
 #include "support/SystemLogFake.h"
 
-#include "SystemLog.h"
+#include "SRLib/SystemLog.h"
 
 #include <mutex>
 #include <utility>

@@ -4,8 +4,8 @@
 #include "Bundle.h"
 #include "DistributedNotificationCenter.h"
 #include "MainLoop.h"
+#include "SRLib/SystemLog.h"
 #include "StandardDirectories.h"
-#include "SystemLog.h"
 #include "TerminationEvent.h"
 #include "libs/DomLib/XercesPlatform.h"
 

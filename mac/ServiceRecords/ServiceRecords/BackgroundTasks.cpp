@@ -1,6 +1,6 @@
 #include "BackgroundTasks.h"
 
-#include "SystemLog.h"
+#include "SRLib/SystemLog.h"
 
 #include <exception>
 #include <string>

@@ -1,6 +1,6 @@
 #include "MainLoop.h"
 
-#include "SystemLog.h"
+#include "SRLib/SystemLog.h"
 #include "TerminationEvent.h"
 
 #include <sys/epoll.h>

@@ -3,8 +3,8 @@
 #include "AtomicFile.h"
 #include "Bundle.h"
 #include "SRLib/Messages.h"
+#include "SRLib/SystemLog.h"
 #include "SRLib/TextHelpers.h"
-#include "SystemLog.h"
 
 #include <fmt/format.h>
 #include <iconv.h>

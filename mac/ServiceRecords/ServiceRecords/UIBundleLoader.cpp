@@ -1,7 +1,7 @@
 #include "UIBundleLoader.h"
 
 #include "Bundle.h"
-#include "SystemLog.h"
+#include "SRLib/SystemLog.h"
 
 #include <dlfcn.h>
 
