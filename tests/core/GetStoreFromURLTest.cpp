@@ -20,7 +20,7 @@ class GetStoreFromURLTest : public ProviderTest {
   static Records Written(const std::vector<std::string>& texts) {
     Records records;
     for (const std::string& text : texts)
-      records.push_back({0, "SRProvider.cpp", "SRProvider::GetStoreFromURL " + text});
+      records.push_back({0, "SRProviderLookup.cpp", "SRProvider::GetStoreFromURL " + text});
     return records;
   }
 
