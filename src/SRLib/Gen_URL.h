@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Address/SplitURL.h"
+
 #include <string>
 
 // A URL (UTF-8) split once into protocol, server, port and page by simple text work: no percent-decoding, no
@@ -8,8 +10,9 @@ class Gen_URL {
  public:
   explicit Gen_URL(const std::string& url);
 
-  [[nodiscard]] const std::string& GetServer() const { return server_; }
-  [[nodiscard]] bool IsSecure() const { return protocol_ == "https"; }
+  [[nodiscard]] const std::string& GetServer() const { return split_.server; }
+  [[nodiscard]] bool IsSecure() const { return split_.IsSecure(); }
+  [[nodiscard]] const Address::SplitURL& GetSplitURL() const { return split_; }
 
   // protocol://server[:port], the protocol's default port left out.
   [[nodiscard]] std::string GetPagelessURL() const;
@@ -19,14 +22,8 @@ class Gen_URL {
   [[nodiscard]] const std::string& GetURL();
 
  private:
-  void ExtractProtocol();
-  void ExtractPage();
-  void ExtractPort();
+  [[nodiscard]] std::string WithPage() const;
 
+  Address::SplitURL split_;
   std::string url_;
-  std::string protocol_ = "http";
-  std::string server_ = "No Server";
-  std::string port_;
-  std::string page_;
-  bool omitDefaultPort_ = true;
 };
