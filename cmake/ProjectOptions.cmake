@@ -10,12 +10,14 @@ if(SR_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 add_link_options(-Wl,--as-needed)
 if(SR_SANITIZE)
   add_compile_options(-fsanitize=${SR_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SR_SANITIZE})
+else()
+  include(cmake/Hardening.cmake)
 endif()
 
 find_package(Threads REQUIRED)
