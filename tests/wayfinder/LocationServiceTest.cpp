@@ -11,6 +11,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <memory>
 #include <set>
 #include <thread>
 
@@ -206,6 +208,28 @@ TEST_F(LocationServiceTest, TheEndDoesNotWaitAfterAFailure) {
   const auto start = std::chrono::steady_clock::now();
   service_.End();
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+TEST(LocationServiceEnd, DoesNotWaitForEverForAThreadThatIsHeldUp) {
+  struct Hold {
+    std::promise<void> reached;
+    std::promise<void> released;
+  };
+  const long threads = testsupport::RunningThreads();
+  const auto hold = std::make_shared<Hold>();
+  Wayfinding::LocationParts parts = Wayfinding::LocationParts::Defaults();
+  parts.changesAreWanted = [] { return true; };
+  parts.changed = [hold](const std::string& /*storeURL*/, Wayfinding::NetworkLocation /*location*/) {
+    hold->reached.set_value();
+    hold->released.get_future().wait();
+  };
+  {
+    Wayfinding::LocationService service(std::move(parts));
+    service.SetStores({PropertyList::Dictionary{{"StoreURL", "http://127.0.0.1:1/"}}});
+    ASSERT_EQ(hold->reached.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  }
+  hold->released.set_value();
+  EXPECT_TRUE(testsupport::ComesTrue([threads] { return testsupport::RunningThreads() <= threads; }));
 }
 
 TEST_F(LocationServiceTest, NothingWakesTheThreadWhenNothingIsDue) {

@@ -141,8 +141,8 @@ void LocationLoop::StartWhatIsDue() {
 }
 
 void LocationLoop::StartRound() {
-  // A network that cannot be watched is at least looked at anew for each round.
-  if (monitor_ == nullptr) OpenMonitor();
+  // A network that cannot be watched or read is at least looked at anew for each round.
+  if (monitor_ == nullptr || !network_) OpenMonitor();
   round_ = std::make_unique<LocationRound>(
       *list_.stores, network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
         locations_.Decide(list_.number, store, decision.location, parts_.now());

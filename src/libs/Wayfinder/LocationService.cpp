@@ -2,14 +2,18 @@
 
 #include "libs/Wayfinder/LinkKind.h"
 #include "libs/Wayfinder/NetworkState.h"
+#include "libs/Wayfinder/StoreLocations.h"
+#include "libs/Wayfinder/WakeEvent.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 #include <poll.h>
 #include <signal.h>
 
-#include <chrono>
+#include <atomic>
 #include <exception>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 namespace Wayfinding {
 namespace {
@@ -32,63 +36,84 @@ class BlockedSignals {
 
 }  // namespace
 
-LocationService::LocationService(LocationParts parts) : parts_(std::move(parts)) {}
+// What the thread works on, for as long as it does.
+struct LocationService::Shared {
+  explicit Shared(LocationParts given) : parts(std::move(given)) {}
+  void Run();
+  void WaitAfterFailure() const;
+
+  const LocationParts parts;
+  StoreLocations locations;
+  LocationOrders orders;
+  WakeEvent wake;
+  std::atomic<int> outsideTunnel = 0;  // the thread's word for the link to the outside
+};
+
+LocationService::LocationService(LocationParts parts) : shared_(std::make_shared<Shared>(std::move(parts))) {}
 
 LocationService::~LocationService() {
-  orders_.stop = true;
-  wake_.Raise();
-  if (thread_.joinable()) thread_.join();
+  shared_->orders.stop = true;
+  shared_->wake.Raise();
+  if (!thread_.joinable()) return;
+  if (threadEnd_.wait_for(kTimeToEnd) == std::future_status::ready) {
+    thread_.join();
+  } else {
+    thread_.detach();
+  }
 }
 
 void LocationService::SetStores(const PropertyList::Array& stores) {
   std::vector<StoreBeacons> list = ReadStoreList(stores);
   const bool hasStores = !list.empty();
-  const bool isNew = locations_.Replace(std::move(list));
+  const bool isNew = shared_->locations.Replace(std::move(list));
   if (hasStores) StartThread();  // with the same list again, too: it may not have been possible before
-  if (isNew) wake_.Raise();
+  if (isNew) shared_->wake.Raise();
 }
 
 NetworkLocation LocationService::LocationOf(const std::string& storeURL) {
-  const std::optional<StoreLocations::Answer> answer = locations_.Find(storeURL, parts_.now());
+  const std::optional<StoreLocations::Answer> answer =
+      shared_->locations.Find(storeURL, shared_->parts.now());
   if (!answer) {
     const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
     return !network || network->IsUsable() ? NetworkLocation::Outside : NetworkLocation::None;
   }
-  if (answer->isOld && !orders_.refresh.exchange(true)) wake_.Raise();
+  if (answer->isOld && !shared_->orders.refresh.exchange(true)) shared_->wake.Raise();
   return answer->location;
 }
 
 std::uint32_t LocationService::Flags() const {
-  return ReachabilityFlags(outsideTunnel_);
+  return ReachabilityFlags(shared_->outsideTunnel);
 }
 
 void LocationService::StartThread() {
   const std::lock_guard lock(threadMutex_);
   if (thread_.joinable()) return;
   const BlockedSignals inherited;
+  std::packaged_task<void()> work([shared = shared_] { shared->Run(); });
+  threadEnd_ = work.get_future();
   try {
-    thread_ = std::thread([this] { RunThread(); });
+    thread_ = std::thread(std::move(work));
   } catch (const std::system_error& error) {
-    parts_.log(std::string("no location is decided: ") + error.what());
+    shared_->parts.log(std::string("no location is decided: ") + error.what());
   }
 }
 
-void LocationService::RunThread() {
-  while (!orders_.stop) {
+void LocationService::Shared::Run() {
+  while (!orders.stop) {
     try {
-      LocationLoop(parts_, locations_, orders_, wake_, outsideTunnel_).Run();
+      LocationLoop(parts, locations, orders, wake, outsideTunnel).Run();
     } catch (const std::exception& exception) {
-      parts_.log(std::string("deciding failed and begins anew: ") + exception.what());
+      parts.log(std::string("deciding failed and begins anew: ") + exception.what());
       WaitAfterFailure();
     }
   }
 }
 
-void LocationService::WaitAfterFailure() const {
+void LocationService::Shared::WaitAfterFailure() const {
   constexpr std::chrono::milliseconds kPause = std::chrono::seconds(3);
-  wake_.Clear();
-  if (orders_.stop) return;  // looked at after the event is cleared, or the order could be missed
-  pollfd event{wake_.Descriptor(), POLLIN, 0};
+  wake.Clear();
+  if (orders.stop) return;  // looked at after the event is cleared, or the order could be missed
+  pollfd event{wake.Descriptor(), POLLIN, 0};
   ::poll(&event, 1, static_cast<int>(kPause.count()));
 }
 

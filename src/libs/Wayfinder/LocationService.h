@@ -2,22 +2,25 @@
 
 #include "SRLib/PropertyList/PropertyList.h"
 #include "libs/Wayfinder/LocationLoop.h"
-#include "libs/Wayfinder/StoreLocations.h"
-#include "libs/Wayfinder/WakeEvent.h"
+#include "libs/Wayfinder/NetworkLocation.h"
 
-#include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <future>
+#include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
 
 namespace Wayfinding {
 
 // The location library without its process-wide door. Any thread; no call waits for the network. Its own
-// thread starts with the first list that holds a store, and ends with this object, at once.
+// thread starts with the first list that holds a store, and ends with this object: at once, or if something
+// holds it up for longer than kTimeToEnd, by itself later.
 class LocationService {
  public:
+  static constexpr std::chrono::seconds kTimeToEnd{5};
+
   // Throws std::system_error when there is no descriptor to be had.
   explicit LocationService(LocationParts parts);
   ~LocationService();
@@ -32,17 +35,13 @@ class LocationService {
   [[nodiscard]] std::uint32_t Flags() const;
 
  private:
+  struct Shared;
   void StartThread();
-  void RunThread();
-  void WaitAfterFailure() const;
 
-  const LocationParts parts_;
-  StoreLocations locations_;
-  LocationOrders orders_;
-  WakeEvent wake_;
-  std::atomic<int> outsideTunnel_ = 0;  // the thread's word for the link to the outside
+  const std::shared_ptr<Shared> shared_;
   std::mutex threadMutex_;
   std::thread thread_;
+  std::future<void> threadEnd_;
 };
 
 // As LocationService::Flags. `tunnelLink`: the index of a link that is a tunnel whatever the kernel says of

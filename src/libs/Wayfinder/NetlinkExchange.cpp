@@ -1,12 +1,19 @@
 #include "libs/Wayfinder/NetlinkExchange.h"
 
 #include <net/if.h>
+#include <sys/socket.h>
+#include <sys/time.h>
 
 namespace Wayfinding {
 
 NetlinkSocketPtr ConnectToKernel() {
   NetlinkSocketPtr socket(nl_socket_alloc());
-  if (socket != nullptr && nl_connect(socket.get(), NETLINK_ROUTE) != 0) socket.reset();
+  if (socket == nullptr || nl_connect(socket.get(), NETLINK_ROUTE) != 0) return nullptr;
+  // The kernel answers at once or, when a message was lost, not at all.
+  constexpr timeval kTimeToAnswer{.tv_sec = 1, .tv_usec = 0};
+  if (::setsockopt(nl_socket_get_fd(socket.get()), SOL_SOCKET, SO_RCVTIMEO, &kTimeToAnswer,
+                   sizeof kTimeToAnswer) != 0)
+    return nullptr;
   return socket;
 }
 

@@ -7,7 +7,8 @@
 
 namespace Wayfinding {
 
-// A socket for one exchange with the kernel; nothing when there is none to be had.
+// A socket for one exchange with the kernel, which fails when no answer comes within a second; nothing when
+// there is none to be had.
 [[nodiscard]] NetlinkSocketPtr ConnectToKernel();
 
 [[nodiscard]] NetworkLink DescribeLink(rtnl_link& link);
