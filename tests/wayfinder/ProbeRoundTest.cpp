@@ -140,6 +140,19 @@ TEST(ProbeRound, ARedirectWithinTheHostIsAnAnswer) {
   }
 }
 
+TEST(ProbeRound, ARedirectWhoseTargetCannotBeReadIsSomebodyElse) {
+  for (const char* headers :
+       {"Location: http://portal login.example/\r\n", "Location: http://\r\n", "Location: http://[::1/\r\n",
+        "Location: mailto:portal@example\r\n", "Location: http://a:port/\r\n", ""}) {
+    const ProbeOutcome outcome = AskServerThatAnswers("302 Found", headers);
+    EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse) << headers;
+    EXPECT_THAT(outcome.reason, testing::EndsWith(": redirect to an address that cannot be read"));
+  }
+  EXPECT_EQ(AskServerThatAnswers("300 Multiple Choices", "Location: http://a b/\r\n").answer,
+            ProbeAnswer::SomebodyElse);
+  EXPECT_EQ(AskServerThatAnswers("300 Multiple Choices").answer, ProbeAnswer::Answered);
+}
+
 TEST(ProbeRound, AServerThatDoesNotKnowHEADIsAskedAgain) {
   const RawServer server({Response("501 Not Implemented"),
                           "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + std::string(1 << 20, 'x')});

@@ -22,6 +22,10 @@ WFCurlListPtr KnownAddresses(const BeaconURL& url, const std::vector<std::string
   return WFCurlListPtr(curl_slist_append(nullptr, entry.c_str()));
 }
 
+bool NeedsTarget(long status) {
+  return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
 }  // namespace
 
 BeaconTransfer::BeaconTransfer(CURLM* transfers, TlsTrust& trust, const BeaconURL& url, Method method)
@@ -112,12 +116,12 @@ std::string BeaconTransfer::Peer() const {
 }
 
 // libcurl's own word for it would be missing when the body was not taken.
-std::string BeaconTransfer::RedirectHost() const {
+std::optional<std::string> BeaconTransfer::RedirectHost() const {
+  if (Status() / 100 != 3) return std::nullopt;
   curl_header* location = nullptr;
-  if (Status() / 100 != 3 ||
-      curl_easy_header(transfer_.get(), "Location", 0, CURLH_HEADER, -1, &location) != CURLHE_OK)
-    return {};
-  return HostOfReference(location->value, url_);
+  if (curl_easy_header(transfer_.get(), "Location", 0, CURLH_HEADER, -1, &location) == CURLHE_OK)
+    return HostOfReference(location->value, url_);
+  return NeedsTarget(Status()) ? std::optional<std::string>(std::in_place) : std::nullopt;
 }
 
 bool BeaconTransfer::HasResponse(CURLcode code) const {
@@ -156,9 +160,10 @@ ProbeOutcome BeaconTransfer::JudgeResponse() const {
   if (status == kNetworkAuthenticationRequired)
     return {.answer = ProbeAnswer::SomebodyElse, .reason = "status 511"};
   if (status >= 500) return {.reason = "status " + std::to_string(status)};
-  const std::string host = RedirectHost();
-  if (host.empty() || host == host_) return {.answer = ProbeAnswer::Answered};
-  return {.answer = ProbeAnswer::SomebodyElse, .reason = "redirect to " + host};
+  const std::optional<std::string> host = RedirectHost();
+  if (!host || *host == host_) return {.answer = ProbeAnswer::Answered};
+  return {.answer = ProbeAnswer::SomebodyElse,
+          .reason = "redirect to " + (host->empty() ? std::string("an address that cannot be read") : *host)};
 }
 
 }  // namespace Wayfinding

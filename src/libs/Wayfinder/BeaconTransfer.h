@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,7 +47,8 @@ class BeaconTransfer {
   [[nodiscard]] bool HasResponse(CURLcode code) const;
   [[nodiscard]] long Status() const;
   [[nodiscard]] std::string Peer() const;
-  [[nodiscard]] std::string RedirectHost() const;
+  // Where the answer sends the caller: nothing when nowhere, an empty host when that cannot be read.
+  [[nodiscard]] std::optional<std::string> RedirectHost() const;
 
   static CURLcode PrepareContext(CURL* transfer, void* context, void* self);
   static std::size_t TakeHeader(char* data, std::size_t size, std::size_t count, void* self);

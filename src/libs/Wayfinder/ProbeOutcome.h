@@ -7,7 +7,8 @@ namespace Wayfinding {
 enum class ProbeAnswer {
   None,
   Answered,
-  SomebodyElse,  // a portal: redirect to another host, status 511, a certificate for another name
+  SomebodyElse,  // a portal: redirect to another or an unreadable host, status 511, a certificate for another
+                 // name
 };
 
 // What came of asking a beacon.
