@@ -28,6 +28,7 @@ using testing::Not;
 using testing::StartsWith;
 using testsupport::ChildProcess;
 using testsupport::EnvironmentVariable;
+using testsupport::kEmptyAnswer;
 using testsupport::LevelCapture;
 using testsupport::RawServer;
 using testsupport::ServerBlock;
@@ -55,13 +56,13 @@ struct Outcome {
     ExpectNothingTrusted();
   }
 
-  void ExpectCertificatesNotFetched() const {
+  void ExpectCertificatesNotFetched(const std::string& alsoLogged = "Read Stream failed with ") const {
     EXPECT_FALSE(trusted);
     EXPECT_EQ(details.Result, 2U);
     EXPECT_THAT(details.Errors, ElementsAre(util::MessageWithArgument(1696, Gen_URL(url).GetServer())));
     EXPECT_THAT(log,
                 HasSubstr("Could not fetch certificates for URL " + Gen_URL(url).GetPagelessURL() + "\n"));
-    EXPECT_THAT(log, HasSubstr("Read Stream failed with "));
+    EXPECT_THAT(log, HasSubstr(alsoLogged));
     ExpectNothingTrusted();
   }
 
@@ -250,6 +251,20 @@ TEST(MacSSLValidation, CannotContactAnAddressThatIsNoURL) {
   outcome.ExpectServerNotContacted();
   EXPECT_EQ(outcome.validation.ErrorCode(), 0);
   EXPECT_THAT(outcome.log, Not(HasSubstr("Read Stream failed")));
+}
+
+TEST(MacSSLValidation, ContactsNobodyForAnAddressThatIsReadAsAnotherServers) {
+  const RawServer server({kEmptyAnswer});
+  const std::string port = std::to_string(server.Port());
+  for (const std::string& address :
+       {"http://bank.example%2Fstores@127.0.0.1:" + port + "/", "http://me@127.0.0.1:" + port,
+        "http://0x7f.1:" + port + "/", "http://127.0.0.1:" + port + "?bank.example/"}) {
+    const Outcome outcome(address);
+    outcome.ExpectCertificatesNotFetched("");
+    EXPECT_EQ(outcome.validation.ErrorCode(), StreamErrorCode::kAnotherServer);
+    EXPECT_THAT(outcome.log, Not(HasSubstr("Read Stream failed")));
+  }
+  EXPECT_THAT(server.Requests(), IsEmpty());
 }
 
 TEST(MacSSLValidation, FindsNoCertificatesOverPlainHTTP) {

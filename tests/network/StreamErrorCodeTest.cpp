@@ -15,6 +15,10 @@ TEST(StreamErrorCode, CountsBothEdgesOfTheRangeAsTlsFailures) {
   EXPECT_TRUE(IsTlsFailure(-9800));
 }
 
+TEST(StreamErrorCode, CountsAnAddressOfAnotherServerAsATlsFailure) {
+  EXPECT_TRUE(IsTlsFailure(StreamErrorCode::kAnotherServer));
+}
+
 TEST(StreamErrorCode, CountsNothingOutsideTheRangeAsATlsFailure) {
   EXPECT_FALSE(IsTlsFailure(-9850));
   EXPECT_FALSE(IsTlsFailure(-9799));

@@ -102,7 +102,20 @@ TEST_F(GatewayTest, AModeThatDoesNotRewriteGoesToTheStore) {
 
 TEST_F(GatewayTest, CredentialsDoNotFollowARedirectToAnotherServer) {
   const WebServer other(
-      testsupport::ServerBlock("", "location / { return 200 \"auth=$http_authorization\"; }"));
+      TrustedAuthority().TlsServerBlock("good", "location / { return 200 \"auth=$http_authorization\"; }"));
+  const WebServer redirecting(TrustedAuthority().TlsServerBlock(
+      "good",
+      "location / { if ($http_authorization = \"\") { add_header WWW-Authenticate 'Basic realm=x' always; "
+      "return 401; } return 302 " +
+          other.Address("https") + "/; }"));
+  program_.WillGive("user", "secret");
+  WardenRequest request(library_, Wide(redirecting.Address("https")) + L"/");
+  EXPECT_EQ(request.Run(), 1U);
+  EXPECT_EQ(request.Body(), L"auth=");
+}
+
+TEST_F(GatewayTest, ARedirectToPlainHTTPIsNoAnswer) {
+  const WebServer other(testsupport::ServerBlock("", "location / { return 200; }"));
   const WebServer redirecting(TrustedAuthority().TlsServerBlock(
       "good",
       "location / { if ($http_authorization = \"\") { add_header WWW-Authenticate 'Basic realm=x' always; "
@@ -110,8 +123,8 @@ TEST_F(GatewayTest, CredentialsDoNotFollowARedirectToAnotherServer) {
           other.Address("http") + "/; }"));
   program_.WillGive("user", "secret");
   WardenRequest request(library_, Wide(redirecting.Address("https")) + L"/");
-  EXPECT_EQ(request.Run(), 1U);
-  EXPECT_EQ(request.Body(), L"auth=");
+  EXPECT_EQ(request.Run(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_NO_ANSWER));
+  EXPECT_EQ(request.Sent(), 2);
 }
 
 TEST_F(GatewayTest, AChallengeBehindARedirectToAnotherServerIsNotTheAskedOnes) {

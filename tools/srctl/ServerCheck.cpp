@@ -6,9 +6,10 @@
 #include "SRLib/SSLValidationDetails.h"
 #include "SRLib/TextHelpers.h"
 #include "StreamErrorCode.h"
+#include "libs/Address/SendingForm.h"
 
 #include <array>
-#include <optional>
+#include <memory>
 
 namespace servercheck {
 namespace {
@@ -56,14 +57,14 @@ Answer ForVerification(long result, const std::string& reason) {
 }
 
 // Why a handshake fails is only in the handshake: it is made once more.
-Answer ExplainHandshake(const std::string& requestForm) {
-  const CurlPtr stream = CurlTransfer::Make(requestForm);
+Answer ExplainHandshake(const std::string& url) {
+  const std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
   std::array<char, CURL_ERROR_SIZE> reason{};
   if (!stream) return NotTrusted("the handshake failed", kCheckServer);
-  CURL* const handle = stream.get();
+  CURL* const handle = stream->Handle();
   curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
   curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, reason.data());
-  const CURLcode result = curl_easy_perform(handle);
+  const CURLcode result = stream->Perform();
   long verification = X509_V_OK;
   curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &verification);
   if (result == CURLE_PEER_FAILED_VERIFICATION) return ForVerification(verification, reason.data());
@@ -92,10 +93,13 @@ Answer NotContacted(std::int64_t errorCode) {
 }  // namespace
 
 Answer Ask(const std::string& url) {
-  Gen_URL split(url);
-  const std::optional<std::string> requestForm = CurlTransfer::RequestForm(split.GetPagelessURL());
-  if (!requestForm) {
-    return {Kind::NotContacted, "it cannot be contacted: the address is no URL",
+  const Address::SplitURL split(url);
+  const Address::SendingForm form = FormForSending(split, split.WithoutPage());
+  if (form.reading != Address::Reading::Same) {
+    const bool isURL = form.reading == Address::Reading::Other;
+    return {Kind::NotContacted,
+            isURL ? "it is not contacted: the address can be read as another server's or holds a user name"
+                  : "it cannot be contacted: the address is no URL",
             "Ask your administrator for a corrected service record and open that one (srctl open FILE)."};
   }
   if (!split.IsSecure()) {
@@ -110,7 +114,7 @@ Answer Ask(const std::string& url) {
             "it answers, and this machine trusts its certificate, issued by " + util::narrow(details.Issuer)};
   }
   const std::int64_t errorCode = validation.ErrorCode();
-  if (StreamErrorCode::IsTlsFailure(errorCode)) return ExplainHandshake(*requestForm);
+  if (StreamErrorCode::IsTlsFailure(errorCode)) return ExplainHandshake(form.text);
   if (errorCode != StreamErrorCode::kNone) return NotContacted(errorCode);
   return NotTrusted("its authority has revoked the certificate",
                     "Ask the administrator of the server for a new certificate.");

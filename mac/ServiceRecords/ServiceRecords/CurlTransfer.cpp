@@ -1,98 +1,111 @@
 #include "CurlTransfer.h"
 
-#include "OpenSslHandles.h"
 #include "TerminationEvent.h"
-#include "libs/UTF8Thread/UTF8Thread.h"
 
-namespace CurlTransfer {
+#include <string_view>
+
 namespace {
 
 constexpr long kConnectSeconds = 30;
-constexpr long kSecondsWithoutProgress = 60;
-constexpr long kLeastBytesPerSecond = 1;
-
-// libcurl would write a blank in the query as a plus sign. One before the path makes the address no URL.
-std::string WithEncodedBlanks(std::string address) {
-  const std::size_t separator = address.find("://");
-  if (separator == std::string::npos) return address;
-  std::size_t at = address.find('/', separator + 3);
-  while ((at = address.find(' ', at)) != std::string::npos) address.replace(at, 1, "%20");
-  return address;
-}
-
-std::optional<std::string> Text(CURLU* url) {
-  const UTF8Thread utf8;
-  char* text = nullptr;
-  if (curl_url_get(url, CURLUPART_URL, &text, CURLU_PUNYCODE) != CURLUE_OK) return std::nullopt;
-  const CurlTextPtr owned(text);
-  return std::string(text);
-}
+constexpr long kFirstFinalStatus = 200;
 
 bool LibraryIsReady() {
   static const bool ready = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
   return ready;
 }
 
-int EndOnTermination(void* transfer, curl_off_t /*downloadTotal*/, curl_off_t /*downloaded*/,
-                     curl_off_t /*uploadTotal*/, curl_off_t /*uploaded*/) {
-  if (!TerminationEvent::Requested()) return 0;
-  // A name lookup that hangs must not hold up the end of the process.
-  curl_easy_setopt(static_cast<CURL*>(transfer), CURLOPT_QUICK_EXIT, 1L);
-  return 1;
-}
-
-CURLcode PrepareContext(CURL* /*transfer*/, void* context, void* /*user*/) {
-  return UseSystemTrust(context);
-}
-
-void SetTrust(CURL* transfer) {
-  // The paths built into libcurl would be used in place of the variables that the user may have set.
-  curl_easy_setopt(transfer, CURLOPT_CAINFO, nullptr);
-  curl_easy_setopt(transfer, CURLOPT_CAPATH, nullptr);
-  curl_easy_setopt(transfer, CURLOPT_SSL_CTX_FUNCTION, PrepareContext);
-}
-
-void SetLimits(CURL* transfer) {
-  curl_easy_setopt(transfer, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(transfer, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(transfer, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
-  curl_easy_setopt(transfer, CURLOPT_LOW_SPEED_TIME, kSecondsWithoutProgress);
-  curl_easy_setopt(transfer, CURLOPT_LOW_SPEED_LIMIT, kLeastBytesPerSecond);
+bool UseSystemTrust(SSL_CTX* context) {
+  return SSL_CTX_set_default_verify_paths(context) == 1;
 }
 
 }  // namespace
 
-CURLcode UseSystemTrust(void* context) {
-  const bool loaded = SSL_CTX_set_default_verify_paths(static_cast<SSL_CTX*>(context)) == 1;
-  return loaded ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
+std::unique_ptr<CurlTransfer> CurlTransfer::Make(const std::string& url, const TransferLimits& limits) {
+  std::unique_ptr<CurlTransfer> transfer(new CurlTransfer(limits));
+  return LibraryIsReady() && transfer->Prepare(url) ? std::move(transfer) : nullptr;
 }
 
-std::optional<std::string> RequestForm(const std::string& address) {
-  const CurlUrlPtr url(curl_url());
-  constexpr unsigned int kFlags = CURLU_URLENCODE | CURLU_PATH_AS_IS;
-  const std::string encoded = WithEncodedBlanks(address);
-  if (!url || curl_url_set(url.get(), CURLUPART_URL, encoded.c_str(), kFlags) != CURLUE_OK)
-    return std::nullopt;
-  // Nobody asked for credentials yet.
-  curl_url_set(url.get(), CURLUPART_USER, nullptr, 0);
-  curl_url_set(url.get(), CURLUPART_PASSWORD, nullptr, 0);
-  return Text(url.get());
-}
-
-CurlPtr Make(const std::string& requestForm) {
-  if (!LibraryIsReady()) return nullptr;
-  CurlPtr transfer(curl_easy_init());
-  if (!transfer) return nullptr;
-  CURL* const handle = transfer.get();
-  if (curl_easy_setopt(handle, CURLOPT_URL, requestForm.c_str()) != CURLE_OK) return nullptr;
+bool CurlTransfer::Prepare(const std::string& url) {
+  handle_.reset(curl_easy_init());
+  CURL* const handle = Handle();
+  if (handle == nullptr || curl_easy_setopt(handle, CURLOPT_URL, url.c_str()) != CURLE_OK) return false;
   curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
+  curl_easy_setopt(handle, CURLOPT_DISALLOW_USERNAME_IN_URL, 1L);
+  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+  // A name lookup that hangs must not hold up the end of a transfer.
+  curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
+  // The paths built into libcurl would be used in place of the variables that the user may have set.
+  curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
+  curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+  // A resumed session has no verified chain.
+  curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, PrepareContext);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+  curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, TakeHeader);
+  curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
-  curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndOnTermination);
-  curl_easy_setopt(handle, CURLOPT_XFERINFODATA, handle);
-  SetLimits(handle);
-  SetTrust(handle);
-  return transfer;
+  curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, Progress);
+  curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+  return true;
 }
 
-}  // namespace CurlTransfer
+CURLcode CurlTransfer::Perform() {
+  watch_ = TransferWatch(limits_, std::chrono::steady_clock::now());
+  headersOfRedirect_ = -1;
+  return curl_easy_perform(Handle());
+}
+
+long CurlTransfer::Status() const {
+  long status = 0;
+  curl_easy_getinfo(Handle(), CURLINFO_RESPONSE_CODE, &status);
+  return status;
+}
+
+long CurlTransfer::RedirectCount() const {
+  long count = 0;
+  curl_easy_getinfo(Handle(), CURLINFO_REDIRECT_COUNT, &count);
+  return count;
+}
+
+bool CurlTransfer::HasHeader() const {
+  return headersOfRedirect_ == RedirectCount();
+}
+
+bool CurlTransfer::IsSecure() const {
+  const char* url = nullptr;
+  curl_easy_getinfo(Handle(), CURLINFO_EFFECTIVE_URL, &url);
+  return url != nullptr && std::string_view(url).starts_with("https:");
+}
+
+CURLcode CurlTransfer::PrepareContext(CURL* /*handle*/, void* context, void* self) noexcept {
+  auto* const sessions = static_cast<SSL_CTX*>(context);
+  static_cast<CurlTransfer*>(self)->trust_.Watch(sessions);
+  return UseSystemTrust(sessions) ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
+}
+
+// libcurl takes any other size than the given one as the order to end the transfer.
+std::size_t CurlTransfer::TakeHeader(char* line, std::size_t /*one*/, std::size_t size, void* self) noexcept {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  if (!transfer.watch_.TakeHeader(std::chrono::steady_clock::now(), size)) return CURL_WRITEFUNC_ERROR;
+  const std::string_view text(line, size);
+  const bool isLast = text == "\r\n" || text == "\n";
+  if (isLast && transfer.Status() >= kFirstFinalStatus)
+    transfer.headersOfRedirect_ = transfer.RedirectCount();
+  return size;
+}
+
+int CurlTransfer::Progress(void* self, curl_off_t /*downloadTotal*/, curl_off_t downloaded,
+                           curl_off_t /*uploadTotal*/, curl_off_t /*uploaded*/) noexcept {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  if (TerminationEvent::Requested()) return 1;
+  std::optional<std::uint64_t> bodyBytes;
+  if (transfer.HasHeader()) bodyBytes = static_cast<std::uint64_t>(downloaded);
+  try {
+    return transfer.watch_.Continues(std::chrono::steady_clock::now(), bodyBytes) ? 0 : 1;
+  } catch (...) {
+    return 1;
+  }
+}

@@ -2,16 +2,23 @@
 
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
+#include "TransferWatch.h"
 
 namespace ServiceRecords {
 
-// The GET over libcurl: up to 20 redirects, to http and https only; 30 s to connect, 60 s without progress;
-// bodies up to 16 MiB; ended early by termination. A transfer that does not complete has no status and no
-// header, unless the response is an error of 400 or above, whose body does not matter.
+// The GET over libcurl: up to 20 redirects, to http and https only and never from https to http; within the
+// limits, whatever the status; ended early by termination. Where libcurl reads another server or a user out
+// of the address, and where the system does not trust the server, nothing is sent. A transfer that does not
+// complete has no status and no header, unless the response is an error of 400 or above, whose body does not
+// matter.
 class MacSRHTTPRequest : public SRHTTPRequest {
  public:
-  using SRHTTPRequest::SRHTTPRequest;
+  explicit MacSRHTTPRequest(const std::wstring& url, const TransferLimits& limits = {})
+      : SRHTTPRequest(url), limits_(limits) {}
   bool SendHTTPRequest(const std::wstring& extraHeaders) override;
+
+ private:
+  TransferLimits limits_;
 };
 
 class MacSRHTTPRequestFactory : public SRHTTPRequestFactory {

@@ -2,41 +2,32 @@
 
 #include "CurlTransfer.h"
 #include "DbgTrace.h"
-#include "PeerTrust.h"
 #include "SRLib/Messages.h"
 #include "SRLib/SSLValidationDetails.h"
 #include "SRLib/TextHelpers.h"
 #include "StreamErrorCode.h"
+#include "libs/Address/SendingForm.h"
 
 #include <array>
 #include <cassert>
+#include <memory>
 
 namespace ServiceRecords {
 namespace {
-
-CURLcode PrepareContext(CURL* /*stream*/, void* context, void* trust) {
-  static_cast<PeerTrust*>(trust)->Watch(static_cast<SSL_CTX*>(context));
-  return CurlTransfer::UseSystemTrust(context);
-}
 
 std::size_t DiscardBytes(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
   return size * count;
 }
 
-// Null when the address is no URL. `trust` and `reason` (CURL_ERROR_SIZE characters) must outlive the stream.
-CurlPtr MakeHead(const std::string& address, PeerTrust& trust, char* reason) {
-  const std::optional<std::string> requestForm = CurlTransfer::RequestForm(address);
-  CurlPtr stream = requestForm ? CurlTransfer::Make(*requestForm) : nullptr;
+// `reason` (CURL_ERROR_SIZE characters) must outlive the stream.
+std::unique_ptr<CurlTransfer> MakeHead(const std::string& url, char* reason) {
+  std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
   if (!stream) return nullptr;
-  CURL* const handle = stream.get();
+  CURL* const handle = stream->Handle();
   curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, DiscardBytes);
   curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, reason);
-  // A resumed session has no verified chain.
-  curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);
-  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, PrepareContext);
-  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, &trust);
   return stream;
 }
 
@@ -46,7 +37,10 @@ bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
   assert(!downloading_);
   certificates_.clear();
   errorCode_ = StreamErrorCode::kNone;
-  DownloadHead(url_.GetPagelessURL());
+  const Address::SendingForm form = FormForSending(url_.GetSplitURL(), url_.GetPagelessURL());
+  if (form.reading == Address::Reading::Same) DownloadHead(form.text);
+  // Another server than the one to be shown: none of the store's other addresses may step in for that.
+  if (form.reading == Address::Reading::Other) errorCode_ = StreamErrorCode::kAnotherServer;
   if (certificates_.empty()) {
     ReportFailure(errorCode_, details);
     return false;
@@ -56,18 +50,17 @@ bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
   return true;
 }
 
-void MacSSLValidation::DownloadHead(const std::string& address) {
-  PeerTrust trust;
+void MacSSLValidation::DownloadHead(const std::string& url) {
   std::array<char, CURL_ERROR_SIZE> reason{};
-  const CurlPtr stream = MakeHead(address, trust, reason.data());
+  const std::unique_ptr<CurlTransfer> stream = MakeHead(url, reason.data());
   if (!stream) return;
   downloading_ = true;
-  const CURLcode result = curl_easy_perform(stream.get());
+  const CURLcode result = stream->Perform();
   if (result == CURLE_OK) {
     // Without TLS to the server itself, a chain can only be a proxy's.
-    if (url_.IsSecure()) TakePeerTrust(trust);
+    if (url_.IsSecure()) TakePeerTrust(stream->Trust());
   } else {
-    ReportReadError(result, trust.ReceivedFatalAlert(), reason.data());
+    ReportReadError(result, stream->Trust().ReceivedFatalAlert(), reason.data());
   }
   downloading_ = false;
 }

@@ -29,7 +29,7 @@ class MacSSLValidation : public SSLValidation {
   [[nodiscard]] const std::vector<MacCertificate>& Certificates() const { return certificates_; }
 
  private:
-  void DownloadHead(const std::string& address);
+  void DownloadHead(const std::string& url);
   void TakePeerTrust(const PeerTrust& trust);
   void ReportReadError(CURLcode result, bool receivedFatalAlert, const std::string& reason);
 

@@ -18,6 +18,8 @@ inline constexpr std::int64_t kFatalAlert = -9802;
 inline constexpr std::int64_t kChainInvalid = -9807;
 inline constexpr std::int64_t kNoRootCertificates = -9813;
 inline constexpr std::int64_t kClientCertificateUnusable = -9825;
+// The address is read as another server's than the one that would be shown; nothing was contacted.
+inline constexpr std::int64_t kAnotherServer = -9843;
 
 // Whether the code lies in the TLS range, kFirst to kLast inclusive.
 [[nodiscard]] bool IsTlsFailure(std::int64_t errorCode);
