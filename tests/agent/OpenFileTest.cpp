@@ -1,7 +1,9 @@
 #include "agent/AgentTest.h"
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -11,6 +13,17 @@ namespace {
 class OpenFile : public AgentTest {
  protected:
   OpenFile() { agent_.EnableLog(); }
+
+  // The paths of the files whose handling has begun, by the log.
+  [[nodiscard]] std::vector<std::string> OpenedFiles() const {
+    constexpr std::string_view kEntry = "[+] MrvServiceRecordsSvr::handleServiceRecordFTA (";
+    std::vector<std::string> files;
+    for (const std::string& message : agent_.LogMessages()) {
+      if (message.starts_with(kEntry))
+        files.push_back(message.substr(kEntry.size(), message.size() - kEntry.size() - 1));
+    }
+    return files;
+  }
 };
 
 TEST_F(OpenFile, AnAcceptedStoreIsListedSavedAndAnnounced) {
@@ -95,6 +108,29 @@ TEST_F(OpenFile, AStoreAlreadyHeldIsReplacedOnlyWithConsent) {
   EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "New");
   EXPECT_EQ(CountNotifications(), 2U);
   EXPECT_EQ(*agent_.Dialogs().back().second.Find("StoreName"), PropertyList::Value("Old"));
+}
+
+TEST_F(OpenFile, AFileOfAnotherHostIsNobodysFile) {
+  agent_.Start();
+  const std::string path = OpenableFile("a.cr", {Store("s1", "One")});
+  agent_.Bus().OpenFiles({"file://elsewhere.example" + path, "file://LocalHost" + path,
+                          "http://localhost" + path, "file://localhost.example" + path, "file:" + path});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 2; }));
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_EQ(OpenedFiles(), (std::vector<std::string>{path, path}));
+}
+
+TEST_F(OpenFile, AFileWhoseNameIsNotUTF8IsNotReadUnderAnotherName) {
+  auto agent = agent_.Run({}, {.captureErrors = true});
+  ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
+  const std::string path = OpenableFile("Store.cr", {Store("s1", "One")});
+  agent_.Bus().OpenFiles({"file://" + path.substr(0, path.size() - 3) + "%F6.cr", "file://" + path});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 1; }));
+  agent.Signal(SIGTERM);
+  EXPECT_EQ(agent.Wait(), 0);
+  EXPECT_EQ(OpenedFiles(), std::vector<std::string>{path});
+  EXPECT_THAT(agent.Output(),
+              testing::HasSubstr("the name of \"" + path + "\" is not UTF-8; rename the file"));
 }
 
 TEST_F(OpenFile, AMissingFileShowsNoDialog) {

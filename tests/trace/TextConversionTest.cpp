@@ -1,10 +1,16 @@
 #include "SRLib/TextHelpers.h"
 #include "libs/DomLib/DocumentBounds.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 #include "support/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 #include <string>
 
@@ -108,6 +114,25 @@ TEST(ReadUTF8File, APipeOrAFolderIsNoFile) {
   EXPECT_FALSE(util::ReadUTF8File((folder.Path() / "pipe").wstring(), text));
   EXPECT_FALSE(util::ReadUTF8File(folder.Path().wstring(), text));
   EXPECT_EQ(text, L"old");
+}
+
+// A process without a terminal gets the first one that it opens, and is ended when that hangs up.
+TEST(ReadUTF8File, ATerminalIsNoFileAndDoesNotBecomeTheCallers) {
+  const FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  ASSERT_TRUE(terminal);
+  ASSERT_EQ(::unlockpt(terminal.Get()), 0);
+  const std::wstring path = util::widen(::ptsname(terminal.Get()));
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::setsid();
+    std::wstring text;
+    const bool read = util::ReadUTF8File(path, text);
+    ::_exit(!read && ::open("/dev/tty", O_RDWR | O_CLOEXEC) < 0 && errno == ENXIO ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }
 
 TEST(ReadUTF8File, ReadsNoMoreThanShowsThatAFileIsTooLarge) {

@@ -30,8 +30,6 @@ std::string ProblemWithFile(const std::string& file) {
   if (!std::filesystem::is_regular_file(status))
     return Quoted(file) + " is not a file that holds a document.";
   if (!std::ifstream(file)) return Quoted(file) + " cannot be read: " + std::strerror(errno) + ".";
-  if (!util::IsUTF8(file))
-    return "The name of " + Quoted(file) + " is not UTF-8; rename the file and try again.";
   return {};
 }
 
@@ -63,6 +61,9 @@ Status Open(const std::string& file) {
   std::error_code error;
   const std::filesystem::path place = std::filesystem::absolute(file, error);
   if (error) return Refuse("The folder that srctl runs in is gone. Name the file by its full path.");
+  if (!util::IsUTF8(place.string())) {
+    return Refuse("The name of " + Quoted(place.string()) + " is not UTF-8; rename the file or its folder.");
+  }
   return WithAgent([&](AgentClient& agent) {
     const std::optional<bool> accepted = agent.OpenFile(place.string());
     if (!accepted) return ReportUnreachable(agent.Problem());

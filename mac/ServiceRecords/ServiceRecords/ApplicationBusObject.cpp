@@ -1,6 +1,8 @@
 #include "ApplicationBusObject.h"
 
 #include "DesktopIntegration.h"
+#include "SRLib/SystemLog.h"
+#include "SRLib/TextHelpers.h"
 #include "ServiceNames.h"
 
 #include <optional>
@@ -15,6 +17,14 @@ std::vector<std::string> ReadURIs(sd_bus_message* call) {
   if (sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "s") < 0) return uris;
   while (sd_bus_message_read_basic(call, SD_BUS_TYPE_STRING, &uri) > 0) uris.emplace_back(uri);
   return uris;
+}
+
+// What is left of a name that is not UTF-8 may be the name of another file.
+bool HasUsableName(const std::string& path) {
+  if (util::IsUTF8(path)) return true;
+  SystemLog::Error("the name of \"" + util::narrow(util::widen(path)) +
+                   "\" is not UTF-8; rename the file and open it again");
+  return false;
 }
 
 }  // namespace
@@ -44,7 +54,7 @@ int ApplicationBusObject::Activate(sd_bus_message* call, void* /*self*/, sd_bus_
 int ApplicationBusObject::Open(sd_bus_message* call, void* self, sd_bus_error* error) {
   return AnswerCall(error, [&] {
     for (const std::string& uri : ReadURIs(call)) {
-      if (const std::optional<std::string> path = DesktopIntegration::LocalPath(uri)) {
+      if (const auto path = DesktopIntegration::LocalPath(uri); path && HasUsableName(*path)) {
         static_cast<ApplicationBusObject*>(self)->openFile_(*path);
       }
     }

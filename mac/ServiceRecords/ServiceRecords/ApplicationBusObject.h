@@ -9,7 +9,7 @@
 // agent. Main thread.
 class ApplicationBusObject {
  public:
-  // Receives the absolute path of each opened file (the bytes of the file system).
+  // Receives the absolute path of each opened file (UTF-8).
   using FileOpenHandler = std::function<void(const std::string& path)>;
 
   explicit ApplicationBusObject(FileOpenHandler openFile) : openFile_(std::move(openFile)) {}

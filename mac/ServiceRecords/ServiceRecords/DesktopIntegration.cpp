@@ -54,8 +54,11 @@ bool LaunchApplication(const std::string& identifier) {
 }
 
 std::optional<std::string> LocalPath(const std::string& uri) {
-  const TextPtr path(g_filename_from_uri(uri.c_str(), nullptr, nullptr));
-  return path == nullptr ? std::nullopt : std::optional<std::string>(path.get());
+  gchar* hostText = nullptr;
+  const TextPtr path(g_filename_from_uri(uri.c_str(), &hostText, nullptr));
+  const TextPtr host(hostText);
+  const bool isLocal = host == nullptr || *host == '\0' || g_ascii_strcasecmp(host.get(), "localhost") == 0;
+  return path != nullptr && isLocal ? std::optional<std::string>(path.get()) : std::nullopt;
 }
 
 }  // namespace DesktopIntegration

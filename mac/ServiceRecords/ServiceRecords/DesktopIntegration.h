@@ -15,7 +15,8 @@ namespace DesktopIntegration {
 // there is no such entry or it cannot be started.
 bool LaunchApplication(const std::string& identifier);
 
-// The local path of a file URI; nothing for any other URI.
+// The local path of a file URI, as bytes of the file system; nothing for any other URI, and for a file of
+// another host than this one, which is no host or "localhost".
 [[nodiscard]] std::optional<std::string> LocalPath(const std::string& uri);
 
 }  // namespace DesktopIntegration

@@ -125,8 +125,9 @@ bool IsUTF8(std::string_view bytes) {
 }
 
 bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
-  // Not blocking, so that a pipe put in a document's place cannot hold the caller.
-  const int file = ::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  // Not blocking, so that a pipe put in a document's place cannot hold the caller; a terminal there must not
+  // become the caller's, whose hang-up would end it.
+  const int file = ::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (file < 0) return false;
   struct stat status {};
   const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
