@@ -14,8 +14,18 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <mutex>
 
 namespace ServiceRecords {
+namespace {
+
+// Innermost but for the configuration's. Never destroyed: it keeps the end of the process from a save.
+std::mutex& SaveLock() {
+  static std::mutex& mutex = *new std::mutex;
+  return mutex;
+}
+
+}  // namespace
 
 SRProvider& SRProvider::Instance() {
   static SRProvider provider;
@@ -105,8 +115,8 @@ StoreMap SRProvider::GetStores() const {
   return stores_;
 }
 
-void SRProvider::WhileLocked(const std::function<void()>& work) const {
-  const CriticalSectionLock lock(*lock_);
+void SRProvider::WhileNotSaving(const std::function<void()>& work) {
+  const std::lock_guard lock(SaveLock());
   work();
 }
 
@@ -117,7 +127,7 @@ void SRProvider::SaveAllStores() {
 }
 
 void SRProvider::SaveAndPublish() {
-  SRRegistryConfig().SaveStores(stores_);
+  WhileNotSaving([this] { SRRegistryConfig().SaveStores(stores_); });
   SetAllServiceRecordsToList(stores_);
 }
 

@@ -50,8 +50,9 @@ class SRProvider {
   bool RemoveStore(const std::wstring& id);
   // A copy to work on.
   [[nodiscard]] StoreMap GetStores() const;
-  // Does `work` while no other thread reads, changes or saves the list.
-  void WhileLocked(const std::function<void()>& work) const;
+  // Does `work` while no list is being saved, and none begins to be: also while another thread holds the lock
+  // and shows a dialog, or makes the provider.
+  static void WhileNotSaving(const std::function<void()>& work);
   // Saves the list as it is and publishes it.
   void SaveAllStores();
 

@@ -1,4 +1,7 @@
 #include "agent/AgentTest.h"
+#include "support/LoopbackListener.h"
+
+#include <sys/socket.h>
 
 #include <csignal>
 #include <filesystem>
@@ -10,7 +13,22 @@ using testing::IsEmpty;
 
 namespace {
 
-class ProcessLife : public AgentTest {};
+class ProcessLife : public AgentTest {
+ protected:
+  [[nodiscard]] std::string Program() const { return (agent_.BundleFolder() / "ServiceRecords").string(); }
+
+  // Before its first instruction a program can only be killed by a signal, or have it kept back.
+  [[nodiscard]] testsupport::ChildProcess RunWithTerminationBlocked() {
+    sigset_t termination;
+    sigset_t before;
+    ::sigemptyset(&termination);
+    ::sigaddset(&termination, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &termination, &before);
+    testsupport::ChildProcess agent = agent_.Run();
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return agent;
+  }
+};
 
 TEST_F(ProcessLife, TheBusStartsTheAgentForEitherName) {
   EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {"https://localhost/x"}),
@@ -52,6 +70,63 @@ TEST_F(ProcessLife, TerminationEndsWithStatusZero) {
   EXPECT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", false));
 }
 
+TEST_F(ProcessLife, ASignalThatCameBeforeTheProgramEndsItWithStatusZero) {
+  testsupport::ChildProcess agent(
+      {"env", "--block-signal=TERM", "sh", "-c", "kill -TERM $$ && exec \"$0\"", Program()},
+      agent_.Environment());
+  EXPECT_EQ(agent.Wait(), 0);
+}
+
+TEST_F(ProcessLife, ASignalAtAnyMomentOfTheStartEndsItWithStatusZero) {
+  for (int moment = 0; moment < 60; moment += 2) {
+    testsupport::ChildProcess agent = RunWithTerminationBlocked();
+    EXPECT_EQ(agent.WaitFor(std::chrono::milliseconds(moment)), std::nullopt);
+    agent.Signal(SIGTERM);
+    EXPECT_EQ(agent.Wait(), 0) << moment;
+  }
+}
+
+TEST_F(ProcessLife, WhileTheBusDoesNotAnswerTerminationEndsTheStartWithStatusZero) {
+  const testsupport::LoopbackListener bus;
+  auto environment = agent_.Environment();
+  std::erase_if(environment, [](const std::string& assignment) { return assignment.starts_with("DBUS_"); });
+  environment.push_back("DBUS_SESSION_BUS_ADDRESS=tcp:host=127.0.0.1,port=" + std::to_string(bus.port));
+  testsupport::ChildProcess agent({Program()}, environment);
+  const FileDescriptor connection(::accept(bus.socket.Get(), nullptr, nullptr));
+  char first = 1;
+  ASSERT_EQ(::recv(connection.Get(), &first, 1, 0), 1);
+  agent.Signal(SIGTERM);
+  EXPECT_EQ(agent.Wait(), 0);
+}
+
+TEST_F(ProcessLife, AnInterruptEndsTheAgentThoughAShellHadItIgnored) {
+  testsupport::ChildProcess agent({"sh", "-c", "trap '' INT TERM && exec \"$0\"", Program()},
+                                  agent_.Environment());
+  ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
+  agent.Signal(SIGINT);
+  EXPECT_EQ(agent.Wait(), 0);
+}
+
+TEST_F(ProcessLife, AtTheEndAcceptedStoresAreAnnouncedTheCallAnsweredAndTheClientLeftAlone) {
+  int activations = 0;
+  agent_.Bus().OfferApplication("/com/morvane/quillon/velt", activations);
+  agent_.Bus().OwnName("com.morvane.quillon.velt");
+  agent_.Start();
+  agent_.HoldDialogs();
+  const std::uint64_t call = agent_.Bus().StartServiceRecords(
+      "handleServiceRecordFTA", {OpenableFile("a.cr", {Store("s1", "One"), Store("s2", "Two")})});
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 1; }));
+  agent_.Release("accepted");
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 2; }));
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_NO_THROW(agent_.Bus().WaitForReply(call));
+  EXPECT_EQ(CountNotifications(), 1U);
+  EXPECT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", false));
+  EXPECT_EQ(activations, 0);
+  agent_.Start();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
 TEST_F(ProcessLife, TerminationClosesAnOpenTrustDialogAsDeclined) {
   agent_.Start();
   agent_.HoldDialogs();
@@ -63,8 +138,6 @@ TEST_F(ProcessLife, TerminationClosesAnOpenTrustDialogAsDeclined) {
   EXPECT_THAT(StoreIDs(), IsEmpty());
 }
 
-// ThreadSanitizer keeps a signal back for as long as its thread waits for a lock.
-#ifndef __SANITIZE_THREAD__
 TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileACallWaitsForTheList) {
   agent_.Start();
   Open(OpenableFile("a.cr", {Store("s1", "Old")}));
@@ -80,7 +153,6 @@ TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileACallWaitsForTheList) {
   agent_.Start();
   EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
 }
-#endif
 
 TEST_F(ProcessLife, ADeliveringInstanceThatIsTerminatedEndsWithStatusZero) {
   agent_.Start();
@@ -111,7 +183,7 @@ TEST_F(ProcessLife, ANameThatHasAnotherOwnerEndsTheAgentWithStatusOne) {
 TEST_F(ProcessLife, WithoutALoggingPreferenceThereIsNoLogFile) {
   agent_.Start();
   EXPECT_EQ(agent_.Bus().ServiceRecords("allStores"), nlohmann::json::array());
-  EXPECT_FALSE(std::filesystem::exists(agent_.LogFile()));
+  EXPECT_FALSE(std::filesystem::exists(agent_.Home() / "Library"));
 }
 
 TEST_F(ProcessLife, TheLoggingNotificationTurnsTheLogOnAtRunTime) {

@@ -1,6 +1,8 @@
 #include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
 
+#include <chrono>
+#include <future>
 #include <thread>
 
 namespace {
@@ -99,28 +101,32 @@ TEST_F(SRProviderTest, AMissingNotificationObjectIsWrittenInTwoRecords) {
                      {2, "SRProvider.cpp", "Service Records logic will not work correctly."}}));
 }
 
-TEST_F(SRProviderTest, WorkUnderTheLockIsDoneInsideIt) {
-  bool inside = false;
-  provider_.WhileLocked([&] {
-    inside = InsideCriticalSection();
-    EXPECT_TRUE(provider_.GetStores().empty());
-  });
-  EXPECT_TRUE(inside);
-  EXPECT_FALSE(InsideCriticalSection());
+TEST_F(SRProviderTest, WorkThatMustNotMeetASaveWaitsUntilTheSaveIsWhole) {
+  Hold({Store(L"a", L"https://a", {Gateway(L"GW")}), Store(L"b", L"https://b")});
+  std::future<int> writesAtWork;
+  UserConfiguration().beforeWrite = [&] {
+    if (writesAtWork.valid()) return;
+    writesAtWork = std::async(std::launch::async, [&] {
+      int writes = 0;
+      SRProvider::WhileNotSaving([&] { writes = UserConfiguration().Writes(); });
+      return writes;
+    });
+    EXPECT_EQ(writesAtWork.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+  };
+  provider_.SaveAllStores();
+  UserConfiguration().beforeWrite = nullptr;
+  EXPECT_EQ(writesAtWork.get(), UserConfiguration().Writes());
 }
 
-TEST_F(SRProviderTest, NobodyReadsTheListWhileWorkIsDoneUnderTheLock) {
-  Hold({Store(L"a", L"https://a", {Gateway(L"GW")})});
-  std::jthread reader;
+TEST_F(SRProviderTest, WorkThatMustNotMeetASaveDoesNotWaitForADialog) {
+  Hold({Store(L"a", L"https://a")});
   bool workDone = false;
-  provider_.WhileLocked([&] {
-    reader = std::jthread([&] {
-      static_cast<void>(provider_.GetStores());
-      EXPECT_TRUE(workDone);
-    });
-    EXPECT_TRUE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
-    workDone = true;
+  EXPECT_CALL(notifications_, ShowStoreReplaceDialog).WillOnce([&] {
+    std::jthread([&] { SRProvider::WhileNotSaving([&] { workDone = true; }); }).join();
+    return 0;
   });
+  Hold({Store(L"a", L"https://other")});
+  EXPECT_TRUE(workDone);
 }
 
 }  // namespace

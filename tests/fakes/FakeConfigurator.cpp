@@ -75,6 +75,7 @@ FakeConfigurator::Node* FakeConfigurator::Find(const std::wstring& key) const {
 }
 
 bool FakeConfigurator::Store(const std::wstring& key, Node node) const {
+  if (beforeWrite) beforeWrite();
   std::vector<std::wstring> components = Components(key);
   const std::wstring last = components.back();
   components.pop_back();

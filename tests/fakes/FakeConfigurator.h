@@ -2,6 +2,7 @@
 
 #include "SRLib/Configurator.h"
 
+#include <functional>
 #include <list>
 #include <mutex>
 #include <string>
@@ -16,6 +17,8 @@ class FakeConfigurator : public Config::Configurator {
  public:
   // Forgets the tree and the count.
   void Clear();
+  // Called before each write, on the thread that writes.
+  std::function<void()> beforeWrite;
   // How often the tree would have been written to its file.
   [[nodiscard]] int Writes() const;
   // Every value as "path = value" and every container as "path\", in order, each list behind the last.

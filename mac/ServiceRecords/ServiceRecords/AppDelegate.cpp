@@ -2,6 +2,7 @@
 
 #include "ApplicationBusObject.h"
 #include "BeaconsBusObject.h"
+#include "BusObject.h"
 #include "ClientApplication.h"
 #include "DbgTrace.h"
 #include "DesktopIntegration.h"
@@ -29,7 +30,8 @@
 
 namespace {
 
-constexpr std::chrono::seconds kTimeToFinish{5};
+// The rest of the time that the process has to end is for the last notifications and replies.
+constexpr std::chrono::seconds kTimeToFinish{4};
 
 [[noreturn]] void ExitWith(const std::string& line) {
   SystemLog::Error(line);
@@ -39,6 +41,10 @@ constexpr std::chrono::seconds kTimeToFinish{5};
 std::string ErrorText(int result) {
   if (result == -EEXIST) return "the name has another owner";
   return std::generic_category().message(-result);
+}
+
+[[noreturn]] void ExitWithoutName(const std::string& name, int result) {
+  ExitWith("bootstrap_check_in() failed for service '" + name + "'. Error: " + ErrorText(result));
 }
 
 // Null when there is no session bus.
@@ -70,15 +76,24 @@ void AppDelegate::applicationDidFinishLaunching() {
     return;
   }
   _thisInstanceIsAgent = true;
+  BusPtr notifications = OpenConnection();
+  LookAtNames(notifications.get());
   ServiceRecordInit();
   // Observed before either name is published, so that no notification is missed from then on.
-  BusPtr notifications = OpenConnection();
   ObserveLoggingConfiguration(notifications);
   _beaconServer.reset(NewMrvBeaconService());
   _serviceRecordsServer.reset(NewMrvServiceRecordsServer());
   _beaconsConnection = connectionForService(ServiceNames::kBeacons, OpenConnection());
   _serviceRecordsConnection = connectionForService(ServiceNames::kServiceRecords, std::move(notifications));
   ServeConnections();
+}
+
+// An agent that would end without its names must leave the other one's log and stores alone. Whoever takes a
+// name after this look loses it at the check-in, and the log to its lock.
+void AppDelegate::LookAtNames(sd_bus* bus) {
+  for (const char* name : {ServiceNames::kBeacons, ServiceNames::kServiceRecords}) {
+    if (bus != nullptr && NameHasOwner(*bus, name)) ExitWithoutName(name, -EEXIST);
+  }
 }
 
 void AppDelegate::ObserveLoggingConfiguration(const BusPtr& connection) {
@@ -103,9 +118,7 @@ void AppDelegate::ServeConnections() {
 BusPtr AppDelegate::connectionForService(const std::string& name, BusPtr connection) {
   if (connection == nullptr) ExitWith("failed to create connection for service '" + name + "'");
   const int result = sd_bus_request_name(connection.get(), name.c_str(), 0);
-  if (result < 0) {
-    ExitWith("bootstrap_check_in() failed for service '" + name + "'. Error: " + ErrorText(result));
-  }
+  if (result < 0) ExitWithoutName(name, result);
   if (!MainLoop::Main().Attach(*connection)) {
     ExitWith("failed getting receivePort for service '" + name + "'");
   }
@@ -155,12 +168,16 @@ void AppDelegate::loggingConfigurationDidChange() {
 void AppDelegate::Finish(int status) {
   TerminationEvent::Request();  // also when the loop ended for another reason: a lost bus
   MorvaneWarden_CancelRequests();
-  if (!tasks_.WaitForAll(kTimeToFinish)) {
-    // Inside the lock no save is under way, and none will begin before the process is gone.
-    ServiceRecords::SRProvider::Instance().WhileLocked([status] { ::_exit(status); });
-  }
   SetClientActivation(nullptr);
   WFSetLocationFunc(nullptr);
-  MainLoop::Main().RunPosted();  // the last notifications and replies
+  const bool allEnded = tasks_.WaitForAll(kTimeToFinish);
+  SayLastWords();
+  if (!allEnded) ServiceRecords::SRProvider::WhileNotSaving([status] { ::_exit(status); });
   DistributedNotificationCenter::defaultCenter().Disconnect();
+}
+
+// What the ended threads have left to be sent.
+void AppDelegate::SayLastWords() {
+  MainLoop::Main().RunPosted();
+  if (_serviceRecordsConnection != nullptr) sd_bus_flush(_serviceRecordsConnection.get());
 }

@@ -28,8 +28,9 @@ class AppDelegate {
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
 
-  // Waits for the files being handled, then lets go of the services. When a thread is still busy after the
-  // time allowed, ends the process with this exit status as soon as no save is under way.
+  // Waits for the files being handled, says the last words and lets go of the services. When a thread is
+  // still busy after the time allowed, ends the process with this exit status as soon as no save is under
+  // way.
   void Finish(int status);
 
  private:
@@ -40,9 +41,12 @@ class AppDelegate {
   static bool forceFTAToThisAppForSuffix(const std::string& suffix);
   static void loggingConfigurationDidChange();
   static void ForwardToAgent(const std::string& path);
+  // Ends the process with status 1 when a name of the agent has an owner.
+  static void LookAtNames(sd_bus* bus);
 
   static void ObserveLoggingConfiguration(const BusPtr& connection);
   void ServeConnections();
+  void SayLastWords();
 
   // Let go in the reverse order: objects before the connections that serve them, those before the servers.
   BackgroundTasks tasks_;

@@ -15,3 +15,12 @@ BusSlotPtr AddInterface(sd_bus& bus, const char* path, const char* interface, co
   return sd_bus_add_object_vtable(&bus, &slot, path, interface, table, object) < 0 ? nullptr
                                                                                    : BusSlotPtr(slot);
 }
+
+bool NameHasOwner(sd_bus& bus, const char* name) {
+  sd_bus_message* message = nullptr;
+  int owned = 0;
+  const int result = sd_bus_call_method(&bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                        "org.freedesktop.DBus", "NameHasOwner", nullptr, &message, "s", name);
+  const BusMessagePtr reply(message);
+  return result >= 0 && sd_bus_message_read(message, "b", &owned) >= 0 && owned != 0;
+}

@@ -1,5 +1,6 @@
 #include "ClientApplication.h"
 
+#include "BusObject.h"
 #include "DesktopIntegration.h"
 #include "ServiceNames.h"
 
@@ -16,7 +17,7 @@ std::string ObjectPath(std::string identifier) {
 }  // namespace
 
 void ClientApplication::BringForward() {
-  if (!IsRunning()) {
+  if (!NameHasOwner(bus_, kIdentifier)) {
     DesktopIntegration::LaunchApplication(kIdentifier);
     return;
   }
@@ -28,14 +29,4 @@ void ClientApplication::BringForward() {
   const BusMessagePtr call(message);
   sd_bus_message_set_auto_start(message, 0);
   if (sd_bus_message_append(message, "a{sv}", 0) >= 0) sd_bus_send(&bus_, message, nullptr);
-}
-
-bool ClientApplication::IsRunning() {
-  sd_bus_message* message = nullptr;
-  int owned = 0;
-  const int result =
-      sd_bus_call_method(&bus_, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                         "NameHasOwner", nullptr, &message, "s", kIdentifier);
-  const BusMessagePtr reply(message);
-  return result >= 0 && sd_bus_message_read(message, "b", &owned) >= 0 && owned != 0;
 }

@@ -15,7 +15,5 @@ class ClientApplication {
   void BringForward();
 
  private:
-  [[nodiscard]] bool IsRunning();
-
   sd_bus& bus_;
 };

@@ -57,13 +57,14 @@ bool MainLoop::Attach(sd_bus& bus) {
 
 int MainLoop::Run() {
   RunUntil([] { return false; });
+  if (terminating_) return EXIT_SUCCESS;
   int status = EXIT_FAILURE;
   sd_event_get_exit_code(loop_.get(), &status);
   return status;
 }
 
 void MainLoop::RunUntil(const std::function<bool()>& done) {
-  while (!done() && sd_event_get_state(loop_.get()) != SD_EVENT_FINISHED) {
+  while (!done() && !terminating_ && sd_event_get_state(loop_.get()) != SD_EVENT_FINISHED) {
     if (sd_event_run(loop_.get(), UINT64_MAX) < 0) return;
   }
 }
@@ -91,7 +92,9 @@ void MainLoop::RunPosted() {
   }
 }
 
-int MainLoop::HandleTermination(sd_event_source* /*source*/, int /*descriptor*/, std::uint32_t /*events*/,
+// Not the loop's own exit, at which every connection closes itself: there may be something left to say.
+int MainLoop::HandleTermination(sd_event_source* source, int /*descriptor*/, std::uint32_t /*events*/,
                                 void* self) {
-  return sd_event_exit(static_cast<MainLoop*>(self)->loop_.get(), 0);
+  static_cast<MainLoop*>(self)->terminating_ = true;
+  return sd_event_source_set_enabled(source, SD_EVENT_OFF);
 }

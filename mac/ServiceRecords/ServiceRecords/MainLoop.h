@@ -32,6 +32,7 @@ class MainLoop {
   [[nodiscard]] bool IsMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
   // Runs until termination is requested, or until a connection is lost. Returns the process's exit status.
+  // The connections stay open.
   int Run();
   // Runs until `done` answers true after an event, or termination is requested.
   void RunUntil(const std::function<bool()>& done);
@@ -45,4 +46,5 @@ class MainLoop {
   const int wakeUp_;
   std::mutex mutex_;
   std::deque<std::function<void()>> posted_;
+  bool terminating_ = false;
 };

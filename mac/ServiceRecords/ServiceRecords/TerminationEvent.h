@@ -2,17 +2,19 @@
 
 // The agent's termination: raised once, by a signal or by the agent itself, and never taken back. Whoever
 // blocks (the main loop, a dialog, a transfer) watches the descriptor, so that termination reaches it even
-// while the main thread is waiting for a lock.
+// while the main thread is waiting for a lock. Any thread.
 namespace TerminationEvent {
 
-// Readable from the moment on which termination was requested. Never read from it; never close it.
+// Readable from the moment on which termination was requested. Never read from it; never close it. Throws
+// std::system_error when it cannot be made, which is at its first use.
 [[nodiscard]] int Descriptor();
 [[nodiscard]] bool Requested();
 
-// Safe in a signal handler.
-void Request() noexcept;
+void Request();
 
-// Makes SIGTERM and SIGINT request termination.
+// Makes SIGTERM and SIGINT request termination, also those that came before this call but were kept back.
+// Called on the main thread before there is another one: no thread is interrupted by them from then on.
+// Programs that the agent starts must let them through again. Throws std::system_error.
 void RaiseOnSignals();
 
 }  // namespace TerminationEvent
