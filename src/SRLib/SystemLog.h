@@ -3,7 +3,7 @@
 #include <string>
 
 // The system log, for problems that the trace log may not show: services, plug-in, message resources, a list
-// that cannot be read or saved. Where the machine has no system log, the lines go to standard error. Any
+// that cannot be read or saved. The lines go to standard error too, unless that is the system log itself. Any
 // thread. The platform defines it.
 namespace SystemLog {
 

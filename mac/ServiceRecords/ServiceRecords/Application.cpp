@@ -3,54 +3,67 @@
 #include "AppDelegate.h"
 #include "Bundle.h"
 #include "DistributedNotificationCenter.h"
+#include "LaunchArguments.h"
 #include "MainLoop.h"
+#include "SRLib/SRProvider.h"
 #include "SRLib/SystemLog.h"
-#include "StandardDirectories.h"
 #include "TerminationEvent.h"
+#include "TerminationWatch.h"
 #include "libs/DomLib/XercesPlatform.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace {
 
-// The agent has no options; a file comes with an absolute path.
-std::vector<std::string> FilesToDeliver(int argc, char** argv) {
-  std::vector<std::string> files;
-  for (const std::string argument : std::span(argv, static_cast<std::size_t>(argc)).subspan(1)) {
-    if (!argument.empty() && argument.front() != '-')
-      files.push_back(std::filesystem::absolute(argument).string());
-  }
-  return files;
+constexpr std::chrono::seconds kTimeToEnd{5};
+
+// Between two saves, so that the list in the file is whole.
+void EndAtOnce() {
+  ServiceRecords::SRProvider::WhileNotSaving([] { ::_exit(EXIT_SUCCESS); });
 }
 
-// The schemas are found in the current directory, the log in the user's log folder.
-void PrepareFolders() {
+// Libraries end the process when they are short of descriptors, so the start alone needs some.
+void CheckDescriptors() {
+  constexpr int kNeeded = 32;
+  std::vector<FileDescriptor> free;
+  for (int i = 0; i < kNeeded; ++i) {
+    free.emplace_back(::fcntl(TerminationEvent::Descriptor(), F_DUPFD_CLOEXEC, 0));
+    if (!free.back()) throw std::runtime_error("too many open files, or too few allowed");
+  }
+}
+
+// The schemas are found in the current directory.
+void EnterResourcesFolder() {
   std::error_code error;
   std::filesystem::current_path(Bundle::Main().ResourcesPath(), error);
   if (error) SystemLog::Error("cannot change to the resources folder: " + error.message());
-  const auto logs = StandardDirectories::Logs();
-  if (!logs) return;
-  error = StandardDirectories::CreateDirectories(*logs);
-  if (error) SystemLog::Error("cannot create the folder of the log: " + error.message());
 }
 
 int RunApplication(int argc, char** argv) {
-  const std::vector<std::string> files = FilesToDeliver(argc, argv);
   TerminationEvent::RaiseOnSignals();
+  const LaunchArguments arguments = LaunchArguments::Read(argc, argv);
+  if (arguments.exitStatus) return *arguments.exitStatus;
+  CheckDescriptors();
+  TerminationWatch::Start(kTimeToEnd, EndAtOnce);
   std::signal(SIGPIPE, SIG_IGN);  // a peer that hangs up is an error of the write
-  PrepareFolders();
+  EnterResourcesFolder();
   // Made on this thread, and before any thread that posts to them, so that they outlive it at an early exit.
   MainLoop::Main();
   DistributedNotificationCenter::defaultCenter();
   const XercesPlatform keepLibrary;  // or every document would pay for its restart
   AppDelegate delegate;
-  for (const std::string& file : files) delegate.openFile(file);
+  for (const std::string& file : arguments.files) delegate.openFile(file);
   delegate.applicationDidFinishLaunching();
   const int status = MainLoop::Main().Run();
   delegate.applicationWillTerminate();

@@ -3,6 +3,7 @@
 #include "Bundle.h"
 #include "LogFileBuffer.h"
 #include "SRLib/TextHelpers.h"
+#include "StandardDirectories.h"
 #include "UserDefaults.h"
 
 #include <fmt/args.h>
@@ -161,6 +162,7 @@ void InitLog(const std::string& fileName) {
   if (ConsoleOption) {
     wdbg.rdbuf(&ConsoleChannel());
   } else {
+    static_cast<void>(StandardDirectories::CreateDirectories(LogFolder()));
     LogFileBuffer::Copy(path, path + "BUP");
     g_wBuff.OpenTruncated(path);
     wdbg.rdbuf(&g_wBuff);  // also when an earlier record has led the stream elsewhere, or found it closed

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// What the program's command line asks for.
+struct LaunchArguments {
+  // Absolute paths of files to deliver to the running agent; none: be the agent.
+  std::vector<std::string> files;
+  // Set when there is nothing left to do but to end with this status: help and version were printed, or what
+  // is wrong with the command line was said.
+  std::optional<int> exitStatus;
+
+  // Relative paths count from the current directory.
+  [[nodiscard]] static LaunchArguments Read(int argc, char** argv);
+};
