@@ -249,7 +249,16 @@ TEST(PropertyListTest, BlanksInsideTextAreKept) {
   EXPECT_EQ(Read(Document("<string>  a \t\n</string>")), Value("  a \t\n"));
 }
 
+TEST(PropertyListTest, TheNameOfTheEncodingMayBeThatOfASCII) {
+  for (const std::string& encoding : {std::string("US-ASCII"), std::string("us-ascii")}) {
+    EXPECT_EQ(Read("<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>" +
+                   Document("<dict><key>a</key><string>&#228;</string></dict>")),
+              Value(Dictionary{{"a", "\xC3\xA4"}}));
+  }
+}
+
 TEST(PropertyListTest, OtherEncodingsAreRefused) {
+  EXPECT_FALSE(Read("<?xml version=\"1.0\" encoding=\"US-ASCII-2\"?>" + Document("<true/>")));
   EXPECT_FALSE(Read("<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + Document("<true/>")));
   EXPECT_FALSE(Read("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + Document("<true/>")));
   EXPECT_FALSE(Read(Document("<string>\xE4</string>")));

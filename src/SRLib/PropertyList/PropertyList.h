@@ -108,8 +108,8 @@ struct Entry {
 };
 
 // Reads an XML property list. Nothing when the text is not one: malformed, of another document type, nested
-// deeper than kMaximumDepth, or in an encoding other than UTF-8. A name that occurs twice in a dictionary
-// keeps its last value.
+// deeper than kMaximumDepth, or in an encoding other than UTF-8 and US-ASCII. A name that occurs twice in a
+// dictionary keeps its last value.
 [[nodiscard]] std::optional<Value> Read(std::string_view xml);
 
 // Writes the value as a property list that Read and any other reader of the format accepts: text goes through

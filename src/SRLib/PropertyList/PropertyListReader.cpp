@@ -24,6 +24,11 @@ bool EqualIgnoringCase(std::string_view left, std::string_view right) {
   return std::ranges::equal(left, right, {}, lower, lower);
 }
 
+// US-ASCII is the part of UTF-8 that needs no more than one byte for a character.
+bool IsReadable(std::string_view encoding) {
+  return EqualIgnoringCase(encoding, "UTF-8") || EqualIgnoringCase(encoding, "US-ASCII");
+}
+
 std::string CharacterOfReference(std::string_view number) {
   const bool hexadecimal = number.starts_with('x');
   if (hexadecimal) number.remove_prefix(1);
@@ -65,7 +70,7 @@ class Scanner {
     if (rest_.size() > 5 && rest_.starts_with("<?xml") && kBlanks.find(rest_[5]) != std::string_view::npos) {
       Expect("<?xml");
       const std::string_view encoding = Attributes();
-      if (!encoding.empty() && !EqualIgnoringCase(encoding, "UTF-8")) throw Malformed{};
+      if (!encoding.empty() && !IsReadable(encoding)) throw Malformed{};
       Expect("?>");
     }
     Miscellaneous();
