@@ -9,6 +9,13 @@ namespace Config {
 // Called with the key of a changed container and the pointer given at registration.
 using ContainerCallback = std::uint32_t (*)(const std::wstring& key, void* context);
 
+// What went wrong with the storage behind a tree, since its beginning.
+struct StorageFailures {
+  std::uint64_t reads = 0;   // the tree counted as empty although it may not be
+  std::uint64_t writes = 0;  // a change did not last
+  std::string latest;        // the last of them, for a log: what failed and why, UTF-8
+};
+
 // A tree of named containers and typed values, addressed by backslash-separated paths such as "SR\Store".
 // Getters set their out value to the default first and tell whether a value was found. Any thread.
 class Configurator {
@@ -35,6 +42,9 @@ class Configurator {
   virtual std::uint32_t NotifyContainer(const std::wstring& key, bool recursive, std::uint32_t events,
                                         ContainerCallback callback, void* context) const = 0;
   virtual bool UnnotifyContainer(const std::uint32_t& handle) const = 0;
+
+  // What the results above do not tell. Of a tree without storage there is nothing to tell.
+  [[nodiscard]] virtual StorageFailures Failures() const { return {}; }
 };
 
 }  // namespace Config

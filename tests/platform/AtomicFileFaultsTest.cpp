@@ -1,5 +1,6 @@
 #include "AtomicFile.h"
 #include "platform/FileSystemFaults.h"
+#include "platform/FullDisk.h"
 #include "platform/OrdinaryUser.h"
 #include "platform/TestFiles.h"
 #include "support/TemporaryFolder.h"
@@ -32,6 +33,7 @@ class AtomicFileFaultsTest : public testing::Test {
 
   testsupport::TemporaryFolder folder_;
   const fs::path file_ = folder_.Path() / "file.plist";
+  const std::vector<std::string> names_{"a", "b"};
 };
 
 int FailForFolders(int descriptor) {
@@ -96,6 +98,38 @@ TEST_F(AtomicFileFaultsTest, AWriterWhoseTemporariesAreAllSweptGivesUp) {
   };
   EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::resource_unavailable_try_again);
   EXPECT_EQ(ReadFile(file_), "old");
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
+}
+
+TEST_F(AtomicFileFaultsTest, AWriterThatDoesNotKnowItsTemporariesAgainLeavesNone) {
+  FileSystemFaults faults;
+  faults.fstat = [](struct stat& status) { ++status.st_ino; };
+  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::resource_unavailable_try_again);
+  EXPECT_EQ(ReadFile(file_), "old");
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
+}
+
+TEST_F(AtomicFileFaultsTest, WithoutSecondNamesACopyIsKeptBeside) {
+  WriteFile(folder_.Path() / "a", "earlier");
+  FileSystemFaults faults;
+  faults.linkat = [](int) { return EPERM; };
+  EXPECT_FALSE(AtomicFile::KeepBeside(file_, names_));
+  EXPECT_EQ(ReadFile(folder_.Path() / "a"), "earlier");
+  EXPECT_EQ(ReadFile(folder_.Path() / "b"), "old");
+  EXPECT_EQ(ModeOf(folder_.Path() / "b"), 0600U);
+}
+
+TEST_F(AtomicFileFaultsTest, ACopyThatCannotBeWrittenWholeIsNotLeftBehind) {
+  FileSystemFaults faults;
+  faults.linkat = [](int) { return EPERM; };
+  std::error_code error;
+  {
+    const testsupport::FullDisk full(2);
+    error = AtomicFile::KeepBeside(file_, names_);
+  }
+  EXPECT_EQ(error, std::errc::file_too_large);
+  faults.fsync = [](int) { return EIO; };
+  EXPECT_EQ(AtomicFile::KeepBeside(file_, names_), std::errc::io_error);
   EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
 }
 

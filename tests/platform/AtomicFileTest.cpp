@@ -24,6 +24,7 @@ class AtomicFileTest : public testing::Test {
  protected:
   testsupport::TemporaryFolder folder_;
   const fs::path file_ = folder_.Path() / "file.plist";
+  const std::vector<std::string> names_{"a", "b", "c"};
   std::error_code error_;
 };
 
@@ -97,9 +98,15 @@ TEST_F(AtomicFileTest, WhatIsNoRegularFileIsNeitherReadNorReplaced) {
   EXPECT_EQ(error_, std::errc::is_a_directory);
 }
 
-TEST_F(AtomicFileTest, AMissingFileIsAnErrorOfItsOwn) {
+TEST_F(AtomicFileTest, AMissingFileIsToldFromOneThatCannotBeRead) {
   EXPECT_EQ(AtomicFile::Read(file_, error_), std::nullopt);
-  EXPECT_EQ(error_, std::errc::no_such_file_or_directory);
+  EXPECT_TRUE(AtomicFile::IsMissing(error_));
+  WriteFile(folder_.Path() / "a", "no folder");
+  EXPECT_EQ(AtomicFile::Read(folder_.Path() / "a" / "file.plist", error_), std::nullopt);
+  EXPECT_TRUE(AtomicFile::IsMissing(error_));
+  fs::create_symlink("loop", folder_.Path() / "loop");
+  EXPECT_EQ(AtomicFile::Read(folder_.Path() / "loop", error_), std::nullopt);
+  EXPECT_FALSE(AtomicFile::IsMissing(error_));
 }
 
 TEST_F(AtomicFileTest, LargeContentIsReadWhole) {
@@ -108,30 +115,45 @@ TEST_F(AtomicFileTest, LargeContentIsReadWhole) {
   EXPECT_EQ(AtomicFile::Read(file_, error_), content);
 }
 
-TEST_F(AtomicFileTest, KeepBesideLeavesTheFileAndReplacesTheEarlierCopy) {
+TEST_F(AtomicFileTest, KeepBesideTakesTheFirstFreeNameAndReplacesNothing) {
   WriteFile(file_, "content");
-  WriteFile(folder_.Path() / "file.plist.damaged", "earlier");
-  EXPECT_FALSE(AtomicFile::KeepBeside(file_, ".damaged"));
-  EXPECT_FALSE(AtomicFile::KeepBeside(file_, ".damaged"));
+  WriteFile(folder_.Path() / "a", "earlier");
+  WriteFile(folder_.Path() / "b" / "in the way", "");
+  EXPECT_FALSE(AtomicFile::KeepBeside(file_, names_));
   EXPECT_EQ(ReadFile(file_), "content");
-  EXPECT_EQ(ReadFile(folder_.Path() / "file.plist.damaged"), "content");
-  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist", "file.plist.damaged"));
+  EXPECT_EQ(ReadFile(folder_.Path() / "a"), "earlier");
+  EXPECT_EQ(ReadFile(folder_.Path() / "c"), "content");
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("a", "b", "c", "file.plist"));
+}
+
+TEST_F(AtomicFileTest, AContentIsKeptBesideOnce) {
+  WriteFile(file_, "content");
+  EXPECT_FALSE(AtomicFile::KeepBeside(file_, names_));
+  EXPECT_FALSE(AtomicFile::KeepBeside(file_, names_));
+  EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("a", "file.plist"));
+}
+
+TEST_F(AtomicFileTest, WhereNoNameIsFreeNothingIsKept) {
+  WriteFile(file_, "content");
+  for (const std::string& name : names_) WriteFile(folder_.Path() / name, name);
+  EXPECT_EQ(AtomicFile::KeepBeside(file_, names_), std::errc::file_exists);
+  for (const std::string& name : names_) EXPECT_EQ(ReadFile(folder_.Path() / name), name);
 }
 
 TEST_F(AtomicFileTest, TheCopyKeptBesideOutlivesTheReplacedFile) {
   WriteFile(file_, "old");
-  EXPECT_FALSE(AtomicFile::KeepBeside(file_, ".damaged"));
+  EXPECT_FALSE(AtomicFile::KeepBeside(file_, names_));
   EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
   EXPECT_EQ(ReadFile(file_), "new");
-  EXPECT_EQ(ReadFile(folder_.Path() / "file.plist.damaged"), "old");
+  EXPECT_EQ(ReadFile(folder_.Path() / "a"), "old");
 }
 
 TEST_F(AtomicFileTest, TheContentBehindALinkIsKeptBesideTheLink) {
   WriteFile(folder_.Path() / "elsewhere" / "target", "content");
   fs::create_symlink("elsewhere/target", file_);
-  EXPECT_FALSE(AtomicFile::KeepBeside(file_, ".damaged"));
-  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder_.Path() / "file.plist.damaged")));
-  EXPECT_EQ(ReadFile(folder_.Path() / "file.plist.damaged"), "content");
+  EXPECT_FALSE(AtomicFile::KeepBeside(file_, names_));
+  EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder_.Path() / "a")));
+  EXPECT_EQ(ReadFile(folder_.Path() / "a"), "content");
 }
 
 TEST_F(AtomicFileTest, ASweepRemovesWhatAKilledWriterLeftAndNothingElse) {

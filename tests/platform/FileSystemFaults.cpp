@@ -49,6 +49,16 @@ extern "C" int flock(int descriptor, int operation) noexcept {
   return static_cast<int>(::syscall(SYS_flock, descriptor, operation));
 }
 
+extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
+  if (testsupport::Fails(&FileSystemFaults::read, descriptor)) return -1;
+  return ::syscall(SYS_read, descriptor, buffer, size);
+}
+
+extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
+  if (testsupport::Fails(&FileSystemFaults::linkat, -1)) return -1;
+  return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
+}
+
 extern "C" int fstat(int descriptor, struct stat* status) noexcept {
   const int result = ::fstatat(descriptor, "", status, AT_EMPTY_PATH);
   if (result == 0 && testsupport::g_faults != nullptr && testsupport::g_faults->fstat)

@@ -22,6 +22,8 @@ class FileSystemFaults {
   Answer fsync;
   Answer fchmod;
   Answer flock;
+  Answer read;
+  Answer linkat;  // gets no descriptor
   // May change what fstat reports.
   std::function<void(struct stat& status)> fstat;
 };

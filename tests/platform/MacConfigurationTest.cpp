@@ -1,5 +1,7 @@
 #include "MacConfiguration.h"
+#include "PropertyListFile.h"
 #include "SRLib/PropertyList/PropertyList.h"
+#include "platform/FileSystemFaults.h"
 #include "platform/FullDisk.h"
 #include "platform/PreferencesFolder.h"
 #include "platform/TestFiles.h"
@@ -8,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <thread>
 
 namespace {
@@ -295,6 +298,67 @@ TEST_F(MacConfigurationTest, AFailedWriteIsLoggedAndLeavesTheOldFileWhole) {
   EXPECT_EQ(ReadFile(file_), before);
   EXPECT_EQ(String(L"A"), L"old");
   EXPECT_THAT(trace.Text(), HasSubstr("failed to write preferences to: " + file_.string() + "\n"));
+}
+
+TEST_F(MacConfigurationTest, AWriteThatFailedIsCountedThoughTheSetterSaysTrue) {
+  configuration_.SetString(L"A", L"old");
+  const Config::StorageFailures before = configuration_.Failures();
+  {
+    const testsupport::FullDisk full(10);
+    EXPECT_TRUE(configuration_.SetString(L"A", L"new"));
+    EXPECT_TRUE(configuration_.CreateContainer(L"B"));
+    EXPECT_TRUE(configuration_.DeleteContainer(L"A"));
+  }
+  const Config::StorageFailures after = configuration_.Failures();
+  EXPECT_EQ(after.writes, before.writes + 3);
+  EXPECT_EQ(after.reads, before.reads);
+  EXPECT_EQ(after.latest, file_.string() + ": File too large");
+  configuration_.SetString(L"A", L"new");
+  EXPECT_EQ(configuration_.Failures().writes, after.writes);
+}
+
+TEST_F(MacConfigurationTest, AFileThatCannotBeReadIsNotWrittenByAnySetter) {
+  configuration_.SetString(L"A\\B", L"old");
+  const std::string whole = ReadFile(file_);
+  const Config::StorageFailures before = configuration_.Failures();
+  {
+    testsupport::FileSystemFaults faults;
+    faults.read = [](int) { return EIO; };
+    EXPECT_EQ(String(L"A\\B"), L"(none)");
+    EXPECT_EQ(configuration_.Failures().writes, before.writes);
+    EXPECT_TRUE(configuration_.SetString(L"A", L"new"));
+    EXPECT_TRUE(configuration_.SetUInt(L"A", 1));
+    EXPECT_TRUE(configuration_.SetBoolean(L"A", true));
+    EXPECT_TRUE(configuration_.SetList(L"A", {}));
+    EXPECT_TRUE(configuration_.CreateContainer(L"A"));
+    EXPECT_TRUE(configuration_.DeleteContainer(L"A"));
+  }
+  EXPECT_EQ(ReadFile(file_), whole);
+  const Config::StorageFailures after = configuration_.Failures();
+  EXPECT_EQ(after.reads, before.reads + 7);
+  EXPECT_EQ(after.writes, before.writes + 6);
+  EXPECT_EQ(after.latest, file_.string() + ": Input/output error");
+  EXPECT_EQ(String(L"A\\B"), L"old");
+}
+
+TEST_F(MacConfigurationTest, TheScopesCountTheirFailuresApart) {
+  const std::uint64_t before = CMacConfiguration(false).Failures().writes;
+  {
+    const testsupport::FullDisk full(10);
+    configuration_.SetString(L"A", L"new");
+  }
+  EXPECT_EQ(CMacConfiguration(false).Failures().writes, before);
+}
+
+TEST_F(MacConfigurationTest, ADamagedFileWithoutAFreeNameForItsCopyIsAFailureWithItsReason) {
+  WriteFile(file_, "damaged");
+  for (const std::string& name : PropertyListFile(file_).DamagedNames()) {
+    WriteFile(file_.parent_path() / name, name);
+  }
+  EXPECT_TRUE(configuration_.SetString(L"A", L"new"));
+  EXPECT_EQ(ReadFile(file_), "damaged");
+  EXPECT_EQ(configuration_.Failures().latest,
+            file_.string() + ": the file is damaged, and there is no free name for its copy");
 }
 
 TEST_F(MacConfigurationTest, AMissingFolderFailsTheWriteWithARecord) {

@@ -76,6 +76,7 @@ std::optional<Temporary> CreateTemporary(const fs::path& target, std::error_code
     // A sweep that came before the lock has taken the name away; then the next one is tried.
     Temporary temporary{std::move(path), std::move(file)};
     if (HasItsName(temporary)) return temporary;
+    ::unlink(temporary.path.c_str());  // still there where a file system tells opened and named files apart
   }
   error = std::make_error_code(std::errc::resource_unavailable_try_again);
   return std::nullopt;
@@ -123,15 +124,24 @@ std::error_code ModeAt(const fs::path& target, mode_t& mode) {
   return {};
 }
 
-// A second name needs no right to read the file and takes no space, but not every file system has them.
-bool LinkBeside(const fs::path& file, const fs::path& kept) {
-  // A name that a later sweep knows.
-  const fs::path newName = kept.parent_path() / (TemporaryPrefix(kept) + "second");
-  ::unlink(newName.c_str());
-  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, newName.c_str(), AT_SYMLINK_FOLLOW) != 0) return false;
-  const bool renamed = ::rename(newName.c_str(), kept.c_str()) == 0;
-  ::unlink(newName.c_str());  // still there when both names were the same file already
-  return renamed;
+bool HasContent(const fs::path& file, std::string_view content) {
+  std::error_code ignored;
+  return Read(file, ignored) == content;
+}
+
+std::error_code WriteNew(const fs::path& file, std::string_view content) {
+  FileDescriptor created(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
+  if (!created) return LastError();
+  std::error_code error = WriteAll(created.Get(), content);
+  if (!error && (::fsync(created.Get()) != 0 || !created.Close())) error = LastError();
+  if (error) ::unlink(file.c_str());
+  return error;
+}
+
+// A second name takes no space, but not every file system has them.
+std::error_code LinkOrCopy(const fs::path& file, const fs::path& kept, std::string_view content) {
+  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, kept.c_str(), AT_SYMLINK_FOLLOW) == 0) return {};
+  return errno == EEXIST ? LastError() : WriteNew(kept, content);
 }
 
 void RemoveUnlessLocked(const fs::path& temporary) {
@@ -168,6 +178,17 @@ std::optional<std::string> Read(const fs::path& file, std::error_code& error) {
   return content;
 }
 
+bool IsMissing(const std::error_code& error) {
+  return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+}
+
+bool GiveRightToRead(const fs::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  if (status.st_uid != ::geteuid() || (status.st_mode & S_IRUSR) != 0) return false;
+  return ::chmod(file.c_str(), (status.st_mode & 07777) | S_IRUSR) == 0;
+}
+
 std::error_code Replace(const fs::path& file, std::string_view content) {
   const fs::path target = Target(file);
   mode_t mode = kNewFileMode;
@@ -189,13 +210,17 @@ std::error_code Replace(const fs::path& file, std::string_view content) {
   return {};
 }
 
-std::error_code KeepBeside(const fs::path& file, const std::string& suffix) {
-  fs::path kept = file;
-  kept += suffix;
-  if (LinkBeside(file, kept)) return {};
+std::error_code KeepBeside(const fs::path& file, std::span<const std::string> names) {
   std::error_code error;
   const std::optional<std::string> content = Read(file, error);
-  return content ? Replace(kept, *content) : error;
+  if (!content) return error;
+  error = std::make_error_code(std::errc::file_exists);
+  for (auto name = names.begin(); error == std::errc::file_exists && name != names.end(); ++name) {
+    const fs::path kept = file.parent_path() / *name;
+    error = LinkOrCopy(file, kept, *content);
+    if (error == std::errc::file_exists && HasContent(kept, *content)) return {};
+  }
+  return error;
 }
 
 void SweepTemporaries(const fs::path& file) {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -10,7 +11,15 @@
 namespace AtomicFile {
 
 // The whole content of a regular file. Nothing, and `error` set, when it is missing or cannot be read.
+// IsMissing tells the two apart.
 [[nodiscard]] std::optional<std::string> Read(const std::filesystem::path& file, std::error_code& error);
+
+// Whether the error of Read says that there is no file. Any other one says nothing about its content.
+[[nodiscard]] bool IsMissing(const std::error_code& error);
+
+// Gives the owner the right to read a regular file that is this user's own and lacks it. True when it was
+// given.
+[[nodiscard]] bool GiveRightToRead(const std::filesystem::path& file);
 
 // Replaces the file, mode 0600 when it is new and its old mode otherwise, by way of a temporary in the same
 // folder that is flushed to disk and renamed. A symbolic link at the file's place is followed once and stays.
@@ -18,9 +27,11 @@ namespace AtomicFile {
 // an error the new content is in place, and has reached the disk where the file system can flush a folder.
 [[nodiscard]] std::error_code Replace(const std::filesystem::path& file, std::string_view content);
 
-// Keeps the file's content under a second name beside it, with `suffix` appended, replacing what had that
-// name. The file itself stays.
-[[nodiscard]] std::error_code KeepBeside(const std::filesystem::path& file, const std::string& suffix);
+// Keeps the file's content under a second name beside it: the first of `names` that is free, or that holds
+// the same content already. What else has such a name stays, and so does the file itself. The error is
+// file_exists when no name is free.
+[[nodiscard]] std::error_code KeepBeside(const std::filesystem::path& file,
+                                         std::span<const std::string> names);
 
 // Removes temporaries of this file that a killed process left behind; those of a live writer, in this process
 // or another, stay.

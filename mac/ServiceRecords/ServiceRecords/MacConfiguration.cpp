@@ -78,11 +78,36 @@ PreferenceFiles ComputePreferenceFiles() {
   return files;
 }
 
+// One scope's file and what went wrong with it.
+struct Storage {
+  PropertyListFile file;
+  Config::StorageFailures failures{};
+};
+
 // Both are guarded by SyncLock.
-PropertyListFile& FileOfScope(bool perUser) {
-  static auto& user = *new PropertyListFile(preferenceFile(true));
-  static auto& machine = *new PropertyListFile(preferenceFile(false));
+Storage& StorageOfScope(bool perUser) {
+  static auto& user = *new Storage{PropertyListFile(preferenceFile(true))};
+  static auto& machine = *new Storage{PropertyListFile(preferenceFile(false))};
   return perUser ? user : machine;
+}
+
+std::string Reason(const std::error_code& error) {
+  if (error == std::errc::file_exists) return "the file is damaged, and there is no free name for its copy";
+  return error.message();
+}
+
+void Count(std::uint64_t Config::StorageFailures::*kind, Storage& storage, const std::error_code& error) {
+  ++(storage.failures.*kind);
+  storage.failures.latest = storage.file.Path().string() + ": " + Reason(error);
+}
+
+Dictionary Load(bool perUser) {
+  Storage& storage = StorageOfScope(perUser);
+  Dictionary root = storage.file.Load();
+  if (storage.file.ReadFailure()) {
+    Count(&Config::StorageFailures::reads, storage, storage.file.ReadFailure());
+  }
+  return root;
 }
 
 std::vector<std::string> Components(std::string path) {
@@ -104,7 +129,7 @@ Dictionary& Descend(Dictionary& container, const std::string& name) {
 
 // Loads the tree; returns the container in which the last component of the raw key lives, and that component.
 Dictionary& GetContainerAndKeyForRawKey(bool perUser, const std::wstring& rawKey, std::wstring& key) {
-  wholeFile = FileOfScope(perUser).Load();
+  wholeFile = Load(perUser);
   // Names are cleaned as the file cleans them, so that what was stored is found again.
   const std::vector<std::string> components = Components(PropertyList::WritableText(util::narrow(rawKey)));
   key = util::widen(components.back());
@@ -121,8 +146,10 @@ Dictionary& GetContainerAndKeyForRawKey(bool perUser, const std::wstring& rawKey
 }
 
 void PutPellContainer(bool perUser) {
-  if (FileOfScope(perUser).Save(wholeFile)) {
-    CSRLog(2, "failed to write preferences to: %@", preferenceFile(perUser).string());
+  Storage& storage = StorageOfScope(perUser);
+  if (const std::error_code error = storage.file.Save(wholeFile)) {
+    CSRLog(2, "failed to write preferences to: %@", storage.file.Path().string());
+    Count(&Config::StorageFailures::writes, storage, error);
   }
 }
 
@@ -268,4 +295,9 @@ std::uint32_t CMacConfiguration::NotifyContainer(const std::wstring& /*key*/, bo
 
 bool CMacConfiguration::UnnotifyContainer(const std::uint32_t& /*handle*/) const {
   throw "Need code for UnnotifyContainer";
+}
+
+Config::StorageFailures CMacConfiguration::Failures() const {
+  const SyncGuard guard;
+  return StorageOfScope(perUser_).failures;
 }

@@ -8,7 +8,8 @@
 [[nodiscard]] const std::filesystem::path& preferenceFile(bool perUser);
 
 // The configuration tree of one scope, kept in one property-list file. Every operation reads the file afresh
-// and every setter writes it whole, under one process-wide lock.
+// and every setter writes it whole, under one process-wide lock. A file that cannot be read counts as empty
+// and is not written; a setter's result does not tell that, Failures does.
 class CMacConfiguration : public Config::Configurator {
  public:
   explicit CMacConfiguration(bool perUser) : perUser_(perUser) {}
@@ -32,6 +33,9 @@ class CMacConfiguration : public Config::Configurator {
   std::uint32_t NotifyContainer(const std::wstring& key, bool recursive, std::uint32_t events,
                                 Config::ContainerCallback callback, void* context) const override;
   bool UnnotifyContainer(const std::uint32_t& handle) const override;
+
+  // Those of the scope's file in this process.
+  [[nodiscard]] Config::StorageFailures Failures() const override;
 
  private:
   const bool perUser_;
