@@ -97,7 +97,11 @@ TEST_F(MacCSLibraryTest, DeletingAnEnteredSectionIsTracedAndItIsGoneAllTheSame) 
   EXPECT_TRUE(section_.Enter());
   EXPECT_FALSE(section_.Delete());
   EXPECT_THAT(trace_.Text(), HasSubstr("virtual bool CMacCS::Delete() failed destroying mutex: "));
-  EXPECT_FALSE(section_.Delete());
+  EXPECT_FALSE(section_.Leave());
+  EXPECT_THAT(trace_.Text(), HasSubstr("virtual bool CMacCS::Leave() no mutex\n"));
+  EXPECT_TRUE(section_.Create()) << "a section that is gone can be created again";
+  EXPECT_TRUE(section_.Enter());
+  EXPECT_TRUE(section_.Leave());
 }
 #endif
 
