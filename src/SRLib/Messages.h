@@ -15,6 +15,7 @@ enum MessageId : int {
   kMessageServerNotContacted = 1632,
   kMessageEmptyHostName = 1656,
   kMessageCertificatesNotFetched = 1696,
+  kMessageStoresNotRead = 1712,
 };
 
 // The text for the user's language, or an explanation of why there is none. Never null. The characters stay

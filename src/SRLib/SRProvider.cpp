@@ -3,8 +3,6 @@
 #include "SRLib/GenericFactories.h"
 #include "SRLib/IServiceRecordsNotifications.h"
 #include "SRLib/Messages.h"
-#include "SRLib/Publication.h"
-#include "SRLib/SRRegistryConfig.h"
 #include "SRLib/SRXMLProvider.h"
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationDetails.h"
@@ -39,12 +37,6 @@ SRProvider::SRProvider()
 
 SRProvider::~SRProvider() = default;
 
-void SRProvider::RestoreFromRepository() {
-  const CriticalSectionLock lock(*lock_);
-  stores_ = SRRegistryConfig().RestoreStores();
-  SetAllServiceRecordsToList(stores_);
-}
-
 IServiceRecordsNotifications* SRProvider::Notification() const {
   if (notifications_ != nullptr) return notifications_;
   SR_TRACE(2) << "Notification manager for Service Records is not initialized.";
@@ -58,9 +50,11 @@ void SRProvider::InboundUpdate(const std::wstring& document, bool& updated) {
   StoreMap parsed = SRXMLProvider().Parse(document);
   if (!parsed.empty()) {
     SR_TRACE(0) << "...SR document parsed successfully.";
-    const CriticalSectionLock lock(*lock_);
-    MergeStores(parsed, true, updated);
-    if (updated) SaveAndPublish();
+    if (MayChangeOrTell(util::kMessageDiscoveryTitle)) {
+      const CriticalSectionLock lock(*lock_);
+      MergeStores(parsed, true, updated);
+      if (updated) SaveAndPublish();
+    }
   } else {
     SR_TRACE(2) << "...Failed to parse SR document.";
     Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageDiscoveryTitle),
@@ -96,7 +90,7 @@ bool SRProvider::RemoveStore(const std::wstring& id) {
   bool removed = false;
   if (id.empty()) {
     SR_TRACE(2) << "Service Record Id is empty";
-  } else {
+  } else if (MayChange()) {
     const CriticalSectionLock lock(*lock_);
     removed = stores_.erase(id) != 0;
     if (removed) {
@@ -120,17 +114,6 @@ void SRProvider::WhileNotSaving(const std::function<void()>& work) {
   work();
 }
 
-void SRProvider::SaveAllStores() {
-  // Under the lock, or a merge on another thread would be torn.
-  const CriticalSectionLock lock(*lock_);
-  SaveAndPublish();
-}
-
-void SRProvider::SaveAndPublish() {
-  WhileNotSaving([this] { SRRegistryConfig().SaveStores(stores_); });
-  SetAllServiceRecordsToList(stores_);
-}
-
 void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& accepted) {
   SR_TRACE(0) << "-> Outbound SR User confirmation started" << filePath;
   accepted.clear();
@@ -144,7 +127,7 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
     const std::wstring message = util::MessageFromResourceW(util::kMessageNotAServiceRecord);
     SR_TRACE(2) << "..." << message;
     Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle), message);
-  } else {
+  } else if (MayChangeOrTell(util::kMessageStoreTitle)) {
     SR_TRACE(0) << "...SR document parsed successfully.";
     for (auto entry = stores.begin(); entry != stores.end();) {
       if (VerifyUserTrust(entry->second)) {
@@ -226,7 +209,7 @@ void SRProvider::OutboundDSConfirm(StoreMap& stores, bool& updated) {
       SR_TRACE(0) << "...DS trust verification failed for store: " << store.GetStoreID();
     }
   }
-  if (!documents.empty()) {
+  if (!documents.empty() && MayChangeOrTell(util::kMessageStoreTitle)) {
     const CriticalSectionLock lock(*lock_);
     MergeDiscoveryDocs(stores, documents, updated);
     if (updated) SaveAndPublish();
@@ -277,6 +260,7 @@ bool SRProvider::SetDefaultGatewayForStoreID(const std::wstring& storeID, const 
 bool SRProvider::SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
                                         const std::wstring& gatewayName) {
   const CriticalSectionLock lock(*lock_);
+  if (!MayChange()) return false;
   const auto match = std::find_if(stores_.begin(), stores_.end(),
                                   [&](const auto& entry) { return (entry.second.*field)() == value; });
   return match != stores_.end() && match->second.SetDefaultGateway(gatewayName);

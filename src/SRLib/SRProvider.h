@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SRLib/SavedStores.h"
 #include "SRLib/StoreMap.h"
 
 #include <functional>
@@ -18,7 +19,7 @@ class SSLValidationDetails;
 // The one owner of the provisioned stores, and every flow that reads or changes them. Any thread; the
 // recursive critical section guards the map. It is never held across network calls or trust dialogs; the
 // store-replace dialog alone is shown while it is held. Every change that reaches the repository is published
-// at once.
+// at once. While the saved stores cannot be read the list is empty, and what would change it is refused.
 class SRProvider {
  public:
   // Restores the stores from the repository and publishes them.
@@ -31,6 +32,12 @@ class SRProvider {
   static SRProvider& Instance();
 
   void RestoreFromRepository();
+
+  // `startTimer` is called, on any thread, when something that failed is to be tried again, and TryAgain when
+  // the time is over: reading the saved stores, or saving the list.
+  void RetryWith(SavedStores::StartTimer startTimer);
+  void TryAgain();
+  [[nodiscard]] SavedStores::State StateOfSavedStores() const;
 
   // Not owned. Must be set before any flow that may show a dialog.
   void InitNotificationManager(IServiceRecordsNotifications* notifications) {
@@ -92,12 +99,18 @@ class SRProvider {
   [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> PrepareOtherGateways(SRStore& store) const;
 
  private:
+  // Whether the saved stores have been read; tries to read them when they have not.
+  bool MayChange();
+  // The same; tells the user when not, under the title with that id.
+  bool MayChangeOrTell(int title);
+  void Save();
   void SaveAndPublish();
   void MergeAccepted(StoreMap& stores, StoreMap& accepted);
   bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
                               const std::wstring& gatewayName);
 
   StoreMap stores_;
+  SavedStores saved_;
   const std::unique_ptr<CGenericCS> lock_;
   IServiceRecordsNotifications* notifications_ = nullptr;
 };

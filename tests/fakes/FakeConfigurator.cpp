@@ -28,11 +28,28 @@ void FakeConfigurator::Clear() {
   const std::lock_guard lock(mutex_);
   root_.clear();
   writes_ = 0;
+  readsFail_ = false;
+  writesFail_ = false;
 }
 
 int FakeConfigurator::Writes() const {
   const std::lock_guard lock(mutex_);
   return writes_;
+}
+
+void FakeConfigurator::FailReads(bool fail) {
+  const std::lock_guard lock(mutex_);
+  readsFail_ = fail;
+}
+
+void FakeConfigurator::FailWrites(bool fail) {
+  const std::lock_guard lock(mutex_);
+  writesFail_ = fail;
+}
+
+Config::StorageFailures FakeConfigurator::Failures() const {
+  const std::lock_guard lock(mutex_);
+  return failures_;
 }
 
 std::vector<std::wstring> FakeConfigurator::Dump() const {
@@ -65,6 +82,11 @@ FakeConfigurator::Node* FakeConfigurator::Child(Container& container, const std:
 }
 
 FakeConfigurator::Node* FakeConfigurator::Find(const std::wstring& key) const {
+  if (readsFail_) {
+    ++failures_.reads;
+    failures_.latest = "the file cannot be read";
+    return nullptr;
+  }
   Container* container = &root_;
   Node* node = nullptr;
   for (const std::wstring& component : Components(key)) {
@@ -74,8 +96,19 @@ FakeConfigurator::Node* FakeConfigurator::Find(const std::wstring& key) const {
   return node;
 }
 
+bool FakeConfigurator::BeginWrite() const {
+  if (!readsFail_ && !writesFail_) {
+    ++writes_;
+    return true;
+  }
+  ++failures_.writes;
+  failures_.latest = "the file cannot be written";
+  return false;
+}
+
 bool FakeConfigurator::Store(const std::wstring& key, Node node) const {
   if (beforeWrite) beforeWrite();
+  if (!BeginWrite()) return true;
   std::vector<std::wstring> components = Components(key);
   const std::wstring last = components.back();
   components.pop_back();
@@ -91,7 +124,6 @@ bool FakeConfigurator::Store(const std::wstring& key, Node node) const {
   } else {
     container->emplace_back(last, std::move(node));
   }
-  ++writes_;
   return true;
 }
 
@@ -159,6 +191,7 @@ bool FakeConfigurator::CreateContainer(const std::wstring& key) const {
 
 bool FakeConfigurator::DeleteContainer(const std::wstring& key) const {
   const std::lock_guard lock(mutex_);
+  if (!BeginWrite()) return true;
   std::vector<std::wstring> components = Components(key);
   const std::wstring last = components.back();
   components.pop_back();
@@ -168,7 +201,6 @@ bool FakeConfigurator::DeleteContainer(const std::wstring& key) const {
     container = child == nullptr ? nullptr : std::get_if<Container>(&child->value);
   }
   if (container != nullptr) container->remove_if([&last](const auto& entry) { return entry.first == last; });
-  ++writes_;
   return true;
 }
 

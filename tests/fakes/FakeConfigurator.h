@@ -21,6 +21,9 @@ class FakeConfigurator : public Config::Configurator {
   std::function<void()> beforeWrite;
   // How often the tree would have been written to its file.
   [[nodiscard]] int Writes() const;
+  // From now on its file cannot be read, and so not written either, or cannot be written. Clear mends it.
+  void FailReads(bool fail);
+  void FailWrites(bool fail);
   // Every value as "path = value" and every container as "path\", in order, each list behind the last.
   [[nodiscard]] std::vector<std::wstring> Dump() const;
 
@@ -43,6 +46,7 @@ class FakeConfigurator : public Config::Configurator {
   std::uint32_t NotifyContainer(const std::wstring& key, bool recursive, std::uint32_t events,
                                 Config::ContainerCallback callback, void* context) const override;
   bool UnnotifyContainer(const std::uint32_t& handle) const override;
+  [[nodiscard]] Config::StorageFailures Failures() const override;
 
  private:
   struct Node;
@@ -55,12 +59,18 @@ class FakeConfigurator : public Config::Configurator {
   static Node* Child(Container& container, const std::wstring& name);
   static void Describe(const Container& container, const std::wstring& path,
                        std::vector<std::wstring>& lines);
+  // Null also when the file cannot be read.
   Node* Find(const std::wstring& key) const;
+  // False when the file cannot be written.
+  bool BeginWrite() const;
   bool Store(const std::wstring& key, Node node) const;
 
   mutable std::mutex mutex_;
   mutable Container root_;
   mutable int writes_ = 0;
+  mutable Config::StorageFailures failures_;
+  bool readsFail_ = false;
+  bool writesFail_ = false;
 };
 
 }  // namespace testsupport

@@ -1,0 +1,68 @@
+#include "SRLib/SavedStores.h"
+
+#include "SRLib/Configurator.h"
+#include "SRLib/GenericFactories.h"
+#include "SRLib/SRRegistryConfig.h"
+#include "SRLib/SystemLog.h"
+#include "SRLib/Trace.h"
+#include "libs/RetryDelay/RetryDelay.h"
+
+#include <utility>
+
+namespace ServiceRecords {
+namespace {
+
+Config::StorageFailures Failures() {
+  return CGenericFactories::Instance().UserConfiguration().Failures();
+}
+
+}  // namespace
+
+void SavedStores::RetryWith(StartTimer startTimer) {
+  startTimer_ = std::move(startTimer);
+  if (state_ != State::Good && startTimer_) startTimer_(delay_);
+}
+
+bool SavedStores::TakeRetry() {
+  if (state_ == State::Good) return false;
+  WaitForRetry();
+  return true;
+}
+
+void SavedStores::WaitForRetry() {
+  delay_ = RetryDelay(attempts_++);
+  if (startTimer_) startTimer_(delay_);
+}
+
+std::optional<StoreMap> SavedStores::Restore() {
+  const std::uint64_t failuresBefore = Failures().reads;
+  StoreMap stores = SRRegistryConfig().RestoreStores();
+  const Config::StorageFailures failures = Failures();
+  if (failures.reads == failuresBefore) {
+    TakeResult(State::Good, {});
+    return stores;
+  }
+  TakeResult(State::Unreadable,
+             "the stores cannot be read, and are not changed until they can: " + failures.latest);
+  return std::nullopt;
+}
+
+void SavedStores::Save(const StoreMap& stores) {
+  const std::uint64_t failuresBefore = Failures().writes;
+  SRRegistryConfig().SaveStores(stores);
+  const Config::StorageFailures failures = Failures();
+  const bool saved = failures.writes == failuresBefore;
+  TakeResult(saved ? State::Good : State::Unsaved,
+             "the stores cannot be saved, which is tried again: " + failures.latest);
+}
+
+void SavedStores::TakeResult(State state, const std::string& problem) {
+  const State before = std::exchange(state_, state);
+  if (state != State::Good) SR_TRACE(2) << problem.c_str();
+  if (state == State::Good || before != State::Good) return;
+  SystemLog::Error(problem);
+  attempts_ = 0;
+  WaitForRetry();
+}
+
+}  // namespace ServiceRecords

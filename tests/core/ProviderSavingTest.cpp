@@ -1,0 +1,241 @@
+#include "SRLib/SRRegistryConfig.h"
+#include "core/ProviderTest.h"
+#include "fakes/StubHTTPRequestFactory.h"
+#include "fakes/StubNetworkLocation.h"
+#include "support/SystemLogFake.h"
+#include "support/TemporaryFolder.h"
+
+#include <fstream>
+
+namespace {
+
+using namespace ServiceRecords;
+using namespace testsupport;
+using State = SavedStores::State;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A provider whose saved list cannot be written, or could not be read, for a time that the test decides.
+class ProviderSavingTest : public ProviderTest {
+ protected:
+  using Delays = std::vector<std::chrono::seconds>;
+
+  ProviderSavingTest() {
+    provider_.RetryWith(Timer());
+    static_cast<void>(SystemLogFake::TakeLines());
+  }
+
+  SavedStores::StartTimer Timer() {
+    return [this](std::chrono::seconds delay) { delays_.push_back(delay); };
+  }
+
+  // Each try comes when its time is over.
+  void LetTimePass(int tries) {
+    for (int i = 0; i < tries; ++i) provider_.TryAgain();
+  }
+
+  static Wide SavedIds() { return Ids(SRRegistryConfig().RestoreStores()); }
+
+  static Delays Seconds(std::initializer_list<int> numbers) {
+    Delays delays;
+    for (const int number : numbers) delays.emplace_back(number);
+    return delays;
+  }
+
+  void HoldSaved(const std::vector<SRStore>& stores) {
+    Hold(stores);
+    provider_.SaveAllStores();
+    Forget();
+  }
+
+  Delays delays_;
+};
+
+TEST_F(ProviderSavingTest, ASaveThatSucceedsNeedsNoOther) {
+  HoldSaved({Store(L"a", L"https://a")});
+  LetTimePass(1);
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
+  EXPECT_FALSE(WasSaved());
+  EXPECT_EQ(delays_, Delays{});
+  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+}
+
+TEST_F(ProviderSavingTest, ASaveThatFailsIsTriedAgainAfterLongerAndLongerTimesUntilItSucceeds) {
+  HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b")});
+  UserConfiguration().FailWrites(true);
+  EXPECT_TRUE(provider_.RemoveStore(L"a")) << "the answer does not tell";
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Unsaved);
+  EXPECT_EQ(Ids(RecordedPublications::All().back().stores), (Wide{L"b"}));
+  LetTimePass(10);
+  EXPECT_EQ(delays_, Seconds({1, 2, 4, 8, 16, 32, 64, 128, 256, 300, 300}));
+  EXPECT_EQ(SavedIds(), (Wide{L"a", L"b"}));
+  UserConfiguration().FailWrites(false);
+  LetTimePass(1);
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
+  EXPECT_EQ(SavedIds(), (Wide{L"b"}));
+  const std::size_t asked = delays_.size();
+  LetTimePass(1);
+  EXPECT_EQ(delays_.size(), asked);
+}
+
+TEST_F(ProviderSavingTest, AFailingTimeIsSaidOnceInTheSystemLog) {
+  HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b"), Store(L"c", L"https://c")});
+  for (const wchar_t* id : {L"a", L"b"}) {
+    UserConfiguration().FailWrites(true);
+    provider_.RemoveStore(id);
+    LetTimePass(3);
+    provider_.SaveAllStores();
+    EXPECT_THAT(SystemLogFake::TakeLines(),
+                ElementsAre("the stores cannot be saved, which is tried again: the file cannot be written"));
+    UserConfiguration().FailWrites(false);
+    LetTimePass(1);
+    EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  }
+}
+
+TEST_F(ProviderSavingTest, TheNextFailingTimeBeginsWithOneSecondAgain) {
+  HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b")});
+  UserConfiguration().FailWrites(true);
+  provider_.RemoveStore(L"a");
+  LetTimePass(2);
+  UserConfiguration().FailWrites(false);
+  provider_.SaveAllStores();
+  delays_.clear();
+  UserConfiguration().FailWrites(true);
+  provider_.RemoveStore(L"b");
+  EXPECT_EQ(delays_, Seconds({1}));
+}
+
+TEST_F(ProviderSavingTest, TheNextChangeSavesWhatWasNotSaved) {
+  HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b"), Store(L"c", L"https://c")});
+  UserConfiguration().FailWrites(true);
+  provider_.RemoveStore(L"a");
+  UserConfiguration().FailWrites(false);
+  provider_.RemoveStore(L"b");
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
+  EXPECT_EQ(SavedIds(), (Wide{L"c"}));
+  EXPECT_EQ(delays_, Seconds({1})) << "a change asks for no try of its own";
+}
+
+TEST_F(ProviderSavingTest, ATryIsMadeUnderTheLockAndPublishesNothing) {
+  HoldSaved({Store(L"a", L"https://a")});
+  UserConfiguration().FailWrites(true);
+  provider_.SaveAllStores();
+  UserConfiguration().FailWrites(false);
+  Forget();
+  LetTimePass(1);
+  EXPECT_TRUE(WasSaved());
+  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
+// A provider that starts while the saved list cannot be read.
+class UnreadableListTest : public ProviderSavingTest {
+ protected:
+  UnreadableListTest() {
+    SRRegistryConfig().SaveStores(stores_);
+    UserConfiguration().FailReads(true);
+    provider_.RestoreFromRepository();
+    Forget();
+  }
+
+  bool Update(const std::wstring& id) {
+    bool updated = true;
+    provider_.InboundUpdate(DiscoveryDocument(Service(id, L"", InServiceRecordNamespace())), updated);
+    return updated;
+  }
+
+  void ExpectRefusal(const wchar_t* title) {
+    EXPECT_CALL(notifications_, ShowSRErrorDialog(std::wstring(title), std::wstring(L"message 1712")));
+  }
+
+  StoreMap stores_ = Map({Store(L"a", L"https://a", {Gateway(L"GW", L"https://gw")})});
+};
+
+TEST_F(UnreadableListTest, ReadersGetTheEmptyList) {
+  SRStore store;
+  EXPECT_TRUE(provider_.GetStores().empty());
+  EXPECT_FALSE(provider_.GetStoreFromURL(L"https://a", store));
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Unreadable);
+}
+
+TEST_F(UnreadableListTest, NothingIsChangedOrSaved) {
+  EXPECT_FALSE(provider_.RemoveStore(L"a"));
+  EXPECT_FALSE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
+  EXPECT_FALSE(provider_.SetDefaultGatewayForStore(L"https://a", L"GW"));
+  provider_.SaveAllStores();
+  ExpectRefusal(L"message 1608");
+  EXPECT_FALSE(Update(L"new"));
+  EXPECT_FALSE(WasSaved());
+  EXPECT_TRUE(provider_.GetStores().empty());
+  UserConfiguration().FailReads(false);
+  EXPECT_EQ(SavedIds(), (Wide{L"a"}));
+}
+
+TEST_F(UnreadableListTest, TheListIsReadAgainAfterLongerAndLongerTimesAndPublished) {
+  LetTimePass(3);
+  EXPECT_EQ(delays_, Seconds({1, 2, 4, 8}));
+  EXPECT_THAT(
+      SystemLogFake::TakeLines(),
+      ElementsAre("the stores cannot be read, and are not changed until they can: the file cannot be read"));
+  Forget();
+  UserConfiguration().FailReads(false);
+  LetTimePass(1);
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a"}));
+  ASSERT_EQ(RecordedPublications::All().size(), 1U);
+  EXPECT_EQ(Ids(RecordedPublications::All().front().stores), (Wide{L"a"}));
+  EXPECT_TRUE(RecordedPublications::All().front().insideCriticalSection);
+  EXPECT_FALSE(WasSaved());
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
+}
+
+TEST_F(UnreadableListTest, ATimerThatComesLaterIsStartedForTheTryThatIsWanted) {
+  SRProvider late;
+  EXPECT_EQ(late.StateOfSavedStores(), State::Unreadable);
+  delays_.clear();
+  late.RetryWith(Timer());
+  EXPECT_EQ(delays_, Seconds({1}));
+}
+
+TEST_F(UnreadableListTest, TheNextRemovalReadsTheListFirst) {
+  UserConfiguration().FailReads(false);
+  EXPECT_TRUE(provider_.RemoveStore(L"a"));
+  EXPECT_TRUE(SavedIds().empty());
+}
+
+TEST_F(UnreadableListTest, TheNextDocumentIsMergedIntoTheListThatWasReadFirst) {
+  UserConfiguration().FailReads(false);
+  EXPECT_TRUE(Update(L"new"));
+  EXPECT_EQ(SavedIds(), (Wide{L"a", L"new"}));
+}
+
+TEST_F(UnreadableListTest, TheNextChoiceOfAGatewayReadsTheListFirst) {
+  UserConfiguration().FailReads(false);
+  EXPECT_TRUE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
+}
+
+TEST_F(UnreadableListTest, AnOpenedFileIsRefusedBeforeTheUserIsAskedToTrustIt) {
+  const TemporaryFolder folder;
+  const auto file = folder.Path() / "opened.cr";
+  std::ofstream(file) << Narrow(ServiceRecord(Service(L"new", L"")));
+  StoreMap accepted = stores_;
+  ExpectRefusal(L"message 1600");
+  provider_.OutboundUserConfirm(L"\"" + file.wstring() + L"\"", accepted);
+  EXPECT_TRUE(accepted.empty());
+  EXPECT_TRUE(provider_.GetStores().empty());
+}
+
+TEST_F(UnreadableListTest, FetchedDocumentsAreRefused) {
+  AnswerLocationWith(1);
+  StubHTTPRequestFactory server;
+  server.Answer(L"https://a", DiscoveryDocument(Service(L"a", L"", InServiceRecordNamespace())));
+  bool updated = true;
+  ExpectRefusal(L"message 1600");
+  provider_.OutboundDSConfirm(stores_, updated);
+  AnswerLocationWith(2);
+  EXPECT_FALSE(updated);
+  EXPECT_FALSE(WasSaved());
+  EXPECT_TRUE(provider_.GetStores().empty());
+}
+
+}  // namespace
