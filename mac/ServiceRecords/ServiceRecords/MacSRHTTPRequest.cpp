@@ -46,15 +46,14 @@ int BeforeRequest(void* user, char* /*peerAddress*/, char* /*ownAddress*/, int /
 
 // `headers` and `reception` must outlive the request.
 std::unique_ptr<CurlTransfer> MakeGet(const std::string& url, const TransferLimits& limits,
-                                      const RequestHeaderLists& headers, Reception& reception) {
+                                      const CurlListPtr& headers, Reception& reception) {
   std::unique_ptr<CurlTransfer> request = CurlTransfer::Make(url, limits);
   if (!request) return nullptr;
   reception.request = request.get();
   CURL* const handle = request->Handle();
   curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
   curl_easy_setopt(handle, CURLOPT_HEADEROPT, CURLHEADER_SEPARATE);
-  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.server.get());
-  curl_easy_setopt(handle, CURLOPT_PROXYHEADER, headers.proxy.get());
+  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers.get());
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
   curl_easy_setopt(handle, CURLOPT_MAXREDIRS, kMaximumRedirects);
   curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, BeforeRequest);
@@ -119,10 +118,10 @@ bool MacSRHTTPRequest::SendHTTPRequest(const std::wstring& extraHeaders) {
     CSRLog(2, "The URL passed to SendHTTPRequest was malformed (URL = %@)", address);
     return Failed();
   }
-  const std::optional<RequestHeaderLists> headers = RequestHeaders(extraHeaders);
+  const CurlListPtr headers = RequestHeaders(extraHeaders);
   Reception reception;
   std::unique_ptr<CurlTransfer> request;
-  if (headers) request = MakeGet(form.text, limits_, *headers, reception);
+  if (headers) request = MakeGet(form.text, limits_, headers, reception);
   if (!request) {
     CSRLog(2, "Failed to create urlRequest in SendHTTPRequest (URL = %@)", address);
     return Failed();

@@ -41,15 +41,10 @@ void MakeLibraryForm(std::string& line) {
   line += ';';
 }
 
-bool IsForProxy(std::string_view line) {
-  return util::AsciiLowerCased(line.substr(0, line.find(':'))) == "proxy-authorization";
-}
-
 // False without memory. A line that cannot be sent is passed over.
-bool AppendSendable(RequestHeaderLists& lists, std::string line) {
+bool AppendSendable(CurlListPtr& list, std::string line) {
   bool appended = true;
   if (IsSendable(line)) {
-    CurlListPtr& list = IsForProxy(line) ? lists.proxy : lists.server;
     MakeLibraryForm(line);
     appended = Append(list, line);
   }
@@ -59,13 +54,13 @@ bool AppendSendable(RequestHeaderLists& lists, std::string line) {
 
 }  // namespace
 
-std::optional<RequestHeaderLists> RequestHeaders(std::wstring_view extraHeaders) {
-  RequestHeaderLists lists;
-  if (!Append(lists.server, "Accept: text/xml,application/xml")) return std::nullopt;
+CurlListPtr RequestHeaders(std::wstring_view extraHeaders) {
+  CurlListPtr list;
+  if (!Append(list, "Accept: text/xml,application/xml")) return nullptr;
   std::size_t end = extraHeaders.find(kLineEnd);
   for (; end != std::wstring_view::npos; end = extraHeaders.find(kLineEnd)) {
-    if (!AppendSendable(lists, util::narrow(extraHeaders.substr(0, end)))) return std::nullopt;
+    if (!AppendSendable(list, util::narrow(extraHeaders.substr(0, end)))) return nullptr;
     extraHeaders.remove_prefix(end + kLineEnd.size());
   }
-  return lists;
+  return list;
 }

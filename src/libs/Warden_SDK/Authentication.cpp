@@ -56,9 +56,6 @@ void LogChoice(const Site& site, std::string_view scheme) {
 
 }  // namespace
 
-Authentication::Authentication(std::string headerName, const CredentialProgram& program)
-    : headerName_(std::move(headerName)), program_(program) {}
-
 void Authentication::Challenged(std::vector<Challenge> challenges, std::string_view target) {
   challenges_ = std::move(challenges);
   pending_ = true;
@@ -221,8 +218,7 @@ std::optional<Secret> Authentication::DigestValue(const Site& site, std::string_
 }
 
 void Authentication::SetHeaderLine(std::string_view value) {
-  Secret line(headerName_);
-  line.Append(": ");
+  Secret line("Authorization: ");
   line.Append(value);
   headerLine_ = std::move(line);
 }

@@ -25,12 +25,11 @@ struct Site {
   std::uint32_t authentication = 1;  // as in MorvaneWardenRoute
 };
 
-// The authentication of one request in one of its header lines: from the challenges of one answer to the next
-// header line. One thread.
+// The authentication of one request: from the challenges of one answer to the next header line. One thread.
 class Authentication {
  public:
-  // `headerName` is "Authorization" or "Proxy-Authorization". `program` must outlive the object.
-  Authentication(std::string headerName, const CredentialProgram& program);
+  // `program` must outlive the object.
+  explicit Authentication(const CredentialProgram& program) : program_(program) {}
 
   // The challenges of a request that was rejected at this target. A stored credential that it used is erased,
   // unless it used it in a digest of another target, whose rejection says nothing about the credential.
@@ -64,7 +63,6 @@ class Authentication {
   [[nodiscard]] std::optional<Secret> DigestValue(const Site& site, std::string_view password);
   void SetHeaderLine(std::string_view value);
 
-  std::string headerName_;
   const CredentialProgram& program_;
   std::vector<Challenge> challenges_;
   bool pending_ = false;

@@ -18,7 +18,7 @@ struct Challenge {
   [[nodiscard]] const std::string* Parameter(std::string_view name) const;
 };
 
-// Adds the challenges of one WWW-Authenticate or Proxy-Authenticate value to the list. From the first
+// Adds the challenges of one WWW-Authenticate value to the list. From the first
 // malformed one on, and from one with a parameter given twice, the rest of the value is ignored.
 void AppendChallenges(std::string_view value, std::vector<Challenge>& challenges);
 

@@ -16,7 +16,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 struct MorvaneWardenConnection {
   std::string name;
@@ -211,12 +210,11 @@ MorvaneWardenStatus MorvaneWarden_GetHeaders(MorvaneWardenRequestContext* contex
   if (context == nullptr) return MORVANE_WARDEN_BAD_PARAMETER;
   return Guarded([&] {
     if (!context->request.IsPrepared()) return MORVANE_WARDEN_NOTHING_PREPARED;
-    std::vector<TextPtr> copies;
-    for (const std::string_view line : context->request.HeaderLines()) copies.push_back(CopyOf(line));
-    auto* const list = new const wchar_t*[copies.size() + 1];
-    std::transform(copies.begin(), copies.end(), list, [](TextPtr& copy) { return copy.release(); });
-    list[copies.size()] = nullptr;
-    *lines = list;
+    constexpr std::size_t kMostLines = 1;
+    auto list = std::make_unique<const wchar_t*[]>(kMostLines + 1);
+    const std::string_view line = context->request.HeaderLine();
+    if (!line.empty()) list[0] = CopyOf(line).release();
+    *lines = list.release();
     return MORVANE_WARDEN_OK;
   });
 }

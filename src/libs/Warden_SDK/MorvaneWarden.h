@@ -7,17 +7,15 @@
  * loop: Prepare2 says whether a request is to be sent and, if so, GetTranslatedUrl and GetHeaders say which;
  * ReportHttpResponse takes the answer, and SetAnsweringUrl, before it, where that came from.
  *
- * Challenges (status 401, and 407 with the Proxy- headers) are answered with the strongest scheme on offer
- * that can be served: Negotiate, when there is a ticket; Digest with SHA-256; Digest with MD5 (both with
- * "auth" or without qop); Basic, over https only. User name and password come from the credential program
- * "servicerecord-credential", which lies in the library's folder: from the Secret Service, else from the
- * user. For a gateway whose users log on with a code the user is asked for that too; it is sent right behind
- * the password, and never stored. A request has three tries (three more at a proxy), a stored credential
- * included. A stored credential that was rejected is erased; one to be remembered is stored when it was
- * accepted.
+ * Challenges (status 401) are answered with the strongest scheme on offer that can be served: Negotiate, when
+ * there is a ticket; Digest with SHA-256; Digest with MD5 (both with "auth" or without qop); Basic. User name
+ * and password come from the credential program "servicerecord-credential", which lies in the library's
+ * folder: from the Secret Service, else from the user. For a gateway whose users log on with a code the user
+ * is asked for that too; it is sent right behind the password, and never stored. A request has three tries, a
+ * stored credential included. A stored credential that was rejected is erased; one to be remembered is stored
+ * when it was accepted.
  *
- * Of proxies, those are served that answer a plain http request with a 407; a proxy that refuses the CONNECT
- * of an https request gives the caller no answer, so its challenge never comes here.
+ * Nobody logs on at a proxy: a 407 ends the request, and no credential is read, sent, asked for or erased.
  *
  * What the user cancels is not asked again on the same thread for ten minutes: a caller runs the requests
  * that belong together on one thread, and gives each such flow a thread of its own.

@@ -7,11 +7,12 @@
 #include "WardenLog.h"
 
 #include <utility>
+#include <vector>
 
 namespace Warden {
 namespace {
 
-// Three tries at a proxy and three at the server, a few legs of Negotiate and a stale nonce fit in.
+// Three tries, a few legs of Negotiate and some stale nonces fit in.
 constexpr int kMostPasses = 16;
 constexpr std::int64_t kOK = 200;
 constexpr std::int64_t kBadRequest = 400;
@@ -44,8 +45,7 @@ RequestContext::RequestContext(Url storeUrl, const CredentialProgram& program,
     : storeUrl_(std::move(storeUrl)),
       site_{storeUrl_},
       cancellation_(cancellation),
-      origin_("Authorization", program),
-      proxy_("Proxy-Authorization", program) {}
+      authentication_(program) {}
 
 bool RequestContext::ForceRoute(const MorvaneWardenRoute& route) {
   const std::optional<Url> gateway = Url::Parse(Narrow(route.GatewayLocation), "https");
@@ -77,10 +77,8 @@ MorvaneWardenAction RequestContext::Prepare() {
 MorvaneWardenAction RequestContext::PrepareRequest() {
   if (cancellation_.Requested()) return MORVANE_WARDEN_ACTION_CANCELLED;
   if (++passes_ > kMostPasses) return MORVANE_WARDEN_ACTION_TOO_MANY_TRIES;
-  for (Authentication* authentication : {&proxy_, &origin_}) {
-    const MorvaneWardenAction action = authentication->Prepare(site_);
-    if (action != MORVANE_WARDEN_ACTION_SEND) return action;
-  }
+  const MorvaneWardenAction action = authentication_.Prepare(site_);
+  if (action != MORVANE_WARDEN_ACTION_SEND) return action;
   return cancellation_.Requested() ? MORVANE_WARDEN_ACTION_CANCELLED : MORVANE_WARDEN_ACTION_SEND;
 }
 
@@ -88,32 +86,25 @@ std::string RequestContext::TranslatedUrl() const {
   return site_.url.scheme + "://" + site_.url.authority + site_.url.target;
 }
 
-std::vector<std::string_view> RequestContext::HeaderLines() const {
-  std::vector<std::string_view> lines;
-  for (const Authentication* authentication : {&origin_, &proxy_}) {
-    if (!authentication->HeaderLine().IsEmpty()) lines.push_back(authentication->HeaderLine().View());
-  }
-  return lines;
-}
-
 void RequestContext::Report(std::int64_t status, const wchar_t* const* lines) {
   isPrepared_ = false;
   if (status == kOK) {
-    proxy_.Accepted();
-    origin_.Accepted();
+    authentication_.Accepted();
     last_ = MORVANE_WARDEN_ACTION_DONE;
   } else if (status == kUnauthorized) {
-    TakeServersChallenge(lines);
-  } else if (status == kProxyAuthenticationRequired) {
-    Challenged(proxy_, "proxy-authenticate", lines);
+    TakeChallenge(lines);
   } else if (status == kBadRequest && SentDigestOfAnotherTarget()) {
     FollowRedirect();
   } else {
+    if (status == kProxyAuthenticationRequired) {
+      WardenLog::Write(WardenLog::kFailure,
+                       "Warden: a proxy asks for a log-on, and nobody logs on at a proxy");
+    }
     last_ = status == 0 ? MORVANE_WARDEN_ACTION_NO_ANSWER : MORVANE_WARDEN_ACTION_REFUSED;
   }
 }
 
-void RequestContext::TakeServersChallenge(const wchar_t* const* lines) {
+void RequestContext::TakeChallenge(const wchar_t* const* lines) {
   if (LeftTheServer()) {
     // No credential went there, so none was rejected, and one for it would go to the server that was asked.
     WardenLog::Write(WardenLog::kFailure,
@@ -123,7 +114,11 @@ void RequestContext::TakeServersChallenge(const wchar_t* const* lines) {
     return;
   }
   FollowRedirect();
-  Challenged(origin_, "www-authenticate", lines);
+  std::vector<Challenge> challenges;
+  for (const ResponseLine& line : UsableLines(lines)) {
+    if (line.name == "www-authenticate") AppendChallenges(line.value, challenges);
+  }
+  authentication_.Challenged(std::move(challenges), site_.url.target);
 }
 
 bool RequestContext::LeftTheServer() const {
@@ -132,20 +127,11 @@ bool RequestContext::LeftTheServer() const {
 
 // A server may answer that with a 400 (RFC 7616, 3.4).
 bool RequestContext::SentDigestOfAnotherTarget() const {
-  return answering_ && !LeftTheServer() && origin_.IsDigestOfAnotherTarget(answering_->target);
+  return answering_ && !LeftTheServer() && authentication_.IsDigestOfAnotherTarget(answering_->target);
 }
 
 void RequestContext::FollowRedirect() {
   if (answering_) site_.url.target = answering_->target;
-}
-
-void RequestContext::Challenged(Authentication& authentication, std::string_view header,
-                                const wchar_t* const* lines) {
-  std::vector<Challenge> challenges;
-  for (const ResponseLine& line : UsableLines(lines)) {
-    if (line.name == header) AppendChallenges(line.value, challenges);
-  }
-  authentication.Challenged(std::move(challenges), site_.url.target);
 }
 
 }  // namespace Warden

@@ -8,7 +8,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace Warden {
 
@@ -28,8 +27,8 @@ class RequestContext {
   // Whether there is a request to be sent, whose answer is to be reported.
   [[nodiscard]] bool IsPrepared() const { return isPrepared_; }
   [[nodiscard]] std::string TranslatedUrl() const;
-  // None, one or two lines without line ends.
-  [[nodiscard]] std::vector<std::string_view> HeaderLines() const;
+  // The header line to send, without its end; empty for none.
+  [[nodiscard]] std::string_view HeaderLine() const { return authentication_.HeaderLine().View(); }
 
   // Where the answer to the prepared request came from, when it was redirected.
   void SetAnsweringUrl(Url url) { answering_ = std::move(url); }
@@ -43,15 +42,13 @@ class RequestContext {
   [[nodiscard]] bool SentDigestOfAnotherTarget() const;
   // From now on what the server has redirected to is requested.
   void FollowRedirect();
-  void TakeServersChallenge(const wchar_t* const* lines);
-  void Challenged(Authentication& authentication, std::string_view header, const wchar_t* const* lines);
+  void TakeChallenge(const wchar_t* const* lines);
 
   Url storeUrl_;
   Site site_;
   std::optional<Url> answering_;
   const Cancellation& cancellation_;
-  Authentication origin_;
-  Authentication proxy_;
+  Authentication authentication_;
   std::optional<MorvaneWardenAction> last_;
   int passes_ = 0;
   bool isPrepared_ = false;
