@@ -100,7 +100,7 @@ TEST_F(GatewayTest, AModeThatDoesNotRewriteGoesToTheStore) {
   EXPECT_THAT(lastHeaders_, IsEmpty());
 }
 
-TEST_F(GatewayTest, CredentialsDoNotFollowARedirectToAnotherServer) {
+TEST_F(GatewayTest, CredentialsDoNotFollowARedirectToAnotherServerAndAreNotAcceptedThere) {
   const WebServer other(
       TrustedAuthority().TlsServerBlock("good", "location / { return 200 \"auth=$http_authorization\"; }"));
   const WebServer redirecting(TrustedAuthority().TlsServerBlock(
@@ -108,10 +108,11 @@ TEST_F(GatewayTest, CredentialsDoNotFollowARedirectToAnotherServer) {
       "location / { if ($http_authorization = \"\") { add_header WWW-Authenticate 'Basic realm=x' always; "
       "return 401; } return 302 " +
           other.Address("https") + "/; }"));
-  program_.WillGive("user", "secret");
+  program_.WillGive("user", "secret", "remember=yes\nsource=asked");
   WardenRequest request(library_, Wide(redirecting.Address("https")) + L"/");
   EXPECT_EQ(request.Run(), 1U);
   EXPECT_EQ(request.Body(), L"auth=");
+  EXPECT_THAT(program_.Actions(), ElementsAre("get"));
 }
 
 TEST_F(GatewayTest, ARedirectToPlainHTTPIsNoAnswer) {

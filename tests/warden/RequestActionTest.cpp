@@ -271,6 +271,38 @@ TEST_F(RequestActionTest, OnlyACredentialToBeRememberedIsStoredAndNeverItsCode) 
   EXPECT_THAT(program_.Actions(), ElementsAre("get", "store", "get"));
   EXPECT_THAT(program_.Requests()[1], Not(HasSubstr("123456")));
 }
+TEST_F(RequestActionTest, AnAnswerOfAnotherServerDoesNotMakeACredentialAccepted) {
+  for (const wchar_t* other : {L"https://other.example/welcome", L"http://store.example:8443/Example/Main",
+                               L"https://store.example/Example/Main", L"https://store.example:bad/"}) {
+    program_.WillGive("user", "wrong", "remember=yes\nsource=asked");
+    WardenRequest request(library_, kStore);
+    PrepareAnswerTo(kBasic, request);
+    static_cast<void>(request.SetAnsweringUrl(other));
+    request.Report(200);
+    EXPECT_EQ(request.Prepare(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_DONE));
+  }
+  EXPECT_THAT(program_.Actions(), ElementsAre("get", "get", "get", "get"));
+}
+
+TEST_F(RequestActionTest, AnAnswerOfTheSameServerBehindARedirectMakesACredentialAccepted) {
+  program_.WillGive("user", "secret", "remember=yes\nsource=asked");
+  WardenRequest request(library_, kStore);
+  PrepareAnswerTo(kBasic, request);
+  EXPECT_EQ(request.SetAnsweringUrl(L"https://Store.example:8443/new"), MORVANE_WARDEN_OK);
+  request.Report(200);
+  EXPECT_THAT(program_.Actions(), ElementsAre("get", "store"));
+}
+
+TEST_F(RequestActionTest, AChallengeOfAnAddressThatCannotBeReadEndsTheRequest) {
+  program_.WillGive("user", "secret", "source=stored");
+  WardenRequest request(library_, kStore);
+  PrepareAnswerTo(kBasic, request);
+  EXPECT_EQ(request.SetAnsweringUrl(L"https://store.example:bad/"), MORVANE_WARDEN_BAD_PARAMETER);
+  request.Report(401, {kBasic});
+  EXPECT_EQ(request.Prepare(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_REFUSED));
+  EXPECT_THAT(program_.Actions(), ElementsAre("get"));
+}
+
 
 TEST_F(RequestActionTest, WhatWasAnsweredWithoutSuccessIsNotStored) {
   program_.WillGive("user", "secret", "remember=yes\nsource=asked");

@@ -230,9 +230,9 @@ MorvaneWardenStatus MorvaneWarden_SetAnsweringUrl(MorvaneWardenRequestContext* c
   return Guarded([&] {
     if (!context->request.IsPrepared()) return MORVANE_WARDEN_NOTHING_PREPARED;
     std::optional<Warden::Url> answering = Warden::Url::Parse(util::narrow(url), "http");
-    if (!answering) return MORVANE_WARDEN_BAD_PARAMETER;
-    context->request.SetAnsweringUrl(std::move(*answering));
-    return MORVANE_WARDEN_OK;
+    const bool isReadable = answering.has_value();
+    context->request.SetAnsweringUrl(std::move(answering));
+    return isReadable ? MORVANE_WARDEN_OK : MORVANE_WARDEN_BAD_PARAMETER;
   });
 }
 

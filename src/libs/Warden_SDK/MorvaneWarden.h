@@ -178,9 +178,10 @@ MORVANE_WARDEN_EXPORT void MorvaneWarden_FreeHeaders(const wchar_t* const* lines
 
 /*
  * Optional, before MorvaneWarden_ReportHttpResponse: the URL that the answer came from, when the caller has
- * followed redirects. Without it the answer counts as the requested URL's. A challenge of the same server is
- * answered at that URL, which the next pass then requests; one of another server ends the request, and no
- * credential is asked for, sent or erased because of it.
+ * followed redirects. Without it the answer counts as the requested URL's; an address that cannot be read, a
+ * bad parameter, counts as another server's. A challenge of the same server is answered at that URL, which
+ * the next pass then requests; one of another server ends the request. Because of an answer of another server
+ * no credential is asked for, sent, stored or erased.
  */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_SetAnsweringUrl(MorvaneWardenRequestContext* context,
                                                                         const wchar_t* url);

@@ -62,7 +62,7 @@ bool RequestContext::ForceRoute(const MorvaneWardenRoute& route) {
 
 MorvaneWardenAction RequestContext::Prepare() {
   isPrepared_ = false;
-  answering_.reset();
+  wasRedirected_ = false;
   if (!last_) {
     const MorvaneWardenAction action = PrepareRequest();
     isPrepared_ = action == MORVANE_WARDEN_ACTION_SEND;
@@ -89,7 +89,8 @@ std::string RequestContext::TranslatedUrl() const {
 void RequestContext::Report(std::int64_t status, const wchar_t* const* lines) {
   isPrepared_ = false;
   if (status == kOK) {
-    authentication_.Accepted();
+    // Another server's answer is no word on the credential, and may be a log-in page.
+    if (!LeftTheServer()) authentication_.Accepted();
     last_ = MORVANE_WARDEN_ACTION_DONE;
   } else if (status == kUnauthorized) {
     TakeChallenge(lines);
@@ -109,7 +110,7 @@ void RequestContext::TakeChallenge(const wchar_t* const* lines) {
     // No credential went there, so none was rejected, and one for it would go to the server that was asked.
     WardenLog::Write(WardenLog::kFailure,
                      "Warden: the challenge is another server's: " + ServerOf(site_.url) + " was asked, " +
-                         ServerOf(*answering_) + " answers");
+                         AnsweringServer() + " answers");
     last_ = MORVANE_WARDEN_ACTION_REFUSED;
     return;
   }
@@ -121,17 +122,26 @@ void RequestContext::TakeChallenge(const wchar_t* const* lines) {
   authentication_.Challenged(std::move(challenges), site_.url.target);
 }
 
+void RequestContext::SetAnsweringUrl(std::optional<Url> url) {
+  wasRedirected_ = true;
+  answering_ = std::move(url);
+}
+
+std::string RequestContext::AnsweringServer() const {
+  return answering_ ? ServerOf(*answering_) : "an address that cannot be read";
+}
+
 bool RequestContext::LeftTheServer() const {
-  return answering_ && ServerOf(*answering_) != ServerOf(site_.url);
+  return wasRedirected_ && AnsweringServer() != ServerOf(site_.url);
 }
 
 // A server may answer that with a 400 (RFC 7616, 3.4).
 bool RequestContext::SentDigestOfAnotherTarget() const {
-  return answering_ && !LeftTheServer() && authentication_.IsDigestOfAnotherTarget(answering_->target);
+  return wasRedirected_ && !LeftTheServer() && authentication_.IsDigestOfAnotherTarget(answering_->target);
 }
 
 void RequestContext::FollowRedirect() {
-  if (answering_) site_.url.target = answering_->target;
+  if (wasRedirected_) site_.url.target = answering_->target;
 }
 
 }  // namespace Warden

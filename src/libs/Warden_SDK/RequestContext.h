@@ -7,7 +7,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace Warden {
 
@@ -30,23 +29,26 @@ class RequestContext {
   // The header line to send, without its end; empty for none.
   [[nodiscard]] std::string_view HeaderLine() const { return authentication_.HeaderLine().View(); }
 
-  // Where the answer to the prepared request came from, when it was redirected.
-  void SetAnsweringUrl(Url url) { answering_ = std::move(url); }
+  // Where the answer to the prepared request came from, when it was redirected. Nothing for an address that
+  // cannot be read, which counts as another server's.
+  void SetAnsweringUrl(std::optional<Url> url);
   void Report(std::int64_t status, const wchar_t* const* lines);
 
  private:
   [[nodiscard]] MorvaneWardenAction PrepareRequest();
+  [[nodiscard]] std::string AnsweringServer() const;
   // Whether the request was redirected to another server than the one that it was made for.
   [[nodiscard]] bool LeftTheServer() const;
   // Whether a redirect took a digest along to a target of the same server that it is not good for.
   [[nodiscard]] bool SentDigestOfAnotherTarget() const;
-  // From now on what the server has redirected to is requested.
+  // From now on what the server itself has redirected to is requested.
   void FollowRedirect();
   void TakeChallenge(const wchar_t* const* lines);
 
   Url storeUrl_;
   Site site_;
-  std::optional<Url> answering_;
+  bool wasRedirected_ = false;
+  std::optional<Url> answering_;  // of the last redirect
   const Cancellation& cancellation_;
   Authentication authentication_;
   std::optional<MorvaneWardenAction> last_;
