@@ -6,7 +6,6 @@
 
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <vector>
 
@@ -33,21 +32,13 @@ using ContextPtr = std::unique_ptr<MorvaneWardenRequestContext, ContextDeleter>;
 using TranslatedUrlPtr = std::unique_ptr<const wchar_t, TranslatedUrlDeleter>;
 using HeadersPtr = std::unique_ptr<const wchar_t* const, HeadersDeleter>;
 
-// The library is initialised around each request, so requests must not overlap.
+// The library counts its uses, so those of several requests may overlap.
 class LibraryUse {
  public:
-  LibraryUse() : lock_(Mutex()) { MorvaneWarden_Initialize(); }
+  LibraryUse() { MorvaneWarden_Initialize(); }
   ~LibraryUse() { MorvaneWarden_Uninitialize(); }
   LibraryUse(const LibraryUse&) = delete;
   LibraryUse& operator=(const LibraryUse&) = delete;
-
- private:
-  static std::mutex& Mutex() {
-    static std::mutex mutex;
-    return mutex;
-  }
-
-  const std::lock_guard<std::mutex> lock_;
 };
 
 // A block of header lines for a request. It may hold credentials, so it is wiped at its end, and takes its

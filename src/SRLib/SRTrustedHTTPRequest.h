@@ -18,8 +18,8 @@ struct SRWardenRequest_Data {
 class SRTrustedHTTPRequest {
  public:
   // Blocks until the store answered with status 200, which is true with the body in `response`, or until
-  // there is nothing left to try; `canceled` tells that the user cancelled. Any thread; one request runs at a
-  // time, the others wait.
+  // there is nothing left to try; `canceled` tells that the user cancelled. Any thread;
+  // several requests run at once.
   static bool MakeRequest(const SRWardenRequest_Data& data, std::wstring& response, bool& canceled);
 };
 

@@ -270,6 +270,16 @@ TEST_F(DiscoveryThroughTheGateway, TerminationEndsAnOpenLogOnQuestion) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
+TEST_F(DiscoveryThroughTheGateway, LogOnsOfSeveralFilesAreAskedForAtOnceAndTerminationEndsThemAll) {
+  credentials_.WillHold();
+  for (const char* id : {"s1", "s2", "s3"}) {
+    agent_.Bus().StartServiceRecords("handleServiceRecordFTA", {FileOnly(Behind(id))});
+  }
+  credentials_.WaitUntilHeld(3);
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_THAT(agent_.LogMessages(), Contains(HasSubstr("MorvaneWarden_Prepare2 returned error 8")).Times(3));
+}
+
 TEST_F(DiscoveryThroughTheGateway, WhileALogOnIsAskedForTheServicesAnswer) {
   credentials_.WillHold();
   agent_.Bus().StartServiceRecords("handleServiceRecordFTA", {FileOnly(Behind("s1"))});

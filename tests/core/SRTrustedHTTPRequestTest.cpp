@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -144,27 +143,6 @@ TEST_F(SRTrustedHTTPRequestTest, ASuccessTracesItsBeginAndEndOnly) {
   ASSERT_EQ(traced.size(), 2U);
   EXPECT_THAT(traced[0], StartsWith("[+] "));
   EXPECT_THAT(traced[1], StartsWith("[-] "));
-}
-
-TEST_F(SRTrustedHTTPRequestTest, TwoThreadsRequestsRunOneAfterTheOther) {
-  constexpr int kRequests = 50;
-  const auto run = [&] {
-    for (int i = 0; i < kRequests; ++i) {
-      std::wstring response;
-      bool canceled = false;
-      SRTrustedHTTPRequest::MakeRequest(data_, response, canceled);
-    }
-  };
-  std::thread other(run);
-  run();
-  other.join();
-  const Texts calls = warden_.Calls();
-  ASSERT_EQ(calls.size() % (2 * kRequests), 0U);
-  const std::size_t perRequest = calls.size() / (2 * kRequests);
-  for (std::size_t i = 0; i < calls.size(); ++i) {
-    EXPECT_EQ(calls[i] == "Initialize", i % perRequest == 0);
-    EXPECT_EQ(calls[i] == "Uninitialize", i % perRequest == perRequest - 1);
-  }
 }
 
 }  // namespace

@@ -53,10 +53,11 @@ void ScriptedCredentials::WillHold() {
   if (::mkfifo((folder_ / "held").c_str(), 0600) != 0) throw std::runtime_error("no fifo");
 }
 
-void ScriptedCredentials::WaitUntilHeld() const {
-  std::string line;
-  std::ifstream fifo(folder_ / "held");
-  std::getline(fifo, line);
+void ScriptedCredentials::WaitUntilHeld(int questions) const {
+  while (questions > 0) {
+    std::ifstream fifo(folder_ / "held");
+    for (std::string line; std::getline(fifo, line);) --questions;
+  }
 }
 
 std::vector<std::string> ScriptedCredentials::Requests() const {

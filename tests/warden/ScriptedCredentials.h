@@ -19,10 +19,10 @@ class ScriptedCredentials {
   // The reply to the next "get" without one, its lines without the empty one.
   void WillReply(const std::string& lines);
   void WillGive(const std::string& userName, const std::string& password, const std::string& more = {});
-  // The next question stays open until its input closes.
+  // From now on questions stay open until their input closes.
   void WillHold();
-  // Blocks until that question is open.
-  void WaitUntilHeld() const;
+  // Blocks until that many questions are open at once.
+  void WaitUntilHeld(int questions = 1) const;
 
   // The requests so far, as the action and the lines, each ended by a line feed.
   [[nodiscard]] std::vector<std::string> Requests() const;

@@ -52,6 +52,18 @@ TEST_F(WardenInterfaceTest, NothingIsMadeBeforeItIsInitialized) {
   EXPECT_EQ(library_.Uninitialize(), MORVANE_WARDEN_NOT_INITIALIZED);
 }
 
+TEST_F(WardenInterfaceTest, ItsUsesAreCounted) {
+  ASSERT_EQ(library_.Initialize(), MORVANE_WARDEN_OK);
+  ASSERT_EQ(library_.Initialize(), MORVANE_WARDEN_OK);
+  EXPECT_EQ(library_.Uninitialize(), MORVANE_WARDEN_OK);
+  MorvaneWardenConnection* connection = nullptr;
+  EXPECT_EQ(library_.CreateConnection(L"Test", 0, 0, &connection), MORVANE_WARDEN_OK);
+  library_.DestroyConnection(connection);
+  EXPECT_EQ(library_.Uninitialize(), MORVANE_WARDEN_OK);
+  EXPECT_EQ(library_.CreateConnection(L"Test", 0, 0, &connection), MORVANE_WARDEN_NOT_INITIALIZED);
+  EXPECT_EQ(library_.Uninitialize(), MORVANE_WARDEN_NOT_INITIALIZED);
+}
+
 TEST_F(WardenInterfaceTest, ReservedArgumentsMustBeZero) {
   ASSERT_EQ(library_.Initialize(), MORVANE_WARDEN_OK);
   MorvaneWardenConnection* connection = nullptr;

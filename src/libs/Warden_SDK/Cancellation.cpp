@@ -16,9 +16,4 @@ void Cancellation::Request() const {
   ::eventfd_write(event_.Get(), 1);
 }
 
-void Cancellation::TakeBack() const {
-  eventfd_t ignored = 0;
-  ::eventfd_read(event_.Get(), &ignored);
-}
-
 }  // namespace Warden

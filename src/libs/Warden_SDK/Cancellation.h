@@ -4,19 +4,18 @@
 
 namespace Warden {
 
-// Whether requests are cancelled. Any thread.
+// Whether requests are cancelled, which is for good. Any thread.
 class Cancellation {
  public:
   Cancellation();
 
   // False when there was no descriptor to be had: nothing can be cancelled then.
   [[nodiscard]] bool IsUsable() const { return static_cast<bool>(event_); }
-  // Readable while requests are cancelled; only to be polled.
+  // Readable from the cancellation on; only to be polled.
   [[nodiscard]] int Descriptor() const { return event_.Get(); }
   [[nodiscard]] bool Requested() const;
 
   void Request() const;
-  void TakeBack() const;
 
  private:
   FileDescriptor event_;

@@ -102,7 +102,6 @@ MorvaneWardenStatus MorvaneWarden_Initialize(void) {
   return Guarded([] {
     Library& library = TheLibrary();
     if (!library.cancellation.IsUsable()) return MORVANE_WARDEN_OUT_OF_RESOURCES;
-    library.cancellation.TakeBack();
     ++library.users;
     return MORVANE_WARDEN_OK;
   });

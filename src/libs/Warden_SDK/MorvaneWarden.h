@@ -113,7 +113,7 @@ typedef void (*MorvaneWardenLogFunction)(int level, const wchar_t* message);
 /* Any time, any thread. Null, as at the start, drops the lines. */
 MORVANE_WARDEN_EXPORT void MorvaneWarden_SetLogFunction(MorvaneWardenLogFunction function);
 
-/* Before anything else, as often as MorvaneWarden_Uninitialize. Takes back an earlier cancellation. */
+/* Before anything else, as often as MorvaneWarden_Uninitialize; uses may overlap, on any thread. */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_Initialize(void);
 /*
  * Ends one use of the library, after everything made in it is destroyed. MORVANE_WARDEN_NOT_INITIALIZED, and
@@ -122,8 +122,8 @@ MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_Initialize(void);
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_Uninitialize(void);
 
 /*
- * Any thread: closes an open question to the user. Every MorvaneWarden_Prepare2 answers
- * MORVANE_WARDEN_ACTION_CANCELLED until the next MorvaneWarden_Initialize.
+ * Any thread, at the program's end: closes the questions to the user, those too that wait for their turn.
+ * From then on every MorvaneWarden_Prepare2 answers MORVANE_WARDEN_ACTION_CANCELLED.
  */
 MORVANE_WARDEN_EXPORT void MorvaneWarden_CancelRequests(void);
 
