@@ -1,5 +1,7 @@
 #include "warden/ApacheServer.h"
 
+#include "network/TrustedAuthority.h"
+
 #include <fstream>
 
 namespace testsupport {
@@ -9,7 +11,10 @@ namespace fs = std::filesystem;
 
 constexpr const char* kConfiguration = R"(ServerRoot @FOLDER@
 ServerName localhost
-Listen 127.0.0.1:@PORT@
+Listen 127.0.0.1:@PORT@ https
+SSLEngine on
+SSLCertificateFile @CERTIFICATE@
+SSLCertificateKeyFile @KEY@
 PidFile @FOLDER@/pid
 Mutex file:@FOLDER@ default
 ErrorLog /dev/stderr
@@ -56,7 +61,7 @@ ApacheServer::ApacheServer(const std::vector<std::string>& modules, const std::s
 }
 
 void ApacheServer::WriteConfiguration(const std::vector<std::string>& modules, std::string directives) const {
-  std::vector<std::string> all{"mpm_prefork", "authn_core", "authz_core", "authz_user", "authn_file"};
+  std::vector<std::string> all{"mpm_prefork", "ssl", "authn_core", "authz_core", "authz_user", "authn_file"};
   all.insert(all.end(), modules.begin(), modules.end());
   std::string lines;
   for (const std::string& name : all) {
@@ -65,13 +70,15 @@ void ApacheServer::WriteConfiguration(const std::vector<std::string>& modules, s
   std::string configuration = kConfiguration;
   Replace(configuration, "@MODULES@", lines);
   Replace(configuration, "@DIRECTIVES@", directives);
+  Replace(configuration, "@CERTIFICATE@", TrustedAuthority().File("good.pem").string());
+  Replace(configuration, "@KEY@", TrustedAuthority().File("good.key").string());
   Replace(configuration, "@FOLDER@", folder_.Path().string());
   Replace(configuration, "@PORT@", std::to_string(port_.Number()));
   std::ofstream(folder_.Path() / "apache.conf") << configuration;
 }
 
 std::wstring ApacheServer::Address() const {
-  return L"http://localhost:" + std::to_wstring(port_.Number());
+  return L"https://localhost:" + std::to_wstring(port_.Number());
 }
 
 }  // namespace testsupport

@@ -12,8 +12,8 @@
 
 namespace testsupport {
 
-// The Apache web server on a free port of the loopback address, serving the document "discovery". It accepts
-// connections from the moment on which this object exists, and ends with it. One thread.
+// The Apache web server behind TLS on a free port of the loopback address, serving the document "discovery".
+// It accepts connections from the moment on which this object exists, and ends with it. One thread.
 class ApacheServer {
  public:
   // `modules`: names as in "auth_digest", on top of those for files and password files. `directives`: for the
@@ -22,7 +22,7 @@ class ApacheServer {
                const std::vector<std::pair<std::string, std::string>>& files,
                const std::vector<std::string>& environment = {});
 
-  // http://localhost:port
+  // https://localhost:port
   [[nodiscard]] std::wstring Address() const;
   [[nodiscard]] std::string Log() const { return process_->Output(); }
 

@@ -71,7 +71,7 @@ KerberosRealm::~KerberosRealm() {
 }
 
 void KerberosRealm::LogOn() {
-  Run({"bash", "-c", "kinit user <<<user-password"});
+  Run({"bash", "-c", "kinit -f user <<<user-password"});
 }
 
 std::string KerberosRealm::Keytab() const {

@@ -17,7 +17,7 @@ class KerberosRealm {
   KerberosRealm();
   ~KerberosRealm();
 
-  // Gets the user a ticket.
+  // Gets the user a ticket, one that could be handed on to a server.
   void LogOn();
   // The key of the service, for its server.
   [[nodiscard]] std::string Keytab() const;

@@ -1,3 +1,5 @@
+#include "Crypto.h"
+#include "NegotiateExchange.h"
 #include "warden/ApacheServer.h"
 #include "warden/KerberosRealm.h"
 #include "warden/ScriptedCredentials.h"
@@ -5,7 +7,11 @@
 #include "warden/WardenRequest.h"
 
 #include <gmock/gmock.h>
+#include <gssapi/gssapi.h>
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <optional>
 
 namespace {
 
@@ -20,6 +26,37 @@ using testsupport::KerberosRealm;
 using testsupport::ScriptedCredentials;
 using testsupport::WardenLibrary;
 using testsupport::WardenRequest;
+
+// What the service HTTP/localhost is asked for in a client's first token.
+struct AskedOfTheService {
+  OM_uint32 flags = 0;
+  bool gotTicketOfTheUser = false;
+  std::string answer;
+};
+
+// As a server takes the token, with the realm's key for the service.
+AskedOfTheService TakenByTheService(std::string token, const std::string& keytab) {
+  ::setenv("KRB5_KTNAME", keytab.c_str(), 1);
+  ::setenv("KRB5RCACHETYPE", "none", 1);
+  AskedOfTheService asked;
+  OM_uint32 minor = 0;
+  gss_ctx_id_t context = GSS_C_NO_CONTEXT;
+  gss_cred_id_t delegated = GSS_C_NO_CREDENTIAL;
+  gss_buffer_desc input{token.size(), token.data()};
+  gss_buffer_desc output = GSS_C_EMPTY_BUFFER;
+  const OM_uint32 major =
+      gss_accept_sec_context(&minor, &context, GSS_C_NO_CREDENTIAL, &input, GSS_C_NO_CHANNEL_BINDINGS,
+                             nullptr, nullptr, &output, &asked.flags, nullptr, &delegated);
+  EXPECT_EQ(major, static_cast<OM_uint32>(GSS_S_COMPLETE));
+  asked.gotTicketOfTheUser = delegated != GSS_C_NO_CREDENTIAL;
+  asked.answer.assign(static_cast<const char*>(output.value), output.length);
+  gss_release_buffer(&minor, &output);
+  gss_release_cred(&minor, &delegated);
+  gss_delete_sec_context(&minor, &context, GSS_C_NO_BUFFER);
+  ::unsetenv("KRB5_KTNAME");
+  ::unsetenv("KRB5RCACHETYPE");
+  return asked;
+}
 
 // Negotiate with real tickets against a server that was not written here.
 class NegotiateTest : public testing::Test {
@@ -45,6 +82,29 @@ TEST_F(NegotiateTest, ATicketIsAcceptedWithoutAskingTheUser) {
   EXPECT_EQ(request.Sent(), 2);
   EXPECT_THAT(request.LastHeaders(), ElementsAre(StartsWith(L"Authorization: Negotiate YII")));
   EXPECT_THAT(program_.Requests(), IsEmpty());
+}
+
+TEST_F(NegotiateTest, AsksTheServerToAuthenticateItselfAndHandsNoTicketOn) {
+  realm_.LogOn();
+  Warden::NegotiateExchange exchange("localhost");
+  const std::optional<Secret> token = exchange.Next("");
+  ASSERT_TRUE(token);
+  const std::optional<std::string> bytes = Warden::FromBase64(token->View());
+  ASSERT_TRUE(bytes);
+  const AskedOfTheService asked = TakenByTheService(*bytes, realm_.Keytab());
+  EXPECT_TRUE((asked.flags & GSS_C_MUTUAL_FLAG) != 0);
+  EXPECT_FALSE((asked.flags & GSS_C_DELEG_FLAG) != 0);
+  EXPECT_FALSE(asked.gotTicketOfTheUser);
+  EXPECT_NE(asked.answer, "");
+  EXPECT_FALSE(exchange.Next(Warden::Base64(asked.answer).View())) << "there is nothing left to send";
+}
+
+TEST_F(NegotiateTest, ATicketIsNotUsedWithoutTls) {
+  realm_.LogOn();
+  WardenRequest request(library_, L"http://localhost/");
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  request.Report(401, {L"WWW-Authenticate: Negotiate"});
+  EXPECT_EQ(request.Prepare(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_UNSUPPORTED_SCHEME));
 }
 
 TEST_F(NegotiateTest, WithoutATicketThereAreNoCredentials) {

@@ -270,6 +270,7 @@ TEST_F(RequestActionTest, OnlyACredentialToBeRememberedIsStoredAndNeverItsCode) 
   EXPECT_THAT(program_.Actions(), ElementsAre("get", "store", "get"));
   EXPECT_THAT(program_.Requests()[1], Not(HasSubstr("123456")));
 }
+
 TEST_F(RequestActionTest, AnAnswerOfAnotherServerDoesNotMakeACredentialAccepted) {
   for (const wchar_t* other : {L"https://other.example/welcome", L"http://store.example:8443/Example/Main",
                                L"https://store.example/Example/Main", L"https://store.example:bad/"}) {
@@ -301,7 +302,6 @@ TEST_F(RequestActionTest, AChallengeOfAnAddressThatCannotBeReadEndsTheRequest) {
   EXPECT_EQ(request.Prepare(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_REFUSED));
   EXPECT_THAT(program_.Actions(), ElementsAre("get"));
 }
-
 
 TEST_F(RequestActionTest, WhatWasAnsweredWithoutSuccessIsNotStored) {
   program_.WillGive("user", "secret", "remember=yes\nsource=asked");
@@ -353,10 +353,28 @@ TEST_F(RequestActionTest, AProgramThatBreaksItsConventionIsAnActionOfItsOwn) {
   EXPECT_EQ(ActionAfter401({kBasic}), failed);
 }
 
-TEST_F(RequestActionTest, BasicIsNotUsedWithoutTls) {
-  EXPECT_EQ(ActionAfter401({kBasic}, L"http://store.example/"),
-            static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_UNSUPPORTED_SCHEME));
+TEST_F(RequestActionTest, NoCredentialIsUsedWithoutTls) {
+  const std::uint32_t unsupported = MORVANE_WARDEN_ACTION_UNSUPPORTED_SCHEME;
+  program_.WillGive("user", "secret", "source=stored");
+  for (const wchar_t* challenge : {kBasic, kDigest}) {
+    EXPECT_EQ(ActionAfter401({challenge}, L"http://store.example/"), unsupported);
+    EXPECT_EQ(ActionAfter401({challenge}, L"http://store.example:443/https://"), unsupported);
+    WardenRequest request(library_, kStore);
+    ASSERT_EQ(request.ForceRoute({L"http://gateway.example"}), MORVANE_WARDEN_OK);
+    EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+    request.Report(401, {challenge});
+    EXPECT_EQ(request.Prepare(), unsupported);
+  }
   EXPECT_THAT(program_.Requests(), IsEmpty());
+  EXPECT_THAT(library_.Log(), Contains("2 Warden: no challenge is answered without TLS"));
+}
+
+TEST_F(RequestActionTest, AGatewayBehindTlsGetsACredentialForAStoreWithoutIt) {
+  program_.WillGive("user", "secret");
+  WardenRequest request(library_, L"http://store.example/");
+  ASSERT_EQ(request.ForceRoute({L"https://gateway.example"}), MORVANE_WARDEN_OK);
+  PrepareAnswerTo(kBasic, request);
+  EXPECT_THAT(request.Headers(), ElementsAre(kSecretHeader));
 }
 
 TEST_F(RequestActionTest, AUserNameWithAColonIsAskedForAgainForBasic) {

@@ -97,6 +97,10 @@ MorvaneWardenAction Authentication::Prepare(const Site& site) {
 }
 
 MorvaneWardenAction Authentication::Choose(const Site& site) {
+  if (!site.url.IsSecure()) {
+    WardenLog::Write(WardenLog::kFailure, "Warden: no challenge is answered without TLS");
+    return MORVANE_WARDEN_ACTION_UNSUPPORTED_SCHEME;
+  }
   if (TryNegotiate(site)) return MORVANE_WARDEN_ACTION_SEND;
   if (ChoosePasswordScheme(site)) return ObtainCredentials(site);
   if (Find(challenges_, "negotiate") != nullptr) return MORVANE_WARDEN_ACTION_NO_CREDENTIALS;
@@ -135,12 +139,11 @@ bool Authentication::ChoosePasswordScheme(const Site& site) {
     scheme_ = Scheme::Digest;
     realm = digest_->realm;
     LogChoice(site, digest_->algorithm == HashAlgorithm::SHA256 ? "Digest SHA-256" : "Digest MD5");
-  } else if (basic != nullptr && site.url.IsSecure()) {
+  } else if (basic != nullptr) {
     scheme_ = Scheme::Basic;
     realm = RealmOf(*basic);
     LogChoice(site, "Basic");
   } else {
-    if (basic != nullptr) WardenLog::Write(WardenLog::kFailure, "Warden: Basic is not used without TLS");
     return false;
   }
   CredentialKey key{site.url.scheme, site.url.ServerKey(), std::move(realm)};

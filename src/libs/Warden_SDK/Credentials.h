@@ -10,7 +10,7 @@ namespace Warden {
 
 // What a credential is good for: a server and a realm of it. UTF-8.
 struct CredentialKey {
-  std::string protocol;  // "https" or "http"
+  std::string protocol;  // "https"
   std::string host;      // host[:port], lower case, without the default port
   std::string realm;     // as the server wrote it
 

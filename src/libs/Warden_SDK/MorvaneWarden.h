@@ -7,15 +7,19 @@
  * loop: Prepare2 says whether a request is to be sent and, if so, GetTranslatedUrl and GetHeaders say which;
  * ReportHttpResponse takes the answer, and SetAnsweringUrl, before it, where that came from.
  *
- * Challenges (status 401) are answered with the strongest scheme on offer that can be served: Negotiate, when
- * there is a ticket; Digest with SHA-256; Digest with MD5 (both with "auth" or without qop); Basic. User name
- * and password come from the credential program "servicerecord-credential", which lies in the library's
- * folder: from the Secret Service, else from the user. For a gateway whose users log on with a code the user
- * is asked for that too; it is sent right behind the password, and never stored. A request has three tries, a
- * stored credential included. A stored credential that was rejected is erased; one to be remembered is stored
- * when it was accepted.
+ * Challenges (status 401) that come over https are answered with the strongest scheme on offer that can be
+ * served: Negotiate, when there is a ticket; Digest with SHA-256; Digest with MD5 (both with "auth" or
+ * without qop); Basic. User name and password come from the credential program "servicerecord-credential",
+ * which lies in the library's folder: from the Secret Service, else from the user. For a gateway whose users
+ * log on with a code the user is asked for that too; it is sent right behind the password, and never stored.
+ * A request has three tries, a stored credential included. A stored credential that was rejected is erased;
+ * one to be remembered is stored when it was accepted.
  *
- * Nobody logs on at a proxy: a 407 ends the request, and no credential is read, sent, asked for or erased.
+ * Without TLS no challenge is answered. Nobody logs on at a proxy: a 407 ends the request, and no credential
+ * is read, sent, asked for or erased.
+ *
+ * Several requests run at once, each on its own thread, and none waits for another. That users are asked one
+ * question at a time is the credential program's part.
  *
  * What the user cancels is not asked again on the same thread for ten minutes: a caller runs the requests
  * that belong together on one thread, and gives each such flow a thread of its own.
@@ -55,7 +59,7 @@ typedef enum MorvaneWardenAction {
   MORVANE_WARDEN_ACTION_DONE = 2,
   /* There is no credential, and nobody who could be asked for one. */
   MORVANE_WARDEN_ACTION_NO_CREDENTIALS = 3,
-  /* No challenge is of a scheme that can be served. */
+  /* No challenge is of a scheme that can be served, or the address that was asked is not https. */
   MORVANE_WARDEN_ACTION_UNSUPPORTED_SCHEME = 4,
   /* Three credentials were rejected, or the answers go round in a circle. */
   MORVANE_WARDEN_ACTION_TOO_MANY_TRIES = 5,

@@ -85,9 +85,9 @@ std::optional<Secret> NegotiateExchange::Next(std::string_view serverToken) {
   gss_buffer_desc output = GSS_C_EMPTY_BUFFER;
   gss_ctx_id_t context = state_->context.release();
   OM_uint32 minor = 0;
-  const OM_uint32 major = gss_init_sec_context(&minor, GSS_C_NO_CREDENTIAL, &context, state_->service.get(),
-                                               &g_mechanism, 0, GSS_C_INDEFINITE, GSS_C_NO_CHANNEL_BINDINGS,
-                                               &inputBuffer, nullptr, &output, nullptr, nullptr);
+  const OM_uint32 major = gss_init_sec_context(
+      &minor, GSS_C_NO_CREDENTIAL, &context, state_->service.get(), &g_mechanism, GSS_C_MUTUAL_FLAG,
+      GSS_C_INDEFINITE, GSS_C_NO_CHANNEL_BINDINGS, &inputBuffer, nullptr, &output, nullptr, nullptr);
   state_->context.reset(context);
   const BufferPtr ownedOutput(&output);
   if (GSS_ERROR(major)) {

@@ -9,7 +9,8 @@
 
 namespace Warden {
 
-// One Negotiate exchange (RFC 4559) with a server, with the tickets that the user has. One thread.
+// One Negotiate exchange (RFC 4559) with a server, with the tickets that the user has. The server is asked to
+// authenticate itself, too, and gets no ticket to act as the user. One thread.
 class NegotiateExchange {
  public:
   explicit NegotiateExchange(std::string host);
