@@ -8,6 +8,7 @@ namespace ServiceRecords {
 
 void DiscoveryDocParser::SetSchema() {
   domServices_.SetSchema(L"discovery", L"discoverydocument.xsd");
+  domServices_.SetImportedSchema(L"servicerecord.xsd");
 }
 
 bool DiscoveryDocParser::DeserializeDocStructure(const xercesc::DOMElement& root, StoreMap& out) {

@@ -8,6 +8,8 @@ namespace ServiceRecords {
 // Everything else is as for a service-record document.
 class DiscoveryDocParser : public SRDocParser {
  public:
+  DiscoveryDocParser() : SRDocParser(kServiceRecordNamespace) {}
+
   void SetSchema() override;
   bool DeserializeDocStructure(const xercesc::DOMElement& root, StoreMap& out) override;
 };

@@ -6,6 +6,7 @@
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/XMLException.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 #include <algorithm>
 #include <stdexcept>
@@ -33,22 +34,6 @@ std::vector<const DOMElement*> ItemsOfFirst(const DOMElement& element, const cha
        next = NextDescendant(*first, name, next))
     items.push_back(next);
   return items;
-}
-
-// Services and gateways inside one another share what the innermost holds, so each level costs as much again
-// as the whole document.
-void RefuseDeepNesting(const DOMElement& element) {
-  const XString service = AsXString("Service");
-  const XString gateway = AsXString("Gateway");
-  std::size_t levels = 0;
-  for (const DOMNode* outer = &element; outer != nullptr; outer = outer->getParentNode()) {
-    const XMLCh* name = outer->getLocalName();
-    if (name != nullptr && (name == service || name == gateway)) ++levels;
-  }
-  if (levels > kMaximumServiceNesting) {
-    throw std::runtime_error("the document nests more than " + std::to_string(kMaximumServiceNesting) +
-                             " services and gateways in one another");
-  }
 }
 
 std::wstring UpperCase(std::wstring text) {
@@ -138,6 +123,28 @@ bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap&
     out[store.GetStoreID()] = store;
   }
   return true;
+}
+
+bool SRDocParser::IsService(const DOMNode& node) const {
+  const XString name = AsXString("Service");
+  if (serviceNamespace_.empty()) return node.getNodeName() == name;
+  const XMLCh* localName = node.getLocalName();
+  return localName != nullptr && localName == name &&
+         XMLString::equals(node.getNamespaceURI(), AsXString(serviceNamespace_).c_str());
+}
+
+// Services and gateways inside one another share what the innermost holds, so each level costs as much again
+// as the whole document. What this parser reads as one of them is a level, and nothing else.
+void SRDocParser::RefuseDeepNesting(const DOMElement& element) const {
+  const XString gateway = AsXString("Gateway");
+  std::size_t levels = 0;
+  for (const DOMNode* outer = &element; outer != nullptr; outer = outer->getParentNode()) {
+    if (IsService(*outer) || outer->getNodeName() == gateway) ++levels;
+  }
+  if (levels > kMaximumServiceNesting) {
+    throw std::runtime_error("the document nests more than " + std::to_string(kMaximumServiceNesting) +
+                             " services and gateways in one another");
+  }
 }
 
 bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {

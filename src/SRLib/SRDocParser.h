@@ -4,9 +4,11 @@
 #include "libs/DomLib/DomServices.h"
 
 #include <string>
+#include <utility>
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMElement;
+class DOMNode;
 class DOMNodeList;
 XERCES_CPP_NAMESPACE_END
 
@@ -39,6 +41,9 @@ class SRDocParser {
   [[nodiscard]] SRGateway::AGMode AGModeFromString(const std::wstring& text) const;
 
  protected:
+  // For a kind of document whose services are those of a namespace.
+  explicit SRDocParser(std::wstring serviceNamespace) : serviceNamespace_(std::move(serviceNamespace)) {}
+
   [[nodiscard]] const xercesc::DOMElement* GetServicesElem(const std::wstring& text);
   bool DeserializeServiceNodes(const xercesc::DOMNodeList& services, StoreMap& out);
   bool DeserializeGateways(xercesc::DOMElement& service, SRStore& store);
@@ -48,8 +53,11 @@ class SRDocParser {
 
  private:
   bool DeserializeService(xercesc::DOMElement& service, SRStore& store);
+  [[nodiscard]] bool IsService(const xercesc::DOMNode& node) const;
+  void RefuseDeepNesting(const xercesc::DOMElement& element) const;
 
   xercesc::DOMDocument* document_ = nullptr;  // owned by domServices_
+  const std::wstring serviceNamespace_;       // empty: services are known by their tag name as written
 };
 
 }  // namespace ServiceRecords

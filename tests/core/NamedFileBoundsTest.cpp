@@ -8,6 +8,7 @@
 
 namespace {
 
+using namespace ServiceRecords;
 using namespace testsupport;
 namespace fs = std::filesystem;
 
@@ -108,7 +109,52 @@ INSTANTIATE_TEST_SUITE_P(Ways, NamedFileBoundsTest,
                                            Way::ParameterEntity),
                          [](const auto& tested) { return NameOf(tested.param); });
 
+// The program's own schema files, as a package manager may lay them out.
+class LinkedSchemasTest : public BoundsTest {
+ protected:
+  LinkedSchemasTest() {
+    for (const char* schema : {"servicerecord.xsd", "discoverydocument.xsd"})
+      fs::create_symlink(fs::path(SR_SOURCE_DIR) / "resources" / schema, folder_.Path() / schema);
+    fs::current_path(folder_.Path());
+  }
+  ~LinkedSchemasTest() override { fs::current_path("/"); }
+
+  template <class Parser>
+  void ExpectValidated(const std::wstring& valid, const std::wstring& invalid) {
+    EXPECT_TRUE(Parse<Parser>(valid));
+    EXPECT_EQ(ReadingRecords(), Records{});
+    EXPECT_TRUE(Parse<Parser>(invalid));
+    EXPECT_EQ(CapturedTrace::RecordsStartingWith("Errors Detected").size(), 1U);
+  }
+
+  const TemporaryFolder folder_;
+};
+
+TEST_F(LinkedSchemasTest, BothKindsOfDocumentAreValidated) {
+  const std::wstring inNamespace = InServiceRecordNamespace();
+  ExpectValidated<SRDocParser>(ServiceRecord(Service(L"s")), ServiceRecord(Service(L"s", L"<Unheard/>")));
+  ExpectValidated<DiscoveryDocParser>(DiscoveryDocument(Service(L"s", L"", inNamespace)),
+                                      DiscoveryDocument(Service(L"s", L"<Unheard/>", inNamespace)));
+}
+
+TEST_F(LinkedSchemasTest, ALinkThatADocumentNamesIsRefusedAllTheSame) {
+  fs::create_symlink("servicerecord.xsd", "other.xsd");
+  ExpectRefused(Naming(Way::Schema, L"other.xsd"),
+                "the document names the file \"other.xsd\", which is reached through a link");
+}
+
 class MissingFileTest : public BoundsTest {};
+
+TEST_F(MissingFileTest, ASchemaMayImportANamespaceWithoutAPlace) {
+  const TemporaryFolder folder;
+  fs::current_path(folder.Path());
+  std::ofstream("other.xsd")
+      << "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' targetNamespace="
+         "'urn:other'><xs:import namespace='x'/><xs:element name='Services'/></xs:schema>";
+  ExpectRead(Naming(Way::Schema, L"other.xsd"));
+  EXPECT_EQ(ReadingRecords(), Records{});
+  fs::current_path("/");
+}
 
 TEST_F(MissingFileTest, ADocumentWhoseSchemaIsMissingIsReadAllTheSame) {
   const TemporaryFolder folder;

@@ -62,6 +62,21 @@ TEST_F(ServiceNestingTest, APrefixDoesNotHideALevel) {
   EXPECT_EQ(CapturedTrace::Records().back(), kRefusal);
 }
 
+TEST_F(ServiceNestingTest, ElementsThatAreNotReadAreNoLevels) {
+  const std::wstring foreign = L"<o:Service xmlns:o='urn:other'><o:Gateway>";
+  const std::wstring end = L"</o:Gateway></o:Service>";
+  EXPECT_TRUE(ParseServices(Repeated(foreign, 5) + Service(L"s", Gateways(3)) + Repeated(end, 5)));
+  EXPECT_EQ(Names(Held(L"s").GetGateways()), (Wide{L"g", L"g", L"g"}));
+  EXPECT_TRUE(Parse<DiscoveryDocParser>(
+      DiscoveryDocument(Repeated(foreign + L"<Service xmlns='urn:other'>", 5) +
+                        Service(L"s", L"", InServiceRecordNamespace()) + Repeated(L"</Service>" + end, 5))));
+  EXPECT_EQ(Ids(stores_), (Wide{L"s"}));
+}
+
+TEST_F(ServiceNestingTest, ElementsThatAreReadAreLevelsInWhicheverNamespace) {
+  ExpectRefused(Nested(5, L"", L" xmlns='urn:other'"));
+}
+
 TEST_F(ServiceNestingTest, ServicesBesideEachOtherAreNoLevels) {
   std::wstring services;
   for (int i = 0; i < 100; ++i) services += Service(std::to_wstring(i), Gateways(1));

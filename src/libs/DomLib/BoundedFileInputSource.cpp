@@ -51,6 +51,10 @@ FileDescriptor OpenBelowCurrentDirectory(const std::string& name) {
   return place;
 }
 
+FileDescriptor OpenAnywhere(const std::string& name) {
+  return FileDescriptor(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+}
+
 std::vector<XMLByte> ReadAll(const FileDescriptor& file, const std::string& name) {
   struct stat status {};
   if (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) Refuse(name, "is not a regular file");
@@ -69,13 +73,15 @@ std::vector<XMLByte> ReadAll(const FileDescriptor& file, const std::string& name
 
 }  // namespace
 
-BoundedFileInputSource::BoundedFileInputSource(const XMLCh* identifier, MemoryManager& memory)
-    : LocalFileInputSource(identifier, &memory), identifier_(identifier) {}
+BoundedFileInputSource::BoundedFileInputSource(const XMLCh* identifier, FileOrigin origin,
+                                               MemoryManager& memory)
+    : LocalFileInputSource(identifier, &memory), identifier_(identifier), origin_(origin) {}
 
 BinInputStream* BoundedFileInputSource::makeStream() const {
   const TranscodeToStr utf8(identifier_.c_str(), "UTF-8");
   const std::string name(reinterpret_cast<const char*>(utf8.str()));
-  const FileDescriptor file = OpenBelowCurrentDirectory(name);
+  const FileDescriptor file =
+      origin_ == FileOrigin::Program ? OpenAnywhere(name) : OpenBelowCurrentDirectory(name);
   if (!file) return nullptr;
   const std::vector<XMLByte> content = ReadAll(file, name);
   return new (getMemoryManager())

@@ -3,7 +3,9 @@
 #include "libs/DomLib/MeteredInputSource.h"
 
 #include <xercesc/framework/XMLAttr.hpp>
+#include <xercesc/framework/XMLBuffer.hpp>
 #include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/internal/ElemStack.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/QName.hpp>
@@ -78,6 +80,8 @@ ModelSize SizeOf(const ContentSpecNode* model, std::size_t limit) {
   }
   return size;
 }
+
+constexpr XMLSize_t kPrefixCharacters = 63;  // to begin with
 
 }  // namespace
 
@@ -256,15 +260,20 @@ void BoundedParser::RefuseReferenceList() {
   Fail("the document has a list of references (type IDREFS or ENTITIES)");
 }
 
-// Whether the attribute gives its element one of these types.
+// Whether the attribute gives its element one of these types, which are the schema language's own.
 bool BoundedParser::NamesReferenceList(const XMLAttr& attribute) const {
   const bool isType =
       XMLString::equals(attribute.getName(), SchemaSymbols::fgXSI_TYPE) &&
       XMLString::equals(getScanner()->getURIText(attribute.getURIId()), SchemaSymbols::fgURI_XSI);
   if (!isType) return false;
-  const XMLCh* value = attribute.getValue();
-  return XMLString::patternMatch(value, XMLUni::fgIDRefsString) != -1 ||
-         XMLString::patternMatch(value, XMLUni::fgEntitiesString) != -1;
+  const XMLCh* name = attribute.getValue();  // the library has left out the space around it
+  XMLBuffer prefix(kPrefixCharacters, &memory_);
+  int colon = -1;
+  const unsigned uri = getScanner()->resolveQName(name, prefix, ElemStack::Mode_Element, colon);
+  const XMLCh* local = name + colon + 1;
+  return XMLString::equals(getScanner()->getURIText(uri), SchemaSymbols::fgURI_SCHEMAFORSCHEMA) &&
+         (XMLString::equals(local, XMLUni::fgIDRefsString) ||
+          XMLString::equals(local, XMLUni::fgEntitiesString));
 }
 
 void BoundedParser::CountText(const XMLCh* text, XMLSize_t length) {

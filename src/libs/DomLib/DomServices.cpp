@@ -78,19 +78,32 @@ class ParsingErrorHandler : public ErrorHandler {
 // Maps the schema that a document names to the schema file.
 class MyResolver : public EntityResolver {
  public:
-  MyResolver(const std::wstring& schemaName, const std::wstring& schemaFile, MemoryManager& memory)
-      : schemaName_(AsXString(schemaName)), schemaFile_(AsXString(schemaFile)), memory_(memory) {}
+  MyResolver(const std::wstring& schemaName, const std::wstring& schemaFile, const std::wstring& importedFile,
+             MemoryManager& memory)
+      : schemaName_(AsXString(schemaName)),
+        schemaFile_(AsXString(schemaFile)),
+        importedFile_(AsXString(importedFile)),
+        memory_(memory) {}
 
   InputSource* resolveEntity(const XMLCh* /*publicId*/, const XMLCh* systemId) override {
-    if (XMLString::compareIString(systemId, schemaName_.c_str()) != 0) return Open(systemId);
-    return Open(schemaFile_.empty() ? schemaName_.c_str() : schemaFile_.c_str());
+    // A schema may import a namespace without saying where it is to be found.
+    if (systemId == nullptr) return nullptr;
+    if (XMLString::compareIString(systemId, schemaName_.c_str()) == 0) {
+      return schemaFile_.empty() ? Open(schemaName_.c_str(), FileOrigin::Document)
+                                 : Open(schemaFile_.c_str(), FileOrigin::Program);
+    }
+    const bool isImported = !importedFile_.empty() && importedFile_ == systemId;
+    return Open(systemId, isImported ? FileOrigin::Program : FileOrigin::Document);
   }
 
  private:
-  InputSource* Open(const XMLCh* name) { return new (&memory_) BoundedFileInputSource(name, memory_); }
+  InputSource* Open(const XMLCh* name, FileOrigin origin) {
+    return new (&memory_) BoundedFileInputSource(name, origin, memory_);
+  }
 
   const XString schemaName_;
   const XString schemaFile_;
+  const XString importedFile_;
   MemoryManager& memory_;
 };
 
@@ -111,6 +124,10 @@ DOMServices::~DOMServices() = default;
 void DOMServices::SetSchema(const std::wstring& schemaName, const std::wstring& schemaFile) {
   schemaName_ = schemaName;
   schemaFile_ = schemaFile;
+}
+
+void DOMServices::SetImportedSchema(const std::wstring& importedFile) {
+  importedFile_ = importedFile;
 }
 
 bool DOMServices::ErrorCheck() const {
@@ -134,7 +151,7 @@ DOMDocument* DOMServices::GetDocument(const std::wstring& text) {
 
 DOMDocument* DOMServices::GetDocument(const MemBufInputSource& source) {
   PrepareParser();
-  resolver_ = std::make_unique<MyResolver>(schemaName_, schemaFile_, *memory_);
+  resolver_ = std::make_unique<MyResolver>(schemaName_, schemaFile_, importedFile_, *memory_);
   parser_->setErrorHandler(errorHandler_.get());
   parser_->setEntityResolver(resolver_.get());
   parser_->setValidationScheme(XercesDOMParser::Val_Auto);

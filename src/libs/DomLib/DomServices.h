@@ -32,6 +32,8 @@ class DOMServices {
   // The schema location as documents name it, and the file that is loaded for it. An empty file leaves schema
   // and namespace processing off.
   void SetSchema(const std::wstring& schemaName, const std::wstring& schemaFile);
+  // Another schema file of the program's own, as the schema file names it to import it.
+  void SetImportedSchema(const std::wstring& importedFile);
 
   // Parses a document held in memory. The document belongs to this object until the next parse; null when the
   // parser made none. Throws std::runtime_error for a parser's exception or a document past a bound (the text
@@ -56,4 +58,5 @@ class DOMServices {
   bool hasParsed_ = false;
   std::wstring schemaName_;
   std::wstring schemaFile_;
+  std::wstring importedFile_;
 };
