@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <limits>
 #include <memory>
 
 // The test program's own folder has a plug-in bundle with the recording module.
@@ -95,6 +96,15 @@ TEST_F(NotificationsTest, TheTrustDialogAnswers100OnlyWhenTheUserAccepts) {
   EXPECT_EQ(ShowTrustDialog({L"Main", L"https://main"}, {}), 100);
   last_->answer = 0;
   EXPECT_EQ(ShowTrustDialog({L"Main", L"https://main"}, {}), 0);
+}
+
+TEST_F(NotificationsTest, NothingButOneIsConsent) {
+  for (const int answer :
+       {-1, 2, 100, 0x101, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+    last_->answer = answer;
+    EXPECT_EQ(ShowTrustDialog({L"Main", L"https://main"}, {}), 0) << answer;
+    EXPECT_EQ(notifications_.ShowStoreReplaceDialog(L"Sales"), 0) << answer;
+  }
 }
 
 TEST_F(NotificationsTest, TheReplaceDialogHasTheStoresNameOnly) {

@@ -47,7 +47,7 @@ typedef struct SRUIProtocol {
    * Asks whether a new store is trusted. Keys: StoreName, StoreProvider, CertificateName, StoreURL (strings);
    * StoreGateways (array, missing when empty) of dictionaries with GatewayName, GatewayURL (strings) and
    * IsDefault (boolean). Returns 1 when the user accepts; 0 when the user declines, or cannot be asked, or
-   * the agent is about to end.
+   * the agent is about to end. Anything but 1 counts as 0.
    */
   int (*addStore)(const char* details);
 

@@ -24,8 +24,9 @@ PropertyList::Array GatewayDictionaries(const GatewayLabel& defaultGateway,
   return gateways;
 }
 
-std::int32_t AnswerOf(int accepted) {
-  return accepted != 0 ? IServiceRecordsNotifications::kAccepted : IServiceRecordsNotifications::kDeclined;
+// Whatever else a module returns is no consent.
+std::int32_t AnswerOf(int answer) {
+  return answer == 1 ? IServiceRecordsNotifications::kAccepted : IServiceRecordsNotifications::kDeclined;
 }
 
 }  // namespace
