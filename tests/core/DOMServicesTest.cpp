@@ -150,6 +150,15 @@ TEST_F(DOMServicesTest, WithoutASchemaFileSchemaAndNamespaceProcessingStayOff) {
   EXPECT_EQ(CapturedTrace::Records(), Records{});
 }
 
+TEST_F(DOMServicesTest, WithoutASchemaFileTheSchemasNameIsTheFile) {
+  const TemporaryFolder folder;
+  std::filesystem::current_path(folder.Path());
+  std::ofstream("names.dtd") << "<!ENTITY e 'found'>";
+  dom_.SetSchema(L"names.dtd", L"");
+  const auto* document = dom_.GetDocument(L"<!DOCTYPE a SYSTEM 'NAMES.DTD'><a><b>&e;</b></a>");
+  EXPECT_EQ(SubNodeText(*document->getDocumentElement(), "b"), L"found");
+}
+
 TEST_F(DOMServicesTest, WithASchemaFileNamespacesAreProcessed) {
   UseServiceRecordSchema();
   ASSERT_NE(dom_.GetDocument(L"<unbound:a/>"), nullptr);

@@ -1,6 +1,7 @@
+#include "SRLib/TextHelpers.h"
 #include "core/ParserTest.h"
 
-#include <xercesc/dom/DOMException.hpp>
+#include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/RuntimeException.hpp>
 
 #include <functional>
@@ -126,6 +127,49 @@ TEST_F(SRDocParserServicesTest, TextWithoutARootElementFails) {
     EXPECT_TRUE(stores_.empty());
     EXPECT_TRUE(CapturedTrace::RecordsStartingWith("No Errors Detected").empty());
   }
+}
+
+// Calls the virtual step itself; Deserialize does not look at its result.
+class StructureTest : public ParserTest {
+ protected:
+  template <class Parser>
+  bool Structure(const std::wstring& document) {
+    stores_.clear();
+    DOMServices dom;
+    dom.SetSchema(L"unnamed", L"servicerecord.xsd");  // for the namespaces
+    return Parser().DeserializeDocStructure(*dom.GetDocument(document)->getDocumentElement(), stores_);
+  }
+
+  template <class Parser>
+  void ExpectResults() {
+    const std::wstring attributes = InServiceRecordNamespace();
+    const std::wstring good = Service(L"good", L"", attributes);
+    const std::wstring badList = Service(L"bad", L"<Internal><Beacon/></Internal>", attributes);
+    EXPECT_TRUE(Structure<Parser>(L"<a/>"));
+    EXPECT_TRUE(Structure<Parser>(L"<a>" + good + L"</a>"));
+    EXPECT_EQ(Ids(stores_), (Wide{L"good"}));
+    EXPECT_TRUE(Structure<Parser>(L"<a>" + good + badList + L"</a>"));
+    EXPECT_EQ(Ids(stores_), (Wide{L"good"}));
+    EXPECT_FALSE(Structure<Parser>(L"<a>" + good + L"<Service" + attributes + L"/></a>"));
+    EXPECT_EQ(Ids(stores_), (Wide{L"good"}));
+  }
+};
+
+TEST_F(StructureTest, OnlyAMissingElementMakesTheStepFail) {
+  ExpectResults<SRDocParser>();
+  ExpectResults<DiscoveryDocParser>();
+}
+
+class SurrogatesTest : public ParserTest {};
+
+TEST_F(SurrogatesTest, CharactersBeyondSixteenBitsAreDroppedWhenTheTextLeaves) {
+  ASSERT_TRUE(
+      ParseServices(L"<Service type='store'><SRID>s</SRID><Name>a \U0001F3EA b</Name>"
+                    L"<Address>https://a/\U0001F3EA</Address><Internal><Beacon>https://\U0001F3EA.b"
+                    L"</Beacon></Internal></Service>"));
+  EXPECT_EQ(util::narrow(Held(L"s").GetStoreName()), "a  b");
+  EXPECT_EQ(util::narrow(Held(L"s").GetStoreURL()), "https://a/");
+  EXPECT_EQ(util::narrow(Locations(Held(L"s").Beacons(BeaconType::Internal)).front()), "https://.b");
 }
 
 // Puts one store into the map and then throws.

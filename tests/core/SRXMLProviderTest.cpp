@@ -33,6 +33,12 @@ TEST_F(SRXMLProviderTest, TheWordInLowerCaseIsAServiceRecord) {
                       "Errors Detected during schema validation of ServiceRecords document"}}));
 }
 
+TEST_F(SRXMLProviderTest, TheWordAloneDoesNotMakeADiscoveryDocument) {
+  EXPECT_EQ(IdsIn(ServiceRecord(Service(L"Discovery") + L"<!-- Discovery < Discovery -->")),
+            (Wide{L"Discovery"}));
+  EXPECT_EQ(CapturedTrace::Records(), (Records{{0, "SRDocParser.cpp", "No Errors Detected"}}));
+}
+
 TEST_F(SRXMLProviderTest, TheWordAnywhereMakesADiscoveryDocument) {
   EXPECT_EQ(IdsIn(L"<Services><!-- <Discovery -->" + Service(L"s") + L"</Services>"), Wide{});
   EXPECT_EQ(IdsIn(L"<Services><!-- <Discovery -->" + Service(L"s", L"", InServiceRecordNamespace()) +

@@ -144,6 +144,15 @@ TEST_F(ResourceKeeperTest, AnotherLanguageEmptiesTheCache) {
   EXPECT_EQ(keeper_.messageFromResource(1600), "The new title");
 }
 
+TEST_F(ResourceKeeperTest, NoTextOfTheOldLanguageIsLeft) {
+  WriteMessages("de", Block("TITLE", "Der Titel") + Block("REACHED", "Erreicht"));
+  EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
+  EXPECT_EQ(keeper_.messageFromResource(1624), "First line\nsecond line");
+  languages_ = {"de"};
+  EXPECT_EQ(keeper_.messageFromResource(1600), "Der Titel");
+  EXPECT_EQ(keeper_.messageFromResource(1624), "Erreicht");
+}
+
 TEST_F(ResourceKeeperTest, FailuresAreNotKept) {
   const std::string table = testsupport::ReadFile(folder_.Path() / "MessagesIdName.txt");
   fs::remove(folder_.Path() / "MessagesIdName.txt");
