@@ -1,3 +1,4 @@
+#include "ui/CapturedSyslog.h"
 #include "ui/LoadedModule.h"
 
 #include <fcntl.h>
@@ -13,10 +14,16 @@
 #include <csignal>
 #include <cstdint>
 #include <fstream>
+#include <set>
 #include <string>
 #include <thread>
 
 namespace {
+
+using ::testing::AllOf;
+using ::testing::Each;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 constexpr const char* kDetails = "<plist version=\"1.0\"><dict/></plist>";
 
@@ -41,6 +48,23 @@ class DialogModuleTest : public ::testing::Test {
     pollfd state{event_, POLLIN, 0};
     while (next != '\n' && ::poll(&state, 1, 30000) > 0 && ::read(event_, &next, 1) == 1) line += next;
     return line;
+  }
+
+  // Whether the program has written more than was taken.
+  [[nodiscard]] bool HasEvent() const {
+    pollfd state{event_, POLLIN, 0};
+    return ::poll(&state, 1, 0) > 0;
+  }
+
+  // Nothing tells when the place of a closed box is free again. A message that got none is in the log.
+  [[nodiscard]] bool ShowsErrorBoxSoon() const {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::chrono::steady_clock::now() < deadline) {
+      module_.EntryPoints().errorMessage(kDetails);
+      if (CapturedSyslog::TakeLines().empty()) return true;
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
   }
 
   void TearDown() override {
@@ -251,6 +275,55 @@ TEST_F(DialogModuleTest, AnErrorBoxThatTheUserClosesLeavesNoProcessBehind) {
   module_.EntryPoints().errorMessage(kDetails);
 
   EXPECT_TRUE(IsGoneSoon(std::stoi(NextEvent())));
+}
+
+TEST_F(DialogModuleTest, FourErrorBoxesAreOpenAtATimeAndTheRestIsLogged) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never");
+  const char* const details =
+      "<plist version=\"1.0\"><dict><key>ErrorTitle</key><string>Bad\tfile</string>"
+      "<key>ErrorMessage</key><string>The first line\nand the &lt;second&gt;</string></dict></plist>";
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  for (int i = 0; i < 300; ++i) module_.EntryPoints().errorMessage(details);
+
+  std::set<pid_t> boxes;
+  for (int i = 0; i < 4; ++i) boxes.insert(std::stoi(NextEvent()));
+  EXPECT_EQ(boxes.size(), 4U);
+  EXPECT_EQ(boxes.count(0), 0U);
+  EXPECT_FALSE(HasEvent());
+  EXPECT_THAT(CapturedSyslog::TakeLines(),
+              AllOf(SizeIs(296), Each("Too many error messages are open for this one: Bad\xEF\xBF\xBD"
+                                      "file: The first line\xEF\xBF\xBD"
+                                      "and the <second>")));
+}
+
+TEST_F(DialogModuleTest, AnErrorBoxThatIsClosedMakesPlaceForAnother) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never");
+  static_cast<void>(CapturedSyslog::TakeLines());
+  for (int i = 0; i < 3; ++i) module_.EntryPoints().errorMessage(kDetails);
+  for (int i = 0; i < 3; ++i) static_cast<void>(NextEvent());
+
+  for (int i = 0; i < 8; ++i) {
+    ASSERT_TRUE(ShowsErrorBoxSoon());
+    const pid_t box = std::stoi(NextEvent());
+    ASSERT_GT(box, 0);
+    ::kill(box, SIGKILL);
+    EXPECT_TRUE(IsGoneSoon(box));
+  }
+}
+
+TEST_F(DialogModuleTest, ErrorBoxesThatCannotBeStartedTakeNoPlace) {
+  for (int i = 0; i < 8; ++i) module_.EntryPoints().errorMessage(kDetails);
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never");
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  for (int i = 0; i < 4; ++i) module_.EntryPoints().errorMessage(kDetails);
+
+  for (int i = 0; i < 4; ++i) EXPECT_NE(NextEvent(), "");
+  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
 }
 
 TEST_F(DialogModuleTest, AnErrorBoxThatCannotBeShownIsPassedOver) {

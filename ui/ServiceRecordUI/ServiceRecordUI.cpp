@@ -1,5 +1,6 @@
 #include "DialogConversation.h"
 #include "DialogWire.h"
+#include "ErrorBoxes.h"
 #include "HelperProcess.h"
 #include "SRUIProtocol.h"
 
@@ -54,12 +55,22 @@ int ReplaceStore(const char* details) {
   return Ask(DialogWire::kReplaceStore, details);
 }
 
+struct ErrorBox {
+  ErrorBoxes::Place place;  // given back when the program is gone
+  DialogConversation conversation;
+};
+
 // The box outlives the call, so a thread of its own keeps the program's input open and reaps the program.
 void ErrorMessage(const char* details) {
+  if (details == nullptr) return;
   try {
+    ErrorBoxes::Place place = ErrorBoxes::TakePlace();
+    if (place == nullptr) return ErrorBoxes::LogMessage(details);
     std::optional<DialogConversation> conversation = Begin(DialogWire::kErrorMessage, details);
     if (!conversation) return;
-    std::thread([box = std::move(*conversation)]() mutable { box.AwaitEnd(); }).detach();
+    std::thread([box = ErrorBox{std::move(place), std::move(*conversation)}]() mutable {
+      box.conversation.AwaitEnd();
+    }).detach();
   } catch (...) {
     return;
   }

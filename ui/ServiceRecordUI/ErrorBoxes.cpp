@@ -1,0 +1,42 @@
+#include "ErrorBoxes.h"
+
+#include "SRLib/PropertyList/PropertyList.h"
+#include "SRLib/SystemLog.h"
+#include "TerminalText.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace ErrorBoxes {
+namespace {
+
+constexpr std::size_t kLongestLine = 1000;
+
+std::atomic<int> g_taken{0};
+
+std::string TextOf(const PropertyList::Dictionary& details, std::string_view key) {
+  const PropertyList::Value* value = details.Find(key);
+  const std::string* text = value != nullptr ? value->As<std::string>() : nullptr;
+  return text != nullptr ? *text : std::string();
+}
+
+}  // namespace
+
+Place TakePlace() {
+  Place place(&g_taken);
+  return ++g_taken > kMostOpen ? nullptr : std::move(place);
+}
+
+void LogMessage(const char* details) {
+  const std::optional<PropertyList::Value> root = PropertyList::Read(details);
+  const auto* dictionary = root ? root->As<PropertyList::Dictionary>() : nullptr;
+  if (dictionary == nullptr) return;
+  const std::string text = TextOf(*dictionary, "ErrorTitle") + ": " + TextOf(*dictionary, "ErrorMessage");
+  SystemLog::Error("Too many error messages are open for this one: " +
+                   TerminalText::OneLine(TerminalText::SingleBlanks(text), kLongestLine));
+}
+
+}  // namespace ErrorBoxes

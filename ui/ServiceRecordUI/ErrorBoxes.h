@@ -1,0 +1,24 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+// Only a few error boxes are open at a time, so that many bad documents bury neither the user's screen nor
+// the machine under them; further messages go to the system log. Any thread.
+namespace ErrorBoxes {
+
+inline constexpr int kMostOpen = 4;
+
+struct PlaceReturner {
+  void operator()(std::atomic<int>* taken) const { --*taken; }
+};
+// The place of one open box.
+using Place = std::unique_ptr<std::atomic<int>, PlaceReturner>;
+
+// Null when all places are taken.
+[[nodiscard]] Place TakePlace();
+
+// Writes the title and the message of an error dialog's details into the system log, as one line.
+void LogMessage(const char* details);
+
+}  // namespace ErrorBoxes
