@@ -79,6 +79,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   BusPtr notifications = OpenConnection();
   LookAtNames(notifications.get());
   ServiceRecordInit();
+  RetryInBackground();
   // Observed before either name is published, so that no notification is missed from then on.
   ObserveLoggingConfiguration(notifications);
   _beaconServer.reset(NewMrvBeaconService());
@@ -94,6 +95,14 @@ void AppDelegate::LookAtNames(sd_bus* bus) {
   for (const char* name : {ServiceNames::kBeacons, ServiceNames::kServiceRecords}) {
     if (bus != nullptr && NameHasOwner(*bus, name)) ExitWithoutName(name, -EEXIST);
   }
+}
+
+// A try waits for the provider's lock and the disk, so it is not for the main thread.
+void AppDelegate::RetryInBackground() {
+  ServiceRecords::SRProvider::Instance().RetryWith([this](std::chrono::seconds delay) {
+    MainLoop::Main().PutOff(
+        delay, [this] { tasks_.Start([] { ServiceRecords::SRProvider::Instance().TryAgain(); }); });
+  });
 }
 
 void AppDelegate::ObserveLoggingConfiguration(const BusPtr& connection) {

@@ -46,6 +46,7 @@ class AppDelegate {
 
   static void ObserveLoggingConfiguration(const BusPtr& connection);
   void ServeConnections();
+  void RetryInBackground();
   void SayLastWords();
 
   // Let go in the reverse order: objects before the connections that serve them, those before the servers.

@@ -56,7 +56,8 @@ int RunApplication(int argc, char** argv) {
   if (arguments.exitStatus) return *arguments.exitStatus;
   CheckDescriptors();
   TerminationWatch::Start(kTimeToEnd, EndAtOnce);
-  std::signal(SIGPIPE, SIG_IGN);  // a peer that hangs up is an error of the write
+  std::signal(SIGPIPE, SIG_IGN);     // a peer that hangs up is an error of the write
+  std::signal(SIGXFSZ, [](int) {});  // so is a limit on files; not ignored, or programs would inherit that
   EnterResourcesFolder();
   // Made on this thread, and before any thread that posts to them, so that they outlive it at an early exit.
   MainLoop::Main();

@@ -10,9 +10,11 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <exception>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -33,6 +35,7 @@ MainLoop::MainLoop() : wakeUp_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
 }
 
 MainLoop::~MainLoop() {
+  timer_.reset();
   loop_.reset();
   ::close(wakeUp_);
 }
@@ -48,6 +51,21 @@ void MainLoop::Post(std::function<void()> work) {
     posted_.push_back(std::move(work));
   }
   eventfd_write(wakeUp_, 1);
+}
+
+void MainLoop::PutOff(std::chrono::microseconds time, std::function<void()> work) {
+  Post([this, time, work = std::move(work)] {
+    putOff_ = work;
+    StartTimer(time);
+  });
+}
+
+void MainLoop::StartTimer(std::chrono::microseconds time) {
+  sd_event_source* timer = nullptr;
+  Check(sd_event_add_time_relative(loop_.get(), &timer, CLOCK_MONOTONIC,
+                                   static_cast<std::uint64_t>(time.count()), 0, HandleTime, this),
+        "sd_event_add_time_relative");
+  timer_.reset(timer);
 }
 
 bool MainLoop::Attach(sd_bus& bus) {
@@ -90,6 +108,12 @@ void MainLoop::RunPosted() {
       SystemLog::Error(std::string("work for the main thread failed: ") + exception.what());
     }
   }
+}
+
+int MainLoop::HandleTime(sd_event_source* /*source*/, std::uint64_t /*time*/, void* self) {
+  auto& loop = *static_cast<MainLoop*>(self);
+  loop.Post(std::exchange(loop.putOff_, nullptr));
+  return 0;
 }
 
 // Not the loop's own exit, at which every connection closes itself: there may be something left to say.

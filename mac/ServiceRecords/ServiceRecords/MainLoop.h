@@ -2,14 +2,15 @@
 
 #include "SdBus.h"
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <mutex>
 #include <thread>
 
 // The main thread's event loop: bus connections, termination, and work that other threads hand over. Made and
-// run on the main thread; only Post may be called from others. Throws std::system_error when it cannot be
-// made.
+// run on the main thread; only Post and PutOff may be called from others. Throws std::system_error when it
+// cannot be made.
 class MainLoop {
  public:
   MainLoop();
@@ -23,6 +24,10 @@ class MainLoop {
   // Runs `work` on the main thread, in the order of the calls. What the work holds must be safe to hand from
   // thread to thread; what it throws is logged. After the loop has ended it waits for RunPosted.
   void Post(std::function<void()> work);
+
+  // Posts `work` when the time is over, in place of work that was put off before. What is put off when the
+  // loop ends is not done.
+  void PutOff(std::chrono::microseconds time, std::function<void()> work);
 
   // Serves the connection from now on; false when the loop cannot take it.
   [[nodiscard]] bool Attach(sd_bus& bus);
@@ -38,7 +43,10 @@ class MainLoop {
   void RunUntil(const std::function<bool()>& done);
 
  private:
+  void StartTimer(std::chrono::microseconds time);
+
   static int HandlePosted(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+  static int HandleTime(sd_event_source* source, std::uint64_t time, void* self);
   static int HandleTermination(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
 
   EventLoopPtr loop_;
@@ -47,4 +55,7 @@ class MainLoop {
   std::mutex mutex_;
   std::deque<std::function<void()>> posted_;
   bool terminating_ = false;
+  // Both are the main thread's.
+  std::function<void()> putOff_;
+  EventSourcePtr timer_;
 };

@@ -18,8 +18,12 @@ struct BusSlotDeleter {
 struct EventLoopDeleter {
   void operator()(sd_event* loop) const { sd_event_unref(loop); }
 };
+struct EventSourceDeleter {
+  void operator()(sd_event_source* source) const { sd_event_source_disable_unref(source); }
+};
 
 using BusPtr = std::unique_ptr<sd_bus, BusDeleter>;
 using BusMessagePtr = std::unique_ptr<sd_bus_message, BusMessageDeleter>;
 using BusSlotPtr = std::unique_ptr<sd_bus_slot, BusSlotDeleter>;
 using EventLoopPtr = std::unique_ptr<sd_event, EventLoopDeleter>;
+using EventSourcePtr = std::unique_ptr<sd_event_source, EventSourceDeleter>;
