@@ -116,12 +116,25 @@ TEST_F(DoctorOfTheMachine, NamesADamagedConfiguration) {
   EXPECT_THAT(run.output, HasSubstr("One problem was found.\n"));
 }
 
+TEST_F(DoctorOfTheMachine, NamesThePlaceOfTheNextCopyOfADamagedConfiguration) {
+  const std::string file = "home/.config/Morvane/ServiceRecords.plist";
+  agent_.Write(file, "damaged");
+  agent_.Write(file + ".damaged", "an earlier one");
+  EXPECT_THAT(Line(Srctl({"doctor"}), "configuration of the user"),
+              HasSubstr("keeps it as ServiceRecords.plist.damaged.1 beside"));
+  for (char copy = '1'; copy <= '9'; ++copy) agent_.Write(file + ".damaged." + copy, "an earlier one");
+  ExpectProblem(Line(Srctl({"doctor"}), "configuration of the user"),
+                "saves nothing, because all names for a copy of the damaged one are taken.", "Put back");
+}
+
 TEST_F(DoctorOfTheMachine, NamesAConfigurationThatCannotBeRead) {
   fs::create_directories(agent_.StoresFile());
   const SrctlRun run = Srctl({"doctor"});
   EXPECT_EQ(run.status, 1);
-  ExpectProblem(Line(run, "configuration of the user"),
-                agent_.StoresFile().string() + " cannot be read: ", "See that it is a file");
+  ExpectProblem(
+      Line(run, "configuration of the user"),
+      agent_.StoresFile().string() + " cannot be read: Is a directory. The agent writes nothing over it.",
+      "See that it is a file");
 }
 
 TEST_F(DoctorOfTheMachine, TellsOfADamagedConfigurationThatWasKept) {

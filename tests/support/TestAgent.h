@@ -34,6 +34,8 @@ class TestAgent {
   // Starts the agent's program with these arguments and this test's environment, and leaves it to the caller.
   [[nodiscard]] ChildProcess Run(const std::vector<std::string>& arguments = {},
                                  const ChildOptions& options = {});
+  // The started agent's process.
+  [[nodiscard]] pid_t Pid() const { return agent_->Pid(); }
   // Sends SIGTERM to the started agent and returns its exit status.
   int Terminate();
   // Waits for the end of the started agent and returns its exit status.

@@ -6,7 +6,9 @@
 #include "UserBus.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <set>
 
 struct BusService {
@@ -234,6 +236,17 @@ std::optional<std::string> AgentClient::UIBundlePath() {
   return CallAndRead<std::string>(kStores, "uiBundlePath", {}, [](sd_bus_message* reply, std::string& path) {
     return dictionaryreading::Text(path)(reply);
   });
+}
+
+std::optional<std::string> AgentClient::StateOfSavedStores() {
+  BusError error;
+  char* text = nullptr;
+  const int status = sd_bus_get_property_string(bus_.get(), kStores.name, kStores.path, kStores.interface,
+                                                "stateOfSavedStores", error.Get(), &text);
+  const std::unique_ptr<char, decltype(&std::free)> state(text, std::free);
+  if (status >= 0) return state.get();
+  problem_ = error.Text(status);
+  return std::nullopt;
 }
 
 std::optional<std::uint64_t> AgentClient::LocationForStore(const std::string& url) {

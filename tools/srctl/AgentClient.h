@@ -40,6 +40,9 @@ class AgentClient {
   // The folder of the dialogs' plug-in.
   [[nodiscard]] std::optional<std::string> UIBundlePath();
 
+  // Whether the agent's list and its file agree: "good", "unsaved" or "unreadable".
+  [[nodiscard]] std::optional<std::string> StateOfSavedStores();
+
   // A network location, as Wayfinder numbers them.
   [[nodiscard]] std::optional<std::uint64_t> LocationForStore(const std::string& url);
   // The same, but while it is being decided, waits until it is, or for the time. Does not ask again and

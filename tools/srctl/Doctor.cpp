@@ -22,6 +22,10 @@ using namespace std::chrono_literals;
 // The library gives up on a beacon after ten seconds.
 constexpr auto kDecisionTime = 12s;
 
+constexpr char kNoAnswer[] = "the agent does not answer";
+constexpr char kUnsaved[] = "unsaved";
+constexpr char kUnreadable[] = "unreadable";
+
 Finding Unanswered(const std::string& problem) {
   return {
       Result::Problem, "agent", "It cannot be reached: " + problem + ".",
@@ -33,21 +37,40 @@ Finding Unanswered(const std::string& problem) {
 struct AgentAnswers {
   Finding agent;
   std::optional<std::string> plugIn;
+  std::optional<std::string> savedStores;
   std::optional<std::vector<StoreInfo>> stores;
 };
 
 AgentAnswers AskAgent(std::optional<AgentClient>& agent, const std::string& problem) {
-  AgentAnswers answers{Unanswered(problem), std::nullopt, std::nullopt};
+  AgentAnswers answers{Unanswered(problem), std::nullopt, std::nullopt, std::nullopt};
   if (!agent) return answers;
   answers.plugIn = agent->UIBundlePath();
-  if (answers.plugIn) answers.stores = agent->AllStores();
+  if (answers.plugIn) answers.savedStores = agent->StateOfSavedStores();
+  if (answers.savedStores) answers.stores = agent->AllStores();
   answers.agent = answers.stores ? Finding{Result::Ok, "agent", "It answers on the session bus."}
                                  : Unanswered(agent->Problem());
   return answers;
 }
 
-Finding NotAsked(const std::string& check) {
-  return {Result::Note, check, "It was not looked at, because the agent does not answer."};
+Finding NotLookedAt(const std::string& check, const std::string& reason) {
+  return {Result::Note, check, "It was not looked at, because " + reason + "."};
+}
+
+void CheckSavedStores(const std::string& state, const FindingReport& report) {
+  constexpr char kReason[] = "The system log says why: journalctl --user -t ServiceRecords";
+  if (state == kUnsaved) {
+    report(
+        {Result::Problem, "saved stores",
+         "The agent could not save its list of stores. It goes on with it and tries again, but what was not "
+         "saved is lost when the agent ends.",
+         std::string("Make room on the disk, or make the file one that you may write. ") + kReason});
+  } else if (state == kUnreadable) {
+    report(
+        {Result::Problem, "saved stores",
+         "The agent could not read the file with your stores. Until it can, which it tries again and again, "
+         "its list is empty and cannot be changed.",
+         std::string("Make the file one that you may read. ") + kReason});
+  }
 }
 
 void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const FindingReport& report) {
@@ -77,13 +100,17 @@ Status Doctor(printing::Format format) {
   const AgentAnswers answers = AskAgent(agent, problem);
   report(answers.agent);
   report(installationchecks::CheckLog());
-  report(answers.plugIn ? installationchecks::CheckPlugIn(*answers.plugIn) : NotAsked("plug-in"));
+  report(answers.plugIn ? installationchecks::CheckPlugIn(*answers.plugIn)
+                        : NotLookedAt("plug-in", kNoAnswer));
   report(installationchecks::CheckUserConfiguration());
   report(installationchecks::CheckMachineConfiguration());
-  if (answers.stores) {
-    CheckStores(*agent, *answers.stores, report);
+  if (answers.savedStores) CheckSavedStores(*answers.savedStores, report);
+  if (!answers.stores) {
+    report(NotLookedAt("stores", kNoAnswer));
+  } else if (answers.savedStores == kUnreadable) {
+    report(NotLookedAt("stores", "the agent could not read the file"));
   } else {
-    report(NotAsked("stores"));
+    CheckStores(*agent, *answers.stores, report);
   }
   printer.Finish();
   return printer.Problems() == 0 ? Status::Done : Status::Refused;

@@ -3,6 +3,7 @@
 #include "AtomicFile.h"
 #include "Bundle.h"
 #include "MacConfiguration.h"
+#include "PropertyListFile.h"
 #include "SRLib/PropertyList/PropertyList.h"
 #include "StandardDirectories.h"
 #include "UserDefaults.h"
@@ -50,7 +51,7 @@ struct LookAtFile {
 LookAtFile LookAt(const fs::path& file) {
   std::error_code error;
   const std::optional<std::string> content = AtomicFile::Read(file, error);
-  if (!content && error == std::errc::no_such_file_or_directory) {
+  if (!content && AtomicFile::IsMissing(error)) {
     return {FileState::Missing, "There is none, which is fine: " + file.string()};
   }
   if (!content) return {FileState::Unreadable, file.string() + " cannot be read: " + error.message() + "."};
@@ -60,6 +61,24 @@ LookAtFile LookAt(const fs::path& file) {
             file.string() + " is damaged: it is no property list with a dictionary at its root."};
   }
   return {FileState::Readable, "It can be read: " + file.string()};
+}
+
+// The copies of damaged files beside the file.
+struct Copies {
+  std::string last;      // the path of the latest; empty when there is none
+  std::string nextName;  // of the next; empty when there can be none
+};
+
+Copies LookForCopies(const fs::path& file) {
+  std::error_code error;
+  Copies copies;
+  for (const std::string& name : PropertyListFile(file).DamagedNames()) {
+    const fs::path copy = file.parent_path() / name;
+    const bool isTaken = fs::exists(fs::symlink_status(copy, error));
+    if (isTaken) copies.last = copy.string();
+    if (!isTaken && copies.nextName.empty()) copies.nextName = name;
+  }
+  return copies;
 }
 
 }  // namespace
@@ -86,22 +105,24 @@ Finding CheckPlugIn(const fs::path& bundle) {
 Finding CheckUserConfiguration() {
   const fs::path& file = preferenceFile(true);
   const LookAtFile look = LookAt(file);
+  const Copies copies = LookForCopies(file);
   Finding finding{Result::Ok, "configuration of the user", look.text};
-  std::error_code error;
-  const fs::path damaged = file.string() + ".damaged";
   if (look.state == FileState::Unreadable) {
     finding.result = Result::Problem;
+    finding.text += " The agent writes nothing over it.";
     finding.next = "See that it is a file that you may read, then run srctl doctor again.";
   } else if (look.state == FileState::Damaged) {
     finding.result = Result::Problem;
-    finding.text += " The agent goes on as if it were empty, and at its next change keeps it as " +
-                    damaged.filename().string() + " beside the new one.";
+    finding.text += " The agent goes on as if it were empty, and ";
+    finding.text += copies.nextName.empty()
+                        ? "saves nothing, because all names for a copy of the damaged one are taken."
+                        : "at its next change keeps it as " + copies.nextName + " beside the new one.";
     finding.next =
         "Put back a copy of the file, or move it away and open your service-record files again (srctl open "
         "FILE).";
-  } else if (look.state == FileState::Readable && fs::exists(damaged, error)) {
+  } else if (look.state == FileState::Readable && !copies.last.empty()) {
     finding.result = Result::Note;
-    finding.text += ". An earlier one was damaged and is kept as " + damaged.string() + ".";
+    finding.text += ". An earlier one was damaged and is kept as " + copies.last + ".";
     finding.next = "When no store is missing (srctl list), remove the damaged one.";
   }
   return finding;

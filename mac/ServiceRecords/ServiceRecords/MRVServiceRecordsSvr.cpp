@@ -11,6 +11,7 @@
 
 #include <algorithm>
 
+using ServiceRecords::SavedStores;
 using ServiceRecords::SRProvider;
 
 namespace {
@@ -26,6 +27,18 @@ bool SetDefaultGateway(const char* method, Setter setter, const std::string& sto
   if (changed) provider.SaveAllStores();
   CSRLog(0, "[-] %s (%d)", method, changed);
   return changed;
+}
+
+std::string NameOf(SavedStores::State state) {
+  switch (state) {
+    case SavedStores::State::Good:
+      return "good";
+    case SavedStores::State::Unsaved:
+      return "unsaved";
+    case SavedStores::State::Unreadable:
+      break;
+  }
+  return "unreadable";
 }
 
 }  // namespace
@@ -87,6 +100,14 @@ bool MrvServiceRecordsSvr::deleteStore(const std::string& id) {
   const bool removed = SRProvider::Instance().RemoveStore(util::widen(id));
   CSRLog(0, "[-] %s (%d)", kMethod, removed);
   return removed;
+}
+
+std::string MrvServiceRecordsSvr::stateOfSavedStores() {
+  constexpr char kMethod[] = "MrvServiceRecordsSvr::stateOfSavedStores";
+  CSRLog(0, "[+] %s", kMethod);
+  std::string state = NameOf(SRProvider::Instance().StateOfSavedStores());
+  CSRLog(0, "[-] %s (%@)", kMethod, state);
+  return state;
 }
 
 void MrvServiceRecordsSvr::handleServiceRecordFTA(const std::string& path) {

@@ -23,6 +23,9 @@ class MrvServiceRecordsSvr {
   [[nodiscard]] std::string uiBundlePath();
   [[nodiscard]] bool deleteStore(const std::string& id);
 
+  // Whether the list and its file agree: "good", "unsaved" or "unreadable".
+  [[nodiscard]] std::string stateOfSavedStores();
+
   // The whole handling of one opened file; blocks in dialogs and network calls.
   void handleServiceRecordFTA(const std::string& path);
   // Applies the document; a document that changed something is announced once.

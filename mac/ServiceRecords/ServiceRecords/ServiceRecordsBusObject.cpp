@@ -45,6 +45,7 @@ const sd_bus_vtable ServiceRecordsBusObject::kMethods[] = {
                             HandleServiceRecordFTA, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("handleDiscoveryDocument", SD_BUS_ARGS("s", document), SD_BUS_NO_RESULT,
                             HandleDiscoveryDocument, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_PROPERTY("stateOfSavedStores", "s", StateOfSavedStores, 0, 0),
     SD_BUS_VTABLE_END};
 
 bool ServiceRecordsBusObject::Serve(sd_bus& bus) {
@@ -92,6 +93,14 @@ int ServiceRecordsBusObject::SetDefaultGatewayForStoreID(sd_bus_message* call, v
 int ServiceRecordsBusObject::UIBundlePath(sd_bus_message* call, void* self, sd_bus_error* error) {
   return AnswerCall(error, [&] {
     return sd_bus_reply_method_return(call, "s", Self(self).service_.uiBundlePath().c_str());
+  });
+}
+
+int ServiceRecordsBusObject::StateOfSavedStores(sd_bus* /*bus*/, const char* /*path*/,
+                                                const char* /*interface*/, const char* /*property*/,
+                                                sd_bus_message* reply, void* self, sd_bus_error* error) {
+  return AnswerCall(error, [&] {
+    return sd_bus_message_append(reply, "s", Self(self).service_.stateOfSavedStores().c_str());
   });
 }
 

@@ -28,6 +28,8 @@ class ServiceRecordsBusObject {
   static int DeleteStore(sd_bus_message* call, void* self, sd_bus_error* error);
   static int HandleServiceRecordFTA(sd_bus_message* call, void* self, sd_bus_error* error);
   static int HandleDiscoveryDocument(sd_bus_message* call, void* self, sd_bus_error* error);
+  static int StateOfSavedStores(sd_bus* bus, const char* path, const char* interface, const char* property,
+                                sd_bus_message* reply, void* self, sd_bus_error* error);
   static const sd_bus_vtable kMethods[];
   static ServiceRecordsBusObject& Self(void* self) { return *static_cast<ServiceRecordsBusObject*>(self); }
 
