@@ -106,7 +106,8 @@ TEST_F(TerminalDialogTest, ShowsTheStoreAndItsGatewaysAndAcceptsAYes) {
   EXPECT_THAT(shown, HasSubstr("Store:       M\xC3\xBCnchen \xE6\x9D\xB1\r\n"));
   EXPECT_THAT(shown, HasSubstr("Provider:    Morvane\r\n"));
   EXPECT_THAT(shown, HasSubstr("Certificate: store.example.com\r\n"));
-  EXPECT_THAT(shown, HasSubstr("Address:     https://store.example.com/path\r\n"));
+  EXPECT_THAT(shown, HasSubstr("Address:     https://store.example.com\r\n"
+                               "  Path:        /path\r\n"));
   EXPECT_THAT(shown, HasSubstr("  Gateways:\r\n"
                                "    [default]  Main\r\n"
                                "      at       https://main\r\n"
@@ -177,6 +178,26 @@ TEST_F(TerminalDialogTest, ALongNameIsCut) {
               HasSubstr(" " + std::string(200, 'x') + "\xE2\x80\xA6\r\n"));
 }
 
+TEST_F(TerminalDialogTest, AHostIsNeverCut) {
+  const std::string lure = "bank.example." + std::string(4000, 'x');
+  const std::string address = "https://" + lure + ".evil.example:8443";
+  terminal_.SetColumns(10000);
+  EXPECT_THAT(Shown("StoreURL", address + "/" + std::string(300, 'p')),
+              HasSubstr("  Address:     " + address + "\r\n  Path:        /" + std::string(199, 'p') +
+                        "\xE2\x80\xA6\r\n"));
+  EXPECT_THAT(Shown("CertificateName", lure + ".evil"), HasSubstr("  Certificate: " + lure + ".evil\r\n"));
+  EXPECT_THAT(Shown("StoreProvider", lure + ".evil"), HasSubstr("  Provider:    " + lure + ".evil\r\n"));
+  const Dictionary gateway{{"GatewayName", "G"}, {"GatewayURL", address + "/p"}, {"IsDefault", true}};
+  EXPECT_THAT(Shown("StoreGateways", Array{gateway}),
+              HasSubstr("      at       " + address + "\r\n      path     /p\r\n"));
+}
+
+TEST_F(TerminalDialogTest, TheEndOfALongHostIsTheEndOfALine) {
+  const std::string lure = "bank.example." + std::string(190, 'x');
+  const std::string shown = Shown("StoreURL", "https://" + lure + ".evil.example/path");
+  EXPECT_THAT(shown, HasSubstr("xx.evil.example\r\n  Path:        /path\r\n"));
+}
+
 TEST_F(TerminalDialogTest, ALongTextGoesOnBelowItselfAtEveryWidth) {
   const std::string word(90, 'x');
   EXPECT_THAT(Shown("StoreName", word), HasSubstr("  Store:       " + word.substr(0, 65) + "\r\n" +
@@ -230,6 +251,17 @@ TEST_F(TerminalDialogTest, ALongErrorMessageGoesOnBelowItself) {
   const std::string shown = terminal_.ReadUntil("End\r\n");
   EXPECT_THAT(shown, HasSubstr("  " + std::string(78, 't') + "\r\n  " + std::string(22, 't') + "\r\n"));
   EXPECT_THAT(shown, HasSubstr("  " + std::string(78, 'm') + "\r\n  " + std::string(22, 'm') + "\r\n"));
+}
+
+TEST_F(TerminalDialogTest, TheErrorBoxNeverCutsAHost) {
+  const std::string host(5000, 'h');
+  const Dictionary details{{"ErrorTitle", "Not added"},
+                           {"ErrorMessage", "Not contacted:\nhttps://" + host + ".evil.example/p\nEnd"}};
+  terminal_.SetColumns(10000);
+  module_.EntryPoints().errorMessage(PropertyList::Write(details).c_str());
+
+  EXPECT_THAT(terminal_.ReadUntil("End\r\n"),
+              HasSubstr("  Not contacted:\r\n  https://" + host + ".evil.example\r\n  /p\r\n  End\r\n"));
 }
 
 TEST_F(TerminalDialogTest, AsksInLinesOnARawTerminalAndPutsItsModeBack) {

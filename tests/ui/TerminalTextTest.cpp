@@ -8,6 +8,7 @@
 
 namespace {
 
+using TerminalText::AddressLines;
 using TerminalText::Folded;
 using TerminalText::Indented;
 using TerminalText::OneLine;
@@ -98,7 +99,28 @@ TEST(TerminalTextTest, IndentsEveryLineOfAMessage) {
 
 TEST(TerminalTextTest, FoldsAMessageBetweenItsIndentationAndTheEdge) {
   EXPECT_EQ(Indented("one   two three\nfour", 9), "  one two\n  three\n  four");
-  EXPECT_EQ(Indented("abcdefgh", 80, 3), "  abc\xE2\x80\xA6");
+  EXPECT_EQ(Indented(std::string(5000, 'x'), 5002), "  " + std::string(5000, 'x'));
+}
+
+TEST(TerminalTextTest, AnAddressIsAWholeLineUpToItsPathAndThePath) {
+  EXPECT_THAT(AddressLines("https://h:8443"), ElementsAre("https://h:8443"));
+  EXPECT_THAT(AddressLines("HTTPS://h:8443/"), ElementsAre("HTTPS://h:8443"));
+  EXPECT_THAT(AddressLines("h/s://evil/p"), ElementsAre("h/s://evil", "/p")) << "as it is requested";
+  EXPECT_THAT(AddressLines("https://h\x1B/a\x1B"), ElementsAre("https://h" + kReplaced, "/a" + kReplaced));
+  EXPECT_THAT(AddressLines("https://good@evil/x"), ElementsAre("https://good@evil", "/x"));
+  EXPECT_THAT(AddressLines(""), ElementsAre(""));
+}
+
+TEST(TerminalTextTest, OfAnAddressOnlyThePathIsCut) {
+  const std::string server = "https://" + std::string(5000, 'h') + ".example";
+  EXPECT_THAT(AddressLines(server + "/" + std::string(300, 'p')),
+              ElementsAre(server, "/" + std::string(199, 'p') + "\xE2\x80\xA6"));
+}
+
+TEST(TerminalTextTest, AnAddressInAMessageStandsOnLinesOfItsOwn) {
+  EXPECT_EQ(Indented("Not contacted:\nhttps://abcdef/path\nCheck it.", 14),
+            "  Not\n  contacted:\n  https://abcd\n  ef\n  /path\n  Check it.");
+  EXPECT_EQ(Indented("See https://h/path", 80), "  See https://h/path");
 }
 
 }  // namespace

@@ -156,6 +156,22 @@ TEST_F(CredentialPromptTest, AsksAgainForWhatCannotBeSent) {
   EXPECT_THAT(shown_, HasSubstr("cannot be sent"));
 }
 
+TEST_F(CredentialPromptTest, TheServersNameIsNeverCut) {
+  const std::string host = "bank.example." + std::string(1000, 'x') + ".evil.example:8443";
+  terminal_.SetColumns(2000);
+  Start("get", "protocol=https\nhost=" + host + "\nrealm=Staff\nplace=gateway\nauthentication=domain");
+  Type(kUserName, "");
+  EXPECT_THAT(shown_, HasSubstr("\r\n\r\n  https://" + host + "\r\n\r\n"));
+}
+
+TEST_F(CredentialPromptTest, ALongServersNameGoesOnInTheNextLine) {
+  const std::string host = std::string(70, 'a') + std::string(78, 'b') + ".evil.example";
+  Start("get", "protocol=https\nhost=" + host + "\nrealm=Staff\nplace=gateway\nauthentication=domain");
+  Type(kUserName, "");
+  EXPECT_THAT(shown_, HasSubstr("\r\n  https://" + std::string(70, 'a') + "\r\n  " + std::string(78, 'b') +
+                                "\r\n  .evil.example\r\n\r\n"));
+}
+
 TEST_F(CredentialPromptTest, TextsOfAServerCannotStyleTheTerminal) {
   Start("get", "protocol=https\nhost=h\nrealm=a\x1B[2J\xE2\x80\xAE" + std::string(300, 'x') +
                    "  User name: forged\nplace=store\nauthentication=none");

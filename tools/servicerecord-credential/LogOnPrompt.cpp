@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr std::size_t kLongestText = 200;
 constexpr std::size_t kLongestAnswer = 1024;
 constexpr std::string_view kUserNameQuestion = "  User name (empty to cancel): ";
 constexpr std::string_view kPasswordQuestion = "  Password: ";
@@ -42,14 +41,15 @@ std::optional<Secret> AskFor(Terminal& terminal, std::string_view question, Term
 }
 
 std::string Shown(std::string_view text, std::size_t columns) {
-  const std::string clean = TerminalText::SingleBlanks(TerminalText::OneLine(text, kLongestText));
+  const std::string clean =
+      TerminalText::SingleBlanks(TerminalText::OneLine(text, TerminalText::kLongestText));
   return TerminalText::Indented(clean, columns) + "\n";
 }
 
 std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
   std::string text =
       question.isGateway ? "\nA gateway asks you to log on:\n\n" : "\nA store asks you to log on:\n\n";
-  text += Shown(question.server, columns);
+  text += TerminalText::Indented(question.server, columns) + "\n";
   if (!question.realm.empty())
     text += "\nIt calls what the password is for:\n\n" + Shown(question.realm, columns);
   if (question.wasRejected) text += "\nThe last answer was not accepted.\n";

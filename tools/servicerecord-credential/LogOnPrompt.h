@@ -8,7 +8,8 @@
 
 class Terminal;
 
-// What the user is asked to log on with. The texts come from a server and are made fit for the terminal.
+// What the user is asked to log on with. The texts come from a server and are made fit for the terminal; all
+// but the server, which is shown whole, are cut when they are long.
 struct LogOnQuestion {
   std::string_view server;  // protocol://host
   std::string_view realm;

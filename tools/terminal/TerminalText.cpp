@@ -1,6 +1,7 @@
 #include "TerminalText.h"
 
 #include "SRLib/TextHelpers.h"
+#include "libs/Address/SplitURL.h"
 
 #include <algorithm>
 #include <array>
@@ -76,6 +77,10 @@ std::string_view TakeLine(std::string_view& text) {
   return line;
 }
 
+bool IsAddress(std::string_view line) {
+  return line.find("://") != std::string_view::npos && line.find(' ') == std::string_view::npos;
+}
+
 }  // namespace
 
 std::string OneLine(std::string_view utf8, std::size_t maximumCharacters) {
@@ -109,18 +114,27 @@ std::vector<std::string> Folded(std::string_view utf8, std::size_t columns) {
   return lines;
 }
 
-std::string Indented(std::string_view utf8, std::size_t columns, std::size_t maximumCharacters) {
+std::vector<std::string> AddressLines(std::string_view utf8) {
+  const std::optional<std::string> page = Address::SplitURL(utf8).page;
+  const std::size_t pathLength = page ? page->size() + 1 : 0;
+  std::vector<std::string> lines{OneLine(SingleBlanks(utf8.substr(0, utf8.size() - pathLength)))};
+  if (page && !page->empty()) lines.push_back(OneLine("/" + SingleBlanks(*page), kLongestText));
+  return lines;
+}
+
+std::string Indented(std::string_view utf8, std::size_t columns) {
   const std::size_t textColumns = columns > kIndentation.size() ? columns - kIndentation.size() : 1;
-  const std::string text = util::narrow(Cut(util::widen(utf8), maximumCharacters));
-  std::string_view rest = text;
   std::string indented;
   do {
-    for (const std::string& line : Folded(OneLine(SingleBlanks(TakeLine(rest))), textColumns)) {
-      if (!indented.empty()) indented += '\n';
-      indented += kIndentation;
-      indented += line;
+    const std::string line = SingleBlanks(TakeLine(utf8));
+    for (const std::string& part : IsAddress(line) ? AddressLines(line) : std::vector{OneLine(line)}) {
+      for (const std::string& folded : Folded(part, textColumns)) {
+        if (!indented.empty()) indented += '\n';
+        indented += kIndentation;
+        indented += folded;
+      }
     }
-  } while (!rest.empty());
+  } while (!utf8.empty());
   return indented;
 }
 

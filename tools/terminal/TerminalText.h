@@ -13,6 +13,8 @@
 namespace TerminalText {
 
 inline constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
+// What a question shows of a name or a path, in characters.
+inline constexpr std::size_t kLongestText = 200;
 
 // One line; a line break is a control character like any other.
 [[nodiscard]] std::string OneLine(std::string_view utf8, std::size_t maximumCharacters = kNoLimit);
@@ -26,10 +28,13 @@ inline constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 // line may end early, but the terminal never goes on with it at its left edge.
 [[nodiscard]] std::vector<std::string> Folded(std::string_view utf8, std::size_t columns);
 
+// The lines of an address: all up to its path, however long, because the end of a host says whose it is, and
+// the path, where there is one.
+[[nodiscard]] std::vector<std::string> AddressLines(std::string_view utf8);
+
 // Several lines with single blanks, folded for a terminal of `columns`, each indented by two spaces, so that
-// none can pass for the program's own.
-[[nodiscard]] std::string Indented(std::string_view utf8, std::size_t columns,
-                                   std::size_t maximumCharacters = kNoLimit);
+// none can pass for the program's own. One that is an address stands as AddressLines says.
+[[nodiscard]] std::string Indented(std::string_view utf8, std::size_t columns);
 
 // Columns that the text takes, for the process's LC_CTYPE.
 [[nodiscard]] std::size_t Width(std::string_view utf8);

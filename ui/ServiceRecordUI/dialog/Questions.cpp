@@ -12,8 +12,6 @@ namespace {
 using PropertyList::Array;
 using PropertyList::Dictionary;
 
-constexpr std::size_t kLongestText = 200;
-constexpr std::size_t kLongestMessage = 4000;
 // More would push the store's name off the screen.
 constexpr std::size_t kMostGateways = 8;
 // Texts begin in one column, behind the labels.
@@ -26,10 +24,16 @@ std::string TextOf(const Dictionary& dictionary, std::string_view key) {
   return text != nullptr ? *text : std::string();
 }
 
-std::string Shown(const Dictionary& dictionary, std::string_view key) {
+std::string Shown(const Dictionary& dictionary, std::string_view key,
+                  std::size_t maximumCharacters = TerminalText::kLongestText) {
   const std::string text =
-      TerminalText::OneLine(TerminalText::SingleBlanks(TextOf(dictionary, key)), kLongestText);
+      TerminalText::OneLine(TerminalText::SingleBlanks(TextOf(dictionary, key)), maximumCharacters);
   return text.empty() ? std::string(kNone) : text;
+}
+
+// A certificate may name a host, so this is never cut.
+std::string ShownWhole(const Dictionary& dictionary, std::string_view key) {
+  return Shown(dictionary, key, TerminalText::kNoLimit);
 }
 
 // The label stands on the first line only.
@@ -46,12 +50,20 @@ std::string Line(std::string_view label, std::string_view text, std::size_t colu
   return lines;
 }
 
+std::string AddressLines(std::string_view label, std::string_view pathLabel, const std::string& address,
+                         std::size_t columns) {
+  const std::vector<std::string> parts = TerminalText::AddressLines(address);
+  std::string lines = Line(label, parts.front().empty() ? kNone : parts.front(), columns);
+  if (parts.size() > 1) lines += Line(pathLabel, parts.back(), columns);
+  return lines;
+}
+
 // The mark is a label, which no name can imitate.
 std::string GatewayLines(const Dictionary& gateway, std::size_t columns) {
   const PropertyList::Value* mark = gateway.Find("IsDefault");
   const bool isDefault = mark != nullptr && mark->AsNumber().value_or(0) != 0;
   return Line(isDefault ? "  [default]" : "  [other]", Shown(gateway, "GatewayName"), columns) +
-         Line("    at", Shown(gateway, "GatewayURL"), columns);
+         AddressLines("    at", "    path", TextOf(gateway, "GatewayURL"), columns);
 }
 
 std::string AllGateways(const Dictionary& details, std::size_t columns) {
@@ -73,10 +85,10 @@ std::string AllGateways(const Dictionary& details, std::size_t columns) {
 std::string AddStore(const Dictionary& details, std::size_t columns) {
   return "\nA service record wants to add a store:\n\n" +
          Line("Store:", Shown(details, "StoreName"), columns) +
-         Line("Provider:", Shown(details, "StoreProvider"), columns) +
-         Line("Certificate:", Shown(details, "CertificateName"), columns) +
-         Line("Address:", Shown(details, "StoreURL"), columns) + AllGateways(details, columns) +
-         "\nAdd this store only if you trust the provider.\nAdd it? [y/N] ";
+         Line("Provider:", ShownWhole(details, "StoreProvider"), columns) +
+         Line("Certificate:", ShownWhole(details, "CertificateName"), columns) +
+         AddressLines("Address:", "Path:", TextOf(details, "StoreURL"), columns) +
+         AllGateways(details, columns) + "\nAdd this store only if you trust the provider.\nAdd it? [y/N] ";
 }
 
 std::string ReplaceStore(const Dictionary& details, std::size_t columns) {
@@ -86,7 +98,7 @@ std::string ReplaceStore(const Dictionary& details, std::size_t columns) {
 
 std::string ErrorMessage(const Dictionary& details, std::size_t columns) {
   return "\n" + TerminalText::Indented(Shown(details, "ErrorTitle"), columns) + "\n\n" +
-         TerminalText::Indented(TextOf(details, "ErrorMessage"), columns, kLongestMessage) + "\n\n";
+         TerminalText::Indented(TextOf(details, "ErrorMessage"), columns) + "\n\n";
 }
 
 }  // namespace Questions

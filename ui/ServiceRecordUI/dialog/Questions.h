@@ -7,7 +7,8 @@
 
 // What the dialogs say on a terminal of that many columns, in UTF-8. The dictionaries' texts come from
 // documents: they are made fit first, and stay to the right of the labels on as many lines as they need, so
-// that none passes for a line of the program's own.
+// that none passes for a line of the program's own. Long names and paths are cut, a host never is: it stands
+// apart from its path, whole.
 namespace Questions {
 
 // All that is known of the store, and the question whether to add it.
