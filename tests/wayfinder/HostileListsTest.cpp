@@ -74,6 +74,26 @@ TEST(HostileLists, NamesThatAreNeverFoundMakeNoAnswerLateAndLeaveNothingBehind) 
   EXPECT_TRUE(ComesTrue([descriptors] { return OpenDescriptors() == descriptors; }));
 }
 
+TEST(HostileLists, NamesThatHangKeepNoOtherStoreWaiting) {
+  const testsupport::RawServer server({testsupport::kGood});
+  testsupport::HangingResolver hanging;
+  const auto resolve = [hang = hanging.Resolver()](const std::string& host) {
+    return host == "good.example" ? std::vector<std::string>{"127.0.0.1"} : hang(host);
+  };
+  const std::string good = "http://good.example:" + std::to_string(server.Port()) + "/";
+  RecordedService service(resolve);
+  for (int list = 0; list < 5; ++list) {
+    std::vector<std::string> names;
+    for (int i = 0; i < 40; ++i)
+      names.push_back("https://host" + std::to_string(i) + ".list" + std::to_string(list) + ".example");
+    service.SetStores({{"https://hanging", names, {}}, {"https://good", {good, good + "2", good + "3"}, {}}});
+    ASSERT_TRUE(service.WaitForLocation("https://good", Wayfinder::kLAN))
+        << testing::PrintToString(service.Messages());
+  }
+  EXPECT_THAT(service.Changes(),
+              testing::Not(testing::Contains(testing::Pair("https://good", Wayfinder::kNone))));
+}
+
 TEST(HostileLists, NamesOfThisMachineAreNotLookedUpHoweverTheyAreSpelt) {
   const testsupport::RawServer server({testsupport::kGood});
   const std::string port = std::to_string(server.Port());

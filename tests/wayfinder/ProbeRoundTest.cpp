@@ -33,12 +33,13 @@ std::vector<std::string> Resolve(const std::string& host) {
 
 std::vector<ProbeOutcome> AskAll(const std::vector<std::string>& beacons) {
   HostLookups lookups(Resolve);
-  std::vector<Wayfinding::BeaconAddress> addresses;
-  for (const std::string& beacon : beacons) addresses.push_back(ParseBeaconAddress(beacon).value());
+  std::vector<ProbeRound::Question> questions;
+  for (const std::string& beacon : beacons)
+    questions.push_back({.beacon = ParseBeaconAddress(beacon).value(), .stores = {0}});
   std::vector<ProbeOutcome> outcomes(beacons.size());
-  ProbeRound round(addresses, lookups, [&outcomes](std::size_t index, ProbeOutcome outcome) {
-    outcomes[index] = std::move(outcome);
-  });
+  ProbeRound round(
+      questions, {"https://store"}, lookups,
+      [&outcomes](std::size_t index, ProbeOutcome outcome) { outcomes[index] = std::move(outcome); });
   round.Advance();
   while (!round.IsFinished()) {
     round.Wait({}, std::chrono::seconds(20));

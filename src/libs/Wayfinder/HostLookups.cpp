@@ -5,9 +5,7 @@
 #include <netdb.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <array>
-#include <atomic>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -60,7 +58,6 @@ void HostLookup::End(std::vector<std::string> addresses) {
 struct HostLookups::Shared {
   Resolver resolver;
   WakeEvent ended;
-  std::atomic<int> threads = 0;
 };
 
 HostLookups::HostLookups(Resolver resolver) : shared_(std::make_shared<Shared>()) {
@@ -75,6 +72,11 @@ int HostLookups::Descriptor() const {
 
 void HostLookups::ClearEnded() {
   shared_->ended.Clear();
+  std::erase_if(running_, [](const Running& running) { return running.lookup->HasEnded(); });
+}
+
+void HostLookups::TakeNewNetwork() {
+  for (Running& running : running_) running.isOfThisNetwork = false;
 }
 
 void HostLookups::Run(const std::shared_ptr<Shared>& shared, const std::shared_ptr<HostLookup>& lookup,
@@ -85,21 +87,26 @@ void HostLookups::Run(const std::shared_ptr<Shared>& shared, const std::shared_p
   } catch (...) {
     addresses.clear();
   }
-  --shared->threads;
   lookup->End(std::move(addresses));
   shared->ended.Raise();
 }
 
-std::shared_ptr<const HostLookup> HostLookups::Start(const std::string& host) {
-  if (shared_->threads >= kMostThreads) return nullptr;
-  ++shared_->threads;
+std::shared_ptr<const HostLookup> HostLookups::Start(const std::string& host, const std::string& store) {
+  std::size_t held = 0;
+  for (const Running& running : running_) {
+    if (running.isOfThisNetwork && running.host == host) return running.lookup;
+    if (running.store == store) ++held;
+  }
+  // Taken one after the other by stores whose names all hang, such shares are enough for 17 of them.
+  constexpr std::size_t kPart = 4;
+  if (kPart * held >= kMostThreads - running_.size()) return nullptr;
   auto lookup = std::make_shared<HostLookup>();
   try {
     std::thread([shared = shared_, lookup, host] { Run(shared, lookup, host); }).detach();
   } catch (const std::system_error&) {
-    --shared_->threads;
     return nullptr;
   }
+  running_.push_back({.host = host, .store = store, .lookup = lookup});
   return lookup;
 }
 

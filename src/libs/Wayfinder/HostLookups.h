@@ -11,21 +11,26 @@ namespace Wayfinding {
 class HostLookup;
 
 // Looks names up on threads of its own, at most kMostThreads at a time. The system's lookup can be neither
-// ended nor given a time: who no longer wants a result drops it, and its thread ends when the lookup does.
-// One thread uses this object; its end never waits.
+// ended nor given a time: who no longer wants a result drops it, and its thread ends when the lookup does. So
+// lookups that hang are shared by whoever wants the same name, and are counted until they end. One thread
+// uses this object; its end never waits.
 class HostLookups {
  public:
   // Numeric addresses of a host, best first; none when it is not found. Called on any of the threads.
   using Resolver = std::function<std::vector<std::string>(const std::string& host)>;
 
-  static constexpr int kMostThreads = 96;
+  static constexpr std::size_t kMostThreads = 96;
 
   // Throws std::system_error when there is no descriptor to be had.
   explicit HostLookups(Resolver resolver);
   ~HostLookups();
 
-  // Nothing while every thread is taken.
-  [[nodiscard]] std::shared_ptr<const HostLookup> Start(const std::string& host);
+  // The lookup of this host that is under way on this network, or a new one. Nothing while there is no thread
+  // left for this store, by its URL: it may have one more while it has less than a quarter of the free ones,
+  // so that the names of one store that hang leave some to the others.
+  [[nodiscard]] std::shared_ptr<const HostLookup> Start(const std::string& host, const std::string& store);
+  // What is under way asks the network before, and is not shared any more.
+  void TakeNewNetwork();
 
   // Readable after the end of a lookup, until ClearEnded.
   [[nodiscard]] int Descriptor() const;
@@ -33,10 +38,17 @@ class HostLookups {
 
  private:
   struct Shared;
+  struct Running {
+    std::string host;
+    std::string store;
+    std::shared_ptr<const HostLookup> lookup;
+    bool isOfThisNetwork = true;
+  };
   static void Run(const std::shared_ptr<Shared>& shared, const std::shared_ptr<HostLookup>& lookup,
                   const std::string& host) noexcept;
 
   std::shared_ptr<Shared> shared_;
+  std::vector<Running> running_;
 };
 
 class HostLookup {

@@ -49,14 +49,14 @@ LocationParts LocationParts::Defaults() {
           .changed = [](const std::string& /*storeURL*/, NetworkLocation /*location*/) {}};
 }
 
-LocationLoop::LocationLoop(const LocationParts& parts, StoreLocations& locations, LocationOrders& orders,
-                           const WakeEvent& wake, std::atomic<int>& outsideTunnel)
+LocationLoop::LocationLoop(const LocationParts& parts, HostLookups& lookups, StoreLocations& locations,
+                           LocationOrders& orders, const WakeEvent& wake, std::atomic<int>& outsideTunnel)
     : parts_(parts),
+      lookups_(lookups),
       locations_(locations),
       orders_(orders),
       wake_(wake),
-      outsideTunnel_(outsideTunnel),
-      lookups_(parts.resolver) {}
+      outsideTunnel_(outsideTunnel) {}
 
 LocationLoop::~LocationLoop() = default;
 
@@ -120,6 +120,7 @@ void LocationLoop::TakeLoss() {
 
 void LocationLoop::ForgetDecisions() {
   round_.reset();
+  lookups_.TakeNewNetwork();
   // A list that came in between has its own turn, with its own number.
   const std::uint64_t number = locations_.ForgetDecisions();
   if (number == list_.number + 1) list_.number = number;

@@ -42,9 +42,10 @@ struct LocationOrders {
 // nothing is due. Lives and is used on that thread.
 class LocationLoop {
  public:
-  // `outsideTunnel`: receives the index of the link to the outside where that is a tunnel, 0 otherwise.
-  LocationLoop(const LocationParts& parts, StoreLocations& locations, LocationOrders& orders,
-               const WakeEvent& wake, std::atomic<int>& outsideTunnel);
+  // `lookups`: outlive the loop, so that those that hang are counted when it begins anew. `outsideTunnel`:
+  // the index of the link to the outside where that is a tunnel, 0 otherwise.
+  LocationLoop(const LocationParts& parts, HostLookups& lookups, StoreLocations& locations,
+               LocationOrders& orders, const WakeEvent& wake, std::atomic<int>& outsideTunnel);
   ~LocationLoop();
   LocationLoop(const LocationLoop&) = delete;
   LocationLoop& operator=(const LocationLoop&) = delete;
@@ -69,12 +70,12 @@ class LocationLoop {
   [[nodiscard]] std::chrono::milliseconds TimeToNextDue() const;
 
   const LocationParts& parts_;
+  HostLookups& lookups_;
   StoreLocations& locations_;
   LocationOrders& orders_;
   const WakeEvent& wake_;
   std::atomic<int>& outsideTunnel_;
 
-  HostLookups lookups_;
   std::unique_ptr<NetworkMonitor> monitor_;
   std::optional<NetworkState> network_;
   bool networkWasLost_ = false;  // and perhaps came back as another one that looks the same

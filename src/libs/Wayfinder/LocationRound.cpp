@@ -20,6 +20,13 @@ std::vector<std::string> AddressesOf(const NetworkState& network, const std::str
   return addresses;
 }
 
+std::vector<std::string> URLsOf(const std::vector<StoreBeacons>& stores) {
+  std::vector<std::string> urls;
+  urls.reserve(stores.size());
+  for (const StoreBeacons& store : stores) urls.push_back(store.url);
+  return urls;
+}
+
 bool IsUsable(const std::optional<NetworkState>& network) {
   return !network || network->IsUsable();
 }
@@ -33,7 +40,7 @@ LocationRound::LocationRound(const std::vector<StoreBeacons>& stores, std::optio
       decided_(std::move(decided)),
       outcomes_(plan_.beacons.size()),
       undecided_(plan_.stores.size()),
-      probes_(ChooseProbes(), lookups, [this](std::size_t probe, ProbeOutcome outcome) {
+      probes_(ChooseProbes(), URLsOf(stores), lookups, [this](std::size_t probe, ProbeOutcome outcome) {
         Settle(asked_[probe], std::move(outcome));
       }) {
   for (std::size_t i = 0; i < plan_.stores.size(); ++i) {
@@ -42,14 +49,15 @@ LocationRound::LocationRound(const std::vector<StoreBeacons>& stores, std::optio
   }
 }
 
-std::vector<BeaconAddress> LocationRound::ChooseProbes() {
-  std::vector<BeaconAddress> chosen;
+std::vector<ProbeRound::Question> LocationRound::ChooseProbes() {
+  std::vector<ProbeRound::Question> chosen;
   const bool usable = IsUsable(network_);
   for (std::size_t i = 0; i < plan_.beacons.size(); ++i) {
-    const BeaconAddress& address = plan_.beacons[i].address;
-    if (address.urls.empty() || (!usable && !address.isLoopback)) continue;
+    const RoundPlan::Beacon& beacon = plan_.beacons[i];
+    if (beacon.address.urls.empty() || (!usable && !beacon.address.isLoopback)) continue;
     asked_.push_back(i);
-    chosen.push_back(address);
+    ProbeRound::Question& question = chosen.emplace_back(ProbeRound::Question{.beacon = beacon.address});
+    for (const RoundPlan::Owner& owner : beacon.owners) question.stores.push_back(owner.store);
   }
   return chosen;
 }

@@ -54,7 +54,7 @@ class LocationRound {
     bool isDecided = false;
   };
 
-  std::vector<BeaconAddress> ChooseProbes();
+  std::vector<ProbeRound::Question> ChooseProbes();
   void SettleUnasked();
   void Settle(std::size_t beacon, ProbeOutcome outcome);
   void Recount(const RoundPlan::Owner& owner, bool proven);

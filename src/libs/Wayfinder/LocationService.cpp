@@ -38,11 +38,12 @@ class BlockedSignals {
 
 // What the thread works on, for as long as it does.
 struct LocationService::Shared {
-  explicit Shared(LocationParts given) : parts(std::move(given)) {}
+  explicit Shared(LocationParts given) : parts(std::move(given)), lookups(parts.resolver) {}
   void Run();
   void WaitAfterFailure() const;
 
   const LocationParts parts;
+  HostLookups lookups;  // the thread's
   StoreLocations locations;
   LocationOrders orders;
   WakeEvent wake;
@@ -101,7 +102,7 @@ void LocationService::StartThread() {
 void LocationService::Shared::Run() {
   while (!orders.stop) {
     try {
-      LocationLoop(parts, locations, orders, wake, outsideTunnel).Run();
+      LocationLoop(parts, lookups, locations, orders, wake, outsideTunnel).Run();
     } catch (const std::exception& exception) {
       parts.log(std::string("deciding failed and begins anew: ") + exception.what());
       WaitAfterFailure();

@@ -25,17 +25,32 @@ WFCurlMultiPtr NewTransfers() {
 }  // namespace
 
 struct ProbeRound::Probe {
-  std::size_t index = 0;
+  std::size_t question = 0;
+  std::size_t store = 0;  // on whose behalf
   TimePoint deadline;
   std::size_t url = 0;  // which of the address's URLs is being tried
   BeaconTransfer::Method method = BeaconTransfer::Method::Head;
-  std::shared_ptr<const HostLookup> lookup;
   std::vector<std::string> addresses;
   std::unique_ptr<BeaconTransfer> transfer;
 };
 
-ProbeRound::ProbeRound(std::vector<BeaconAddress> beacons, HostLookups& lookups, Done done)
-    : beacons_(std::move(beacons)), lookups_(lookups), done_(std::move(done)), transfers_(NewTransfers()) {}
+ProbeRound::ProbeRound(std::vector<Question> questions, std::vector<std::string> stores, HostLookups& lookups,
+                       Done done)
+    : questions_(std::move(questions)),
+      stores_(std::move(stores)),
+      lookups_(lookups),
+      done_(std::move(done)),
+      open_(questions_.size()),
+      unknown_(stores_.size()),
+      ready_(stores_.size()),
+      transfers_(NewTransfers()),
+      runningFor_(stores_.size()) {
+  for (std::size_t i = 0; i < questions_.size(); ++i) {
+    const BeaconAddress& beacon = questions_[i].beacon;
+    StoreQueues& queue = beacon.isNumeric || beacon.isLoopback ? ready_ : unknown_;
+    queue.Add(i, questions_[i].stores);
+  }
+}
 
 ProbeRound::~ProbeRound() {
   running_.clear();  // transfers leave their multi handle before it goes
@@ -45,48 +60,61 @@ void ProbeRound::Advance() {
   lookups_.ClearEnded();
   AdvanceLookups();
   AdvanceTransfers();
-  StartMore();
+  unknown_.OfferInTurns(
+      [this](std::size_t question, std::size_t store) { return StartLookup(question, store); });
+  ready_.OfferInTurns(
+      [this](std::size_t question, std::size_t store) { return StartProbe(question, store); });
 }
 
-void ProbeRound::StartMore() {
-  while (running_.size() < kMostAtOnce && next_ < beacons_.size()) {
-    Probe& probe = running_.emplace_back();
-    probe.index = next_++;
-    probe.deadline = steady_clock::now() + kProbeTime;
-    const BeaconAddress& beacon = beacons_[probe.index];
-    if (beacon.isLoopback && !beacon.isNumeric) probe.addresses = {"127.0.0.1", "::1"};
-    const bool known = beacon.isNumeric || beacon.isLoopback;
-    const bool ended = known ? StartTransfer(probe) : AdvanceLookup(probe, steady_clock::now());
-    if (ended) running_.pop_back();
-  }
+bool ProbeRound::StartLookup(std::size_t question, std::size_t store) {
+  auto names = lookups_.Start(questions_[question].beacon.urls.front().host, stores_[store]);
+  if (names == nullptr) return false;
+  lookingUp_.push_back(
+      {.question = question, .deadline = steady_clock::now() + kProbeTime, .names = std::move(names)});
+  return true;
 }
 
 void ProbeRound::AdvanceLookups() {
   const TimePoint now = steady_clock::now();
-  for (auto probe = running_.begin(); probe != running_.end();) {
-    const bool ended = probe->transfer == nullptr && AdvanceLookup(*probe, now);
-    probe = ended ? running_.erase(probe) : std::next(probe);
+  std::list<Lookup> ended;
+  for (auto lookup = lookingUp_.begin(); lookup != lookingUp_.end();) {
+    const auto next = std::next(lookup);
+    if (lookup->names->HasEnded() || now >= lookup->deadline) ended.splice(ended.end(), lookingUp_, lookup);
+    lookup = next;
   }
+  for (const Lookup& lookup : ended) EndLookup(lookup);
 }
 
-bool ProbeRound::AdvanceLookup(Probe& probe, TimePoint now) {
-  const std::string& host = beacons_[probe.index].urls.front().host;
-  if (probe.lookup == nullptr) probe.lookup = lookups_.Start(host);
-  if (now >= probe.deadline) {
-    Report(probe, {.reason = host + ": no answer from the name lookup"});
-    return true;
-  }
-  if (probe.lookup == nullptr || !probe.lookup->HasEnded()) return false;
-  probe.addresses = probe.lookup->Addresses();
-  return StartTransfer(probe);
+void ProbeRound::EndLookup(const Lookup& lookup) {
+  const std::string& host = questions_[lookup.question].beacon.urls.front().host;
+  if (!lookup.names->HasEnded())
+    return Report(lookup.question, {.reason = host + ": no answer from the name lookup"});
+  std::vector<std::string> addresses = lookup.names->Addresses();
+  if (addresses.empty()) return Report(lookup.question, {.reason = host + ": name not found"});
+  found_[lookup.question] = std::move(addresses);
+  ready_.Add(lookup.question, questions_[lookup.question].stores);
 }
 
-bool ProbeRound::StartTransfer(Probe& probe) {
-  const std::vector<BeaconURL>& urls = beacons_[probe.index].urls;
-  if (probe.addresses.empty() && !beacons_[probe.index].isNumeric) {
-    Report(probe, {.reason = urls.front().host + ": name not found"});
-    return true;
+bool ProbeRound::StartProbe(std::size_t question, std::size_t store) {
+  // A store has no more places than are free, so that there is always one for another store.
+  if (runningFor_[store] >= kMostAtOnce - running_.size()) return false;
+  Probe& probe = running_.emplace_back();
+  ++runningFor_[store];
+  probe.question = question;
+  probe.store = store;
+  probe.deadline = steady_clock::now() + kProbeTime;
+  const BeaconAddress& beacon = questions_[question].beacon;
+  if (auto found = found_.extract(question)) {
+    probe.addresses = std::move(found.mapped());
+  } else if (!beacon.isNumeric) {
+    probe.addresses = {"127.0.0.1", "::1"};
   }
+  if (auto outcome = StartTransfer(probe)) EndProbe(std::prev(running_.end()), std::move(*outcome));
+  return true;
+}
+
+std::optional<ProbeOutcome> ProbeRound::StartTransfer(Probe& probe) {
+  const std::vector<BeaconURL>& urls = questions_[probe.question].beacon.urls;
   // A first URL that is dropped silently leaves half of the time to the second.
   milliseconds limit = TimeUntil(probe.deadline) / static_cast<long>(urls.size() - probe.url);
   limit = std::max(limit, milliseconds(1));
@@ -95,9 +123,8 @@ bool ProbeRound::StartTransfer(Probe& probe) {
     probe.transfer = BeaconTransfer::Start(transfers_.get(), trust_, urls[probe.url], probe.method,
                                            probe.addresses, limit);
   }
-  if (probe.transfer != nullptr) return false;
-  Report(probe, {.reason = urls[probe.url].url + ": cannot be asked"});
-  return true;
+  if (probe.transfer != nullptr) return std::nullopt;
+  return ProbeOutcome{.reason = urls[probe.url].url + ": cannot be asked"};
 }
 
 void ProbeRound::AdvanceTransfers() {
@@ -108,38 +135,42 @@ void ProbeRound::AdvanceTransfers() {
     const CURL* const handle = message->easy_handle;
     const CURLcode code = message->data.result;
     const auto probe = std::find_if(running_.begin(), running_.end(), [handle](const Probe& candidate) {
-      return candidate.transfer != nullptr && candidate.transfer->Is(handle);
+      return candidate.transfer->Is(handle);
     });
-    if (probe != running_.end() && TakeEnd(*probe, code)) running_.erase(probe);
+    if (probe == running_.end()) continue;
+    if (auto outcome = TakeEnd(*probe, code)) EndProbe(probe, std::move(*outcome));
   }
 }
 
-bool ProbeRound::TakeEnd(Probe& probe, CURLcode code) {
+std::optional<ProbeOutcome> ProbeRound::TakeEnd(Probe& probe, CURLcode code) {
   if (probe.transfer->WantsGet(code)) {
     probe.method = BeaconTransfer::Method::Get;
     return StartTransfer(probe);
   }
   ProbeOutcome outcome = probe.transfer->Judge(code);
-  const bool hasAnother = probe.url + 1 < beacons_[probe.index].urls.size();
+  const bool hasAnother = probe.url + 1 < questions_[probe.question].beacon.urls.size();
   // A certificate for another name stands: a portal would only go on to lie over http.
   if (outcome.answer == ProbeAnswer::None && hasAnother) {
     ++probe.url;
     return StartTransfer(probe);
   }
-  Report(probe, std::move(outcome));
-  return true;
+  return outcome;
 }
 
-void ProbeRound::Report(const Probe& probe, ProbeOutcome outcome) {
-  done_(probe.index, std::move(outcome));
+void ProbeRound::EndProbe(Probes::iterator probe, ProbeOutcome outcome) {
+  const std::size_t question = probe->question;
+  --runningFor_[probe->store];
+  running_.erase(probe);
+  Report(question, std::move(outcome));
+}
+
+void ProbeRound::Report(std::size_t question, ProbeOutcome outcome) {
+  --open_;
+  done_(question, std::move(outcome));
 }
 
 milliseconds ProbeRound::TimeToNextLookupEnd() const {
-  milliseconds soonest = milliseconds::max();
-  for (const Probe& probe : running_) {
-    if (probe.transfer == nullptr) soonest = std::min(soonest, TimeUntil(probe.deadline));
-  }
-  return soonest;
+  return lookingUp_.empty() ? milliseconds::max() : TimeUntil(lookingUp_.front().deadline);
 }
 
 void ProbeRound::Wait(std::span<const int> descriptors, milliseconds limit) {

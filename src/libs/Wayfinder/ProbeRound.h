@@ -3,13 +3,16 @@
 #include "libs/Wayfinder/BeaconAddress.h"
 #include "libs/Wayfinder/CurlHandles.h"
 #include "libs/Wayfinder/ProbeOutcome.h"
+#include "libs/Wayfinder/StoreQueues.h"
 #include "libs/Wayfinder/TlsTrust.h"
 
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -17,26 +20,34 @@
 namespace Wayfinding {
 
 class BeaconTransfer;
+class HostLookup;
 class HostLookups;
 
-// Asks beacons, kMostAtOnce at a time, in their order, each for kProbeTime at most. Ending it ends its
-// transfers at once. One thread.
+// Asks beacons, kMostAtOnce at a time, each for kProbeTime at most, after a name lookup that may take as
+// long. A store's beacons have their turn in their order, and neither names that hang nor silent servers of
+// some stores keep another one waiting. Ending it ends its transfers at once. One thread.
 class ProbeRound {
  public:
-  static constexpr std::size_t kMostAtOnce = 32;
+  static constexpr std::size_t kMostAtOnce = 64;
   static constexpr std::chrono::seconds kProbeTime{5};
 
-  // Called from Advance, once for each beacon; `index` is its place in the list.
+  struct Question {
+    BeaconAddress beacon;
+    std::vector<std::size_t> stores = {};  // that name it, as places in the list of stores
+  };
+  // Called from Advance, once for each question; `index` is its place in the list.
   using Done = std::function<void(std::size_t index, ProbeOutcome outcome)>;
 
-  ProbeRound(std::vector<BeaconAddress> beacons, HostLookups& lookups, Done done);
+  // `stores`: their URLs.
+  ProbeRound(std::vector<Question> questions, std::vector<std::string> stores, HostLookups& lookups,
+             Done done);
   ~ProbeRound();
   ProbeRound(const ProbeRound&) = delete;
   ProbeRound& operator=(const ProbeRound&) = delete;
 
   // Does what can be done without waiting.
   void Advance();
-  [[nodiscard]] bool IsFinished() const { return running_.empty() && next_ == beacons_.size(); }
+  [[nodiscard]] bool IsFinished() const { return open_ == 0; }
 
   // Waits until Advance has something to do, one of the descriptors is readable, or the time has passed. It
   // may end earlier.
@@ -44,26 +55,39 @@ class ProbeRound {
 
  private:
   using TimePoint = std::chrono::steady_clock::time_point;
+  struct Lookup {
+    std::size_t question = 0;
+    TimePoint deadline;
+    std::shared_ptr<const HostLookup> names;
+  };
   struct Probe;
   using Probes = std::list<Probe>;
 
-  void StartMore();
+  bool StartLookup(std::size_t question, std::size_t store);
   void AdvanceLookups();
+  void EndLookup(const Lookup& lookup);
+  bool StartProbe(std::size_t question, std::size_t store);
   void AdvanceTransfers();
-  // True when the probe has come to its end, told or not.
-  bool AdvanceLookup(Probe& probe, TimePoint now);
-  bool StartTransfer(Probe& probe);
-  bool TakeEnd(Probe& probe, CURLcode code);
-  void Report(const Probe& probe, ProbeOutcome outcome);
+  // The outcome when it has come to its end.
+  std::optional<ProbeOutcome> StartTransfer(Probe& probe);
+  std::optional<ProbeOutcome> TakeEnd(Probe& probe, CURLcode code);
+  void EndProbe(Probes::iterator probe, ProbeOutcome outcome);
+  void Report(std::size_t question, ProbeOutcome outcome);
   [[nodiscard]] std::chrono::milliseconds TimeToNextLookupEnd() const;
 
-  std::vector<BeaconAddress> beacons_;
+  std::vector<Question> questions_;
+  std::vector<std::string> stores_;
   HostLookups& lookups_;
   Done done_;
+  std::size_t open_;
+  StoreQueues unknown_;  // questions whose host is to be looked up
+  std::list<Lookup> lookingUp_;
+  StoreQueues ready_;  // questions whose host is known
+  std::map<std::size_t, std::vector<std::string>> found_;
   TlsTrust trust_;
   WFCurlMultiPtr transfers_;
-  std::size_t next_ = 0;
   Probes running_;
+  std::vector<std::size_t> runningFor_;  // how many of them, by store
 };
 
 }  // namespace Wayfinding
