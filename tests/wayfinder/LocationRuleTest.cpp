@@ -6,6 +6,7 @@
 using Wayfinding::DecideLocation;
 using Wayfinding::LocationDecision;
 using Wayfinding::NetworkLocation;
+using Wayfinding::PeerStanding;
 using Wayfinding::ProbeAnswer;
 using Wayfinding::ProbeOutcome;
 using Wayfinding::StoreFindings;
@@ -24,14 +25,16 @@ const ProbeOutcome kImpostor{.answer = ProbeAnswer::SomebodyElse,
                              .reason = "https://b/: certificate for another name"};
 const ProbeOutcome* const kOpen = nullptr;
 
-LocationDecision Decide(const StoreFindings& findings, const std::string& tunnel = "") {
+LocationDecision Decide(const StoreFindings& findings, const std::string& tunnel = "",
+                        PeerStanding standing = PeerStanding::Clear) {
   const auto decision = DecideLocation(
-      findings, [&](const std::string& address) { return address == "10.0.0.1" ? tunnel : std::string(); });
+      findings, [&](const std::string& /*address*/) { return standing; },
+      [&](const std::string& address) { return address == "10.0.0.1" ? tunnel : std::string(); });
   return decision.value_or(LocationDecision{});
 }
 
-NetworkLocation Locate(const StoreFindings& findings) {
-  return Decide(findings).location;
+NetworkLocation Locate(const StoreFindings& findings, PeerStanding standing = PeerStanding::Clear) {
+  return Decide(findings, "", standing).location;
 }
 
 TEST(LocationRule, EveryInternalBeaconThatAnswersMakesALAN) {
@@ -85,19 +88,38 @@ TEST(LocationRule, SomebodyElseInAnInternalBeaconsPlaceIsNoAnswer) {
   EXPECT_EQ(Locate({.internal = {&kPortal}, .external = {&kProven}}), NetworkLocation::Outside);
 }
 
-TEST(LocationRule, APortalThatAnswersInEverybodysNameIsSeen) {
-  EXPECT_EQ(Locate({.internal = {&kPortalPage}, .external = {&kPortal}}), NetworkLocation::Hotspot);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortalPage, &kPortal}}), NetworkLocation::Hotspot);
-  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPortal}}), NetworkLocation::LAN)
-      << "another machine's answer";
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven}}), NetworkLocation::Outside)
+TEST(LocationRule, APlainInternalAnswerFromAnExposedAddressDoesNotCount) {
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPortal}}), NetworkLocation::LAN);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPortal}}, PeerStanding::Exposed),
+            NetworkLocation::Hotspot);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPlain}}, PeerStanding::Exposed),
+            NetworkLocation::Outside);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {}}, PeerStanding::Exposed), NetworkLocation::None);
+  EXPECT_EQ(Locate({.internal = {&kPlain, &kProven}, .external = {}}, PeerStanding::Exposed),
+            NetworkLocation::PartlyInternal)
       << "a certificate cannot be faked";
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPlain}}, PeerStanding::Vouched),
+            NetworkLocation::LAN);
+}
+
+TEST(LocationRule, AnAddressWhoseStandingIsOpenIsWaitedForIfItsAnswerMatters) {
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kProven}}, PeerStanding::Open),
+            NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {&kProven, &kSilent}, .external = {&kPlain}}, PeerStanding::Open),
+            NetworkLocation::PartlyInternal);
+}
+
+TEST(LocationRule, APortalOutweighsPlainExternalAnswersAndAProvenOneOutweighsIt) {
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortalPage, &kPortal}}), NetworkLocation::Hotspot);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven}}), NetworkLocation::Outside);
 }
 
 TEST(LocationRule, APortalIsSeenByItsCertificateInAnInternalBeaconsPlaceToo) {
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {&kSilent}}), NetworkLocation::None);
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {&kPortal}}),
             NetworkLocation::Hotspot);
+  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {}}, PeerStanding::Vouched),
+            NetworkLocation::PartlyInternal);
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPlain}, .external = {}}), NetworkLocation::PartlyInternal)
       << "another machine's answer";
   EXPECT_EQ(Locate({.internal = {&kPortal, &kPortalPage}, .external = {}}), NetworkLocation::PartlyInternal)
@@ -107,7 +129,8 @@ TEST(LocationRule, APortalIsSeenByItsCertificateInAnInternalBeaconsPlaceToo) {
 TEST(LocationRule, ServersOnTheLoopbackAddressAreNotTakenForAPortal) {
   const ProbeOutcome here{.answer = ProbeAnswer::Answered, .peer = "127.0.0.1"};
   const ProbeOutcome redirect{.answer = ProbeAnswer::SomebodyElse, .peer = "127.0.0.1"};
-  EXPECT_EQ(Locate({.internal = {&here}, .external = {&redirect}}), NetworkLocation::LAN);
+  EXPECT_EQ(Locate({.internal = {&here}, .external = {&redirect}}, PeerStanding::Exposed),
+            NetworkLocation::LAN);
 }
 
 TEST(LocationRule, OpenAnswersThatCannotMatterAreNotWaitedFor) {
@@ -116,6 +139,8 @@ TEST(LocationRule, OpenAnswersThatCannotMatterAreNotWaitedFor) {
   EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {kOpen, &kProven}}), NetworkLocation::Outside);
   EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven, kOpen}}),
             NetworkLocation::Outside);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}, PeerStanding::Vouched),
+            NetworkLocation::LAN);
 }
 
 TEST(LocationRule, OpenAnswersThatMatterAreWaitedFor) {

@@ -1,6 +1,9 @@
 #include "libs/Wayfinder/NetworkState.h"
 #include "libs/Wayfinder/Wayfinder.h"
+#include "network/TrustedAuthority.h"
+#include "support/WebServer.h"
 #include "wayfinder/AddressServer.h"
+#include "wayfinder/HangingResolver.h"
 #include "wayfinder/NetworkNamespaces.h"
 #include "wayfinder/RecordedService.h"
 #include "wayfinder/Responses.h"
@@ -92,6 +95,86 @@ TEST_F(NetworkPlaces, APortalThatResolvesEveryNameToItselfIsSeen) {
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kHotspot))
       << testing::PrintToString(service.Messages());
   EXPECT_TRUE(service.WaitForMessage("10.1.0.254 answers for others too"));
+}
+
+// Every name leads to the portal, which shows the same page for each.
+class PortalOfOnePage : public NetworkPlaces {
+ protected:
+  static constexpr char kOther[] = "https://other.example/Main";
+
+  void SetUp() override {
+    NetworkPlaces::SetUp();
+    if (IsSkipped()) return;
+    ConnectByWire();
+    Serve(inside_, "10.1.0.254", 80, kGood);
+  }
+  void ExpectNeverOnLAN(const RecordedService& service) {
+    EXPECT_THAT(service.Changes(), testing::Not(testing::Contains(testing::Pair(kStore, Wayfinder::kLAN))));
+  }
+};
+
+TEST_F(PortalOfOnePage, IsSeenByAnExternalBeaconThatItAnswersForToo) {
+  RecordedService service(EveryHostAt({"10.1.0.254"}));
+  service.SetStores({{kStore, {"http://intranet.example/"}, {"http://gateway.example/"}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kOutside))
+      << testing::PrintToString(service.Messages());
+  EXPECT_TRUE(service.WaitForMessage("10.1.0.254 answers for others too"));
+  ExpectNeverOnLAN(service);
+}
+
+TEST_F(PortalOfOnePage, IsSeenByAnExternalBeaconOfAnotherStore) {
+  RecordedService service(EveryHostAt({"10.1.0.254"}));
+  service.SetStores({{kStore, {"http://intranet.example/"}, {}},
+                     {kOther, {"http://10.1.0.99/"}, {"http://gateway.example/"}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kNone))
+      << testing::PrintToString(service.Messages());
+  ExpectNeverOnLAN(service);
+}
+
+TEST_F(PortalOfOnePage, IsSeenWhateverItSaysInTheExternalBeaconsName) {
+  Serve(outside_, "10.1.0.254", 8080, testsupport::kUnavailable);
+  std::optional<AddressServer> noise;
+  Serve(noise, "10.1.0.254", 443, "SSH-2.0-server\r\n");
+  for (const char* external :
+       {"http://gateway.example:8080/", "https://gateway.example/", "gateway.example"}) {
+    RecordedService service(EveryHostAt({"10.1.0.254"}));
+    service.SetStores({{kStore, {"http://intranet.example/"}, {external}}});
+    EXPECT_TRUE(service.WaitForMessage("10.1.0.254 answers for others too"))
+        << external << testing::PrintToString(service.Messages());
+    ExpectNeverOnLAN(service);
+  }
+}
+
+TEST_F(PortalOfOnePage, IsSeenLateWhereTheExternalBeaconsNameIsFoundLate) {
+  testsupport::HangingResolver hanging;
+  RecordedService service([hang = hanging.Resolver()](const std::string& host) {
+    if (host == "gateway.example") hang(host);
+    return std::vector<std::string>{"10.1.0.254"};
+  });
+  service.SetStores({{kStore, {"http://intranet.example/"}, {}},
+                     {kOther, {"http://intranet.example/"}, {"http://gateway.example/"}}});
+  ASSERT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN)) << "names that hang are not waited for";
+  hanging.Release();
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kNone))
+      << testing::PrintToString(service.Messages());
+  EXPECT_TRUE(service.WaitForLocation(kOther, Wayfinder::kOutside));
+}
+
+TEST_F(PortalOfOnePage, IsNoneWhereACertificateOfItsAddressVerifies) {
+  const testsupport::WebServer server(testsupport::TrustedAuthority().TlsServerBlock(
+      "wrong-host", "listen 10.1.0.1:@PORT@ ssl;\nlisten 10.1.0.1:80;"));
+  const std::string secure = "https://stores.example:" + std::to_string(server.Port()) + "/";
+  RecordedService service([](const std::string& host) {
+    return std::vector<std::string>{host == "ready.example" ? "127.0.0.1" : "10.1.0.1"};
+  });
+  service.SetStores({{kStore, {"https://ready.example:" + std::to_string(server.Port())}, {}}});
+  ASSERT_TRUE(service.WaitForMessage("certificate for another name")) << "it does not listen yet";
+  service.SetStores(
+      {{kStore, {"http://intranet.example/"}, {"http://gateway.example/"}}, {kOther, {secure}, {}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN)) << testing::PrintToString(service.Messages());
+  service.SetStores({{kStore, {"http://intranet.example/"}, {"http://gateway.example/"}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kOutside))
+      << testing::PrintToString(service.Messages());
 }
 
 TEST_F(NetworkPlaces, AfterTheSignInTheStoreIsFoundWithoutAChangeOfTheNetwork) {

@@ -115,6 +115,19 @@ std::string BeaconTransfer::Peer() const {
   return address == nullptr ? std::string() : std::string(address);
 }
 
+std::string BeaconTransfer::HeardFrom(CURLcode code) const {
+  switch (code) {
+    case CURLE_OK:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_UNSUPPORTED_PROTOCOL:  // a body without a head
+    case CURLE_WEIRD_SERVER_REPLY:
+      return Peer();
+    default:
+      return headBytes_ > 0 ? Peer() : std::string();
+  }
+}
+
 // libcurl's own word for it would be missing when the body was not taken.
 std::optional<std::string> BeaconTransfer::RedirectHost() const {
   if (Status() / 100 != 3) return std::nullopt;

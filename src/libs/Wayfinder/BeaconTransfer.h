@@ -34,6 +34,8 @@ class BeaconTransfer {
 
   // What the transfer that ended with this code means.
   [[nodiscard]] ProbeOutcome Judge(CURLcode code) const;
+  // The numeric address that said anything, were it nonsense; empty when none did.
+  [[nodiscard]] std::string HeardFrom(CURLcode code) const;
   // The server does not know the method, which says nothing about the beacon.
   [[nodiscard]] bool WantsGet(CURLcode code) const;
 

@@ -39,13 +39,13 @@ LocationRound::LocationRound(const std::vector<StoreBeacons>& stores, std::optio
       network_(std::move(network)),
       decided_(std::move(decided)),
       outcomes_(plan_.beacons.size()),
-      undecided_(plan_.stores.size()),
+      states_(plan_.stores.size()),
       probes_(ChooseProbes(), URLsOf(stores), lookups, [this](std::size_t probe, ProbeOutcome outcome) {
         Settle(asked_[probe], std::move(outcome));
       }) {
   for (std::size_t i = 0; i < plan_.stores.size(); ++i) {
-    undecided_[i].openInternal = plan_.stores[i].internal.size();
-    undecided_[i].openExternal = plan_.stores[i].external.size();
+    states_[i].openInternal = plan_.stores[i].internal.size();
+    states_[i].openExternal = plan_.stores[i].external.size();
   }
 }
 
@@ -65,6 +65,7 @@ std::vector<ProbeRound::Question> LocationRound::ChooseProbes() {
 void LocationRound::Advance() {
   if (!std::exchange(begun_, true)) SettleUnasked();
   probes_.Advance();
+  DecideAgain();
 }
 
 void LocationRound::SettleUnasked() {
@@ -82,25 +83,43 @@ void LocationRound::SettleUnasked() {
 
 void LocationRound::CutOff() {
   if (!std::exchange(begun_, true)) SettleUnasked();
+  isCutOff_ = true;
   for (std::size_t i = 0; i < outcomes_.size(); ++i) {
     if (!outcomes_[i]) Settle(i, {.reason = plan_.beacons[i].text + ": no answer in time"});
   }
+  DecideAgain();
 }
 
 void LocationRound::Settle(std::size_t beacon, ProbeOutcome outcome) {
-  const bool proven = outcome.answer == ProbeAnswer::Answered && outcome.proven;
+  const std::vector<RoundPlan::Owner>& owners = plan_.beacons[beacon].owners;
+  const bool isExternal = std::any_of(owners.begin(), owners.end(),
+                                      [](const RoundPlan::Owner& owner) { return owner.asExternal > 0; });
+  if (peers_.Take(outcome, isExternal)) standingsChanged_ = true;
+  const bool answered = outcome.answer == ProbeAnswer::Answered;
+  const bool proven = answered && outcome.proven;
   outcomes_[beacon] = std::move(outcome);
-  for (const RoundPlan::Owner& owner : plan_.beacons[beacon].owners) Recount(owner, proven);
+  for (const RoundPlan::Owner& owner : owners) {
+    if (answered && !proven && owner.asInternal > 0) leaning_.insert(owner.store);
+    Recount(owner, proven);
+  }
 }
 
 // A decision is tried when it may have become possible, and not for each of thousands of beacons.
 void LocationRound::Recount(const RoundPlan::Owner& owner, bool proven) {
-  Undecided& state = undecided_[owner.store];
-  if (state.isDecided) return;
+  State& state = states_[owner.store];
+  if (state.location) return;
   state.openInternal -= owner.asInternal;
   state.openExternal -= owner.asExternal;
   if (state.openInternal == 0 && (owner.asInternal > 0 || state.openExternal == 0 || proven))
     Decide(owner.store);
+}
+
+void LocationRound::DecideAgain() {
+  for (const std::size_t store : std::exchange(doubtful_, {})) Decide(store);
+  if (!std::exchange(standingsChanged_, false)) return;
+  for (const std::size_t store : leaning_) {
+    if (states_[store].location) Decide(store);
+  }
 }
 
 std::vector<const ProbeOutcome*> LocationRound::OutcomesOf(const std::vector<std::size_t>& beacons) const {
@@ -118,14 +137,32 @@ StoreFindings LocationRound::FindingsFor(std::size_t store) const {
 }
 
 void LocationRound::Decide(std::size_t store) {
-  const auto tunnelTo = [this](const std::string& address) { return TunnelTo(address); };
-  const std::optional<LocationDecision> decision = DecideLocation(FindingsFor(store), tunnelTo);
-  if (!decision) return;
-  undecided_[store].isDecided = true;
-  // Behind a portal the beacons themselves are still silent, whatever it says in their names.
-  if (decision->location != NetworkLocation::None && decision->location != NetworkLocation::Hotspot)
-    hadAnswer_ = true;
+  const std::optional<LocationDecision> decision = DecideLocation(
+      FindingsFor(store), [this](const std::string& address) { return StandingOf(address); },
+      [this](const std::string& address) { return TunnelTo(address); });
+  State& state = states_[store];
+  if (!decision) {
+    if (!state.location && state.openInternal == 0 && state.openExternal == 0) doubtful_.insert(store);
+    return;
+  }
+  if (state.location == decision->location) return;
+  state.location = decision->location;
   decided_(store, *decision);
+}
+
+bool LocationRound::HadAnswer() const {
+  // Behind a portal the beacons themselves are still silent, whatever it says in their names.
+  return std::any_of(states_.begin(), states_.end(), [](const State& state) {
+    return state.location && *state.location != NetworkLocation::None &&
+           *state.location != NetworkLocation::Hotspot;
+  });
+}
+
+PeerStanding LocationRound::StandingOf(const std::string& address) const {
+  const PeerStanding standing = peers_.Of(address);
+  if (standing != PeerStanding::Vouched && !isCutOff_ && probes_.MayHearFrom(address))
+    return PeerStanding::Open;
+  return standing;
 }
 
 std::string LocationRound::TunnelTo(const std::string& address) {

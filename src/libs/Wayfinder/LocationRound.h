@@ -2,6 +2,7 @@
 
 #include "libs/Wayfinder/LocationRule.h"
 #include "libs/Wayfinder/NetworkState.h"
+#include "libs/Wayfinder/PeerStandings.h"
 #include "libs/Wayfinder/ProbeOutcome.h"
 #include "libs/Wayfinder/ProbeRound.h"
 #include "libs/Wayfinder/RoundPlan.h"
@@ -10,6 +11,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,7 +26,8 @@ class LocationRound {
   using Decided = std::function<void(std::size_t store, const LocationDecision& decision)>;
 
   // `network`: nothing when it is not known, which counts as usable. Without a usable network only loopback
-  // beacons are asked. `decided` is called once for each store, from Advance or CutOff.
+  // beacons are asked. `decided` is called for each store, from Advance or CutOff, and again if what another
+  // store's beacon says later gives the lie to it.
   LocationRound(const std::vector<StoreBeacons>& stores, std::optional<NetworkState> network,
                 HostLookups& lookups, Decided decided);
 
@@ -35,7 +38,7 @@ class LocationRound {
 
   [[nodiscard]] bool IsFinished() const { return probes_.IsFinished(); }
   // Whether a store was decided by answers, and not by a portal's or for want of them.
-  [[nodiscard]] bool HadAnswer() const { return hadAnswer_; }
+  [[nodiscard]] bool HadAnswer() const;
   // Whether there was anybody to ask, so that asking again could help.
   [[nodiscard]] bool HadProbes() const { return !asked_.empty(); }
 
@@ -48,31 +51,37 @@ class LocationRound {
   }
 
  private:
-  struct Undecided {
+  struct State {
     std::size_t openInternal = 0;
     std::size_t openExternal = 0;
-    bool isDecided = false;
+    std::optional<NetworkLocation> location;
   };
 
   std::vector<ProbeRound::Question> ChooseProbes();
   void SettleUnasked();
   void Settle(std::size_t beacon, ProbeOutcome outcome);
   void Recount(const RoundPlan::Owner& owner, bool proven);
+  void DecideAgain();
   void Decide(std::size_t store);
   [[nodiscard]] StoreFindings FindingsFor(std::size_t store) const;
   [[nodiscard]] std::vector<const ProbeOutcome*> OutcomesOf(const std::vector<std::size_t>& beacons) const;
+  [[nodiscard]] PeerStanding StandingOf(const std::string& address) const;
   [[nodiscard]] std::string TunnelTo(const std::string& address);
 
   RoundPlan plan_;
   std::optional<NetworkState> network_;
   Decided decided_;
   std::vector<std::optional<ProbeOutcome>> outcomes_;  // one for each beacon of the plan
-  std::vector<Undecided> undecided_;                   // one for each store
-  std::vector<std::size_t> asked_;                     // beacons of the plan, in the order of asking
-  std::map<std::string, std::string> tunnels_;         // by address, as found in this round
-  std::map<int, bool> verdicts_;                       // NetworkManager's, by link
-  bool hadAnswer_ = false;
+  std::vector<State> states_;                          // one for each store
+  PeerStandings peers_;
+  bool standingsChanged_ = false;
+  std::set<std::size_t> leaning_;               // stores with internal answers that could be a portal's
+  std::set<std::size_t> doubtful_;              // of them, those that wait for others' answers only
+  std::vector<std::size_t> asked_;              // beacons of the plan, in the order of asking
+  std::map<std::string, std::string> tunnels_;  // by address, as found in this round
+  std::map<int, bool> verdicts_;                // NetworkManager's, by link
   bool begun_ = false;
+  bool isCutOff_ = false;
   ProbeRound probes_;
 };
 

@@ -4,7 +4,7 @@
 #include "libs/Wayfinder/ProbeOutcome.h"
 
 #include <algorithm>
-#include <iterator>
+#include <map>
 #include <utility>
 
 namespace Wayfinding {
@@ -32,19 +32,53 @@ bool CouldBePortal(const ProbeOutcome& outcome) {
   return !outcome.proven && !IsLoopbackHost(outcome.peer);
 }
 
-// Those that show a portal at work. A redirect in an internal beacon's place may be its own server's way.
-Outcomes WitnessesAgainstInternal(const StoreFindings& findings) {
-  Outcomes witnesses = findings.external;
-  std::copy_if(findings.internal.begin(), findings.internal.end(), std::back_inserter(witnesses),
-               [](const ProbeOutcome* outcome) { return outcome != nullptr && outcome->proven; });
-  return witnesses;
+// A redirect in an internal beacon's place may be its own server's way, a certificate for another name is
+// not.
+bool HasImpostorAt(const std::string& peer, const Outcomes& internal) {
+  return std::any_of(internal.begin(), internal.end(), [&peer](const ProbeOutcome* outcome) {
+    return Is(outcome, ProbeAnswer::SomebodyElse) && outcome->proven && outcome->peer == peer;
+  });
 }
+
+// Whether an answer of an internal beacon is to be believed.
+class Credit {
+ public:
+  Credit(const Outcomes& internal, const StandingOf& standingOf) {
+    for (const ProbeOutcome* outcome : internal) {
+      if (!Is(outcome, ProbeAnswer::Answered) || !CouldBePortal(*outcome)) continue;
+      const auto [entry, isNew] = standings_.try_emplace(outcome->peer);
+      if (!isNew) continue;
+      entry->second = standingOf(outcome->peer);
+      if (entry->second == PeerStanding::Clear && HasImpostorAt(outcome->peer, internal))
+        entry->second = PeerStanding::Exposed;
+    }
+  }
+
+  [[nodiscard]] bool IsGivenTo(const ProbeOutcome& outcome) const {
+    const auto found = standings_.find(outcome.peer);
+    return outcome.proven || found == standings_.end() || found->second != PeerStanding::Exposed;
+  }
+  // Whether it depends on what is being asked somewhere else.
+  [[nodiscard]] bool IsOpen() const {
+    return std::any_of(standings_.begin(), standings_.end(),
+                       [](const auto& entry) { return entry.second == PeerStanding::Open; });
+  }
+  // Whether no answer of an external beacon can change it.
+  [[nodiscard]] bool IsFinal() const {
+    return std::all_of(standings_.begin(), standings_.end(),
+                       [](const auto& entry) { return entry.second == PeerStanding::Vouched; });
+  }
+
+ private:
+  std::map<std::string, PeerStanding> standings_;  // of the peers that could be a portal
+};
 
 class Count {
  public:
-  Count(const Outcomes& outcomes, const Outcomes& witnesses) : all_(outcomes.size()) {
+  // Without `credit` every answer counts.
+  explicit Count(const Outcomes& outcomes, const Credit* credit = nullptr) : all_(outcomes.size()) {
     for (const ProbeOutcome* outcome : outcomes) {
-      if (Is(outcome, ProbeAnswer::Answered) && !IsUnmasked(*outcome, witnesses)) {
+      if (Is(outcome, ProbeAnswer::Answered) && (credit == nullptr || credit->IsGivenTo(*outcome))) {
         answered_.push_back(outcome);
       } else if (outcome != nullptr && firstSilent_ == nullptr) {
         firstSilent_ = outcome;
@@ -68,24 +102,10 @@ class Count {
   }
 
  private:
-  static bool IsUnmasked(const ProbeOutcome& outcome, const Outcomes& witnesses) {
-    return CouldBePortal(outcome) &&
-           std::any_of(witnesses.begin(), witnesses.end(), [&outcome](const ProbeOutcome* witness) {
-             return Is(witness, ProbeAnswer::SomebodyElse) && witness->peer == outcome.peer;
-           });
-  }
-
   std::size_t all_;
   Outcomes answered_;
   const ProbeOutcome* firstSilent_ = nullptr;
 };
-
-// Answers that no open external beacon can unmask.
-bool StandsAlone(const Outcomes& internal) {
-  return std::none_of(internal.begin(), internal.end(), [](const ProbeOutcome* outcome) {
-    return outcome->answer == ProbeAnswer::Answered && CouldBePortal(*outcome);
-  });
-}
 
 LocationDecision DecideInside(const Count& internal, const TunnelTo& tunnelTo) {
   const std::string counts = internal.Text("internal");
@@ -101,7 +121,7 @@ LocationDecision DecideInside(const Count& internal, const TunnelTo& tunnelTo) {
 }
 
 LocationDecision DecideOutside(const StoreFindings& findings, const Count& internal) {
-  const Count external(findings.external, {});
+  const Count external(findings.external);
   const ProbeOutcome* const portal = FirstElse(findings.external);
   const std::string counts = internal.Text("internal") + ", " + external.Text("external");
   if (portal != nullptr && !external.IsProven()) {
@@ -116,16 +136,19 @@ LocationDecision DecideOutside(const StoreFindings& findings, const Count& inter
 
 }  // namespace
 
-std::optional<LocationDecision> DecideLocation(const StoreFindings& findings, const TunnelTo& tunnelTo) {
+std::optional<LocationDecision> DecideLocation(const StoreFindings& findings, const StandingOf& standingOf,
+                                               const TunnelTo& tunnelTo) {
   if (!IsSettled(findings.internal)) return std::nullopt;
+  const Credit credit(findings.internal, standingOf);
+  if (credit.IsOpen()) return std::nullopt;
   const bool complete = IsSettled(findings.external);
-  const Count internal(findings.internal, WitnessesAgainstInternal(findings));
+  const Count internal(findings.internal, &credit);
   if (!internal.Answered().empty()) {
-    if (!complete && !StandsAlone(findings.internal)) return std::nullopt;
+    if (!complete && !credit.IsFinal()) return std::nullopt;
     return DecideInside(internal, tunnelTo);
   }
-  // What is open can only take away internal answers, and nothing outweighs a proven external one.
-  if (!complete && !Count(findings.external, {}).IsProven()) return std::nullopt;
+  // Nothing outweighs a proven external answer.
+  if (!complete && !Count(findings.external).IsProven()) return std::nullopt;
   return DecideOutside(findings, internal);
 }
 

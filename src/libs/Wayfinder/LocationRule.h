@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libs/Wayfinder/NetworkLocation.h"
+#include "libs/Wayfinder/PeerStandings.h"
 
 #include <functional>
 #include <optional>
@@ -26,11 +27,15 @@ struct LocationDecision {
 // The name of the tunnel through which packets to a numeric address leave; empty when they do not.
 using TunnelTo = std::function<std::string(const std::string& address)>;
 
-// The location, or nothing while open answers may still change it. A portal that resolves every name to
-// itself also answers plain http in the name of others: such an answer does not count when it came from an
-// address that was caught answering for another beacon, and of the external ones does not outweigh that. Any
-// thread; no state.
+// The standing in the round of an address that answered.
+using StandingOf = std::function<PeerStanding(const std::string& address)>;
+
+// The location, or nothing while open answers may still change it. An http answer of an internal beacon does
+// not count when it came from an exposed address, or from one that gave a certificate for another name in
+// another internal beacon's place, unless it is vouched for; of the external ones it does not outweigh a
+// portal. Any thread; no state.
 [[nodiscard]] std::optional<LocationDecision> DecideLocation(const StoreFindings& findings,
+                                                             const StandingOf& standingOf,
                                                              const TunnelTo& tunnelTo);
 
 }  // namespace Wayfinding

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace Wayfinding {
 
@@ -14,8 +15,10 @@ enum class ProbeAnswer {
 // What came of asking a beacon.
 struct ProbeOutcome {
   ProbeAnswer answer = ProbeAnswer::None;
-  bool proven = false;      // by a certificate: for the beacon's name, or for somebody else's
-  std::string peer = {};    // the numeric address that answered
+  bool proven = false;    // by a certificate: for the beacon's name, or for somebody else's
+  std::string peer = {};  // the numeric address that answered
+  // Every address that said anything in the beacon's place, nonsense included.
+  std::vector<std::string> heardFrom = {};
   std::string reason = {};  // why it is no answer, or who answered instead; for the log
 };
 

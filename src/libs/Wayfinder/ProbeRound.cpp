@@ -31,6 +31,7 @@ struct ProbeRound::Probe {
   std::size_t url = 0;  // which of the address's URLs is being tried
   BeaconTransfer::Method method = BeaconTransfer::Method::Head;
   std::vector<std::string> addresses;
+  std::vector<std::string> heardFrom;
   std::unique_ptr<BeaconTransfer> transfer;
 };
 
@@ -41,6 +42,7 @@ ProbeRound::ProbeRound(std::vector<Question> questions, std::vector<std::string>
       lookups_(lookups),
       done_(std::move(done)),
       open_(questions_.size()),
+      start_(steady_clock::now()),
       unknown_(stores_.size()),
       ready_(stores_.size()),
       transfers_(NewTransfers()),
@@ -143,6 +145,8 @@ void ProbeRound::AdvanceTransfers() {
 }
 
 std::optional<ProbeOutcome> ProbeRound::TakeEnd(Probe& probe, CURLcode code) {
+  std::string peer = probe.transfer->HeardFrom(code);
+  if (!peer.empty()) probe.heardFrom.push_back(std::move(peer));
   if (probe.transfer->WantsGet(code)) {
     probe.method = BeaconTransfer::Method::Get;
     return StartTransfer(probe);
@@ -159,6 +163,7 @@ std::optional<ProbeOutcome> ProbeRound::TakeEnd(Probe& probe, CURLcode code) {
 
 void ProbeRound::EndProbe(Probes::iterator probe, ProbeOutcome outcome) {
   const std::size_t question = probe->question;
+  outcome.heardFrom = std::move(probe->heardFrom);
   --runningFor_[probe->store];
   running_.erase(probe);
   Report(question, std::move(outcome));
@@ -167,6 +172,16 @@ void ProbeRound::EndProbe(Probes::iterator probe, ProbeOutcome outcome) {
 void ProbeRound::Report(std::size_t question, ProbeOutcome outcome) {
   --open_;
   done_(question, std::move(outcome));
+}
+
+bool ProbeRound::MayHearFrom(const std::string& address) const {
+  constexpr std::chrono::seconds kTimeToFind{1};
+  if (!lookingUp_.empty() && steady_clock::now() < start_ + kTimeToFind) return true;
+  return std::any_of(running_.begin(), running_.end(), [&](const Probe& probe) {
+    const std::vector<std::string>& addresses = probe.addresses;
+    return questions_[probe.question].beacon.urls.front().host == address ||
+           std::find(addresses.begin(), addresses.end(), address) != addresses.end();
+  });
 }
 
 milliseconds ProbeRound::TimeToNextLookupEnd() const {

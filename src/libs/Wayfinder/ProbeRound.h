@@ -49,6 +49,10 @@ class ProbeRound {
   void Advance();
   [[nodiscard]] bool IsFinished() const { return open_ == 0; }
 
+  // Whether a server at this address is being asked, or perhaps will be at once: names that are found at all
+  // mostly are within the first second.
+  [[nodiscard]] bool MayHearFrom(const std::string& address) const;
+
   // Waits until Advance has something to do, one of the descriptors is readable, or the time has passed. It
   // may end earlier.
   void Wait(std::span<const int> descriptors, std::chrono::milliseconds limit);
@@ -80,6 +84,7 @@ class ProbeRound {
   HostLookups& lookups_;
   Done done_;
   std::size_t open_;
+  TimePoint start_;
   StoreQueues unknown_;  // questions whose host is to be looked up
   std::list<Lookup> lookingUp_;
   StoreQueues ready_;  // questions whose host is known
