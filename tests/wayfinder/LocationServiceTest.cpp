@@ -166,10 +166,35 @@ TEST_F(LocationServiceTest, ARoundWithoutAnAnswerIsRepeated) {
   const RawServer server({kUnavailable, kUnavailable, kGood});
   service_.SetStores({{kStore, {At(server)}, {}}});
   ExpectLocation(Wayfinder::kLAN);
-  EXPECT_THAT(service_.Messages(), testing::IsSupersetOf({"no beacon answered, repetition 1 in 0.7 s",
-                                                          "no beacon answered, repetition 2 in 1.4 s"}));
+  EXPECT_THAT(service_.Messages(),
+              testing::IsSupersetOf({"stores without an answer: 1, repetition 1 in 0.7 s",
+                                     "stores without an answer: 1, repetition 2 in 1.4 s"}));
   EXPECT_THAT(service_.Changes(), ElementsAre(Pair(kStore, Wayfinder::kNone), Pair(kStore, Wayfinder::kLAN)))
       << "it is not undecided again";
+}
+
+TEST_F(LocationServiceTest, AStoreWithoutAnAnswerIsAskedAgainBesideOneThatHasOne) {
+  const RawServer late({kUnavailable, kUnavailable, kGood});
+  const RawServer portal({kToPortal, kUnavailable});
+  service_.SetStores({{"https://other", {At(good_)}, {}},
+                      {kStore, {At(late)}, {}},
+                      {"https://portal", {At(bad_)}, {At(portal)}}});
+  ExpectLocation(Wayfinder::kLAN);
+  EXPECT_TRUE(service_.WaitForLocation("https://portal", Wayfinder::kNone));
+  EXPECT_EQ(service_.LocationOf("https://other"), Wayfinder::kLAN);
+  EXPECT_EQ(good_.Requests().size(), 1U) << "who answered is not asked again";
+  EXPECT_TRUE(service_.WaitForMessage("stores without an answer: 2, repetition 2 in 1.4 s"));
+  EXPECT_TRUE(service_.WaitForMessage("stores without an answer: 1, repetition 3 in 2.8 s"));
+}
+
+TEST_F(LocationServiceTest, AStoreThatLosesItsAnswerIsAskedAgainSoon) {
+  const RawServer server({kGood, kUnavailable, kGood});
+  service_.SetStores({{kStore, {At(server)}, {}}, {"https://silent", {At(bad_)}, {}}});
+  ASSERT_TRUE(service_.WaitForMessage("stores without an answer: 1, repetition 3"));
+  service_.PassTime(std::chrono::minutes(5));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  EXPECT_TRUE(service_.WaitForMessage("stores without an answer: 2, repetition 1 in 0.7 s"));
+  ExpectLocation(Wayfinder::kLAN);
 }
 
 TEST_F(LocationServiceTest, AStoreDoesNotWaitForBeaconsThatCannotMatter) {

@@ -131,6 +131,15 @@ TEST_F(PortalOfOnePage, IsSeenByAnExternalBeaconOfAnotherStore) {
   ExpectNeverOnLAN(service);
 }
 
+TEST_F(PortalOfOnePage, IsRememberedWhenOnlyTheStoreWithoutAnAnswerIsAskedAgain) {
+  RecordedService service(EveryHostAt({"10.1.0.254"}));
+  service.SetStores({{kStore, {"http://intranet.example/"}, {}},
+                     {kOther, {"http://10.1.0.99/"}, {"http://gateway.example/"}}});
+  EXPECT_TRUE(service.WaitForMessage("stores without an answer: 1, repetition 3"))
+      << testing::PrintToString(service.Messages());
+  ExpectNeverOnLAN(service);
+}
+
 TEST_F(PortalOfOnePage, IsSeenWhateverItSaysInTheExternalBeaconsName) {
   Serve(outside_, "10.1.0.254", 8080, testsupport::kUnavailable);
   std::optional<AddressServer> noise;

@@ -80,18 +80,18 @@ TEST_F(RoundScheduleTest, AfterALossNothingIsAskedBeforeTheLook) {
 TEST_F(RoundScheduleTest, ARoundWithoutAnAnswerIsRepeatedLaterAndLater) {
   schedule_.TakeNewStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));
-  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5), seconds(1));
+  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), seconds(1));
   EXPECT_EQ(schedule_.NextDue(), start_ + seconds(1));
   EXPECT_FALSE(schedule_.TakeStart(start_ + milliseconds(999)));
   ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(1)));
   EXPECT_EQ(schedule_.Deadline(), start_ + seconds(11));
-  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(1), 0.5), seconds(2));
+  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(1), 0.5, false), seconds(2));
 }
 
 TEST_F(RoundScheduleTest, AnAnswerAndANewNetworkAndANewListBeginTheDelaysAnew) {
   const auto fail = [this] {
     EXPECT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
-    return schedule_.TakeFailure(start_, 0.5);
+    return schedule_.TakeFailure(start_, 0.5, false);
   };
   schedule_.TakeNewStores(start_);
   EXPECT_EQ(fail(), seconds(1));
@@ -107,12 +107,38 @@ TEST_F(RoundScheduleTest, AnAnswerAndANewNetworkAndANewListBeginTheDelaysAnew) {
   EXPECT_EQ(fail(), seconds(1));
 }
 
+TEST_F(RoundScheduleTest, AStoreThatLosesItsAnswerBeginsTheDelaysAnew) {
+  for (const seconds delay : {seconds(1), seconds(2), seconds(4)})
+    EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), delay);
+  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, true), seconds(1));
+  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), seconds(2));
+}
+
+TEST_F(RoundScheduleTest, OnlyWhatFollowsAFailureIsARepetition) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  EXPECT_FALSE(schedule_.IsRepetition());
+  schedule_.TakeFailure(start_, 0.5, false);
+  EXPECT_FALSE(schedule_.IsRepetition()) << "it has not started";
+  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(1)));
+  EXPECT_TRUE(schedule_.IsRepetition());
+  schedule_.TakeFailure(start_, 0.5, false);
+  schedule_.TakeOldAge(start_ + minutes(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
+  EXPECT_FALSE(schedule_.IsRepetition()) << "all are asked";
+  schedule_.TakeFailure(start_, 0.5, false);
+  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
+  schedule_.TakeOldAge(start_ + minutes(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
+  EXPECT_FALSE(schedule_.IsRepetition()) << "in place of the one that ran";
+}
+
 TEST_F(RoundScheduleTest, OldAgeDoesNotWaitForARepetitionButForARunningRound) {
   schedule_.TakeNewStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));
   schedule_.TakeOldAge(start_);
   EXPECT_FALSE(schedule_.TakeStart(start_)) << "a round is running";
-  schedule_.TakeFailure(start_, 0.5);
+  schedule_.TakeFailure(start_, 0.5, false);
   schedule_.TakeOldAge(start_);
   EXPECT_TRUE(schedule_.TakeStart(start_));
   EXPECT_EQ(schedule_.NextDue(), start_ + seconds(10));
@@ -121,7 +147,7 @@ TEST_F(RoundScheduleTest, OldAgeDoesNotWaitForARepetitionButForARunningRound) {
 TEST_F(RoundScheduleTest, WithoutStoresEverythingIsForgotten) {
   schedule_.TakeNewStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));
-  schedule_.TakeFailure(start_, 0.5);
+  schedule_.TakeFailure(start_, 0.5, false);
   schedule_.TakeNetworkEvent(start_);
   schedule_.Stop();
   EXPECT_FALSE(schedule_.NextDue());

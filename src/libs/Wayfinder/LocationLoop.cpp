@@ -82,7 +82,7 @@ void LocationLoop::TakeOrders() {
 
 void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
   list_ = std::move(list);
-  round_.reset();
+  DropRound();
   if (list_.stores->empty()) {
     monitor_.reset();
     networkWasLost_ = false;
@@ -118,8 +118,13 @@ void LocationLoop::TakeLoss() {
   schedule_.TakeLoss();
 }
 
-void LocationLoop::ForgetDecisions() {
+void LocationLoop::DropRound() {
   round_.reset();
+  unanswered_.clear();
+}
+
+void LocationLoop::ForgetDecisions() {
+  DropRound();
   lookups_.TakeNewNetwork();
   // A list that came in between has its own turn, with its own number.
   const std::uint64_t number = locations_.ForgetDecisions();
@@ -143,18 +148,27 @@ void LocationLoop::StartWhatIsDue() {
 
 void LocationLoop::StartRound() {
   // A network that cannot be watched or read is at least looked at anew for each round.
-  if (monitor_ == nullptr || !network_) OpenMonitor();
+  const bool isNetworkKnown = monitor_ != nullptr && network_;
+  if (!isNetworkKnown) OpenMonitor();
+  if (isNetworkKnown && round_ != nullptr && schedule_.IsRepetition()) {
+    round_->Repeat();
+  } else {
+    MakeRound();
+  }
+  const bool byTunnel = network_ && network_->outside && round_->IsTunnel(network_->outside->link);
+  outsideTunnel_ = byTunnel ? network_->outside->link.index : 0;
+}
+
+void LocationLoop::MakeRound() {
   round_ = std::make_unique<LocationRound>(
       *list_.stores, network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
         locations_.Decide(list_.number, store, decision.location, parts_.now());
         if (parts_.logIsWanted()) parts_.log(LocationMessage((*list_.stores)[store].url, decision.reason));
       });
-  const bool byTunnel = network_ && network_->outside && round_->IsTunnel(network_->outside->link);
-  outsideTunnel_ = byTunnel ? network_->outside->link.index : 0;
 }
 
 void LocationLoop::AdvanceRound() {
-  if (round_ == nullptr) return;
+  if (!schedule_.IsRunning()) return;
   round_->Advance();
   if (parts_.now() >= schedule_.Deadline()) {
     round_->CutOff();
@@ -165,12 +179,17 @@ void LocationLoop::AdvanceRound() {
 }
 
 void LocationLoop::EndRound() {
-  const std::unique_ptr<LocationRound> round = std::move(round_);
-  if (round->HadAnswer() || !round->HadProbes()) return schedule_.TakeEnd();
-  const milliseconds delay = schedule_.TakeFailure(parts_.now(), parts_.chance());
+  const std::set<std::size_t> before = std::exchange(unanswered_, round_->End());
+  if (unanswered_.empty()) {
+    round_.reset();
+    return schedule_.TakeEnd();
+  }
+  const bool withNewStore =
+      !std::includes(before.begin(), before.end(), unanswered_.begin(), unanswered_.end());
+  const milliseconds delay = schedule_.TakeFailure(parts_.now(), parts_.chance(), withNewStore);
   if (!parts_.logIsWanted()) return;
-  parts_.log("no beacon answered, repetition " + std::to_string(schedule_.Attempts()) + " in " +
-             Seconds(delay));
+  parts_.log("stores without an answer: " + std::to_string(unanswered_.size()) + ", repetition " +
+             std::to_string(schedule_.Attempts()) + " in " + Seconds(delay));
 }
 
 void LocationLoop::GiveOutChanges() {
@@ -189,7 +208,7 @@ void LocationLoop::Wait() {
   const milliseconds limit = TimeToNextDue();
   const std::array<int, 2> descriptors = {wake_.Descriptor(),
                                           monitor_ == nullptr ? -1 : monitor_->Descriptor()};
-  if (round_ != nullptr) {
+  if (schedule_.IsRunning()) {
     round_->Wait(std::span(descriptors).first(monitor_ == nullptr ? 1 : 2), limit);
     return;
   }

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace Wayfinding {
@@ -60,9 +61,11 @@ class LocationLoop {
   void TakeNetworkEvents();
   void TakeLoss();
   void ForgetDecisions();
+  void DropRound();
   void LookAtNetwork();
   void StartWhatIsDue();
   void StartRound();
+  void MakeRound();
   void AdvanceRound();
   void EndRound();
   void GiveOutChanges();
@@ -81,7 +84,8 @@ class LocationLoop {
   bool networkWasLost_ = false;  // and perhaps came back as another one that looks the same
   StoreLocations::Snapshot list_;
   RoundSchedule schedule_;
-  std::unique_ptr<LocationRound> round_;
+  std::unique_ptr<LocationRound> round_;  // kept for its repetition
+  std::set<std::size_t> unanswered_;      // stores without an answer in the last round
 };
 
 }  // namespace Wayfinding

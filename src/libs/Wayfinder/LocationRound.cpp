@@ -27,6 +27,12 @@ std::vector<std::string> URLsOf(const std::vector<StoreBeacons>& stores) {
   return urls;
 }
 
+// Whether a store names it as an external one.
+bool IsExternal(const RoundPlan::Beacon& beacon) {
+  return std::any_of(beacon.owners.begin(), beacon.owners.end(),
+                     [](const RoundPlan::Owner& owner) { return owner.asExternal > 0; });
+}
+
 bool IsUsable(const std::optional<NetworkState>& network) {
   return !network || network->IsUsable();
 }
@@ -36,46 +42,80 @@ bool IsUsable(const std::optional<NetworkState>& network) {
 LocationRound::LocationRound(const std::vector<StoreBeacons>& stores, std::optional<NetworkState> network,
                              HostLookups& lookups, Decided decided)
     : plan_(PlanRound(stores)),
+      urls_(URLsOf(stores)),
       network_(std::move(network)),
+      lookups_(lookups),
       decided_(std::move(decided)),
       outcomes_(plan_.beacons.size()),
-      states_(plan_.stores.size()),
-      probes_(ChooseProbes(), URLsOf(stores), lookups, [this](std::size_t probe, ProbeOutcome outcome) {
-        Settle(asked_[probe], std::move(outcome));
-      }) {
-  for (std::size_t i = 0; i < plan_.stores.size(); ++i) {
-    states_[i].openInternal = plan_.stores[i].internal.size();
-    states_[i].openExternal = plan_.stores[i].external.size();
-  }
+      states_(plan_.stores.size()) {
+  Ask();
 }
 
-std::vector<ProbeRound::Question> LocationRound::ChooseProbes() {
-  std::vector<ProbeRound::Question> chosen;
-  const bool usable = IsUsable(network_);
+void LocationRound::Repeat() {
+  for (State& state : states_) {
+    if (state.wasAsked && !state.HasAnswer()) state.location.reset();
+  }
+  Ask();
+}
+
+// For the stores that are undecided.
+void LocationRound::Ask() {
+  begun_ = isCutOff_ = standingsChanged_ = false;
+  peers_ = {};
+  tunnels_.clear();
+  verdicts_.clear();
+  for (std::size_t i = 0; i < states_.size(); ++i) {
+    if (states_[i].location) continue;
+    states_[i] = {.openInternal = plan_.stores[i].internal.size(),
+                  .openExternal = plan_.stores[i].external.size(),
+                  .location = {}};
+  }
+  probes_.emplace(ChooseQuestions(), urls_, lookups_, [this](std::size_t question, ProbeOutcome outcome) {
+    Settle(asked_[question], std::move(outcome));
+  });
+}
+
+std::vector<ProbeRound::Question> LocationRound::ChooseQuestions() {
+  std::vector<ProbeRound::Question> questions;
+  asked_.clear();
   for (std::size_t i = 0; i < plan_.beacons.size(); ++i) {
     const RoundPlan::Beacon& beacon = plan_.beacons[i];
-    if (beacon.address.urls.empty() || (!usable && !beacon.address.isLoopback)) continue;
+    std::vector<std::size_t> owners = UndecidedOwners(beacon);
+    if (owners.empty()) {
+      peers_.Take(*outcomes_[i], IsExternal(beacon));
+      continue;
+    }
+    outcomes_[i].reset();
+    if (!CanBeAsked(beacon)) continue;
+    for (const std::size_t owner : owners) states_[owner].wasAsked = true;
     asked_.push_back(i);
-    ProbeRound::Question& question = chosen.emplace_back(ProbeRound::Question{.beacon = beacon.address});
-    for (const RoundPlan::Owner& owner : beacon.owners) question.stores.push_back(owner.store);
+    questions.push_back({.beacon = beacon.address, .stores = std::move(owners)});
   }
-  return chosen;
+  return questions;
+}
+
+std::vector<std::size_t> LocationRound::UndecidedOwners(const RoundPlan::Beacon& beacon) const {
+  std::vector<std::size_t> owners;
+  for (const RoundPlan::Owner& owner : beacon.owners) {
+    if (!states_[owner.store].location) owners.push_back(owner.store);
+  }
+  return owners;
+}
+
+bool LocationRound::CanBeAsked(const RoundPlan::Beacon& beacon) const {
+  return !beacon.address.urls.empty() && (IsUsable(network_) || beacon.address.isLoopback);
 }
 
 void LocationRound::Advance() {
   if (!std::exchange(begun_, true)) SettleUnasked();
-  probes_.Advance();
+  probes_->Advance();
   DecideAgain();
 }
 
 void LocationRound::SettleUnasked() {
-  auto nextAsked = asked_.begin();
   for (std::size_t i = 0; i < plan_.beacons.size(); ++i) {
-    if (nextAsked != asked_.end() && *nextAsked == i) {
-      ++nextAsked;
-      continue;
-    }
     const RoundPlan::Beacon& beacon = plan_.beacons[i];
+    if (outcomes_[i] || CanBeAsked(beacon)) continue;
     const bool isAddress = !beacon.address.urls.empty();
     Settle(i, {.reason = beacon.text + (isAddress ? ": not asked" : ": no address")});
   }
@@ -91,14 +131,11 @@ void LocationRound::CutOff() {
 }
 
 void LocationRound::Settle(std::size_t beacon, ProbeOutcome outcome) {
-  const std::vector<RoundPlan::Owner>& owners = plan_.beacons[beacon].owners;
-  const bool isExternal = std::any_of(owners.begin(), owners.end(),
-                                      [](const RoundPlan::Owner& owner) { return owner.asExternal > 0; });
-  if (peers_.Take(outcome, isExternal)) standingsChanged_ = true;
+  if (peers_.Take(outcome, IsExternal(plan_.beacons[beacon]))) standingsChanged_ = true;
   const bool answered = outcome.answer == ProbeAnswer::Answered;
   const bool proven = answered && outcome.proven;
   outcomes_[beacon] = std::move(outcome);
-  for (const RoundPlan::Owner& owner : owners) {
+  for (const RoundPlan::Owner& owner : plan_.beacons[beacon].owners) {
     if (answered && !proven && owner.asInternal > 0) leaning_.insert(owner.store);
     Recount(owner, proven);
   }
@@ -150,17 +187,23 @@ void LocationRound::Decide(std::size_t store) {
   decided_(store, *decision);
 }
 
-bool LocationRound::HadAnswer() const {
-  // Behind a portal the beacons themselves are still silent, whatever it says in their names.
-  return std::any_of(states_.begin(), states_.end(), [](const State& state) {
-    return state.location && *state.location != NetworkLocation::None &&
-           *state.location != NetworkLocation::Hotspot;
-  });
+// Behind a portal the beacons themselves are still silent, whatever it says in their names.
+bool LocationRound::State::HasAnswer() const {
+  return location && *location != NetworkLocation::None && *location != NetworkLocation::Hotspot;
+}
+
+std::set<std::size_t> LocationRound::End() {
+  probes_.reset();
+  std::set<std::size_t> unanswered;
+  for (std::size_t i = 0; i < states_.size(); ++i) {
+    if (states_[i].wasAsked && !states_[i].HasAnswer()) unanswered.insert(i);
+  }
+  return unanswered;
 }
 
 PeerStanding LocationRound::StandingOf(const std::string& address) const {
   const PeerStanding standing = peers_.Of(address);
-  if (standing != PeerStanding::Vouched && !isCutOff_ && probes_.MayHearFrom(address))
+  if (standing != PeerStanding::Vouched && !isCutOff_ && probes_->MayHearFrom(address))
     return PeerStanding::Open;
   return standing;
 }

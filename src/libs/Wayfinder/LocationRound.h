@@ -20,7 +20,7 @@ namespace Wayfinding {
 class HostLookups;
 
 // Asks the beacons of all stores once, and decides each store's location as soon as its own beacons allow.
-// One thread.
+// May be repeated for the stores without an answer. One thread.
 class LocationRound {
  public:
   using Decided = std::function<void(std::size_t store, const LocationDecision& decision)>;
@@ -36,28 +36,35 @@ class LocationRound {
   // Open answers count as none from now on: decides what is undecided.
   void CutOff();
 
-  [[nodiscard]] bool IsFinished() const { return probes_.IsFinished(); }
-  // Whether a store was decided by answers, and not by a portal's or for want of them.
-  [[nodiscard]] bool HadAnswer() const;
-  // Whether there was anybody to ask, so that asking again could help.
-  [[nodiscard]] bool HadProbes() const { return !asked_.empty(); }
+  [[nodiscard]] bool IsFinished() const { return probes_->IsFinished(); }
+  // To be called when it is finished or cut off. Returns the stores that were asked for and have no answer or
+  // a portal's.
+  std::set<std::size_t> End();
+  // Asks for those stores again; what was heard for the others stands. Only after End.
+  void Repeat();
 
   // May ask NetworkManager, once for a link in each round.
   [[nodiscard]] bool IsTunnel(const NetworkLink& link);
 
   // As ProbeRound::Wait.
   void Wait(std::span<const int> descriptors, std::chrono::milliseconds limit) {
-    probes_.Wait(descriptors, limit);
+    probes_->Wait(descriptors, limit);
   }
 
  private:
   struct State {
     std::size_t openInternal = 0;
     std::size_t openExternal = 0;
+    bool wasAsked = false;
     std::optional<NetworkLocation> location;
+
+    [[nodiscard]] bool HasAnswer() const;
   };
 
-  std::vector<ProbeRound::Question> ChooseProbes();
+  void Ask();
+  std::vector<ProbeRound::Question> ChooseQuestions();
+  [[nodiscard]] std::vector<std::size_t> UndecidedOwners(const RoundPlan::Beacon& beacon) const;
+  [[nodiscard]] bool CanBeAsked(const RoundPlan::Beacon& beacon) const;
   void SettleUnasked();
   void Settle(std::size_t beacon, ProbeOutcome outcome);
   void Recount(const RoundPlan::Owner& owner, bool proven);
@@ -69,7 +76,9 @@ class LocationRound {
   [[nodiscard]] std::string TunnelTo(const std::string& address);
 
   RoundPlan plan_;
+  std::vector<std::string> urls_;  // of the stores
   std::optional<NetworkState> network_;
+  HostLookups& lookups_;
   Decided decided_;
   std::vector<std::optional<ProbeOutcome>> outcomes_;  // one for each beacon of the plan
   std::vector<State> states_;                          // one for each store
@@ -82,7 +91,7 @@ class LocationRound {
   std::map<int, bool> verdicts_;                // NetworkManager's, by link
   bool begun_ = false;
   bool isCutOff_ = false;
-  ProbeRound probes_;
+  std::optional<ProbeRound> probes_;
 };
 
 }  // namespace Wayfinding

@@ -61,9 +61,14 @@ ProbeRound::~ProbeRound() {
 void ProbeRound::Advance() {
   lookups_.ClearEnded();
   AdvanceLookups();
+  StartReady();  // before an answer is told, so that MayHearFrom knows of those whose name was just found
   AdvanceTransfers();
+  StartReady();  // in the places that became free
   unknown_.OfferInTurns(
       [this](std::size_t question, std::size_t store) { return StartLookup(question, store); });
+}
+
+void ProbeRound::StartReady() {
   ready_.OfferInTurns(
       [this](std::size_t question, std::size_t store) { return StartProbe(question, store); });
 }

@@ -70,6 +70,7 @@ class ProbeRound {
   bool StartLookup(std::size_t question, std::size_t store);
   void AdvanceLookups();
   void EndLookup(const Lookup& lookup);
+  void StartReady();
   bool StartProbe(std::size_t question, std::size_t store);
   void AdvanceTransfers();
   // The outcome when it has come to its end.

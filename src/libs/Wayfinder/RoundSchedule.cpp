@@ -25,6 +25,7 @@ void RoundSchedule::TakeLoss() {
 void RoundSchedule::StartAt(TimePoint when, TimePoint deadline) {
   start_ = when;
   startDeadline_ = deadline;
+  startRepeats_ = false;
 }
 
 void RoundSchedule::TakeNewNetwork(TimePoint now) {
@@ -38,13 +39,14 @@ void RoundSchedule::TakeNewStores(TimePoint now) {
 }
 
 void RoundSchedule::TakeOldAge(TimePoint now) {
-  if (!running_ && (!start_ || *start_ > now)) StartAt(now, now + kRoundTime);
+  if (!running_ || isRepetition_) StartAt(now, now + kRoundTime);
 }
 
 bool RoundSchedule::TakeStart(TimePoint now) {
   if (!start_ || now < *start_) return false;
   start_.reset();
   deadline_ = startDeadline_;
+  isRepetition_ = startRepeats_;
   running_ = true;
   return true;
 }
@@ -54,10 +56,12 @@ void RoundSchedule::TakeEnd() {
   attempts_ = 0;
 }
 
-std::chrono::milliseconds RoundSchedule::TakeFailure(TimePoint now, double chance) {
+std::chrono::milliseconds RoundSchedule::TakeFailure(TimePoint now, double chance, bool withNewStore) {
+  if (withNewStore) attempts_ = 0;
   const std::chrono::milliseconds delay = RetryDelay(attempts_++, chance);
   running_ = false;
   StartAt(now + delay, now + delay + kRoundTime);
+  startRepeats_ = true;
   return delay;
 }
 

@@ -25,19 +25,22 @@ class RoundSchedule {
   void TakeNewNetwork(TimePoint now);
   // A new list: a round at once.
   void TakeNewStores(TimePoint now);
-  // The answers are old: a round, unless one is running. Does not wait for a repetition that is due later.
+  // The answers are old: a round of all stores in place of any repetition, unless one is running.
   void TakeOldAge(TimePoint now);
 
   // True, once, when a round is to start, afresh if one is running.
   [[nodiscard]] bool TakeStart(TimePoint now);
   [[nodiscard]] bool IsRunning() const { return running_; }
+  // Whether the round that started last is a repetition, and of stores without an answer only.
+  [[nodiscard]] bool IsRepetition() const { return isRepetition_; }
   // When the running round is cut off.
   [[nodiscard]] TimePoint Deadline() const { return deadline_; }
 
   // The running round is over and needs no repetition.
   void TakeEnd();
-  // The running round is over without an answer: it is repeated. Returns the delay.
-  std::chrono::milliseconds TakeFailure(TimePoint now, double chance);
+  // The running round is over, and some stores have no answer: it is repeated for them. With one that had an
+  // answer before, the delays begin anew. Returns the delay.
+  std::chrono::milliseconds TakeFailure(TimePoint now, double chance, bool withNewStore);
   // Nobody to ask: forgets everything.
   void Stop();
 
@@ -54,7 +57,9 @@ class RoundSchedule {
   TimePoint lastEvent_;  // the first of the last gathering
   std::optional<TimePoint> start_;
   TimePoint startDeadline_;
+  bool startRepeats_ = false;
   bool running_ = false;
+  bool isRepetition_ = false;
   TimePoint deadline_;
   unsigned int attempts_ = 0;
 };
