@@ -1,6 +1,7 @@
 #include "SRLib/SRStore.h"
 
 #include "SRLib/GenericFactories.h"
+#include "SRLib/ListMerge.h"
 #include "SRLib/Trace.h"
 
 #include <algorithm>
@@ -19,6 +20,18 @@ template <class Gateways>
 auto FindDefault(Gateways& gateways) {
   return std::find_if(gateways.begin(), gateways.end(), std::mem_fn(&SRGateway::GetDefault));
 }
+
+// What tells a gateway or a beacon from its neighbours, and the discovery service's mark on it.
+struct GatewayMarks {
+  static std::wstring Key(const SRGateway& gateway) { return gateway.GetName(); }
+  static bool Confirmed(const SRGateway& gateway) { return gateway.GetTrustedByDS(); }
+  static void SetConfirmed(SRGateway& gateway, bool confirmed) { gateway.SetTrustedByDS(confirmed); }
+};
+struct BeaconMarks {
+  static std::wstring Key(const SRBeacon& beacon) { return beacon.GetLocation(); }
+  static bool Confirmed(const SRBeacon& beacon) { return beacon.GetDSConfirmed(); }
+  static void SetConfirmed(SRBeacon& beacon, bool confirmed) { beacon.SetDSConfirmed(confirmed); }
+};
 
 }  // namespace
 
@@ -63,10 +76,17 @@ void SRStore::SetAllBeaconsDSConfirmed() {
 }
 
 void SRStore::Merge(const SRStore& incoming, bool dsTrusted) {
+  SRGateway defaultBefore;
+  GetDefaultGatewayRef(defaultBefore);
+  TakeOver(incoming, dsTrusted);
+  SetDefaultGateway(defaultBefore.GetName());
+}
+
+void SRStore::TakeOver(const SRStore& incoming, bool dsTrusted) {
   storeName_ = incoming.storeName_;
   storeURL_ = incoming.storeURL_;
   type_ = incoming.type_;
-  MergeGateways(incoming.gateways_, dsTrusted);
+  MergeLists<GatewayMarks>(gateways_, incoming.gateways_, dsTrusted);
   MergeBeacons(internalBeacons_, incoming.internalBeacons_, dsTrusted);
   MergeBeacons(externalBeacons_, incoming.externalBeacons_, dsTrusted);
 }
@@ -74,38 +94,12 @@ void SRStore::Merge(const SRStore& incoming, bool dsTrusted) {
 void SRStore::MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted) {
   SRGateway defaultBefore;
   GetDefaultGatewayRef(defaultBefore);
-
-  if (dsTrusted)
-    gateways_.remove_if([&incoming](const SRGateway& own) { return own.TrustedButNotInList(&incoming); });
-
-  for (const SRGateway& gateway : incoming) {
-    const auto own = std::find(gateways_.begin(), gateways_.end(), gateway);
-    if (own == gateways_.end()) {
-      gateways_.push_back(gateway);
-      gateways_.back().SetTrustedByDS(dsTrusted);
-    } else {
-      *own = gateway;  // the user's trust too: a changed document must be confirmed again
-      if (dsTrusted) own->SetTrustedByDS(true);
-    }
-  }
-
+  MergeLists<GatewayMarks>(gateways_, incoming, dsTrusted);
   SetDefaultGateway(defaultBefore.GetName());
 }
 
 void SRStore::MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>& incoming, bool dsTrusted) {
-  if (dsTrusted)
-    mine.remove_if([&incoming](const SRBeacon& own) { return own.ConfirmedButNotInList(&incoming); });
-
-  for (const SRBeacon& beacon : incoming) {
-    const auto own = std::find(mine.begin(), mine.end(), beacon);
-    if (own == mine.end()) {
-      mine.push_back(beacon);
-      mine.back().SetDSConfirmed(dsTrusted);
-    } else {
-      *own = beacon;  // a document clears the confirmation of the beacons it repeats: deliberate
-      if (dsTrusted) own->SetDSConfirmed(true);
-    }
-  }
+  MergeLists<BeaconMarks>(mine, incoming, dsTrusted);
 }
 
 bool SRStore::GetDefaultGatewayRef(SRGateway& out) const {

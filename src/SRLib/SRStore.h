@@ -53,6 +53,8 @@ class SRStore {
   // Merges a newer record of the same store into this one; `dsTrusted` says that the discovery service
   // vouches for it. The default gateway in force before stays the default while a gateway of its name exists.
   void Merge(const SRStore& incoming, bool dsTrusted);
+  // The same but for the default mark, which stays as the newer record has it.
+  void TakeOver(const SRStore& incoming, bool dsTrusted);
   void MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted);
   void MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>& incoming, bool dsTrusted);
 

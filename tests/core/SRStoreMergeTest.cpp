@@ -1,3 +1,4 @@
+#include "SRLib/ListMerge.h"
 #include "core/CoreTest.h"
 #include "core/StoreBuilders.h"
 
@@ -116,6 +117,51 @@ TEST_F(SRStoreMergeTest, TheDiscoveryServiceConfirmsEveryBeaconThatItNames) {
   held.MergeBeacons(beacons, {Beacon(L"repeated"), Beacon(L"new")}, true);
   EXPECT_TRUE(beacons.front().GetDSConfirmed());
   EXPECT_TRUE(beacons.back().GetDSConfirmed());
+}
+
+TEST_F(SRStoreMergeTest, WithoutTheDiscoveryServiceWhatIsRepeatedTakesTheMarksOfTheNewerRecord) {
+  SRStore held = Store(L"S", L"https://s", {Gateway(L"A"), ConfirmedGateway(L"B")});
+  held.MergeGateways({ConfirmedGateway(L"A"), Gateway(L"B")}, false);
+  EXPECT_TRUE(held.GetGateways().front().GetTrustedByDS());
+  EXPECT_FALSE(held.GetGateways().back().GetTrustedByDS());
+
+  std::list<SRBeacon> beacons{Beacon(L"1"), Beacon(L"2", true)};
+  held.MergeBeacons(beacons, {Beacon(L"1", true), Beacon(L"2")}, false);
+  EXPECT_TRUE(beacons.front().GetDSConfirmed());
+  EXPECT_FALSE(beacons.back().GetDSConfirmed());
+}
+
+TEST_F(SRStoreMergeTest, OfSeveralWithOneNameTheFirstIsChanged) {
+  SRStore held = Store(L"S", L"https://s", {Gateway(L"A", L"https://1"), Gateway(L"A", L"https://2")});
+  held.MergeGateways({Gateway(L"A", L"https://3"), Gateway(L"A", L"https://4"), Gateway(L"B"), Gateway(L"B")},
+                     false);
+  EXPECT_EQ(Names(held.GetGateways()), (Wide{L"A", L"A", L"B"}));
+  EXPECT_EQ(held.GetGateways().front().GetLocation(), L"https://4");
+  EXPECT_EQ(std::next(held.GetGateways().begin())->GetLocation(), L"https://2");
+}
+
+// Counts how often one is looked at.
+struct CountedMarks {
+  static inline std::size_t looks = 0;
+  static std::wstring Key(const SRBeacon& beacon) {
+    ++looks;
+    return beacon.GetLocation();
+  }
+  static bool Confirmed(const SRBeacon& beacon) { return beacon.GetDSConfirmed(); }
+  static void SetConfirmed(SRBeacon& beacon, bool confirmed) { beacon.SetDSConfirmed(confirmed); }
+};
+
+TEST_F(SRStoreMergeTest, EachIsLookedAtAFewTimesHoweverManyThereAre) {
+  constexpr std::size_t kCount = 1000;
+  std::list<SRBeacon> mine;
+  std::list<SRBeacon> incoming;
+  for (std::size_t i = 0; i < kCount; ++i) {
+    mine.push_back(Beacon(L"own " + std::to_wstring(i), true));
+    incoming.push_back(Beacon(L"new " + std::to_wstring(i)));
+  }
+  MergeLists<CountedMarks>(mine, incoming, true);
+  EXPECT_EQ(mine.size(), kCount);
+  EXPECT_LE(CountedMarks::looks, 4 * kCount);
 }
 
 TEST_F(SRStoreMergeTest, ThePreviousDefaultIsTheDefaultAgain) {

@@ -107,6 +107,13 @@ TEST_F(SRStoreTest, TrustAndConfirmationAreSetOnEverythingOfTheirKind) {
   }
 }
 
+TEST_F(SRStoreTest, TheUsersTrustIsNotTheDiscoveryServices) {
+  SRStore store = Store(L"S", L"https://s", {Gateway(L"A")});
+  store.SetAllGatewaysUserTrusted();
+  EXPECT_TRUE(store.GetGateways().front().GetTrustedByUser());
+  EXPECT_FALSE(store.GetGateways().front().GetTrustedByDS());
+}
+
 TEST_F(SRStoreTest, ConfirmingTheBeaconsAddsNone) {
   SRStore store = Store(L"S", L"https://s", {Gateway(L"A", L"https://a")});
   store.SetAllBeaconsDSConfirmed();
