@@ -117,12 +117,14 @@ void SRRegistryConfig::RestoreBeacons(const std::wstring& storeKey, BeaconType t
   }
 }
 
-void SRRegistryConfig::SaveStores(const StoreMap& stores) const {
+void SRRegistryConfig::SaveStores(StoreMap& stores) const {
   configuration_.DeleteContainer(kStores);
-  for (const auto& [id, held] : stores) {
-    SRStore store = held;
-    SaveStore(store);
-  }
+  for (auto& [id, store] : stores) SaveStore(store);
+}
+
+void SRRegistryConfig::SaveStores(const StoreMap& stores) const {
+  StoreMap copy = stores;
+  SaveStores(copy);
 }
 
 void SRRegistryConfig::SaveStore(SRStore& store) const {

@@ -23,10 +23,10 @@ class SRRegistryConfig {
   void RestoreGateways(const std::wstring& storeKey, SRStore& store) const;
   void RestoreBeacons(const std::wstring& storeKey, BeaconType type, SRStore& store) const;
 
-  // Replaces the saved set. The map itself is not changed: beacons that stand in for a missing list are saved
-  // with a copy.
+  // Replaces the saved set. A missing beacon list is filled before it is saved, so that the list holds what
+  // the file does; a list that must not change is copied for that.
+  void SaveStores(StoreMap& stores) const;
   void SaveStores(const StoreMap& stores) const;
-  // Not const: a missing beacon list is filled before it is saved.
   void SaveStore(SRStore& store) const;
   void SaveGateways(const std::wstring& storeKey, const std::list<SRGateway>& gateways) const;
   void SaveBeacons(const std::wstring& beaconsKey, BeaconType type, const std::list<SRBeacon>& beacons) const;

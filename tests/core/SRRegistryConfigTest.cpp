@@ -129,14 +129,36 @@ TEST_F(SRRegistryConfigTest, StoresAreSavedInTheOrderOfTheirIds) {
   EXPECT_EQ(order, (Wide{L"B", L"a", L"b"}));
 }
 
-TEST_F(SRRegistryConfigTest, BeaconsThatStandInForMissingListsAreSavedAndNotAddedToTheMap) {
+TEST_F(SRRegistryConfigTest, BeaconsThatStandInForMissingListsAreSavedAndInTheListToo) {
+  StoreMap stores = Map({Store(L"id", L"https://s", {Gateway(L"GW", L"https://gw")})});
+  SRRegistryConfig().SaveStores(stores);
+  for (const StoreMap& each : {stores, SRRegistryConfig().RestoreStores()}) {
+    EXPECT_EQ(Locations(each.at(L"id").Beacons(BeaconType::Internal)), (Wide{L"https://s"}));
+    EXPECT_EQ(Locations(each.at(L"id").Beacons(BeaconType::External)), (Wide{L"https://gw"}));
+  }
+}
+
+TEST_F(SRRegistryConfigTest, AListThatMustNotChangeIsSavedTheSameWay) {
   const StoreMap stores = Map({Store(L"id", L"https://s", {Gateway(L"GW", L"https://gw")})});
   SRRegistryConfig().SaveStores(stores);
   EXPECT_TRUE(stores.at(L"id").Beacons(BeaconType::Internal).empty());
-  EXPECT_TRUE(stores.at(L"id").Beacons(BeaconType::External).empty());
-  const StoreMap restored = SRRegistryConfig().RestoreStores();
-  EXPECT_EQ(Locations(restored.at(L"id").Beacons(BeaconType::Internal)), (Wide{L"https://s"}));
-  EXPECT_EQ(Locations(restored.at(L"id").Beacons(BeaconType::External)), (Wide{L"https://gw"}));
+  const Wide saved = UserConfiguration().Dump();
+  StoreMap changing = stores;
+  SRRegistryConfig().SaveStores(changing);
+  EXPECT_EQ(UserConfiguration().Dump(), saved);
+}
+
+TEST_F(SRRegistryConfigTest, GatewaysAndBeaconsComeBackInTheirOrder) {
+  SRStore store = Store(L"id", L"https://s", {Gateway(L"C"), Gateway(L"A"), Gateway(L"B")});
+  for (const wchar_t* location : {L"3", L"1", L"2"}) {
+    store.AddBeacon(Beacon(location), BeaconType::Internal);
+    store.AddBeacon(Beacon(std::wstring(L"out ") + location), BeaconType::External);
+  }
+  SRRegistryConfig().SaveStores(Map({store}));
+  const SRStore back = SRRegistryConfig().RestoreStores().at(L"id");
+  EXPECT_EQ(Names(back.GetGateways()), (Wide{L"C", L"A", L"B"}));
+  EXPECT_EQ(Locations(back.Beacons(BeaconType::Internal)), (Wide{L"3", L"1", L"2"}));
+  EXPECT_EQ(Locations(back.Beacons(BeaconType::External)), (Wide{L"out 3", L"out 1", L"out 2"}));
 }
 
 TEST_F(SRRegistryConfigTest, SavingOneStoreAddsTheBeaconsThatStandIn) {
