@@ -6,8 +6,8 @@
 #include <wctype.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
-#include <optional>
 
 namespace ServiceRecords {
 namespace {
@@ -15,6 +15,11 @@ namespace {
 constexpr wchar_t kDiscoverySuffix[] = L"/discovery";
 constexpr wchar_t kSchemeSeparator[] = L"://";
 constexpr wchar_t kPathSeparator = L'/';
+
+// An address beyond these is not cut back: each cut is compared with every store.
+constexpr std::size_t kMaximumCharactersToCut = 4096;
+constexpr std::ptrdiff_t kMaximumCuts = 128;
+constexpr std::uint64_t kMaximumCheckRecords = 1000;
 
 // Whatever the locale of the process; where there is no UTF-8 locale, ASCII only.
 wchar_t LowerCased(wchar_t character) {
@@ -28,50 +33,86 @@ std::wstring LowerCase(std::wstring text) {
   return text;
 }
 
-using StoreChoice = std::optional<SRStore>;
+// A store of the list that is searched; null when there is none.
+using StoreChoice = const SRStore*;
 
 // Pass 1: the whole address. Of several stores with the same URL the last one is taken: deliberate.
 StoreChoice FindByWholeAddress(const StoreMap& stores, const std::wstring& url) {
-  StoreChoice found;
+  StoreChoice found = nullptr;
   for (const auto& [id, store] : stores) {
-    if (LowerCase(store.GetStoreURL()) == url) found = store;
+    if (LowerCase(store.GetStoreURL()) == url) found = &store;
   }
   return found;
 }
 
 // Store URLs without their discovery suffix; the first store of a URL keeps it.
-std::map<std::wstring, SRStore> TrimmedStoreURLs(const StoreMap& stores) {
-  std::map<std::wstring, SRStore> trimmed;
+std::map<std::wstring, StoreChoice> TrimmedStoreURLs(const StoreMap& stores) {
+  std::map<std::wstring, StoreChoice> trimmed;
   for (const auto& [id, store] : stores) {
     std::wstring url = LowerCase(store.GetStoreURL());
     if (url.ends_with(kDiscoverySuffix)) url.erase(url.rfind(kDiscoverySuffix));
-    trimmed.emplace(url, store);
+    trimmed.emplace(url, &store);
   }
   return trimmed;
 }
 
-// Removes the last path segment with its slash. The host and the first slash after it are never cut away.
-bool CutBack(std::wstring& url) {
+// The first slash behind the host, which is never cut away; npos when there is none.
+std::size_t StartOfPath(const std::wstring& url) {
   const std::size_t separator = url.find(kSchemeSeparator);
-  const std::size_t host = separator == std::wstring::npos ? 0 : separator + 3;
-  const std::size_t first = url.find(kPathSeparator, host);
+  return url.find(kPathSeparator, separator == std::wstring::npos ? 0 : separator + 3);
+}
+
+// Removes the last path segment with its slash.
+bool CutBack(std::wstring& url) {
+  const std::size_t first = StartOfPath(url);
   const std::size_t last = url.rfind(kPathSeparator);
   if (first == std::wstring::npos || last <= first) return false;
   url.erase(last);
   return true;
 }
 
+bool MayBeCutBack(const std::wstring& url) {
+  if (url.size() > kMaximumCharactersToCut) return false;
+  const std::size_t first = std::min(StartOfPath(url), url.size());
+  const auto slashes =
+      std::count(url.begin() + static_cast<std::ptrdiff_t>(first), url.end(), kPathSeparator);
+  return slashes - 1 <= kMaximumCuts;
+}
+
+// Writes the comparisons into the trace log, the first ones singly and the others as their number.
+class CheckRecords {
+ public:
+  CheckRecords() = default;
+  ~CheckRecords() {
+    if (count_ <= kMaximumCheckRecords) return;
+    SR_TRACE(0) << "SRProvider::GetStoreFromURL further checks of trimmedStoreUrl: "
+                << count_ - kMaximumCheckRecords;
+  }
+  CheckRecords(const CheckRecords&) = delete;
+  CheckRecords& operator=(const CheckRecords&) = delete;
+
+  void Add(const std::wstring& url, const std::wstring& key) {
+    if (++count_ > kMaximumCheckRecords) return;
+    SR_TRACE(0) << "SRProvider::GetStoreFromURL checking trimmedStoreUrl: " << url << ", against: " << key;
+  }
+
+ private:
+  std::uint64_t count_ = 0;
+};
+
 // Pass 2: the address cut back segment by segment. The uncut request is deliberately not compared.
 StoreChoice FindByTrimmedAddress(const StoreMap& stores, std::wstring url) {
+  if (!MayBeCutBack(url)) return nullptr;
   SR_TRACE(0) << "SRProvider::GetStoreFromURL full store address not found, checking by trimming URLs";
   const auto trimmed = TrimmedStoreURLs(stores);
+  CheckRecords records;
   while (CutBack(url)) {
     for (const auto& [key, store] : trimmed) {
-      SR_TRACE(0) << "SRProvider::GetStoreFromURL checking trimmedStoreUrl: " << url << ", against: " << key;
+      records.Add(url, key);
       if (url == key) return store;
     }
   }
-  return std::nullopt;
+  return nullptr;
 }
 
 // Pass 3: host and port anywhere in a store's URL, the loose last resort.
@@ -79,14 +120,14 @@ StoreChoice FindByHostAndPort(const StoreMap& stores, std::wstring address) {
   if (const std::size_t at = address.find(kSchemeSeparator); at != std::wstring::npos)
     address.erase(0, at + 3);
   if (const std::size_t at = address.find(kPathSeparator); at != std::wstring::npos) address.erase(at);
-  if (address.empty()) return std::nullopt;
+  if (address.empty()) return nullptr;
   SR_TRACE(0)
       << "SRProvider::GetStoreFromURL store address not found, looking for scheme-host-port, shpAddress is "
       << address;
   for (const auto& [id, store] : stores) {
-    if (LowerCase(store.GetStoreURL()).find(address) != std::wstring::npos) return store;
+    if (LowerCase(store.GetStoreURL()).find(address) != std::wstring::npos) return &store;
   }
-  return std::nullopt;
+  return nullptr;
 }
 
 }  // namespace
@@ -95,9 +136,9 @@ bool SRProvider::GetStoreFromURL(const std::wstring& url, SRStore& store) const 
   const StoreMap stores = GetStores();
   const std::wstring lowered = LowerCase(url);
   StoreChoice found = FindByWholeAddress(stores, lowered);
-  if (!found) found = FindByTrimmedAddress(stores, lowered);
-  if (!found) found = FindByHostAndPort(stores, lowered);
-  if (!found) {
+  if (found == nullptr) found = FindByTrimmedAddress(stores, lowered);
+  if (found == nullptr) found = FindByHostAndPort(stores, lowered);
+  if (found == nullptr) {
     SR_TRACE(0) << "SRProvider::GetStoreFromURL failed to find matching store for URL: " << url;
     return false;
   }

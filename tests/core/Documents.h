@@ -21,11 +21,17 @@ inline std::wstring DiscoveryDocument(const std::wstring& services) {
          services + L"</Discovery>";
 }
 
+// A service at an address of its own.
+inline std::wstring ServiceAt(const std::wstring& id, const std::wstring& address,
+                              const std::wstring& lists = L"", const std::wstring& attributes = L"") {
+  return L"<Service type=\"store\"" + attributes + L"><SRID>" + id + L"</SRID><Name>Name of " + id +
+         L"</Name><Address>" + address + L"</Address>" + lists + L"</Service>";
+}
+
 // A service; `lists` holds its gateways and beacons, `attributes` whatever stands beside its type.
 inline std::wstring Service(const std::wstring& id, const std::wstring& lists = L"",
                             const std::wstring& attributes = L"") {
-  return L"<Service type=\"store\"" + attributes + L"><SRID>" + id + L"</SRID><Name>Name of " + id +
-         L"</Name><Address>https://" + id + L".example/store/discovery</Address>" + lists + L"</Service>";
+  return ServiceAt(id, L"https://" + id + L".example/store/discovery", lists, attributes);
 }
 
 inline std::wstring InServiceRecordNamespace() {

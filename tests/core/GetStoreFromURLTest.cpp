@@ -102,6 +102,69 @@ TEST_F(GetStoreFromURLTest, TheDiscoverySuffixIsRemovedOnceAndOnlyAtTheEnd) {
   EXPECT_EQ(CapturedTrace::RecordsStartingWith(lastResort), Records{});
 }
 
+TEST_F(GetStoreFromURLTest, OfTwoDiscoverySuffixesOneStays) {
+  Hold({Store(L"s", L"s://h/b/discovery/discovery")});
+  EXPECT_EQ(Find(L"s://h/b/x"), L"s") << "by host and port alone";
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL checking"),
+            Written({"checking trimmedStoreUrl: s://h/b, against: s://h/b/discovery"}));
+}
+
+TEST_F(GetStoreFromURLTest, TheHostBeginsBehindTheFirstSchemeSeparator) {
+  Hold({Store(L"1", L"other://unrelated"), Store(L"2", L"https://proxy/to")});
+  EXPECT_EQ(Find(L"https://proxy/other://unrelated"), L"2");
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL store address not found").size(),
+            1U);
+  EXPECT_EQ(Find(L"https://proxy/to/x://y"), L"2");
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL store address not found").size(),
+            0U);
+}
+
+TEST_F(GetStoreFromURLTest, AFailureIsRecordedWithTheUrlAsItWasAsked) {
+  EXPECT_EQ(Find(L"HTTPS://Nowhere/X"), L"-");
+  EXPECT_EQ(CapturedTrace::Records().back(),
+            Written({"failed to find matching store for URL: HTTPS://Nowhere/X"}).back());
+}
+
+TEST_F(GetStoreFromURLTest, LetterCaseCountsNowhereBeyondAsciiEither) {
+  Hold({Store(L"1", L"https://h/\u00c4PFEL/\u0416/discovery"), Store(L"2", L"https://\u00dcber/x")});
+  EXPECT_EQ(Find(L"https://h/\u00e4pfel/\u0436/discovery"), L"1");
+  EXPECT_EQ(Find(L"https://h/\u00e4pfel/\u0436/y"), L"1");
+  EXPECT_EQ(Find(L"https://\u00fcBER/y"), L"2");
+}
+
+TEST_F(GetStoreFromURLTest, AnAddressOf4096CharactersIsCutBackAndALongerOneIsNot) {
+  Hold({Store(L"a", L"https://h/other"), Store(L"z", L"https://h/x")});
+  const std::wstring longest = L"https://h/x/" + std::wstring(4096 - 12, L'y');
+  EXPECT_EQ(Find(longest), L"z");
+  EXPECT_EQ(Find(longest + L"y"), L"a") << "by host and port alone";
+  EXPECT_EQ(CapturedTrace::Records().size(), 2U);
+  EXPECT_EQ(Find(L"https://h/" + std::wstring(5000, L'y')), L"a");
+  EXPECT_EQ(CapturedTrace::Records().size(), 2U);
+}
+
+TEST_F(GetStoreFromURLTest, AnAddressOf128CutsIsCutBackAndOneOfMoreIsNot) {
+  Hold({Store(L"a", L"https://h/other"), Store(L"z", L"https://h/x")});
+  EXPECT_EQ(Find(L"https://h/x" + Repeated(L"/y", 128)), L"z");
+  EXPECT_EQ(Find(L"https://h/x" + Repeated(L"/y", 129)), L"a") << "by host and port alone";
+  EXPECT_EQ(CapturedTrace::Records().size(), 2U);
+}
+
+TEST_F(GetStoreFromURLTest, AThousandChecksAreRecordedAndTheOthersCounted) {
+  std::vector<SRStore> stores;
+  for (int i = 100; i < 200; ++i)
+    stores.push_back(Store(L"s" + std::to_wstring(i), L"s://h/" + std::to_wstring(i)));
+  Hold(stores);
+  const std::string checking = "SRProvider::GetStoreFromURL checking";
+  const std::string further = "SRProvider::GetStoreFromURL further checks";
+  EXPECT_EQ(Find(L"s://h/199" + Repeated(L"/y", 10)), L"s199");
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith(checking).size(), 1000U);
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith(further), Records{});
+  EXPECT_EQ(Find(L"s://h/199" + Repeated(L"/y", 11)), L"s199");
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith(checking).size(), 1000U);
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith(further), Written({"further checks of trimmedStoreUrl: 100"}));
+  EXPECT_EQ(CapturedTrace::Records().size(), 1003U);
+}
+
 TEST_F(GetStoreFromURLTest, TheRequestItselfIsNeverComparedWithTrimmedAddresses) {
   Hold({Store(L"s", L"scheme://host/apps/store/discovery")});
   EXPECT_EQ(Find(L"scheme://host/apps/store"), L"s");
@@ -175,6 +238,7 @@ TEST_F(GetStoreFromURLTest, AHostLongerThanEveryAddressIsNotFound) {
 TEST_F(GetStoreFromURLTest, TheLockIsNotHeldWhileMatching) {
   Hold({Store(L"s", L"https://host/x")});
   EXPECT_EQ(Find(L"https://host/x/y"), L"s");
+  EXPECT_FALSE(CapturedTrace::AnyInsideCriticalSection("SRProviderLookup.cpp"));
   EXPECT_FALSE(InsideCriticalSection());
   EXPECT_FALSE(WasSaved());
 }
