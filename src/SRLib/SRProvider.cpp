@@ -1,5 +1,6 @@
 #include "SRLib/SRProvider.h"
 
+#include "SRLib/FetchedDocument.h"
 #include "SRLib/GenericFactories.h"
 #include "SRLib/IServiceRecordsNotifications.h"
 #include "SRLib/Messages.h"
@@ -7,6 +8,7 @@
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationDetails.h"
 #include "SRLib/SSLValidationFactory.h"
+#include "SRLib/StoreBounds.h"
 #include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
 
@@ -21,6 +23,10 @@ namespace {
 std::mutex& SaveLock() {
   static std::mutex& mutex = *new std::mutex;
   return mutex;
+}
+
+void RefuseBeyond(const std::string& bound) {
+  SR_TRACE(2) << "...The document is not taken: with it the list would hold " << bound;
 }
 
 }  // namespace
@@ -47,7 +53,7 @@ IServiceRecordsNotifications* SRProvider::Notification() const {
 void SRProvider::InboundUpdate(const std::wstring& document, bool& updated) {
   SR_TRACE(0) << "-> Inbound SR update started. Document contents: " << document;
   updated = false;
-  StoreMap parsed = SRXMLProvider().Parse(document);
+  StoreMap parsed = ReadDocument(document, true);
   if (!parsed.empty()) {
     SR_TRACE(0) << "...SR document parsed successfully.";
     if (MayChangeOrTell(util::kMessageDiscoveryTitle)) {
@@ -63,26 +69,38 @@ void SRProvider::InboundUpdate(const std::wstring& document, bool& updated) {
   SR_TRACE(0) << "<- Inbound SR update finished";
 }
 
+StoreMap SRProvider::ReadDocument(const std::wstring& document, bool dsTrusted) const {
+  StoreMap stores = SRXMLProvider().Parse(document);
+  const CriticalSectionLock lock(*lock_);
+  const auto bound = BoundPassedByMerge(stores_, stores, dsTrusted);
+  if (!bound) return stores;
+  RefuseBeyond(*bound);
+  return {};
+}
+
 void SRProvider::MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated) {
   updated = false;
-  if (incoming.empty()) return;
-  StoreMap merged = stores_;  // so that a failure on the way leaves the list as it was
+  StoreMap changed;  // put into the list at the end, so that a failure on the way leaves it as it was
   for (auto& [id, store] : incoming) {
-    const auto held = merged.find(id);
-    if (held == merged.end()) {
+    const auto held = stores_.find(id);
+    if (held == stores_.end()) {
       if (dsTrusted) {
         store.SetAllGatewaysDSTrusted();
         store.SetAllBeaconsDSConfirmed();
       }
-      merged.emplace(id, store);
-      updated = true;
+      changed.emplace(id, store);
     } else if (dsTrusted || Notification()->ShowStoreReplaceDialog(held->second.GetStoreName()) ==
                                 IServiceRecordsNotifications::kAccepted) {
-      held->second.Merge(store, dsTrusted);
-      updated = true;
+      changed.emplace(id, held->second).first->second.Merge(store, dsTrusted);
     }
   }
-  stores_ = std::move(merged);
+  if (changed.empty()) return;
+  if (const auto bound = BoundPassed(stores_, changed)) return RefuseBeyond(*bound);
+  for (auto& [id, store] : changed) {
+    if (const auto held = stores_.find(id); held != stores_.end()) held->second = std::move(store);
+  }
+  stores_.merge(changed);
+  updated = true;
 }
 
 bool SRProvider::RemoveStore(const std::wstring& id) {
@@ -94,6 +112,9 @@ bool SRProvider::RemoveStore(const std::wstring& id) {
     const CriticalSectionLock lock(*lock_);
     removed = stores_.erase(id) != 0;
     if (removed) {
+      for (const auto& watch : removalWatches_) {
+        if (const auto ids = watch.lock()) ids->insert(id);
+      }
       SaveAndPublish();
       SR_TRACE(2) << "Removed store " << id;  // a success at the failure level: deliberate
     } else {
@@ -122,7 +143,7 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
     SR_TRACE(2) << "...Failed to read SR file.";
     return;
   }
-  StoreMap stores = SRXMLProvider().Parse(text);
+  StoreMap stores = ReadDocument(text, false);
   if (stores.empty()) {
     const std::wstring message = util::MessageFromResourceW(util::kMessageNotAServiceRecord);
     SR_TRACE(2) << "..." << message;
@@ -194,14 +215,15 @@ bool SRProvider::VerifyServer(SRStore& store, const std::wstring& url, const std
 void SRProvider::OutboundDSConfirm(StoreMap& stores, bool& updated) {
   SR_TRACE(0) << "-> Outbound SR DS confirmation started";
   updated = false;
+  const auto removed = WatchRemovals();
   std::wstring document;
-  std::vector<std::wstring> documents;
+  std::vector<FetchedDocument> documents;
   bool canceled = false;  // for all stores together: deliberately not cleared before each of them
   for (auto& [id, store] : stores) {
     if (VerifyDSTrust(store, document, canceled)) {
       SR_TRACE(0) << "...DS trust verification succeded for store: " << store.GetStoreID();
       SR_TRACE(0) << "...Received DiscoveryDocument: " << document;
-      documents.push_back(std::move(document));
+      documents.push_back({store.GetStoreID(), store.GetStoreURL(), std::move(document)});
       document.clear();
     } else if (canceled) {
       SR_TRACE(0) << "...DS trust verification was canceled by user for store: " << store.GetStoreID();
@@ -211,10 +233,18 @@ void SRProvider::OutboundDSConfirm(StoreMap& stores, bool& updated) {
   }
   if (!documents.empty() && MayChangeOrTell(util::kMessageStoreTitle)) {
     const CriticalSectionLock lock(*lock_);
-    MergeDiscoveryDocs(stores, documents, updated);
+    MergeFetchedDocuments(documents, *removed, updated);
     if (updated) SaveAndPublish();
   }
   SR_TRACE(0) << "<- Outbound DS confirmation finished";
+}
+
+std::shared_ptr<const std::set<std::wstring>> SRProvider::WatchRemovals() {
+  auto removed = std::make_shared<std::set<std::wstring>>();
+  const CriticalSectionLock lock(*lock_);
+  std::erase_if(removalWatches_, [](const auto& watch) { return watch.expired(); });
+  removalWatches_.push_back(removed);
+  return removed;
 }
 
 bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled) {
@@ -238,15 +268,27 @@ bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, 
 void SRProvider::MergeDiscoveryDocs(const StoreMap& /*stores*/, const std::vector<std::wstring>& documents,
                                     bool& updated) {
   updated = false;
-  if (documents.empty()) return;
   SRXMLProvider provider;
   for (const std::wstring& document : documents) {
     StoreMap confirmed = provider.Parse(document);
-    if (confirmed.empty()) continue;
-    bool changed = false;
-    MergeStores(confirmed, true, changed);
-    if (changed) updated = true;
+    MergeConfirmed(confirmed, updated);
   }
+}
+
+void SRProvider::MergeFetchedDocuments(const std::vector<FetchedDocument>& documents,
+                                       const std::set<std::wstring>& removed, bool& updated) {
+  SRXMLProvider provider;
+  for (const FetchedDocument& document : documents) {
+    StoreMap confirmed = provider.Parse(document.text);
+    PassOverStoresOfOthers(document, stores_, removed, confirmed);
+    MergeConfirmed(confirmed, updated);
+  }
+}
+
+void SRProvider::MergeConfirmed(StoreMap& confirmed, bool& updated) {
+  bool changed = false;
+  MergeStores(confirmed, true, changed);
+  if (changed) updated = true;
 }
 
 bool SRProvider::SetDefaultGatewayForStore(const std::wstring& storeURL, const std::wstring& gatewayName) {

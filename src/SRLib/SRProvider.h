@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@ namespace ServiceRecords {
 
 class IServiceRecordsNotifications;
 class SSLValidationDetails;
+struct FetchedDocument;
 
 // The one owner of the provisioned stores, and every flow that reads or changes them. Any thread; the
 // recursive critical section guards the map. It is never held across network calls or trust dialogs; the
@@ -50,7 +52,8 @@ class SRProvider {
   void InboundUpdate(const std::wstring& document, bool& updated);
 
   // Merges `incoming`, which may be changed, into the list; the caller holds the lock, saves and publishes.
-  // Without `dsTrusted` the user is asked before a store already held is replaced.
+  // Without `dsTrusted` the user is asked before a store already held is replaced. Nothing is merged when the
+  // list would pass a bound with it.
   void MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated);
 
   // True when a store of that id was removed; the change is saved and published.
@@ -73,13 +76,15 @@ class SRProvider {
                     SSLValidationDetails& details);
 
   // Asks each accepted store for its own discovery document and merges what these say as confirmed by the
-  // discovery service; a cancelled or failed store does not keep the others from it. `updated` tells whether
-  // the list changed, which is saved and published then.
+  // discovery service, save what a document has no say in (FetchedDocument.h); a cancelled or failed store
+  // does not keep the others from it. `updated` tells whether the list changed, which is saved and published
+  // then.
   void OutboundDSConfirm(StoreMap& stores, bool& updated);
   // Whether the store answered with a discovery document, which is then in `discoveryDocument`. The user is
   // told of a failure; one that the user brought about by cancelling sets `canceled`.
   bool VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled);
-  // Merges the stores of the documents, not `stores`. The caller holds the lock, saves and publishes.
+  // Merges the stores of the documents, not `stores`, wherever they lie. The caller holds the lock, saves and
+  // publishes.
   void MergeDiscoveryDocs(const StoreMap& stores, const std::vector<std::wstring>& documents, bool& updated);
   // Fetches the store's discovery response, from the store itself or through its gateway, as the network
   // location demands. Blocks: up to two minutes until the location is known, then for the requests and for
@@ -99,6 +104,13 @@ class SRProvider {
   [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> PrepareOtherGateways(SRStore& store) const;
 
  private:
+  // The document's stores; none when the list would pass a bound with them.
+  [[nodiscard]] StoreMap ReadDocument(const std::wstring& document, bool dsTrusted) const;
+  void MergeFetchedDocuments(const std::vector<FetchedDocument>& documents,
+                             const std::set<std::wstring>& removed, bool& updated);
+  void MergeConfirmed(StoreMap& confirmed, bool& updated);
+  // The ids that are removed from now on, for as long as the result is kept. To be read under the lock.
+  [[nodiscard]] std::shared_ptr<const std::set<std::wstring>> WatchRemovals();
   // Whether the saved stores have been read; tries to read them when they have not.
   bool MayChange();
   // The same; tells the user when not, under the title with that id.
@@ -111,6 +123,7 @@ class SRProvider {
 
   StoreMap stores_;
   SavedStores saved_;
+  std::vector<std::weak_ptr<std::set<std::wstring>>> removalWatches_;
   const std::unique_ptr<CGenericCS> lock_;
   IServiceRecordsNotifications* notifications_ = nullptr;
 };

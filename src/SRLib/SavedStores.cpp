@@ -47,7 +47,7 @@ std::optional<StoreMap> SavedStores::Restore() {
   return std::nullopt;
 }
 
-void SavedStores::Save(const StoreMap& stores) {
+void SavedStores::Save(StoreMap& stores) {
   const std::uint64_t failuresBefore = Failures().writes;
   SRRegistryConfig().SaveStores(stores);
   const Config::StorageFailures failures = Failures();

@@ -32,7 +32,8 @@ class SavedStores {
 
   // Nothing when what is saved cannot be read.
   [[nodiscard]] std::optional<StoreMap> Restore();
-  void Save(const StoreMap& stores);
+  // Not const: a missing beacon list is filled before it is saved.
+  void Save(StoreMap& stores);
 
  private:
   void TakeResult(State state, const std::string& problem);

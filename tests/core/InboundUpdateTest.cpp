@@ -1,6 +1,8 @@
 #include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
 
+#include <stdexcept>
+
 namespace {
 
 using namespace ServiceRecords;
@@ -64,6 +66,18 @@ TEST_F(InboundUpdateTest, AServiceRecordIsTakenTheSameWay) {
 
 TEST_F(InboundUpdateTest, TheDocumentIsParsedOutsideTheLockAndTheLockIsLeft) {
   EXPECT_TRUE(Update(DocumentWith(lists_)));
+  EXPECT_FALSE(CapturedTrace::AnyInsideCriticalSection("SRDocParser.cpp"));
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
+TEST_F(InboundUpdateTest, TheChangeIsSavedBeforeItIsPublished) {
+  EXPECT_TRUE(Update(DocumentWith(lists_)));
+  EXPECT_TRUE(SavedAndThenPublishedOnce());
+}
+
+TEST_F(InboundUpdateTest, TheLockIsLeftWhenTheChangeCannotBePublished) {
+  RecordedPublications::FailNext();
+  EXPECT_THROW(Update(DocumentWith(lists_)), std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
 }
 

@@ -1,5 +1,7 @@
 #include "core/ProviderTest.h"
 
+#include <stdexcept>
+
 namespace {
 
 using namespace ServiceRecords;
@@ -92,6 +94,29 @@ TEST_F(MergeStoresTest, ADeclinedStoreDoesNotStopTheOthers) {
   EXPECT_EQ(stores.at(L"a").GetStoreURL(), L"https://a-old");
   EXPECT_EQ(stores.at(L"b").GetStoreURL(), L"https://b");
   EXPECT_EQ(stores.at(L"c").GetStoreURL(), L"https://c");
+}
+
+TEST_F(MergeStoresTest, AStoreDeclinedLastDoesNotUndoTheUpdate) {
+  Hold({Store(L"a", L"https://a-old"), Store(L"z", L"https://z-old")});
+  ::testing::InSequence inOrder;
+  EXPECT_CALL(notifications_, ShowStoreReplaceDialog(L"Name of a"s)).WillOnce(Return(100));
+  EXPECT_CALL(notifications_, ShowStoreReplaceDialog(L"Name of z"s)).WillOnce(Return(0));
+  EXPECT_TRUE(Merge(Map({Store(L"a", L"https://a"), Store(L"z", L"https://z")}), false));
+  EXPECT_EQ(provider_.GetStores().at(L"a").GetStoreURL(), L"https://a");
+  EXPECT_EQ(provider_.GetStores().at(L"z").GetStoreURL(), L"https://z-old");
+}
+
+TEST_F(MergeStoresTest, AFailureOnTheWayLeavesTheListAsItWas) {
+  Hold({Store(L"a", L"https://a-old"), Store(L"z", L"https://z-old")});
+  ::testing::InSequence inOrder;
+  EXPECT_CALL(notifications_, ShowStoreReplaceDialog(L"Name of a"s)).WillOnce(Return(100));
+  EXPECT_CALL(notifications_, ShowStoreReplaceDialog(L"Name of z"s))
+      .WillOnce(::testing::Throw(std::runtime_error("no memory")));
+  EXPECT_THROW(
+      Merge(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b"), Store(L"z", L"https://z")}), false),
+      std::runtime_error);
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"z"}));
+  EXPECT_EQ(provider_.GetStores().at(L"a").GetStoreURL(), L"https://a-old");
 }
 
 TEST_F(MergeStoresTest, IdsAreMatchedInTheirLetterCase) {

@@ -5,6 +5,8 @@
 #include "fakes/StubHTTPRequestFactory.h"
 #include "fakes/StubNetworkLocation.h"
 
+#include <stdexcept>
+
 namespace {
 
 using namespace ServiceRecords;
@@ -90,7 +92,9 @@ TEST_F(OutboundDSConfirmTest, WhatTheDocumentDescribesIsMergedNotTheStoreThatWas
 }
 
 TEST_F(OutboundDSConfirmTest, AStoreAlreadyHeldIsMergedWithoutTheReplaceDialog) {
-  Hold({Store(L"s", L"https://old")});
+  SRStore held = Accepted(L"s");
+  held.SetStoreURL(Address(L"s") + L"/old");
+  Hold({held});
   server_.Answer(Address(L"s"), Document(L"s"));
   EXPECT_TRUE(Confirm(Map({Accepted(L"s")})));
   EXPECT_EQ(provider_.GetStores().at(L"s").GetStoreURL(), Address(L"s"));
@@ -203,6 +207,28 @@ TEST_F(OutboundDSConfirmTest, AnUnreadableDocumentAmongOthersIsSkippedWithoutARe
   EXPECT_TRUE(updated);
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"b"}));
   EXPECT_TRUE(ProviderTexts().empty());
+}
+
+TEST_F(OutboundDSConfirmTest, DocumentsAreMergedInTheirOrder) {
+  const auto describing = [](const wchar_t* address) {
+    return DiscoveryDocument(ServiceAt(L"s", address, L"", InServiceRecordNamespace()));
+  };
+  bool updated = false;
+  provider_.MergeDiscoveryDocs({}, {describing(L"https://first"), describing(L"https://second")}, updated);
+  EXPECT_EQ(provider_.GetStores().at(L"s").GetStoreURL(), L"https://second");
+}
+
+TEST_F(OutboundDSConfirmTest, TheChangeIsSavedBeforeItIsPublished) {
+  server_.Answer(Address(L"s"), Document(L"s"));
+  EXPECT_TRUE(Confirm(Map({Accepted(L"s")})));
+  EXPECT_TRUE(SavedAndThenPublishedOnce());
+}
+
+TEST_F(OutboundDSConfirmTest, TheLockIsLeftWhenTheChangeCannotBePublished) {
+  server_.Answer(Address(L"s"), Document(L"s"));
+  RecordedPublications::FailNext();
+  EXPECT_THROW(Confirm(Map({Accepted(L"s")})), std::runtime_error);
+  EXPECT_FALSE(InsideCriticalSection());
 }
 
 TEST_F(OutboundDSConfirmTest, ALaterUnreadableDocumentDoesNotUndoTheUpdate) {

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 namespace {
 
@@ -156,9 +157,39 @@ TEST_F(OutboundUserConfirmTest, BesideANewStoreADeclinedOneIsAmongTheAccepted) {
   Trust(L"new");
   EXPECT_CALL(notifications_, ShowTrustDialog).Times(2).WillRepeatedly(Return(100));
   EXPECT_CALL(notifications_, ShowStoreReplaceDialog).WillOnce(Return(0));
-  EXPECT_EQ(Confirm(File(ServiceRecord(Service(L"declined") + Service(L"new")))),
-            (Wide{L"declined", L"new"}));
+  StoreMap accepted;
+  provider_.OutboundUserConfirm(File(ServiceRecord(Service(L"declined") + Service(L"new"))), accepted);
+  EXPECT_EQ(Ids(accepted), (Wide{L"declined", L"new"}));
+  EXPECT_EQ(accepted[L"declined"].GetStoreURL(), Address(L"declined")) << "as the file has it";
   EXPECT_EQ(provider_.GetStores().at(L"declined").GetStoreURL(), L"https://old");
+}
+
+TEST_F(OutboundUserConfirmTest, HeldStoresThatTheFileDoesNotNameAreNotAmongTheAccepted) {
+  Hold({Store(L"other", L"https://other.example")});
+  Trust(L"new");
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
+  EXPECT_EQ(Confirm(File(ServiceRecord(Service(L"new")))), (Wide{L"new"}));
+}
+
+TEST_F(OutboundUserConfirmTest, AnAcceptedStoreIsSavedBeforeItIsPublished) {
+  Trust(L"s");
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
+  EXPECT_EQ(Confirm(File(ServiceRecord(Service(L"s")))), (Wide{L"s"}));
+  EXPECT_TRUE(SavedAndThenPublishedOnce());
+}
+
+TEST_F(OutboundUserConfirmTest, TheLockIsLeftWhenTheAcceptedStoreCannotBePublished) {
+  Trust(L"s");
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
+  RecordedPublications::FailNext();
+  EXPECT_THROW(Confirm(File(ServiceRecord(Service(L"s")))), std::runtime_error);
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
+TEST_F(OutboundUserConfirmTest, TheFileIsParsedOutsideTheLock) {
+  EXPECT_CALL(notifications_, ShowSRErrorDialog);
+  EXPECT_EQ(Confirm(File(ServiceRecord(Service(L"s")))), Wide{});
+  EXPECT_FALSE(CapturedTrace::AnyInsideCriticalSection("SRDocParser.cpp"));
 }
 
 TEST_F(OutboundUserConfirmTest, ValidationAndTrustDialogsAreOutsideTheLock) {

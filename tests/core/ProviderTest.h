@@ -39,6 +39,13 @@ class ProviderTest : public CoreTest {
     writesBefore_ = UserConfiguration().Writes();
   }
 
+  // Whether the only publication followed on the last write.
+  [[nodiscard]] bool SavedAndThenPublishedOnce() const {
+    const auto publications = RecordedPublications::All();
+    return WasSaved() && publications.size() == 1 &&
+           publications.front().writesBefore == UserConfiguration().Writes();
+  }
+
   [[nodiscard]] bool WasSaved() const { return UserConfiguration().Writes() != writesBefore_; }
 
   static Texts ProviderTexts() { return CapturedTrace::TextsFrom("SRProvider.cpp"); }

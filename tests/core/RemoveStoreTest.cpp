@@ -1,6 +1,8 @@
 #include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
 
+#include <stdexcept>
+
 namespace {
 
 using namespace ServiceRecords;
@@ -23,6 +25,20 @@ TEST_F(RemoveStoreTest, ARemovedStoreIsGoneFromListFileAndPublication) {
             (Records{{0, "SRProvider.cpp", "-> RemoveStore started. Service Record ID is: a"},
                      {2, "SRProvider.cpp", "Removed store a"},
                      {0, "SRProvider.cpp", "<- RemoveStore finished"}}));
+}
+
+TEST_F(RemoveStoreTest, TheRemovalIsSavedThenPublishedThenRecorded) {
+  Hold({Store(L"a", L"https://a")});
+  EXPECT_TRUE(provider_.RemoveStore(L"a"));
+  EXPECT_TRUE(SavedAndThenPublishedOnce());
+  EXPECT_EQ(RecordedPublications::All().front().traceRecordsBefore, 1U) << "the first record alone";
+}
+
+TEST_F(RemoveStoreTest, TheLockIsLeftWhenARemovalCannotBePublished) {
+  Hold({Store(L"a", L"https://a")});
+  RecordedPublications::FailNext();
+  EXPECT_THROW(provider_.RemoveStore(L"a"), std::runtime_error);
+  EXPECT_FALSE(InsideCriticalSection());
 }
 
 TEST_F(RemoveStoreTest, AnUnknownIdRemovesNothing) {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <future>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -74,16 +75,47 @@ TEST_F(SRProviderTest, SavingWritesTheListAndPublishesItUnderTheLock) {
   EXPECT_FALSE(InsideCriticalSection());
 }
 
-TEST_F(SRProviderTest, SavingAndPublishingAddNoBeaconToTheList) {
+TEST_F(SRProviderTest, TheBeaconsThatASaveAddsAreInListFileAndPublicationAtOnce) {
   Hold({Store(L"a", L"https://a", {Gateway(L"GW", L"https://gw")})});
   provider_.SaveAllStores();
-  const StoreMap held = provider_.GetStores();
+  const StoreMap saved = SRRegistryConfig().RestoreStores();
   const auto publications = RecordedPublications::All();
   ASSERT_EQ(publications.size(), 1U);
-  for (const SRStore& store : {held.at(L"a"), publications.front().stores.at(L"a")}) {
-    EXPECT_TRUE(store.Beacons(BeaconType::Internal).empty());
-    EXPECT_TRUE(store.Beacons(BeaconType::External).empty());
+  for (const StoreMap& stores : {provider_.GetStores(), saved, publications.front().stores}) {
+    EXPECT_EQ(Locations(stores.at(L"a").Beacons(BeaconType::Internal)), (Wide{L"https://a"}));
+    EXPECT_EQ(Locations(stores.at(L"a").Beacons(BeaconType::External)), (Wide{L"https://gw"}));
   }
+}
+
+TEST_F(SRProviderTest, PublicationItselfAddsNothing) {
+  UserConfiguration().SetString(L"SR\\Store\\a\\Addr", L"https://a");
+  UserConfiguration().CreateContainer(L"SR\\Store\\a\\Gateways\\GW");
+  provider_.RestoreFromRepository();
+  const auto publications = RecordedPublications::All();
+  ASSERT_EQ(publications.size(), 1U);
+  for (const StoreMap& stores : {provider_.GetStores(), publications.front().stores}) {
+    EXPECT_TRUE(stores.at(L"a").Beacons(BeaconType::Internal).empty());
+    EXPECT_TRUE(stores.at(L"a").Beacons(BeaconType::External).empty());
+  }
+}
+
+TEST_F(SRProviderTest, TheListIsSavedBeforeItIsPublished) {
+  Hold({Store(L"a", L"https://a")});
+  provider_.SaveAllStores();
+  EXPECT_TRUE(SavedAndThenPublishedOnce());
+}
+
+TEST_F(SRProviderTest, TheLockIsLeftByWhateverThrowsInsideIt) {
+  Hold({Store(L"a", L"https://a")});
+  RecordedPublications::FailNext();
+  EXPECT_THROW(provider_.RestoreFromRepository(), std::runtime_error);
+  EXPECT_FALSE(InsideCriticalSection());
+  RecordedPublications::FailNext();
+  EXPECT_THROW(provider_.SaveAllStores(), std::runtime_error);
+  EXPECT_FALSE(InsideCriticalSection());
+  RecordedPublications::FailNext();
+  EXPECT_THROW(SRProvider(), std::runtime_error);
+  EXPECT_FALSE(InsideCriticalSection());
 }
 
 TEST_F(SRProviderTest, TheNotificationObjectIsTheLastOneGiven) {

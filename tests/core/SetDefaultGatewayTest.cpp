@@ -29,6 +29,18 @@ TEST_F(SetDefaultGatewayTest, AStoreIsFoundByItsId) {
   EXPECT_EQ(MarkedIn(L"b"), (Wide{L"GW2"}));
 }
 
+TEST_F(SetDefaultGatewayTest, TheListIsSearchedAndChangedInsideTheLock) {
+  const int before = CriticalSectionEntries();
+  static_cast<void>(provider_.StateOfSavedStores());
+  const int once = CriticalSectionEntries() - before;
+  // Once for the whole and once for the question whether the list may be changed.
+  EXPECT_TRUE(provider_.SetDefaultGatewayForStoreID(L"b", L"GW2"));
+  EXPECT_EQ(CriticalSectionEntries(), before + 3 * once);
+  EXPECT_TRUE(provider_.SetDefaultGatewayForStore(L"https://c", L"GW2"));
+  EXPECT_EQ(CriticalSectionEntries(), before + 5 * once);
+  EXPECT_FALSE(InsideCriticalSection());
+}
+
 TEST_F(SetDefaultGatewayTest, AUrlIsMatchedToTheLetter) {
   for (const wchar_t* url : {L"https://Same", L"https://same/", L"https://sam", L""})
     EXPECT_FALSE(provider_.SetDefaultGatewayForStore(url, L"GW2"));

@@ -44,6 +44,15 @@ TEST_F(VerifyServerTest, ATrustedServerIsShownToTheUserWithTheStoreAndItsGateway
                                     {0, "SRProvider.cpp", "........-> success"}}));
 }
 
+TEST_F(VerifyServerTest, TheUserIsAskedBetweenTheRecordOfTheValidationAndThatOfItsEnd) {
+  validations_.Answer(L"https://s", SSLOutcome::Trusted(L"O", L"I"));
+  Records whenAsked;
+  EXPECT_CALL(notifications_, ShowTrustDialog)
+      .WillOnce(::testing::DoAll([&whenAsked] { whenAsked = FlowRecords(); }, Return(100)));
+  EXPECT_TRUE(Verify(Store(L"s", L"https://s"), L"https://s"));
+  EXPECT_EQ(whenAsked, (Records{{0, "SRProvider.cpp", ".......Validation for server: https://s"}}));
+}
+
 TEST_F(VerifyServerTest, TheGivenUrlAloneIsValidated) {
   EXPECT_FALSE(Verify(store_, L"https://elsewhere"));
   EXPECT_EQ(validations_.Validated(), (Wide{L"https://elsewhere"}));

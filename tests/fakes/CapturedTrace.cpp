@@ -2,7 +2,9 @@
 
 #include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
+#include "fakes/FakeCriticalSections.h"
 
+#include <algorithm>
 #include <mutex>
 
 namespace testsupport {
@@ -36,6 +38,12 @@ std::vector<std::string> CapturedTrace::TextsFrom(const std::string& file) {
   return texts;
 }
 
+bool CapturedTrace::AnyInsideCriticalSection(const std::string& file) {
+  const std::vector<TraceRecord> records = Records();
+  return std::ranges::any_of(
+      records, [&file](const auto& record) { return record.file == file && record.insideCriticalSection; });
+}
+
 std::vector<TraceRecord> CapturedTrace::RecordsStartingWith(const std::string& start) {
   std::vector<TraceRecord> records = Records();
   std::erase_if(records, [&start](const TraceRecord& record) { return !record.text.starts_with(start); });
@@ -58,7 +66,7 @@ bool IsEnabled() {
 Statement::Statement(std::uint32_t traceLevel, const char* file, std::int32_t /*line*/)
     : lock_(wdbgMutex), listens_(true) {
   const std::string path(file);
-  open.push_back({traceLevel, path.substr(path.rfind('/') + 1), ""});
+  open.push_back({traceLevel, path.substr(path.rfind('/') + 1), "", testsupport::InsideCriticalSection()});
 }
 
 Statement::~Statement() {

@@ -13,8 +13,11 @@ struct TraceRecord {
   std::uint32_t level = 0;
   std::string file;
   std::string text;
+  bool insideCriticalSection = false;  // not compared
 
-  bool operator==(const TraceRecord&) const = default;
+  bool operator==(const TraceRecord& other) const {
+    return level == other.level && file == other.file && text == other.text;
+  }
 };
 
 void PrintTo(const TraceRecord& record, std::ostream* stream);
@@ -26,6 +29,8 @@ class CapturedTrace {
   [[nodiscard]] static std::vector<TraceRecord> Records();
   // The texts of the records that one source file wrote.
   [[nodiscard]] static std::vector<std::string> TextsFrom(const std::string& file);
+  // Whether the thread that wrote the file's records was inside a critical section, for any of them.
+  [[nodiscard]] static bool AnyInsideCriticalSection(const std::string& file);
   // The records whose text begins with `start`.
   [[nodiscard]] static std::vector<TraceRecord> RecordsStartingWith(const std::string& start);
 };

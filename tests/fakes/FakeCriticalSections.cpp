@@ -6,6 +6,7 @@ namespace testsupport {
 namespace {
 
 thread_local int entered = 0;
+thread_local int entries = 0;
 
 class FakeCriticalSection : public CGenericCS {
  public:
@@ -13,6 +14,7 @@ class FakeCriticalSection : public CGenericCS {
   bool Enter() override {
     mutex_.lock();
     ++entered;
+    ++entries;
     return true;
   }
   bool Leave() override {
@@ -24,6 +26,7 @@ class FakeCriticalSection : public CGenericCS {
   bool TryEnter() override {
     if (!mutex_.try_lock()) return false;
     ++entered;
+    ++entries;
     return true;
   }
 
@@ -39,6 +42,10 @@ std::unique_ptr<CGenericCS> FakeCriticalSectionFactory::ManufactureCriticalSecti
 
 bool InsideCriticalSection() {
   return entered != 0;
+}
+
+int CriticalSectionEntries() {
+  return entries;
 }
 
 }  // namespace testsupport

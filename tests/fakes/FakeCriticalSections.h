@@ -15,4 +15,7 @@ class FakeCriticalSectionFactory : public CGenericCSFactory {
 // Whether the calling thread is inside any section that such a factory made.
 [[nodiscard]] bool InsideCriticalSection();
 
+// How often the calling thread has entered such a section.
+[[nodiscard]] int CriticalSectionEntries();
+
 }  // namespace testsupport

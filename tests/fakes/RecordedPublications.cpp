@@ -1,21 +1,32 @@
 #include "fakes/RecordedPublications.h"
 
 #include "SRLib/Publication.h"
+#include "fakes/CapturedTrace.h"
 #include "fakes/FakeCriticalSections.h"
+#include "fakes/FakeFactories.h"
 
 #include <mutex>
+#include <stdexcept>
+#include <utility>
 
 namespace testsupport {
 namespace {
 
 std::mutex mutex;
 std::vector<Publication> publications;
+bool failNext = false;
 
 }  // namespace
 
 void RecordedPublications::Clear() {
   const std::lock_guard lock(mutex);
   publications.clear();
+  failNext = false;
+}
+
+void RecordedPublications::FailNext() {
+  const std::lock_guard lock(mutex);
+  failNext = true;
 }
 
 std::vector<Publication> RecordedPublications::All() {
@@ -29,7 +40,10 @@ namespace ServiceRecords {
 
 void SetAllServiceRecordsToList(const StoreMap& stores) {
   const std::lock_guard lock(testsupport::mutex);
-  testsupport::publications.push_back({stores, testsupport::InsideCriticalSection()});
+  if (std::exchange(testsupport::failNext, false)) throw std::runtime_error("publication");
+  testsupport::publications.push_back({stores, testsupport::InsideCriticalSection(),
+                                       testsupport::UserConfiguration().Writes(),
+                                       testsupport::CapturedTrace::Records().size()});
 }
 
 }  // namespace ServiceRecords

@@ -10,6 +10,8 @@ namespace testsupport {
 struct Publication {
   ServiceRecords::StoreMap stores;
   bool insideCriticalSection = false;
+  int writesBefore = 0;  // to the user's configuration
+  std::size_t traceRecordsBefore = 0;
 };
 
 // All lists handed over since the last Clear, in order. Any thread.
@@ -17,6 +19,8 @@ class RecordedPublications {
  public:
   static void Clear();
   [[nodiscard]] static std::vector<Publication> All();
+  // The next publication throws std::runtime_error instead.
+  static void FailNext();
 };
 
 }  // namespace testsupport

@@ -46,6 +46,7 @@ HTTPAnswer StubHTTPRequestFactory::Take(const SentRequest& request) {
   if (answers.empty()) return {};
   HTTPAnswer answer = answers.front();
   answers.pop_front();
+  if (answer.meanwhile) answer.meanwhile();
   return answer;
 }
 

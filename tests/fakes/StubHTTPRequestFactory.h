@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -16,7 +17,8 @@ struct HTTPAnswer {
   std::int64_t status = 0;
   std::wstring body;
   std::wstring rawHeader;
-  std::wstring redirectedURL = {};  // where it comes from, behind redirects
+  std::wstring redirectedURL = {};            // where it comes from, behind redirects
+  std::function<void()> meanwhile = nullptr;  // done before it answers
 };
 
 struct SentRequest {

@@ -77,7 +77,8 @@ TEST_F(SavedStoresTest, EverythingComesBackFromTheFile) {
 }
 
 TEST_F(SavedStoresTest, WhicheverReadFailsTheListIsWholeOrNotRead) {
-  saved_.Save(Map({Store(L"one", L"https://s", {Gateway(L"GW", L"https://gw")})}));
+  StoreMap stores = Map({Store(L"one", L"https://s", {Gateway(L"GW", L"https://gw")})});
+  saved_.Save(stores);
   bool everythingWasRead = false;
   int failed = 0;
   for (int failing = 0; !everythingWasRead; ++failing) {
