@@ -123,7 +123,11 @@ TEST_F(ProviderSavingTest, ATryIsMadeUnderTheLockAndPublishesNothing) {
   provider_.SaveAllStores();
   UserConfiguration().FailWrites(false);
   Forget();
+  bool inside = true;
+  UserConfiguration().beforeWrite = [&] { inside = inside && InsideCriticalSection(); };
   LetTimePass(1);
+  UserConfiguration().beforeWrite = nullptr;
+  EXPECT_TRUE(inside);
   EXPECT_TRUE(WasSaved());
   EXPECT_TRUE(RecordedPublications::All().empty());
   EXPECT_FALSE(InsideCriticalSection());

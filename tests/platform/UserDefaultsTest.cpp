@@ -1,9 +1,12 @@
 #include "UserDefaults.h"
 #include "platform/EnvironmentVariable.h"
+#include "platform/FileSystemFaults.h"
 #include "platform/TestFiles.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 namespace {
 
@@ -65,6 +68,18 @@ TEST_F(UserDefaultsTest, ADamagedFileIsKeptBeside) {
   WriteFile(file_, "garbage");
   EXPECT_TRUE(defaults_.SetInteger("LogLevel", 1));
   EXPECT_EQ(ReadFile(file_.string() + ".damaged"), "garbage");
+}
+
+TEST_F(UserDefaultsTest, AFileThatCannotBeReadIsNotReplaced) {
+  WriteDefault("<string>old</string>");
+  const std::string before = ReadFile(file_);
+  {
+    testsupport::FileSystemFaults faults;
+    faults.read = [](int) { return EIO; };
+    EXPECT_EQ(defaults_.Integer("LogLevel"), 0);
+    EXPECT_FALSE(defaults_.SetInteger("LogLevel", 1));
+  }
+  EXPECT_EQ(ReadFile(file_), before);
 }
 
 TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenIsAFailure) {

@@ -17,8 +17,7 @@ namespace AtomicFile {
 // Whether the error of Read says that there is no file. Any other one says nothing about its content.
 [[nodiscard]] bool IsMissing(const std::error_code& error);
 
-// Gives the owner the right to read a regular file that is this user's own and lacks it. True when it was
-// given.
+// Gives the owner of a regular file the right to read it; false when that is not this user.
 [[nodiscard]] bool GiveRightToRead(const std::filesystem::path& file);
 
 // Replaces the file, mode 0600 when it is new and its old mode otherwise, by way of a temporary in the same
