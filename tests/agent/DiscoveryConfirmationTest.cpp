@@ -261,15 +261,6 @@ TEST_F(DiscoveryThroughTheGateway, OfTwoStoresOneCancellationIsEnough) {
   EXPECT_THAT(agent_.LogMessages(), Contains("...DS trust verification was canceled by user for store: s2"));
 }
 
-TEST_F(DiscoveryThroughTheGateway, TerminationEndsAnOpenLogOnQuestion) {
-  credentials_.WillHold();
-  agent_.Bus().StartServiceRecords("handleServiceRecordFTA", {FileOnly(Behind("s1"))});
-  credentials_.WaitUntilHeld();
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(agent_.Terminate(), 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
-}
-
 TEST_F(DiscoveryThroughTheGateway, LogOnsOfSeveralFilesAreAskedForAtOnceAndTerminationEndsThemAll) {
   credentials_.WillHold();
   for (const char* id : {"s1", "s2", "s3"}) {
