@@ -50,7 +50,7 @@ TEST(SendingForm, AnAddressThatLeadsElsewhereIsNotSent) {
        {"https://bank.example%2Fstores@evil.example/x", "https://me@h/p", "https://me:pw@h/p", "https://@h/p",
         "https://me:@h/p", "https://h?q=1", "https://h#part", "https://bank.example?@evil.example/",
         "https://bank.example#@evil.example/", "https://0x7f.1/", "https://2130706433/", "https://127.1/",
-        "https://[fe80::1%25eth0]/", "https://h:080/", "https://h:0443/"}) {
+        "https://[fe80::1%25eth0]/", "https://h:080/", "https://h:0443/", "https://h%/", "https://h%zz/"}) {
     EXPECT_EQ(FormOf(text).reading, Reading::Other) << text;
     EXPECT_EQ(FormOf(text).text, "") << text;
   }

@@ -75,11 +75,12 @@ bool IsSameHost(const std::string& one, const std::string& other) {
   return left.size() == right.size() && curl_strequal(left.c_str(), right.c_str()) != 0;
 }
 
-// Whether libcurl has read our scheme and port, this host and no user.
+// Whether libcurl has read our scheme and port, this host and no user. It would look up a percent sign that
+// is left in a host as "%25".
 bool ReadsSame(CURLU& url, const SplitURL& own, const std::string& host) {
   const bool hasUser = Part(url, CURLUPART_USER) || Part(url, CURLUPART_PASSWORD);
   const std::string port = own.port.empty() ? own.DefaultPort() : own.port;
-  return !hasUser && Part(url, CURLUPART_SCHEME) == own.protocol &&
+  return !hasUser && host.find('%') == std::string::npos && Part(url, CURLUPART_SCHEME) == own.protocol &&
          Part(url, CURLUPART_PORT, CURLU_DEFAULT_PORT) == port &&
          IsSameHost(Part(url, CURLUPART_HOST).value_or(""), host) && !Part(url, CURLUPART_ZONEID);
 }

@@ -151,7 +151,7 @@ MorvaneWardenStatus MorvaneWarden_CreateRequestContext(MorvaneWardenConnection* 
   }
   return Guarded([&] {
     if (!IsInitialized()) return MORVANE_WARDEN_NOT_INITIALIZED;
-    std::optional<Warden::Url> url = Warden::Url::Parse(util::narrow(storeUrl), "http");
+    std::optional<Warden::Url> url = Warden::Url::Parse(util::narrow(storeUrl));
     if (!url) return MORVANE_WARDEN_BAD_PARAMETER;
     WardenLog::Write(WardenLog::kProgress,
                      "Warden: " + connection->name + ": a request for " + url->authority);
@@ -228,7 +228,7 @@ MorvaneWardenStatus MorvaneWarden_SetAnsweringUrl(MorvaneWardenRequestContext* c
   if (context == nullptr || url == nullptr) return MORVANE_WARDEN_BAD_PARAMETER;
   return Guarded([&] {
     if (!context->request.IsPrepared()) return MORVANE_WARDEN_NOTHING_PREPARED;
-    std::optional<Warden::Url> answering = Warden::Url::Parse(util::narrow(url), "http");
+    std::optional<Warden::Url> answering = Warden::Url::Parse(util::narrow(url));
     const bool isReadable = answering.has_value();
     context->request.SetAnsweringUrl(std::move(answering));
     return isReadable ? MORVANE_WARDEN_OK : MORVANE_WARDEN_BAD_PARAMETER;

@@ -41,7 +41,7 @@ extern "C" {
 /* Results of the functions. */
 typedef enum MorvaneWardenStatus {
   MORVANE_WARDEN_OK = 0,
-  /* A null pointer, a URL that is neither http nor https, a number outside its range. Nothing has changed. */
+  /* A null pointer, a URL that nobody can be asked for, a number outside its range. Nothing has changed. */
   MORVANE_WARDEN_BAD_PARAMETER = 1,
   /* There was no MorvaneWarden_Initialize. */
   MORVANE_WARDEN_NOT_INITIALIZED = 2,
@@ -92,7 +92,7 @@ typedef enum MorvaneWardenGatewayMode {
 typedef struct MorvaneWardenRoute {
   /* May be empty or null; only for the log. */
   const wchar_t* GatewayName;
-  /* A URL without query; without a scheme it is https, and a '/' at its end does not matter. */
+  /* A URL without query; without a scheme it is http, and a '/' at its end does not matter. */
   const wchar_t* GatewayLocation;
   /* 0 standard, 1 advanced, 2 enterprise. */
   uint32_t Edition;

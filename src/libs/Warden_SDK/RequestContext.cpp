@@ -48,7 +48,7 @@ RequestContext::RequestContext(Url storeUrl, const CredentialProgram& program,
       authentication_(program) {}
 
 bool RequestContext::ForceRoute(const MorvaneWardenRoute& route) {
-  const std::optional<Url> gateway = Url::Parse(Narrow(route.GatewayLocation), "https");
+  const std::optional<Url> gateway = Url::Parse(Narrow(route.GatewayLocation));
   std::optional<Url> translated;
   if (gateway && IsInRange(route)) translated = ThroughGateway(*gateway, storeUrl_);
   if (!translated) {

@@ -6,20 +6,20 @@
 
 namespace Warden {
 
-// An http or https URL in UTF-8, taken apart. User information and the fragment are left out.
+// An address in UTF-8, read as everybody reads it (libs/Address). The fragment is left out.
 struct Url {
-  std::string scheme;     // lower case
-  std::string authority;  // host[:port] as written
+  std::string scheme;     // "http" or "https"
+  std::string host;       // as written
+  std::string authority;  // host[:port], the default port left out
   std::string target;     // path and query, from '/' on, ASCII without blanks
 
-  // `schemeWhenMissing` is taken for a text without "://". Nothing when it is no http or https URL, has no
-  // host or no valid port, or holds control characters.
-  [[nodiscard]] static std::optional<Url> Parse(std::string_view text, std::string_view schemeWhenMissing);
+  // Nothing when nobody could be asked for it: no URL, or one that leads to another server than it shows.
+  [[nodiscard]] static std::optional<Url> Parse(std::string_view text);
 
   [[nodiscard]] bool IsSecure() const { return scheme == "https"; }
-  // Without the port, and without the brackets of an IPv6 address.
+  // Without the brackets of an IPv6 address.
   [[nodiscard]] std::string Host() const;
-  // host[:port] in lower case, the default port left out: names the server in a credential's key.
+  // The authority in lower case: names the server in a credential's key.
   [[nodiscard]] std::string ServerKey() const;
 };
 
