@@ -55,6 +55,7 @@ TEST(SendingForm, AnAddressThatLeadsElsewhereIsNotSent) {
     EXPECT_EQ(FormOf(text).text, "") << text;
   }
   EXPECT_EQ(FormOf(std::string("https://store.example\0.evil.example/", 36)).reading, Reading::Other);
+  EXPECT_EQ(FormOf(std::string("https://h/a\0b", 13)).reading, Reading::Other);
 }
 
 // Their ASCII forms hold a slash, a colon, an at sign, a question mark, a percent sign.

@@ -1,6 +1,7 @@
 #include "libs/Wayfinder/BeaconAddress.h"
 
 #include "SRLib/TextHelpers.h"
+#include "libs/Address/SendingForm.h"
 #include "libs/UTF8Thread/UTF8Thread.h"
 #include "libs/Wayfinder/CurlHandles.h"
 
@@ -57,32 +58,27 @@ bool IsNumeric(const std::string& host) {
 }
 
 void DropWhatIsNeverSent(CURLU& url, bool secure) {
-  for (const CURLUPart part : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_FRAGMENT}) {
-    curl_url_set(&url, part, nullptr, 0);
-  }
+  curl_url_set(&url, CURLUPART_FRAGMENT, nullptr, 0);
   if (!secure) return;
   curl_url_set(&url, CURLUPART_PATH, nullptr, 0);
   curl_url_set(&url, CURLUPART_QUERY, nullptr, 0);
 }
 
 std::optional<BeaconURL> ParseURL(const std::string& text) {
-  const WFCurlUrlPtr given = Parse(text, CURLU_URLENCODE);
-  if (given == nullptr) return std::nullopt;
-  const std::string scheme = Part(*given, CURLUPART_SCHEME);
-  if (scheme != "http" && scheme != "https") return std::nullopt;
-  // An address that counts on one link alone: the answer's address would not tell which.
-  if (!Part(*given, CURLUPART_ZONEID).empty()) return std::nullopt;
-  DropWhatIsNeverSent(*given, scheme == "https");
-  const std::string ascii = util::AsciiLowerCased(Part(*given, CURLUPART_HOST, CURLU_PUNYCODE));
-  const std::string host = WithoutTrailingDots(ascii);
-  if (host.empty() || curl_url_set(given.get(), CURLUPART_HOST, host.c_str(), 0) != CURLUE_OK)
+  const Address::SplitURL own(text);
+  const Address::SendingForm form = FormForSending(own, own.WithoutPage() + "/" + own.page.value_or(""));
+  const WFCurlUrlPtr url = form.reading == Address::Reading::Same ? Parse(form.text, 0) : nullptr;
+  if (url == nullptr) return std::nullopt;
+  DropWhatIsNeverSent(*url, own.IsSecure());
+  const std::string host = WithoutTrailingDots(util::AsciiLowerCased(Part(*url, CURLUPART_HOST)));
+  if (host.empty() || curl_url_set(url.get(), CURLUPART_HOST, host.c_str(), 0) != CURLUE_OK)
     return std::nullopt;
-  BeaconURL url{.url = Part(*given, CURLUPART_URL),
-                .host = BareHost(*given),
-                .port = Part(*given, CURLUPART_PORT, CURLU_DEFAULT_PORT),
-                .secure = scheme == "https"};
-  if (url.url.empty() || url.host.empty()) return std::nullopt;
-  return url;
+  BeaconURL beacon{.url = Part(*url, CURLUPART_URL),
+                   .host = BareHost(*url),
+                   .port = Part(*url, CURLUPART_PORT, CURLU_DEFAULT_PORT),
+                   .secure = own.IsSecure()};
+  if (beacon.url.empty() || beacon.host.empty()) return std::nullopt;
+  return beacon;
 }
 
 // The authority of a URL for a host with an optional port; empty for any other text.
@@ -128,10 +124,6 @@ std::string HostOfReference(const std::string& reference, const std::string& bas
 }
 
 std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text) {
-  // The C interface below would read only the part before it.
-  if (text.find('\0') != std::string::npos) return std::nullopt;
-  const UTF8Thread utf8;
-  if (!IsText(text)) return std::nullopt;  // some releases of libcurl would leak such a host
   BeaconAddress address;
   for (const std::string& candidate : URLsOf(Trimmed(text))) {
     std::optional<BeaconURL> url = ParseURL(candidate);

@@ -6,7 +6,7 @@
 
 namespace Wayfinding {
 
-// One URL under which a beacon may answer, in ASCII, without credentials and fragment.
+// One URL under which a beacon may answer, in ASCII, without a fragment.
 struct BeaconURL {
   std::string url;
   std::string host;  // lower case, without a dot at its end; a numeric IPv6 address without its brackets
@@ -24,8 +24,10 @@ struct BeaconAddress {
   [[nodiscard]] std::string Key() const;
 };
 
-// Reads an http or https URL, or a host with an optional port (https, then http); UTF-8, white space around
-// it is dropped. Nothing for any other text, and for an IPv6 address with a zone. Any thread.
+// Reads a URL, whose scheme, host and port are those that all others read (libs/Address), or a host with an
+// optional port (https, then http); UTF-8, white space around it is dropped. Nothing for any other text, for
+// a URL that leads to another server than it shows or holds a user, and for an IPv6 address with a zone. Any
+// thread.
 [[nodiscard]] std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text);
 
 // The host, as in BeaconURL, of a URL of any scheme or of a reference relative to `baseURL`; empty when there
