@@ -83,6 +83,7 @@ TEST(SendingForm, WhatIsNoAddressIsNotSent) {
 TEST(SendingForm, TheReadingIsComparedWithTheOneThatWasShown) {
   EXPECT_EQ(FormForSending(SplitURL("https://bank.example/"), "https://evil.example/").reading,
             Reading::Other);
+  EXPECT_EQ(FormForSending(SplitURL("https://h/"), "https://me@h/").reading, Reading::Other);
   EXPECT_EQ(FormForSending(SplitURL("https://h/"), "http://h:443/").reading, Reading::Other);
   EXPECT_EQ(FormForSending(SplitURL("https://h/"), "https://h:444/").reading, Reading::Other);
   EXPECT_EQ(FormForSending(SplitURL("https://h/"), "https://h:443/a").reading, Reading::Same);

@@ -263,17 +263,20 @@ TEST(MacSRHTTPRequest, EndsABodyThatComesTooSlowly) {
 
 TEST(MacSRHTTPRequest, MeasuresNoBodyWhileItWaitsForTheNextHeader) {
   const milliseconds window(50);
-  const LoopbackListener slow;
-  std::thread slowServer([&slow, &window] {
-    const FileDescriptor connection(::accept(slow.socket.Get(), nullptr, nullptr));
-    std::this_thread::sleep_for(4 * window);
-    ::send(connection.Get(), kEmptyAnswer, std::string_view(kEmptyAnswer).size(), MSG_NOSIGNAL);
-  });
-  const RawServer server({"HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:" + std::to_string(slow.port) +
-                          "/\r\nContent-Length: 0\r\n\r\n"});
-  MacSRHTTPRequest request(server.Address() + L"/discovery", {.bodyWindow = window});
-  EXPECT_TRUE(request.SendHTTPRequest(L""));
-  slowServer.join();
+  for (const std::string interim : {"", "HTTP/1.1 103 Early Hints\r\n\r\n"}) {
+    const LoopbackListener slow;
+    std::thread slowServer([&slow, &window, &interim] {
+      const FileDescriptor connection(::accept(slow.socket.Get(), nullptr, nullptr));
+      ::send(connection.Get(), interim.data(), interim.size(), MSG_NOSIGNAL);
+      std::this_thread::sleep_for(4 * window);
+      ::send(connection.Get(), kEmptyAnswer, std::string_view(kEmptyAnswer).size(), MSG_NOSIGNAL);
+    });
+    const RawServer server({"HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:" + std::to_string(slow.port) +
+                            "/\r\nContent-Length: 0\r\n\r\n"});
+    MacSRHTTPRequest request(server.Address() + L"/discovery", {.bodyWindow = window});
+    EXPECT_TRUE(request.SendHTTPRequest(L""));
+    slowServer.join();
+  }
 }
 
 TEST(MacSRHTTPRequest, GivesTheHeaderLinesOfA401WhoseBodyIsLargerThanADocumentMayBe) {
@@ -430,6 +433,19 @@ TEST(MacSRHTTPRequest, TrustsServersOfTheSystemStoreOnly) {
     const WebServer untrusted(TrustedAuthority().TlsServerBlock(certificate, "location / { return 200 x; }"));
     MacSRHTTPRequest toUntrusted(URL(untrusted, "/discovery", "https"));
     ExpectNoResponse(toUntrusted);
+  }
+}
+
+// A resumed session would bring no chain to be trusted.
+TEST(MacSRHTTPRequest, FollowsARedirectOverAnotherConnectionToTheSameServer) {
+  for (const char* protocol : {"TLSv1.2", "TLSv1.3"}) {
+    const WebServer server(TrustedAuthority().TlsServerBlock(
+        "good",
+        "keepalive_timeout 0; ssl_session_cache builtin; location = /old { return 302 /new; } "
+        "location = /new { return 200 moved; } ssl_protocols " +
+            std::string(protocol) + ";"));
+    MacSRHTTPRequest request(URL(server, "/old", "https"));
+    EXPECT_TRUE(request.SendHTTPRequest(L"")) << protocol;
   }
 }
 

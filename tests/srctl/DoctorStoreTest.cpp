@@ -107,6 +107,15 @@ TEST_F(DoctorOfStores, ExplainsAServerThatDoesNotAnswer) {
   EXPECT_THAT(StoreLine(run, "location"), HasSubstr("LAN, this machine is in the store's network."));
 }
 
+TEST_F(DoctorOfStores, ExplainsAnAddressThatLeadsElsewhereThanItShows) {
+  StoreText store = WorkingStore("s1", "One");
+  store.url = "https://bank.example%2Fstores@127.0.0.1:1/s1";
+  GiveStores({store});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"),
+                "it is not contacted: the address can be read as another server's or holds a user name.",
+                "Ask your administrator for a corrected service record");
+}
+
 TEST_F(DoctorOfStores, NotesAServerWithoutTls) {
   const WebServer other(ServerBlock("", ""));
   const StoreText store = StoreAt(other.Address("http"));

@@ -54,7 +54,6 @@ bool CurlTransfer::Prepare(const std::string& url) {
 
 CURLcode CurlTransfer::Perform() {
   watch_ = TransferWatch(limits_, std::chrono::steady_clock::now());
-  headersOfRedirect_ = -1;
   return curl_easy_perform(Handle());
 }
 
