@@ -322,7 +322,7 @@ TEST_F(DialogModuleTest, ErrorBoxesThatCannotBeStartedTakeNoPlace) {
 
   for (int i = 0; i < 4; ++i) module_.EntryPoints().errorMessage(kDetails);
 
-  for (int i = 0; i < 4; ++i) EXPECT_NE(NextEvent(), "");
+  for (int i = 0; i < 4; ++i) ASSERT_NE(NextEvent(), "");
   EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
 }
 
