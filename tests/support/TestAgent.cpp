@@ -131,8 +131,10 @@ ChildProcess TestAgent::Run(const std::vector<std::string>& arguments, const Chi
   return ChildProcess(command, environment_, options);
 }
 
-void TestAgent::Start() {
-  agent_ = std::make_unique<ChildProcess>(Run());
+void TestAgent::Start(const std::vector<std::string>& environment) {
+  std::vector<std::string> merged = environment_;
+  merged.insert(merged.end(), environment.begin(), environment.end());
+  agent_ = std::make_unique<ChildProcess>(std::vector{(BundleFolder() / "ServiceRecords").string()}, merged);
   for (const char* name : {kBeacons, kServiceRecords}) {
     if (!client_->WaitUntilOwned(name, true)) throw std::runtime_error(std::string("nobody owns ") + name);
   }

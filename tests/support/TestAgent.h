@@ -29,8 +29,9 @@ class TestAgent {
 
   // Turns the trace log on for the next start.
   void EnableLog();
-  // Starts the agent as a child of the test and waits until both names are owned.
-  void Start();
+  // Starts the agent as a child of the test, with this added to the environment, and waits until both names
+  // are owned.
+  void Start(const std::vector<std::string>& environment = {});
   // Starts the agent's program with these arguments and this test's environment, and leaves it to the caller.
   [[nodiscard]] ChildProcess Run(const std::vector<std::string>& arguments = {},
                                  const ChildOptions& options = {});
@@ -58,6 +59,8 @@ class TestAgent {
   [[nodiscard]] std::vector<std::pair<std::string, PropertyList::Dictionary>> Dialogs();
   [[nodiscard]] std::vector<int> DialogProcesses();
 
+  // Where the scripted dialogs and the test's plug-ins note what happens to them.
+  [[nodiscard]] std::filesystem::path DialogsFolder() const { return root_.Path() / "dialogs"; }
   [[nodiscard]] std::filesystem::path Home() const { return root_.Path() / "home"; }
   [[nodiscard]] std::filesystem::path ConfigFolder() const { return Home() / ".config"; }
   [[nodiscard]] std::filesystem::path StoresFile() const {

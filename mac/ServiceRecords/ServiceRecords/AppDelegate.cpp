@@ -179,7 +179,7 @@ void AppDelegate::Finish(int status) {
   MorvaneWarden_CancelRequests();
   SetClientActivation(nullptr);
   WFSetLocationFunc(nullptr);
-  const bool allEnded = tasks_.WaitForAll(kTimeToFinish);
+  const bool allEnded = tasks_.Finish(kTimeToFinish);
   SayLastWords();
   if (!allEnded) ServiceRecords::SRProvider::WhileNotSaving([status] { ::_exit(status); });
   DistributedNotificationCenter::defaultCenter().Disconnect();

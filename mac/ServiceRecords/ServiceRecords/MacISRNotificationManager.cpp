@@ -1,5 +1,6 @@
 #include "MacISRNotificationManager.h"
 
+#include "BackgroundTasks.h"
 #include "Bundle.h"
 #include "SRLib/PropertyList/PropertyList.h"
 #include "SRLib/SRProvider.h"
@@ -53,6 +54,7 @@ std::int32_t MacIServiceRecordsNotifications::ShowTrustDialog(
                                    {"StoreURL", util::narrow(storeURL)}};
   PropertyList::Array gateways = GatewayDictionaries(defaultGateway, otherGateways);
   if (!gateways.empty()) details.Set("StoreGateways", std::move(gateways));
+  const BackgroundTasks::UserWait wait(BackgroundTasks::UserWait::End::InTurn);
   return AnswerOf(userInterface->addStore(PropertyList::Write(details).c_str()));
 }
 
@@ -65,6 +67,8 @@ std::int32_t MacIServiceRecordsNotifications::ShowStoreReplaceDialog(const std::
   const SRUIProtocol* userInterface = SRUIClass();
   if (userInterface == nullptr) return kDeclined;
   const PropertyList::Dictionary details{{"StoreName", util::narrow(storeName)}};
+  // Shown while the list is locked.
+  const BackgroundTasks::UserWait wait(BackgroundTasks::UserWait::End::AtOnce);
   return AnswerOf(userInterface->replaceStore(PropertyList::Write(details).c_str()));
 }
 

@@ -7,11 +7,12 @@
 #include "ServiceNames.h"
 
 #include <functional>
+#include <memory>
 #include <utility>
 
 namespace {
 
-// Posts the reply to the main loop however the handling ends.
+// Posts the reply to the main loop however the handling ends, and when it does not begin.
 class ReplyAtEnd {
  public:
   explicit ReplyAtEnd(std::function<void()> reply) : reply_(std::move(reply)) {}
@@ -121,15 +122,8 @@ int ServiceRecordsBusObject::HandleServiceRecordFTA(sd_bus_message* call, void* 
 void ServiceRecordsBusObject::HandleFileInBackground(sd_bus_message* call, const std::string& path) {
   const std::uint64_t number = nextCall_++;
   pendingCalls_.emplace(number, BusMessagePtr(sd_bus_message_ref(call)));
-  try {
-    tasks_.Start([this, number, path] {
-      const ReplyAtEnd reply([this, number] { Reply(number); });
-      service_.handleServiceRecordFTA(path);
-    });
-  } catch (...) {
-    pendingCalls_.erase(number);
-    throw;
-  }
+  const auto reply = std::make_shared<ReplyAtEnd>([this, number] { Reply(number); });
+  tasks_.Start([this, path, reply] { service_.handleServiceRecordFTA(path); });
 }
 
 void ServiceRecordsBusObject::Reply(std::uint64_t call) {

@@ -1,0 +1,79 @@
+#include "agent/AgentTest.h"
+
+#include <filesystem>
+#include <fstream>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+// A plug-in one of whose dialogs never returns, not even at termination.
+class HangingPlugIn : public AgentTest {
+ protected:
+  void StartWithHanging(const std::string& dialog) {
+    const auto module = agent_.BundleFolder() / "PlugIns/ServiceRecordUI.bundle/ServiceRecordUI.so";
+    std::filesystem::remove(module);
+    std::filesystem::copy_file(SR_HANGING_UI, module);
+    agent_.Start({"SR_TEST_HANGS=" + dialog});
+  }
+
+  [[nodiscard]] std::size_t Hanging() const {
+    std::error_code none;
+    const auto size = std::filesystem::file_size(agent_.DialogsFolder() / "hanging", none);
+    return none ? 0 : size;
+  }
+  [[nodiscard]] bool WaitForHanging(std::size_t count) {
+    return agent_.Bus().WaitUntil([&] { return Hanging() >= count; });
+  }
+};
+
+TEST_F(HangingPlugIn, InTheTrustDialogDoesNotKeepTheAgentFromItsEnd) {
+  StartWithHanging("addStore");
+  agent_.Bus().OpenFiles({agent_.URI(OpenableFile("a.cr", {Store("s1", "One")}))});
+  ASSERT_TRUE(WaitForHanging(1));
+  EXPECT_EQ(agent_.Terminate(), 0);
+}
+
+TEST_F(HangingPlugIn, InTheReplaceDialogDoesNotKeepTheAgentFromItsEnd) {
+  StartWithHanging("replaceStore");
+  Open(OpenableFile("a.cr", {Store("s1", "Old")}));
+  agent_.Bus().OpenFiles({agent_.URI(OpenableFile("b.cr", {Store("s1", "New")}))});
+  ASSERT_TRUE(WaitForHanging(1));
+  EXPECT_EQ(agent_.Terminate(), 0);
+  agent_.Start();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(HangingPlugIn, InTheReplaceDialogDoesNotKeepAMainThreadThatWaitsForTheListFromItsEnd) {
+  StartWithHanging("replaceStore");
+  Open(OpenableFile("a.cr", {Store("s1", "Old")}));
+  agent_.Bus().OpenFiles({agent_.URI(OpenableFile("b.cr", {Store("s1", "New")}))});
+  ASSERT_TRUE(WaitForHanging(1));
+  agent_.Bus().StartServiceRecords("allStores", {});
+  EXPECT_EQ(agent_.Terminate(), 0);
+  agent_.Start();
+  EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
+}
+
+TEST_F(HangingPlugIn, InAnErrorBoxOfTheMainThreadDoesNotKeepTheAgentFromItsEnd) {
+  StartWithHanging("errorMessage");
+  agent_.Bus().StartServiceRecords("handleDiscoveryDocument", {"this is no document"});
+  ASSERT_TRUE(WaitForHanging(1));
+  EXPECT_EQ(agent_.Terminate(), 0);
+}
+
+TEST_F(HangingPlugIn, HoldsSixtyFourThreadsAndNoMore) {
+  StartWithHanging("addStore");
+  const std::string uri = agent_.URI(OpenableFile("a.cr", {Store("s1", "One")}));
+  agent_.Bus().OpenFiles(std::vector<std::string>(80, uri));
+  const std::uint64_t call = agent_.Bus().StartServiceRecords("handleServiceRecordFTA",
+                                                              {OpenableFile("b.cr", {Store("s2", "Two")})});
+  ASSERT_TRUE(WaitForHanging(64));
+  EXPECT_THAT(StoreIDs(), IsEmpty()) << "the main loop goes on";
+  EXPECT_FALSE(agent_.Bus().WaitUntil([&] { return Hanging() > 64; }, std::chrono::milliseconds(200)));
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_NO_THROW(agent_.Bus().WaitForReply(call)) << "what has not begun is answered too";
+}
+
+}  // namespace
