@@ -71,6 +71,9 @@ TEST_F(OpenFile, StoresAreThereAgainAfterARestart) {
 }
 
 TEST_F(OpenFile, ADeclinedStoreChangesNothingAndIsNotAnnounced) {
+  int activations = 0;
+  agent_.Bus().OfferApplication("/com/morvane/quillon/velt", activations);
+  agent_.Bus().OwnName("com.morvane.quillon.velt");
   agent_.Answer("addStore", "declined");
   agent_.Start();
   Open(OpenableFile("a.cr", {Store("s1", "One")}));
@@ -78,6 +81,10 @@ TEST_F(OpenFile, ADeclinedStoreChangesNothingAndIsNotAnnounced) {
   EXPECT_EQ(CountNotifications(), 0U);
   EXPECT_FALSE(std::filesystem::exists(agent_.StoresFile()));
   ASSERT_EQ(agent_.Dialogs().size(), 1U) << "declining needs no error dialog";
+  // What the agent had to say to the client came before its end.
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", false));
+  EXPECT_EQ(activations, 0) << "the client stays where it is";
 }
 
 TEST_F(OpenFile, OfTwoStoresTheOneWithABadServerIsLeftOut) {

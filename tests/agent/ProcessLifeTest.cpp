@@ -172,12 +172,45 @@ TEST_F(ProcessLife, WithoutItsBusTheAgentEndsThoughADialogIsOpen) {
   EXPECT_EQ(agent_.WaitForEnd(), 1);
 }
 
-TEST_F(ProcessLife, ANameThatHasAnotherOwnerEndsTheAgentWithStatusOne) {
-  agent_.Bus().OwnName("com.morvane.ServiceRecords");
+class CheckIn : public ProcessLife, public testing::WithParamInterface<const char*> {
+ protected:
+  [[nodiscard]] std::string Failure(const std::string& reason) const {
+    return std::string("bootstrap_check_in() failed for service '") + GetParam() + "'. Error: " + reason +
+           "\n";
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(, CheckIn, testing::Values("com.morvane.Beacons", "com.morvane.ServiceRecords"),
+                         [](const auto& name) { return std::string(name.param).substr(12); });
+
+TEST_P(CheckIn, OfANameThatHasAnotherOwnerEndsTheAgentBeforeItOpensAnything) {
+  agent_.EnableLog();
+  agent_.Write("home/Library/Logs/ServiceRecord.log", "the owner's log\n");
+  agent_.Bus().OwnName(GetParam());
   auto agent = agent_.Run({}, {.captureErrors = true});
   EXPECT_EQ(agent.Wait(), 1);
-  EXPECT_THAT(agent.Output(),
-              HasSubstr("bootstrap_check_in() failed for service 'com.morvane.ServiceRecords'. Error: "));
+  EXPECT_THAT(agent.Output(), HasSubstr(Failure("the name has another owner")));
+  EXPECT_EQ(std::filesystem::file_size(agent_.LogFile()), 16U);
+  EXPECT_FALSE(std::filesystem::exists(agent_.LogFile().string() + "BUP"));
+  EXPECT_FALSE(std::filesystem::exists(agent_.StoresFile().parent_path()));
+}
+
+TEST_P(CheckIn, OfANameThatTheBusDeniesEndsTheAgentWithTheReason) {
+  agent_.DenyName(GetParam());
+  auto agent = agent_.Run({}, {.captureErrors = true});
+  EXPECT_EQ(agent.Wait(), 1);
+  EXPECT_THAT(agent.Output(), HasSubstr(Failure("Permission denied")));
+}
+
+TEST_F(ProcessLife, ASecondAgentLeavesTheLogToTheFirst) {
+  agent_.EnableLog();
+  agent_.Start();
+  EXPECT_EQ(agent_.Run().Wait(), 1);
+  Open("/nowhere/at/all.cr");
+  const std::vector<std::string> messages = agent_.LogMessages();
+  EXPECT_EQ(messages.front(), "Service Records Logging Active (v1.0.0)");
+  EXPECT_THAT(messages, testing::Contains("...Failed to read SR file."));
+  EXPECT_FALSE(std::filesystem::exists(agent_.LogFile().string() + "BUP"));
 }
 
 TEST_F(ProcessLife, WithoutALoggingPreferenceThereIsNoLogFile) {

@@ -109,15 +109,20 @@ void TestAgent::InstallCopy() {
   }
 }
 
-void TestAgent::WriteBusConfiguration() {
+void TestAgent::WriteBusConfiguration(const std::string& rules) {
   WriteFile(root_.Path() / "bus.conf",
             "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\""
             " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
             "<busconfig><type>session</type><listen>" +
                 address_ + "</listen><servicedir>" + (Prefix() / "share/dbus-1/services").string() +
                 "</servicedir><policy context=\"default\"><allow send_destination=\"*\" "
-                "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>"
-                "</policy></busconfig>\n");
+                "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>" +
+                rules + "</policy></busconfig>\n");
+}
+
+void TestAgent::DenyName(const std::string& name) {
+  WriteBusConfiguration("<deny own=\"" + name + "\"/>");
+  client_->Call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReloadConfig");
 }
 
 void TestAgent::EnableLog() {

@@ -41,6 +41,8 @@ class TestAgent {
   int Terminate();
   // Waits for the end of the started agent and returns its exit status.
   int WaitForEnd();
+  // From now on the bus gives this name to nobody.
+  void DenyName(const std::string& name);
   // Ends the session bus; there is no client of it afterwards.
   void EndBus();
   // Ends an agent that the bus started.
@@ -74,7 +76,8 @@ class TestAgent {
 
  private:
   void InstallCopy();
-  void WriteBusConfiguration();
+  // `rules`: further rules of the bus's policy.
+  void WriteBusConfiguration(const std::string& rules = {});
 
   TemporaryFolder root_;
   std::vector<std::string> environment_;

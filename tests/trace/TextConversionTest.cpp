@@ -1,4 +1,6 @@
 #include "SRLib/TextHelpers.h"
+#include "SRLib/Waiting.h"
+#include "TerminationEvent.h"
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/FileDescriptor/FileDescriptor.h"
 #include "support/TemporaryFolder.h"
@@ -11,6 +13,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -142,6 +146,21 @@ TEST(ReadUTF8File, ReadsNoMoreThanShowsThatAFileIsTooLarge) {
   std::wstring text;
   EXPECT_TRUE(util::ReadUTF8File((folder.Path() / "large").wstring(), text));
   EXPECT_EQ(text.size(), kMaximumDocumentBytes + 1);
+}
+
+TEST(WaitOneSecond, TakesASecond) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(util::WaitOneSecond());
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST(WaitOneSecondDeathTest, IsCutShortByTheEndOfTheProcess) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  const auto waitAtTheEnd = [] {
+    TerminationEvent::Request();
+    std::_Exit(util::WaitOneSecond() ? 1 : 0);
+  };
+  EXPECT_EXIT(waitAtTheEnd(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

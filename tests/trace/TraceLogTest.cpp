@@ -1,11 +1,14 @@
 #include "DbgTrace.h"
 #include "LogFileBuffer.h"
 #include "UserDefaults.h"
+#include "libs/FileDescriptor/FileDescriptor.h"
 #include "platform/FullDisk.h"
 #include "support/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <clocale>
@@ -229,11 +232,109 @@ TEST_F(TraceLog, LogAndBackupAreReadableByTheirOwnerOnlyUnderAnyUmask) {
     const std::string log = folder.Path() / "log";
     ::umask(mask);
     LogFileBuffer buffer;
-    ASSERT_TRUE(buffer.OpenTruncated(log));
-    LogFileBuffer::Copy(log, log + "BUP");
+    ASSERT_TRUE(buffer.OpenKeepingBackup(log));
+    ASSERT_TRUE(buffer.OpenKeepingBackup(log));
     EXPECT_EQ(std::filesystem::status(log).permissions(), perms::owner_read | perms::owner_write);
     EXPECT_EQ(std::filesystem::status(log + "BUP").permissions(), perms::owner_read | perms::owner_write);
   }
+}
+
+TEST_F(TraceLog, ALogAndABackupThatOthersCouldReadAreNarrowed) {
+  using std::filesystem::perms;
+  for (const auto& file : {Log(), Backup()}) {
+    std::ofstream(file) << "old\n";
+    std::filesystem::permissions(file, perms::owner_all | perms::group_all | perms::others_all);
+  }
+  SetLogLevel(1);
+  EXPECT_EQ(std::filesystem::status(Log()).permissions(), perms::owner_read | perms::owner_write);
+  EXPECT_EQ(std::filesystem::status(Backup()).permissions(), perms::owner_read | perms::owner_write);
+}
+
+TEST_F(TraceLog, OfLongerOldFilesNothingIsLeft) {
+  std::ofstream(Log()) << std::string(10000, 'x') << "\n";
+  std::ofstream(Backup()) << std::string(20000, 'y') << "\n";
+  SetLogLevel(1);
+  EXPECT_EQ(Content(Backup()), std::string(10000, 'x') + "\n");
+  EXPECT_EQ(Lines().size(), 4U);
+  EXPECT_THAT(Content(Log()), testing::Not(testing::HasSubstr("x")));
+}
+
+TEST_F(TraceLog, WhatAnotherProcessWritesIsLeftToIt) {
+  const std::string content = "the other one's log\n";
+  std::ofstream(Log()) << content;
+  const FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
+  ASSERT_EQ(::flock(other.Get(), LOCK_EX | LOCK_NB), 0);
+  SetLogLevel(1);
+  SR_TRACE(2) << "a failure";
+  EXPECT_EQ(Content(Log()), content);
+  EXPECT_FALSE(std::filesystem::exists(Backup()));
+}
+
+TEST_F(TraceLog, TheLogIsHeldForAsLongAsItMayBeWritten) {
+  SetLogLevel(1);
+  SetLogLevel(0);
+  const FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
+  EXPECT_NE(::flock(other.Get(), LOCK_EX | LOCK_NB), 0);
+}
+
+TEST_F(TraceLog, ALinkInThePlaceOfALogOrABackupIsNotFollowed) {
+  const auto target = folder_.Path() / "target";
+  std::ofstream(target) << "the user's\n";
+  std::filesystem::create_symlink(target, Backup());
+  std::ofstream(Log()) << "old log\n";
+  SetLogLevel(1);
+  EXPECT_EQ(Content(target), "the user's\n");
+  SetLogLevel(0);
+  std::filesystem::remove(Log());
+  std::filesystem::create_symlink(target, Log());
+  trace::NoTraceOption = false;
+  trace::InitLog("ServiceRecord.log");
+  EXPECT_EQ(Content(target), "the user's\n");
+}
+
+TEST_F(TraceLog, ALogThatSomebodyEmptiesGoesOnAtItsStart) {
+  SetLogLevel(1);
+  std::filesystem::resize_file(Log(), 0);
+  SR_TRACE(0) << "next";
+  EXPECT_THAT(Content(Log()), testing::StartsWith("["));
+  EXPECT_EQ(Messages(), std::vector<std::string>{"next"});
+}
+
+TEST_F(TraceLog, AtSixtyFourMebibytesTheLogBecomesTheBackupAndBeginsAnew) {
+  constexpr std::uintmax_t kMaximum = std::uintmax_t{64} << 20;
+  std::ofstream(Log()) << "old log\n";
+  SetLogLevel(1);
+  std::filesystem::resize_file(Log(), kMaximum - 1000);
+  SR_TRACE(0) << "fits";
+  EXPECT_EQ(Content(Backup()), "old log\n");
+  const auto inner = [] {
+    SR_TRACE(0) << std::string(1000, 'z');
+    return "is whole";
+  };
+  SR_TRACE(0) << "the last record " << inner();
+  SR_TRACE(0) << "the first record";
+
+  EXPECT_GE(std::filesystem::file_size(Backup()), kMaximum);
+  std::ifstream backup(Backup());
+  backup.seekg(-11, std::ios::end);
+  const std::string end{std::istreambuf_iterator<char>(backup), {}};
+  EXPECT_EQ(end, "z\nis whole\n");
+  const auto messages = Messages();
+  ASSERT_EQ(messages.size(), 4U);
+  EXPECT_THAT(messages[1], testing::StartsWith(" === Morvane Quillon logging started "));
+  EXPECT_EQ(messages[3], "the first record");
+  const FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
+  EXPECT_NE(::flock(other.Get(), LOCK_EX | LOCK_NB), 0) << "it has its owner again";
+}
+
+TEST_F(TraceLog, AFullLogThatCannotBeRenamedBeginsAnewAllTheSame) {
+  SetLogLevel(1);
+  std::filesystem::create_directory(Backup());
+  std::ofstream(Backup() / "file") << "x";
+  std::filesystem::resize_file(Log(), std::uintmax_t{64} << 20);
+  SR_TRACE(0) << "the last record";
+  SR_TRACE(0) << "the first record";
+  EXPECT_EQ(Messages().size(), 4U);
 }
 
 TEST_F(TraceLog, APipeInTheLogsPlaceHoldsNobody) {
@@ -289,6 +390,49 @@ TEST_F(TraceLog, TheConsoleTakesTheLogWhereItIsAskedFor) {
   EXPECT_THAT(console, testing::HasSubstr("]  Stör\n"));
   EXPECT_FALSE(std::filesystem::exists(Log()));
   trace::ConsoleOption = false;
+}
+
+// The console is attached on the way, and the file wins.
+TEST_F(TraceLog, SwitchedOnAgainTheFileTakesTheLogThoughTheConsoleIsAskedFor) {
+  SetLogLevel(1);
+  trace::ConsoleOption = true;
+  testing::internal::CaptureStderr();
+  trace::Enable(false);
+  trace::Enable(true);
+  SR_TRACE(0) << "into the file";
+  trace::ConsoleOption = false;
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(Messages().back(), "into the file");
+}
+
+TEST_F(TraceLog, EveryRecordLeavesItsLevelWithTheStream) {
+  SetLogLevel(1);
+  const auto level = [] { return trace::wdbg.iword(trace::GetLevelIndex()); };
+  for (const std::uint32_t value : {2U, 0U, 3U}) {
+    SR_TRACE(value) << "record";
+    EXPECT_EQ(level(), static_cast<long>(value));
+    trace::wdbg.iword(trace::GetLevelIndex()) = -1;
+    CSRLog(value, "record");
+    EXPECT_EQ(level(), static_cast<long>(value));
+  }
+  SR_TRACE(2) << "record";
+  ServiceRecordWFLogFunc("the location library's are progress");
+  EXPECT_EQ(level(), 0);
+}
+
+TEST_F(TraceLog, WithoutTheVerboseOptionOnlyFailuresAreWritten) {
+  SetLogLevel(1);
+  trace::VerboseOption = false;
+  SR_TRACE(2) << "failure";
+  CSRLog(0, "progress");
+  SR_TRACE(0) << "more progress";
+  EXPECT_FALSE(trace::IsEnabled());
+  CSRLog(1, "warning");
+  EXPECT_TRUE(trace::IsEnabled());
+  const auto messages = Messages();
+  EXPECT_EQ(messages[messages.size() - 2], "failure");
+  EXPECT_EQ(messages.back(), "warning");
+  trace::VerboseOption = true;
 }
 
 TEST_F(TraceLog, WithoutAHomeThePathStartsAtTheRoot) {

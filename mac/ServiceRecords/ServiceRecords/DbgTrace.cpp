@@ -20,6 +20,8 @@
 namespace trace {
 namespace {
 
+constexpr std::uint64_t kMaximumLogBytes = std::uint64_t{64} << 20;
+
 // Accepts every character and writes nothing.
 class nul_buff : public std::wstreambuf {
  protected:
@@ -30,7 +32,9 @@ class nul_buff : public std::wstreambuf {
 LogFileBuffer& g_wBuff = *new LogFileBuffer;
 nul_buff& g_NullBuff = *new nul_buff;
 
+std::string& g_logPath = *new std::string;
 bool g_logWasOpened = false;
+int g_openRecords = 0;  // a piece of a record may write one in turn
 
 std::string GetCurrentTime() {
   const auto now = std::chrono::system_clock::now();
@@ -59,6 +63,19 @@ void Attach(std::wstreambuf& target) {
   wdbg.flush();
   wdbg.rdbuf(&target);
   wdbg.clear();
+}
+
+void WriteBanner() {
+  wdbg << std::endl;
+  wdbg << std::string_view(" === Morvane Quillon logging started " + GetCurrentTime() + " ===") << std::endl;
+  wdbg << std::endl;
+}
+
+// Called between two records.
+void KeepLogBounded() {
+  if (wdbg.rdbuf() != &g_wBuff || g_wBuff.Size() < kMaximumLogBytes) return;
+  g_wBuff.BeginAnew(g_logPath);
+  WriteBanner();
 }
 
 // Without a home the path starts at the root.
@@ -130,7 +147,9 @@ std::wostream& operator<<(std::wostream& stream, const location& where) {
 Statement::Statement(std::uint32_t traceLevel, const char* file, std::int32_t line) : lock_(wdbgMutex) {
   level{traceLevel}.set(wdbg);
   listens_ = IsEnabled();
-  if (listens_) wdbg << location{util::widen(file), line};
+  if (!listens_) return;
+  ++g_openRecords;
+  wdbg << location{util::widen(file), line};
 }
 
 Statement::~Statement() {
@@ -138,8 +157,10 @@ Statement::~Statement() {
 }
 
 void Statement::End() {
-  if (listens_) wdbg << std::endl;
+  if (!listens_) return;
   listens_ = false;
+  wdbg << std::endl;
+  if (--g_openRecords == 0) KeepLogBounded();
 }
 
 Statement& Statement::operator<<(std::string_view utf8) {
@@ -163,15 +184,13 @@ void InitLog(const std::string& fileName) {
     wdbg.rdbuf(&ConsoleChannel());
   } else {
     static_cast<void>(StandardDirectories::CreateDirectories(LogFolder()));
-    LogFileBuffer::Copy(path, path + "BUP");
-    g_wBuff.OpenTruncated(path);
+    g_logPath = path;
+    g_wBuff.OpenKeepingBackup(path);
     wdbg.rdbuf(&g_wBuff);  // also when an earlier record has led the stream elsewhere, or found it closed
   }
   wdbg.copyfmt(std::wcout);
   wdbg.setf(std::ios::unitbuf);
-  wdbg << std::endl;
-  wdbg << std::string_view(" === Morvane Quillon logging started " + GetCurrentTime() + " ===") << std::endl;
-  wdbg << std::endl;
+  WriteBanner();
 }
 
 }  // namespace trace

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "libs/FileDescriptor/FileDescriptor.h"
+
+#include <cstdint>
 #include <streambuf>
 #include <string>
 
@@ -8,19 +11,19 @@
 class LogFileBuffer : public std::wstreambuf {
  public:
   LogFileBuffer() = default;
-  ~LogFileBuffer() override;
-  LogFileBuffer(const LogFileBuffer&) = delete;
-  LogFileBuffer& operator=(const LogFileBuffer&) = delete;
 
-  // Opens the file, mode 0600 when it is new, and empties it. False, and the buffer closed, for anything but
-  // a regular file.
-  bool OpenTruncated(const std::string& path);
+  // Opens the file for appending, as its only writer; what it held before is kept with "BUP" appended to its
+  // name. False, and the buffer closed, when another process writes the file, and for anything but a regular
+  // file of one's own, such as a link.
+  bool OpenKeepingBackup(const std::string& path);
+  // The same with an empty file in the place of the one that is being written, which becomes the backup. Also
+  // empty when it cannot be renamed.
+  bool BeginAnew(const std::string& path);
   // Writes to standard error.
   bool OpenStandardError();
-  void Close();
 
-  // Copies a regular file byte for byte; nothing happens when it cannot be read.
-  static void Copy(const std::string& from, const std::string& to);
+  // How many bytes the file holds.
+  [[nodiscard]] std::uint64_t Size() const;
 
  protected:
   int_type overflow(int_type character) override;
@@ -28,7 +31,10 @@ class LogFileBuffer : public std::wstreambuf {
   int sync() override;
 
  private:
-  int file_ = -1;
+  void Take(FileDescriptor file);
+  bool Empty();
+
+  FileDescriptor file_;
   std::string pending_;
   bool lineIsTorn_ = false;  // a write failed in the middle of a line
 };

@@ -1,5 +1,7 @@
 #include "SRLib/SystemLog.h"
 
+#include "libs/LogText/LogText.h"
+
 #include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -26,7 +28,7 @@ void Error(const std::string& line) {
     return true;
   }();
   static_cast<void>(opened);
-  ::syslog(LOG_ERR, "%s", line.c_str());
+  ::syslog(LOG_ERR, "%s", LogText::Line(line).c_str());
 }
 
 }  // namespace SystemLog

@@ -1,6 +1,7 @@
 #include "WardenLog.h"
 
 #include "SRLib/TextHelpers.h"
+#include "libs/LogText/LogText.h"
 
 #include <atomic>
 
@@ -17,7 +18,7 @@ void SetFunction(MorvaneWardenLogFunction function) {
 
 void Write(int level, std::string_view message) {
   const MorvaneWardenLogFunction function = g_function;
-  if (function != nullptr) function(level, util::widen(message).c_str());
+  if (function != nullptr) function(level, util::widen(LogText::Line(message)).c_str());
 }
 
 }  // namespace WardenLog

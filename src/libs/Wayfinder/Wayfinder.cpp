@@ -1,5 +1,6 @@
 #include "libs/Wayfinder/Wayfinder.h"
 
+#include "libs/LogText/LogText.h"
 #include "libs/Wayfinder/LocationService.h"
 #include "libs/Wayfinder/TlsTrust.h"
 
@@ -12,7 +13,7 @@ constinit std::atomic<WFLogFunc> g_logFunction = nullptr;
 constinit std::atomic<WFLocationFunc> g_locationFunction = nullptr;
 
 void Log(const std::string& message) {
-  if (const WFLogFunc log = g_logFunction; log != nullptr) log(message.c_str());
+  if (const WFLogFunc log = g_logFunction; log != nullptr) log(LogText::Line(message).c_str());
 }
 
 void GiveOut(const std::string& storeURL, Wayfinding::NetworkLocation location) {
