@@ -2,6 +2,7 @@
 #include "support/LoopbackListener.h"
 
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -16,6 +17,22 @@ namespace {
 class ProcessLife : public AgentTest {
  protected:
   [[nodiscard]] std::string Program() const { return (agent_.BundleFolder() / "ServiceRecords").string(); }
+
+  static std::string Content(const std::filesystem::path& file) {
+    std::ifstream stream(file);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+
+  // The names of the agent's threads that are not its own.
+  [[nodiscard]] std::vector<std::string> ForeignThreads() const {
+    std::vector<std::string> names;
+    for (const auto& thread :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(agent_.Pid()) + "/task")) {
+      const std::string name = Content(thread.path() / "comm");
+      if (name != "ServiceRecords\n") names.push_back(name);
+    }
+    return names;
+  }
 
   // Before its first instruction a program can only be killed by a signal, or have it kept back.
   [[nodiscard]] testsupport::ChildProcess RunWithTerminationBlocked() {
@@ -250,6 +267,43 @@ TEST_F(ProcessLife, AClientThatDoesNotRunIsLaunched) {
   agent_.Start();
   Open(OpenableFile("a.cr", {Store("s1", "One")}));
   EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return std::filesystem::exists(launched); }));
+}
+
+TEST_F(ProcessLife, NothingOfALaunchStaysWithTheAgentOrIsInheritedByTheClient) {
+  const auto report = agent_.Home() / "report";
+  const std::string draft = report.string() + ".new";
+  const auto script = agent_.Write(
+      "client",
+      "#!/bin/sh\nexec >" + draft +
+          "\npwd; cut -d' ' -f6 /proc/$$/stat; sed -n 's/^Sig\\(Blk\\|Ign\\):\\s*//p' /proc/$$/status\n"
+          "ls /proc/$$/fd | tr '\\n' ' '; echo; cat /proc/$$/limits; mv " +
+          draft + " " + report.string() + "\n");
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
+               "[Desktop Entry]\nType=Application\nName=Client\nExec=" + script.string() + "\n");
+  agent_.Start();
+  const std::string agent = "/proc/" + std::to_string(agent_.Pid()) + "/";
+  const std::string limits = Content(agent + "limits");
+  const std::vector<std::string> threads = ForeignThreads();
+  Open(OpenableFile("a.cr", {Store("s1", "One")}));
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return std::filesystem::exists(report); }));
+
+  std::ifstream lines(report);
+  std::vector<std::string> head(5);
+  for (std::string& line : head) std::getline(lines, line);
+  EXPECT_EQ(head[0], agent_.Home().string());
+  EXPECT_NE(head[1], std::to_string(::getsid(agent_.Pid())));
+  constexpr unsigned long long kOrdinarySignals = 0x7FFFFFFF;  // not those of the C library
+  EXPECT_EQ(std::stoull(head[2], nullptr, 16) & kOrdinarySignals, 0U) << "blocked";
+  EXPECT_EQ(std::stoull(head[3], nullptr, 16) & kOrdinarySignals, 0U) << "ignored";
+  EXPECT_THAT(head[4], testing::AnyOf("0 1 10 2 ", "0 1 2 255 ")) << "with the script's own";
+  EXPECT_EQ((std::string{std::istreambuf_iterator<char>(lines), {}}), limits);
+
+  EXPECT_EQ(Content(agent + "limits"), limits);
+  EXPECT_EQ(std::filesystem::read_symlink(agent + "cwd"), agent_.BundleFolder() / "Resources");
+  EXPECT_EQ(ForeignThreads(), threads);
+  const std::string children = agent + "task/" + std::to_string(agent_.Pid()) + "/children";
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return Content(children).empty(); })) << "all have been reaped";
 }
 
 TEST_F(ProcessLife, TheAgentTakesTheAssociationBackFromAnotherHandler) {

@@ -1,10 +1,14 @@
 #include "ClientApplication.h"
 
+#include "Bundle.h"
 #include "BusObject.h"
-#include "DesktopIntegration.h"
 #include "ServiceNames.h"
 
+#include <sys/epoll.h>
+
 #include <algorithm>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -18,7 +22,7 @@ std::string ObjectPath(std::string identifier) {
 
 void ClientApplication::BringForward() {
   if (!NameHasOwner(bus_, kIdentifier)) {
-    DesktopIntegration::LaunchApplication(kIdentifier);
+    Launch();
     return;
   }
   sd_bus_message* message = nullptr;
@@ -29,4 +33,23 @@ void ClientApplication::BringForward() {
   const BusMessagePtr call(message);
   sd_bus_message_set_auto_start(message, 0);
   if (sd_bus_message_append(message, "a{sv}", 0) >= 0) sd_bus_send(&bus_, message, nullptr);
+}
+
+// By a program that lies beside the agent, so that nothing of the launch stays here.
+void ClientApplication::Launch() {
+  if (launch_) return;
+  auto program = HelperProcess::Start(Bundle::Main().Path() / "servicerecord-launch", {kIdentifier});
+  if (!program) return;
+  launch_.emplace(std::move(*program));
+  sd_event_source* source = nullptr;
+  sd_event_add_io(sd_bus_get_event(&bus_), &source, launch_->Ended(), EPOLLIN, HandleLaunched, this);
+  launchEnd_.reset(source);
+}
+
+int ClientApplication::HandleLaunched(sd_event_source* /*source*/, int /*descriptor*/,
+                                      std::uint32_t /*events*/, void* self) {
+  auto& client = *static_cast<ClientApplication*>(self);
+  client.launchEnd_.reset();
+  client.launch_.reset();
+  return 0;
 }

@@ -1,19 +1,27 @@
 #pragma once
 
+#include "HelperProcess.h"
 #include "SdBus.h"
 
-#include <string>
+#include <cstdint>
+#include <optional>
 
-// The main client application.
+// The main client application. Main thread.
 class ClientApplication {
  public:
   static constexpr char kIdentifier[] = "com.morvane.quillon.velt";
 
+  // The connection is served by an event loop.
   explicit ClientApplication(sd_bus& bus) : bus_(bus) {}
 
-  // Brings the client forward when it runs, otherwise launches it; does not wait for it. Main thread.
+  // Brings the client forward when it runs, otherwise launches it; does not wait for it.
   void BringForward();
 
  private:
+  void Launch();
+  static int HandleLaunched(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+
   sd_bus& bus_;
+  std::optional<HelperProcess> launch_;  // while it goes on
+  EventSourcePtr launchEnd_;
 };

@@ -20,6 +20,7 @@ struct MemoryDeleter {
   void operator()(gchar* memory) const { g_free(memory); }
 };
 using AppInfoPtr = std::unique_ptr<GAppInfo, ObjectDeleter>;
+using BusPtr = std::unique_ptr<GDBusConnection, ObjectDeleter>;
 using TextPtr = std::unique_ptr<gchar, MemoryDeleter>;
 
 std::string DesktopEntry(const std::string& identifier) {
@@ -50,7 +51,11 @@ bool BecomeDefaultHandler(const std::string& suffix) {
 
 bool LaunchApplication(const std::string& identifier) {
   const AppInfoPtr application = FindApplication(identifier);
-  return application != nullptr && g_app_info_launch(application.get(), nullptr, nullptr, nullptr) == TRUE;
+  if (application == nullptr) return false;
+  const BusPtr bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  if (g_app_info_launch(application.get(), nullptr, nullptr, nullptr) != TRUE) return false;
+  // An application that the bus activates is launched once the message has gone out.
+  return bus == nullptr || g_dbus_connection_flush_sync(bus.get(), nullptr, nullptr) == TRUE;
 }
 
 std::optional<std::string> LocalPath(const std::string& uri) {

@@ -12,8 +12,8 @@ namespace DesktopIntegration {
 [[nodiscard]] bool BecomeDefaultHandler(const std::string& suffix);
 
 // Launches the application with this identifier by its desktop entry, without waiting for it. False when
-// there is no such entry or it cannot be started.
-bool LaunchApplication(const std::string& identifier);
+// there is no such entry or it cannot be started. Leaves threads of the desktop's library behind.
+[[nodiscard]] bool LaunchApplication(const std::string& identifier);
 
 // The local path of a file URI, as bytes of the file system; nothing for any other URI, and for a file of
 // another host than this one, which is no host or "localhost".
