@@ -14,7 +14,7 @@ class HangingPlugIn : public AgentTest {
   void StartWithHanging(const std::string& dialog) {
     const auto module = agent_.BundleFolder() / "PlugIns/ServiceRecordUI.bundle/ServiceRecordUI.so";
     std::filesystem::remove(module);
-    std::filesystem::copy_file(SR_HANGING_UI, module);
+    std::filesystem::copy_file(SR_STAGE_DIR "/../tests/ui/HangingUI.so", module);
     agent_.Start({"SR_TEST_HANGS=" + dialog});
   }
 
