@@ -4,13 +4,18 @@
 #include "SRLib/SystemLog.h"
 #include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
+#include "libs/Address/SendingForm.h"
 
 namespace ServiceRecords {
 namespace {
 
-// Scheme, host and port.
+// Scheme, host and port as requests read them; as they stand where no request would be sent.
 std::string Server(const std::wstring& url) {
-  return util::AsciiLowerCased(Gen_URL(util::narrow(url)).GetPagelessURL());
+  Gen_URL address(util::narrow(url));
+  const Address::SendingForm form = Address::FormForSending(address.GetSplitURL(), address.GetURL());
+  Address::SplitURL server = form.text.empty() ? address.GetSplitURL() : Address::SplitURL(form.text);
+  if (server.port.empty()) server.port = server.DefaultPort();
+  return util::AsciiLowerCased(server.WithoutPage());
 }
 
 // Which stores the server of one address speaks for.

@@ -1,5 +1,7 @@
 #include "SRLib/SRDocParser.h"
 
+#include "SRLib/StoreBounds.h"
+#include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/DomLib/XercesUtils.h"
@@ -34,6 +36,26 @@ std::vector<const DOMElement*> ItemsOfFirst(const DOMElement& element, const cha
        next = NextDescendant(*first, name, next))
     items.push_back(next);
   return items;
+}
+
+bool HasReadableLength(const std::wstring& text, const char* what) {
+  if (text.size() <= kMaximumTextCharacters) return true;
+  SR_TRACE(2) << "SR XML Parsing error: " << what << " has more than "
+              << std::to_string(kMaximumTextCharacters) << " characters.";
+  return false;
+}
+
+bool CannotBeKey(wchar_t character) {
+  const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
+  return character == L'\\' || isSurrogate || util::IsControl(character) || util::IsNoncharacter(character);
+}
+
+// Ids and gateway names are keys of the configuration, where a backslash separates, and of calls on the bus;
+// one that changed on its way there would reach its neighbour.
+bool IsReadableKey(const std::wstring& text, const char* what) {
+  if (std::none_of(text.begin(), text.end(), CannotBeKey)) return HasReadableLength(text, what);
+  SR_TRACE(2) << "SR XML Parsing error: " << what << " holds a backslash or a character that is no text.";
+  return false;
 }
 
 std::wstring UpperCase(std::wstring text) {
@@ -156,6 +178,10 @@ bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
     SR_TRACE(2) << "SR XML Parsing error: required service element is missing.";
     return false;
   }
+  if (!IsReadableKey(id, "a service's id") || !HasReadableLength(name, "a service's name") ||
+      !HasReadableLength(address, "a service's address")) {
+    return false;
+  }
   store.SetStoreID(id);
   store.SetStoreName(name);
   store.SetStoreURL(address);
@@ -176,6 +202,8 @@ bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
       SR_TRACE(2) << "SR XML Parsing error: required gateway attribute is missing.";
       return false;
     }
+    if (!IsReadableKey(name, "a gateway's name") || !HasReadableLength(location, "a gateway's address"))
+      return false;
     SRGateway gateway;
     gateway.SetName(name);
     gateway.SetAuthentication(GatewayAuthFromString(authentication));
@@ -203,6 +231,7 @@ bool SRDocParser::DeserializeBeacons(DOMElement& service, SRStore& store, Beacon
       SR_TRACE(0) << "SR XML Parsing warning: empty beacon address";
       continue;
     }
+    if (!HasReadableLength(location, "a beacon's address")) return false;
     SRBeacon beacon;
     beacon.SetLocation(location);
     store.AddBeacon(beacon, type);

@@ -16,6 +16,17 @@ namespace util {
 // Whether the bytes are valid UTF-8 throughout.
 [[nodiscard]] bool IsUTF8(std::string_view bytes);
 
+// Whether Unicode keeps the code point for a program's own use; the bus takes no text with one.
+[[nodiscard]] constexpr bool IsNoncharacter(wchar_t character) {
+  return (character >= 0xFDD0 && character <= 0xFDEF) || (character & 0xFFFE) == 0xFFFE;
+}
+
+// Control characters, those from 0x7F on included; tabs and the ends of lines are white space.
+[[nodiscard]] constexpr bool IsControl(wchar_t character) {
+  const bool isSpace = character == L'\t' || character == L'\n' || character == L'\r';
+  return !isSpace && (character < 0x20 || (character >= 0x7F && character < 0xA0));
+}
+
 // The part of the text between the blanks and newlines at its ends.
 [[nodiscard]] constexpr std::string_view Trimmed(std::string_view text) {
   constexpr std::string_view kBlanksAndNewlines = " \t\r\n";

@@ -1,6 +1,7 @@
 #include "agent/AgentTest.h"
 #include "agent/InterfaceDescription.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -74,6 +75,16 @@ TEST_F(ServiceCalls, ADefaultGatewayThatCannotBeSetIsRefused) {
                                      "[-] MrvServiceRecordsSvr::setDefaultGatewayForStoreIDTo (0)"}));
 }
 
+TEST_F(ServiceCalls, AnEmptyGatewayNameIsRefusedEvenWhenAGatewayHasIt) {
+  auto store = Store("s1", "One");
+  store.gateways = {{.name = "", .location = "https://localhost/1"},
+                    {.name = "GW", .location = "https://localhost/2", .isDefault = true}};
+  Discover({store});
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"s1", ""}), false);
+  EXPECT_EQ(Call("setDefaultGatewayForStoreURLTo", {store.url, ""}), false);
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {store.url})["GatewayName"], "GW");
+}
+
 TEST_F(ServiceCalls, ADeletedStoreIsGoneFromTheListAndTheFile) {
   Discover({Store("s1", "One"), Store("s2", "Two")});
   EXPECT_EQ(Call("deleteStore", {"s1"}), true);
@@ -103,6 +114,25 @@ TEST_F(ServiceCalls, TheSameDiscoveryDocumentIsAppliedTwiceAndAnnouncedOnce) {
   EXPECT_EQ(CountNotifications(), 1U);
 }
 
+TEST_F(ServiceCalls, ADiscoveryDocumentThatFailedIsAnnouncedWhenItIsTakenLater) {
+  std::string gateways;
+  for (int i = 0; i < 499; ++i) gateways += "<key>G" + std::to_string(i) + "</key><dict/>";
+  agent_.Terminate();
+  agent_.Write(
+      "home/.config/Morvane/ServiceRecords.plist",
+      "<plist><dict><key>SR</key><dict><key>Store</key><dict><key>full</key><dict><key>Gateways</key><dict>" +
+          gateways + "</dict></dict></dict></dict></dict></plist>");
+  agent_.Start();
+  const auto store = Store("full", "with two gateways more than a store may have");
+  Discover({store});
+  EXPECT_EQ(Call("storeForID", {"full"})["StoreName"], "");
+  EXPECT_EQ(CountNotifications(), 0U);
+  EXPECT_EQ(Call("deleteStore", {"full"}), true);
+  Discover({store});
+  EXPECT_EQ(Call("storeForID", {"full"})["StoreName"], store.name);
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 1; }));
+}
+
 TEST_F(ServiceCalls, ADiscoveryDocumentWithoutStoresShowsAnErrorAndIsNotAnnounced) {
   Discover({});
   ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 1; }));
@@ -111,10 +141,55 @@ TEST_F(ServiceCalls, ADiscoveryDocumentWithoutStoresShowsAnErrorAndIsNotAnnounce
   EXPECT_EQ(CountNotifications(), 0U);
 }
 
-TEST_F(ServiceCalls, ACharacterThatTheBusRefusesIsLeftOutOfTheAnswer) {
-  Discover({Store("s0", "Zero"), Store("s1", "N&#xFDD0;a&#x1FFFE;me")});
-  EXPECT_THAT(StoreIDs(), ElementsAre("s0", "s1"));
-  EXPECT_EQ(Call("storeForID", {"s1"})["StoreName"], "Name");
+TEST_F(ServiceCalls, CharactersThatTheBusRefusesAreReplacedInNamesAndAddresses) {
+  auto store = Store("s1", "N&#xFDD0;a&#xFDEF;me");
+  const std::string url = store.url;
+  store.url += "/&#xFDD0;";
+  store.gateways[1].location += "/&#xFDD0;";
+  Discover({store});
+  const json answer = Call("storeForID", {"s1"});
+  EXPECT_EQ(answer["StoreName"], "N\uFFFDa\uFFFDme");
+  EXPECT_EQ(answer["StoreURL"], url + "/\uFFFD");
+  const std::string location = Store("s1", "").gateways[1].location + "/\uFFFD";
+  EXPECT_EQ(answer["StoreGateways"][1]["GatewayURL"], location);
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {url + "/x"})["GatewayURL"], location);
+}
+
+TEST_F(ServiceCalls, ANotificationIsPostedAlsoWhereTheBusRefusesACharacterOfItsObject) {
+  auto store = Store("s1", "One");
+  const std::string object = store.url + "/\uFFFD";
+  store.url += "/&#xFDD0;";
+  Discover({store});
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] {
+    const std::vector<std::string> seen = agent_.Bus().Notifications();
+    return std::find(seen.begin(), seen.end(), "MRVNetworkLocationChanged " + object) != seen.end();
+  }));
+}
+
+TEST_F(ServiceCalls, AnIdThatCouldReachItsNeighbourIsNotTaken) {
+  Discover({Store("trusted", "One")});
+  Discover({Store("trusted\\Addr", "Evil")});
+  const std::string document = testsupport::DiscoveryDocument({Store("trusted&#1;", "Evil")});
+  agent_.Bus().ServiceRecords("handleDiscoveryDocument",
+                              {"<?xml version=\"1.1\"" + document.substr(document.find(" encoding="))});
+  EXPECT_THAT(StoreIDs(), ElementsAre("trusted"));
+  agent_.Terminate();
+  agent_.Start();
+  EXPECT_THAT(StoreIDs(), ElementsAre("trusted"));
+  EXPECT_EQ(Call("storeForID", {"trusted"})["StoreURL"], Store("trusted", "").url);
+}
+
+TEST_F(ServiceCalls, AURLOfMoreThan64KibibytesPointsAtNoStore) {
+  const auto store = Store("s1", "One");
+  Discover({store});
+  const std::string longest = store.url + "/" + std::string((64 << 10) - store.url.size() - 1, 'x');
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {longest})["GatewayName"], "Head Office");
+  const std::size_t before = agent_.LogMessages().size();
+  EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {longest + "x"}), json::object());
+  const std::vector<std::string> messages = agent_.LogMessages();
+  ASSERT_EQ(messages.size(), before + 1);
+  EXPECT_EQ(messages.back(),
+            "[*] MrvBeaconSvr::getCurrentGatewayForStore Called with a URL of more than 65536 bytes");
 }
 
 TEST_F(ServiceCalls, AStoreIsFoundInAnyLetterCaseOfItsURL) {

@@ -103,6 +103,13 @@ TEST_F(FetchedDocumentTest, InsertsNoStoreOnTheServerOfAnother) {
   EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("new")));
 }
 
+TEST_F(FetchedDocumentTest, SpellsNoServerOfAnotherSoThatItPassesForADifferentOne) {
+  Hold({Store(L"named", L"https://b\u00FCcher.example/x")});
+  EXPECT_FALSE(Answers(At(L"n1", L"https://other.example:/x") + At(L"n2", L"https://%6Fther.example/x") +
+                       At(L"n3", L"https://xn--bcher-kva.example/y")));
+  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("n1"), Foreign("n2"), Foreign("n3")));
+}
+
 TEST_F(FetchedDocumentTest, MovesNoStoreOntoTheServerOfAnother) {
   EXPECT_FALSE(Answers(At(L"asked", L"https://other.example/a")));
   EXPECT_EQ(URL(L"asked"), asked_.GetStoreURL());

@@ -251,12 +251,6 @@ TEST_F(MacConfigurationTest, OtherValueKindsOfTheFileSurviveAWrite) {
   EXPECT_THAT(written, HasSubstr("<real>0.1</real>"));
 }
 
-TEST_F(MacConfigurationTest, ANameIsFoundAgainUnderTheCharactersThatTheFileCannotHold) {
-  configuration_.SetString(L"A\x01\xFFFE\xD800\\B", L"text\x02");
-  EXPECT_EQ(String(L"A\x01\xFFFE\xD800\\B"), L"text");
-  EXPECT_EQ(String(L"A\\B"), L"text");
-}
-
 TEST_F(MacConfigurationTest, AKeyTooDeepForTheFileIsRefusedWithoutHarmToTheRest) {
   configuration_.SetString(L"A", L"text");
   std::wstring deep;
@@ -367,6 +361,20 @@ TEST_F(MacConfigurationTest, AMissingFolderFailsTheWriteWithARecord) {
   EXPECT_TRUE(configuration_.SetString(L"A", L"text"));
   EXPECT_EQ(String(L"A"), L"(none)");
   EXPECT_THAT(trace.Text(), HasSubstr("failed to write preferences to: "));
+}
+
+TEST_F(MacConfigurationTest, AKeyThatTheFileCannotHoldReachesNoOther) {
+  configuration_.SetString(L"SR\\trusted\\Addr", L"https://mine");
+  for (const wchar_t* container : {L"SR\\trusted\x01", L"SR\\trus\xFFFFted", L"SR\\tr\xD800usted"}) {
+    const std::wstring key = container + std::wstring(L"\\Addr");
+    const testsupport::TraceCapture trace;
+    EXPECT_EQ(String(key), L"(none)");
+    EXPECT_TRUE(configuration_.SetString(key, L"https://evil"));
+    EXPECT_TRUE(configuration_.DeleteContainer(container));
+    EXPECT_EQ(String(key), L"(none)");
+    EXPECT_THAT(trace.Text(), HasSubstr("is too deep or no text"));
+  }
+  EXPECT_EQ(String(L"SR\\trusted\\Addr"), L"https://mine");
 }
 
 TEST_F(MacConfigurationTest, TheFileIsForItsOwnerOnly) {

@@ -2,21 +2,10 @@
 
 #include "SRLib/TextHelpers.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <string>
 
 namespace {
-
-// The bus takes no text with a code point that Unicode keeps for a program's own use.
-bool IsNoncharacter(wchar_t character) {
-  return (character >= 0xFDD0 && character <= 0xFDEF) || (character & 0xFFFE) == 0xFFFE || character == 0;
-}
-
-std::string BusText(const std::string& utf8) {
-  std::wstring text = util::widen(utf8);
-  std::erase_if(text, IsNoncharacter);
-  return util::narrow(text);
-}
 
 int AppendVariant(sd_bus_message* message, const PropertyList::Value& value) {
   if (const auto* text = value.As<std::string>())
@@ -33,6 +22,15 @@ int AppendVariant(sd_bus_message* message, const PropertyList::Value& value) {
 }
 
 }  // namespace
+
+std::string BusText(const std::string& utf8) {
+  constexpr wchar_t kReplacement = 0xFFFD;
+  std::wstring text = util::widen(utf8);
+  std::ranges::replace_if(
+      text, [](wchar_t character) { return character == 0 || util::IsNoncharacter(character); },
+      kReplacement);
+  return util::narrow(text);
+}
 
 int AppendDictionary(sd_bus_message* message, const PropertyList::Dictionary& dictionary) {
   int result = sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "{sv}");

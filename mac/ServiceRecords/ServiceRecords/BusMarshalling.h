@@ -3,6 +3,12 @@
 #include "SRLib/PropertyList/PropertyList.h"
 #include "SdBus.h"
 
+#include <string>
+
+// The text as the bus carries it: characters that it refuses are replaced by U+FFFD, bytes that are not UTF-8
+// left out.
+[[nodiscard]] std::string BusText(const std::string& utf8);
+
 // Dictionaries as bus messages carry them: a{sv} with text as s, whole numbers as t, booleans as b and arrays
 // of dictionaries as aa{sv}. Both answer the bus library's negative error code on failure. Values of other
 // kinds do not occur in what the services answer.

@@ -9,8 +9,6 @@
 #include "ServiceRecordMain.h"
 #include "StoreDictionary.h"
 
-#include <algorithm>
-
 using ServiceRecords::SavedStores;
 using ServiceRecords::SRProvider;
 
@@ -124,9 +122,7 @@ void MrvServiceRecordsSvr::handleDiscoveryDocument(const std::string& xml) {
   SRProvider::Instance().InboundUpdate(util::widen(xml), updated);
   if (updated) {
     const std::lock_guard lock(_arrayLock);
-    auto& announced = _previousDiscoveryDocumentsXML;
-    if (std::find(announced.begin(), announced.end(), xml) == announced.end()) {
-      announced.push_back(xml);
+    if (_previousDiscoveryDocumentsXML.insert(Sha256(xml)).second) {
       DistributedNotificationCenter::defaultCenter().postNotificationName(
           ServiceNames::kStoresUpdatedNotification, ServiceNames::kStoresUpdatedObject);
     }

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "SRLib/PropertyList/PropertyList.h"
+#include "Sha256.h"
 
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
-#include <vector>
 
 // What the service-records service answers. Text is UTF-8; a result of nothing is no value. Called on the
 // main thread; handleServiceRecordFTA also on the threads that handle opened files.
@@ -33,7 +34,8 @@ class MrvServiceRecordsSvr {
 
  private:
   std::mutex _arrayLock;
-  std::vector<std::string> _previousDiscoveryDocumentsXML;  // already announced; never removed: deliberate
+  // The documents already announced, each by its digest; never removed: deliberate.
+  std::set<Sha256Digest> _previousDiscoveryDocumentsXML;
 };
 
 // A new object, owned by the caller.

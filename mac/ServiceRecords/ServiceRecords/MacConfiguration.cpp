@@ -130,12 +130,15 @@ Dictionary& Descend(Dictionary& container, const std::string& name) {
 // Loads the tree; returns the container in which the last component of the raw key lives, and that component.
 Dictionary& GetContainerAndKeyForRawKey(bool perUser, const std::wstring& rawKey, std::wstring& key) {
   wholeFile = Load(perUser);
-  // Names are cleaned as the file cleans them, so that what was stored is found again.
-  const std::vector<std::string> components = Components(PropertyList::WritableText(util::narrow(rawKey)));
+  const std::string path = util::narrow(rawKey);
+  const std::vector<std::string> components = Components(path);
   key = util::widen(components.back());
-  if (components.size() >= PropertyList::kMaximumDepth) {
-    CSRLog(2, "%s - key with %lu components is too deep", "GetContainerAndKeyForRawKey", components.size());
-    // Nothing is found so deep, and nothing stored there would be readable.
+  // A name that the file cannot hold unchanged would come back as another one.
+  const bool isWritable = util::widen(PropertyList::WritableText(path)) == rawKey;
+  if (!isWritable || components.size() >= PropertyList::kMaximumDepth) {
+    CSRLog(2, "%s - key with %lu components is too deep or no text", "GetContainerAndKeyForRawKey",
+           components.size());
+    // Nothing is found there, and nothing stored there would be readable.
     static auto& outsideTheTree = *new Dictionary;
     outsideTheTree = Dictionary();  // forgets what a setter put there
     return outsideTheTree;

@@ -9,6 +9,12 @@ using ServiceRecords::SRGateway;
 using ServiceRecords::SRProvider;
 using ServiceRecords::SRStore;
 
+namespace {
+
+constexpr std::size_t kMaximumURLBytes = std::size_t{64} << 10;
+
+}  // namespace
+
 const char* NetworkLocationName(std::uint64_t location) {
   switch (location) {
     case Wayfinder::kDeciding:
@@ -46,6 +52,10 @@ std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(
   constexpr char kMethod[] = "MrvBeaconSvr::getCurrentGatewayForStore";
   if (storeURL.empty()) {
     CSRLog(0, "[*] %s Called with invalid params (null)", kMethod);
+    return std::nullopt;
+  }
+  if (storeURL.size() > kMaximumURLBytes) {
+    CSRLog(0, "[*] %s Called with a URL of more than %lu bytes", kMethod, kMaximumURLBytes);
     return std::nullopt;
   }
   CSRLog(0, "[+] %s (%@)", kMethod, storeURL);

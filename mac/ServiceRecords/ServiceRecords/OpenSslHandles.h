@@ -1,6 +1,7 @@
 #pragma once
 
 #include <openssl/err.h>
+#include <openssl/evp.h>
 #include <openssl/ocsp.h>
 #include <openssl/ssl.h>
 #include <openssl/x509.h>

@@ -93,7 +93,7 @@ int ServiceRecordsBusObject::SetDefaultGatewayForStoreID(sd_bus_message* call, v
 
 int ServiceRecordsBusObject::UIBundlePath(sd_bus_message* call, void* self, sd_bus_error* error) {
   return AnswerCall(error, [&] {
-    return sd_bus_reply_method_return(call, "s", Self(self).service_.uiBundlePath().c_str());
+    return sd_bus_reply_method_return(call, "s", BusText(Self(self).service_.uiBundlePath()).c_str());
   });
 }
 
