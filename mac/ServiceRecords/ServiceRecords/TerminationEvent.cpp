@@ -77,10 +77,8 @@ void RaiseOnSignals() {
   ::sigemptyset(&signals);
   ::sigaddset(&signals, SIGTERM);
   ::sigaddset(&signals, SIGINT);
+  // Blocked, they stay pending even where a shell has had them ignored.
   ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  // A shell starts what it puts into the background with SIGINT ignored.
-  std::signal(SIGTERM, SIG_DFL);
-  std::signal(SIGINT, SIG_DFL);
   Event::Instance().Watch(signals);
 }
 
