@@ -13,8 +13,7 @@ namespace {
 std::string Server(const std::wstring& url) {
   Gen_URL address(util::narrow(url));
   const Address::SendingForm form = Address::FormForSending(address.GetSplitURL(), address.GetURL());
-  Address::SplitURL server = form.text.empty() ? address.GetSplitURL() : Address::SplitURL(form.text);
-  if (server.port.empty()) server.port = server.DefaultPort();
+  const Address::SplitURL server = form.text.empty() ? address.GetSplitURL() : Address::SplitURL(form.text);
   return util::AsciiLowerCased(server.WithoutPage());
 }
 

@@ -114,6 +114,12 @@ TEST_F(ServiceCalls, TheSameDiscoveryDocumentIsAppliedTwiceAndAnnouncedOnce) {
   EXPECT_EQ(CountNotifications(), 1U);
 }
 
+TEST_F(ServiceCalls, AnotherDiscoveryDocumentIsAnnouncedToo) {
+  Discover({Store("s1", "One")});
+  Discover({Store("s1", "Two")});
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 2; }));
+}
+
 TEST_F(ServiceCalls, ADiscoveryDocumentThatFailedIsAnnouncedWhenItIsTakenLater) {
   std::string gateways;
   for (int i = 0; i < 499; ++i) gateways += "<key>G" + std::to_string(i) + "</key><dict/>";
