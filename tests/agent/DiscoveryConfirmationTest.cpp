@@ -271,6 +271,16 @@ TEST_F(DiscoveryThroughTheGateway, LogOnsOfSeveralFilesAreAskedForAtOnceAndTermi
   EXPECT_THAT(agent_.LogMessages(), Contains(HasSubstr("MorvaneWarden_Prepare2 returned error 8")).Times(3));
 }
 
+TEST_F(DiscoveryThroughTheGateway, AFileThatWaitsForALogOnMakesRoomForTheNext) {
+  constexpr std::size_t kMoreThanAreWorkedOn = 9;
+  credentials_.WillHold();
+  for (std::size_t i = 0; i < kMoreThanAreWorkedOn; ++i) {
+    agent_.Bus().StartServiceRecords("handleServiceRecordFTA", {FileOnly(Behind("s" + std::to_string(i)))});
+  }
+  credentials_.WaitUntilHeld(kMoreThanAreWorkedOn);
+  EXPECT_EQ(agent_.Terminate(), 0);
+}
+
 TEST_F(DiscoveryThroughTheGateway, WhileALogOnIsAskedForTheServicesAnswer) {
   credentials_.WillHold();
   agent_.Bus().StartServiceRecords("handleServiceRecordFTA", {FileOnly(Behind("s1"))});

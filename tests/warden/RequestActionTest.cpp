@@ -56,6 +56,22 @@ class RequestActionTest : public testing::Test {
   ScriptedCredentials program_{library_.Folder()};
 };
 
+// What the calling thread was told about its waiting.
+thread_local std::string g_waits;
+
+TEST_F(RequestActionTest, TheProgramIsToldWhileTheCredentialProgramMayAskTheUser) {
+  library_.SetWaitFunction([](int waits) { g_waits += waits != 0 ? "begin " : "end "; });
+  g_waits.clear();
+  program_.WillGive("user", "secret", "remember=yes\nsource=asked");
+  WardenRequest request(library_, kStore);
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  request.Report(401, {kBasic});
+  EXPECT_EQ(g_waits, "");
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  request.Report(200);
+  EXPECT_EQ(g_waits, "begin end ");
+}
+
 TEST_F(RequestActionTest, TheFirstPassSendsTheStoresUrlWithoutCredentials) {
   WardenRequest request(library_, kStore);
   EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);

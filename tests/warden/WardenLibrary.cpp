@@ -43,6 +43,7 @@ WardenLibrary::WardenLibrary(const std::string& script) {
 
 WardenLibrary::~WardenLibrary() {
   SetLogFunction(nullptr);
+  SetWaitFunction(nullptr);
   ::dlclose(handle_);
 }
 
@@ -52,6 +53,7 @@ void WardenLibrary::Load() {
   handle_ = ::dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle_ == nullptr) throw std::runtime_error(::dlerror());
   Find(handle_, "SetLogFunction", SetLogFunction);
+  Find(handle_, "SetWaitFunction", SetWaitFunction);
   Find(handle_, "Initialize", Initialize);
   Find(handle_, "Uninitialize", Uninitialize);
   Find(handle_, "CancelRequests", CancelRequests);

@@ -28,6 +28,7 @@ class WardenLibrary {
 
   // The library's functions under their names.
   decltype(&MorvaneWarden_SetLogFunction) SetLogFunction = nullptr;
+  decltype(&MorvaneWarden_SetWaitFunction) SetWaitFunction = nullptr;
   decltype(&MorvaneWarden_Initialize) Initialize = nullptr;
   decltype(&MorvaneWarden_Uninitialize) Uninitialize = nullptr;
   decltype(&MorvaneWarden_CancelRequests) CancelRequests = nullptr;

@@ -1,5 +1,6 @@
 #include "ServiceRecordMain.h"
 
+#include "BackgroundTasks.h"
 #include "DbgTrace.h"
 #include "DistributedNotificationCenter.h"
 #include "MacISRNotificationManager.h"
@@ -12,6 +13,8 @@
 #include "ServiceNames.h"
 #include "libs/Warden_SDK/MorvaneWarden.h"
 #include "libs/Wayfinder/Wayfinder.h"
+
+#include <optional>
 
 using namespace ServiceRecords;
 
@@ -32,7 +35,22 @@ void LogAuthentication(int level, const wchar_t* message) {
   SR_TRACE(static_cast<std::uint32_t>(level)) << message;
 }
 
+// On a thread that handles a file: the credential program may be asking the user.
+void NoteLogOn(int waits) noexcept {
+  thread_local std::optional<BackgroundTasks::UserWait> logOn;
+  if (waits != 0) {
+    logOn.emplace(BackgroundTasks::UserWait::End::InTurn);
+  } else {
+    logOn.reset();
+  }
+}
+
 }  // namespace
+
+void AnnounceStores() {
+  DistributedNotificationCenter::defaultCenter().postNotificationName(
+      ServiceNames::kStoresUpdatedNotification, ServiceNames::kStoresUpdatedObject);
+}
 
 void SetClientActivation(std::function<void()> bringForward) {
   ClientActivation() = std::move(bringForward);
@@ -42,6 +60,7 @@ void ServiceRecordInit() {
   WFSetCustomLogFunc(ServiceRecordWFLogFunc);
   WFSetLocationFunc(AnnounceLocation);
   MorvaneWarden_SetLogFunction(LogAuthentication);
+  MorvaneWarden_SetWaitFunction(NoteLogOn);
   ServiceRecordUpdateLoggingFromPrefs();
   MacSRHTTPRequestFactory::Init();
   MacSSLValidationFactory::Init();
@@ -54,8 +73,7 @@ bool ServiceRecordHandleFTA(const char* path) {
   if (accepted.empty()) return false;
   bool updated = false;  // the announcement does not depend on it
   SRProvider::Instance().OutboundDSConfirm(accepted, updated);
-  DistributedNotificationCenter::defaultCenter().postNotificationName(
-      ServiceNames::kStoresUpdatedNotification, ServiceNames::kStoresUpdatedObject);
+  AnnounceStores();
   MainLoop::Main().Post([] {
     if (ClientActivation()) ClientActivation()();
   });

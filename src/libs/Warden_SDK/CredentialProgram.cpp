@@ -3,6 +3,7 @@
 #include "Cancellation.h"
 #include "CredentialConversation.h"
 #include "CredentialMessage.h"
+#include "WaitNotice.h"
 #include "WardenLog.h"
 
 #include <array>
@@ -81,7 +82,7 @@ CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Cre
       !request.Set(Words::kRejected, question.wasRejected ? Words::kYes : Words::kNo)) {
     return Failed("cannot be asked for this realm");
   }
-  const std::optional<CredentialMessage> reply = Exchange(Words::kGet, request, kNoLimit);
+  const std::optional<CredentialMessage> reply = Ask(request);
   if (!reply) return cancellation_.Requested() ? CredentialOutcome::Interrupted : Failed("did not answer");
   LogSecretService(*reply);
 
@@ -95,6 +96,11 @@ CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Cre
     return CredentialOutcome::NobodyToAsk;
   }
   return Failed("reports a failure");
+}
+
+std::optional<CredentialMessage> CredentialProgram::Ask(const CredentialMessage& request) const {
+  const WaitNotice notice;
+  return Exchange(Words::kGet, request, kNoLimit);
 }
 
 void CredentialProgram::Store(const CredentialKey& key, const Credentials& credentials) const {

@@ -35,6 +35,7 @@ class CredentialProgram {
   void Erase(const CredentialKey& key, const Credentials& credentials) const;
 
  private:
+  [[nodiscard]] std::optional<CredentialMessage> Ask(const CredentialMessage& request) const;
   [[nodiscard]] std::optional<CredentialMessage> Exchange(std::string_view action,
                                                           const CredentialMessage& request,
                                                           int limitMilliseconds) const;

@@ -4,6 +4,7 @@
 #include "CredentialProgram.h"
 #include "RequestContext.h"
 #include "SRLib/TextHelpers.h"
+#include "WaitNotice.h"
 #include "WardenLog.h"
 
 #include <dlfcn.h>
@@ -96,6 +97,10 @@ TextPtr CopyOf(std::string_view utf8) {
 
 void MorvaneWarden_SetLogFunction(MorvaneWardenLogFunction function) {
   WardenLog::SetFunction(function);
+}
+
+void MorvaneWarden_SetWaitFunction(MorvaneWardenWaitFunction function) {
+  Warden::WaitNotice::SetFunction(function);
 }
 
 MorvaneWardenStatus MorvaneWarden_Initialize(void) {

@@ -117,6 +117,14 @@ typedef void (*MorvaneWardenLogFunction)(int level, const wchar_t* message);
 /* Any time, any thread. Null, as at the start, drops the lines. */
 MORVANE_WARDEN_EXPORT void MorvaneWarden_SetLogFunction(MorvaneWardenLogFunction function);
 
+/*
+ * Receives 1 when the calling thread begins to wait for the credential program, which may be asking the user,
+ * and 0 when it has ended. Called on that thread, in MorvaneWarden_Prepare2.
+ */
+typedef void (*MorvaneWardenWaitFunction)(int waits);
+/* Any time, any thread. Null, as at the start, tells nobody. */
+MORVANE_WARDEN_EXPORT void MorvaneWarden_SetWaitFunction(MorvaneWardenWaitFunction function);
+
 /* Before anything else, as often as MorvaneWarden_Uninitialize; uses may overlap, on any thread. */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_Initialize(void);
 /*
