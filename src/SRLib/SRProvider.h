@@ -36,9 +36,10 @@ class SRProvider {
   void RestoreFromRepository();
 
   // `startTimer` is called, on any thread, when something that failed is to be tried again, and TryAgain when
-  // the time is over: reading the saved stores, or saving the list.
+  // the time is over: reading the saved stores, or saving the list. TryAgain is true when it has read the
+  // stores, so that the list is another.
   void RetryWith(SavedStores::StartTimer startTimer);
-  void TryAgain();
+  bool TryAgain();
   [[nodiscard]] SavedStores::State StateOfSavedStores() const;
 
   // Not owned. Must be set before any flow that may show a dialog.

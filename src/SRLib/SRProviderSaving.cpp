@@ -51,14 +51,15 @@ void SRProvider::RetryWith(SavedStores::StartTimer startTimer) {
   saved_.RetryWith(std::move(startTimer));
 }
 
-void SRProvider::TryAgain() {
+bool SRProvider::TryAgain() {
   const CriticalSectionLock lock(*lock_);
-  if (!saved_.TakeRetry()) return;
+  if (!saved_.TakeRetry()) return false;
   if (saved_.CurrentState() == SavedStores::State::Unreadable) {
     RestoreFromRepository();
-  } else {
-    Save();
+    return saved_.CurrentState() == SavedStores::State::Good;
   }
+  Save();
+  return false;
 }
 
 SavedStores::State SRProvider::StateOfSavedStores() const {

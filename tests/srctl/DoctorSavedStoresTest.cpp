@@ -8,6 +8,7 @@
 #include <iterator>
 #include <system_error>
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -92,11 +93,14 @@ TEST_F(DoctorOfSavedStores, AFileThatCannotBeReadIsToldAndReadWhenItCan) {
   GiveStores({WorkingStore("s1", "One")});
   StartWithoutTheFile();
   EXPECT_THAT(StoreIDs(), IsEmpty());
+  const std::size_t told = agent_.Bus().Notifications().size();
   const SrctlRun run = ExpectSavedStoresProblem("The agent could not read the file with your stores.");
   EXPECT_EQ(Line(run, "stores"),
             "note: stores: It was not looked at, because the agent could not read the file.");
   BringTheFileBack();
-  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return !StoreIDs().empty(); }));
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Bus().Notifications().size() > told; }));
+  EXPECT_THAT(agent_.Bus().Notifications(),
+              Contains("MRVServiceRecordStoresUpdated MRVServiceRecord").Times(2));
   EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
   ExpectNoProblem();
 }

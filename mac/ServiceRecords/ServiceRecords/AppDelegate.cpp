@@ -64,6 +64,11 @@ BusMessagePtr NewFileCall(sd_bus& bus, const std::string& path) {
   return result < 0 ? nullptr : std::move(call);
 }
 
+// Until now the list was empty for everybody.
+void TryAgain() {
+  if (ServiceRecords::SRProvider::Instance().TryAgain()) AnnounceStores();
+}
+
 }  // namespace
 
 AppDelegate::AppDelegate() = default;
@@ -100,8 +105,7 @@ void AppDelegate::LookAtNames(sd_bus* bus) {
 // A try waits for the provider's lock and the disk, so it is not for the main thread.
 void AppDelegate::RetryInBackground() {
   ServiceRecords::SRProvider::Instance().RetryWith([this](std::chrono::seconds delay) {
-    MainLoop::Main().PutOff(
-        delay, [this] { tasks_.Start([] { ServiceRecords::SRProvider::Instance().TryAgain(); }); });
+    MainLoop::Main().PutOff(delay, [this] { tasks_.Start(TryAgain); });
   });
 }
 

@@ -2,10 +2,8 @@
 
 #include "Bundle.h"
 #include "DbgTrace.h"
-#include "DistributedNotificationCenter.h"
 #include "SRLib/SRProvider.h"
 #include "SRLib/TextHelpers.h"
-#include "ServiceNames.h"
 #include "ServiceRecordMain.h"
 #include "StoreDictionary.h"
 
@@ -122,10 +120,7 @@ void MrvServiceRecordsSvr::handleDiscoveryDocument(const std::string& xml) {
   SRProvider::Instance().InboundUpdate(util::widen(xml), updated);
   if (updated) {
     const std::lock_guard lock(_arrayLock);
-    if (_previousDiscoveryDocumentsXML.insert(Sha256(xml)).second) {
-      DistributedNotificationCenter::defaultCenter().postNotificationName(
-          ServiceNames::kStoresUpdatedNotification, ServiceNames::kStoresUpdatedObject);
-    }
+    if (_previousDiscoveryDocumentsXML.insert(Sha256(xml)).second) AnnounceStores();
   }
   CSRLog(0, "[-] %s", kMethod);
 }

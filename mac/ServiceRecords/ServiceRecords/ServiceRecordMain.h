@@ -14,6 +14,9 @@ void ServiceRecordInit();
 bool ServiceRecordHandleFTA(const char* path);
 }
 
+// Posts that the list of stores is another. Any thread.
+void AnnounceStores();
+
 // What brings the main client forward after stores were accepted. Set once, on the main thread, before any
 // file is handled; called on the main thread.
 void SetClientActivation(std::function<void()> bringForward);
