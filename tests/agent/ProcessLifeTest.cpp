@@ -34,6 +34,21 @@ class ProcessLife : public AgentTest {
     return names;
   }
 
+  [[nodiscard]] testsupport::ChildProcess RunOnBus(const testsupport::LoopbackListener& bus) const {
+    auto environment = agent_.Environment();
+    std::erase_if(environment, [](const std::string& assignment) { return assignment.starts_with("DBUS_"); });
+    environment.push_back("DBUS_SESSION_BUS_ADDRESS=tcp:host=127.0.0.1,port=" + std::to_string(bus.port));
+    return testsupport::ChildProcess({Program()}, environment);
+  }
+
+  // The next connection, on which the other side has begun to speak.
+  static FileDescriptor AcceptConnection(const testsupport::LoopbackListener& bus) {
+    FileDescriptor connection(::accept(bus.socket.Get(), nullptr, nullptr));
+    char first = 1;
+    EXPECT_EQ(::recv(connection.Get(), &first, 1, 0), 1);
+    return connection;
+  }
+
   // Before its first instruction a program can only be killed by a signal, or have it kept back.
   [[nodiscard]] testsupport::ChildProcess RunWithTerminationBlocked() {
     sigset_t termination;
@@ -105,15 +120,27 @@ TEST_F(ProcessLife, ASignalAtAnyMomentOfTheStartEndsItWithStatusZero) {
 
 TEST_F(ProcessLife, WhileTheBusDoesNotAnswerTerminationEndsTheStartWithStatusZero) {
   const testsupport::LoopbackListener bus;
-  auto environment = agent_.Environment();
-  std::erase_if(environment, [](const std::string& assignment) { return assignment.starts_with("DBUS_"); });
-  environment.push_back("DBUS_SESSION_BUS_ADDRESS=tcp:host=127.0.0.1,port=" + std::to_string(bus.port));
-  testsupport::ChildProcess agent({Program()}, environment);
-  const FileDescriptor connection(::accept(bus.socket.Get(), nullptr, nullptr));
-  char first = 1;
-  ASSERT_EQ(::recv(connection.Get(), &first, 1, 0), 1);
+  testsupport::ChildProcess agent = RunOnBus(bus);
+  const FileDescriptor connection = AcceptConnection(bus);
   agent.Signal(SIGTERM);
   EXPECT_EQ(agent.Wait(), 0);
+}
+
+// As at the end of a session.
+TEST_F(ProcessLife, ABusThatEndsTogetherWithTheStartMakesItNoFailure) {
+  testsupport::LoopbackListener bus;
+  testsupport::ChildProcess agent = RunOnBus(bus);
+  FileDescriptor connection = AcceptConnection(bus);
+  agent.Signal(SIGTERM);
+  bus.socket.Close();
+  connection.Close();
+  EXPECT_EQ(agent.Wait(), 0);
+}
+
+TEST_F(ProcessLife, WithoutABusTheStartIsAFailure) {
+  testsupport::LoopbackListener bus;
+  bus.socket.Close();
+  EXPECT_EQ(RunOnBus(bus).Wait(), 1);
 }
 
 TEST_F(ProcessLife, AnInterruptEndsTheAgentThoughAShellHadItIgnored) {
@@ -275,8 +302,11 @@ TEST_F(ProcessLife, NothingOfALaunchStaysWithTheAgentOrIsInheritedByTheClient) {
   const auto script = agent_.Write(
       "client",
       "#!/bin/sh\nexec >" + draft +
-          "\npwd; cut -d' ' -f6 /proc/$$/stat; sed -n 's/^Sig\\(Blk\\|Ign\\):\\s*//p' /proc/$$/status\n"
-          "ls /proc/$$/fd | tr '\\n' ' '; echo; cat /proc/$$/limits; mv " +
+          "\npwd; cut -d' ' -f6 /proc/$$/stat\n"
+          // The shell itself reads: while it waits for a program, signals are blocked.
+          "while read -r name value; do case $name in SigBlk:|SigIgn:) echo $value ;; esac; done "
+          "</proc/$$/status\n"
+          "ls -m /proc/$$/fd; cat /proc/$$/limits; mv " +
           draft + " " + report.string() + "\n");
   std::filesystem::permissions(script, std::filesystem::perms::owner_all);
   agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
@@ -296,7 +326,7 @@ TEST_F(ProcessLife, NothingOfALaunchStaysWithTheAgentOrIsInheritedByTheClient) {
   constexpr unsigned long long kOrdinarySignals = 0x7FFFFFFF;  // not those of the C library
   EXPECT_EQ(std::stoull(head[2], nullptr, 16) & kOrdinarySignals, 0U) << "blocked";
   EXPECT_EQ(std::stoull(head[3], nullptr, 16) & kOrdinarySignals, 0U) << "ignored";
-  EXPECT_THAT(head[4], testing::AnyOf("0 1 10 2 ", "0 1 2 255 ")) << "with the script's own";
+  EXPECT_THAT(head[4], testing::AnyOf("0, 1, 10, 2", "0, 1, 2, 255")) << "with the script's own";
   EXPECT_EQ((std::string{std::istreambuf_iterator<char>(lines), {}}), limits);
 
   EXPECT_EQ(Content(agent + "limits"), limits);
