@@ -300,14 +300,13 @@ TEST_F(ProcessLife, NothingOfALaunchStaysWithTheAgentOrIsInheritedByTheClient) {
   const auto report = agent_.Home() / "report";
   const std::string draft = report.string() + ".new";
   const auto script = agent_.Write(
-      "client",
-      "#!/bin/sh\nexec >" + draft +
-          "\npwd; cut -d' ' -f6 /proc/$$/stat\n"
-          // The shell itself reads: while it waits for a program, signals are blocked.
-          "while read -r name value; do case $name in SigBlk:|SigIgn:) echo $value ;; esac; done "
-          "</proc/$$/status\n"
-          "ls -m /proc/$$/fd; cat /proc/$$/limits; mv " +
-          draft + " " + report.string() + "\n");
+      "client", "#!/bin/sh\nexec >" + draft +
+                    "\npwd; cut -d' ' -f6 /proc/$$/stat\n"
+                    // The shell itself reads: while it waits for a program, signals are blocked.
+                    "while read -r name value; do case $name in SigBlk:|SigIgn:) echo $value ;; esac; done "
+                    "</proc/$$/status\n"
+                    "ls -m /proc/$$/fd; cat /proc/$$/limits; mv " +
+                    draft + " " + report.string() + "\n");
   std::filesystem::permissions(script, std::filesystem::perms::owner_all);
   agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
                "[Desktop Entry]\nType=Application\nName=Client\nExec=" + script.string() + "\n");
@@ -334,6 +333,16 @@ TEST_F(ProcessLife, NothingOfALaunchStaysWithTheAgentOrIsInheritedByTheClient) {
   EXPECT_EQ(ForeignThreads(), threads);
   const std::string children = agent + "task/" + std::to_string(agent_.Pid()) + "/children";
   EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return Content(children).empty(); })) << "all have been reaped";
+}
+
+TEST_F(ProcessLife, WithoutStandardDescriptorsTheirNumbersGoToNoFileOfTheAgent) {
+  const testsupport::ChildProcess agent({"sh", "-c", "exec \"$0\" <&- >&- 2>&-", Program()},
+                                        agent_.Environment());
+  ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
+  for (const char* number : {"0", "1", "2"}) {
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(agent.Pid()) + "/fd/" + number),
+              "/dev/null");
+  }
 }
 
 TEST_F(ProcessLife, TheAgentTakesTheAssociationBackFromAnotherHandler) {

@@ -33,9 +33,10 @@ namespace {
 // The rest of the time that the process has to end is for the last notifications and replies.
 constexpr std::chrono::seconds kTimeToFinish{4};
 
+// A session that ends takes the bus along, which is no failure.
 [[noreturn]] void ExitWith(const std::string& line) {
   SystemLog::Error(line);
-  std::exit(EXIT_FAILURE);
+  std::exit(TerminationEvent::Requested() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 std::string ErrorText(int result) {

@@ -33,6 +33,16 @@ void EndAtOnce() {
   ServiceRecords::SRProvider::WhileNotSaving([] { ::_exit(EXIT_SUCCESS); });
 }
 
+// Without them, their numbers would go to files of the agent, and what is meant for standard error into
+// those.
+void OpenStandardDescriptors() {
+  int descriptor = STDIN_FILENO;
+  while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO) {
+    descriptor = ::open("/dev/null", O_RDWR);  // the lowest number that is free
+  }
+  ::close(descriptor);
+}
+
 // Libraries end the process when they are short of descriptors, so the start alone needs some.
 void CheckDescriptors() {
   constexpr int kNeeded = 32;
@@ -51,6 +61,7 @@ void EnterResourcesFolder() {
 }
 
 int RunApplication(int argc, char** argv) {
+  OpenStandardDescriptors();
   TerminationEvent::RaiseOnSignals();
   const LaunchArguments arguments = LaunchArguments::Read(argc, argv);
   if (arguments.exitStatus) return *arguments.exitStatus;
