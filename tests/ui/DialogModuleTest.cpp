@@ -22,10 +22,14 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::Each;
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 constexpr const char* kDetails = "<plist version=\"1.0\"><dict/></plist>";
+constexpr const char* kMessage =
+    "<plist version=\"1.0\"><dict><key>ErrorTitle</key><string>Bad file</string>"
+    "<key>ErrorMessage</key><string>It cannot be read.</string></dict></plist>";
 
 class DialogModuleTest : public ::testing::Test {
  protected:
@@ -65,6 +69,16 @@ class DialogModuleTest : public ::testing::Test {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return false;
+  }
+
+  // Nothing tells when another thread has written a line.
+  static std::string NextLogLine() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (std::chrono::steady_clock::now() < deadline) {
+      if (const std::vector<std::string> lines = CapturedSyslog::TakeLines(); !lines.empty()) return lines[0];
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return {};
   }
 
   void TearDown() override {
@@ -326,9 +340,34 @@ TEST_F(DialogModuleTest, ErrorBoxesThatCannotBeStartedTakeNoPlace) {
   EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
 }
 
-TEST_F(DialogModuleTest, AnErrorBoxThatCannotBeShownIsPassedOver) {
-  module_.EntryPoints().errorMessage(kDetails);
+TEST_F(DialogModuleTest, AnErrorMessageWithoutADisplayIsLogged) {
+  module_.Bundle().ScriptDialogProgram("readRequest; echo no display");
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  module_.EntryPoints().errorMessage(kMessage);
+
+  EXPECT_EQ(NextLogLine(), "This error message could not be shown: Bad file: It cannot be read.");
+}
+
+TEST_F(DialogModuleTest, AnErrorMessageThatWasShownIsNotLogged) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; echo accepted");
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  module_.EntryPoints().errorMessage(kMessage);
+
+  EXPECT_TRUE(IsGoneSoon(std::stoi(NextEvent())));
+  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+}
+
+TEST_F(DialogModuleTest, AnErrorBoxThatCannotBeStartedLeavesNoProcessBehindAndIsLogged) {
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  module_.EntryPoints().errorMessage(kMessage);
   module_.EntryPoints().errorMessage(nullptr);
+
+  EXPECT_THAT(CapturedSyslog::TakeLines(),
+              ElementsAre("This error message could not be shown: Bad file: It cannot be read."));
 
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
   EXPECT_EQ(errno, ECHILD);

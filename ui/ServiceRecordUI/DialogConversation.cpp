@@ -27,10 +27,10 @@ std::optional<DialogWire::Reply> DialogConversation::AwaitReply() {
 }
 
 void DialogConversation::AwaitEnd() {
-  while (!ended_ && Wait()) {
-    Exchange();
+  do {
     reply_.clear();
-  }
+    Exchange();
+  } while (!ended_ && Wait());
 }
 
 bool DialogConversation::Wait() {

@@ -30,12 +30,12 @@ Place TakePlace() {
   return ++g_taken > kMostOpen ? nullptr : std::move(place);
 }
 
-void LogMessage(const char* details) {
+void LogMessage(std::string_view reason, const char* details) {
   const std::optional<PropertyList::Value> root = PropertyList::Read(details);
   const auto* dictionary = root ? root->As<PropertyList::Dictionary>() : nullptr;
   if (dictionary == nullptr) return;
   const std::string text = TextOf(*dictionary, "ErrorTitle") + ": " + TextOf(*dictionary, "ErrorMessage");
-  SystemLog::Error("Too many error messages are open for this one: " +
+  SystemLog::Error(std::string(reason) + ": " +
                    TerminalText::OneLine(TerminalText::SingleBlanks(text), kLongestLine));
 }
 

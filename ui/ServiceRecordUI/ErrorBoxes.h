@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <memory>
+#include <string_view>
 
 // Only a few error boxes are open at a time, so that many bad documents bury neither the user's screen nor
 // the machine under them; further messages go to the system log. Any thread.
@@ -18,7 +19,8 @@ using Place = std::unique_ptr<std::atomic<int>, PlaceReturner>;
 // Null when all places are taken.
 [[nodiscard]] Place TakePlace();
 
-// Writes the title and the message of an error dialog's details into the system log, as one line.
-void LogMessage(const char* details);
+// Writes the title and the message of an error dialog's details into the system log, as one line behind the
+// reason why there is no box.
+void LogMessage(std::string_view reason, const char* details);
 
 }  // namespace ErrorBoxes

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -16,6 +17,8 @@
 namespace {
 
 constexpr const char* kDialogProgram = "servicerecord-dialog";
+constexpr std::string_view kTooMany = "Too many error messages are open for this one";
+constexpr std::string_view kNotShown = "This error message could not be shown";
 
 std::atomic<int> g_terminationDescriptor{-1};
 
@@ -58,18 +61,31 @@ int ReplaceStore(const char* details) {
 struct ErrorBox {
   ErrorBoxes::Place place;  // given back when the program is gone
   DialogConversation conversation;
+  std::string details;
 };
+
+// Until the program is gone, or termination closes the box.
+void Keep(ErrorBox& box) noexcept {
+  try {
+    if (box.conversation.AwaitReply() == DialogWire::Reply::NoDisplay) {
+      ErrorBoxes::LogMessage(kNotShown, box.details.c_str());
+    }
+    box.conversation.AwaitEnd();
+  } catch (...) {
+    return;
+  }
+}
 
 // The box outlives the call, so a thread of its own keeps the program's input open and reaps the program.
 void ErrorMessage(const char* details) {
   if (details == nullptr) return;
   try {
     ErrorBoxes::Place place = ErrorBoxes::TakePlace();
-    if (place == nullptr) return ErrorBoxes::LogMessage(details);
+    if (place == nullptr) return ErrorBoxes::LogMessage(kTooMany, details);
     std::optional<DialogConversation> conversation = Begin(DialogWire::kErrorMessage, details);
-    if (!conversation) return;
-    std::thread([box = ErrorBox{std::move(place), std::move(*conversation)}]() mutable {
-      box.conversation.AwaitEnd();
+    if (!conversation) return ErrorBoxes::LogMessage(kNotShown, details);
+    std::thread([box = ErrorBox{std::move(place), std::move(*conversation), details}]() mutable {
+      Keep(box);
     }).detach();
   } catch (...) {
     return;
