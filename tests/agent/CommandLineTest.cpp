@@ -62,6 +62,8 @@ TEST_F(CommandLine, AFileWhoseNameIsNotUTF8IsRefused) {
   EXPECT_THAT(agent_.Dialogs(), IsEmpty());
 }
 
+// The sanitizer of undefined behaviour needs descriptors of its own, and reports what it cannot look at.
+#ifndef __SANITIZE_ADDRESS__
 TEST_F(CommandLine, WithTooFewDescriptorsTheStartFailsWithAMessage) {
   int failed = 0;
   for (const int limit : {3, 4, 5, 6, 8, 10, 11, 12, 14, 16, 20, 24, 28, 32, 36, 40, 48, 64}) {
@@ -81,5 +83,6 @@ TEST_F(CommandLine, WithTooFewDescriptorsTheStartFailsWithAMessage) {
   }
   EXPECT_GE(failed, 10);
 }
+#endif
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "agent/InterfaceDescription.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -121,22 +122,18 @@ TEST_F(ServiceCalls, AnotherDiscoveryDocumentIsAnnouncedToo) {
 }
 
 TEST_F(ServiceCalls, ADiscoveryDocumentThatFailedIsAnnouncedWhenItIsTakenLater) {
-  std::string gateways;
-  for (int i = 0; i < 499; ++i) gateways += "<key>G" + std::to_string(i) + "</key><dict/>";
   agent_.Terminate();
-  agent_.Write(
-      "home/.config/Morvane/ServiceRecords.plist",
-      "<plist><dict><key>SR</key><dict><key>Store</key><dict><key>full</key><dict><key>Gateways</key><dict>" +
-          gateways + "</dict></dict></dict></dict></dict></plist>");
+  std::filesystem::create_directories(agent_.StoresFile());  // a file that cannot be read
   agent_.Start();
-  const auto store = Store("full", "with two gateways more than a store may have");
+  const auto store = Store("s1", "One");
   Discover({store});
-  EXPECT_EQ(Call("storeForID", {"full"})["StoreName"], "");
+  EXPECT_THAT(StoreIDs(), IsEmpty());
   EXPECT_EQ(CountNotifications(), 0U);
-  EXPECT_EQ(Call("deleteStore", {"full"}), true);
+  std::filesystem::remove(agent_.StoresFile());
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 1; })) << "the list is known now";
   Discover({store});
-  EXPECT_EQ(Call("storeForID", {"full"})["StoreName"], store.name);
-  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 1; }));
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return CountNotifications() == 2; }));
 }
 
 TEST_F(ServiceCalls, ADiscoveryDocumentWithoutStoresShowsAnErrorAndIsNotAnnounced) {

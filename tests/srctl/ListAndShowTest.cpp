@@ -149,7 +149,9 @@ TEST_F(SrctlShow, AnUnknownStoreIsRefusedInBothFormats) {
 TEST_F(SrctlShow, KeepsControlsOfDocumentsAwayFromTheTerminal) {
   agent_.Start();
   // An escape sequence in its 8-bit form, a line of its own, text that runs backwards.
-  GiveStores({StoreNamed("A&#x9B;31mB&#10;C&#x202E;D&#x7F;E")});
+  StoreText store = StoreNamed("A&#x9B;31mB&#10;C&#x202E;D&#x7F;E");
+  store.gateways.front().name = "B&#10;C&#x202E;D";  // which may hold no others
+  GiveStores({store});
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{"list"}, {"list", "--json"}, {"show", "s1"}, {"show", "s1", "--json"}}) {
     const SrctlRun run = Srctl(arguments);

@@ -53,10 +53,11 @@ bool IsText(const std::string& text) {
   return std::mbsrtowcs(nullptr, &bytes, 0, &state) != static_cast<std::size_t>(-1);
 }
 
-std::optional<std::string> AsciiHost(CURLU& url) {
+// Nothing when the host has no ASCII form. Asked for the host alone, libcurl would leak such a one.
+std::optional<std::string> AsciiText(CURLU& url) {
   const std::optional<std::string> host = Part(url, CURLUPART_HOST);
   if (!host || !IsText(*host)) return std::nullopt;
-  return Part(url, CURLUPART_HOST, CURLU_PUNYCODE);
+  return Part(url, CURLUPART_URL, CURLU_PUNYCODE);
 }
 
 // A numeric IPv6 address in brackets has many spellings; any other text stays.
@@ -92,14 +93,14 @@ SendingForm FormForSending(const SplitURL& own, const std::string& url) {
   if (url.find('\0') != std::string::npos) return {Reading::Other, {}};
   const UTF8Thread utf8;
   const CurlUrlPtr read = Parse(WithEncodedBlanks(url), CURLU_URLENCODE | CURLU_PATH_AS_IS);
-  const std::optional<std::string> host = read ? AsciiHost(*read) : std::nullopt;
-  if (!host) return {};
-  std::string text = Part(*read, CURLUPART_URL, CURLU_PUNYCODE).value_or("");
+  std::optional<std::string> text = read ? AsciiText(*read) : std::nullopt;
+  if (!text) return {};
+  const std::string host = Part(*read, CURLUPART_HOST, CURLU_PUNYCODE).value_or("");
   if (!ReadsSame(*read, own, Decoded(own.server))) return {Reading::Other, {}};
   // What libcurl is given it reads anew, and the ASCII form of a name may hold what ends a host.
-  const CurlUrlPtr readAgain = Parse(text, CURLU_PATH_AS_IS);
-  if (!readAgain || !ReadsSame(*readAgain, own, *host)) return {Reading::Other, {}};
-  return {Reading::Same, std::move(text)};
+  const CurlUrlPtr readAgain = Parse(*text, CURLU_PATH_AS_IS);
+  if (!readAgain || !ReadsSame(*readAgain, own, host)) return {Reading::Other, {}};
+  return {Reading::Same, std::move(*text)};
 }
 
 }  // namespace Address
