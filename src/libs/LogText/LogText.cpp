@@ -11,7 +11,7 @@ constexpr std::string_view kPunctuation = ".,:;)";
 std::string PublicAddress(std::string_view address) {
   const std::size_t start = address.find(kSchemeEnd);
   const std::size_t authority = start == std::string_view::npos ? 0 : start + kSchemeEnd.size();
-  const std::size_t authorityEnd = std::min(address.find_first_of("/?#\\", authority), address.size());
+  const std::size_t authorityEnd = std::min(address.find_first_of("/?#", authority), address.size());
   const std::size_t userEnd = address.substr(0, authorityEnd).rfind('@');
   const std::size_t host = userEnd == std::string_view::npos || userEnd < authority ? authority : userEnd + 1;
   const std::size_t end = std::min(address.find_first_of("?#", host), address.size());
