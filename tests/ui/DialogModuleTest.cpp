@@ -349,6 +349,15 @@ TEST_F(DialogModuleTest, AnErrorMessageWithoutADisplayIsLogged) {
   EXPECT_EQ(NextLogLine(), "This error message could not be shown: Bad file: It cannot be read.");
 }
 
+TEST_F(DialogModuleTest, OnTerminationThereIsNoErrorMessageAnyMore) {
+  static_cast<void>(CapturedSyslog::TakeLines());
+  module_.RequestTermination();
+
+  module_.EntryPoints().errorMessage(kMessage);
+
+  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+}
+
 TEST_F(DialogModuleTest, AnErrorMessageThatWasShownIsNotLogged) {
   MakeEventPipe();
   module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; echo accepted");

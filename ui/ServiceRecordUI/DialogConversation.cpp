@@ -27,10 +27,11 @@ std::optional<DialogWire::Reply> DialogConversation::AwaitReply() {
 }
 
 void DialogConversation::AwaitEnd() {
-  do {
-    reply_.clear();
+  reply_.clear();
+  while (!ended_ && Wait()) {
     Exchange();
-  } while (!ended_ && Wait());
+    reply_.clear();
+  }
 }
 
 bool DialogConversation::Wait() {

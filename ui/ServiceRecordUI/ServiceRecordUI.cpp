@@ -5,6 +5,7 @@
 #include "SRUIProtocol.h"
 
 #include <dlfcn.h>
+#include <poll.h>
 
 #include <atomic>
 #include <filesystem>
@@ -21,6 +22,11 @@ constexpr std::string_view kTooMany = "Too many error messages are open for this
 constexpr std::string_view kNotShown = "This error message could not be shown";
 
 std::atomic<int> g_terminationDescriptor{-1};
+
+bool IsTerminating() {
+  pollfd termination{g_terminationDescriptor.load(), POLLIN, 0};
+  return ::poll(&termination, 1, 0) > 0;
+}
 
 // The dialog program lies beside the module.
 std::optional<std::filesystem::path> DialogProgramPath() {
@@ -77,8 +83,9 @@ void Keep(ErrorBox& box) noexcept {
 }
 
 // The box outlives the call, so a thread of its own keeps the program's input open and reaps the program.
+// What fails because the agent ends is no news.
 void ErrorMessage(const char* details) {
-  if (details == nullptr) return;
+  if (details == nullptr || IsTerminating()) return;
   try {
     ErrorBoxes::Place place = ErrorBoxes::TakePlace();
     if (place == nullptr) return ErrorBoxes::LogMessage(kTooMany, details);
