@@ -11,8 +11,8 @@
  *
  * Threads: every function here may be called on any thread, and several at once: each dialog runs on the
  * thread that asks and blocks only that thread. A module that needs a certain thread for its windows sees to
- * it itself. SIGTERM and SIGINT are blocked in all of them: a program that the module starts lets them through
- * again, or only SIGKILL ends it.
+ * it itself. SIGTERM and SIGINT are blocked in all of them: a program that the module starts lets them
+ * through again, or only SIGKILL ends it.
  *
  * Details: one dictionary as a NUL-terminated XML property list in UTF-8. The text belongs to the caller and
  * is good only during the call. No function throws, ends the process, or leaves a signal or a child process
