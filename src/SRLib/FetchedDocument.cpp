@@ -13,7 +13,9 @@ namespace {
 std::string Server(const std::wstring& url) {
   Gen_URL address(util::narrow(url));
   const Address::SendingForm form = Address::FormForSending(address.GetSplitURL(), address.GetURL());
-  const Address::SplitURL server = form.text.empty() ? address.GetSplitURL() : Address::SplitURL(form.text);
+  Address::SplitURL server = form.text.empty() ? address.GetSplitURL() : Address::SplitURL(form.text);
+  // A dot at its end makes a name no other one.
+  if (server.server.ends_with('.')) server.server.pop_back();
   return util::AsciiLowerCased(server.WithoutPage());
 }
 

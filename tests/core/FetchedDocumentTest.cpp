@@ -106,8 +106,10 @@ TEST_F(FetchedDocumentTest, InsertsNoStoreOnTheServerOfAnother) {
 TEST_F(FetchedDocumentTest, SpellsNoServerOfAnotherSoThatItPassesForADifferentOne) {
   Hold({Store(L"named", L"https://b\u00FCcher.example/x")});
   EXPECT_FALSE(Answers(At(L"n1", L"https://other.example:/x") + At(L"n2", L"https://%6Fther.example/x") +
-                       At(L"n3", L"https://xn--bcher-kva.example/y")));
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("n1"), Foreign("n2"), Foreign("n3")));
+                       At(L"n3", L"https://xn--bcher-kva.example/y") +
+                       At(L"n4", L"https://other.example./x")));
+  EXPECT_THAT(SystemLogFake::TakeLines(),
+              ElementsAre(Foreign("n1"), Foreign("n2"), Foreign("n3"), Foreign("n4")));
 }
 
 TEST_F(FetchedDocumentTest, MovesNoStoreOntoTheServerOfAnother) {
