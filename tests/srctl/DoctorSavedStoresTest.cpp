@@ -105,6 +105,32 @@ TEST_F(DoctorOfSavedStores, AFileThatCannotBeReadIsToldAndReadWhenItCan) {
   ExpectNoProblem();
 }
 
+TEST_F(DoctorOfSavedStores, NoCommandTakesAFileThatCannotBeReadForAListWithoutStores) {
+  const testsupport::StoreText store = WorkingStore("s1", "One");
+  GiveStores({store});
+  StartWithoutTheFile();
+  const std::string file = agent_.Write("a.cr", testsupport::ServiceRecordDocument({store})).string();
+  const std::string document = agent_.Write("d.xml", testsupport::DiscoveryDocument({store})).string();
+  for (const std::vector<std::string>& command :
+       std::vector<std::vector<std::string>>{{"list"},
+                                             {"list", "--json"},
+                                             {"show", "s1"},
+                                             {"delete", "s1"},
+                                             {"default-gateway", "--id", "s1", "Branch"},
+                                             {"default-gateway", "--url", store.url, "Branch"},
+                                             {"gateway", store.url},
+                                             {"open", file},
+                                             {"discover", document}}) {
+    const SrctlRun run = Srctl(command);
+    EXPECT_EQ(run.status, 1) << command.front();
+    EXPECT_THAT(run.output, IsEmpty()) << command.front();
+    EXPECT_EQ(run.errors,
+              "srctl: The agent cannot read the file with your stores now; until it can, its list is empty "
+              "and cannot be changed. What to do: srctl doctor\n")
+        << command.front();
+  }
+}
+
 TEST_F(DoctorOfSavedStores, WhatIsNotKnownIsNotChanged) {
   GiveStores({WorkingStore("s1", "One")});
   StartWithoutTheFile();

@@ -40,7 +40,9 @@ class AgentClient {
   // The folder of the dialogs' plug-in.
   [[nodiscard]] std::optional<std::string> UIBundlePath();
 
-  // Whether the agent's list and its file agree: "good", "unsaved" or "unreadable".
+  // Whether the agent's list and its file agree: "good", or one of these.
+  static constexpr char kUnsaved[] = "unsaved";
+  static constexpr char kUnreadable[] = "unreadable";
   [[nodiscard]] std::optional<std::string> StateOfSavedStores();
 
   // A network location, as Wayfinder numbers them.

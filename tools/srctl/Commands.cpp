@@ -68,11 +68,12 @@ Status Open(const std::string& file) {
     const std::optional<bool> accepted = agent.OpenFile(place.string());
     if (!accepted) return ReportUnreachable(agent.Problem());
     if (!*accepted) {
-      return Refuse("No store of " + Quoted(file) +
-                    " was added. If you were not asked, the agent has no terminal to ask on: set "
-                    "SERVICERECORDS_TERMINAL as its README says. To see any other reason, switch the log on "
-                    "(srctl logging on), open the file again and read "
-                    "~/Library/Logs/ServiceRecord.log");
+      return RefuseForList(
+          agent, "No store of " + Quoted(file) +
+                     " was added. If you were not asked, the agent has no terminal to ask on: set "
+                     "SERVICERECORDS_TERMINAL as its README says. To see any other reason, switch the log on "
+                     "(srctl logging on), open the file again and read "
+                     "~/Library/Logs/ServiceRecord.log");
     }
     std::cout << "The store list was updated from " << Quoted(file) << ". See it with: srctl list\n";
     return Status::Done;
@@ -83,6 +84,7 @@ Status List(printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto stores = agent.AllStores();
     if (!stores) return ReportUnreachable(agent.Problem());
+    if (stores->empty() && CannotReadStores(agent)) return RefuseWithoutStores();
     printing::PrintStores(std::cout, *stores, format);
     return Status::Done;
   });
@@ -92,7 +94,8 @@ Status Show(const std::string& id, printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto store = agent.StoreForID(id);
     if (!store) return ReportUnreachable(agent.Problem());
-    if (store->id.empty()) return Refuse("There is no store with the id " + Quoted(id) + ". Ids: srctl list");
+    if (store->id.empty())
+      return RefuseForList(agent, "There is no store with the id " + Quoted(id) + ". Ids: srctl list");
     printing::PrintStore(std::cout, *store, format);
     return Status::Done;
   });
@@ -102,7 +105,8 @@ Status Delete(const std::string& id) {
   return WithAgent([&](AgentClient& agent) {
     const auto deleted = agent.DeleteStore(id);
     if (!deleted) return ReportUnreachable(agent.Problem());
-    if (!*deleted) return Refuse("There is no store with the id " + Quoted(id) + ". Ids: srctl list");
+    if (!*deleted)
+      return RefuseForList(agent, "There is no store with the id " + Quoted(id) + ". Ids: srctl list");
     std::cout << "Deleted the store " << Quoted(id) << ".\n";
     return Status::Done;
   });
@@ -114,8 +118,9 @@ Status DefaultGateway(const StoreChoice& store, const std::string& gateway) {
                                   : agent.SetDefaultGatewayForStoreURL(*store.url, gateway);
     if (!changed) return ReportUnreachable(agent.Problem());
     if (!*changed) {
-      return Refuse("There is no store " + Quoted(store.id ? *store.id : *store.url) +
-                    " with a gateway named " + Quoted(gateway) + ". Gateways of a store: srctl show ID");
+      return RefuseForList(agent, "There is no store " + Quoted(store.id ? *store.id : *store.url) +
+                                      " with a gateway named " + Quoted(gateway) +
+                                      ". Gateways of a store: srctl show ID");
     }
     std::cout << "The default gateway is now " << Quoted(gateway) << ".\n";
     return Status::Done;
@@ -139,6 +144,7 @@ Status Discover(const std::string& file) {
   }
   return WithAgent([&](AgentClient& agent) {
     if (!agent.HandOverDiscoveryDocument(document)) return ReportUnreachable(agent.Problem());
+    if (CannotReadStores(agent)) return RefuseWithoutStores();
     for (const auto& [id, store] : check.stores) {
       std::cout << "Handed over the store " << Quoted(util::narrow(id)) << " ("
                 << TerminalText::OneLine(util::narrow(store.GetStoreName())) << ").\n";

@@ -23,8 +23,6 @@ using namespace std::chrono_literals;
 constexpr auto kDecisionTime = 12s;
 
 constexpr char kNoAnswer[] = "the agent does not answer";
-constexpr char kUnsaved[] = "unsaved";
-constexpr char kUnreadable[] = "unreadable";
 
 Finding Unanswered(const std::string& problem) {
   return {
@@ -58,13 +56,13 @@ Finding NotLookedAt(const std::string& check, const std::string& reason) {
 
 void CheckSavedStores(const std::string& state, const FindingReport& report) {
   constexpr char kReason[] = "The system log says why: journalctl --user -t ServiceRecords";
-  if (state == kUnsaved) {
+  if (state == AgentClient::kUnsaved) {
     report(
         {Result::Problem, "saved stores",
          "The agent could not save its list of stores. It goes on with it and tries again, but what was not "
          "saved is lost when the agent ends.",
          std::string("Make room on the disk, or make the file one that you may write. ") + kReason});
-  } else if (state == kUnreadable) {
+  } else if (state == AgentClient::kUnreadable) {
     report(
         {Result::Problem, "saved stores",
          "The agent could not read the file with your stores. Until it can, which it tries again and again, "
@@ -107,7 +105,7 @@ Status Doctor(printing::Format format) {
   if (answers.savedStores) CheckSavedStores(*answers.savedStores, report);
   if (!answers.stores) {
     report(NotLookedAt("stores", kNoAnswer));
-  } else if (answers.savedStores == kUnreadable) {
+  } else if (answers.savedStores == AgentClient::kUnreadable) {
     report(NotLookedAt("stores", "the agent could not read the file"));
   } else {
     CheckStores(*agent, *answers.stores, report);

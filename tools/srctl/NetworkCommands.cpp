@@ -45,8 +45,9 @@ Status Gateway(const std::string& url, printing::Format format) {
     const auto found = agent.CurrentGatewayForStore(url);
     if (!found) return ReportUnreachable(agent.Problem());
     if (found->empty()) {
-      return Refuse("There is no gateway for " + Quoted(url) +
-                    ": no store has that address, or the store has no gateways. Stores: srctl list");
+      return RefuseForList(
+          agent, "There is no gateway for " + Quoted(url) +
+                     ": no store has that address, or the store has no gateways. Stores: srctl list");
     }
     printing::PrintCurrentGateway(std::cout, found->front(), format);
     return Status::Done;

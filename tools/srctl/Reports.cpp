@@ -11,6 +11,20 @@ Status Refuse(const std::string& message) {
   return Status::Refused;
 }
 
+Status RefuseForList(AgentClient& agent, const std::string& message) {
+  return CannotReadStores(agent) ? RefuseWithoutStores() : Refuse(message);
+}
+
+bool CannotReadStores(AgentClient& agent) {
+  return agent.StateOfSavedStores() == AgentClient::kUnreadable;
+}
+
+Status RefuseWithoutStores() {
+  return Refuse(
+      "The agent cannot read the file with your stores now; until it can, its list is empty and cannot be "
+      "changed. What to do: srctl doctor");
+}
+
 Status ReportUnreachable(const std::string& problem) {
   std::cerr
       << "srctl: The agent cannot be reached: " << TerminalText::OneLine(problem)

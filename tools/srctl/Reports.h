@@ -11,6 +11,12 @@ namespace commands {
 
 // Says on standard error why nothing was done, and what to do.
 [[nodiscard]] Status Refuse(const std::string& message);
+// The same where a list without stores would be the reason, and while the agent cannot read the stores is
+// not.
+[[nodiscard]] Status RefuseForList(AgentClient& agent, const std::string& message);
+// Whether the agent cannot read the file with the stores. Its list is empty then.
+[[nodiscard]] bool CannotReadStores(AgentClient& agent);
+[[nodiscard]] Status RefuseWithoutStores();
 // Says on standard error that there is no agent to talk to. `problem`: the reason, as AgentClient gives it.
 [[nodiscard]] Status ReportUnreachable(const std::string& problem);
 
