@@ -44,6 +44,7 @@ class SrctlWithoutAgent : public testing::Test {
     EXPECT_THAT(run.output, IsEmpty());
     EXPECT_THAT(run.errors, HasSubstr("srctl: The agent cannot be reached: "));
     EXPECT_THAT(run.errors, HasSubstr(reason));
+    EXPECT_THAT(run.errors, HasSubstr("One that hangs is ended by: pkill -x ServiceRecords"));
   }
 
   // The bus lets everybody own names, but has nobody to start.

@@ -56,9 +56,10 @@ TEST(SrctlUsage, ACommandHasToBeNamed) {
 }
 
 TEST(SrctlUsage, AnUnknownCommandIsNamed) {
-  ExpectUsageError({"lst"}, "There is no command \"lst\"");
-  ExpectUsageError({"help"}, "There is no command \"help\"");
-  ExpectUsageError({""}, "There is no command \"\"");
+  ExpectUsageError({"lst"}, "There is no command or option \"lst\"");
+  ExpectUsageError({"help"}, "There is no command or option \"help\"");
+  ExpectUsageError({"--lst"}, "There is no command or option \"--lst\"");
+  ExpectUsageError({""}, "There is no command or option \"\"");
 }
 
 TEST(SrctlUsage, AMissingArgumentIsNamed) {

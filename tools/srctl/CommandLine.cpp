@@ -47,7 +47,8 @@ std::string UsageProblem(const CLI::App* app, const CLI::Error& error) {
   const std::vector<std::string> unknown = app->remaining();
   std::string problem = error.what();
   if (commands.empty()) {
-    problem = unknown.empty() ? "Name a command" : "There is no command \"" + unknown.front() + "\"";
+    problem =
+        unknown.empty() ? "Name a command" : "There is no command or option \"" + unknown.front() + "\"";
   }
   const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
   return "srctl: " + TerminalText::OneLine(problem) + ". How it is used: srctl " + command + "--help\n";

@@ -5,6 +5,7 @@
 #include "FindingPrinter.h"
 #include "InstallationChecks.h"
 #include "LocationReasons.h"
+#include "Reports.h"
 #include "StoreChecks.h"
 
 #include <algorithm>
@@ -25,10 +26,7 @@ constexpr auto kDecisionTime = 12s;
 constexpr char kNoAnswer[] = "the agent does not answer";
 
 Finding Unanswered(const std::string& problem) {
-  return {
-      Result::Problem, "agent", "It cannot be reached: " + problem + ".",
-      "Run srctl in a desktop session in which the agent is installed. Its system log says why it does not "
-      "start: journalctl --user -t ServiceRecords"};
+  return {Result::Problem, "agent", "It cannot be reached: " + problem + ".", kReachTheAgent};
 }
 
 // What the agent told, as far as it did.

@@ -26,10 +26,8 @@ Status RefuseWithoutStores() {
 }
 
 Status ReportUnreachable(const std::string& problem) {
-  std::cerr
-      << "srctl: The agent cannot be reached: " << TerminalText::OneLine(problem)
-      << ".\nRun srctl in a desktop session in which the agent is installed. Its system log says why it does "
-         "not start: journalctl --user -t ServiceRecords\n";
+  std::cerr << "srctl: The agent cannot be reached: " << TerminalText::OneLine(problem) << ".\n"
+            << kReachTheAgent << '\n';
   return Status::Unreachable;
 }
 

@@ -9,6 +9,12 @@
 // How commands say why they end. One thread.
 namespace commands {
 
+// What to do when the agent does not answer.
+inline constexpr char kReachTheAgent[] =
+    "Run srctl in a desktop session in which the agent is installed. Its system log says why it does not "
+    "start: "
+    "journalctl --user -t ServiceRecords. One that hangs is ended by: pkill -x ServiceRecords";
+
 // Says on standard error why nothing was done, and what to do.
 [[nodiscard]] Status Refuse(const std::string& message);
 // The same where a list without stores would be the reason, and while the agent cannot read the stores is

@@ -82,6 +82,7 @@ Answer NotContacted(std::int64_t errorCode) {
       return answer("the name of the proxy is not known here",
                     "Check the proxy in your network settings (the variables https_proxy and all_proxy).");
     case CURLE_OPERATION_TIMEDOUT:
+    case CURLE_ABORTED_BY_CALLBACK:  // by the watch over the transfer's time
       return answer("it does not answer in time", kCheckAddress);
     case CURLE_COULDNT_CONNECT:
       return answer("nobody takes the connection", kCheckAddress);
