@@ -3,6 +3,7 @@
 #include "support/ChildProcess.h"
 #include "support/TemporaryFolder.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -20,9 +21,12 @@ class FakeNetworkManager {
     std::string address;  // IPv4
     bool isVPN = true;
   };
-  // A manager that is `silent` owns its name and answers nothing.
+  // A manager that is `silent` owns its name and answers nothing; what it is asked is counted.
   explicit FakeNetworkManager(Connection second, bool silent = false);
   ~FakeNetworkManager();
+
+  // How often a silent one was asked so far.
+  [[nodiscard]] int Questions() const { return questions_; }
 
   struct Properties;
 
@@ -33,7 +37,7 @@ class FakeNetworkManager {
   TemporaryFolder folder_;
   std::unique_ptr<ChildProcess> daemon_;
   std::unique_ptr<Properties> properties_;
-  bool silent_;
+  std::atomic<int> questions_ = 0;
   sd_bus* bus_ = nullptr;
   int stop_ = -1;
   std::thread thread_;

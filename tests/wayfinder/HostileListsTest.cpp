@@ -9,15 +9,12 @@
 #include <gmock/gmock.h>
 
 using std::chrono::seconds;
-using std::chrono::steady_clock;
 using testsupport::ComesTrue;
 using testsupport::OpenDescriptors;
 using testsupport::RecordedService;
 using testsupport::RunningThreads;
 
 namespace {
-
-constexpr seconds kAtMost{12};  // ten, and a slow machine
 
 // Beacons that answer nothing, refuse, and are no addresses.
 std::vector<std::string> HostileBeacons(std::size_t count, std::uint16_t silentPort) {
@@ -38,12 +35,13 @@ TEST(HostileLists, TenThousandBeaconsMakeNoAnswerLateAndLeaveNothingBehind) {
   const long threads = RunningThreads();
   {
     RecordedService service;
-    const auto start = steady_clock::now();
+    service.StopTime();
     service.SetStores({{"https://store", HostileBeacons(10'000, silent.port), {}}});
+    ASSERT_TRUE(service.WaitForMessage("network")) << "the round has not begun";
+    service.PassTime(seconds(9));
     EXPECT_EQ(service.LocationOf("https://store"), Wayfinder::kDeciding);
-    EXPECT_LT(steady_clock::now() - start, seconds(4)) << "a caller never waits for a probe";
+    service.PassTime(seconds(1));
     ASSERT_TRUE(service.WaitForLocation("https://store", Wayfinder::kNone));
-    EXPECT_LT(steady_clock::now() - start, kAtMost);
     EXPECT_LE(RunningThreads(), threads + 1);
     EXPECT_LE(OpenDescriptors(), descriptors + 100);
     EXPECT_TRUE(service.WaitForMessage("store https://store: none, 0 of 10000 internal beacons answered"));
@@ -60,14 +58,16 @@ TEST(HostileLists, NamesThatAreNeverFoundMakeNoAnswerLateAndLeaveNothingBehind) 
     std::vector<std::string> beacons;
     for (int i = 0; i < 1000; ++i) beacons.push_back("https://host" + std::to_string(i) + ".example");
     RecordedService service(resolver.Resolver());
-    const auto start = steady_clock::now();
+    service.StopTime();
     service.SetStores({{"https://store", beacons, {}}});
+    ASSERT_TRUE(service.WaitForMessage("network")) << "the round has not begun";
+    EXPECT_EQ(service.LocationOf("https://store"), Wayfinder::kDeciding);
+    service.PassTime(seconds(10));
     ASSERT_TRUE(service.WaitForLocation("https://store", Wayfinder::kNone));
-    EXPECT_LT(steady_clock::now() - start, kAtMost);
-    EXPECT_LE(RunningThreads(), threads + 1 + Wayfinding::HostLookups::kMostThreads);
-    const auto end = steady_clock::now();
+    const long withLookups = RunningThreads();
+    EXPECT_LE(withLookups, threads + 1 + static_cast<long>(Wayfinding::HostLookups::kMostThreads));
     service.End();
-    EXPECT_LT(steady_clock::now() - end, seconds(2));
+    EXPECT_TRUE(ComesTrue([withLookups] { return RunningThreads() < withLookups; })) << "it waits for them";
   }
   resolver.Release();
   EXPECT_TRUE(ComesTrue([threads] { return RunningThreads() <= threads; }));
@@ -110,22 +110,21 @@ TEST(HostileLists, NamesOfThisMachineAreNotLookedUpHoweverTheyAreSpelt) {
 TEST(HostileLists, OneStoresManyBeaconsDoNotKeepAnotherStoreWaiting) {
   const testsupport::LoopbackListener silent;
   RecordedService service;
-  const auto start = steady_clock::now();
+  service.StopTime();  // so that nothing is cut off
   service.SetStores({{"https://many", HostileBeacons(4'000, silent.port), {}},
                      {"https://few", {"http://127.0.0.1:1/"}, {}}});
   ASSERT_TRUE(service.WaitForLocation("https://few", Wayfinder::kNone));
-  EXPECT_LT(steady_clock::now() - start, seconds(5));
   EXPECT_EQ(service.LocationOf("https://many"), Wayfinder::kDeciding);
 }
 
 TEST(HostileLists, TheEndWaitsForNoTransfer) {
   const testsupport::LoopbackListener silent;
+  const long descriptors = OpenDescriptors();
   RecordedService service;
   service.SetStores({{"https://store", HostileBeacons(1'000, silent.port), {}}});
   ASSERT_TRUE(service.WaitForMessage("network"));
-  const auto start = steady_clock::now();
   service.End();
-  EXPECT_LT(steady_clock::now() - start, seconds(2));
+  EXPECT_EQ(OpenDescriptors(), descriptors) << "the thread has not ended, or not its transfers";
 }
 
 TEST(HostileLists, AnAddressCannotForgeAMessage) {

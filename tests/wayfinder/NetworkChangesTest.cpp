@@ -1,5 +1,4 @@
 #include "libs/Wayfinder/NetworkMonitor.h"
-#include "libs/Wayfinder/ProbeRound.h"
 #include "libs/Wayfinder/RoundSchedule.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "support/TemporaryFolder.h"
@@ -16,7 +15,6 @@
 #include <fstream>
 #include <optional>
 
-using std::chrono::steady_clock;
 using testing::Pair;
 using testsupport::AddressServer;
 using testsupport::kGood;
@@ -56,7 +54,7 @@ TEST_F(NetworkChanges, ANewNetworkIsUndecidedUntilItsFirstAnswer) {
   IP({"address", "add", "10.1.0.9/24", "dev", "near0"});
   ASSERT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kDeciding));
   EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kDeciding);
-  ASSERT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kNone, std::chrono::seconds(12)));
+  ASSERT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kNone));
 }
 
 TEST_F(NetworkChanges, ABurstOfChangesMakesOneRound) {
@@ -77,11 +75,11 @@ TEST_F(NetworkChanges, ANetworkThatIsLostAndLooksTheSameAgainIsAskedAgain) {
 }
 
 TEST_F(NetworkChanges, TheAnswerOfALostNetworkIsNotServed) {
-  const auto start = steady_clock::now();
+  service_.StopTime();  // so that nothing is gathered
   IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
   EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kDeciding));
-  EXPECT_LT(steady_clock::now() - start, Wayfinding::RoundSchedule::kGatheringTime);
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
+  service_.PassTime(Wayfinding::RoundSchedule::kGatheringTime);
   EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
 }
 
@@ -91,13 +89,11 @@ TEST_F(NetworkChanges, ALossDuringARoundBeginsItAfresh) {
   RecordedService service([&lookups, hang = hanging.Resolver()](const std::string& host) {
     return ++lookups == 1 ? hang(host) : std::vector<std::string>{"10.1.0.2"};
   });
-  const auto start = steady_clock::now();
   service.SetStores({{kStore, {"http://intranet.example/"}, {}}});
   ASSERT_TRUE(testsupport::ComesTrue([&lookups] { return lookups == 1; }));
   IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN));
-  EXPECT_LT(steady_clock::now() - start, Wayfinding::ProbeRound::kProbeTime);
   EXPECT_THAT(service.Changes(), testing::ElementsAre(Pair(kStore, Wayfinder::kLAN)));
 }
 

@@ -125,7 +125,7 @@ TEST_F(PortalOfOnePage, IsSeenByAnExternalBeaconThatItAnswersForToo) {
 TEST_F(PortalOfOnePage, IsSeenByAnExternalBeaconOfAnotherStore) {
   RecordedService service(EveryHostAt({"10.1.0.254"}));
   service.SetStores({{kStore, {"http://intranet.example/"}, {}},
-                     {kOther, {"http://10.1.0.99/"}, {"http://gateway.example/"}}});
+                     {kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}}});
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kNone))
       << testing::PrintToString(service.Messages());
   ExpectNeverOnLAN(service);
@@ -134,7 +134,7 @@ TEST_F(PortalOfOnePage, IsSeenByAnExternalBeaconOfAnotherStore) {
 TEST_F(PortalOfOnePage, IsRememberedWhenOnlyTheStoreWithoutAnAnswerIsAskedAgain) {
   RecordedService service(EveryHostAt({"10.1.0.254"}));
   service.SetStores({{kStore, {"http://intranet.example/"}, {}},
-                     {kOther, {"http://10.1.0.99/"}, {"http://gateway.example/"}}});
+                     {kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}}});
   EXPECT_TRUE(service.WaitForMessage("stores without an answer: 1, repetition 3"))
       << testing::PrintToString(service.Messages());
   ExpectNeverOnLAN(service);

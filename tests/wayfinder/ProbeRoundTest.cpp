@@ -181,11 +181,9 @@ TEST(ProbeRound, ARedirectWithinAnInternationalHostIsAnAnswer) {
 TEST(ProbeRound, AnOpenPortProvesNothing) {
   const LoopbackListener plain;
   const LoopbackListener secure;
-  const auto start = std::chrono::steady_clock::now();
   const auto outcomes =
       AskAll({At(plain.port), At(secure.port, "https://127.0.0.1"), At(plain.port, "localhost")});
   for (const ProbeOutcome& outcome : outcomes) EXPECT_EQ(outcome.answer, ProbeAnswer::None);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(7));
 }
 
 TEST(ProbeRound, WhatIsNotHTTPIsNoAnswer) {

@@ -9,6 +9,8 @@ namespace {
 using PropertyList::Array;
 using PropertyList::Dictionary;
 
+constexpr std::chrono::seconds kHangs{60};
+
 Array Beacons(const std::vector<std::string>& locations) {
   Array beacons;
   for (const std::string& location : locations)
@@ -25,14 +27,23 @@ Dictionary StoreEntry(const StoreAndBeacons& store) {
 
 }  // namespace
 
-RecordedService::RecordedService(Wayfinding::HostLookups::Resolver resolver) {
-  service_.emplace(Parts(std::move(resolver)));
+RecordedService::RecordedService(Wayfinding::HostLookups::Resolver resolver,
+                                 std::chrono::milliseconds pauseAfterFailure) {
+  Wayfinding::LocationParts parts = Parts(std::move(resolver));
+  parts.pauseAfterFailure = pauseAfterFailure;
+  service_.emplace(std::move(parts));
+}
+
+std::chrono::steady_clock::time_point RecordedService::Now() const {
+  const auto stopped = stoppedAt_.load();
+  const bool isStopped = stopped != std::chrono::steady_clock::time_point();
+  return (isStopped ? stopped : std::chrono::steady_clock::now()) + std::chrono::seconds(passed_);
 }
 
 Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolver resolver) {
   const auto findNothing = [](const std::string& /*host*/) { return std::vector<std::string>(); };
   Wayfinding::LocationParts parts = Wayfinding::LocationParts::Defaults();
-  parts.now = [this] { return std::chrono::steady_clock::now() + std::chrono::seconds(passed_); };
+  parts.now = [this] { return Now(); };
   parts.chance = [] { return 0.0; };
   parts.resolver = resolver ? std::move(resolver) : findNothing;
   parts.logIsWanted = [] { return true; };
@@ -63,10 +74,9 @@ std::uint32_t RecordedService::LocationOf(const std::string& url) {
   return static_cast<std::uint32_t>(service_->LocationOf(url));
 }
 
-bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t location,
-                                      std::chrono::seconds limit) {
+bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t location) {
   std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, limit, [&] {
+  return changed_.wait_for(lock, kHangs, [&] {
     const auto last = std::find_if(changes_.rbegin(), changes_.rend(),
                                    [&url](const Change& change) { return change.first == url; });
     // What was given out last may be of a list that has been replaced since.
@@ -76,7 +86,7 @@ bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t loca
 
 bool RecordedService::WaitForMessage(const std::string& text, int count) {
   std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, std::chrono::seconds(20), [&] {
+  return changed_.wait_for(lock, kHangs, [&] {
     return std::count_if(messages_.begin(), messages_.end(), [&text](const std::string& message) {
              return message.find(text) != std::string::npos;
            }) >= count;

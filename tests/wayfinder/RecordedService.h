@@ -27,20 +27,22 @@ class RecordedService {
   using Change = std::pair<std::string, std::uint32_t>;
 
   // Without a resolver, no name is found.
-  explicit RecordedService(Wayfinding::HostLookups::Resolver resolver = {});
+  explicit RecordedService(Wayfinding::HostLookups::Resolver resolver = {},
+                           std::chrono::milliseconds pauseAfterFailure = std::chrono::milliseconds(1));
 
   void SetStores(const std::vector<StoreAndBeacons>& stores);
   [[nodiscard]] std::uint32_t LocationOf(const std::string& url);
   // The service's clock jumps.
   void PassTime(std::chrono::seconds time) { passed_ += time.count(); }
+  // The service's clock goes on only when it jumps.
+  void StopTime() { stoppedAt_ = std::chrono::steady_clock::now(); }
 
   // The service's thread meets an exception at its next turn.
   void FailOnce() { fails_ = true; }
   [[nodiscard]] std::uint32_t Flags() const { return service_->Flags(); }
 
-  // Waits until the store's last change is this location; false when it is not within the time.
-  [[nodiscard]] bool WaitForLocation(const std::string& url, std::uint32_t location,
-                                     std::chrono::seconds limit = std::chrono::seconds(20));
+  // Waits until the store's last change is this location; false when it never is.
+  [[nodiscard]] bool WaitForLocation(const std::string& url, std::uint32_t location);
   // Waits for so many messages that contain the text.
   [[nodiscard]] bool WaitForMessage(const std::string& text, int count = 1);
   [[nodiscard]] std::vector<std::string> Messages() const;
@@ -50,12 +52,14 @@ class RecordedService {
 
  private:
   [[nodiscard]] Wayfinding::LocationParts Parts(Wayfinding::HostLookups::Resolver resolver);
+  [[nodiscard]] std::chrono::steady_clock::time_point Now() const;
 
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<std::string> messages_;
   std::vector<Change> changes_;
   std::atomic<long> passed_ = 0;
+  std::atomic<std::chrono::steady_clock::time_point> stoppedAt_{std::chrono::steady_clock::time_point()};
   std::atomic<bool> fails_ = false;
   std::optional<Wayfinding::LocationService> service_;
 };

@@ -46,7 +46,8 @@ LocationParts LocationParts::Defaults() {
           .logIsWanted = [] { return false; },
           .log = [](const std::string& /*message*/) {},
           .changesAreWanted = [] { return false; },
-          .changed = [](const std::string& /*storeURL*/, NetworkLocation /*location*/) {}};
+          .changed = [](const std::string& /*storeURL*/, NetworkLocation /*location*/) {},
+          .pauseAfterFailure = std::chrono::seconds(3)};
 }
 
 LocationLoop::LocationLoop(const LocationParts& parts, HostLookups& lookups, StoreLocations& locations,

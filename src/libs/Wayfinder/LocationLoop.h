@@ -28,6 +28,7 @@ struct LocationParts {
   std::function<void(const std::string& message)> log;
   std::function<bool()> changesAreWanted;
   std::function<void(const std::string& storeURL, NetworkLocation location)> changed;
+  std::chrono::milliseconds pauseAfterFailure;
 
   // The system's clock, chance and name lookup; messages and changes are dropped.
   static LocationParts Defaults();

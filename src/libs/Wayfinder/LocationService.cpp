@@ -111,11 +111,10 @@ void LocationService::Shared::Run() {
 }
 
 void LocationService::Shared::WaitAfterFailure() const {
-  constexpr std::chrono::milliseconds kPause = std::chrono::seconds(3);
   wake.Clear();
   if (orders.stop) return;  // looked at after the event is cleared, or the order could be missed
   pollfd event{wake.Descriptor(), POLLIN, 0};
-  ::poll(&event, 1, static_cast<int>(kPause.count()));
+  ::poll(&event, 1, static_cast<int>(parts.pauseAfterFailure.count()));
 }
 
 std::uint32_t ReachabilityFlags(int tunnelLink) {
