@@ -4,7 +4,6 @@
 #include "warden/ScriptedCredentials.h"
 
 #include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 
@@ -173,9 +172,8 @@ TEST_F(DiscoveryConfirmation, TerminationEndsTheWaitForTheLocation) {
     return std::find(messages.begin(), messages.end(), "-> Outbound SR DS confirmation started") !=
            messages.end();
   }));
-  const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(agent_.Terminate(), 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_THAT(agent_.LogMessages(), Contains("<- Outbound DS confirmation finished"));
 }
 
 // A gateway with a log-on stands before the stores' network, and the machine outside of it.
