@@ -54,14 +54,16 @@ void SRProvider::InboundUpdate(const std::wstring& document, bool& updated) {
   SR_TRACE(0) << "-> Inbound SR update started. Document contents: " << document;
   updated = false;
   StoreMap parsed = ReadDocument(document, true);
-  if (!parsed.empty()) {
+  bool hasStores = !parsed.empty();
+  if (hasStores) {
     SR_TRACE(0) << "...SR document parsed successfully.";
     if (MayChangeOrTell(util::kMessageDiscoveryTitle)) {
       const CriticalSectionLock lock(*lock_);
-      MergeStores(parsed, true, updated);
+      hasStores = MergeWithinBounds(parsed, true, updated);
       if (updated) SaveAndPublish();
     }
-  } else {
+  }
+  if (!hasStores) {
     SR_TRACE(2) << "...Failed to parse SR document.";
     Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageDiscoveryTitle),
                                       util::MessageFromResourceW(util::kMessageNotAServiceRecord));
@@ -79,6 +81,10 @@ StoreMap SRProvider::ReadDocument(const std::wstring& document, bool dsTrusted) 
 }
 
 void SRProvider::MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated) {
+  static_cast<void>(MergeWithinBounds(incoming, dsTrusted, updated));
+}
+
+bool SRProvider::MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated) {
   updated = false;
   StoreMap changed;  // put into the list at the end, so that a failure on the way leaves it as it was
   for (auto& [id, store] : incoming) {
@@ -94,13 +100,17 @@ void SRProvider::MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated) 
       changed.emplace(id, held->second).first->second.Merge(store, dsTrusted);
     }
   }
-  if (changed.empty()) return;
-  if (const auto bound = BoundPassed(stores_, changed)) return RefuseBeyond(*bound);
+  if (changed.empty()) return true;
+  if (const auto bound = BoundPassed(stores_, changed)) {
+    RefuseBeyond(*bound);
+    return false;
+  }
   for (auto& [id, store] : changed) {
     if (const auto held = stores_.find(id); held != stores_.end()) held->second = std::move(store);
   }
   stores_.merge(changed);
   updated = true;
+  return true;
 }
 
 bool SRProvider::RemoveStore(const std::wstring& id) {
@@ -145,9 +155,7 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
   }
   StoreMap stores = ReadDocument(text, false);
   if (stores.empty()) {
-    const std::wstring message = util::MessageFromResourceW(util::kMessageNotAServiceRecord);
-    SR_TRACE(2) << "..." << message;
-    Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle), message);
+    TellNoStores();
   } else if (MayChangeOrTell(util::kMessageStoreTitle)) {
     SR_TRACE(0) << "...SR document parsed successfully.";
     for (auto entry = stores.begin(); entry != stores.end();) {
@@ -158,18 +166,26 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
         entry = stores.erase(entry);
       }
     }
-    MergeAccepted(stores, accepted);
+    // While the user was asked, others may have filled the list.
+    if (!MergeAccepted(stores, accepted)) TellNoStores();
   }
   SR_TRACE(0) << "<- Outbound SR User confirmation finished. File: " << filePath;
 }
 
-void SRProvider::MergeAccepted(StoreMap& stores, StoreMap& accepted) {
+void SRProvider::TellNoStores() const {
+  const std::wstring message = util::MessageFromResourceW(util::kMessageNotAServiceRecord);
+  SR_TRACE(2) << "..." << message;
+  Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle), message);
+}
+
+bool SRProvider::MergeAccepted(StoreMap& stores, StoreMap& accepted) {
   const CriticalSectionLock lock(*lock_);
   bool updated = false;
-  MergeStores(stores, false, updated);
-  if (!updated) return;
+  if (!MergeWithinBounds(stores, false, updated)) return false;
+  if (!updated) return true;
   accepted = stores;  // also those whose replacement the user declined
   SaveAndPublish();
+  return true;
 }
 
 bool SRProvider::VerifyUserTrust(SRStore& store) {

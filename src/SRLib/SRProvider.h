@@ -118,7 +118,11 @@ class SRProvider {
   bool MayChangeOrTell(int title);
   void Save();
   void SaveAndPublish();
-  void MergeAccepted(StoreMap& stores, StoreMap& accepted);
+  // MergeStores; false when nothing was merged because the list would pass a bound.
+  bool MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated);
+  [[nodiscard]] bool MergeAccepted(StoreMap& stores, StoreMap& accepted);
+  // Tells the user that an opened file counts as one without stores.
+  void TellNoStores() const;
   bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
                               const std::wstring& gatewayName);
 

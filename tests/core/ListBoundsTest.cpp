@@ -162,6 +162,38 @@ TEST_F(ListBoundsTest, NobodyIsAskedAboutAFileThatPassesABound) {
   ExpectRefusal("10000 stores");
 }
 
+TEST_F(ListBoundsTest, AFileForWhichTheListWasFilledMeanwhileCountsAsOneWithoutStores) {
+  StubSSLValidationFactory server;
+  server.Answer(L"https://new.example/store/discovery", SSLOutcome::Trusted(L"", L""));
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce([this] {
+    EXPECT_TRUE(Merge(Many(10000)));
+    Forget();
+    return 100;
+  });
+  const TemporaryFolder folder;
+  const auto path = folder.Path() / "opened.cr";
+  std::ofstream(path) << Narrow(ServiceRecord(Service(L"new")));
+  EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1600"s, L"message 1576"s));
+  StoreMap accepted;
+  provider_.OutboundUserConfirm(L"'" + path.wstring() + L"'", accepted);
+  EXPECT_TRUE(accepted.empty());
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("...message 1576").size(), 1U);
+  ExpectRefusal("10000 stores");
+}
+
+TEST_F(ListBoundsTest, ADocumentForWhichTheListWasReadAtLastAndIsFullCountsAsOneWithoutStores) {
+  StoreMap full = Map({WithGateways(L"s", 500)});
+  SRRegistryConfig().SaveStores(full);
+  UserConfiguration().FailReads(true);
+  provider_.RestoreFromRepository();
+  UserConfiguration().FailReads(false);
+  RecordedPublications::Clear();
+  EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1608"s, L"message 1576"s));
+  EXPECT_FALSE(HandIn(Service(L"s", L"<Gateways>" + GatewayElement(L"new") + L"</Gateways>")));
+  EXPECT_EQ(provider_.GetStores().at(L"s").GetGateways().size(), 500U);
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("...Failed to parse SR document.").size(), 1U);
+}
+
 TEST_F(ListBoundsTest, AFetchedDocumentThatPassesABoundIsSkipped) {
   AnswerLocationWith(1);
   const DrivenClock clock;
