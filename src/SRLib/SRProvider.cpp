@@ -317,8 +317,8 @@ bool SRProvider::SetDefaultGatewayForStoreID(const std::wstring& storeID, const 
 
 bool SRProvider::SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
                                         const std::wstring& gatewayName) {
-  const CriticalSectionLock lock(*lock_);
   if (!MayChange()) return false;
+  const CriticalSectionLock lock(*lock_);
   const auto match = std::find_if(stores_.begin(), stores_.end(),
                                   [&](const auto& entry) { return (entry.second.*field)() == value; });
   return match != stores_.end() && match->second.SetDefaultGateway(gatewayName);

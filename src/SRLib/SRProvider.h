@@ -36,10 +36,10 @@ class SRProvider {
   void RestoreFromRepository();
 
   // `startTimer` is called, on any thread, when something that failed is to be tried again, and TryAgain when
-  // the time is over: reading the saved stores, or saving the list. TryAgain is true when it has read the
-  // stores, so that the list is another.
-  void RetryWith(SavedStores::StartTimer startTimer);
-  bool TryAgain();
+  // the time is over: reading the saved stores, or saving the list. `listWasRead` is called, without the
+  // lock, by whichever try or change has read the stores at last, so that the list is another.
+  void RetryWith(SavedStores::StartTimer startTimer, std::function<void()> listWasRead);
+  void TryAgain();
   [[nodiscard]] SavedStores::State StateOfSavedStores() const;
 
   // Not owned. Must be set before any flow that may show a dialog.
@@ -112,10 +112,16 @@ class SRProvider {
   void MergeConfirmed(StoreMap& confirmed, bool& updated);
   // The ids that are removed from now on, for as long as the result is kept. To be read under the lock.
   [[nodiscard]] std::shared_ptr<const std::set<std::wstring>> WatchRemovals();
+  // Takes what was read into the list and publishes it. The caller holds the lock.
+  void TakeReading(SavedStores::Reading reading);
+  // These three are called without the lock. Reads the saved stores, which could not be read before; true
+  // when they are in the list now.
+  bool ReadAgain();
   // Whether the saved stores have been read; tries to read them when they have not.
   bool MayChange();
   // The same; tells the user when not, under the title with that id.
   bool MayChangeOrTell(int title);
+
   void Save();
   void SaveAndPublish();
   // MergeStores; false when nothing was merged because the list would pass a bound.
@@ -128,6 +134,7 @@ class SRProvider {
 
   StoreMap stores_;
   SavedStores saved_;
+  std::function<void()> listWasRead_;
   std::vector<std::weak_ptr<std::set<std::wstring>>> removalWatches_;
   const std::unique_ptr<CGenericCS> lock_;
   IServiceRecordsNotifications* notifications_ = nullptr;

@@ -12,14 +12,36 @@ namespace ServiceRecords {
 
 void SRProvider::RestoreFromRepository() {
   const CriticalSectionLock lock(*lock_);
-  if (std::optional<StoreMap> restored = saved_.Restore()) stores_ = std::move(*restored);
+  TakeReading(SavedStores::Read());
+}
+
+void SRProvider::TakeReading(SavedStores::Reading reading) {
+  saved_.TakeReading(reading);
+  if (reading.stores) stores_ = std::move(*reading.stores);
   SetAllServiceRecordsToList(stores_);
 }
 
+// Reads without the lock: whoever asks for the empty list must not wait for a disk that gives no answer.
+bool SRProvider::ReadAgain() {
+  SavedStores::Reading reading = SavedStores::Read();
+  const bool wasRead = reading.stores.has_value();
+  std::function<void()> listWasRead;
+  {
+    const CriticalSectionLock lock(*lock_);
+    // Another thread has read them, and perhaps changed them since.
+    if (saved_.CurrentState() != SavedStores::State::Unreadable) return true;
+    TakeReading(std::move(reading));
+    listWasRead = listWasRead_;
+  }
+  if (wasRead && listWasRead) listWasRead();
+  return wasRead;
+}
+
 void SRProvider::SaveAllStores() {
+  if (!MayChange()) return;
   // Under the lock, or a merge on another thread would be torn.
   const CriticalSectionLock lock(*lock_);
-  if (MayChange()) SaveAndPublish();
+  SaveAndPublish();
 }
 
 void SRProvider::Save() {
@@ -32,9 +54,7 @@ void SRProvider::SaveAndPublish() {
 }
 
 bool SRProvider::MayChange() {
-  const CriticalSectionLock lock(*lock_);
-  if (saved_.CurrentState() == SavedStores::State::Unreadable) RestoreFromRepository();
-  if (saved_.CurrentState() != SavedStores::State::Unreadable) return true;
+  if (StateOfSavedStores() != SavedStores::State::Unreadable || ReadAgain()) return true;
   SR_TRACE(2) << "...The saved stores cannot be read, so nothing is changed.";
   return false;
 }
@@ -46,20 +66,19 @@ bool SRProvider::MayChangeOrTell(int title) {
   return false;
 }
 
-void SRProvider::RetryWith(SavedStores::StartTimer startTimer) {
+void SRProvider::RetryWith(SavedStores::StartTimer startTimer, std::function<void()> listWasRead) {
   const CriticalSectionLock lock(*lock_);
+  listWasRead_ = std::move(listWasRead);
   saved_.RetryWith(std::move(startTimer));
 }
 
-bool SRProvider::TryAgain() {
-  const CriticalSectionLock lock(*lock_);
-  if (!saved_.TakeRetry()) return false;
-  if (saved_.CurrentState() == SavedStores::State::Unreadable) {
-    RestoreFromRepository();
-    return saved_.CurrentState() == SavedStores::State::Good;
+void SRProvider::TryAgain() {
+  {
+    const CriticalSectionLock lock(*lock_);
+    if (!saved_.TakeRetry()) return;
+    if (saved_.CurrentState() == SavedStores::State::Unsaved) return Save();
   }
-  Save();
-  return false;
+  ReadAgain();
 }
 
 SavedStores::State SRProvider::StateOfSavedStores() const {

@@ -34,17 +34,17 @@ void SavedStores::WaitForRetry() {
   if (startTimer_) startTimer_(delay_);
 }
 
-std::optional<StoreMap> SavedStores::Restore() {
+SavedStores::Reading SavedStores::Read() {
   const std::uint64_t failuresBefore = Failures().reads;
   StoreMap stores = SRRegistryConfig().RestoreStores();
   const Config::StorageFailures failures = Failures();
-  if (failures.reads == failuresBefore) {
-    TakeResult(State::Good, {});
-    return stores;
-  }
-  TakeResult(State::Unreadable,
-             "the stores cannot be read, and are not changed until they can: " + failures.latest);
-  return std::nullopt;
+  if (failures.reads == failuresBefore) return {.stores = std::move(stores), .problem = {}};
+  return {.stores = std::nullopt,
+          .problem = "the stores cannot be read, and are not changed until they can: " + failures.latest};
+}
+
+void SavedStores::TakeReading(const Reading& reading) {
+  TakeResult(reading.stores ? State::Good : State::Unreadable, reading.problem);
 }
 
 void SavedStores::Save(StoreMap& stores) {

@@ -30,8 +30,14 @@ class SavedStores {
   // Whether a try is still wanted, for which the next time is counted from now.
   [[nodiscard]] bool TakeRetry();
 
-  // Nothing when what is saved cannot be read.
-  [[nodiscard]] std::optional<StoreMap> Restore();
+  // What is saved; nothing when it cannot be read, and why.
+  struct Reading {
+    std::optional<StoreMap> stores;
+    std::string problem;
+  };
+  // Takes as long as the disk does. Any thread, with or without the lock.
+  [[nodiscard]] static Reading Read();
+  void TakeReading(const Reading& reading);
   // Not const: a missing beacon list is filled before it is saved.
   void Save(StoreMap& stores);
 

@@ -6,6 +6,8 @@
 #include "support/TemporaryFolder.h"
 
 #include <fstream>
+#include <thread>
+#include <utility>
 
 namespace {
 
@@ -21,12 +23,18 @@ class ProviderSavingTest : public ProviderTest {
   using Delays = std::vector<std::chrono::seconds>;
 
   ProviderSavingTest() {
-    provider_.RetryWith(Timer());
+    provider_.RetryWith(Timer(), [this] { ReadAtLast(); });
     static_cast<void>(SystemLogFake::TakeLines());
   }
 
   SavedStores::StartTimer Timer() {
     return [this](std::chrono::seconds delay) { delays_.push_back(delay); };
+  }
+
+  void ReadAtLast() {
+    ++timesReadAtLast_;
+    EXPECT_FALSE(InsideCriticalSection());
+    EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a"}));
   }
 
   // Each try comes when its time is over.
@@ -49,6 +57,7 @@ class ProviderSavingTest : public ProviderTest {
   }
 
   Delays delays_;
+  int timesReadAtLast_ = 0;
 };
 
 TEST_F(ProviderSavingTest, ASaveThatSucceedsNeedsNoOther) {
@@ -191,13 +200,52 @@ TEST_F(UnreadableListTest, TheListIsReadAgainAfterLongerAndLongerTimesAndPublish
   EXPECT_TRUE(RecordedPublications::All().front().insideCriticalSection);
   EXPECT_FALSE(WasSaved());
   EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
+  EXPECT_EQ(timesReadAtLast_, 1);
+}
+
+TEST_F(UnreadableListTest, AListThatAChangeHasReadIsToldOnce) {
+  EXPECT_FALSE(provider_.RemoveStore(L"unknown"));
+  EXPECT_EQ(timesReadAtLast_, 0);
+  UserConfiguration().FailReads(false);
+  EXPECT_FALSE(provider_.RemoveStore(L"unknown"));
+  EXPECT_EQ(timesReadAtLast_, 1);
+  LetTimePass(1);
+  EXPECT_FALSE(provider_.RemoveStore(L"unknown"));
+  EXPECT_EQ(timesReadAtLast_, 1);
+}
+
+// On whichever thread it is read, others ask for the empty list without waiting.
+TEST_F(UnreadableListTest, ReadersDoNotWaitForTheDisk) {
+  std::size_t asked = 0;
+  UserConfiguration().beforeRead = [&] {
+    ASSERT_FALSE(InsideCriticalSection());
+    std::jthread([&] { asked += provider_.GetStores().empty() ? 1 : 0; }).join();
+  };
+  LetTimePass(1);
+  EXPECT_FALSE(provider_.RemoveStore(L"a"));
+  EXPECT_FALSE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
+  provider_.SaveAllStores();
+  UserConfiguration().beforeRead = nullptr;
+  EXPECT_EQ(asked, 4U);
+}
+
+TEST_F(UnreadableListTest, WhatAnotherThreadHasReadAndChangedMeanwhileIsNotReadOverIt) {
+  UserConfiguration().FailReads(false);
+  bool isFirst = true;
+  UserConfiguration().beforeRead = [&] {
+    if (std::exchange(isFirst, false)) std::jthread([&] { EXPECT_TRUE(Update(L"new")); }).join();
+  };
+  LetTimePass(1);
+  UserConfiguration().beforeRead = nullptr;
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"new"}));
+  EXPECT_EQ(timesReadAtLast_, 1);
 }
 
 TEST_F(UnreadableListTest, ATimerThatComesLaterIsStartedForTheTryThatIsWanted) {
   SRProvider late;
   EXPECT_EQ(late.StateOfSavedStores(), State::Unreadable);
   delays_.clear();
-  late.RetryWith(Timer());
+  late.RetryWith(Timer(), nullptr);
   EXPECT_EQ(delays_, Seconds({1}));
 }
 

@@ -206,6 +206,7 @@ bool FakeConfigurator::DeleteContainer(const std::wstring& key) const {
 
 bool FakeConfigurator::EnumContainers(const std::wstring& key, std::uint32_t index,
                                       std::wstring& name) const {
+  if (beforeRead) beforeRead();
   const std::lock_guard lock(mutex_);
   const Node* node = Find(key);
   const auto* container = node == nullptr ? nullptr : std::get_if<Container>(&node->value);

@@ -19,6 +19,8 @@ class FakeConfigurator : public Config::Configurator {
   void Clear();
   // Called before each write, on the thread that writes.
   std::function<void()> beforeWrite;
+  // Called before names are listed, on the thread that reads.
+  std::function<void()> beforeRead;
   // How often the tree would have been written to its file.
   [[nodiscard]] int Writes() const;
   // From now on its file cannot be read, and so not written either, or cannot be written. Clear mends it.

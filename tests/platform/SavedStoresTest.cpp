@@ -38,12 +38,18 @@ class SavedStoresTest : public testing::Test {
     full.SetAGMode(SRGateway::AGMode::ENTCVPN_RW);
     full.SetTrustedByUser(true);
     full.SetTrustedByDS(true);
-    SRStore store = Store(id, L"https://s/\u20ac", {full, Gateway(L"B"), Gateway(L"A")});
+    SRStore store = Store(id, L"https://s/\u20ac", {full, Gateway(L" \t\r\nB "), Gateway(L"A")});
     store.SetSRType(SRType::unknown);
     for (const wchar_t* location : {L"https://z", L"https://a"})
       store.AddBeacon(Beacon(location, true), BeaconType::Internal);
     store.AddBeacon(Beacon(L"https://out"), BeaconType::External);
     return store;
+  }
+
+  std::optional<StoreMap> Restore() {
+    SavedStores::Reading reading = SavedStores::Read();
+    saved_.TakeReading(reading);
+    return std::move(reading.stores);
   }
 
   const fs::path file_ = preferenceFile(true);
@@ -53,7 +59,7 @@ class SavedStoresTest : public testing::Test {
 TEST_F(SavedStoresTest, EverythingComesBackFromTheFile) {
   StoreMap stores = Map({FullStore(L"two"), FullStore(L"one & only")});
   saved_.Save(stores);
-  const std::optional<StoreMap> restored = saved_.Restore();
+  const std::optional<StoreMap> restored = Restore();
   ASSERT_TRUE(restored.has_value());
   ASSERT_EQ(Ids(*restored), (Wide{L"one & only", L"two"}));
   for (const auto& [id, store] : *restored) {
@@ -61,7 +67,7 @@ TEST_F(SavedStoresTest, EverythingComesBackFromTheFile) {
     EXPECT_EQ(store.GetStoreName(), L"Name of " + id);
     EXPECT_EQ(store.GetStoreURL(), L"https://s/\u20ac");
     EXPECT_EQ(store.GetSRType(), SRType::unknown);
-    ASSERT_EQ(Names(store.GetGateways()), (Wide{L"G\u00e4teway <1>", L"B", L"A"}));
+    ASSERT_EQ(Names(store.GetGateways()), (Wide{L"G\u00e4teway <1>", L" \t\r\nB ", L"A"}));
     const SRGateway& gateway = store.GetGateways().front();
     EXPECT_EQ(gateway.GetLocation(), L"https://gw");
     EXPECT_EQ(gateway.GetEdition(), SRGateway::GatewayEdition::Enterprise);
@@ -85,7 +91,7 @@ TEST_F(SavedStoresTest, WhicheverReadFailsTheListIsWholeOrNotRead) {
     int reads = 0;
     FileSystemFaults faults;
     faults.read = [&](int) { return reads++ == failing ? EIO : 0; };
-    const std::optional<StoreMap> restored = saved_.Restore();
+    const std::optional<StoreMap> restored = Restore();
     everythingWasRead = reads <= failing;
     EXPECT_EQ(restored.has_value(), everythingWasRead) << failing;
     EXPECT_EQ(saved_.CurrentState(),

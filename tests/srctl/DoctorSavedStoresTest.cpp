@@ -140,9 +140,11 @@ TEST_F(DoctorOfSavedStores, WhatIsNotKnownIsNotChanged) {
   ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return !agent_.Dialogs().empty(); }));
   EXPECT_EQ(agent_.Dialogs().front().first, "errorMessage");
   EXPECT_THAT(StoreIDs(), IsEmpty());
+  const std::size_t told = agent_.Bus().Notifications().size();
   BringTheFileBack();
   EXPECT_EQ(agent_.Bus().ServiceRecords("deleteStore", {"s1"}), true) << "a change reads the file first";
   EXPECT_THAT(StoreIDs(), IsEmpty());
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Bus().Notifications().size() > told; }));
 }
 
 }  // namespace

@@ -65,9 +65,8 @@ BusMessagePtr NewFileCall(sd_bus& bus, const std::string& path) {
   return result < 0 ? nullptr : std::move(call);
 }
 
-// Until now the list was empty for everybody.
 void TryAgain() {
-  if (ServiceRecords::SRProvider::Instance().TryAgain()) AnnounceStores();
+  ServiceRecords::SRProvider::Instance().TryAgain();
 }
 
 }  // namespace
@@ -103,11 +102,14 @@ void AppDelegate::LookAtNames(sd_bus* bus) {
   }
 }
 
-// A try waits for the provider's lock and the disk, so it is not for the main thread.
+// A try waits for the provider's lock and the disk, so it is not for the main thread. A list that could be
+// read at last is announced: until then it was empty for everybody.
 void AppDelegate::RetryInBackground() {
-  ServiceRecords::SRProvider::Instance().RetryWith([this](std::chrono::seconds delay) {
-    MainLoop::Main().PutOff(delay, [this] { tasks_.Start(TryAgain); });
-  });
+  ServiceRecords::SRProvider::Instance().RetryWith(
+      [this](std::chrono::seconds delay) {
+        MainLoop::Main().PutOff(delay, [this] { tasks_.Start(TryAgain); });
+      },
+      AnnounceStores);
 }
 
 void AppDelegate::ObserveLoggingConfiguration(const BusPtr& connection) {
