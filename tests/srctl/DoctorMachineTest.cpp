@@ -56,6 +56,22 @@ TEST_F(DoctorOfTheMachine, TellsWhereTheLogIsWhenItIsOn) {
   EXPECT_EQ(Line(Srctl({"doctor"}), "log"), "ok: log: It is on: " + agent_.LogFile().string());
 }
 
+TEST_F(DoctorOfTheMachine, SeesThatTheLogCannotBeWritten) {
+  ASSERT_EQ(Srctl({"logging", "on"}).status, 0);
+  agent_.Terminate();
+  fs::rename(agent_.LogFile(), agent_.Home() / "elsewhere");
+  fs::create_symlink(agent_.Home() / "elsewhere", agent_.LogFile());
+  agent_.Start();
+  ExpectProblem(Line(Srctl({"doctor"}), "log"),
+                "It is on, but nothing is written: " + agent_.LogFile().string() + " is no regular file.",
+                "Remove it, then end the agent, which looks for it at its start (pkill -x ServiceRecords).");
+  fs::remove(agent_.LogFile());
+  agent_.Terminate();
+  agent_.Start();
+  EXPECT_THAT(Line(Srctl({"doctor"}), "log"), StartsWith("ok: "));
+  EXPECT_TRUE(fs::is_regular_file(agent_.LogFile()));
+}
+
 TEST_F(DoctorOfTheMachine, LooksAtTheFilesWithoutAnAgentToo) {
   std::vector<std::string> environment = agent_.Environment();
   environment.push_back("DBUS_SESSION_BUS_ADDRESS=unix:path=" + (agent_.Home() / "nobody").string());

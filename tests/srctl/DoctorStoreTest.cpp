@@ -107,6 +107,20 @@ TEST_F(DoctorOfStores, ExplainsAServerThatDoesNotAnswer) {
   EXPECT_THAT(StoreLine(run, "location"), HasSubstr("LAN, this machine is in the store's network."));
 }
 
+TEST_F(DoctorOfStores, TellsAProxyThatDoesNotLeadToTheServer) {
+  const WebServer proxy(ServerBlock("", ""));
+  StoreText store = WorkingStore("s1", "One");
+  store.url = NobodysAddress();
+  GiveStores({store});
+  std::vector<std::string> environment = agent_.Environment();
+  environment.push_back("https_proxy=" + proxy.Address("http"));
+  ExpectProblem(
+      StoreLine(RunSrctl({"doctor"}, environment), "server"),
+      "it cannot be contacted: the proxy does not lead to it (status 4",
+      "Ask your administrator about the proxy (the variables https_proxy and all_proxy). One that wants a "
+      "log-on (status 407) gets none but what the variable names.");
+}
+
 TEST_F(DoctorOfStores, ExplainsAnAddressThatLeadsElsewhereThanItShows) {
   StoreText store = WorkingStore("s1", "One");
   store.url = "https://bank.example%2Fstores@127.0.0.1:1/s1";

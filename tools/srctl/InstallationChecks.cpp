@@ -90,8 +90,15 @@ Finding CheckLog() {
             "Set HOME to your home folder."};
   }
   const std::string file = (*logs / "ServiceRecord.log").string();
-  if (UserDefaults::Standard().Integer("LogLevel") != 0) return {Result::Ok, "log", "It is on: " + file};
-  return {Result::Ok, "log", "It is off. When it is on (srctl logging on), it is written to " + file + "."};
+  if (UserDefaults::Standard().Integer("LogLevel") == 0)
+    return {Result::Ok, "log", "It is off. When it is on (srctl logging on), it is written to " + file + "."};
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(file, error);
+  if (fs::exists(status) && !fs::is_regular_file(status)) {
+    return {Result::Problem, "log", "It is on, but nothing is written: " + file + " is no regular file.",
+            "Remove it, then end the agent, which looks for it at its start (pkill -x ServiceRecords)."};
+  }
+  return {Result::Ok, "log", "It is on: " + file};
 }
 
 Finding CheckPlugIn(const fs::path& bundle) {

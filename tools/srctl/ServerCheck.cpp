@@ -71,10 +71,29 @@ Answer ExplainHandshake(const std::string& url) {
   return NotTrusted(reason.front() != '\0' ? reason.data() : curl_easy_strerror(result), kCheckServer);
 }
 
-Answer NotContacted(std::int64_t errorCode) {
+// The status with which the proxy refused to lead to the server; 0 where none did. As above, it is in the
+// transfer alone.
+long StatusOfProxy(const std::string& url) {
+  const std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
+  if (!stream) return 0;
+  curl_easy_setopt(stream->Handle(), CURLOPT_NOBODY, 1L);
+  long status = 0;
+  if (stream->Perform() == CURLE_OK ||
+      curl_easy_getinfo(stream->Handle(), CURLINFO_HTTP_CONNECTCODE, &status) != CURLE_OK)
+    return 0;
+  return status;
+}
+
+Answer NotContacted(std::int64_t errorCode, const std::string& url) {
   const auto answer = [](const std::string& why, const std::string& next) {
     return Answer{Kind::NotContacted, "it cannot be contacted: " + why, next};
   };
+  if (const long status = errorCode == CURLE_RECV_ERROR ? StatusOfProxy(url) : 0; status >= 300) {
+    return answer(
+        "the proxy does not lead to it (status " + std::to_string(status) + ")",
+        "Ask your administrator about the proxy (the variables https_proxy and all_proxy). One that "
+        "wants a log-on (status 407) gets none but what the variable names.");
+  }
   switch (errorCode) {
     case CURLE_COULDNT_RESOLVE_HOST:
       return answer("its name is not known here", kCheckAddress);
@@ -116,7 +135,7 @@ Answer Ask(const std::string& url) {
   }
   const std::int64_t errorCode = validation.ErrorCode();
   if (StreamErrorCode::IsTlsFailure(errorCode)) return ExplainHandshake(form.text);
-  if (errorCode != StreamErrorCode::kNone) return NotContacted(errorCode);
+  if (errorCode != StreamErrorCode::kNone) return NotContacted(errorCode, form.text);
   return NotTrusted("its authority has revoked the certificate",
                     "Ask the administrator of the server for a new certificate.");
 }
