@@ -35,6 +35,8 @@ TEST_F(HangingPlugIn, InTheTrustDialogDoesNotKeepTheAgentFromItsEnd) {
   EXPECT_EQ(agent_.Terminate(), 0);
 }
 
+// A forced end joins no thread, of which ThreadSanitizer makes an exit status of its own.
+#ifndef __SANITIZE_THREAD__
 TEST_F(HangingPlugIn, InTheReplaceDialogDoesNotKeepTheAgentFromItsEnd) {
   StartWithHanging("replaceStore");
   Open(OpenableFile("a.cr", {Store("s1", "Old")}));
@@ -55,6 +57,7 @@ TEST_F(HangingPlugIn, InTheReplaceDialogDoesNotKeepAMainThreadThatWaitsForTheLis
   agent_.Start();
   EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
 }
+#endif
 
 TEST_F(HangingPlugIn, InAnErrorBoxOfTheMainThreadDoesNotKeepTheAgentFromItsEnd) {
   StartWithHanging("errorMessage");
