@@ -1,7 +1,10 @@
 #include "BackgroundTasks.h"
+#include "support/SystemLogFake.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -12,6 +15,7 @@
 #include <mutex>
 #include <vector>
 
+using testing::ElementsAre;
 using testing::ElementsAreArray;
 using UserWait = BackgroundTasks::UserWait;
 
@@ -48,6 +52,10 @@ class BackgroundTasksTest : public testing::Test {
     const std::lock_guard lock(mutex_);
     ++steps_[number];
     changed_.notify_all();
+  }
+  void AwaitStep(int number, int step) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return free_ || steps_[number] >= step; });
   }
   void LetAllGoOn() {
     const std::lock_guard lock(mutex_);
@@ -86,10 +94,6 @@ class BackgroundTasksTest : public testing::Test {
     const std::lock_guard lock(mutex_);
     numbers.push_back(number);
     changed_.notify_all();
-  }
-  void AwaitStep(int number, int step) {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return free_ || steps_[number] >= step; });
   }
   bool WaitFor(const std::vector<int>& numbers, std::size_t count, std::chrono::milliseconds limit) {
     std::unique_lock lock(mutex_);
@@ -137,6 +141,60 @@ TEST_F(BackgroundTasksTest, WhoComesBackFromTheUserWaitsForRoomAndGoesBeforeWhat
   EXPECT_EQ(Worked().back(), 200);
 }
 
+TEST_F(BackgroundTasksTest, WhoComeBackFromTheUserGoOnInTheirOrder) {
+  constexpr int kQuestions = 4;
+  for (int number = 0; number < kQuestions; ++number) StartQuestion(100 + number);
+  ASSERT_TRUE(WaitForAsked(kQuestions));
+  for (int number = 0; number < kAtATime; ++number) StartWork(number);
+  ASSERT_TRUE(WaitForWorked(kAtATime));
+  for (const int number : {103, 101, 100, 102}) {
+    GoOn(number);
+    ASSERT_TRUE(StaysAtWorked(kAtATime));  // and has drawn its number
+  }
+  for (int number = 0; number < kQuestions; ++number) {
+    GoOn(number);
+    ASSERT_TRUE(WaitForWorked(static_cast<std::size_t>(kAtATime + number + 1)));
+  }
+  const std::vector<int> worked = Worked();
+  EXPECT_THAT(std::vector<int>(worked.begin() + kAtATime, worked.end()), ElementsAre(103, 101, 100, 102));
+}
+
+TEST_F(BackgroundTasksTest, RoomForSeveralIsTakenBySeveral) {
+  constexpr int kQuestions = kAtATime / 2;
+  for (int round = 0; round < 50; ++round) {
+    const auto first = [&](int kind) { return 1000 * round + 100 * kind; };
+    const std::size_t workedBefore = Worked().size();
+    for (int number = 0; number < kQuestions; ++number) StartQuestion(first(1) + number);
+    ASSERT_TRUE(WaitForAsked(static_cast<std::size_t>(kQuestions * (round + 1))));
+    for (int number = 0; number < kAtATime; ++number) StartWork(first(2) + number);
+    ASSERT_TRUE(WaitForWorked(workedBefore + kAtATime));
+    for (int number = 0; number < kQuestions; ++number) {
+      GoOn(first(1) + number);
+      StartWork(first(3) + number);
+    }
+    for (int number = 0; number < kAtATime; ++number) GoOn(first(2) + number);
+    ASSERT_TRUE(WaitForWorked(workedBefore + 2 * kAtATime)) << round;
+    for (int number = 0; number < kQuestions; ++number) {
+      GoOn(first(1) + number);
+      GoOn(first(3) + number);
+    }
+  }
+}
+
+TEST_F(BackgroundTasksTest, AWorksRoomIsFreeWhenWhatItHeldHasEnded) {
+  for (int number = 1; number < kAtATime; ++number) StartWork(number);
+  std::shared_ptr<void> held(nullptr, [this](void*) { AwaitStep(100, 2); });
+  tasks_.Start([this, held] { AwaitStep(100, 1); });
+  held.reset();
+  GoOn(100);
+  StartWork(200);
+  ASSERT_TRUE(WaitForWorked(kAtATime - 1));
+  EXPECT_TRUE(StaysAtWorked(kAtATime - 1));
+  GoOn(100);
+  ASSERT_TRUE(WaitForWorked(kAtATime));
+  EXPECT_EQ(Worked().back(), 200);
+}
+
 TEST_F(BackgroundTasksTest, WhoHoldsALockGoesOnAtOnce) {
   StartQuestion(100, UserWait::End::AtOnce);
   ASSERT_TRUE(WaitForAsked(1));
@@ -172,6 +230,69 @@ TEST_F(BackgroundTasksTest, AtTheEndWhoComesBackFromTheUserNeedsNoRoom) {
   EXPECT_FALSE(tasks_.Finish(std::chrono::milliseconds(0)));
   GoOn(100);
   EXPECT_TRUE(WaitForWorked(kAtATime + 1));
+}
+
+TEST_F(BackgroundTasksTest, TheEndLetsThoseGoOnWhoWaitForRoom) {
+  StartQuestion(100);
+  ASSERT_TRUE(WaitForAsked(1));
+  for (int number = 0; number < kAtATime; ++number) StartWork(number);
+  ASSERT_TRUE(WaitForWorked(kAtATime));
+  GoOn(100);
+  EXPECT_TRUE(StaysAtWorked(kAtATime));
+  EXPECT_FALSE(tasks_.Finish(std::chrono::milliseconds(0)));
+  EXPECT_TRUE(WaitForWorked(kAtATime + 1));
+}
+
+// A process of an ordinary user that may start no more threads, until this object goes.
+class NoFreeThread {
+ public:
+  NoFreeThread() {
+    constexpr uid_t kNobody = 65534;
+    if (::getuid() == 0 && ::setresuid(kNobody, kNobody, 0) != 0) std::_Exit(2);
+    ::getrlimit(RLIMIT_NPROC, &before_);
+    const rlimit limit{0, before_.rlim_max};
+    ::setrlimit(RLIMIT_NPROC, &limit);
+  }
+  ~NoFreeThread() { ::setrlimit(RLIMIT_NPROC, &before_); }
+  NoFreeThread(const NoFreeThread&) = delete;
+  NoFreeThread& operator=(const NoFreeThread&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+// In processes of their own, whose user and limits end with them.
+class WithoutThreadsDeathTest : public BackgroundTasksTest {
+ protected:
+  WithoutThreadsDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+
+  [[noreturn]] static void ExitWell(bool well) { std::_Exit(well ? 0 : 1); }
+};
+
+TEST_F(WithoutThreadsDeathTest, WhatNobodyCouldStartLaterIsDropped) {
+  EXPECT_EXIT(
+      {
+        const NoFreeThread limit;
+        StartWork(1);
+        const bool isLogged = SystemLogFake::TakeLines().size() == 1;
+        ExitWell(tasks_.Finish(std::chrono::seconds(0)) && isLogged && Worked().empty());
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST_F(WithoutThreadsDeathTest, WhatFindsNoThreadWaitsForTheEndOfAnother) {
+  EXPECT_EXIT(
+      {
+        StartWork(1);
+        const bool hasBegun = WaitForWorked(1);
+        {
+          const NoFreeThread limit;
+          StartWork(2);
+        }
+        GoOn(1);
+        ExitWell(hasBegun && WaitForWorked(2) && Worked().back() == 2);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 TEST_F(BackgroundTasksTest, AFailureEndsOneWorkAndLeavesItsRoom) {
