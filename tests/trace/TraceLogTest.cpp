@@ -2,6 +2,7 @@
 #include "LogFileBuffer.h"
 #include "UserDefaults.h"
 #include "libs/FileDescriptor/FileDescriptor.h"
+#include "platform/FileSystemFaults.h"
 #include "platform/FullDisk.h"
 #include "support/TemporaryFolder.h"
 
@@ -342,6 +343,21 @@ TEST_F(TraceLog, APipeInTheLogsPlaceHoldsNobody) {
   SetLogLevel(1);
   SR_TRACE(2) << "dropped";
   EXPECT_FALSE(std::filesystem::exists(Backup()));
+}
+
+TEST_F(TraceLog, AFileThatIsNoLongerTheLogOnceItIsLockedIsLeftAlone) {
+  std::ofstream(Log()) << "another agent's\n";
+  ASSERT_TRUE(UserDefaults::Standard().SetInteger("LogLevel", 1));
+  testsupport::FileSystemFaults faults;
+  faults.flock = [this](int /*descriptor*/) {
+    std::filesystem::rename(Log(), Backup());
+    return 0;
+  };
+  ServiceRecordUpdateLoggingFromPrefs();
+  faults.flock = nullptr;
+  SR_TRACE(2) << "dropped";
+  EXPECT_EQ(Content(Backup()), "another agent's\n");
+  EXPECT_FALSE(std::filesystem::exists(Log()));
 }
 
 TEST_F(TraceLog, AFolderInTheLogsPlaceLeavesTheBackupAlone) {
