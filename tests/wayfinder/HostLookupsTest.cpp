@@ -28,6 +28,9 @@ TEST(HostLookups, ALookupThatEndsIsToldByTheDescriptor) {
   WaitForEnd(lookups);
   EXPECT_TRUE(lookup->HasEnded());
   EXPECT_THAT(lookup->Addresses(), testing::ElementsAre("10.0.0.1", "10.0.0.2"));
+  lookups.ClearEnded();
+  pollfd state{lookups.Descriptor(), POLLIN, 0};
+  EXPECT_EQ(::poll(&state, 1, 0), 0) << "told once";
 }
 
 TEST(HostLookups, AResolverThatThrowsFindsNothing) {

@@ -117,6 +117,22 @@ TEST(HostileLists, OneStoresManyBeaconsDoNotKeepAnotherStoreWaiting) {
   EXPECT_EQ(service.LocationOf("https://many"), Wayfinder::kDeciding);
 }
 
+TEST(HostileLists, SilentServersLeaveAPlaceForABeaconWhoseNameIsFoundLater) {
+  const testsupport::LoopbackListener silent;
+  const testsupport::RawServer server({testsupport::kGood});
+  const std::string silentBeacon = "http://127.0.0.1:" + std::to_string(silent.port) + "/";
+  std::vector<std::string> many;
+  for (int i = 0; i < 200; ++i) many.push_back(silentBeacon + std::to_string(i));
+  RecordedService service([](const std::string& /*host*/) { return std::vector<std::string>{"127.0.0.1"}; });
+  service.StopTime();  // so that nothing is cut off
+  service.SetStores({{"https://many", many, {}},
+                     {"https://silent", {silentBeacon}, {}},
+                     {"https://good", {"http://good.example:" + std::to_string(server.Port()) + "/"}, {}}});
+  ASSERT_TRUE(service.WaitForLocation("https://good", Wayfinder::kLAN))
+      << testing::PrintToString(service.Messages());
+  EXPECT_EQ(service.LocationOf("https://many"), Wayfinder::kDeciding);
+}
+
 TEST(HostileLists, TheEndWaitsForNoTransfer) {
   const testsupport::LoopbackListener silent;
   const long descriptors = OpenDescriptors();

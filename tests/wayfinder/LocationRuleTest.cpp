@@ -109,6 +109,33 @@ TEST(LocationRule, AnAddressWhoseStandingIsOpenIsWaitedForIfItsAnswerMatters) {
             NetworkLocation::PartlyInternal);
 }
 
+TEST(LocationRule, EachAddressHasAStandingOfItsOwn) {
+  const auto locate = [](const StoreFindings& findings, PeerStanding plain, PeerStanding page) {
+    const auto decision = DecideLocation(
+        findings, [&](const std::string& peer) { return peer == kPlain.peer ? plain : page; },
+        [](const std::string& /*address*/) { return std::string(); });
+    return decision.value_or(LocationDecision{}).location;
+  };
+  const StoreFindings decided{.internal = {&kPlain, &kPortalPage}, .external = {&kSilent}};
+  EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Open), NetworkLocation::Deciding);
+  EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Exposed), NetworkLocation::PartlyInternal);
+  const StoreFindings open{.internal = {&kPlain, &kPortalPage}, .external = {kOpen}};
+  EXPECT_EQ(locate(open, PeerStanding::Vouched, PeerStanding::Clear), NetworkLocation::Deciding);
+  EXPECT_EQ(locate(open, PeerStanding::Vouched, PeerStanding::Vouched), NetworkLocation::LAN);
+}
+
+TEST(LocationRule, TheReasonNamesTheFirstBeaconThatDidNotCount) {
+  const ProbeOutcome refused{.reason = "https://c/: Connection refused"};
+  EXPECT_EQ(Decide({.internal = {&kSilent, &refused}, .external = {}}).reason,
+            "none, 0 of 2 internal beacons answered (https://a/: Timeout was reached), 0 of 0 external "
+            "beacons answered");
+  EXPECT_EQ(Decide({.internal = {&kPlain}, .external = {}}, "", PeerStanding::Exposed).reason,
+            "none, 0 of 1 internal beacons answered (10.0.0.2 answers for others too), 0 of 0 external "
+            "beacons answered");
+  EXPECT_THAT(Decide({.internal = {&kSilent}, .external = {&kPortal, &kImpostor}}).reason,
+              testing::EndsWith("(http://b/: redirect to portal)"));
+}
+
 TEST(LocationRule, APortalOutweighsPlainExternalAnswersAndAProvenOneOutweighsIt) {
   EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortalPage, &kPortal}}), NetworkLocation::Hotspot);
   EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven}}), NetworkLocation::Outside);
@@ -120,6 +147,8 @@ TEST(LocationRule, APortalIsSeenByItsCertificateInAnInternalBeaconsPlaceToo) {
             NetworkLocation::Hotspot);
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {}}, PeerStanding::Vouched),
             NetworkLocation::PartlyInternal);
+  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {}}, PeerStanding::Open),
+            NetworkLocation::Deciding);
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPlain}, .external = {}}), NetworkLocation::PartlyInternal)
       << "another machine's answer";
   EXPECT_EQ(Locate({.internal = {&kPortal, &kPortalPage}, .external = {}}), NetworkLocation::PartlyInternal)

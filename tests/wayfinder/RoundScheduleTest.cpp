@@ -77,6 +77,13 @@ TEST_F(RoundScheduleTest, AfterALossNothingIsAskedBeforeTheLook) {
   EXPECT_TRUE(schedule_.TakeLook(start_ + seconds(3)));
 }
 
+TEST_F(RoundScheduleTest, ALossTakesBackAStart) {
+  schedule_.TakeNewStores(start_);
+  schedule_.TakeLoss();
+  EXPECT_FALSE(schedule_.TakeStart(start_));
+  EXPECT_FALSE(schedule_.NextDue());
+}
+
 TEST_F(RoundScheduleTest, ARoundWithoutAnAnswerIsRepeatedLaterAndLater) {
   schedule_.TakeNewStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));
@@ -105,6 +112,8 @@ TEST_F(RoundScheduleTest, AnAnswerAndANewNetworkAndANewListBeginTheDelaysAnew) {
   schedule_.TakeEnd();
   schedule_.TakeOldAge(start_);
   EXPECT_EQ(fail(), seconds(1));
+  schedule_.TakeOldAge(start_);
+  EXPECT_EQ(fail(), seconds(2)) << "age alone does not";
 }
 
 TEST_F(RoundScheduleTest, AStoreThatLosesItsAnswerBeginsTheDelaysAnew) {
