@@ -86,6 +86,19 @@ TEST_F(ServiceCalls, AnEmptyGatewayNameIsRefusedEvenWhenAGatewayHasIt) {
   EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {store.url})["GatewayName"], "GW");
 }
 
+TEST_F(ServiceCalls, AnEmptyStoreIsRefusedEvenWhenTheFileHasOne) {
+  using PropertyList::Dictionary;
+  agent_.Terminate();
+  const Dictionary store{{"Gateways", Dictionary{{"GW", Dictionary{{"LogonPoint", "https://localhost/1"}}}}}};
+  std::ofstream(agent_.StoresFile()) << PropertyList::Write(
+      Dictionary{{"SR", Dictionary{{"Store", Dictionary{{"", store}}}}}});
+  agent_.Start();
+  ASSERT_THAT(StoreIDs(), ElementsAre(""));
+  EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"", "GW"}), false);
+  EXPECT_EQ(Call("setDefaultGatewayForStoreURLTo", {"", "GW"}), false);
+  EXPECT_EQ(Call("allStores")[0]["StoreGateways"][0]["IsDefault"], false);
+}
+
 TEST_F(ServiceCalls, ADeletedStoreIsGoneFromTheListAndTheFile) {
   Discover({Store("s1", "One"), Store("s2", "Two")});
   EXPECT_EQ(Call("deleteStore", {"s1"}), true);

@@ -112,6 +112,14 @@ TEST_F(FetchedDocumentTest, SpellsNoServerOfAnotherSoThatItPassesForADifferentOn
               ElementsAre(Foreign("n1"), Foreign("n2"), Foreign("n3"), Foreign("n4")));
 }
 
+// Where no request would be sent, the address tells the server all the same.
+TEST_F(FetchedDocumentTest, ServersWithoutAReadableAddressAreDifferentOnes) {
+  Hold({Store(L"odd", L"https://me@odd.example/x")});
+  EXPECT_TRUE(Answers(At(L"n1", L"https://me@odd.example/y") + At(L"n2", L"https://me@new.example/y")));
+  EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"asked", L"n2", L"odd", L"other"}));
+  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("n1")));
+}
+
 TEST_F(FetchedDocumentTest, MovesNoStoreOntoTheServerOfAnother) {
   EXPECT_FALSE(Answers(At(L"asked", L"https://other.example/a")));
   EXPECT_EQ(URL(L"asked"), asked_.GetStoreURL());

@@ -43,6 +43,12 @@ class ListBoundsTest : public ProviderTest {
     for (std::size_t i = 0; i < count; ++i) store.AddGateway(Gateway(prefix + std::to_wstring(i)));
     return store;
   }
+  static std::wstring ServiceWithGateways(const std::wstring& id, std::size_t count,
+                                          const std::wstring& prefix) {
+    std::wstring gateways;
+    for (std::size_t i = 0; i < count; ++i) gateways += GatewayElement(prefix + std::to_wstring(i));
+    return Service(id, L"<Gateways>" + gateways + L"</Gateways>");
+  }
   static SRStore WithBeacons(const std::wstring& id, std::size_t count, BeaconType type) {
     SRStore store = Store(id, L"https://h");
     for (std::size_t i = 0; i < count; ++i) store.AddBeacon(Beacon(L"b" + std::to_wstring(i)), type);
@@ -149,6 +155,21 @@ TEST_F(ListBoundsTest, ADocumentThatPassesABoundCountsAsOneWithoutStores) {
   ExpectRefusal("500 gateways of a store");
 }
 
+TEST_F(ListBoundsTest, WhatADocumentWouldAddToTheHeldStoreCountsToo) {
+  Hold({WithGateways(L"s", 300)});
+  EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1608"s, L"message 1576"s));
+  EXPECT_FALSE(HandIn(ServiceWithGateways(L"s", 201, L"new")));
+  ExpectRefusal("500 gateways of a store");
+}
+
+TEST_F(ListBoundsTest, WhatADocumentWouldTakeAwayDoesNotCount) {
+  SRStore held = WithGateways(L"s", 300);
+  held.SetAllGatewaysDSTrusted();
+  Hold({held});
+  EXPECT_TRUE(HandIn(ServiceWithGateways(L"s", 201, L"new")));
+  EXPECT_EQ(provider_.GetStores().at(L"s").GetGateways().size(), 201U);
+}
+
 TEST_F(ListBoundsTest, NobodyIsAskedAboutAFileThatPassesABound) {
   ASSERT_TRUE(Merge(Many(10000)));
   Forget();
@@ -218,6 +239,26 @@ TEST_F(ListBoundsTest, WhatWasRestoredIsKeptChangedAndDeletedButDoesNotGrow) {
   EXPECT_FALSE(Merge(Map({WithGateways(L"full", 511)})));
   ExpectRefusal("500 gateways of a store");
   EXPECT_TRUE(provider_.RemoveStore(L"full"));
+}
+
+TEST_F(ListBoundsTest, WhatIsPastABoundMayStayAsItIs) {
+  const StoreMap many = Many(10001);
+  EXPECT_EQ(BoundPassed(many, Many(1)), std::nullopt);
+  EXPECT_EQ(BoundPassed(many, Many(1, L"new")), "more than 10000 stores");
+
+  for (const BeaconType type : {BeaconType::Internal, BeaconType::External}) {
+    const StoreMap full = Map({WithBeacons(L"s", 501, type)});
+    EXPECT_EQ(BoundPassed(full, full), std::nullopt);
+    EXPECT_EQ(BoundPassed(full, Map({WithBeacons(L"s", 502, type)})),
+              "more than 500 beacons of a kind of a store");
+  }
+
+  SRStore large = Store(L"s", L"https://h");
+  large.SetStoreName(std::wstring(kMaximumListBytes, L'n'));
+  const StoreMap held = Map({large});
+  EXPECT_EQ(BoundPassed(held, held), std::nullopt);
+  large.SetStoreName(large.GetStoreName() + L'n');
+  EXPECT_EQ(BoundPassed(held, Map({large})), "more than 33554432 bytes of stores");
 }
 
 }  // namespace

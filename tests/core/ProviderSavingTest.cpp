@@ -6,6 +6,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <fstream>
+#include <future>
 #include <thread>
 #include <utility>
 
@@ -28,7 +29,10 @@ class ProviderSavingTest : public ProviderTest {
   }
 
   SavedStores::StartTimer Timer() {
-    return [this](std::chrono::seconds delay) { delays_.push_back(delay); };
+    return [this](std::chrono::seconds delay) {
+      EXPECT_TRUE(InsideCriticalSection());
+      delays_.push_back(delay);
+    };
   }
 
   void ReadAtLast() {
@@ -140,6 +144,34 @@ TEST_F(ProviderSavingTest, ATryIsMadeUnderTheLockAndPublishesNothing) {
   EXPECT_TRUE(WasSaved());
   EXPECT_TRUE(RecordedPublications::All().empty());
   EXPECT_FALSE(InsideCriticalSection());
+}
+
+TEST_F(ProviderSavingTest, TheProcessDoesNotEndInTheMiddleOfASave) {
+  HoldSaved({Store(L"a", L"https://a")});
+  bool ended = false;  // guarded by the lock that the end waits for
+  std::future<void> end;
+  UserConfiguration().beforeWrite = [&] {
+    if (!end.valid()) {
+      end = std::async(std::launch::async,
+                       [&ended] { SRProvider::WhileNotSaving([&ended] { ended = true; }); });
+      static_cast<void>(end.wait_for(std::chrono::milliseconds(100)));
+    }
+    EXPECT_FALSE(ended);
+  };
+  provider_.SaveAllStores();
+  UserConfiguration().beforeWrite = nullptr;
+  end.get();
+  EXPECT_TRUE(ended);
+}
+
+TEST_F(ProviderSavingTest, EveryFailureIsTraced) {
+  HoldSaved({Store(L"a", L"https://a")});
+  UserConfiguration().FailWrites(true);
+  provider_.SaveAllStores();
+  LetTimePass(1);
+  const TraceRecord failure{2, "SavedStores.cpp",
+                            "the stores cannot be saved, which is tried again: the file cannot be written"};
+  EXPECT_EQ(CapturedTrace::RecordsStartingWith("the stores cannot"), (Records{failure, failure}));
 }
 
 // A provider that starts while the saved list cannot be read.

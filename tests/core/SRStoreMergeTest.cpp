@@ -125,6 +125,10 @@ TEST_F(SRStoreMergeTest, WithoutTheDiscoveryServiceWhatIsRepeatedTakesTheMarksOf
   EXPECT_TRUE(held.GetGateways().front().GetTrustedByDS());
   EXPECT_FALSE(held.GetGateways().back().GetTrustedByDS());
 
+  SRStore replaced = Store(L"S", L"https://s", {Gateway(L"A")});
+  replaced.Merge(Store(L"S", L"https://s", {ConfirmedGateway(L"A")}), false);
+  EXPECT_TRUE(replaced.GetGateways().front().GetTrustedByDS());
+
   std::list<SRBeacon> beacons{Beacon(L"1"), Beacon(L"2", true)};
   held.MergeBeacons(beacons, {Beacon(L"1", true), Beacon(L"2")}, false);
   EXPECT_TRUE(beacons.front().GetDSConfirmed());
