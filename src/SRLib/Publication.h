@@ -1,11 +1,13 @@
 #pragma once
 
-#include "SRLib/StoreMap.h"
+#include "SRLib/StoreSnapshot.h"
+
+#include <memory>
 
 namespace ServiceRecords {
 
-// Hands the whole list to the network-location library, which keeps it; an empty map hands over nothing. The
+// Hands the whole list to the network-location library, which keeps it; an empty one hands over nothing. The
 // stores are published as they are: nothing is added to them. Called while the provider holds its lock.
-void SetAllServiceRecordsToList(const StoreMap& stores);
+void SetAllServiceRecordsToList(const std::shared_ptr<const StoreSnapshot>& stores);
 
 }  // namespace ServiceRecords

@@ -15,6 +15,10 @@ class SRBeacon {
   void SetDSConfirmed(bool confirmed) { dsConfirmed_ = confirmed; }
 
   bool operator==(const SRBeacon& other) const { return location_ == other.location_; }
+  // The mark too.
+  [[nodiscard]] bool IsSameThroughout(const SRBeacon& other) const {
+    return *this == other && dsConfirmed_ == other.dsConfirmed_;
+  }
 
   // True when the discovery service had confirmed this beacon and the list no longer names it.
   [[nodiscard]] bool ConfirmedButNotInList(const std::list<SRBeacon>* list) const;

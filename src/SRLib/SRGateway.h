@@ -39,6 +39,8 @@ class SRGateway {
   void SetDefault(bool isDefault) { default_ = isDefault; }
 
   bool operator==(const SRGateway& other) const { return name_ == other.name_; }
+  // Every field, not the name alone.
+  [[nodiscard]] bool IsSameThroughout(const SRGateway& other) const;
 
   // True when the discovery service had confirmed this gateway and the list no longer names it.
   [[nodiscard]] bool TrustedButNotInList(const std::list<SRGateway>* list) const;

@@ -74,7 +74,7 @@ void SRProvider::InboundUpdate(const std::wstring& document, bool& updated) {
 StoreMap SRProvider::ReadDocument(const std::wstring& document, bool dsTrusted) const {
   StoreMap stores = SRXMLProvider().Parse(document);
   const CriticalSectionLock lock(*lock_);
-  const auto bound = BoundPassedByMerge(stores_, stores, dsTrusted);
+  const auto bound = BoundPassedByMerge(stores_.Get(), stores, dsTrusted);
   if (!bound) return stores;
   RefuseBeyond(*bound);
   return {};
@@ -86,10 +86,11 @@ void SRProvider::MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated) 
 
 bool SRProvider::MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated) {
   updated = false;
+  const StoreMap& stores = stores_.Get();
   StoreMap changed;  // put into the list at the end, so that a failure on the way leaves it as it was
   for (auto& [id, store] : incoming) {
-    const auto held = stores_.find(id);
-    if (held == stores_.end()) {
+    const auto held = stores.find(id);
+    if (held == stores.end()) {
       if (dsTrusted) {
         store.SetAllGatewaysDSTrusted();
         store.SetAllBeaconsDSConfirmed();
@@ -101,14 +102,15 @@ bool SRProvider::MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& upd
     }
   }
   if (changed.empty()) return true;
-  if (const auto bound = BoundPassed(stores_, changed)) {
+  if (const auto bound = BoundPassed(stores, changed)) {
     RefuseBeyond(*bound);
     return false;
   }
+  StoreMap& merged = stores_.Change();
   for (auto& [id, store] : changed) {
-    if (const auto held = stores_.find(id); held != stores_.end()) held->second = std::move(store);
+    if (const auto held = merged.find(id); held != merged.end()) held->second = std::move(store);
   }
-  stores_.merge(changed);
+  merged.merge(changed);
   updated = true;
   return true;
 }
@@ -120,7 +122,7 @@ bool SRProvider::RemoveStore(const std::wstring& id) {
     SR_TRACE(2) << "Service Record Id is empty";
   } else if (MayChange()) {
     const CriticalSectionLock lock(*lock_);
-    removed = stores_.erase(id) != 0;
+    removed = stores_.Change().erase(id) != 0;
     if (removed) {
       for (const auto& watch : removalWatches_) {
         if (const auto ids = watch.lock()) ids->insert(id);
@@ -137,7 +139,7 @@ bool SRProvider::RemoveStore(const std::wstring& id) {
 
 StoreMap SRProvider::GetStores() const {
   const CriticalSectionLock lock(*lock_);
-  return stores_;
+  return stores_.Get();
 }
 
 void SRProvider::WhileNotSaving(const std::function<void()>& work) {
@@ -296,7 +298,7 @@ void SRProvider::MergeFetchedDocuments(const std::vector<FetchedDocument>& docum
   SRXMLProvider provider;
   for (const FetchedDocument& document : documents) {
     StoreMap confirmed = provider.Parse(document.text);
-    PassOverStoresOfOthers(document, stores_, removed, confirmed);
+    PassOverStoresOfOthers(document, stores_.Get(), removed, confirmed);
     MergeConfirmed(confirmed, updated);
   }
 }
@@ -319,9 +321,10 @@ bool SRProvider::SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, 
                                         const std::wstring& gatewayName) {
   if (!MayChange()) return false;
   const CriticalSectionLock lock(*lock_);
-  const auto match = std::find_if(stores_.begin(), stores_.end(),
+  StoreMap& stores = stores_.Change();
+  const auto match = std::find_if(stores.begin(), stores.end(),
                                   [&](const auto& entry) { return (entry.second.*field)() == value; });
-  return match != stores_.end() && match->second.SetDefaultGateway(gatewayName);
+  return match != stores.end() && match->second.SetDefaultGateway(gatewayName);
 }
 
 std::vector<std::pair<std::wstring, std::wstring>> SRProvider::PrepareOtherGateways(SRStore& store) const {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "SRLib/HeldStores.h"
 #include "SRLib/SavedStores.h"
 #include "SRLib/StoreMap.h"
 
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
@@ -40,7 +42,8 @@ class SRProvider {
   // lock, by whichever try or change has read the stores at last, so that the list is another.
   void RetryWith(SavedStores::StartTimer startTimer, std::function<void()> listWasRead);
   void TryAgain();
-  [[nodiscard]] SavedStores::State StateOfSavedStores() const;
+  // Waits for nobody.
+  [[nodiscard]] SavedStores::State StateOfSavedStores() const { return saved_.CurrentState(); }
 
   // Not owned. Must be set before any flow that may show a dialog.
   void InitNotificationManager(IServiceRecordsNotifications* notifications) {
@@ -61,6 +64,9 @@ class SRProvider {
   bool RemoveStore(const std::wstring& id);
   // A copy to work on.
   [[nodiscard]] StoreMap GetStores() const;
+  // The list as it was published last. Waits for nobody, never null. What is not saved yet (MergeStores, the
+  // setters of the default gateway) is not in it.
+  [[nodiscard]] std::shared_ptr<const StoreSnapshot> Snapshot() const;
   // Does `work` while no list is being saved, and none begins to be: also while another thread holds the lock
   // and shows a dialog, or makes the provider.
   static void WhileNotSaving(const std::function<void()>& work);
@@ -124,6 +130,7 @@ class SRProvider {
 
   void Save();
   void SaveAndPublish();
+  void Publish();
   // MergeStores; false when nothing was merged because the list would pass a bound.
   bool MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated);
   [[nodiscard]] bool MergeAccepted(StoreMap& stores, StoreMap& accepted);
@@ -132,7 +139,9 @@ class SRProvider {
   bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
                               const std::wstring& gatewayName);
 
-  StoreMap stores_;
+  HeldStores stores_;
+  mutable std::mutex publishedMutex_;  // held for as long as a pointer is copied
+  std::shared_ptr<const StoreSnapshot> published_ = stores_.Snapshot();
   SavedStores saved_;
   std::function<void()> listWasRead_;
   std::vector<std::weak_ptr<std::set<std::wstring>>> removalWatches_;

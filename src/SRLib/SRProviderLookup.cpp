@@ -1,4 +1,5 @@
-// How the provider finds the store that a URL points at.
+// How the store that a URL points at is found in a list.
+#include "SRLib/GenericCS.h"
 #include "SRLib/SRProvider.h"
 #include "SRLib/Trace.h"
 
@@ -37,18 +38,18 @@ std::wstring LowerCase(std::wstring text) {
 using StoreChoice = const SRStore*;
 
 // Pass 1: the whole address. Of several stores with the same URL the last one is taken: deliberate.
-StoreChoice FindByWholeAddress(const StoreMap& stores, const std::wstring& url) {
+StoreChoice FindByWholeAddress(const StoreSnapshot& stores, const std::wstring& url) {
   StoreChoice found = nullptr;
-  for (const auto& [id, store] : stores) {
+  for (const SRStore& store : stores) {
     if (LowerCase(store.GetStoreURL()) == url) found = &store;
   }
   return found;
 }
 
 // Store URLs without their discovery suffix; the first store of a URL keeps it.
-std::map<std::wstring, StoreChoice> TrimmedStoreURLs(const StoreMap& stores) {
+std::map<std::wstring, StoreChoice> TrimmedStoreURLs(const StoreSnapshot& stores) {
   std::map<std::wstring, StoreChoice> trimmed;
-  for (const auto& [id, store] : stores) {
+  for (const SRStore& store : stores) {
     std::wstring url = LowerCase(store.GetStoreURL());
     if (url.ends_with(kDiscoverySuffix)) url.erase(url.rfind(kDiscoverySuffix));
     trimmed.emplace(url, &store);
@@ -101,7 +102,7 @@ class CheckRecords {
 };
 
 // Pass 2: the address cut back segment by segment. The uncut request is deliberately not compared.
-StoreChoice FindByTrimmedAddress(const StoreMap& stores, std::wstring url) {
+StoreChoice FindByTrimmedAddress(const StoreSnapshot& stores, std::wstring url) {
   if (!MayBeCutBack(url)) return nullptr;
   SR_TRACE(0) << "SRProvider::GetStoreFromURL full store address not found, checking by trimming URLs";
   const auto trimmed = TrimmedStoreURLs(stores);
@@ -116,7 +117,7 @@ StoreChoice FindByTrimmedAddress(const StoreMap& stores, std::wstring url) {
 }
 
 // Pass 3: host and port anywhere in a store's URL, the loose last resort.
-StoreChoice FindByHostAndPort(const StoreMap& stores, std::wstring address) {
+StoreChoice FindByHostAndPort(const StoreSnapshot& stores, std::wstring address) {
   if (const std::size_t at = address.find(kSchemeSeparator); at != std::wstring::npos)
     address.erase(0, at + 3);
   if (const std::size_t at = address.find(kPathSeparator); at != std::wstring::npos) address.erase(at);
@@ -124,7 +125,7 @@ StoreChoice FindByHostAndPort(const StoreMap& stores, std::wstring address) {
   SR_TRACE(0)
       << "SRProvider::GetStoreFromURL store address not found, looking for scheme-host-port, shpAddress is "
       << address;
-  for (const auto& [id, store] : stores) {
+  for (const SRStore& store : stores) {
     if (LowerCase(store.GetStoreURL()).find(address) != std::wstring::npos) return &store;
   }
   return nullptr;
@@ -132,20 +133,29 @@ StoreChoice FindByHostAndPort(const StoreMap& stores, std::wstring address) {
 
 }  // namespace
 
-bool SRProvider::GetStoreFromURL(const std::wstring& url, SRStore& store) const {
-  const StoreMap stores = GetStores();
+const SRStore* StoreSnapshot::ByURL(const std::wstring& url) const {
   const std::wstring lowered = LowerCase(url);
-  StoreChoice found = FindByWholeAddress(stores, lowered);
-  if (found == nullptr) found = FindByTrimmedAddress(stores, lowered);
-  if (found == nullptr) found = FindByHostAndPort(stores, lowered);
+  StoreChoice found = FindByWholeAddress(*this, lowered);
+  if (found == nullptr) found = FindByTrimmedAddress(*this, lowered);
+  if (found == nullptr) found = FindByHostAndPort(*this, lowered);
   if (found == nullptr) {
     SR_TRACE(0) << "SRProvider::GetStoreFromURL failed to find matching store for URL: " << url;
-    return false;
+  } else {
+    SR_TRACE(0) << "SRProvider::GetStoreFromURL found matching store: " << found->GetStoreURL()
+                << ", for URL: " << url;
   }
-  store = *found;
-  SR_TRACE(0) << "SRProvider::GetStoreFromURL found matching store: " << store.GetStoreURL()
-              << ", for URL: " << url;
-  return true;
+  return found;
+}
+
+bool SRProvider::GetStoreFromURL(const std::wstring& url, SRStore& store) const {
+  std::shared_ptr<const StoreSnapshot> stores;
+  {
+    const CriticalSectionLock lock(*lock_);
+    stores = stores_.Snapshot();
+  }
+  const SRStore* const found = stores->ByURL(url);
+  if (found != nullptr) store = *found;
+  return found != nullptr;
 }
 
 }  // namespace ServiceRecords

@@ -17,8 +17,8 @@ void SRProvider::RestoreFromRepository() {
 
 void SRProvider::TakeReading(SavedStores::Reading reading) {
   saved_.TakeReading(reading);
-  if (reading.stores) stores_ = std::move(*reading.stores);
-  SetAllServiceRecordsToList(stores_);
+  if (reading.stores) stores_.Change() = std::move(*reading.stores);
+  Publish();
 }
 
 // Reads without the lock: whoever asks for the empty list must not wait for a disk that gives no answer.
@@ -45,12 +45,26 @@ void SRProvider::SaveAllStores() {
 }
 
 void SRProvider::Save() {
-  WhileNotSaving([this] { saved_.Save(stores_); });
+  WhileNotSaving([this] { saved_.Save(stores_.Change()); });
 }
 
 void SRProvider::SaveAndPublish() {
   Save();
-  SetAllServiceRecordsToList(stores_);
+  Publish();
+}
+
+void SRProvider::Publish() {
+  const std::shared_ptr<const StoreSnapshot> snapshot = stores_.Snapshot();
+  {
+    const std::lock_guard lock(publishedMutex_);
+    published_ = snapshot;
+  }
+  SetAllServiceRecordsToList(snapshot);
+}
+
+std::shared_ptr<const StoreSnapshot> SRProvider::Snapshot() const {
+  const std::lock_guard lock(publishedMutex_);
+  return published_;
 }
 
 bool SRProvider::MayChange() {
@@ -79,11 +93,6 @@ void SRProvider::TryAgain() {
     if (saved_.CurrentState() == SavedStores::State::Unsaved) return Save();
   }
   ReadAgain();
-}
-
-SavedStores::State SRProvider::StateOfSavedStores() const {
-  const CriticalSectionLock lock(*lock_);
-  return saved_.CurrentState();
 }
 
 }  // namespace ServiceRecords

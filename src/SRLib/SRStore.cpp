@@ -33,7 +33,20 @@ struct BeaconMarks {
   static void SetConfirmed(SRBeacon& beacon, bool confirmed) { beacon.SetDSConfirmed(confirmed); }
 };
 
+template <class Item>
+bool AreSameThroughout(const std::list<Item>& mine, const std::list<Item>& others) {
+  return std::equal(mine.begin(), mine.end(), others.begin(), others.end(),
+                    std::mem_fn(&Item::IsSameThroughout));
+}
+
 }  // namespace
+
+bool SRStore::IsSameThroughout(const SRStore& other) const {
+  return storeID_ == other.storeID_ && storeURL_ == other.storeURL_ && storeName_ == other.storeName_ &&
+         type_ == other.type_ && AreSameThroughout(gateways_, other.gateways_) &&
+         AreSameThroughout(internalBeacons_, other.internalBeacons_) &&
+         AreSameThroughout(externalBeacons_, other.externalBeacons_);
+}
 
 std::list<SRBeacon>& SRStore::GetInternalBeacons() {
   if (internalBeacons_.empty()) {

@@ -43,6 +43,9 @@ class SRStore {
   // The list as it is, nothing added.
   [[nodiscard]] const std::list<SRBeacon>& Beacons(BeaconType type) const;
 
+  // Every field, and every field of what the lists hold, in their order.
+  [[nodiscard]] bool IsSameThroughout(const SRStore& other) const;
+
   void AddGateway(const SRGateway& gateway) { gateways_.push_back(gateway); }
   void AddBeacon(const SRBeacon& beacon, BeaconType type);
 

@@ -57,7 +57,7 @@ void SavedStores::Save(StoreMap& stores) {
 }
 
 void SavedStores::TakeResult(State state, const std::string& problem) {
-  const State before = std::exchange(state_, state);
+  const State before = state_.exchange(state);
   if (state != State::Good) SR_TRACE(2) << problem.c_str();
   if (state == State::Good || before != State::Good) return;
   SystemLog::Error(problem);

@@ -2,6 +2,7 @@
 
 #include "SRLib/StoreMap.h"
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <optional>
@@ -22,6 +23,7 @@ class SavedStores {
   // Starts a timer, in place of the one that was started before.
   using StartTimer = std::function<void(std::chrono::seconds)>;
 
+  // Any thread, without the lock too.
   [[nodiscard]] State CurrentState() const { return state_; }
 
   // `startTimer` is called when a try is wanted, at once when one is wanted already. When the time is over,
@@ -45,7 +47,7 @@ class SavedStores {
   void TakeResult(State state, const std::string& problem);
   void WaitForRetry();
 
-  State state_ = State::Good;
+  std::atomic<State> state_ = State::Good;
   unsigned int attempts_ = 0;
   std::chrono::seconds delay_{};
   StartTimer startTimer_;

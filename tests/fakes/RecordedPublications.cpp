@@ -16,6 +16,12 @@ std::mutex mutex;
 std::vector<Publication> publications;
 bool failNext = false;
 
+ServiceRecords::StoreMap MapOf(const ServiceRecords::StoreSnapshot& snapshot) {
+  ServiceRecords::StoreMap stores;
+  for (const auto& store : snapshot) stores.emplace(store.GetStoreID(), store);
+  return stores;
+}
+
 }  // namespace
 
 void RecordedPublications::Clear() {
@@ -38,12 +44,12 @@ std::vector<Publication> RecordedPublications::All() {
 
 namespace ServiceRecords {
 
-void SetAllServiceRecordsToList(const StoreMap& stores) {
+void SetAllServiceRecordsToList(const std::shared_ptr<const StoreSnapshot>& stores) {
   const std::lock_guard lock(testsupport::mutex);
   if (std::exchange(testsupport::failNext, false)) throw std::runtime_error("publication");
-  testsupport::publications.push_back({stores, testsupport::InsideCriticalSection(),
-                                       testsupport::UserConfiguration().Writes(),
-                                       testsupport::CapturedTrace::Records().size()});
+  testsupport::publications.push_back(
+      {testsupport::MapOf(*stores), stores, testsupport::InsideCriticalSection(),
+       testsupport::UserConfiguration().Writes(), testsupport::CapturedTrace::Records().size()});
 }
 
 }  // namespace ServiceRecords

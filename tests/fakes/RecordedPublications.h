@@ -1,7 +1,9 @@
 #pragma once
 
 #include "SRLib/StoreMap.h"
+#include "SRLib/StoreSnapshot.h"
 
+#include <memory>
 #include <vector>
 
 namespace testsupport {
@@ -9,6 +11,7 @@ namespace testsupport {
 // One list that the core handed to the network-location library.
 struct Publication {
   ServiceRecords::StoreMap stores;
+  std::shared_ptr<const ServiceRecords::StoreSnapshot> snapshot;
   bool insideCriticalSection = false;
   int writesBefore = 0;  // to the user's configuration
   std::size_t traceRecordsBefore = 0;

@@ -16,6 +16,7 @@ namespace {
 
 using ServiceRecords::BeaconType;
 using ServiceRecords::SRStore;
+using ServiceRecords::StoreSnapshot;
 using testsupport::Beacon;
 
 std::mutex g_locationMutex;
@@ -34,12 +35,13 @@ class PublishedStoresTest : public testing::Test {
   }
   ~PublishedStoresTest() override {
     WFSetLocationFunc(nullptr);
-    ServiceRecords::SetAllServiceRecordsToList({});
+    ServiceRecords::SetAllServiceRecordsToList(std::make_shared<const StoreSnapshot>());
   }
 
   // The first location that is decided for the store.
   static std::uint32_t LocationOf(const SRStore& store) {
-    ServiceRecords::SetAllServiceRecordsToList(testsupport::Map({store}));
+    ServiceRecords::SetAllServiceRecordsToList(
+        std::make_shared<const StoreSnapshot>(testsupport::Map({store})));
     const std::string url = util::narrow(store.GetStoreURL());
     std::unique_lock lock(g_locationMutex);
     const bool decided = g_locationChanged.wait_for(lock, std::chrono::seconds(30), [&url] {

@@ -13,6 +13,7 @@ using PropertyList::Dictionary;
 using ServiceRecords::BeaconType;
 using ServiceRecords::SRStore;
 using ServiceRecords::StoreMap;
+using ServiceRecords::StoreSnapshot;
 using testing::ElementsAre;
 using testsupport::Beacon;
 using testsupport::Gateway;
@@ -25,7 +26,7 @@ class PublicationTest : public testing::Test {
   // The one list that the library got.
   static Array Published(const StoreMap& stores) {
     static_cast<void>(RecordingWayfinder::TakeLists());
-    ServiceRecords::SetAllServiceRecordsToList(stores);
+    ServiceRecords::SetAllServiceRecordsToList(std::make_shared<const StoreSnapshot>(stores));
     const auto lists = RecordingWayfinder::TakeLists();
     EXPECT_EQ(lists.size(), 1U);
     return lists.size() == 1 && lists.front() ? *lists.front() : Array();
@@ -34,7 +35,7 @@ class PublicationTest : public testing::Test {
 
 TEST_F(PublicationTest, AnEmptyMapHandsOverNothing) {
   static_cast<void>(RecordingWayfinder::TakeLists());
-  ServiceRecords::SetAllServiceRecordsToList({});
+  ServiceRecords::SetAllServiceRecordsToList(std::make_shared<const StoreSnapshot>());
   EXPECT_THAT(RecordingWayfinder::TakeLists(), ElementsAre(std::nullopt));
 }
 

@@ -55,9 +55,9 @@ std::map<std::string, std::string> LocationReasons(std::chrono::seconds limit) {
   const ServiceRecords::StoreMap stores = ServiceRecords::SRRegistryConfig().RestoreStores();
   TheCollector().Expect(stores);
   WFSetCustomLogFunc([](const char* message) { TheCollector().Take(message); });
-  ServiceRecords::SetAllServiceRecordsToList(stores);
+  ServiceRecords::SetAllServiceRecordsToList(std::make_shared<const ServiceRecords::StoreSnapshot>(stores));
   std::map<std::string, std::string> reasons = TheCollector().WaitFor(limit);
   WFSetCustomLogFunc(nullptr);
-  ServiceRecords::SetAllServiceRecordsToList({});
+  ServiceRecords::SetAllServiceRecordsToList(std::make_shared<const ServiceRecords::StoreSnapshot>());
   return reasons;
 }

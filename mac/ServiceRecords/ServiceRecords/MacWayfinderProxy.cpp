@@ -6,11 +6,11 @@
 
 namespace ServiceRecords {
 
-void SetAllServiceRecordsToList(const StoreMap& stores) {
-  if (stores.empty()) return Wayfinder::sharedInstance().setAllServiceRecordsToList(std::nullopt);
+void SetAllServiceRecordsToList(const std::shared_ptr<const StoreSnapshot>& stores) {
+  if (stores->empty()) return Wayfinder::sharedInstance().setAllServiceRecordsToList(std::nullopt);
   PropertyList::Array list;
-  list.reserve(stores.size());
-  for (const auto& [id, store] : stores) list.emplace_back(StoreDictionary(store, BeaconKeys::Included));
+  list.reserve(stores->size());
+  for (const SRStore& store : *stores) list.emplace_back(StoreDictionary(store, BeaconKeys::Included));
   return Wayfinder::sharedInstance().setAllServiceRecordsToList(std::move(list));
 }
 
