@@ -1,3 +1,4 @@
+#include "ServiceNames.h"
 #include "srctl/DoctorTest.h"
 
 #include <sys/resource.h>
@@ -33,8 +34,15 @@ class DoctorOfSavedStores : public DoctorTest {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
+  [[nodiscard]] bool IsSaved() {
+    return agent_.Bus().Call(ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
+                             "org.freedesktop.DBus.Properties", "Get",
+                             {ServiceNames::kServiceRecordsInterface, "stateOfSavedStores"}) == "good";
+  }
+
   [[nodiscard]] bool SavesWithoutHelp(const std::string& id) {
-    return agent_.Bus().WaitUntil([&] { return SavedText().find("<key>" + id) == std::string::npos; });
+    return agent_.Bus().WaitUntil([&] { return IsSaved(); }) &&
+           SavedText().find("<key>" + id) == std::string::npos;
   }
 
   [[nodiscard]] SrctlRun ExpectSavedStoresProblem(const std::string& what) {
