@@ -1,8 +1,8 @@
 #include "BackgroundTasks.h"
 
+#include "RunAndLogFailure.h"
 #include "SRLib/SystemLog.h"
 
-#include <exception>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -10,17 +10,6 @@
 namespace {
 
 thread_local BackgroundTasks* g_tasksOfThisThread = nullptr;
-
-// A failure in one file's handling ends that, not the agent.
-void RunAndLogFailure(const std::function<void()>& work) {
-  try {
-    work();
-  } catch (const std::exception& exception) {
-    SystemLog::Error(std::string("handling a file failed: ") + exception.what());
-  } catch (...) {
-    SystemLog::Error("handling a file failed");
-  }
-}
 
 }  // namespace
 
@@ -66,7 +55,7 @@ bool BackgroundTasks::StartThread(const Work& work) {
 
 void BackgroundTasks::Run(Threads::iterator thread, Work work) {
   g_tasksOfThisThread = this;
-  RunAndLogFailure(work);
+  RunAndLogFailure("handling a file", work);
   work = nullptr;  // what it holds ends with it
   const std::lock_guard lock(mutex_);
   JoinEnded();

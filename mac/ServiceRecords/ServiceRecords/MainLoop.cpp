@@ -1,6 +1,6 @@
 #include "MainLoop.h"
 
-#include "SRLib/SystemLog.h"
+#include "RunAndLogFailure.h"
 #include "TerminationEvent.h"
 
 #include <sys/epoll.h>
@@ -11,8 +11,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
-#include <exception>
-#include <string>
 #include <system_error>
 #include <utility>
 
@@ -101,13 +99,7 @@ void MainLoop::RunPosted() {
     const std::lock_guard lock(mutex_);
     work.swap(posted_);
   }
-  for (const auto& item : work) {
-    try {
-      item();
-    } catch (const std::exception& exception) {
-      SystemLog::Error(std::string("work for the main thread failed: ") + exception.what());
-    }
-  }
+  for (const auto& item : work) RunAndLogFailure("work for the main thread", item);
 }
 
 int MainLoop::HandleTime(sd_event_source* /*source*/, std::uint64_t /*time*/, void* self) {

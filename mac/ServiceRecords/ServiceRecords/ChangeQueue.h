@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+// What changes the list of stores, done one after the other, in the order of the calls, on one thread of its
+// own: a change waits for the disk, for whoever else changes the list, and for the user's answers. The thread
+// is there from the beginning, so that no change is lost for want of one. Any thread may add a change.
+class ChangeQueue {
+ public:
+  using Change = std::function<void()>;
+
+  // Throws std::system_error when there can be no thread.
+  ChangeQueue();
+  // Drops what has not begun and waits until the rest has ended.
+  ~ChangeQueue();
+  ChangeQueue(const ChangeQueue&) = delete;
+  ChangeQueue& operator=(const ChangeQueue&) = delete;
+
+  // What the change throws is logged, and what it holds ends with it, before the next one begins. After Close
+  // it is dropped.
+  void Add(Change change);
+
+  // From now on no change begins.
+  void Close();
+  // Waits until the change that was begun has ended, but no longer than `limit`, and only then drops the
+  // others, which came later. After Close. True when it has ended.
+  [[nodiscard]] bool Finish(std::chrono::milliseconds limit);
+
+ private:
+  void Work();
+  // The next change; nothing after Close.
+  [[nodiscard]] Change AwaitNext();
+  void Drop();
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<Change> waiting_;
+  bool closed_ = false;
+  bool ended_ = false;
+  std::thread thread_;
+};

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <functional>
+
+// Does a piece of work whose failure must end that alone. What it throws is written to the system log, as the
+// failure of `what`.
+void RunAndLogFailure(const char* what, const std::function<void()>& work);
