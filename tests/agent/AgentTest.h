@@ -29,8 +29,17 @@ class AgentTest : public testing::Test {
 
   // Hands the file to the agent and waits until it has been handled.
   void Open(const std::string& file);
+  // Starts the agent with a plug-in whose dialogs of that kind never return, not even at termination.
+  void StartWithHanging(const std::string& dialog);
+  // Until so many of them hang.
+  [[nodiscard]] bool WaitForHanging(std::size_t count);
+  [[nodiscard]] std::size_t Hanging() const;
+
+  // Leaves the question open whether "New" replaces "Old", the store "s1". Whoever changes the list waits.
+  void AskToReplace();
   [[nodiscard]] std::size_t CountNotifications();
   [[nodiscard]] std::vector<std::string> StoreIDs();
+  [[nodiscard]] static std::string StateOfSavedStores(testsupport::BusClient& reader);
 
   testsupport::WebServer server_;
   testsupport::TestAgent agent_;

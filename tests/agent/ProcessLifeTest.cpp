@@ -182,18 +182,13 @@ TEST_F(ProcessLife, TerminationClosesAnOpenTrustDialogAsDeclined) {
   EXPECT_THAT(StoreIDs(), IsEmpty());
 }
 
-TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileACallWaitsForTheList) {
+TEST_F(ProcessLife, TerminationReachesAReplaceDialogWhileAChangeWaitsForTheList) {
   agent_.Start();
-  Open(OpenableFile("a.cr", {Store("s1", "Old")}));
-  const std::string newer = OpenableFile("b.cr", {Store("s1", "New")});
-  agent_.HoldDialogs();
-  agent_.Bus().OpenFiles({agent_.URI(newer)});
-  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 2; }));
-  agent_.Release("accepted");
-  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == 3; }));
-  EXPECT_EQ(agent_.Dialogs().back().first, "replaceStore");
-  agent_.Bus().StartServiceRecords("allStores", {});  // the main thread now waits for the list
+  AskToReplace();
+  const std::uint64_t call =
+      agent_.Bus().StartServiceRecords("setDefaultGatewayForStoreIDTo", {"s1", "Branch"});
   EXPECT_EQ(agent_.Terminate(), 0);
+  agent_.Bus().WaitForReply(call);
   agent_.Start();
   EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
 }

@@ -83,10 +83,8 @@ int RecordNotification(sd_bus_message* message, void* seen, sd_bus_error* /*erro
   return 0;
 }
 
-int RecordReply(sd_bus_message* message, void* reply, sd_bus_error* /*error*/) {
-  const sd_bus_error* failure = sd_bus_message_get_error(message);
-  *static_cast<std::optional<std::string>*>(reply) = failure == nullptr ? "" : failure->name;
-  return 0;
+json ReadResult(sd_bus_message* reply) {
+  return sd_bus_message_at_end(reply, 1) != 0 ? json() : ReadValue(reply);
 }
 
 }  // namespace
@@ -124,7 +122,7 @@ BusMessagePtr BusClient::Send(const BusMessagePtr& call) {
 json BusClient::Call(const std::string& name, const std::string& path, const std::string& interface,
                      const std::string& method, const std::vector<std::string>& arguments) {
   const BusMessagePtr reply = Send(NewCall(name, path, interface, method, arguments));
-  return sd_bus_message_at_end(reply.get(), 1) != 0 ? json() : ReadValue(reply.get());
+  return ReadResult(reply.get());
 }
 
 json BusClient::ServiceRecords(const std::string& method, const std::vector<std::string>& arguments) {
@@ -139,23 +137,39 @@ json BusClient::Beacons(const std::string& method, const std::vector<std::string
 
 std::uint64_t BusClient::StartServiceRecords(const std::string& method,
                                              const std::vector<std::string>& arguments) {
-  const BusMessagePtr call = NewCall(kServiceRecordsName, kServiceRecordsPath,
-                                     "com.morvane.MrvServiceRecordsService", method, arguments);
+  const BusMessagePtr message = NewCall(kServiceRecordsName, kServiceRecordsPath,
+                                        "com.morvane.MrvServiceRecordsService", method, arguments);
   const std::uint64_t number = nextCall_++;
-  CheckBus(sd_bus_call_async(bus_.get(), nullptr, call.get(), RecordReply, &replies_[number], UINT64_MAX),
-           method);
+  StartedCall& call = started_.emplace(number, StartedCall{this, number, {}, {}}).first->second;
+  CheckBus(sd_bus_call_async(bus_.get(), nullptr, message.get(), RecordReply, &call, UINT64_MAX), method);
   CheckBus(sd_bus_flush(bus_.get()), method);
   return number;
 }
 
-bool BusClient::HasReply(std::uint64_t call) {
-  ProcessPending();
-  return replies_.at(call).has_value();
+int BusClient::RecordReply(sd_bus_message* message, void* call, sd_bus_error* /*error*/) {
+  auto& started = *static_cast<StartedCall*>(call);
+  const sd_bus_error* failure = sd_bus_message_get_error(message);
+  if (failure == nullptr) started.result = ReadResult(message);
+  started.error = failure == nullptr ? "" : failure->name;
+  started.client->answered_.push_back(started.number);
+  return 0;
 }
 
-void BusClient::WaitForReply(std::uint64_t call) {
-  if (!WaitUntil([&] { return replies_.at(call).has_value(); })) throw std::runtime_error("no reply in time");
-  if (!replies_.at(call)->empty()) throw BusError(*replies_.at(call), "the call failed");
+bool BusClient::HasReply(std::uint64_t call) {
+  ProcessPending();
+  return started_.at(call).error.has_value();
+}
+
+json BusClient::WaitForReply(std::uint64_t call) {
+  const StartedCall& started = started_.at(call);
+  if (!WaitUntil([&] { return started.error.has_value(); })) throw std::runtime_error("no reply in time");
+  if (!started.error->empty()) throw BusError(*started.error, "the call failed");
+  return started.result;
+}
+
+std::vector<std::uint64_t> BusClient::AnsweredCalls() {
+  ProcessPending();
+  return answered_;
 }
 
 void BusClient::OpenFiles(const std::vector<std::string>& uris) {

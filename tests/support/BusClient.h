@@ -5,7 +5,9 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -31,10 +33,13 @@ class BusClient {
 
   nlohmann::json ServiceRecords(const std::string& method, const std::vector<std::string>& arguments = {});
   nlohmann::json Beacons(const std::string& method, const std::vector<std::string>& arguments = {});
-  // The call is sent; WaitForReply with the returned number waits for its end.
-  std::uint64_t StartServiceRecords(const std::string& method, const std::vector<std::string>& arguments);
-  void WaitForReply(std::uint64_t call);
+  // The call is sent; WaitForReply with the returned number waits for its end, and returns its result.
+  std::uint64_t StartServiceRecords(const std::string& method,
+                                    const std::vector<std::string>& arguments = {});
+  nlohmann::json WaitForReply(std::uint64_t call);
   [[nodiscard]] bool HasReply(std::uint64_t call);
+  // The calls that have been answered, in the order of their replies.
+  [[nodiscard]] std::vector<std::uint64_t> AnsweredCalls();
 
   // The desktop's file-open event.
   void OpenFiles(const std::vector<std::string>& uris);
@@ -55,6 +60,14 @@ class BusClient {
   [[nodiscard]] bool WaitUntilOwned(const std::string& name, bool owned);
 
  private:
+  struct StartedCall {
+    BusClient* client;
+    std::uint64_t number;
+    std::optional<std::string> error;  // its name, or empty; nothing before the reply
+    nlohmann::json result;
+  };
+
+  static int RecordReply(sd_bus_message* message, void* call, sd_bus_error* error);
   BusMessagePtr NewCall(const std::string& name, const std::string& path, const std::string& interface,
                         const std::string& method, const std::vector<std::string>& arguments);
   BusMessagePtr Send(const BusMessagePtr& call);
@@ -62,7 +75,8 @@ class BusClient {
 
   BusPtr bus_;
   std::vector<std::string> notifications_;
-  std::map<std::uint64_t, std::optional<std::string>> replies_;  // the error's name, or empty
+  std::map<std::uint64_t, StartedCall> started_;
+  std::vector<std::uint64_t> answered_;
   std::uint64_t nextCall_ = 1;
 };
 

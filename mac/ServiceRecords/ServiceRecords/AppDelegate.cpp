@@ -3,6 +3,7 @@
 #include "ApplicationBusObject.h"
 #include "BeaconsBusObject.h"
 #include "BusObject.h"
+#include "ChangeQueue.h"
 #include "ClientApplication.h"
 #include "DbgTrace.h"
 #include "DesktopIntegration.h"
@@ -25,6 +26,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <system_error>
 #include <utility>
 
@@ -83,6 +85,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   _thisInstanceIsAgent = true;
   BusPtr notifications = OpenConnection();
   LookAtNames(notifications.get());
+  changes_ = std::make_unique<ChangeQueue>();
   ServiceRecordInit();
   RetryInBackground();
   // Observed before either name is published, so that no notification is missed from then on.
@@ -102,12 +105,12 @@ void AppDelegate::LookAtNames(sd_bus* bus) {
   }
 }
 
-// A try waits for the provider's lock and the disk, so it is not for the main thread. A list that could be
+// A try changes the list or its file, so it takes its turn among the changes. A list that could be
 // read at last is announced: until then it was empty for everybody.
 void AppDelegate::RetryInBackground() {
   ServiceRecords::SRProvider::Instance().RetryWith(
       [this](std::chrono::seconds delay) {
-        MainLoop::Main().PutOff(delay, [this] { tasks_.Start(TryAgain); });
+        MainLoop::Main().PutOff(delay, [this] { changes_->Add(TryAgain); });
       },
       AnnounceStores);
 }
@@ -121,7 +124,8 @@ void AppDelegate::ObserveLoggingConfiguration(const BusPtr& connection) {
 void AppDelegate::ServeConnections() {
   sd_bus& bus = *_serviceRecordsConnection;
   beaconsObject_ = std::make_unique<BeaconsBusObject>(*_beaconServer);
-  serviceRecordsObject_ = std::make_unique<ServiceRecordsBusObject>(*_serviceRecordsServer, tasks_);
+  serviceRecordsObject_ =
+      std::make_unique<ServiceRecordsBusObject>(*_serviceRecordsServer, tasks_, *changes_);
   applicationObject_ =
       std::make_unique<ApplicationBusObject>([this](const std::string& path) { openFile(path); });
   client_ = std::make_unique<ClientApplication>(bus);
@@ -186,14 +190,29 @@ void AppDelegate::Finish(int status) {
   MorvaneWarden_CancelRequests();
   SetClientActivation(nullptr);
   WFSetLocationFunc(nullptr);
-  const bool allEnded = tasks_.Finish(kTimeToFinish);
+  const bool allEnded = FinishWork();
   SayLastWords();
   if (!allEnded) ServiceRecords::SRProvider::WhileNotSaving([status] { ::_exit(status); });
   DistributedNotificationCenter::defaultCenter().Disconnect();
 }
 
-// What the ended threads have left to be sent.
+bool AppDelegate::FinishWork() {
+  const auto end = std::chrono::steady_clock::now() + kTimeToFinish;
+  if (changes_ != nullptr) changes_->Close();
+  const bool filesEnded = tasks_.Finish(kTimeToFinish);
+  if (changes_ == nullptr) return filesEnded;
+  const auto left = end - std::chrono::steady_clock::now();
+  return changes_->Finish(std::chrono::duration_cast<std::chrono::milliseconds>(left)) && filesEnded;
+}
+
+// What the ended threads have left to be sent, and the answers to the calls that came until now.
 void AppDelegate::SayLastWords() {
   MainLoop::Main().RunPosted();
-  if (_serviceRecordsConnection != nullptr) sd_bus_flush(_serviceRecordsConnection.get());
+  for (const BusPtr& connection : {std::cref(_beaconsConnection), std::cref(_serviceRecordsConnection)}) {
+    if (connection == nullptr) continue;
+    while (sd_bus_process(connection.get(), nullptr) > 0) {
+    }
+    MainLoop::Main().RunPosted();
+    sd_bus_flush(connection.get());
+  }
 }

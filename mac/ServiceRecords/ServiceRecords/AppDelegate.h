@@ -8,6 +8,7 @@
 
 class ApplicationBusObject;
 class BeaconsBusObject;
+class ChangeQueue;
 class ClientApplication;
 class MrvBeaconSvr;
 class MrvServiceRecordsSvr;
@@ -28,9 +29,9 @@ class AppDelegate {
   void applicationDidFinishLaunching();
   void applicationWillTerminate();
 
-  // Waits for the files being handled, says the last words and lets go of the services. When a thread is
-  // still busy after the time allowed, ends the process with this exit status as soon as no save is under
-  // way.
+  // Waits for the files being handled and the change being made, says the last words and lets go of the
+  // services. When a thread is still busy after the time allowed, ends the process with this exit status as
+  // soon as no save is under way.
   void Finish(int status);
 
  private:
@@ -47,10 +48,12 @@ class AppDelegate {
   static void ObserveLoggingConfiguration(const BusPtr& connection);
   void ServeConnections();
   void RetryInBackground();
+  [[nodiscard]] bool FinishWork();
   void SayLastWords();
 
   // Let go in the reverse order: objects before the connections that serve them, those before the servers.
   BackgroundTasks tasks_;
+  std::unique_ptr<ChangeQueue> changes_;  // the agent's only
   std::unique_ptr<MrvServiceRecordsSvr> _serviceRecordsServer;
   std::unique_ptr<MrvBeaconSvr> _beaconServer;
   BusPtr _serviceRecordsConnection;

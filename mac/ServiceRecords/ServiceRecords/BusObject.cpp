@@ -9,6 +9,13 @@ std::string ReadText(sd_bus_message* call) {
   return text;
 }
 
+BusMessagePtr NewReply(sd_bus_message* call) {
+  sd_bus_message* reply = nullptr;
+  const int result = sd_bus_message_new_method_return(call, &reply);
+  if (result < 0) throw std::system_error(-result, std::generic_category(), "making a reply");
+  return BusMessagePtr(reply);
+}
+
 BusSlotPtr AddInterface(sd_bus& bus, const char* path, const char* interface, const sd_bus_vtable* table,
                         void* object) {
   sd_bus_slot* slot = nullptr;

@@ -21,14 +21,15 @@ int AnswerCall(sd_bus_error* error, Handler handler) noexcept {
 // The next argument of the call, which its signature says is text. Throws std::system_error when it is not.
 [[nodiscard]] std::string ReadText(sd_bus_message* call);
 
+// An empty reply to the call. Throws std::system_error.
+[[nodiscard]] BusMessagePtr NewReply(sd_bus_message* call);
+
 // Answers the call with what `append` writes into the reply.
 template <class Append>
 int ReplyWith(sd_bus_message* call, Append append) {
-  sd_bus_message* message = nullptr;
-  if (const int result = sd_bus_message_new_method_return(call, &message); result < 0) return result;
-  const BusMessagePtr reply(message);
-  if (const int result = append(message); result < 0) return result;
-  return sd_bus_send(nullptr, message, nullptr);
+  const BusMessagePtr reply = NewReply(call);
+  if (const int result = append(reply.get()); result < 0) return result;
+  return sd_bus_send(nullptr, reply.get(), nullptr);
 }
 
 // Whether a program on the bus owns the name; false when the bus does not answer.

@@ -5,12 +5,13 @@
 #include "SRLib/SRProvider.h"
 #include "SRLib/TextHelpers.h"
 #include "ServiceRecordMain.h"
-#include "StoreDictionary.h"
 
 using ServiceRecords::SavedStores;
 using ServiceRecords::SRProvider;
 
 namespace {
+
+constexpr char kAllStores[] = "MrvServiceRecordsSvr::allStores";
 
 using Setter = bool (SRProvider::*)(const std::wstring& store, const std::wstring& gateway);
 
@@ -43,29 +44,23 @@ MrvServiceRecordsSvr* NewMrvServiceRecordsServer() {
   return new MrvServiceRecordsSvr;
 }
 
-std::optional<PropertyList::Array> MrvServiceRecordsSvr::allStores() {
-  constexpr char kMethod[] = "MrvServiceRecordsSvr::allStores";
-  CSRLog(0, "[+] %s", kMethod);
-  const ServiceRecords::StoreMap stores = SRProvider::Instance().GetStores();
-  std::optional<PropertyList::Array> result;
-  if (!stores.empty()) {
-    result.emplace();
-    for (const auto& [id, store] : stores) result->emplace_back(StoreDictionary(store, BeaconKeys::Omitted));
-  }
-  CSRLog(0, "[-] %s", kMethod);
-  return result;
+const PropertyList::Array& MrvServiceRecordsSvr::allStores(const Stores& stores) {
+  CSRLog(0, "[+] %s", kAllStores);
+  const PropertyList::Array& dictionaries = dictionaries_.Of(stores);
+  CSRLog(0, "[-] %s", kAllStores);
+  return dictionaries;
 }
 
-std::optional<PropertyList::Dictionary> MrvServiceRecordsSvr::storeForID(const std::string& id) {
+std::optional<PropertyList::Dictionary> MrvServiceRecordsSvr::storeForID(const std::string& id,
+                                                                         const Stores& stores) {
   constexpr char kMethod[] = "MrvServiceRecordsSvr::storeForID";
   CSRLog(0, "[+] %s (%@)", kMethod, id);
+  // The index stands in for a search of what allStores answers, whose records stay.
+  CSRLog(0, "[+] %s", kAllStores);
+  CSRLog(0, "[-] %s", kAllStores);
   std::optional<PropertyList::Dictionary> result;
-  for (const PropertyList::Value& store : allStores().value_or(PropertyList::Array{})) {
-    const auto& dictionary = *store.As<PropertyList::Dictionary>();
-    if (*dictionary.Find("StoreID") != PropertyList::Value(id)) continue;
-    result = dictionary;
-    break;
-  }
+  const ServiceRecords::SRStore* store = stores->ByID(util::widen(id));
+  if (store != nullptr) result = BusStoreDictionary(*store);
   CSRLog(0, "[-] %s", kMethod);
   return result;
 }

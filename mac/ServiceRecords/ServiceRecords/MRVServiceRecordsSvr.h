@@ -2,19 +2,25 @@
 
 #include "SRLib/PropertyList/PropertyList.h"
 #include "Sha256.h"
+#include "StoreDictionaries.h"
 
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 
-// What the service-records service answers. Text is UTF-8; a result of nothing is no value. Called on the
-// main thread; handleServiceRecordFTA also on the threads that handle opened files.
+// What the service-records service answers. Text is UTF-8, in dictionaries as the bus carries it; a result of
+// nothing is no value. What only reads is called on the main thread and never waits; what changes the list
+// waits for it, and is called on the thread of the changes, an opened file's on one of its own.
 class MrvServiceRecordsSvr {
  public:
-  // The stores in id order as dictionaries without beacon keys; nothing when there are none.
-  [[nodiscard]] std::optional<PropertyList::Array> allStores();
-  [[nodiscard]] std::optional<PropertyList::Dictionary> storeForID(const std::string& id);
+  using Stores = std::shared_ptr<const ServiceRecords::StoreSnapshot>;
+
+  // These stores in id order as dictionaries without beacon keys; good until the next call.
+  [[nodiscard]] const PropertyList::Array& allStores(const Stores& stores);
+  [[nodiscard]] std::optional<PropertyList::Dictionary> storeForID(const std::string& id,
+                                                                   const Stores& stores);
 
   // False for an empty argument, an unknown store or an unknown gateway; otherwise the change is saved.
   [[nodiscard]] bool setDefaultGatewayForStoreURLTo(const std::string& storeURL, const std::string& gateway);
@@ -33,6 +39,7 @@ class MrvServiceRecordsSvr {
   void handleDiscoveryDocument(const std::string& xml);
 
  private:
+  StoreDictionaries dictionaries_;  // the main thread's
   std::mutex _arrayLock;
   // The documents already announced, each by its digest; never removed: deliberate.
   std::set<Sha256Digest> _previousDiscoveryDocumentsXML;

@@ -1,7 +1,9 @@
 #include "MrvBeaconSvr.h"
 
+#include "BusMarshalling.h"
 #include "DbgTrace.h"
 #include "SRLib/SRProvider.h"
+#include "SRLib/StoreSnapshot.h"
 #include "SRLib/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
@@ -59,16 +61,15 @@ std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(
     return std::nullopt;
   }
   CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
-  SRStore store;
+  const auto stores = SRProvider::Instance().Snapshot();
+  const SRStore* store = stores->ByURL(util::widen(storeURL));
   SRGateway gateway;
   std::optional<PropertyList::Dictionary> result;
-  if (SRProvider::Instance().GetStoreFromURL(util::widen(storeURL), store) &&
-      store.GetDefaultGatewayRef(gateway)) {
-    result =
-        PropertyList::Dictionary{{"GatewayURL", util::narrow(gateway.GetLocation())},
-                                 {"GatewayName", util::narrow(gateway.GetName())},
-                                 {"GatewayAuthType", static_cast<std::uint32_t>(gateway.GetAuthentication())},
-                                 {"GatewayEdition", static_cast<std::uint32_t>(gateway.GetEdition())}};
+  if (store != nullptr && store->GetDefaultGatewayRef(gateway)) {
+    result = BusDictionary({{"GatewayURL", util::narrow(gateway.GetLocation())},
+                            {"GatewayName", util::narrow(gateway.GetName())},
+                            {"GatewayAuthType", static_cast<std::uint32_t>(gateway.GetAuthentication())},
+                            {"GatewayEdition", static_cast<std::uint32_t>(gateway.GetEdition())}});
   }
   CSRLog(0, "[-] %s", kMethod);
   return result;

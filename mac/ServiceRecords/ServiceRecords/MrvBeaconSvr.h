@@ -6,7 +6,8 @@
 #include <optional>
 #include <string>
 
-// What the beacon service answers. Text is UTF-8. Called on the main thread; no call blocks for the network.
+// What the beacon service answers. Text is UTF-8, in dictionaries as the bus carries it. Called on the main
+// thread; no call waits for the network or for a change of the list.
 class MrvBeaconSvr {
  public:
   // The network location value relative to the store at this URL; passed on as it is, without checks.

@@ -2,50 +2,59 @@
 
 #include "BackgroundTasks.h"
 #include "BusMarshalling.h"
+#include "ChangeQueue.h"
 #include "MRVServiceRecordsSvr.h"
 #include "MainLoop.h"
+#include "SRLib/SRProvider.h"
 #include "ServiceNames.h"
 
-#include <functional>
 #include <memory>
 #include <utility>
 
+using ServiceRecords::SRProvider;
+
 namespace {
 
-// Posts the reply to the main loop however the handling ends, and when it does not begin.
-class ReplyAtEnd {
+// Reports the result of a piece of work however it ends, and when it does not begin.
+class AtEnd {
  public:
-  explicit ReplyAtEnd(std::function<void()> reply) : reply_(std::move(reply)) {}
-  ~ReplyAtEnd() { MainLoop::Main().Post(reply_); }
-  ReplyAtEnd(const ReplyAtEnd&) = delete;
-  ReplyAtEnd& operator=(const ReplyAtEnd&) = delete;
+  explicit AtEnd(std::function<void(bool)> report) : report_(std::move(report)) {}
+  ~AtEnd() { report_(result); }
+  AtEnd(const AtEnd&) = delete;
+  AtEnd& operator=(const AtEnd&) = delete;
+
+  bool result = false;
 
  private:
-  const std::function<void()> reply_;
+  const std::function<void(bool result)> report_;
 };
 
 }  // namespace
 
 const sd_bus_vtable ServiceRecordsBusObject::kMethods[] = {
     SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD_WITH_ARGS("allStores", SD_BUS_NO_ARGS, SD_BUS_RESULT("aa{sv}", stores), AllStores,
-                            SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_ARGS("allStores", SD_BUS_NO_ARGS, SD_BUS_RESULT("aa{sv}", stores),
+                            InTurn<&ServiceRecordsBusObject::AllStores>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("storeForID", SD_BUS_ARGS("s", storeID), SD_BUS_RESULT("a{sv}", store),
-                            StoreForID, SD_BUS_VTABLE_UNPRIVILEGED),
+                            InTurn<&ServiceRecordsBusObject::StoreForID>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("setDefaultGatewayForStoreURLTo", SD_BUS_ARGS("s", storeURL, "s", gatewayName),
-                            SD_BUS_RESULT("b", changed), SetDefaultGatewayForStoreURL,
+                            SD_BUS_RESULT("b", changed),
+                            AtOnce<&ServiceRecordsBusObject::SetDefaultGatewayForStoreURL>,
                             SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("setDefaultGatewayForStoreIDTo", SD_BUS_ARGS("s", storeID, "s", gatewayName),
-                            SD_BUS_RESULT("b", changed), SetDefaultGatewayForStoreID,
+                            SD_BUS_RESULT("b", changed),
+                            AtOnce<&ServiceRecordsBusObject::SetDefaultGatewayForStoreID>,
                             SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("uiBundlePath", SD_BUS_NO_ARGS, SD_BUS_RESULT("s", path), UIBundlePath,
-                            SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD_WITH_ARGS("uiBundlePath", SD_BUS_NO_ARGS, SD_BUS_RESULT("s", path),
+                            InTurn<&ServiceRecordsBusObject::UIBundlePath>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("deleteStore", SD_BUS_ARGS("s", storeID), SD_BUS_RESULT("b", deleted),
-                            DeleteStore, SD_BUS_VTABLE_UNPRIVILEGED),
+                            AtOnce<&ServiceRecordsBusObject::DeleteStore>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("handleServiceRecordFTA", SD_BUS_ARGS("s", path), SD_BUS_NO_RESULT,
-                            HandleServiceRecordFTA, SD_BUS_VTABLE_UNPRIVILEGED),
+                            InTurn<&ServiceRecordsBusObject::HandleServiceRecordFTA>,
+                            SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD_WITH_ARGS("handleDiscoveryDocument", SD_BUS_ARGS("s", document), SD_BUS_NO_RESULT,
-                            HandleDiscoveryDocument, SD_BUS_VTABLE_UNPRIVILEGED),
+                            AtOnce<&ServiceRecordsBusObject::HandleDiscoveryDocument>,
+                            SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_PROPERTY("stateOfSavedStores", "s", StateOfSavedStores, 0, 0),
     SD_BUS_VTABLE_END};
 
@@ -55,46 +64,28 @@ bool ServiceRecordsBusObject::Serve(sd_bus& bus) {
   return slot_ != nullptr;
 }
 
-int ServiceRecordsBusObject::AllStores(sd_bus_message* call, void* self, sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    const auto stores = Self(self).service_.allStores();
-    return ReplyWith(call, [&stores](sd_bus_message* reply) {
-      return AppendDictionaries(reply, stores.value_or(PropertyList::Array{}));
-    });
+int ServiceRecordsBusObject::AnswerInTurn(sd_bus_message* call, MethodInTurn method) {
+  const auto answer = [this, method](sd_bus_message* turn, const Stores& stores) {
+    return (this->*method)(turn, stores);
+  };
+  if (pendingChanges_.KeepBehind(call, answer)) return 1;
+  return answer(call, SRProvider::Instance().Snapshot());
+}
+
+int ServiceRecordsBusObject::AllStores(sd_bus_message* call, const Stores& stores) {
+  const PropertyList::Array& dictionaries = service_.allStores(stores);
+  return ReplyWith(call, [&](sd_bus_message* reply) { return AppendDictionaries(reply, dictionaries); });
+}
+
+int ServiceRecordsBusObject::StoreForID(sd_bus_message* call, const Stores& stores) {
+  const auto store = service_.storeForID(ReadText(call), stores);
+  return ReplyWith(call, [&store](sd_bus_message* reply) {
+    return AppendDictionary(reply, store.value_or(PropertyList::Dictionary{}));
   });
 }
 
-int ServiceRecordsBusObject::StoreForID(sd_bus_message* call, void* self, sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    const auto store = Self(self).service_.storeForID(ReadText(call));
-    return ReplyWith(call, [&store](sd_bus_message* reply) {
-      return AppendDictionary(reply, store.value_or(PropertyList::Dictionary{}));
-    });
-  });
-}
-
-int ServiceRecordsBusObject::SetDefaultGatewayForStoreURL(sd_bus_message* call, void* self,
-                                                          sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    const std::string storeURL = ReadText(call);
-    const bool changed = Self(self).service_.setDefaultGatewayForStoreURLTo(storeURL, ReadText(call));
-    return sd_bus_reply_method_return(call, "b", static_cast<int>(changed));
-  });
-}
-
-int ServiceRecordsBusObject::SetDefaultGatewayForStoreID(sd_bus_message* call, void* self,
-                                                         sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    const std::string storeID = ReadText(call);
-    const bool changed = Self(self).service_.setDefaultGatewayForStoreIDTo(storeID, ReadText(call));
-    return sd_bus_reply_method_return(call, "b", static_cast<int>(changed));
-  });
-}
-
-int ServiceRecordsBusObject::UIBundlePath(sd_bus_message* call, void* self, sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    return sd_bus_reply_method_return(call, "s", BusText(Self(self).service_.uiBundlePath()).c_str());
-  });
+int ServiceRecordsBusObject::UIBundlePath(sd_bus_message* call, const Stores& /*stores*/) {
+  return sd_bus_reply_method_return(call, "s", BusText(service_.uiBundlePath()).c_str());
 }
 
 int ServiceRecordsBusObject::StateOfSavedStores(sd_bus* /*bus*/, const char* /*path*/,
@@ -105,35 +96,52 @@ int ServiceRecordsBusObject::StateOfSavedStores(sd_bus* /*bus*/, const char* /*p
   });
 }
 
-int ServiceRecordsBusObject::DeleteStore(sd_bus_message* call, void* self, sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    const bool removed = Self(self).service_.deleteStore(ReadText(call));
-    return sd_bus_reply_method_return(call, "b", static_cast<int>(removed));
+int ServiceRecordsBusObject::SetDefaultGatewayForStoreURL(sd_bus_message* call) {
+  std::string storeURL = ReadText(call);
+  return Change(call, "b", [this, storeURL = std::move(storeURL), gateway = ReadText(call)] {
+    return service_.setDefaultGatewayForStoreURLTo(storeURL, gateway);
   });
 }
 
-int ServiceRecordsBusObject::HandleServiceRecordFTA(sd_bus_message* call, void* self, sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    Self(self).HandleFileInBackground(call, ReadText(call));
-    return 1;  // the reply follows when the file has been handled
+int ServiceRecordsBusObject::SetDefaultGatewayForStoreID(sd_bus_message* call) {
+  std::string storeID = ReadText(call);
+  return Change(call, "b", [this, storeID = std::move(storeID), gateway = ReadText(call)] {
+    return service_.setDefaultGatewayForStoreIDTo(storeID, gateway);
   });
 }
 
-void ServiceRecordsBusObject::HandleFileInBackground(sd_bus_message* call, const std::string& path) {
-  const std::uint64_t number = nextCall_++;
-  pendingCalls_.emplace(number, BusMessagePtr(sd_bus_message_ref(call)));
-  const auto reply = std::make_shared<ReplyAtEnd>([this, number] { Reply(number); });
-  tasks_.Start([this, path, reply] { service_.handleServiceRecordFTA(path); });
+int ServiceRecordsBusObject::DeleteStore(sd_bus_message* call) {
+  return Change(call, "b", [this, id = ReadText(call)] { return service_.deleteStore(id); });
 }
 
-void ServiceRecordsBusObject::Reply(std::uint64_t call) {
-  const auto pending = pendingCalls_.extract(call);
+int ServiceRecordsBusObject::HandleDiscoveryDocument(sd_bus_message* call) {
+  return Change(call, "", [this, document = ReadText(call)] {
+    service_.handleDiscoveryDocument(document);
+    return true;
+  });
+}
+
+int ServiceRecordsBusObject::Change(sd_bus_message* call, const char* resultTypes,
+                                    std::function<bool()> change) {
+  const std::uint64_t number = pendingChanges_.Begin(call, resultTypes);
+  const auto end = std::make_shared<AtEnd>([this, number](bool changed) {
+    const PendingChanges::Outcome outcome{changed, SRProvider::Instance().Snapshot()};
+    MainLoop::Main().Post([this, number, outcome] { pendingChanges_.End(number, outcome); });
+  });
+  changes_.Add([change = std::move(change), end] { end->result = change(); });
+  return 1;
+}
+
+int ServiceRecordsBusObject::HandleServiceRecordFTA(sd_bus_message* call, const Stores& /*stores*/) {
+  const std::uint64_t number = nextFile_++;
+  pendingFiles_.emplace(number, BusMessagePtr(sd_bus_message_ref(call)));
+  const auto reply = std::make_shared<AtEnd>(
+      [this, number](bool) { MainLoop::Main().Post([this, number] { ReplyAboutFile(number); }); });
+  tasks_.Start([this, path = ReadText(call), reply] { service_.handleServiceRecordFTA(path); });
+  return 1;  // the reply follows when the file has been handled
+}
+
+void ServiceRecordsBusObject::ReplyAboutFile(std::uint64_t call) {
+  const auto pending = pendingFiles_.extract(call);
   if (pending) sd_bus_reply_method_return(pending.mapped().get(), nullptr);
-}
-
-int ServiceRecordsBusObject::HandleDiscoveryDocument(sd_bus_message* call, void* self, sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    Self(self).service_.handleDiscoveryDocument(ReadText(call));
-    return sd_bus_reply_method_return(call, nullptr);
-  });
 }

@@ -1,0 +1,234 @@
+#include "agent/AgentTest.h"
+#include "network/RawServer.h"
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+// Calls that change the list, which all wait while a replace question is open.
+class Changes : public AgentTest {
+ protected:
+  Changes() {
+    agent_.EnableLog();
+    agent_.Start();
+  }
+
+  // Besides "s1", about which the question is.
+  void HoldStores(const std::vector<std::string>& ids) {
+    std::vector<testsupport::StoreText> stores;
+    for (const std::string& id : ids) stores.push_back(Store(id, id));
+    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {testsupport::DiscoveryDocument(stores)});
+  }
+
+  // Returns when the agent has taken up everything that this program has sent.
+  static void AwaitArrival(testsupport::BusClient& sender) {
+    sender.Call("com.morvane.ServiceRecords", "/com/morvane/ServiceRecords", "org.freedesktop.DBus.Peer",
+                "Ping");
+  }
+
+  static std::vector<std::string> IDs(const json& stores) {
+    std::vector<std::string> ids;
+    for (const json& store : stores) ids.push_back(store["StoreID"]);
+    return ids;
+  }
+
+  // The entry records of the service that came after the first `skipped` ones.
+  [[nodiscard]] std::vector<std::string> Begun(std::size_t skipped = 0) const {
+    constexpr std::string_view kEntry = "[+] MrvServiceRecordsSvr::";
+    std::vector<std::string> begun;
+    for (const std::string& message : agent_.LogMessages()) {
+      if (message.starts_with(kEntry)) begun.push_back(message.substr(kEntry.size()));
+    }
+    return {begun.begin() + static_cast<std::ptrdiff_t>(skipped), begun.end()};
+  }
+};
+
+TEST_F(Changes, OfOneSenderAreAnsweredInOrderTogetherWithItsReads) {
+  HoldStores({"s2", "s3"});
+  AskToReplace();
+  const std::size_t before = Begun().size();
+  testsupport::BusClient& bus = agent_.Bus();
+  const std::vector<std::uint64_t> calls = {
+      bus.StartServiceRecords("deleteStore", {"s2"}),
+      bus.StartServiceRecords("allStores"),
+      bus.StartServiceRecords("storeForID", {"s3"}),
+      bus.StartServiceRecords("deleteStore", {"s3"}),
+      bus.StartServiceRecords("deleteStore", {"s3"}),
+      bus.StartServiceRecords("storeForID", {"s3"}),
+      bus.StartServiceRecords("uiBundlePath"),
+      bus.StartServiceRecords("handleServiceRecordFTA", {"/nowhere/at/all.cr"}),
+  };
+  AwaitArrival(bus);
+  EXPECT_THAT(bus.AnsweredCalls(), IsEmpty());
+  EXPECT_THAT(Begun(before), ElementsAre("deleteStore (s2)")) << "recorded when its work begins";
+
+  agent_.Release("declined");
+  EXPECT_EQ(bus.WaitForReply(calls[0]), true);
+  EXPECT_THAT(IDs(bus.WaitForReply(calls[1])), ElementsAre("s1", "s3")) << "before its own next change";
+  EXPECT_EQ(bus.WaitForReply(calls[2])["StoreID"], "s3");
+  EXPECT_EQ(bus.WaitForReply(calls[3]), true);
+  EXPECT_EQ(bus.WaitForReply(calls[4]), false);
+  EXPECT_EQ(bus.WaitForReply(calls[5]), json::object());
+  bus.WaitForReply(calls[7]);
+  EXPECT_EQ(bus.AnsweredCalls(), calls);
+}
+
+TEST_F(Changes, OfOneSenderKeepNoOtherOnesReadsWaiting) {
+  HoldStores({"s2"});
+  AskToReplace();
+  const std::uint64_t mine = agent_.Bus().StartServiceRecords("deleteStore", {"s2"});
+  AwaitArrival(agent_.Bus());
+  testsupport::BusClient other(agent_.BusAddress());
+  EXPECT_THAT(IDs(other.ServiceRecords("allStores")), ElementsAre("s1", "s2"));
+  EXPECT_FALSE(agent_.Bus().HasReply(mine));
+  agent_.Release("declined");
+  EXPECT_EQ(agent_.Bus().WaitForReply(mine), true);
+  EXPECT_THAT(IDs(other.ServiceRecords("allStores")), ElementsAre("s1"));
+}
+
+TEST_F(Changes, WaitForNoChangeButOnesOwn) {
+  HoldStores({"s2"});
+  AskToReplace();
+  testsupport::BusClient other(agent_.BusAddress());
+  const std::uint64_t mine = agent_.Bus().StartServiceRecords("deleteStore", {"s2"});
+  AwaitArrival(agent_.Bus());
+  const std::uint64_t theirs = other.StartServiceRecords("deleteStore", {"s1"});
+  AwaitArrival(other);
+  const std::uint64_t read = agent_.Bus().StartServiceRecords("allStores");
+  AwaitArrival(agent_.Bus());
+  agent_.Release("declined");
+  EXPECT_EQ(agent_.Bus().WaitForReply(mine), true);
+  EXPECT_THAT(IDs(agent_.Bus().WaitForReply(read)), ElementsAre("s1")) << "as it was after that change";
+  EXPECT_EQ(other.WaitForReply(theirs), true);
+}
+
+TEST_F(Changes, OfAllSendersAreMadeInTheOrderOfTheirArrival) {
+  HoldStores({"s2", "s3"});
+  AskToReplace();
+  const std::size_t before = Begun().size();
+  testsupport::BusClient first(agent_.BusAddress());
+  testsupport::BusClient second(agent_.BusAddress());
+  const std::string document = testsupport::DiscoveryDocument({Store("s2", "Again")});
+  const std::uint64_t calls[] = {first.StartServiceRecords("deleteStore", {"s2"}),
+                                 first.StartServiceRecords("allStores")};
+  AwaitArrival(first);
+  const std::uint64_t discovery = second.StartServiceRecords("handleDiscoveryDocument", {document});
+  AwaitArrival(second);
+  const std::uint64_t last =
+      first.StartServiceRecords("setDefaultGatewayForStoreURLTo", {Store("s2", "").url, "Branch"});
+  AwaitArrival(first);
+
+  agent_.Release("declined");
+  EXPECT_EQ(first.WaitForReply(last), true);
+  EXPECT_EQ(first.AnsweredCalls(), (std::vector<std::uint64_t>{calls[0], calls[1], last}));
+  second.WaitForReply(discovery);
+  std::vector<std::string> changes = Begun(before);
+  std::erase(changes, "allStores");
+  EXPECT_THAT(changes, ElementsAre("deleteStore (s2)", "handleDiscoveryDocument",
+                                   StartsWith("setDefaultGatewayForStoreURLTo (")));
+  EXPECT_EQ(first.ServiceRecords("storeForID", {"s2"})["StoreGateways"][0]["IsDefault"], true);
+}
+
+TEST_F(Changes, OfAProgramThatHasGoneAreMade) {
+  HoldStores({"s2", "s3"});
+  AskToReplace();
+  {
+    testsupport::BusClient leaving(agent_.BusAddress());
+    leaving.StartServiceRecords("deleteStore", {"s2"});
+    leaving.StartServiceRecords("allStores");
+    leaving.StartServiceRecords("deleteStore", {"s3"});
+    AwaitArrival(leaving);
+  }
+  agent_.Release("declined");
+  EXPECT_EQ(agent_.Bus().ServiceRecords("setDefaultGatewayForStoreIDTo", {"s1", "Branch"}), true);
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(Changes, AreSeenByTheReadsOfBothServicesAfterTheReply) {
+  HoldStores({"s1"});
+  testsupport::BusClient other(agent_.BusAddress());
+  for (const std::string gateway : {"Branch", "Head Office", "Branch", "Head Office", "Branch"}) {
+    EXPECT_EQ(agent_.Bus().ServiceRecords("setDefaultGatewayForStoreIDTo", {"s1", gateway}), true);
+    EXPECT_EQ(other.Beacons("getCurrentGatewayForStore", {Store("s1", "").url})["GatewayName"], gateway);
+    const json gateways = other.ServiceRecords("allStores")[0]["StoreGateways"];
+    EXPECT_EQ(gateways[0]["IsDefault"], gateway == "Branch");
+  }
+}
+
+TEST_F(Changes, ThatHaveNotBegunAtTheEndAreAnsweredAndNotMade) {
+  HoldStores({"s2", "s3"});
+  AskToReplace();
+  testsupport::BusClient& bus = agent_.Bus();
+  const std::uint64_t begun = bus.StartServiceRecords("deleteStore", {"s2"});
+  std::vector<std::uint64_t> calls = {begun};
+  for (int i = 0; i < 50; ++i) {
+    calls.push_back(bus.StartServiceRecords("setDefaultGatewayForStoreIDTo", {"s3", "Branch"}));
+  }
+  calls.push_back(bus.StartServiceRecords("deleteStore", {"s3"}));
+  const std::uint64_t read = bus.StartServiceRecords("allStores");
+  const std::uint64_t discovery = bus.StartServiceRecords(
+      "handleDiscoveryDocument", {testsupport::DiscoveryDocument({Store("s4", "Four")})});
+  AwaitArrival(bus);
+
+  EXPECT_EQ(agent_.Terminate(), 0);
+  for (const std::uint64_t call : calls) EXPECT_EQ(bus.WaitForReply(call), call == begun);
+  EXPECT_THAT(IDs(bus.WaitForReply(read)), ElementsAre("s1", "s3"));
+  EXPECT_EQ(bus.WaitForReply(discovery), json());
+  calls.insert(calls.end(), {read, discovery});
+  EXPECT_EQ(bus.AnsweredCalls(), calls);
+
+  agent_.Start();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1", "s3")) << "what was begun is in the file, and nothing else";
+  EXPECT_EQ(bus.Beacons("getCurrentGatewayForStore", {Store("s3", "").url})["GatewayName"], "Head Office");
+}
+
+// Its calls are in the agent's socket when it is told to end.
+TEST_F(Changes, ThatArriveWithTheEndAreAnswered) {
+  HoldStores({"s1"});
+  testsupport::BusClient& bus = agent_.Bus();
+  ::kill(agent_.Pid(), SIGSTOP);
+  const std::uint64_t change = bus.StartServiceRecords("deleteStore", {"s1"});
+  const std::uint64_t read = bus.StartServiceRecords("allStores");
+  EXPECT_TRUE(bus.HasOwner("com.morvane.ServiceRecords"));  // the bus has passed them on
+  ::kill(agent_.Pid(), SIGTERM);
+  ::kill(agent_.Pid(), SIGCONT);
+  EXPECT_EQ(agent_.WaitForEnd(), 0);
+  const bool deleted = bus.WaitForReply(change).get<bool>();
+  EXPECT_EQ(bus.WaitForReply(read).size(), deleted ? 0U : 1U);
+  agent_.Start();
+  EXPECT_EQ(StoreIDs().size(), deleted ? 0U : 1U);
+}
+
+TEST_F(Changes, AndTheRetryOfASaveWaitForNoFileThatIsBeingHandled) {
+  constexpr std::size_t kFiles = 8;  // so many are worked on at a time
+  std::atomic<std::size_t> contacted = 0;
+  const testsupport::RawServer silent([&contacted] { ++contacted; });
+  auto store = Store("silent", "Silent");
+  store.gateways.clear();
+  store.url = "http://127.0.0.1:" + std::to_string(silent.Port()) + "/";
+  const std::string uri = agent_.URI(agent_.Write("silent.cr", testsupport::ServiceRecordDocument({store})));
+  agent_.Bus().OpenFiles(std::vector<std::string>(kFiles, uri));
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return contacted == kFiles; }));
+
+  const std::filesystem::path folder = agent_.StoresFile().parent_path();
+  std::filesystem::remove_all(folder);
+  std::ofstream(folder) << "no folder";
+  HoldStores({"s1"});
+  EXPECT_EQ(StateOfSavedStores(agent_.Bus()), "unsaved");
+  std::filesystem::remove(folder);
+  std::filesystem::create_directory(folder);
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return StateOfSavedStores(agent_.Bus()) == "good"; }));
+  EXPECT_TRUE(std::filesystem::exists(agent_.StoresFile()));
+  EXPECT_EQ(agent_.Terminate(), 0);
+}
+
+}  // namespace
