@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kWatching[] = "Watching the agent.\n";
 constexpr char kUpdated[] = "The list of stores was updated.\n";
-constexpr char kURL[] = "https://one.example/discovery";
+constexpr char kStoreURL[] = "https://one.example/discovery";
 
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
@@ -95,13 +95,13 @@ TEST_F(SrctlWatch, AsksForTheLocationThatHasChanged) {
     return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
   };
   ASSERT_TRUE(prints(kWatching));
-  standIn.AnnounceLocation(kURL);
-  ASSERT_TRUE(prints("Location relative to \"" + std::string(kURL) +
+  standIn.AnnounceLocation(kStoreURL);
+  ASSERT_TRUE(prints("Location relative to \"" + std::string(kStoreURL) +
                      "\": VPN, this machine is in the store's network through a VPN.\n"));
   standIn.location = 0;
-  standIn.AnnounceLocation(kURL);
+  standIn.AnnounceLocation(kStoreURL);
   ASSERT_TRUE(prints("\": deciding, it is not decided yet where this machine stands.\n"));
-  EXPECT_THAT(standIn.Questions(), ElementsAre(kURL, kURL));
+  EXPECT_THAT(standIn.Questions(), ElementsAre(kStoreURL, kStoreURL));
 }
 
 TEST_F(SrctlWatch, TellsADecisionOfTheAgent) {
