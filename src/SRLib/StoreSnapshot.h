@@ -1,24 +1,18 @@
 #pragma once
 
+#include "SRLib/ListedStore.h"
 #include "SRLib/StoreMap.h"
+#include "SRLib/StoreURLIndex.h"
 
 #include <cstddef>
 #include <iterator>
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace ServiceRecords {
 
 // The list of stores as it was after one of its changes. Immutable; any thread. What it hands out is good for
 // as long as the snapshot is kept.
 class StoreSnapshot {
-  struct Entry {
-    std::wstring id;
-    SRStore store;
-  };
-  using Entries = std::vector<std::shared_ptr<const Entry>>;
-
  public:
   // Over `const SRStore&`, in the order of the ids.
   class Iterator {
@@ -30,7 +24,7 @@ class StoreSnapshot {
     using reference = const SRStore&;
 
     Iterator() = default;
-    explicit Iterator(Entries::const_iterator place) : place_(place) {}
+    explicit Iterator(ListedStores::const_iterator place) : place_(place) {}
     reference operator*() const { return (*place_)->store; }
     pointer operator->() const { return &(*place_)->store; }
     Iterator& operator++() {
@@ -41,7 +35,7 @@ class StoreSnapshot {
     bool operator==(const Iterator& other) const { return place_ == other.place_; }
 
    private:
-    Entries::const_iterator place_;
+    ListedStores::const_iterator place_;
   };
 
   StoreSnapshot() = default;
@@ -49,10 +43,10 @@ class StoreSnapshot {
   // A store that is in `before` as it is now is shared with it, at the same place in memory.
   StoreSnapshot(const StoreMap& stores, const StoreSnapshot& before);
 
-  [[nodiscard]] Iterator begin() const { return Iterator(entries_.begin()); }
-  [[nodiscard]] Iterator end() const { return Iterator(entries_.end()); }
-  [[nodiscard]] std::size_t size() const { return entries_.size(); }
-  [[nodiscard]] bool empty() const { return entries_.empty(); }
+  [[nodiscard]] Iterator begin() const { return Iterator(stores_.begin()); }
+  [[nodiscard]] Iterator end() const { return Iterator(stores_.end()); }
+  [[nodiscard]] std::size_t size() const { return stores_.size(); }
+  [[nodiscard]] bool empty() const { return stores_.empty(); }
 
   // Null when there is no store of that id.
   [[nodiscard]] const SRStore* ByID(const std::wstring& id) const;
@@ -61,7 +55,8 @@ class StoreSnapshot {
   [[nodiscard]] const SRStore* ByURL(const std::wstring& url) const;
 
  private:
-  Entries entries_;
+  ListedStores stores_;
+  StoreURLIndex urls_;
 };
 
 }  // namespace ServiceRecords

@@ -10,9 +10,10 @@
 namespace testsupport {
 namespace {
 
-// Both guarded by wdbgMutex. A piece of a record may itself write one, so records can be open inside others.
+// Guarded by wdbgMutex. A piece of a record may itself write one, so records can be open inside others.
 std::vector<TraceRecord> finished;
 std::vector<TraceRecord> open;
+bool isOn = true;
 
 }  // namespace
 
@@ -23,6 +24,12 @@ void PrintTo(const TraceRecord& record, std::ostream* stream) {
 void CapturedTrace::Clear() {
   const std::lock_guard lock(trace::wdbgMutex);
   finished.clear();
+  isOn = true;
+}
+
+void CapturedTrace::SwitchOff() {
+  const std::lock_guard lock(trace::wdbgMutex);
+  isOn = false;
 }
 
 std::vector<TraceRecord> CapturedTrace::Records() {
@@ -60,11 +67,13 @@ using testsupport::open;
 std::recursive_mutex wdbgMutex;
 
 bool IsEnabled() {
-  return true;
+  const std::lock_guard lock(wdbgMutex);
+  return testsupport::isOn;
 }
 
 Statement::Statement(std::uint32_t traceLevel, const char* file, std::int32_t /*line*/)
-    : lock_(wdbgMutex), listens_(true) {
+    : lock_(wdbgMutex), listens_(testsupport::isOn) {
+  if (!listens_) return;
   const std::string path(file);
   open.push_back({traceLevel, path.substr(path.rfind('/') + 1), "", testsupport::InsideCriticalSection()});
 }

@@ -25,7 +25,10 @@ void PrintTo(const TraceRecord& record, std::ostream* stream);
 // The trace log in memory. Any thread may trace; a record counts when it has ended.
 class CapturedTrace {
  public:
+  // Forgets the records, and takes new ones.
   static void Clear();
+  // Takes no records until it is cleared, as the log does while it is off.
+  static void SwitchOff();
   [[nodiscard]] static std::vector<TraceRecord> Records();
   // The texts of the records that one source file wrote.
   [[nodiscard]] static std::vector<std::string> TextsFrom(const std::string& file);
