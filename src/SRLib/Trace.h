@@ -41,12 +41,14 @@ std::wostream& operator<<(std::wostream& stream, std::wstring_view text);
 class Statement {
  public:
   Statement(std::uint32_t level, const char* file, std::int32_t line);
-  ~Statement();
+  ~Statement() { End(); }
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
 
   [[nodiscard]] bool Listens() const { return listens_; }
-  void End();
+  void End() {
+    if (listens_) WriteEnd();
+  }
 
   Statement& operator<<(std::string_view utf8);
   Statement& operator<<(std::wstring_view text);
@@ -56,7 +58,9 @@ class Statement {
   Statement& operator<<(std::uint32_t number) { return *this << std::to_string(number); }
 
  private:
-  std::unique_lock<std::recursive_mutex> lock_;
+  void WriteEnd();
+
+  const std::lock_guard<std::recursive_mutex> lock_;
   bool listens_ = false;
 };
 

@@ -78,12 +78,7 @@ Statement::Statement(std::uint32_t traceLevel, const char* file, std::int32_t /*
   open.push_back({traceLevel, path.substr(path.rfind('/') + 1), "", testsupport::InsideCriticalSection()});
 }
 
-Statement::~Statement() {
-  End();
-}
-
-void Statement::End() {
-  if (!listens_) return;
+void Statement::WriteEnd() {
   finished.push_back(std::move(open.back()));
   open.pop_back();
   listens_ = false;

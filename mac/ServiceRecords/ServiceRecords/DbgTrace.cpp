@@ -92,15 +92,16 @@ bool NoTraceOption = true;
 bool VerboseOption = false;
 bool ConsoleOption = false;
 
-bool IsEnabled() {
-  const std::lock_guard lock(wdbgMutex);
+namespace {
+
+// The rest of this namespace is called under the mutex, which every statement would otherwise take again.
+bool LeadsAnywhere() {
   return wdbg.rdbuf() != &g_NullBuff;
 }
 
-bool Enable(bool on) {
-  const std::lock_guard lock(wdbgMutex);
-  wdbg.clear();  // a write that failed earlier (a full disk) must not silence this record
-  const bool before = IsEnabled();
+bool Switch(bool on) {
+  if (!wdbg.good()) wdbg.clear();  // a write that failed earlier (a full disk) must not silence this record
+  const bool before = LeadsAnywhere();
   if (on == before) return before;
   if (!on) {
     Attach(g_NullBuff);
@@ -113,14 +114,31 @@ bool Enable(bool on) {
   return before;
 }
 
+void SetLevel(std::wostream& stream, std::uint32_t value) {
+  stream.iword(GetLevelIndex()) = static_cast<long>(value);
+  Switch(value != 0 || VerboseOption);
+}
+
+}  // namespace
+
+bool IsEnabled() {
+  const std::lock_guard lock(wdbgMutex);
+  return LeadsAnywhere();
+}
+
+bool Enable(bool on) {
+  const std::lock_guard lock(wdbgMutex);
+  return Switch(on);
+}
+
 int GetLevelIndex() {
   static const int index = std::ios_base::xalloc();
   return index;
 }
 
 void level::set(std::wostream& stream) const {
-  stream.iword(GetLevelIndex()) = static_cast<long>(value);
-  Enable(value != 0 || VerboseOption);
+  const std::lock_guard lock(wdbgMutex);
+  SetLevel(stream, value);
 }
 
 std::wostream& operator<<(std::wostream& stream, std::string_view utf8) {
@@ -145,19 +163,14 @@ std::wostream& operator<<(std::wostream& stream, const location& where) {
 }
 
 Statement::Statement(std::uint32_t traceLevel, const char* file, std::int32_t line) : lock_(wdbgMutex) {
-  level{traceLevel}.set(wdbg);
-  listens_ = IsEnabled();
+  SetLevel(wdbg, traceLevel);
+  listens_ = LeadsAnywhere();
   if (!listens_) return;
   ++g_openRecords;
   wdbg << location{util::widen(file), line};
 }
 
-Statement::~Statement() {
-  End();
-}
-
-void Statement::End() {
-  if (!listens_) return;
+void Statement::WriteEnd() {
   listens_ = false;
   wdbg << std::endl;
   if (--g_openRecords == 0) KeepLogBounded();
