@@ -25,6 +25,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kEndLimit{10'000};
 constexpr milliseconds kWaitLimit{60'000};
 constexpr milliseconds kOutputLimit{20'000};
+constexpr int kLookLimit = 20;  // milliseconds until output is looked for that nobody announces
 
 int Checked(int result, const char* what) {
   if (result < 0) throw std::system_error(errno, std::generic_category(), what);
@@ -57,21 +58,21 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-struct OutputFile {
-  FileDescriptor file;
-  FileDescriptor changes;
-};
-
 // A file rather than a pipe, so that a child whose output nobody reads is never held up.
-OutputFile MakeOutput() {
+FileDescriptor MakeOutput() {
   std::string name = "/tmp/servicerecords-test-output-XXXXXX";
-  OutputFile output;
-  output.file = FileDescriptor(Checked(::mkostemp(name.data(), O_CLOEXEC | O_APPEND), "mkostemp"));
-  output.changes = FileDescriptor(Checked(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK), "inotify_init1"));
-  const int watch = ::inotify_add_watch(output.changes.Get(), name.c_str(), IN_MODIFY);
+  FileDescriptor file(Checked(::mkostemp(name.data(), O_CLOEXEC | O_APPEND), "mkostemp"));
   ::unlink(name.c_str());
-  Checked(watch, "inotify_add_watch");
-  return output;
+  return file;
+}
+
+// Readable when the file has changed. All programs of a user share few of these: nobody keeps one, and where
+// there is none to be had the result is empty.
+FileDescriptor WatchChanges(const FileDescriptor& file) {
+  FileDescriptor changes(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+  const std::string name = "/proc/self/fd/" + std::to_string(file.Get());
+  if (changes) Checked(::inotify_add_watch(changes.Get(), name.c_str(), IN_MODIFY), "inotify_add_watch");
+  return changes;
 }
 
 // Between fork and exec: only calls that are safe there.
@@ -99,10 +100,8 @@ void SkipChanges(int changes) {
 }  // namespace
 
 ChildProcess::ChildProcess(const std::vector<std::string>& command,
-                           const std::vector<std::string>& environment, const ChildOptions& options) {
-  OutputFile output = MakeOutput();
-  output_ = std::move(output.file);
-  outputChanges_ = std::move(output.changes);
+                           const std::vector<std::string>& environment, const ChildOptions& options)
+    : output_(MakeOutput()) {
   std::vector<std::string> arguments = command;
   std::vector<std::string> merged = MergedEnvironment(environment);
   const std::vector<char*> argumentPointers = Pointers(arguments);
@@ -119,8 +118,7 @@ ChildProcess::ChildProcess(ChildProcess&& other) noexcept
     : pid_(std::exchange(other.pid_, -1)),
       status_(other.status_),
       process_(std::move(other.process_)),
-      output_(std::move(other.output_)),
-      outputChanges_(std::move(other.outputChanges_)) {}
+      output_(std::move(other.output_)) {}
 
 ChildProcess::~ChildProcess() {
   if (pid_ < 0 || status_) return;
@@ -167,15 +165,16 @@ std::string ChildProcess::Output() const {
 
 std::string ChildProcess::WaitForOutput(const std::string& text) {
   const Clock::time_point deadline = Clock::now() + kOutputLimit;
+  const FileDescriptor changes = WatchChanges(output_);
   for (;;) {
-    SkipChanges(outputChanges_.Get());
+    SkipChanges(changes.Get());
     // What a child that has ended had to say was said before.
     const bool isLast = !IsRunning() || Clock::now() >= deadline;
     const std::string output = Output();
     if (output.find(text) != std::string::npos) return output;
     if (isLast) throw std::runtime_error("no \"" + text + "\" in the output: " + output);
-    std::array<pollfd, 2> events{pollfd{outputChanges_.Get(), POLLIN, 0}, pollfd{process_.Get(), POLLIN, 0}};
-    ::poll(events.data(), events.size(), Remaining(deadline));
+    std::array<pollfd, 2> events{pollfd{changes.Get(), POLLIN, 0}, pollfd{process_.Get(), POLLIN, 0}};
+    ::poll(events.data(), events.size(), changes ? Remaining(deadline) : kLookLimit);
   }
 }
 

@@ -54,7 +54,6 @@ class ChildProcess {
   std::optional<int> status_;
   FileDescriptor process_;
   FileDescriptor output_;
-  FileDescriptor outputChanges_;
 };
 
 }  // namespace testsupport

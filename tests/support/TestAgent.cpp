@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr char kServiceRecords[] = "com.morvane.ServiceRecords";
 constexpr char kBeacons[] = "com.morvane.Beacons";
+constexpr char kMaximumConnections[] = "2000";  // a session bus has more than the default, too
 
 std::string ReadFile(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -115,7 +116,8 @@ void TestAgent::WriteBusConfiguration(const std::string& rules) {
             " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
             "<busconfig><type>session</type><listen>" +
                 address_ + "</listen><servicedir>" + (Prefix() / "share/dbus-1/services").string() +
-                "</servicedir><policy context=\"default\"><allow send_destination=\"*\" "
+                "</servicedir><limit name=\"max_connections_per_user\">" + kMaximumConnections +
+                "</limit><policy context=\"default\"><allow send_destination=\"*\" "
                 "eavesdrop=\"true\"/><allow eavesdrop=\"true\"/><allow own=\"*\"/>" +
                 rules + "</policy></busconfig>\n");
 }
