@@ -1,0 +1,95 @@
+#include "ServiceNames.h"
+#include "agent/Outputs.h"
+#include "agent/Scenarios.h"
+#include "common/ServedAgent.h"
+#include "support/BusConnection.h"
+
+#include <csignal>
+#include <set>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+using testsupport::CheckBus;
+using testsupport::ChildProcess;
+using testsupport::TestAgent;
+
+constexpr int kStarts = 11;
+constexpr char kBareName[] = "com.morvane.bench.BareName";
+constexpr std::chrono::seconds kTimeToStart{30};
+
+// Sees on a bus who comes to own these names.
+class NameWatch {
+ public:
+  NameWatch(const std::string& address, const std::set<std::string>& names)
+      : bus_(testsupport::ConnectToBus(address)), missing_(names) {
+    for (const std::string& name : names) {
+      const std::string rule =
+          "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + name + "'";
+      CheckBus(sd_bus_add_match(bus_.get(), nullptr, rule.c_str(), TakeOwner, this), rule);
+    }
+  }
+
+  void WaitForAll() {
+    const auto deadline = std::chrono::steady_clock::now() + kTimeToStart;
+    while (!missing_.empty()) {
+      if (std::chrono::steady_clock::now() > deadline)
+        throw std::runtime_error("the names stay without owner");
+      const int result = sd_bus_process(bus_.get(), nullptr);
+      CheckBus(result, "processing");
+      if (result == 0)
+        CheckBus(sd_bus_wait(bus_.get(), std::chrono::microseconds(kTimeToStart).count()), "waiting");
+    }
+  }
+
+ private:
+  static int TakeOwner(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) {
+    const char* name = nullptr;
+    const char* before = nullptr;
+    const char* after = nullptr;
+    if (sd_bus_message_read(signal, "sss", &name, &before, &after) < 0 || *after == '\0') return 0;
+    static_cast<NameWatch*>(self)->missing_.erase(name);
+    return 0;
+  }
+
+  const BusPtr bus_;
+  std::set<std::string> missing_;
+};
+
+std::chrono::nanoseconds TimeOfStart(TestAgent& machine, const std::vector<std::string>& command,
+                                     const std::set<std::string>& names) {
+  NameWatch watch(machine.BusAddress(), names);
+  const auto begin = std::chrono::steady_clock::now();
+  ChildProcess program(command, machine.Environment());
+  watch.WaitForAll();
+  const auto time = std::chrono::steady_clock::now() - begin;
+  program.Signal(SIGTERM);
+  program.Wait();
+  return time;
+}
+
+std::chrono::nanoseconds TimeOfAgent(ServedAgent& agent) {
+  return TimeOfStart(agent.Agent(), {(agent.Agent().BundleFolder() / "ServiceRecords").string()},
+                     {ServiceNames::kServiceRecords, ServiceNames::kBeacons});
+}
+
+}  // namespace
+
+void MeasureStart(Outputs& outputs) {
+  ServedAgent small(10);
+  ServedAgent large(1000);
+  Times bare;
+  Times withTen;
+  Times withThousand;
+  for (int i = 0; i < kStarts; ++i) {
+    bare.push_back(TimeOfStart(small.Agent(), {SR_BENCH_DIR "/bare_name", kBareName}, {kBareName}));
+    withTen.push_back(TimeOfAgent(small));
+    withThousand.push_back(TimeOfAgent(large));
+  }
+  outputs.Add("StartFloor", Quantile(bare, 0.5));
+  outputs.Add("Start/10", Quantile(withTen, 0.5));
+  outputs.Add("Start/1000", Quantile(withThousand, 0.5));
+}
+
+}  // namespace bench

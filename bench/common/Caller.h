@@ -1,0 +1,42 @@
+#pragma once
+
+#include "SdBus.h"
+
+#include <chrono>
+#include <string>
+
+namespace bench {
+
+// A program on the bus that calls one interface of one service and waits for each reply. Throws
+// std::system_error. One thread.
+class Caller {
+ public:
+  struct Target {
+    std::string name;
+    std::string path;
+    std::string interface;
+  };
+  static Target ServiceRecords();
+  static Target Beacons();
+
+  Caller(const std::string& busAddress, Target target);
+
+  // The calls take text, or nothing.
+  BusMessagePtr Call(const char* method, const std::string* argument = nullptr);
+  BusMessagePtr Call(const char* method, const std::string& argument) { return Call(method, &argument); }
+  // The peer interface's, which every service has.
+  void Ping();
+  // How long the call takes; the limit itself when it takes longer.
+  [[nodiscard]] std::chrono::nanoseconds TimeOf(const char* method, std::chrono::microseconds limit);
+
+  [[nodiscard]] sd_bus& Bus() { return *bus_; }
+
+ private:
+  BusMessagePtr Send(const char* interface, const char* method, const std::string* argument,
+                     std::chrono::microseconds limit);
+
+  const BusPtr bus_;
+  const Target target_;
+};
+
+}  // namespace bench

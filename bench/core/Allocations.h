@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace bench {
+
+// What the calling thread has asked the heap for since it began.
+[[nodiscard]] std::uint64_t AllocatedBytes();
+
+}  // namespace bench

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "MacConfiguration.h"
+
+#include <cstdint>
+
+namespace bench {
+
+// The user's configuration as it is, and how often it is called.
+class CountingConfiguration : public CMacConfiguration {
+ public:
+  CountingConfiguration() : CMacConfiguration(true) {}
+
+  // The calls of this process so far. One thread.
+  [[nodiscard]] static std::uint64_t Calls() { return calls_; }
+
+  bool GetUInt(const std::wstring& key, std::uint32_t fallback, std::uint32_t& value) const override;
+  bool GetBoolean(const std::wstring& key, bool fallback, bool& value) const override;
+  bool GetString(const std::wstring& key, const std::wstring& fallback, std::wstring& value) const override;
+  bool SetUInt(const std::wstring& key, std::uint32_t value) const override;
+  bool SetBoolean(const std::wstring& key, bool value) const override;
+  bool SetString(const std::wstring& key, const std::wstring& value) const override;
+  bool CreateContainer(const std::wstring& key) const override;
+  bool DeleteContainer(const std::wstring& key) const override;
+  bool EnumContainers(const std::wstring& key, std::uint32_t index, std::wstring& name) const override;
+
+ private:
+  static std::uint64_t calls_;
+};
+
+}  // namespace bench
