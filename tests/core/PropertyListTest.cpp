@@ -1,4 +1,5 @@
 #include "SRLib/PropertyList/PropertyList.h"
+#include "SRLib/TextHelpers.h"
 
 #include <gtest/gtest.h>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -226,6 +228,70 @@ TEST(PropertyListTest, SettingAHeldNameReplacesItsValueInPlace) {
   EXPECT_EQ(dictionary.Find("a"), nullptr);
 }
 
+// What a dictionary has to do, done by looking through all entries.
+class PlainEntries {
+ public:
+  void Set(const std::string& key, std::int64_t value) {
+    for (Entry& entry : entries_) {
+      if (entry.key == key) return static_cast<void>(entry.value = value);
+    }
+    entries_.push_back({key, value});
+  }
+  bool Erase(const std::string& key) {
+    return std::erase_if(entries_, [&](const Entry& entry) { return entry.key == key; }) != 0;
+  }
+  [[nodiscard]] const Value* Find(const std::string& key) const {
+    for (const Entry& entry : entries_) {
+      if (entry.key == key) return &entry.value;
+    }
+    return nullptr;
+  }
+  [[nodiscard]] const std::vector<Entry>& Entries() const { return entries_; }
+
+ private:
+  std::vector<Entry> entries_;
+};
+
+TEST(PropertyListTest, ADictionaryOfAnySizeKeepsItsEntriesInOrderAndFindsThem) {
+  std::mt19937 engine{20261122};
+  Dictionary dictionary;
+  PlainEntries plain;
+  for (std::int64_t step = 0; step < 4000; ++step) {
+    const std::string key = std::to_string(engine() % 60);
+    if (engine() % 4 == 0) {
+      ASSERT_EQ(dictionary.Erase(key), plain.Erase(key));
+    } else {
+      EXPECT_EQ(dictionary.Set(key, step), Value(step));
+      plain.Set(key, step);
+    }
+    if (step % 7 == 0) dictionary = Dictionary(dictionary);
+    ASSERT_EQ(dictionary.Entries(), plain.Entries());
+    for (int name = 0; name < 60; ++name) {
+      const Value* const found = std::as_const(dictionary).Find(std::to_string(name));
+      const Value* const expected = plain.Find(std::to_string(name));
+      ASSERT_EQ(found == nullptr, expected == nullptr) << name;
+      if (found != nullptr) {
+        ASSERT_EQ(*found, *expected) << name;
+      }
+    }
+  }
+}
+
+TEST(PropertyListTest, ADictionaryMadeOfManyEntriesIsTheOneOfWhichTheyWereSet) {
+  std::mt19937 engine{20261123};
+  for (std::size_t size = 0; size < 100; ++size) {
+    std::vector<Entry> entries;
+    Dictionary set;
+    for (std::size_t i = 0; i < size; ++i) {
+      const Entry& entry = entries.emplace_back(Entry{std::to_string(engine() % 70), std::uint64_t{i}});
+      set.Set(entry.key, entry.value);
+    }
+    const Dictionary made(entries);
+    ASSERT_EQ(made, set);
+    for (const Entry& entry : set.Entries()) ASSERT_EQ(*made.Find(entry.key), entry.value);
+  }
+}
+
 TEST(PropertyListTest, DocumentTypeCommentsAndInstructionsAreSkipped) {
   const auto root = Read(
       "\xEF\xBB\xBF<?xml version='1.0' encoding='utf-8'?>\r\n<?tool a > b?><!-- <plist> -->\n"
@@ -345,6 +411,15 @@ TEST(PropertyListTest, CharactersThatXMLCannotHoldAreLeftOut) {
   EXPECT_EQ(PropertyList::WritableText("a\0\x1b\t\n\r\xEF\xBF\xBE\xEF\xBF\xBF\xED\xA0\x80\xFF\xC0\x80z"s),
             "a\t\n\rz");
   EXPECT_EQ(PropertyList::WritableText("\xEF\xBF\xBD\x7F"), "\xEF\xBF\xBD\x7F");
+}
+
+TEST(PropertyListTest, WhichCharactersCanBeWrittenIsTheSameForTextAndForOneOfThem) {
+  for (wchar_t character = 0; character <= 0x110010; ++character) {
+    const std::string utf8 = util::narrow(std::wstring(1, character));
+    const bool isKept = !utf8.empty() && PropertyList::WritableText(utf8) == utf8;
+    ASSERT_EQ(PropertyList::IsWritable(character), isKept) << static_cast<long>(character);
+  }
+  EXPECT_FALSE(PropertyList::IsWritable(static_cast<wchar_t>(-1)));
 }
 
 TEST(PropertyListTest, TheHeaderNamesTheFormat) {

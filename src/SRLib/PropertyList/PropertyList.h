@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,7 +42,8 @@ class Dictionary {
   Dictionary& operator=(Dictionary&&) noexcept;
   ~Dictionary();
 
-  // The value under the name, or null. The pointer is good until the dictionary changes.
+  // The value under the name, or null. The pointer is good until the dictionary changes. Among many names it
+  // is looked up in logarithmic time.
   [[nodiscard]] Value* Find(std::string_view key);
   [[nodiscard]] const Value* Find(std::string_view key) const;
 
@@ -57,7 +59,19 @@ class Dictionary {
   bool operator==(const Dictionary& other) const;
 
  private:
+  using Places = std::vector<std::uint32_t>;
+
+  // The place of the name among the entries; their number when it is none of them.
+  [[nodiscard]] std::size_t PlaceOf(std::string_view key) const;
+  // Where in `inOrder_` the name's place is, or would be.
+  [[nodiscard]] Places::iterator Rank(std::string_view key) const;
+  void PutInOrder();
+  void JoinEqualNames();
+
   std::vector<Entry> entries_;
+  // The places of the entries in the order of their names. Null while there are so few that looking through
+  // them is as fast.
+  std::unique_ptr<Places> inOrder_;
 };
 
 class Value {
@@ -116,8 +130,15 @@ struct Entry {
 // WritableText, and containers deeper than the limit are left out with their names.
 [[nodiscard]] std::string Write(const Value& root);
 
-// The text without the characters that XML cannot hold: most control characters, U+FFFE, U+FFFF, and bytes
-// that are not UTF-8.
+// Whether XML can hold the character: neither a control character other than white space, U+FFFE or U+FFFF,
+// nor what is no character at all.
+[[nodiscard]] constexpr bool IsWritable(wchar_t character) {
+  if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
+  if (character < 0xD800) return true;
+  return character > 0xDFFF && character != 0xFFFE && character != 0xFFFF && character <= 0x10FFFF;
+}
+
+// The text without the characters that XML cannot hold, and without bytes that are not UTF-8.
 [[nodiscard]] std::string WritableText(std::string_view text);
 
 }  // namespace PropertyList

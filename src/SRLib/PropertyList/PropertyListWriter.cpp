@@ -14,39 +14,50 @@ constexpr std::string_view kHeader =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<plist version=\"1.0\">\n";
 
-bool IsForbidden(wchar_t character) {
-  const bool isControl = character < 0x20 && character != '\t' && character != '\n' && character != '\r';
-  return isControl || character == 0xFFFE || character == 0xFFFF;
+bool IsAscii(char character) {
+  return static_cast<unsigned char>(character) < 0x80;
+}
+
+// Whether the character stands for itself, whatever is around it.
+bool IsPlain(char character) {
+  return character >= ' ' && IsAscii(character) && character != '&' && character != '<' && character != '>';
 }
 
 // Whether the text may hold something that XML does not allow; a cheap test that clean text passes.
 bool NeedsCleaning(std::string_view text) {
-  const auto isSuspect = [](char c) { return IsForbidden(static_cast<unsigned char>(c)); };
-  return std::ranges::any_of(text, isSuspect) || text.find("\xEF\xBF") != std::string_view::npos ||
-         !util::IsUTF8(text);
+  const auto isSuspect = [](char c) { return !IsWritable(static_cast<unsigned char>(c)); };
+  if (std::ranges::any_of(text, isSuspect)) return true;
+  if (std::ranges::all_of(text, IsAscii)) return false;
+  return text.find("\xEF\xBF") != std::string_view::npos || !util::IsUTF8(text);
 }
 
-std::string Escaped(std::string_view text) {
-  std::string escaped;
-  for (const char c : WritableText(text)) {
+void AppendClean(std::string_view text, std::string& out) {
+  for (const char c : text) {
     switch (c) {
       case '&':
-        escaped += "&amp;";
+        out += "&amp;";
         break;
       case '<':
-        escaped += "&lt;";
+        out += "&lt;";
         break;
       case '>':
-        escaped += "&gt;";
+        out += "&gt;";
         break;
       case '\r':  // a bare one would be read back as a newline
-        escaped += "&#13;";
+        out += "&#13;";
         break;
       default:
-        escaped += c;
+        out += c;
     }
   }
-  return escaped;
+}
+
+void AppendEscaped(std::string_view text, std::string& out) {
+  if (std::ranges::all_of(text, IsPlain)) {
+    out += text;
+  } else {
+    AppendClean(WritableText(text), out);
+  }
 }
 
 // The shortest text that reads back as the same number, whatever the locale.
@@ -98,7 +109,7 @@ class Writer {
     Line("<dict>", depth);
     for (const Entry& entry : dictionary.Entries()) {
       if (IsTooDeep(entry.value, depth + 1)) continue;
-      Element("key", Escaped(entry.key), depth + 1);
+      Text("key", entry.key, depth + 1);
       WriteValue(entry.value, depth + 1);
     }
     Line("</dict>", depth);
@@ -113,12 +124,12 @@ class Writer {
     Line("</array>", depth);
   }
 
-  void Write(const std::string& text, std::size_t depth) { Element("string", Escaped(text), depth); }
+  void Write(const std::string& text, std::size_t depth) { Text("string", text, depth); }
   void Write(std::int64_t number, std::size_t depth) { Element("integer", std::to_string(number), depth); }
   void Write(std::uint64_t number, std::size_t depth) { Element("integer", std::to_string(number), depth); }
   void Write(double number, std::size_t depth) { Element("real", RealText(number), depth); }
   void Write(bool value, std::size_t depth) { Line(value ? "<true/>" : "<false/>", depth); }
-  void Write(const Date& date, std::size_t depth) { Element("date", Escaped(date.text), depth); }
+  void Write(const Date& date, std::size_t depth) { Text("date", date.text, depth); }
 
   void Write(const Data& data, std::size_t depth) {
     constexpr std::size_t kLineLength = 76;
@@ -128,10 +139,23 @@ class Writer {
     Line("</data>", depth);
   }
 
+  // An element whose content is markup already.
   void Element(std::string_view name, std::string_view content, std::size_t depth) {
-    out_.append(depth, '\t').append("<").append(name).append(">").append(content);
-    out_.append("</").append(name).append(">\n");
+    Begin(name, depth);
+    out_ += content;
+    End(name);
   }
+
+  void Text(std::string_view name, std::string_view content, std::size_t depth) {
+    Begin(name, depth);
+    AppendEscaped(content, out_);
+    End(name);
+  }
+
+  void Begin(std::string_view name, std::size_t depth) {
+    out_.append(depth, '\t').append("<").append(name).append(">");
+  }
+  void End(std::string_view name) { out_.append("</").append(name).append(">\n"); }
 
   void Line(std::string_view text, std::size_t depth) { out_.append(depth, '\t').append(text).append("\n"); }
 
@@ -147,7 +171,7 @@ std::string Write(const Value& root) {
 std::string WritableText(std::string_view text) {
   if (!NeedsCleaning(text)) return std::string(text);
   std::wstring characters = util::widen(text);
-  std::erase_if(characters, IsForbidden);
+  std::erase_if(characters, [](wchar_t character) { return !IsWritable(character); });
   return util::narrow(characters);
 }
 
