@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,16 @@ struct StorageFailures {
   std::uint64_t reads = 0;   // the tree counted as empty although it may not be
   std::uint64_t writes = 0;  // a change did not last
   std::string latest;        // the last of them, for a log: what failed and why, UTF-8
+};
+
+// The changes that one thread gathers to put them in place as one. Until then only that thread sees them;
+// what was not put in place when this ends is dropped. Belongs to the thread that asked for it.
+class Gathering {
+ public:
+  virtual ~Gathering() = default;
+  // Makes the changes, in their order, to the tree as the storage holds it by then. As with a setter,
+  // Failures tells when that did not last.
+  virtual void PutInPlace() {}
 };
 
 // A tree of named containers and typed values, addressed by backslash-separated paths such as "SR\Store".
@@ -42,6 +53,11 @@ class Configurator {
   virtual std::uint32_t NotifyContainer(const std::wstring& key, bool recursive, std::uint32_t events,
                                         ContainerCallback callback, void* context) const = 0;
   virtual bool UnnotifyContainer(const std::uint32_t& handle) const = 0;
+
+  // From here to the end of the result, what this thread reads is the storage as it was at the first reading,
+  // with what the thread has changed since. Within another one the result does nothing. A tree without
+  // storage has nothing to gather, and changes at once.
+  [[nodiscard]] virtual std::unique_ptr<Gathering> Gather() const { return std::make_unique<Gathering>(); }
 
   // What the results above do not tell. Of a tree without storage there is nothing to tell.
   [[nodiscard]] virtual StorageFailures Failures() const { return {}; }

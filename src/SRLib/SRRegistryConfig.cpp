@@ -3,6 +3,8 @@
 #include "SRLib/GenericFactories.h"
 
 #include <cstdint>
+#include <memory>
+#include <utility>
 
 namespace ServiceRecords {
 namespace {
@@ -62,12 +64,13 @@ std::wstring SRRegistryConfig::NodeLiteral(const std::wstring& parent, const std
 }
 
 StoreMap SRRegistryConfig::RestoreStores() const {
+  const std::unique_ptr<Config::Gathering> oneReading = configuration_.Gather();
   StoreMap stores;
   std::wstring id;
   for (std::uint32_t i = 0; configuration_.EnumContainers(kStores, i, id); ++i) {
     SRStore store;
     RestoreStore(id, store);
-    stores[store.GetStoreID()] = store;
+    stores[store.GetStoreID()] = std::move(store);
   }
   return stores;
 }
@@ -118,8 +121,10 @@ void SRRegistryConfig::RestoreBeacons(const std::wstring& storeKey, BeaconType t
 }
 
 void SRRegistryConfig::SaveStores(StoreMap& stores) const {
+  const std::unique_ptr<Config::Gathering> oneChange = configuration_.Gather();
   configuration_.DeleteContainer(kStores);
   for (auto& [id, store] : stores) SaveStore(store);
+  oneChange->PutInPlace();
 }
 
 void SRRegistryConfig::SaveStores(const StoreMap& stores) const {

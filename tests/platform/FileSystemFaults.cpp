@@ -54,6 +54,16 @@ extern "C" ssize_t read(int descriptor, void* buffer, std::size_t size) {
   return ::syscall(SYS_read, descriptor, buffer, size);
 }
 
+extern "C" ssize_t write(int descriptor, const void* buffer, std::size_t size) {
+  if (testsupport::Fails(&FileSystemFaults::write, descriptor)) return -1;
+  return ::syscall(SYS_write, descriptor, buffer, size);
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept {
+  if (testsupport::Fails(&FileSystemFaults::rename, -1)) return -1;
+  return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
 extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
   if (testsupport::Fails(&FileSystemFaults::linkat, -1)) return -1;
   return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));

@@ -23,6 +23,8 @@ class FileSystemFaults {
   Answer fchmod;
   Answer flock;
   Answer read;
+  Answer write;
+  Answer rename;  // gets no descriptor
   Answer linkat;  // gets no descriptor
   // May change what fstat reports.
   std::function<void(struct stat& status)> fstat;

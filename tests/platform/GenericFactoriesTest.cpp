@@ -1,4 +1,5 @@
 #include "MacConfiguration.h"
+#include "PreferenceFile.h"
 #include "SRLib/GenericFactories.h"
 #include "platform/TestFiles.h"
 

@@ -1,4 +1,5 @@
 #include "MacConfiguration.h"
+#include "PreferenceFile.h"
 #include "PropertyListFile.h"
 #include "SRLib/PropertyList/PropertyList.h"
 #include "platform/FileSystemFaults.h"
@@ -88,6 +89,19 @@ TEST_F(MacConfigurationTest, ValuesReadBackAsTheyWereSet) {
   std::vector<std::wstring> list{L"old"};
   EXPECT_TRUE(configuration_.GetList(L"A\\List", list));
   EXPECT_THAT(list, ElementsAre(L"x", L"", L"x"));
+}
+
+TEST_F(MacConfigurationTest, WhatTheFileCannotHoldIsNotReadBackEither) {
+  configuration_.SetString(L"A", L"a\x01\xFFFF\xD800\tb\U0001F600");
+  configuration_.SetList(L"L", {L"\x02", L"c\x03"});
+  // Once what was written last, once read from a file of other bytes.
+  for (const char* const end : {"", "\n"}) {
+    WriteFile(file_, ReadFile(file_) + end);
+    EXPECT_EQ(String(L"A"), L"a\tb\U0001F600");
+    std::vector<std::wstring> list;
+    EXPECT_TRUE(configuration_.GetList(L"L", list));
+    EXPECT_THAT(list, ElementsAre(L"", L"c"));
+  }
 }
 
 TEST_F(MacConfigurationTest, GettersOfMissingKeysGiveTheDefault) {

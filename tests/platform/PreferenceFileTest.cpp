@@ -1,4 +1,4 @@
-#include "MacConfiguration.h"
+#include "PreferenceFile.h"
 #include "platform/PreferencesFolder.h"
 #include "platform/TestFiles.h"
 #include "platform/TraceCapture.h"

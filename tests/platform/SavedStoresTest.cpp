@@ -1,4 +1,5 @@
 #include "MacConfiguration.h"
+#include "PreferenceFile.h"
 #include "SRLib/SRRegistryConfig.h"
 #include "SRLib/SavedStores.h"
 #include "core/StoreBuilders.h"
@@ -10,8 +11,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 
 namespace {
 
@@ -21,6 +25,24 @@ using namespace testsupport;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Wide = std::vector<std::wstring>;
+
+// Saves the list in a process of its own, which is killed in the middle: before the call with that number of
+// those that reach the file system. False when it has made fewer, and has ended by itself.
+bool DiesWhileSaving(StoreMap stores, int call) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    FileSystemFaults faults;
+    int calls = 0;
+    faults.write = [&](int) { return calls++ == call ? ::raise(SIGKILL) : 0; };
+    faults.read = faults.flock = faults.fchmod = faults.fsync = faults.rename = faults.write;
+    SavedStores().Save(stores);
+    ::_exit(0);
+  }
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+}
 
 // The list in the real configuration's file.
 class SavedStoresTest : public testing::Test {
@@ -98,7 +120,7 @@ TEST_F(SavedStoresTest, WhicheverReadFailsTheListIsWholeOrNotRead) {
               everythingWasRead ? SavedStores::State::Good : SavedStores::State::Unreadable);
     failed += restored.has_value() ? 0 : 1;
   }
-  EXPECT_GT(failed, 20);
+  EXPECT_EQ(failed, 2) << "the file is read once: its content, and the end of it";
   EXPECT_THAT(SystemLogFake::TakeLines(),
               ElementsAre("the stores cannot be read, and are not changed until they can: " + file_.string() +
                           ": Input/output error"))
@@ -123,6 +145,68 @@ TEST_F(SavedStoresTest, ASaveThatFailedAnywhereIsKnownAndDoneAgain) {
   EXPECT_EQ(saved_.CurrentState(), SavedStores::State::Good);
   EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"two"}));
   EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+}
+
+TEST_F(SavedStoresTest, AListIsSavedByOneReplacementOfTheFile) {
+  StoreMap stores = Map({FullStore(L"one"), FullStore(L"two")});
+  int renames = 0;
+  FileSystemFaults faults;
+  faults.rename = [&](int) { return ++renames, 0; };
+  saved_.Save(stores);
+  EXPECT_EQ(renames, 1);
+}
+
+TEST_F(SavedStoresTest, WhatElseIsInTheFileStaysThere) {
+  const CMacConfiguration configuration(true);
+  configuration.SetString(L"SR\\UserSelectedGatewayName", L"GW");
+  configuration.SetString(L"Another\\Name", L"value");
+  StoreMap stores = Map({FullStore(L"one")});
+  saved_.Save(stores);
+  std::wstring value;
+  EXPECT_TRUE(configuration.GetString(L"SR\\UserSelectedGatewayName", L"", value) && value == L"GW");
+  EXPECT_TRUE(configuration.GetString(L"Another\\Name", L"", value) && value == L"value");
+}
+
+TEST_F(SavedStoresTest, AKillAtAnyMomentLeavesTheOldListOrTheNewOne) {
+  StoreMap first = Map({FullStore(L"one"), FullStore(L"two")});
+  StoreMap second = Map({FullStore(L"two"), FullStore(L"three")});
+  saved_.Save(second);
+  const std::string afterwards = ReadFile(file_);
+  int old = 0;
+  int replaced = 0;
+  for (int call = 0; saved_.Save(first), DiesWhileSaving(second, call); ++call) {
+    const std::string left = ReadFile(file_);
+    const Wide ids = Ids(SRRegistryConfig().RestoreStores());
+    if (left == afterwards) {
+      EXPECT_EQ(ids, (Wide{L"three", L"two"})) << call;
+      ++replaced;
+    } else {
+      EXPECT_EQ(ids, (Wide{L"one", L"two"})) << call;
+      ++old;
+    }
+  }
+  EXPECT_EQ(ReadFile(file_), afterwards) << "who was not killed has saved";
+  EXPECT_GT(old, 3);
+  EXPECT_EQ(replaced, 1) << "killed when all that was left to do was to flush the folder";
+}
+
+TEST_F(SavedStoresTest, OnADiskWithTooLittleRoomTheListStaysAsItWas) {
+  StoreMap first = Map({FullStore(L"one"), FullStore(L"two")});
+  saved_.Save(first);
+  const std::string before = ReadFile(file_);
+  StoreMap second = Map({FullStore(L"one"), FullStore(L"two"), FullStore(L"three")});
+  rlim_t room = 0;
+  for (; ReadFile(file_) == before; room += 97) {
+    const FullDisk full(room);
+    saved_.Save(second);
+    EXPECT_EQ(saved_.CurrentState(),
+              ReadFile(file_) == before ? SavedStores::State::Unsaved : SavedStores::State::Good);
+    ASSERT_LT(room, 100000U);
+  }
+  EXPECT_GT(room, before.size());
+  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"one", L"three", L"two"}));
+  EXPECT_THAT(NamesIn(file_.parent_path()), ElementsAre(file_.filename().string()));
+  static_cast<void>(SystemLogFake::TakeLines());
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include "AtomicFile.h"
 #include "Bundle.h"
-#include "MacConfiguration.h"
+#include "PreferenceFile.h"
 #include "PropertyListFile.h"
 #include "SRLib/PropertyList/PropertyList.h"
 #include "StandardDirectories.h"

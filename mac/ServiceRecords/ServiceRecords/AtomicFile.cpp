@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 #include <vector>
@@ -138,6 +139,51 @@ std::error_code WriteNew(const fs::path& file, std::string_view content) {
   return error;
 }
 
+FileDescriptor OpenRegular(const fs::path& file, struct stat& status, std::error_code& error) {
+  // Not blocking, so that a pipe in the file's place cannot hold the caller.
+  FileDescriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!opened || ::fstat(opened.Get(), &status) != 0) {
+    error = LastError();
+  } else if (S_ISDIR(status.st_mode)) {
+    error = std::make_error_code(std::errc::is_a_directory);
+  } else if (!S_ISREG(status.st_mode)) {
+    error = std::make_error_code(std::errc::invalid_argument);
+  }
+  return opened;
+}
+
+std::chrono::nanoseconds SinceEpoch(const timespec& time) {
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+Stamp StampOf(const struct stat& status) {
+  return {.device = status.st_dev,
+          .inode = status.st_ino,
+          .size = status.st_size,
+          .contentChanged = SinceEpoch(status.st_mtim),
+          .statusChanged = SinceEpoch(status.st_ctim)};
+}
+
+// Whether a change from now on gives the file another stamp.
+bool WouldShowChanges(const Stamp& stamp) {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::max(stamp.contentChanged, stamp.statusChanged) + std::chrono::seconds(1) <= now;
+}
+
+// Reads to the end, wherever that is by now.
+std::error_code ReadAll(int file, std::size_t expectedSize, std::string& bytes) {
+  std::size_t length = 0;
+  bytes.resize(std::max<std::size_t>(expectedSize + 1, 4096));
+  while (const ssize_t count = ::read(file, bytes.data() + length, bytes.size() - length)) {
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return LastError();
+    length += static_cast<std::size_t>(count);
+    if (length == bytes.size()) bytes.resize(length * 2);
+  }
+  bytes.resize(length);
+  return {};
+}
+
 // A second name takes no space, but not every file system has them.
 std::error_code LinkOrCopy(const fs::path& file, const fs::path& kept, std::string_view content) {
   if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, kept.c_str(), AT_SYMLINK_FOLLOW) == 0) return {};
@@ -152,29 +198,23 @@ void RemoveUnlessLocked(const fs::path& temporary) {
 }  // namespace
 
 std::optional<std::string> Read(const fs::path& file, std::error_code& error) {
+  std::optional<Content> content = ReadUnlessKnown(file, std::nullopt, error);
+  if (!content) return std::nullopt;
+  return std::move(content->bytes);
+}
+
+std::optional<Content> ReadUnlessKnown(const fs::path& file, const std::optional<Stamp>& known,
+                                       std::error_code& error) {
   error.clear();
-  // Not blocking, so that a pipe in the file's place cannot hold the caller.
-  const FileDescriptor handle(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
-  if (!handle || ::fstat(handle.Get(), &status) != 0) {
-    error = LastError();
-    return std::nullopt;
-  }
-  if (!S_ISREG(status.st_mode)) {
-    error = std::make_error_code(S_ISDIR(status.st_mode) ? std::errc::is_a_directory
-                                                         : std::errc::invalid_argument);
-    return std::nullopt;
-  }
-  std::string content;
-  std::vector<char> buffer(65536);
-  while (const ssize_t count = ::read(handle.Get(), buffer.data(), buffer.size())) {
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) {
-      error = LastError();
-      return std::nullopt;
-    }
-    content.append(buffer.data(), static_cast<std::size_t>(count));
-  }
+  const FileDescriptor opened = OpenRegular(file, status, error);
+  if (error) return std::nullopt;
+  const Stamp stamp = StampOf(status);
+  if (stamp == known) return std::nullopt;
+  Content content;
+  if (WouldShowChanges(stamp)) content.stamp = stamp;
+  error = ReadAll(opened.Get(), static_cast<std::size_t>(status.st_size), content.bytes);
+  if (error) return std::nullopt;
   return content;
 }
 

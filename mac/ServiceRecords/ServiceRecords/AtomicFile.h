@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <span>
@@ -13,6 +15,28 @@ namespace AtomicFile {
 // The whole content of a regular file. Nothing, and `error` set, when it is missing or cannot be read.
 // IsMissing tells the two apart.
 [[nodiscard]] std::optional<std::string> Read(const std::filesystem::path& file, std::error_code& error);
+
+// Where a file lies, how large it is and when it was changed: by this a change shows without reading it.
+struct Stamp {
+  std::uint64_t device = 0;
+  std::uint64_t inode = 0;
+  std::int64_t size = 0;
+  std::chrono::nanoseconds contentChanged{};  // since 1970
+  std::chrono::nanoseconds statusChanged{};
+  bool operator==(const Stamp&) const = default;
+};
+
+struct Content {
+  std::string bytes;
+  // As the file was when the reading began. Nothing when it had changed less than a second before: file
+  // systems count time in steps, so another change might have left it as it was.
+  std::optional<Stamp> stamp;
+};
+
+// The same, but nothing, and no error, when the file still has the stamp `known`.
+[[nodiscard]] std::optional<Content> ReadUnlessKnown(const std::filesystem::path& file,
+                                                     const std::optional<Stamp>& known,
+                                                     std::error_code& error);
 
 // Whether the error of Read says that there is no file. Any other one says nothing about its content.
 [[nodiscard]] bool IsMissing(const std::error_code& error);

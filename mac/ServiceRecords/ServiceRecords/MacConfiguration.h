@@ -2,14 +2,10 @@
 
 #include "SRLib/Configurator.h"
 
-#include <filesystem>
-
-// The full path of the scope's configuration file, computed once for the process; its folder is created then.
-[[nodiscard]] const std::filesystem::path& preferenceFile(bool perUser);
-
-// The configuration tree of one scope, kept in one property-list file. Every operation reads the file afresh
-// and every setter writes it whole, under one process-wide lock. A file that cannot be read counts as empty
-// and is not written; a setter's result does not tell that, Failures does.
+// The configuration tree of one scope, kept in one property-list file. Every operation sees what the file
+// holds by then, and every setter writes it whole; between Gather and the end of its result, which belongs to
+// the thread, all of them are one. A file that cannot be read counts as empty and is not written; a setter's
+// result does not tell that, Failures does. A key that the file cannot hold names nothing.
 class CMacConfiguration : public Config::Configurator {
  public:
   explicit CMacConfiguration(bool perUser) : perUser_(perUser) {}
@@ -33,6 +29,8 @@ class CMacConfiguration : public Config::Configurator {
   std::uint32_t NotifyContainer(const std::wstring& key, bool recursive, std::uint32_t events,
                                 Config::ContainerCallback callback, void* context) const override;
   bool UnnotifyContainer(const std::uint32_t& handle) const override;
+
+  [[nodiscard]] std::unique_ptr<Config::Gathering> Gather() const override;
 
   // Those of the scope's file in this process.
   [[nodiscard]] Config::StorageFailures Failures() const override;

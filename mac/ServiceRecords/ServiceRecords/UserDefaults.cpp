@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -26,8 +27,8 @@ UserDefaults UserDefaults::Standard() {
 }
 
 std::int64_t UserDefaults::Integer(const std::string& key) const {
-  const PropertyList::Dictionary defaults = PropertyListFile(file_).Load();
-  const PropertyList::Value* const value = defaults.Find(key);
+  const PropertyListFile::Reading defaults = PropertyListFile(file_).Load();
+  const PropertyList::Value* const value = defaults.Root()->Find(key);
   if (value == nullptr) return 0;
   if (const auto* text = value->As<std::string>()) return LeadingNumber(*text);
   return static_cast<std::int64_t>(value->AsNumber().value_or(0));
@@ -36,9 +37,10 @@ std::int64_t UserDefaults::Integer(const std::string& key) const {
 bool UserDefaults::SetInteger(const std::string& key, std::int64_t value) const {
   if (file_.empty()) return false;
   if (StandardDirectories::CreateDirectories(file_.parent_path())) return false;
-  PropertyListFile file(file_);
+  const PropertyListFile file(file_);
   file.SweepTemporaries();
-  PropertyList::Dictionary defaults = file.Load();
+  PropertyListFile::Reading reading = file.Load();
+  PropertyList::Dictionary defaults = *reading.Root();
   defaults.Set(key, value);
-  return !file.Save(defaults);
+  return !file.Save(reading, std::move(defaults));
 }

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <filesystem>
+
+// The full path of the scope's configuration file, computed once for the process; its folder is created then.
+[[nodiscard]] const std::filesystem::path& preferenceFile(bool perUser);
