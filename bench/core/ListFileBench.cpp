@@ -1,5 +1,5 @@
 // The list in its file: saved, restored, one value read and written.
-#include "MacConfiguration.h"
+#include "PreferenceFile.h"
 #include "SRLib/GenericFactories.h"
 #include "SRLib/PropertyList/PropertyList.h"
 #include "SRLib/SRRegistryConfig.h"
