@@ -1,8 +1,8 @@
 #include "ClientApplication.h"
 
 #include "Bundle.h"
-#include "BusObject.h"
 #include "ServiceNames.h"
+#include "TerminationEvent.h"
 
 #include <sys/epoll.h>
 
@@ -21,10 +21,6 @@ std::string ObjectPath(std::string identifier) {
 }  // namespace
 
 void ClientApplication::BringForward() {
-  if (!NameHasOwner(bus_, kIdentifier)) {
-    Launch();
-    return;
-  }
   sd_bus_message* message = nullptr;
   if (sd_bus_message_new_method_call(&bus_, &message, kIdentifier, ObjectPath(kIdentifier).c_str(),
                                      ServiceNames::kApplicationInterface, "Activate") < 0) {
@@ -32,7 +28,18 @@ void ClientApplication::BringForward() {
   }
   const BusMessagePtr call(message);
   sd_bus_message_set_auto_start(message, 0);
-  if (sd_bus_message_append(message, "a{sv}", 0) >= 0) sd_bus_send(&bus_, message, nullptr);
+  sd_bus_slot* slot = nullptr;
+  if (sd_bus_message_append(message, "a{sv}", 0) >= 0 &&
+      sd_bus_call_async(&bus_, &slot, message, HandleActivated, this, 0) >= 0) {
+    activation_.reset(slot);
+  }
+}
+
+int ClientApplication::HandleActivated(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) {
+  const bool isRunning = sd_bus_message_is_method_error(reply, SD_BUS_ERROR_NAME_HAS_NO_OWNER) == 0 &&
+                         sd_bus_message_is_method_error(reply, SD_BUS_ERROR_SERVICE_UNKNOWN) == 0;
+  if (!isRunning && !TerminationEvent::Requested()) static_cast<ClientApplication*>(self)->Launch();
+  return 0;
 }
 
 // By a program that lies beside the agent, so that nothing of the launch stays here.
