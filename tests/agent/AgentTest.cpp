@@ -67,6 +67,11 @@ void AgentTest::AskToReplace() {
   ASSERT_EQ(agent_.Dialogs().back().first, "replaceStore");
 }
 
+void AgentTest::AwaitArrival(testsupport::BusClient& sender) {
+  sender.Call("com.morvane.ServiceRecords", "/com/morvane/ServiceRecords", "org.freedesktop.DBus.Peer",
+              "Ping");
+}
+
 std::size_t AgentTest::CountNotifications() {
   const std::vector<std::string> seen = agent_.Bus().Notifications();
   return static_cast<std::size_t>(std::count(seen.begin(), seen.end(), kStoresUpdated));

@@ -37,6 +37,8 @@ class AgentTest : public testing::Test {
 
   // Leaves the question open whether "New" replaces "Old", the store "s1". Whoever changes the list waits.
   void AskToReplace();
+  // Returns when the agent has taken up everything that this program has sent to its main service.
+  static void AwaitArrival(testsupport::BusClient& sender);
   [[nodiscard]] std::size_t CountNotifications();
   [[nodiscard]] std::vector<std::string> StoreIDs();
   [[nodiscard]] static std::string StateOfSavedStores(testsupport::BusClient& reader);

@@ -29,12 +29,6 @@ class Changes : public AgentTest {
     agent_.Bus().ServiceRecords("handleDiscoveryDocument", {testsupport::DiscoveryDocument(stores)});
   }
 
-  // Returns when the agent has taken up everything that this program has sent.
-  static void AwaitArrival(testsupport::BusClient& sender) {
-    sender.Call("com.morvane.ServiceRecords", "/com/morvane/ServiceRecords", "org.freedesktop.DBus.Peer",
-                "Ping");
-  }
-
   static std::vector<std::string> IDs(const json& stores) {
     std::vector<std::string> ids;
     for (const json& store : stores) ids.push_back(store["StoreID"]);

@@ -38,6 +38,20 @@ TEST_F(HangingPlugIn, InTheReplaceDialogDoesNotKeepAChangeThatWaitsForTheListFro
   EXPECT_EQ(agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"], "Old");
 }
 
+TEST_F(HangingPlugIn, InAnErrorBoxKeepsOnesOwnReadsBehindTheLatestChange) {
+  StartWithHanging("errorMessage");
+  const std::uint64_t first = agent_.Bus().StartServiceRecords("deleteStore", {"s1"});
+  agent_.Bus().StartServiceRecords("handleDiscoveryDocument", {"this is no document"});
+  EXPECT_EQ(agent_.Bus().WaitForReply(first), false);
+  ASSERT_TRUE(WaitForHanging(1));
+  agent_.Bus().StartServiceRecords("allStores");
+  AwaitArrival(agent_.Bus());
+  testsupport::BusClient other(agent_.BusAddress());
+  EXPECT_EQ(other.ServiceRecords("allStores"), nlohmann::json::array());
+  EXPECT_EQ(agent_.Bus().AnsweredCalls(), std::vector<std::uint64_t>{first});
+  EXPECT_EQ(agent_.Terminate(), 0);
+}
+
 TEST_F(HangingPlugIn, InAnErrorBoxOfAChangeDoesNotKeepTheAgentFromItsEnd) {
   StartWithHanging("errorMessage");
   agent_.Bus().StartServiceRecords("handleDiscoveryDocument", {"this is no document"});

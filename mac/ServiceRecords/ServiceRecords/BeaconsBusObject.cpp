@@ -29,11 +29,8 @@ int BeaconsBusObject::CheckLocation(sd_bus_message* call, void* self, sd_bus_err
 
 int BeaconsBusObject::CurrentGateway(sd_bus_message* call, void* self, sd_bus_error* error) {
   return AnswerCall(error, [&] {
-    const auto gateway =
-        static_cast<BeaconsBusObject*>(self)->service_.getCurrentGatewayForStore(ReadText(call));
-    return ReplyWith(call, [&gateway](sd_bus_message* reply) {
-      return AppendDictionary(reply, gateway.value_or(PropertyList::Dictionary{}));
-    });
+    auto& service = static_cast<BeaconsBusObject*>(self)->service_;
+    return ReplyWithDictionary(call, service.getCurrentGatewayForStore(ReadText(call)));
   });
 }
 

@@ -1,13 +1,16 @@
 #include "BusMarshalling.h"
 
+#include "BusObject.h"
 #include "SRLib/TextHelpers.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <utility>
-#include <vector>
 
 namespace {
+
+bool IsRefused(wchar_t character) {
+  return character == 0 || util::IsNoncharacter(character);
+}
 
 // A variant of one basic value.
 int AppendBasic(sd_bus_message* message, char type, const void* value) {
@@ -34,31 +37,14 @@ int AppendVariant(sd_bus_message* message, const PropertyList::Value& value) {
   return -EINVAL;
 }
 
-PropertyList::Value BusValue(const PropertyList::Value& value) {
-  if (const auto* text = value.As<std::string>()) return BusText(*text);
-  if (const auto* dictionary = value.As<PropertyList::Dictionary>()) return BusDictionary(*dictionary);
-  const auto* array = value.As<PropertyList::Array>();
-  if (array == nullptr) return value;
-  PropertyList::Array items;
-  for (const PropertyList::Value& item : *array) items.push_back(BusValue(item));
-  return items;
-}
-
 }  // namespace
 
-std::string BusText(const std::string& utf8) {
+std::string BusText(std::wstring_view text) {
+  if (std::ranges::none_of(text, IsRefused)) return util::narrow(text);
   constexpr wchar_t kReplacement = 0xFFFD;
-  std::wstring text = util::widen(utf8);
-  std::ranges::replace_if(
-      text, [](wchar_t character) { return character == 0 || util::IsNoncharacter(character); },
-      kReplacement);
-  return util::narrow(text);
-}
-
-PropertyList::Dictionary BusDictionary(const PropertyList::Dictionary& dictionary) {
-  std::vector<PropertyList::Entry> entries;
-  for (const auto& [key, value] : dictionary.Entries()) entries.push_back({key, BusValue(value)});
-  return PropertyList::Dictionary(std::move(entries));
+  std::wstring carried(text);
+  std::ranges::replace_if(carried, IsRefused, kReplacement);
+  return util::narrow(carried);
 }
 
 int AppendDictionary(sd_bus_message* message, const PropertyList::Dictionary& dictionary) {
@@ -79,4 +65,11 @@ int AppendDictionaries(sd_bus_message* message, const PropertyList::Array& dicti
     if (result >= 0) result = dictionary == nullptr ? -EINVAL : AppendDictionary(message, *dictionary);
   }
   return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
+int ReplyWithDictionary(sd_bus_message* call, const std::optional<PropertyList::Dictionary>& dictionary) {
+  const PropertyList::Dictionary nothing;
+  return ReplyWith(call, [&](sd_bus_message* reply) {
+    return AppendDictionary(reply, dictionary ? *dictionary : nothing);
+  });
 }

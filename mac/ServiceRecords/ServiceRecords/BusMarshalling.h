@@ -3,17 +3,18 @@
 #include "SRLib/PropertyList/PropertyList.h"
 #include "SdBus.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 
-// The text as the bus carries it: characters that it refuses are replaced by U+FFFD, bytes that are not UTF-8
-// left out.
-[[nodiscard]] std::string BusText(const std::string& utf8);
-
-// The dictionary, and those in its arrays, with text as the bus carries it.
-[[nodiscard]] PropertyList::Dictionary BusDictionary(const PropertyList::Dictionary& dictionary);
+// UTF-8 of the text as the bus carries it: characters that it refuses are replaced by U+FFFD.
+[[nodiscard]] std::string BusText(std::wstring_view text);
 
 // Dictionaries as bus messages carry them: a{sv} with text, which must be BusText, as s, whole numbers as t,
-// booleans as b and arrays of dictionaries as aa{sv}. Both answer the bus library's negative error code on
+// booleans as b and arrays of dictionaries as aa{sv}. All answer the bus library's negative error code on
 // failure. Values of other kinds do not occur in what the services answer.
 [[nodiscard]] int AppendDictionary(sd_bus_message* message, const PropertyList::Dictionary& dictionary);
 [[nodiscard]] int AppendDictionaries(sd_bus_message* message, const PropertyList::Array& dictionaries);
+// Answers the call with the dictionary, or with an empty one for nothing.
+[[nodiscard]] int ReplyWithDictionary(sd_bus_message* call,
+                                      const std::optional<PropertyList::Dictionary>& dictionary);

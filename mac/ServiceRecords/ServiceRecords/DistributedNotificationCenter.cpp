@@ -3,6 +3,7 @@
 #include "BusMarshalling.h"
 #include "BusObject.h"
 #include "MainLoop.h"
+#include "SRLib/TextHelpers.h"
 #include "ServiceNames.h"
 
 namespace {
@@ -45,7 +46,7 @@ void DistributedNotificationCenter::postNotificationName(const std::string& name
 void DistributedNotificationCenter::Send(const std::string& name, const std::string& object) {
   if (bus_ == nullptr) return;
   sd_bus_emit_signal(bus_, ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface, "Posted",
-                     "ss", name.c_str(), BusText(object).c_str());
+                     "ss", name.c_str(), BusText(util::widen(object)).c_str());
 }
 
 void DistributedNotificationCenter::addObserver(const std::string& name, std::function<void()> handler) {

@@ -66,10 +66,11 @@ std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(
   SRGateway gateway;
   std::optional<PropertyList::Dictionary> result;
   if (store != nullptr && store->GetDefaultGatewayRef(gateway)) {
-    result = BusDictionary({{"GatewayURL", util::narrow(gateway.GetLocation())},
-                            {"GatewayName", util::narrow(gateway.GetName())},
-                            {"GatewayAuthType", static_cast<std::uint32_t>(gateway.GetAuthentication())},
-                            {"GatewayEdition", static_cast<std::uint32_t>(gateway.GetEdition())}});
+    result =
+        PropertyList::Dictionary{{"GatewayURL", BusText(gateway.GetLocation())},
+                                 {"GatewayName", BusText(gateway.GetName())},
+                                 {"GatewayAuthType", static_cast<std::uint32_t>(gateway.GetAuthentication())},
+                                 {"GatewayEdition", static_cast<std::uint32_t>(gateway.GetEdition())}};
   }
   CSRLog(0, "[-] %s", kMethod);
   return result;

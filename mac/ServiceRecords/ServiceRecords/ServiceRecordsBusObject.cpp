@@ -6,6 +6,7 @@
 #include "MRVServiceRecordsSvr.h"
 #include "MainLoop.h"
 #include "SRLib/SRProvider.h"
+#include "SRLib/TextHelpers.h"
 #include "ServiceNames.h"
 
 #include <memory>
@@ -78,14 +79,11 @@ int ServiceRecordsBusObject::AllStores(sd_bus_message* call, const Stores& store
 }
 
 int ServiceRecordsBusObject::StoreForID(sd_bus_message* call, const Stores& stores) {
-  const auto store = service_.storeForID(ReadText(call), stores);
-  return ReplyWith(call, [&store](sd_bus_message* reply) {
-    return AppendDictionary(reply, store.value_or(PropertyList::Dictionary{}));
-  });
+  return ReplyWithDictionary(call, service_.storeForID(ReadText(call), stores));
 }
 
 int ServiceRecordsBusObject::UIBundlePath(sd_bus_message* call, const Stores& /*stores*/) {
-  return sd_bus_reply_method_return(call, "s", BusText(service_.uiBundlePath()).c_str());
+  return sd_bus_reply_method_return(call, "s", BusText(util::widen(service_.uiBundlePath())).c_str());
 }
 
 int ServiceRecordsBusObject::StateOfSavedStores(sd_bus* /*bus*/, const char* /*path*/,

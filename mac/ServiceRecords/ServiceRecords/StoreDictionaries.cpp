@@ -9,7 +9,7 @@ using ServiceRecords::SRStore;
 using ServiceRecords::StoreSnapshot;
 
 PropertyList::Dictionary BusStoreDictionary(const SRStore& store) {
-  return BusDictionary(StoreDictionary(store, BeaconKeys::Omitted));
+  return StoreDictionary(store, BeaconKeys::Omitted, BusText);
 }
 
 const PropertyList::Array& StoreDictionaries::Of(const std::shared_ptr<const StoreSnapshot>& stores) {

@@ -1,7 +1,5 @@
 #include "StoreDictionary.h"
 
-#include "SRLib/TextHelpers.h"
-
 using ServiceRecords::BeaconType;
 using ServiceRecords::SRBeacon;
 using ServiceRecords::SRGateway;
@@ -9,41 +7,43 @@ using ServiceRecords::SRStore;
 
 namespace {
 
-void AddBeacons(PropertyList::Dictionary& dictionary, const char* key, const std::list<SRBeacon>& beacons) {
+void AddBeacons(PropertyList::Dictionary& dictionary, const char* key, const std::list<SRBeacon>& beacons,
+                TextForm form) {
   if (beacons.empty()) return;
   PropertyList::Array array;
   for (const SRBeacon& beacon : beacons) {
-    array.emplace_back(PropertyList::Dictionary{{"BeaconLocation", util::narrow(beacon.GetLocation())},
+    array.emplace_back(PropertyList::Dictionary{{"BeaconLocation", form(beacon.GetLocation())},
                                                 {"BeaconDSConfirmed", beacon.GetDSConfirmed()}});
   }
   dictionary.Set(key, std::move(array));
 }
 
-void AddGateways(PropertyList::Dictionary& dictionary, const std::list<SRGateway>& gateways) {
+void AddGateways(PropertyList::Dictionary& dictionary, const std::list<SRGateway>& gateways, TextForm form) {
   if (gateways.empty()) return;
   PropertyList::Array array;
   for (const SRGateway& gateway : gateways) {
-    array.emplace_back(GatewayDictionary(gateway.GetName(), gateway.GetLocation(), gateway.GetDefault()));
+    array.emplace_back(
+        GatewayDictionary(gateway.GetName(), gateway.GetLocation(), gateway.GetDefault(), form));
   }
   dictionary.Set("StoreGateways", std::move(array));
 }
 
 }  // namespace
 
-PropertyList::Dictionary GatewayDictionary(const std::wstring& name, const std::wstring& url,
-                                           bool isDefault) {
-  return {{"GatewayName", util::narrow(name)}, {"GatewayURL", util::narrow(url)}, {"IsDefault", isDefault}};
+PropertyList::Dictionary GatewayDictionary(const std::wstring& name, const std::wstring& url, bool isDefault,
+                                           TextForm form) {
+  return {{"GatewayName", form(name)}, {"GatewayURL", form(url)}, {"IsDefault", isDefault}};
 }
 
-PropertyList::Dictionary StoreDictionary(const SRStore& store, BeaconKeys beacons) {
-  PropertyList::Dictionary dictionary{{"StoreName", util::narrow(store.GetStoreName())},
-                                      {"StoreURL", util::narrow(store.GetStoreURL())},
+PropertyList::Dictionary StoreDictionary(const SRStore& store, BeaconKeys beacons, TextForm form) {
+  PropertyList::Dictionary dictionary{{"StoreName", form(store.GetStoreName())},
+                                      {"StoreURL", form(store.GetStoreURL())},
                                       {"StoreType", static_cast<std::uint32_t>(store.GetSRType())},
-                                      {"StoreID", util::narrow(store.GetStoreID())}};
+                                      {"StoreID", form(store.GetStoreID())}};
   if (beacons == BeaconKeys::Included) {
-    AddBeacons(dictionary, "StoreInternalBeacons", store.Beacons(BeaconType::Internal));
-    AddBeacons(dictionary, "StoreExternalBeacons", store.Beacons(BeaconType::External));
+    AddBeacons(dictionary, "StoreInternalBeacons", store.Beacons(BeaconType::Internal), form);
+    AddBeacons(dictionary, "StoreExternalBeacons", store.Beacons(BeaconType::External), form);
   }
-  AddGateways(dictionary, store.GetGateways());
+  AddGateways(dictionary, store.GetGateways(), form);
   return dictionary;
 }
