@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <type_traits>
 
 namespace util {
 namespace {
@@ -78,6 +79,14 @@ Decoded DecodeFirst(std::string_view bytes) {
   return {character, valid ? sequence.length : 0};
 }
 
+// The characters in front of the first one outside ASCII, which are the same in both forms.
+template <class Text>
+Text AsciiStart(Text text) {
+  using Code = std::make_unsigned_t<typename Text::value_type>;
+  const auto end = std::ranges::find_if(text, [](auto c) { return static_cast<Code>(c) >= 0x80; });
+  return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
 // The whole content, but at most one byte more than a document may have.
 std::string ReadDocument(int file) {
   std::string content;
@@ -97,31 +106,39 @@ std::string ReadDocument(int file) {
 std::string narrow(std::wstring_view text) {
   std::string utf8;
   utf8.reserve(text.size());
-  for (const wchar_t wide : text) {
-    const auto character = static_cast<char32_t>(wide);
+  while (true) {
+    const std::wstring_view ascii = AsciiStart(text);
+    utf8.append(ascii.begin(), ascii.end());
+    text.remove_prefix(ascii.size());
+    if (text.empty()) return utf8;
+    const auto character = static_cast<char32_t>(text.front());
     if (character <= kLastCodePoint && !IsSurrogate(character)) AppendUTF8(character, utf8);
+    text.remove_prefix(1);
   }
-  return utf8;
 }
 
 std::wstring widen(std::string_view utf8) {
   std::wstring text;
   text.reserve(utf8.size());
-  while (!utf8.empty()) {
+  while (true) {
+    const std::string_view ascii = AsciiStart(utf8);
+    text.append(ascii.begin(), ascii.end());
+    utf8.remove_prefix(ascii.size());
+    if (utf8.empty()) return text;
     const Decoded first = DecodeFirst(utf8);
     if (first.length != 0) text += static_cast<wchar_t>(first.character);
     utf8.remove_prefix(std::max<std::size_t>(first.length, 1));
   }
-  return text;
 }
 
 bool IsUTF8(std::string_view bytes) {
-  while (!bytes.empty()) {
+  while (true) {
+    bytes.remove_prefix(AsciiStart(bytes).size());
+    if (bytes.empty()) return true;
     const std::size_t length = DecodeFirst(bytes).length;
     if (length == 0) return false;
     bytes.remove_prefix(length);
   }
-  return true;
 }
 
 bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
