@@ -177,6 +177,34 @@ TEST_F(GatheringTest, TheFileIsReadOnceHoweverMuchIsAsked) {
   EXPECT_EQ(reads, 2) << "its content, and the end of it";
 }
 
+TEST_F(GatheringTest, ContainersAreNumberedTheSameWayInAnyOrderOfAskingAndAfterChanges) {
+  const Wide names{L"c", L"a", L"d", L"b"};
+  for (const std::wstring& name : names) {
+    for (const std::wstring& inner : names) configuration_.CreateContainer(L"P\\" + name + L"\\" + inner);
+    configuration_.SetString(L"P\\value of " + name, L"text");
+  }
+  const auto gathering = configuration_.Gather();
+  std::wstring name;
+  for (const std::uint32_t outer : {0U, 1U, 2U, 3U, 4U, 2U, 2U, 0U, 3U}) {
+    ASSERT_EQ(configuration_.EnumContainers(L"P", outer, name), outer < 4) << outer;
+    if (outer >= 4) continue;
+    EXPECT_EQ(name, names[outer]);
+    const std::wstring key = L"P\\" + name;
+    for (const std::uint32_t inner : {0U, 1U, 2U, 3U, 4U, 5U, 1U}) {
+      ASSERT_EQ(configuration_.EnumContainers(key, inner, name), inner < 4) << inner;
+      if (inner >= 4) continue;
+      EXPECT_EQ(name, names[inner]);
+    }
+  }
+  configuration_.DeleteContainer(L"P\\c");
+  EXPECT_TRUE(configuration_.EnumContainers(L"P", 2, name));
+  EXPECT_EQ(name, L"b");
+  configuration_.DeleteContainer(L"P\\a");
+  EXPECT_TRUE(configuration_.EnumContainers(L"P", 1, name));
+  EXPECT_EQ(name, L"b");
+  EXPECT_FALSE(configuration_.EnumContainers(L"P", 2, name));
+}
+
 TEST_F(GatheringTest, NothingIsWrittenForAContainerThatIsThere) {
   configuration_.CreateContainer(L"B\\C");
   FileSystemFaults faults;

@@ -27,10 +27,16 @@ GatheredChanges* GatheredChanges::OfThisThread(bool perUser) {
 ConfigurationFile::Tree GatheredChanges::Tree() {
   if (!asRead_) asRead_ = ConfigurationFile::OfScope(perUser_).Load();
   if (changes_.empty()) return asRead_;
+  if (made_ == changes_.size()) return asChanged_;
+  enumerated_.clear();
   if (!asChanged_) asChanged_ = std::make_shared<PropertyList::Dictionary>(*asRead_);
   static_cast<void>(Apply(std::span(changes_).subspan(made_), *asChanged_));
   made_ = changes_.size();
   return asChanged_;
+}
+
+NumberedContainers& GatheredChanges::ContainersOf(const PropertyList::Dictionary& dictionary) {
+  return enumerated_.try_emplace(&dictionary, dictionary).first->second;
 }
 
 void GatheredChanges::PutInPlace() {
@@ -39,4 +45,5 @@ void GatheredChanges::PutInPlace() {
   asRead_.reset();
   asChanged_.reset();
   made_ = 0;
+  enumerated_.clear();
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "ConfigurationFile.h"
+#include "NumberedContainers.h"
 #include "SRLib/Configurator.h"
 #include "TreeChange.h"
 
 #include <cstddef>
+#include <map>
 #include <vector>
 
 // The changes that this thread gathers to one scope's file. The file is read at the first reading and when
@@ -23,6 +25,8 @@ class GatheredChanges : public Config::Gathering {
   void Add(TreeChange change) { changes_.push_back(std::move(change)); }
   // What the file held at the first reading, with the changes since. Good until the next call.
   [[nodiscard]] ConfigurationFile::Tree Tree();
+  // Of a dictionary of that tree.
+  [[nodiscard]] NumberedContainers& ContainersOf(const PropertyList::Dictionary& dictionary);
   void PutInPlace() override;
 
  private:
@@ -32,4 +36,5 @@ class GatheredChanges : public Config::Gathering {
   // Null as long as nothing was changed before a reading.
   std::shared_ptr<PropertyList::Dictionary> asChanged_;
   std::size_t made_ = 0;  // of the changes, to `asChanged_`
+  std::map<const PropertyList::Dictionary*, NumberedContainers> enumerated_;
 };

@@ -4,6 +4,7 @@
 #include "DbgTrace.h"
 #include "GatheredChanges.h"
 #include "KeyPath.h"
+#include "NumberedContainers.h"
 #include "SRLib/TextHelpers.h"
 
 #include <limits>
@@ -32,26 +33,27 @@ ConfigurationFile::Tree Load(bool perUser) {
 // none, and that component.
 std::shared_ptr<const Dictionary> GetContainerAndKeyForRawKey(bool perUser, const std::wstring& rawKey,
                                                               std::string& key) {
-  const ConfigurationFile::Tree tree = Load(perUser);
+  ConfigurationFile::Tree tree = Load(perUser);
   const std::optional<KeyPath> path = KeyPath::Of(rawKey);
   if (!path) return nullptr;
   key = path->EntryName();
-  return {tree, path->ContainerIn(*tree)};
+  const Dictionary* const container = path->ContainerIn(*tree);
+  return {std::move(tree), container};
 }
 
 // What is stored under the key; null when nothing is.
 std::shared_ptr<const Value> Stored(bool perUser, const std::wstring& rawKey) {
   std::string key;
-  const auto container = GetContainerAndKeyForRawKey(perUser, rawKey, key);
-  if (container == nullptr) return nullptr;
-  return {container, container->Find(key)};
+  auto container = GetContainerAndKeyForRawKey(perUser, rawKey, key);
+  const Value* const value = container != nullptr ? container->Find(key) : nullptr;
+  return {std::move(container), value};
 }
 
 template <class Kind>
 std::shared_ptr<const Kind> StoredAs(bool perUser, const std::wstring& rawKey) {
-  const auto stored = Stored(perUser, rawKey);
-  if (stored == nullptr) return nullptr;
-  return {stored, stored->As<Kind>()};
+  auto stored = Stored(perUser, rawKey);
+  const Kind* const kind = stored != nullptr ? stored->As<Kind>() : nullptr;
+  return {std::move(stored), kind};
 }
 
 void Change(bool perUser, TreeChange::Kind kind, const std::wstring& rawKey, Value value = {}) {
@@ -157,12 +159,12 @@ bool CMacConfiguration::EnumContainers(const std::wstring& key, std::uint32_t in
                                        std::wstring& name) const {
   const auto container = StoredAs<Dictionary>(perUser_, key);
   if (container == nullptr) return false;
-  for (const PropertyList::Entry& entry : container->Entries()) {
-    if (entry.value.As<Dictionary>() == nullptr || index-- != 0) continue;
-    name = util::widen(entry.key);
-    return true;
-  }
-  return false;
+  GatheredChanges* const gathered = GatheredChanges::OfThisThread(perUser_);
+  NumberedContainers fromTheFirst(*container);
+  NumberedContainers& containers = gathered != nullptr ? gathered->ContainersOf(*container) : fromTheFirst;
+  const std::string* const found = containers.NameOf(index);
+  if (found != nullptr) name = util::widen(*found);
+  return found != nullptr;
 }
 
 bool CMacConfiguration::EnumValues(const std::wstring& /*key*/, std::uint32_t /*index*/,
