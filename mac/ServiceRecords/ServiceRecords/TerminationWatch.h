@@ -3,8 +3,8 @@
 #include <chrono>
 #include <functional>
 
-// The limit on how long the process takes to end. The main thread cannot keep it: it may be waiting for a
-// lock that is held over a dialog whose plug-in hangs, or for a bus that does not answer.
+// The limit on how long the process takes to end. The main thread cannot keep it: it may be waiting for a bus
+// that does not answer, or at the start for a disk.
 namespace TerminationWatch {
 
 // From now on, `end` is called once the time is over after termination was requested, on a thread of its own
