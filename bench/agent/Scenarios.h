@@ -6,6 +6,9 @@ class Outputs;
 
 // What is measured of whole agents, each on machines of its own. They throw what went wrong.
 
+// What a client waits for when it asks, with 10 to 10,000 stores, and when it deletes one.
+void MeasureCalls(Outputs& outputs);
+void MeasureDeletion(Outputs& outputs);
 // From the start of the program until both names are owned, with 10 and with 1,000 stores.
 void MeasureStart(Outputs& outputs);
 // How long allStores takes while files are opened, and while a store-replace question is open.

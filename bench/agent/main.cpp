@@ -1,4 +1,5 @@
-// Measures whole agents: agent_bench start|load|rest|agents|watchers. Prints {"figures": {name: value}}.
+// Measures whole agents: agent_bench calls|delete|start|load|rest|agents|watchers. Prints {"figures": {name:
+// value}}.
 #include "agent/Outputs.h"
 #include "agent/Scenarios.h"
 
@@ -8,14 +9,14 @@
 #include <string>
 
 int main(int argc, char** argv) {
-  const std::map<std::string, void (*)(bench::Outputs&)> scenarios{{"start", bench::MeasureStart},
-                                                                   {"load", bench::MeasureLoad},
-                                                                   {"rest", bench::MeasureRest},
-                                                                   {"agents", bench::MeasureManyAgents},
-                                                                   {"watchers", bench::MeasureWatchers}};
+  const std::map<std::string, void (*)(bench::Outputs&)> scenarios{
+      {"calls", bench::MeasureCalls},      {"delete", bench::MeasureDeletion},
+      {"start", bench::MeasureStart},      {"load", bench::MeasureLoad},
+      {"rest", bench::MeasureRest},        {"agents", bench::MeasureManyAgents},
+      {"watchers", bench::MeasureWatchers}};
   const auto chosen = scenarios.find(argc == 2 ? argv[1] : "");
   if (chosen == scenarios.end()) {
-    std::cerr << "usage: agent_bench start|load|rest|agents|watchers\n";
+    std::cerr << "usage: agent_bench calls|delete|start|load|rest|agents|watchers\n";
     return 2;
   }
   bench::Outputs outputs;

@@ -2,8 +2,8 @@
 #include "SRLib/SRProvider.h"
 #include "SRLib/TextHelpers.h"
 #include "common/GeneratedStores.h"
-#include "common/Measured.h"
 #include "core/Allocations.h"
+#include "core/Measured.h"
 
 #include <cstring>
 #include <memory>

@@ -5,8 +5,8 @@
 #include "SRLib/SRRegistryConfig.h"
 #include "common/FileContent.h"
 #include "common/GeneratedStores.h"
-#include "common/Measured.h"
 #include "core/CountingConfiguration.h"
+#include "core/Measured.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -2,7 +2,7 @@
 #include "SRLib/SRXMLProvider.h"
 #include "SRLib/TextHelpers.h"
 #include "common/GeneratedStores.h"
-#include "common/Measured.h"
+#include "core/Measured.h"
 #include "floors/BareParse.h"
 
 namespace bench {
