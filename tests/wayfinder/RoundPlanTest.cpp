@@ -31,6 +31,14 @@ TEST(RoundPlan, ABeaconIsAskedOnceForAllStoresThatNameIt) {
   EXPECT_EQ(plan.beacons[1].owners[1].asExternal, 1U);
 }
 
+TEST(RoundPlan, ABeaconThatIsSpelledAlikeHasOnePlaceInEveryList) {
+  const RoundPlan plan =
+      PlanRound({{"", {"http://a/", "http://b/"}, {}}, {"", {"http://b/"}, {"http://a/"}}});
+  EXPECT_THAT(plan.stores[0].internal, ElementsAre(0, 1));
+  EXPECT_THAT(plan.stores[1].internal, ElementsAre(1));
+  EXPECT_THAT(plan.stores[1].external, ElementsAre(0));
+}
+
 TEST(RoundPlan, WhatIsNoAddressStaysInTheCount) {
   const RoundPlan plan = PlanRound({{"", {"no address", "neither is this"}, {}}});
   EXPECT_EQ(plan.stores[0].internal.size(), 2U);

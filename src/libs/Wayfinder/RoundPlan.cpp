@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 namespace Wayfinding {
 namespace {
@@ -11,6 +12,13 @@ class Planner {
   explicit Planner(RoundPlan& plan) : plan_(plan) {}
 
   std::size_t PlaceOf(const std::string& text) {
+    const auto [known, isNew] = texts_.try_emplace(text);
+    if (isNew) known->second = PlaceOfAddress(text);
+    return known->second;
+  }
+
+ private:
+  std::size_t PlaceOfAddress(const std::string& text) {
     std::optional<BeaconAddress> address = ParseBeaconAddress(text);
     const std::string key = address ? address->Key() : std::string();
     const auto [place, isNew] = places_.try_emplace(key, plan_.beacons.size());
@@ -21,8 +29,9 @@ class Planner {
     return place->second;
   }
 
- private:
   RoundPlan& plan_;
+  // Stores of one company name the same beacons, and to read an address takes long.
+  std::unordered_map<std::string, std::size_t> texts_;
   std::map<std::string, std::size_t> places_;
 };
 
