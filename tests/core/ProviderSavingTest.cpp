@@ -206,6 +206,9 @@ TEST_F(UnreadableListTest, ReadersGetTheEmptyList) {
 
 TEST_F(UnreadableListTest, NothingIsChangedOrSaved) {
   EXPECT_FALSE(provider_.RemoveStore(L"a"));
+  EXPECT_EQ(
+      CapturedTrace::RecordsStartingWith("...The saved stores"),
+      (Records{{2, "SRProviderSaving.cpp", "...The saved stores cannot be read, so nothing is changed."}}));
   EXPECT_FALSE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
   EXPECT_FALSE(provider_.SetDefaultGatewayForStore(L"https://a", L"GW"));
   provider_.SaveAllStores();
