@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -147,6 +148,133 @@ TEST_F(LocationServiceTest, TheSameListAgainAsksNobody) {
   service_.SetStores({{kStore, {At(bad_)}, {}}});
   ExpectLocation(Wayfinder::kNone);
   EXPECT_EQ(good_.Requests().size(), 1U);
+}
+
+// Stores of several servers, of which some answer.
+class ChangedListTest : public LocationServiceTest {
+ protected:
+  static constexpr char kOther[] = "https://other";
+
+  testsupport::StoreAndBeacons Other(const RawServer& server) { return {kOther, {At(server)}, {}}; }
+
+  std::size_t Given(const std::string& url, std::uint32_t location) const {
+    const auto changes = service_.Changes();
+    return static_cast<std::size_t>(std::count(changes.begin(), changes.end(), std::pair(url, location)));
+  }
+
+  const RawServer second_{{kGood}};
+  const RawServer third_{{kGood}};
+};
+
+TEST_F(ChangedListTest, OneStoreThatChangesIsAskedForAlone) {
+  const testsupport::StoreAndBeacons third{"https://third", {At(third_)}, {}};
+  service_.SetStores({{kStore, {At(good_)}, {}}, Other(second_), third});
+  for (const char* url : {kStore, kOther, "https://third"})
+    ASSERT_TRUE(service_.WaitForLocation(url, Wayfinder::kLAN));
+  service_.SetStores({{kStore, {At(good_)}, {}}, {kOther, {At(bad_)}, {At(second_)}}, third});
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  EXPECT_EQ(service_.LocationOf("https://third"), Wayfinder::kLAN);
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kOutside));
+  EXPECT_EQ(good_.Requests().size(), 1U);
+  EXPECT_EQ(third_.Requests().size(), 1U);
+  EXPECT_EQ(second_.Requests().size(), 2U);
+  EXPECT_EQ(Given(kStore, Wayfinder::kDeciding) + Given("https://third", Wayfinder::kDeciding), 0U);
+}
+
+TEST_F(ChangedListTest, AStoreThatComesIsAskedForAlone) {
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  service_.SetStores({Other(second_), {kStore, {At(good_)}, {}}});
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  EXPECT_EQ(good_.Requests().size(), 1U);
+}
+
+TEST_F(ChangedListTest, AStoreThatGoesLeavesTheOthersUnasked) {
+  service_.SetStores({Other(second_), {kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  service_.SetStores({{"https://third", {At(third_)}, {}}, {kStore, {At(good_)}, {}}});
+  ASSERT_TRUE(service_.WaitForLocation("https://third", Wayfinder::kLAN));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  EXPECT_EQ(good_.Requests().size(), 1U);
+  EXPECT_EQ(second_.Requests().size(), 1U);
+}
+
+TEST_F(ChangedListTest, AStoreThatGoesAndComesBackAtOnceIsDecidedAgain) {
+  service_.SetStores({Other(second_), {kStore, {At(good_)}, {}}});
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  ExpectLocation(Wayfinder::kLAN);
+  service_.SetStores({Other(second_)});
+  service_.SetStores({Other(second_), {kStore, {At(good_)}, {}}});
+  service_.SetStores({Other(second_), {kStore, {At(good_)}, {}}, {"https://third", {At(third_)}, {}}});
+  ASSERT_TRUE(service_.WaitForLocation("https://third", Wayfinder::kLAN));
+  ASSERT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  EXPECT_EQ(second_.Requests().size(), 1U);
+}
+
+TEST_F(ChangedListTest, AStoreWithoutAnAnswerIsAskedAgainInItsTurnOnly) {
+  service_.StopTime();
+  service_.SetStores({{kStore, {At(bad_)}, {}}});
+  ExpectLocation(Wayfinder::kNone);
+  ASSERT_TRUE(service_.WaitForMessage("repetition 1"));
+  service_.SetStores({{kStore, {At(bad_)}, {}}, Other(second_)});
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kNone);
+  ASSERT_TRUE(service_.WaitForMessage("stores without an answer: 1, repetition 1", 2));
+  EXPECT_EQ(bad_.Requests().size(), 1U);
+  service_.PassTime(std::chrono::seconds(1));
+  EXPECT_TRUE(service_.WaitForMessage("stores without an answer: 1, repetition 2"));
+  EXPECT_EQ(second_.Requests().size(), 1U);
+  EXPECT_EQ(Given(kStore, Wayfinder::kDeciding), 0U);
+}
+
+// Whoever was still being asked when the list changed.
+TEST_F(ChangedListTest, AStoreThatIsBeingAskedIsAskedToTheEnd) {
+  const LoopbackListener silent;
+  const std::string silentAddress = "http://127.0.0.1:" + std::to_string(silent.port);
+  service_.SetStores({{kStore, {silentAddress}, {}}, Other(second_)});
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  service_.SetStores({{kStore, {silentAddress}, {}}, Other(second_), {"https://third", {At(third_)}, {}}});
+  ASSERT_TRUE(service_.WaitForLocation("https://third", Wayfinder::kLAN));
+  EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kNone));
+  EXPECT_EQ(second_.Requests().size(), 1U);
+}
+
+TEST_F(ChangedListTest, AStoreThatGoesWhileItIsBeingAskedEndsTheAsking) {
+  const LoopbackListener silent;
+  const std::string silentAddress = "http://127.0.0.1:" + std::to_string(silent.port);
+  service_.SetStores({{kStore, {silentAddress}, {}}, Other(second_)});
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  service_.SetStores({Other(second_)});
+  service_.PassTime(std::chrono::minutes(5));
+  EXPECT_TRUE(testsupport::ComesTrue([this] {
+    EXPECT_EQ(service_.LocationOf(kOther), Wayfinder::kLAN);
+    return second_.Requests().size() == 2;
+  }));
+}
+
+TEST_F(ChangedListTest, TheDelaysOfAStoreWithoutAnAnswerGoOn) {
+  service_.SetStores({Other(second_), {kStore, {At(bad_)}, {}}});
+  ASSERT_TRUE(service_.WaitForMessage("repetition 2"));
+  service_.SetStores({{kStore, {At(bad_)}, {}}});
+  EXPECT_TRUE(service_.WaitForMessage("repetition 3"));
+  const auto messages = service_.Messages();
+  EXPECT_EQ(
+      std::count(messages.begin(), messages.end(), "stores without an answer: 1, repetition 1 in 0.7 s"), 1);
+}
+
+TEST_F(ChangedListTest, AllAreAskedWhenTheAnswersAreOld) {
+  service_.SetStores({{kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  service_.SetStores({{kStore, {At(good_)}, {}}, Other(second_)});
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  service_.PassTime(std::chrono::minutes(5));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
+  EXPECT_TRUE(testsupport::ComesTrue(
+      [this] { return good_.Requests().size() == 2 && second_.Requests().size() == 2; }));
 }
 
 TEST_F(LocationServiceTest, OldAnswersAreServedWhileTheyAreRefreshed) {

@@ -140,6 +140,18 @@ TEST_F(PortalOfOnePage, IsRememberedWhenOnlyTheStoreWithoutAnAnswerIsAskedAgain)
   ExpectNeverOnLAN(service);
 }
 
+TEST_F(PortalOfOnePage, IsRememberedWhenAStoreComesLater) {
+  RecordedService service(EveryHostAt({"10.1.0.254"}));
+  const testsupport::StoreAndBeacons other{kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}};
+  service.SetStores({other});
+  EXPECT_TRUE(service.WaitForLocation(kOther, Wayfinder::kOutside))
+      << testing::PrintToString(service.Messages());
+  service.SetStores({other, {kStore, {"http://intranet.example/"}, {}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kNone))
+      << testing::PrintToString(service.Messages());
+  ExpectNeverOnLAN(service);
+}
+
 TEST_F(PortalOfOnePage, IsSeenWhateverItSaysInTheExternalBeaconsName) {
   Serve(outside_, "10.1.0.254", 8080, testsupport::kUnavailable);
   std::optional<AddressServer> noise;

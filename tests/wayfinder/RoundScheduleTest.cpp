@@ -126,20 +126,74 @@ TEST_F(RoundScheduleTest, AStoreThatLosesItsAnswerBeginsTheDelaysAnew) {
 TEST_F(RoundScheduleTest, OnlyWhatFollowsAFailureIsARepetition) {
   schedule_.TakeNewStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));
-  EXPECT_FALSE(schedule_.IsRepetition());
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::All);
   schedule_.TakeFailure(start_, 0.5, false);
-  EXPECT_FALSE(schedule_.IsRepetition()) << "it has not started";
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::All) << "it has not started";
   ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(1)));
-  EXPECT_TRUE(schedule_.IsRepetition());
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::WithoutAnswer);
   schedule_.TakeFailure(start_, 0.5, false);
   schedule_.TakeOldAge(start_ + minutes(1));
   ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
-  EXPECT_FALSE(schedule_.IsRepetition()) << "all are asked";
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::All) << "all are asked";
   schedule_.TakeFailure(start_, 0.5, false);
   ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
   schedule_.TakeOldAge(start_ + minutes(1));
   ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
-  EXPECT_FALSE(schedule_.IsRepetition()) << "in place of the one that ran";
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::All) << "in place of the one that ran";
+}
+
+TEST_F(RoundScheduleTest, FurtherStoresAreAskedAtOnceAndAlone) {
+  schedule_.TakeNewStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  schedule_.TakeEnd();
+  schedule_.TakeFurtherStores(start_ + minutes(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::Further);
+  EXPECT_EQ(schedule_.Deadline(), start_ + minutes(1) + seconds(10));
+  schedule_.TakeOldAge(start_ + minutes(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1))) << "the others are old";
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::All);
+}
+
+TEST_F(RoundScheduleTest, ARepetitionKeepsItsTimeBehindFurtherStores) {
+  for (const seconds delay : {seconds(1), seconds(2), seconds(4), seconds(8)})
+    EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), delay);
+  schedule_.TakeFurtherStores(start_ + seconds(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(1)));
+  schedule_.TakeFurtherStores(start_ + seconds(2));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(2)));
+  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(3), 0.5, false), seconds(5));
+  EXPECT_EQ(schedule_.NextDue(), start_ + seconds(8));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(8)));
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::WithoutAnswer);
+  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(8), 0.5, false), seconds(16)) << "the delays go on";
+}
+
+TEST_F(RoundScheduleTest, ARepetitionThatIsDueFollowsOnFurtherStoresAtOnce) {
+  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), seconds(1));
+  schedule_.TakeFurtherStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(9), 0.5, false), seconds(0));
+  EXPECT_TRUE(schedule_.TakeStart(start_ + seconds(9)));
+}
+
+TEST_F(RoundScheduleTest, AFurtherStoreWithoutAnAnswerBeginsTheDelaysAnew) {
+  for (const seconds delay : {seconds(1), seconds(2), seconds(4)})
+    EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), delay);
+  schedule_.TakeFurtherStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, true), seconds(1));
+}
+
+TEST_F(RoundScheduleTest, ARepetitionThatNobodyNeedsIsForgotten) {
+  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), seconds(1));
+  schedule_.TakeFurtherStores(start_);
+  ASSERT_TRUE(schedule_.TakeStart(start_));
+  schedule_.TakeEnd();
+  EXPECT_FALSE(schedule_.NextDue());
+  schedule_.TakeFurtherStores(start_ + minutes(1));
+  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
+  EXPECT_EQ(schedule_.TakeFailure(start_ + minutes(1), 0.5, false), seconds(1));
 }
 
 TEST_F(RoundScheduleTest, OldAgeDoesNotWaitForARepetitionButForARunningRound) {

@@ -47,13 +47,46 @@ TEST_F(StoreLocationsTest, AnAnswerIsOldAfterFiveMinutes) {
   EXPECT_FALSE(locations_.Find("two", now_ + minutes(5))->isOld) << "it is still being decided";
 }
 
-TEST_F(StoreLocationsTest, AnotherListForgetsEveryDecisionAndTheSameListNone) {
+TEST_F(StoreLocationsTest, TheSameListChangesNothing) {
   Decide(0, NetworkLocation::LAN);
+  const auto number = locations_.Current().number;
   EXPECT_FALSE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
   EXPECT_EQ(Find("https://one/X"), NetworkLocation::LAN);
-  EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}}));
+  EXPECT_EQ(locations_.Current().number, number);
+}
+
+TEST_F(StoreLocationsTest, AStoreKeepsItsLocationWhenOthersComeGoAndChange) {
+  Decide(1, NetworkLocation::LAN);
+  EXPECT_TRUE(locations_.Replace({{"https://one/X", {"c"}, {}}, {"new", {}, {}}, {"two", {"b"}, {}}}));
+  EXPECT_EQ(Find("two"), NetworkLocation::LAN);
   EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
-  EXPECT_FALSE(locations_.Find("two", now_));
+  EXPECT_TRUE(locations_.Replace({{"two", {"b"}, {}}}));
+  EXPECT_EQ(Find("two"), NetworkLocation::LAN);
+  EXPECT_FALSE(locations_.Find("https://one/X", now_));
+  EXPECT_TRUE(locations_.Find("two", now_ + minutes(5))->isOld) << "it is as old as before";
+  Decide(0, NetworkLocation::Outside);
+  EXPECT_EQ(Find("two"), NetworkLocation::Outside);
+}
+
+TEST_F(StoreLocationsTest, AStoreThatChangesInAnyWayIsUndecidedAgain) {
+  for (const Wayfinding::StoreBeacons& changed : std::vector<Wayfinding::StoreBeacons>{
+           {"TWO", {"b"}, {}}, {"two", {"b", "b"}, {}}, {"two", {"c"}, {}}, {"two", {"b"}, {"x"}}}) {
+    Decide(1, NetworkLocation::LAN);
+    ASSERT_EQ(Find("two"), NetworkLocation::LAN);
+    EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, changed}));
+    EXPECT_EQ(Find("two"), NetworkLocation::Deciding);
+    EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+  }
+}
+
+TEST_F(StoreLocationsTest, AStoreThatCameBackIsNewer) {
+  const auto since = [this](std::size_t store) { return (*locations_.Current().stores)[store].since; };
+  const auto first = locations_.Current().number;
+  EXPECT_EQ(since(1), first);
+  ASSERT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}}));
+  ASSERT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+  EXPECT_EQ(since(0), first);
+  EXPECT_EQ(since(1), locations_.Current().number);
 }
 
 TEST_F(StoreLocationsTest, ADecisionThatWasOvertakenIsDropped) {

@@ -82,16 +82,19 @@ void LocationLoop::TakeOrders() {
 }
 
 void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
-  list_ = std::move(list);
-  DropRound();
+  const std::uint64_t numberBefore = std::exchange(list_, std::move(list)).number;
   if (list_.stores->empty()) {
+    DropRound();
     monitor_.reset();
     networkWasLost_ = false;
     outsideTunnel_ = 0;
     schedule_.Stop();
     return;
   }
-  schedule_.TakeNewStores(parts_.now());
+  if (round_ == nullptr) return schedule_.TakeNewStores(parts_.now());
+  round_->TakeList(*list_.stores, numberBefore);
+  unanswered_ = round_->Unanswered();
+  if (schedule_.IsRunning() || round_->HasUndecided()) schedule_.TakeFurtherStores(parts_.now());
 }
 
 void LocationLoop::OpenMonitor() {
@@ -151,10 +154,13 @@ void LocationLoop::StartRound() {
   // A network that cannot be watched or read is at least looked at anew for each round.
   const bool isNetworkKnown = monitor_ != nullptr && network_;
   if (!isNetworkKnown) OpenMonitor();
-  if (isNetworkKnown && round_ != nullptr && schedule_.IsRepetition()) {
-    round_->Repeat();
-  } else {
+  const RoundSchedule::Scope scope = schedule_.CurrentScope();
+  if (!isNetworkKnown || round_ == nullptr || scope == RoundSchedule::Scope::All) {
     MakeRound();
+  } else if (scope == RoundSchedule::Scope::Further) {
+    round_->Ask();
+  } else {
+    round_->Repeat();
   }
   const bool byTunnel = network_ && network_->outside && round_->IsTunnel(network_->outside->link);
   outsideTunnel_ = byTunnel ? network_->outside->link.index : 0;
@@ -180,11 +186,9 @@ void LocationLoop::AdvanceRound() {
 }
 
 void LocationLoop::EndRound() {
-  const std::set<std::size_t> before = std::exchange(unanswered_, round_->End());
-  if (unanswered_.empty()) {
-    round_.reset();
-    return schedule_.TakeEnd();
-  }
+  round_->End();
+  const std::set<std::size_t> before = std::exchange(unanswered_, round_->Unanswered());
+  if (unanswered_.empty()) return schedule_.TakeEnd();
   const bool withNewStore =
       !std::includes(before.begin(), before.end(), unanswered_.begin(), unanswered_.end());
   const milliseconds delay = schedule_.TakeFailure(parts_.now(), parts_.chance(), withNewStore);

@@ -85,7 +85,7 @@ class LocationLoop {
   bool networkWasLost_ = false;  // and perhaps came back as another one that looks the same
   StoreLocations::Snapshot list_;
   RoundSchedule schedule_;
-  std::unique_ptr<LocationRound> round_;  // kept for its repetition
+  std::unique_ptr<LocationRound> round_;  // kept for its repetition and for further stores
   std::set<std::size_t> unanswered_;      // stores without an answer in the last round
 };
 

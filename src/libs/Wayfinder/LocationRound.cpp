@@ -33,6 +33,12 @@ bool IsExternal(const RoundPlan::Beacon& beacon) {
                      [](const RoundPlan::Owner& owner) { return owner.asExternal > 0; });
 }
 
+bool HasHeardAll(const RoundPlan::Store& store, const std::vector<std::optional<ProbeOutcome>>& outcomes) {
+  const auto heard = [&outcomes](std::size_t beacon) { return outcomes[beacon].has_value(); };
+  return std::all_of(store.internal.begin(), store.internal.end(), heard) &&
+         std::all_of(store.external.begin(), store.external.end(), heard);
+}
+
 bool IsUsable(const std::optional<NetworkState>& network) {
   return !network || network->IsUsable();
 }
@@ -58,7 +64,45 @@ void LocationRound::Repeat() {
   Ask();
 }
 
-// For the stores that are undecided.
+void LocationRound::TakeList(const std::vector<StoreBeacons>& stores, std::uint64_t number) {
+  std::map<std::string, std::size_t> placesBefore;
+  for (std::size_t i = 0; i < urls_.size(); ++i) placesBefore.emplace(urls_[i], i);
+  RoundPlan plan = PlanRound(stores);
+  outcomes_ = TakeOutcomes(plan);
+  std::vector<State> states(stores.size());
+  std::set<std::size_t> leaning;
+  for (std::size_t i = 0; i < stores.size(); ++i) {
+    if (stores[i].since > number || !HasHeardAll(plan.stores[i], outcomes_)) continue;
+    const std::size_t before = placesBefore.at(stores[i].url);
+    states[i] = states_[before];
+    if (leaning_.contains(before)) leaning.insert(i);
+  }
+  plan_ = std::move(plan);
+  urls_ = URLsOf(stores);
+  states_ = std::move(states);
+  leaning_ = std::move(leaning);
+  doubtful_.clear();
+  probes_.reset();
+}
+
+// What was heard of the plan's beacons, which is no more in this round's place of them.
+std::vector<std::optional<ProbeOutcome>> LocationRound::TakeOutcomes(const RoundPlan& plan) {
+  std::map<std::string, std::size_t> heard;
+  for (std::size_t i = 0; i < outcomes_.size(); ++i) {
+    if (outcomes_[i]) heard.emplace(plan_.beacons[i].address.Key(), i);
+  }
+  std::vector<std::optional<ProbeOutcome>> outcomes(plan.beacons.size());
+  for (std::size_t i = 0; i < outcomes.size(); ++i) {
+    const auto own = heard.find(plan.beacons[i].address.Key());
+    if (own != heard.end()) outcomes[i] = std::move(outcomes_[own->second]);
+  }
+  return outcomes;
+}
+
+bool LocationRound::HasUndecided() const {
+  return std::any_of(states_.begin(), states_.end(), [](const State& state) { return !state.location; });
+}
+
 void LocationRound::Ask() {
   begun_ = isCutOff_ = standingsChanged_ = false;
   peers_ = {};
@@ -192,8 +236,7 @@ bool LocationRound::State::HasAnswer() const {
   return location && *location != NetworkLocation::None && *location != NetworkLocation::Hotspot;
 }
 
-std::set<std::size_t> LocationRound::End() {
-  probes_.reset();
+std::set<std::size_t> LocationRound::Unanswered() const {
   std::set<std::size_t> unanswered;
   for (std::size_t i = 0; i < states_.size(); ++i) {
     if (states_[i].wasAsked && !states_[i].HasAnswer()) unanswered.insert(i);

@@ -8,6 +8,7 @@
 #include "libs/Wayfinder/RoundPlan.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -37,11 +38,20 @@ class LocationRound {
   void CutOff();
 
   [[nodiscard]] bool IsFinished() const { return probes_->IsFinished(); }
-  // To be called when it is finished or cut off. Returns the stores that were asked for and have no answer or
-  // a portal's.
-  std::set<std::size_t> End();
+  // To be called when it is finished or cut off.
+  void End() { probes_.reset(); }
+  // The stores that were asked for and have no answer or a portal's.
+  [[nodiscard]] std::set<std::size_t> Unanswered() const;
   // Asks for those stores again; what was heard for the others stands. Only after End.
   void Repeat();
+
+  // Takes another list in place of the one with that number, and asks nobody any more. What was heard stands
+  // for the stores that have not changed since, unless it is not yet all.
+  void TakeList(const std::vector<StoreBeacons>& stores, std::uint64_t number);
+  // Whether there are stores that Ask would ask for.
+  [[nodiscard]] bool HasUndecided() const;
+  // Asks for the stores that are undecided.
+  void Ask();
 
   // May ask NetworkManager, once for a link in each round.
   [[nodiscard]] bool IsTunnel(const NetworkLink& link);
@@ -61,7 +71,7 @@ class LocationRound {
     [[nodiscard]] bool HasAnswer() const;
   };
 
-  void Ask();
+  [[nodiscard]] std::vector<std::optional<ProbeOutcome>> TakeOutcomes(const RoundPlan& plan);
   std::vector<ProbeRound::Question> ChooseQuestions();
   [[nodiscard]] std::vector<std::size_t> UndecidedOwners(const RoundPlan::Beacon& beacon) const;
   [[nodiscard]] bool CanBeAsked(const RoundPlan::Beacon& beacon) const;

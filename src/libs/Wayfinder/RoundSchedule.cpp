@@ -22,31 +22,37 @@ void RoundSchedule::TakeLoss() {
   start_.reset();
 }
 
-void RoundSchedule::StartAt(TimePoint when, TimePoint deadline) {
+void RoundSchedule::StartAt(TimePoint when, TimePoint deadline, Scope scope) {
   start_ = when;
   startDeadline_ = deadline;
-  startRepeats_ = false;
+  startScope_ = scope;
+  if (scope != Scope::Further) repetition_.reset();
 }
 
 void RoundSchedule::TakeNewNetwork(TimePoint now) {
   attempts_ = 0;
-  StartAt(now, lastEvent_ + kRoundTime);
+  StartAt(now, lastEvent_ + kRoundTime, Scope::All);
 }
 
 void RoundSchedule::TakeNewStores(TimePoint now) {
   attempts_ = 0;
-  StartAt(now, now + kRoundTime);
+  StartAt(now, now + kRoundTime, Scope::All);
+}
+
+void RoundSchedule::TakeFurtherStores(TimePoint now) {
+  if (start_ && startScope_ == Scope::WithoutAnswer) repetition_ = start_;
+  StartAt(now, now + kRoundTime, Scope::Further);
 }
 
 void RoundSchedule::TakeOldAge(TimePoint now) {
-  if (!running_ || isRepetition_) StartAt(now, now + kRoundTime);
+  if (!running_ || scope_ != Scope::All) StartAt(now, now + kRoundTime, Scope::All);
 }
 
 bool RoundSchedule::TakeStart(TimePoint now) {
   if (!start_ || now < *start_) return false;
   start_.reset();
   deadline_ = startDeadline_;
-  isRepetition_ = startRepeats_;
+  scope_ = startScope_;
   running_ = true;
   return true;
 }
@@ -54,15 +60,17 @@ bool RoundSchedule::TakeStart(TimePoint now) {
 void RoundSchedule::TakeEnd() {
   running_ = false;
   attempts_ = 0;
+  repetition_.reset();
 }
 
 std::chrono::milliseconds RoundSchedule::TakeFailure(TimePoint now, double chance, bool withNewStore) {
-  if (withNewStore) attempts_ = 0;
-  const std::chrono::milliseconds delay = RetryDelay(attempts_++, chance);
   running_ = false;
-  StartAt(now + delay, now + delay + kRoundTime);
-  startRepeats_ = true;
-  return delay;
+  if (withNewStore) attempts_ = 0;
+  const bool isPlanned = !withNewStore && repetition_;
+  const TimePoint when = isPlanned ? std::max(now, *repetition_)
+                                   : now + std::chrono::milliseconds(RetryDelay(attempts_++, chance));
+  StartAt(when, when + kRoundTime, Scope::WithoutAnswer);
+  return std::chrono::ceil<std::chrono::milliseconds>(when - now);
 }
 
 void RoundSchedule::Stop() {

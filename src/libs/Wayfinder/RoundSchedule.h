@@ -25,14 +25,17 @@ class RoundSchedule {
   void TakeNewNetwork(TimePoint now);
   // A new list: a round at once.
   void TakeNewStores(TimePoint now);
-  // The answers are old: a round of all stores in place of any repetition, unless one is running.
+  // A list with further stores: a round of these at once. A repetition that was to come keeps its time.
+  void TakeFurtherStores(TimePoint now);
+  // The answers are old: a round of all stores in place of any other, unless one is running.
   void TakeOldAge(TimePoint now);
 
   // True, once, when a round is to start, afresh if one is running.
   [[nodiscard]] bool TakeStart(TimePoint now);
   [[nodiscard]] bool IsRunning() const { return running_; }
-  // Whether the round that started last is a repetition, and of stores without an answer only.
-  [[nodiscard]] bool IsRepetition() const { return isRepetition_; }
+  // Of which stores the round is that started last.
+  enum class Scope { All, Further, WithoutAnswer };
+  [[nodiscard]] Scope CurrentScope() const { return scope_; }
   // When the running round is cut off.
   [[nodiscard]] TimePoint Deadline() const { return deadline_; }
 
@@ -51,15 +54,16 @@ class RoundSchedule {
   [[nodiscard]] std::optional<TimePoint> NextDue() const;
 
  private:
-  void StartAt(TimePoint when, TimePoint deadline);
+  void StartAt(TimePoint when, TimePoint deadline, Scope scope);
 
   std::optional<TimePoint> gatheringSince_;
   TimePoint lastEvent_;  // the first of the last gathering
   std::optional<TimePoint> start_;
   TimePoint startDeadline_;
-  bool startRepeats_ = false;
+  Scope startScope_ = Scope::All;
+  std::optional<TimePoint> repetition_;  // behind a round of further stores
   bool running_ = false;
-  bool isRepetition_ = false;
+  Scope scope_ = Scope::All;
   TimePoint deadline_;
   unsigned int attempts_ = 0;
 };

@@ -2,6 +2,7 @@
 
 #include "SRLib/PropertyList/PropertyList.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,11 @@ struct StoreBeacons {
   std::string url;
   std::vector<std::string> internal;  // the store's own URL when the dictionary names none
   std::vector<std::string> external;
-  bool operator==(const StoreBeacons&) const = default;
+  std::uint64_t since = 0;  // the number of the list since which it is as it is; not compared
+
+  bool operator==(const StoreBeacons& other) const {
+    return url == other.url && internal == other.internal && external == other.external;
+  }
 };
 
 // Two URLs with equal keys are the same store's: letter case and slashes at the end do not count.

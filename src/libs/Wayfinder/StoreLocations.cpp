@@ -5,19 +5,30 @@ namespace Wayfinding {
 bool StoreLocations::Replace(std::vector<StoreBeacons> stores) {
   const std::lock_guard lock(mutex_);
   if (stores == *stores_) return false;
+  ++number_;
   std::map<std::string, Place> places;
   for (std::size_t i = 0; i < stores.size(); ++i) {
-    const std::string key = StoreKey(stores[i].url);
-    const auto before = places_.find(key);
-    places[key] = {.store = i,
-                   .taken = before == places_.end() ? NetworkLocation::Deciding : before->second.taken,
-                   .decided = {}};
+    std::string key = StoreKey(stores[i].url);
+    const Place place = PlaceInNextList(key, stores[i]);
+    places.emplace(std::move(key), place).first->second.store = i;
   }
   places_ = std::move(places);
   stores_ = std::make_shared<const std::vector<StoreBeacons>>(std::move(stores));
-  ++number_;
   mayHaveChanged_ = true;
   return true;
+}
+
+StoreLocations::Place StoreLocations::PlaceInNextList(const std::string& key, StoreBeacons& store) const {
+  store.since = number_;
+  const auto before = places_.find(key);
+  if (before == places_.end()) return {};
+  Place place = before->second;
+  if (const StoreBeacons& own = (*stores_)[place.store]; own == store) {
+    store.since = own.since;
+  } else {
+    place.location = NetworkLocation::Deciding;
+  }
+  return place;
 }
 
 StoreLocations::Snapshot StoreLocations::Current() const {

@@ -34,7 +34,8 @@ class StoreLocations {
     bool isOld = false;
   };
 
-  // Replaces the list; every store is undecided again. False, and nothing changes, when it is the same.
+  // Replaces the list; a store that is in it as it was before keeps its location, any other is undecided.
+  // False, and nothing changes, when it is the same.
   [[nodiscard]] bool Replace(std::vector<StoreBeacons> stores);
   [[nodiscard]] Snapshot Current() const;
 
@@ -57,6 +58,9 @@ class StoreLocations {
     NetworkLocation taken = NetworkLocation::Deciding;
     TimePoint decided;
   };
+
+  // The caller holds the mutex. What is known of the store; says since when the store is as it is.
+  [[nodiscard]] Place PlaceInNextList(const std::string& key, StoreBeacons& store) const;
 
   mutable std::mutex mutex_;
   StoreList stores_ = std::make_shared<const std::vector<StoreBeacons>>();
