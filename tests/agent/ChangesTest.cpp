@@ -192,7 +192,8 @@ TEST_F(Changes, ThatArriveWithTheEndAreAnswered) {
   ::kill(agent_.Pid(), SIGSTOP);
   const std::uint64_t change = bus.StartServiceRecords("deleteStore", {"s1"});
   const std::uint64_t read = bus.StartServiceRecords("allStores");
-  EXPECT_TRUE(bus.HasOwner("com.morvane.ServiceRecords"));  // the bus has passed them on
+  // The second time the bus answers, it has passed them on.
+  for (int i = 0; i < 2; ++i) EXPECT_TRUE(bus.HasOwner("com.morvane.ServiceRecords"));
   ::kill(agent_.Pid(), SIGTERM);
   ::kill(agent_.Pid(), SIGCONT);
   EXPECT_EQ(agent_.WaitForEnd(), 0);

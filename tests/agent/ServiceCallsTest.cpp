@@ -58,6 +58,25 @@ TEST_F(ServiceCalls, AnIdIsLookedUpCaseSensitively) {
   EXPECT_EQ(Call("storeForID", {"S1"}), json::object());
 }
 
+TEST_F(ServiceCalls, LookingUpAStoreIsRecordedWithWhatItAsks) {
+  const auto store = Store("s1", "One");
+  Discover({store});
+  const std::size_t before = RecordsOfCalls().size();
+  Call("storeForID", {"s1"});
+  agent_.Bus().Beacons("getCurrentGatewayForStore", {store.url});
+  const std::vector<std::string> records = RecordsOfCalls();
+  EXPECT_THAT(std::vector(records.begin() + static_cast<std::ptrdiff_t>(before), records.end()),
+              ElementsAre("[+] MrvServiceRecordsSvr::storeForID (s1)", "[+] MrvServiceRecordsSvr::allStores",
+                          "[-] MrvServiceRecordsSvr::allStores", "[-] MrvServiceRecordsSvr::storeForID",
+                          "[+] MrvBeaconSvr::getCurrentGatewayForStore (" + store.url + ")",
+                          "SRProvider::GetStoreFromURL found matching store: " + store.url +
+                              ", for URL: " + store.url,
+                          "Gateway selected by user doesn't match any from the store. Using default from "
+                          "store: " +
+                              store.gateways[1].location,
+                          "[-] MrvBeaconSvr::getCurrentGatewayForStore"));
+}
+
 TEST_F(ServiceCalls, TheDefaultGatewayIsChangedByUrlAndByIdAndSaved) {
   const auto store = Store("s1", "One");
   Discover({store});
