@@ -29,17 +29,6 @@ class Reads : public AgentTest {
   }
 };
 
-// Expands its parameter entities until the time of a parse is over.
-std::string EndlessDocument() {
-  std::string declarations = "<!ENTITY % p0 ' '>";
-  for (int i = 1; i <= 60; ++i) {
-    const std::string inner = "&#37;p" + std::to_string(i - 1) + ";";
-    declarations += "<!ENTITY % p" + std::to_string(i) + " '" + inner + inner + "'>";
-  }
-  return "<?xml version=\"1.0\"?><!DOCTYPE Discovery [" + declarations + "%p60;]><Discovery><!--" +
-         std::string(10 << 20, 'x') + "--></Discovery>";
-}
-
 TEST_F(Reads, AreAnsweredDuringAReplaceQuestion) {
   agent_.Start();
   AskToReplace();
@@ -70,6 +59,17 @@ TEST_F(Reads, AreAnsweredWhileAPlugInHangs) {
   agent_.Bus().StartServiceRecords("deleteStore", {"s1"});
   ExpectAnswersAbout("s1", "Old");
   EXPECT_EQ(agent_.Terminate(), 0);
+}
+
+// Expands its parameter entities until the time of a parse is over.
+std::string EndlessDocument() {
+  std::string declarations = "<!ENTITY % p0 ' '>";
+  for (int i = 1; i <= 60; ++i) {
+    const std::string inner = "&#37;p" + std::to_string(i - 1) + ";";
+    declarations += "<!ENTITY % p" + std::to_string(i) + " '" + inner + inner + "'>";
+  }
+  return "<?xml version=\"1.0\"?><!DOCTYPE Discovery [" + declarations + "%p60;]><Discovery><!--" +
+         std::string(10 << 20, 'x') + "--></Discovery>";
 }
 
 TEST_F(Reads, AreAnsweredWhileAHostileDocumentOfTenMebibytesIsParsed) {
