@@ -144,6 +144,19 @@ TEST_F(AtomicFileFaultsTest, AFileSystemThatRefusesModesIsWrittenTo) {
   }
 }
 
+TEST_F(AtomicFileFaultsTest, AFileOfAnotherSizeThanTheFileSystemTellsIsReadWhole) {
+  for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 20000U}) {
+    const std::string content(size, 'x');
+    WriteFile(file_, content);
+    for (const off_t told : {0, 1, 4096, 20000, 100000}) {
+      FileSystemFaults faults;
+      faults.fstat = [told](struct stat& status) { status.st_size = told; };
+      std::error_code error;
+      EXPECT_EQ(AtomicFile::Read(file_, error), content) << told;
+    }
+  }
+}
+
 TEST_F(AtomicFileFaultsTest, AModeThatIsRightIsNotSetAgain) {
   ASSERT_EQ(::chmod(file_.c_str(), 0600), 0);
   FileSystemFaults faults;

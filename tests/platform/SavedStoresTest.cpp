@@ -14,8 +14,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <thread>
 
 namespace {
 
@@ -188,6 +190,25 @@ TEST_F(SavedStoresTest, AKillAtAnyMomentLeavesTheOldListOrTheNewOne) {
   EXPECT_EQ(ReadFile(file_), afterwards) << "who was not killed has saved";
   EXPECT_GT(old, 3);
   EXPECT_EQ(replaced, 1) << "killed when all that was left to do was to flush the folder";
+}
+
+TEST_F(SavedStoresTest, WhoReadsWhileTheListIsSavedFindsTheOldListOrTheNewOne) {
+  StoreMap lists[] = {Map({FullStore(L"one"), FullStore(L"two")}), Map({FullStore(L"three")})};
+  saved_.Save(lists[0]);
+  std::atomic<bool> isSaving = true;
+  std::vector<std::jthread> readers;
+  for (int reader = 0; reader < 3; ++reader) {
+    readers.emplace_back([&isSaving] {
+      while (isSaving) {
+        const Wide ids = Ids(SRRegistryConfig().RestoreStores());
+        EXPECT_TRUE(ids == (Wide{L"one", L"two"}) || ids == (Wide{L"three"})) << ids.size();
+      }
+    });
+  }
+  for (std::size_t save = 1; save <= 30; ++save) saved_.Save(lists[save % 2]);
+  isSaving = false;
+  readers.clear();
+  EXPECT_EQ(saved_.CurrentState(), SavedStores::State::Good);
 }
 
 TEST_F(SavedStoresTest, OnADiskWithTooLittleRoomTheListStaysAsItWas) {
