@@ -74,8 +74,9 @@ void ConfigurationFile::PutPellContainer(PropertyListFile::Reading reading, Prop
     Count(&Config::StorageFailures::writes, error);
     return;
   }
+  // Swapped, so that the old tree goes when the lock does not wait for it.
   const SyncGuard guard;
-  wholeFile_ = std::move(reading);
+  std::swap(wholeFile_, reading);
 }
 
 void ConfigurationFile::Count(std::uint64_t Config::StorageFailures::*kind, const std::error_code& error) {

@@ -43,7 +43,8 @@ std::error_code PropertyListFile::Save(Reading& reading, PropertyList::Dictionar
     if (const std::error_code error = AtomicFile::KeepBeside(file_, DamagedNames())) return error;
   }
   const auto tree = std::make_shared<const PropertyList::Value>(std::move(root));
-  auto bytes = std::make_shared<const std::string>(PropertyList::Write(*tree));
+  const std::size_t sizeBefore = reading.bytes_ != nullptr ? reading.bytes_->size() : 0;
+  auto bytes = std::make_shared<const std::string>(PropertyList::Write(*tree, sizeBefore));
   if (const std::error_code error = AtomicFile::Replace(file_, *bytes)) return error;
   reading = Reading();
   reading.root_ = {tree, tree->As<PropertyList::Dictionary>()};

@@ -127,8 +127,9 @@ struct Entry {
 [[nodiscard]] std::optional<Value> Read(std::string_view xml);
 
 // Writes the value as a property list that Read and any other reader of the format accepts: text goes through
-// WritableText, and containers deeper than the limit are left out with their names.
-[[nodiscard]] std::string Write(const Value& root);
+// WritableText, and containers deeper than the limit are left out with their names. Room for about as many
+// bytes as expected is made at once.
+[[nodiscard]] std::string Write(const Value& root, std::size_t expectedBytes = 0);
 
 // Whether XML can hold the character: neither a control character other than white space, U+FFFE or U+FFFF,
 // nor what is no character at all.

@@ -87,7 +87,9 @@ std::string Base64Text(const Data& data) {
 
 class Writer {
  public:
-  std::string Document(const Value& root) {
+  std::string Document(const Value& root, std::size_t expectedBytes) {
+    constexpr std::size_t kRoomToGrow = 4096;
+    out_.reserve(expectedBytes + kRoomToGrow);
     out_ = kHeader;
     WriteValue(root, 0);
     out_ += "</plist>\n";
@@ -164,8 +166,8 @@ class Writer {
 
 }  // namespace
 
-std::string Write(const Value& root) {
-  return Writer().Document(root);
+std::string Write(const Value& root, std::size_t expectedBytes) {
+  return Writer().Document(root, expectedBytes);
 }
 
 std::string WritableText(std::string_view text) {
