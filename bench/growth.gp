@@ -11,5 +11,9 @@ set format y '%g'
 set grid
 set key top left
 set datafile missing '?'
-plot $data using 1:2 with linespoints pointtype 7 linewidth 2 linecolor rgb '#1f77b4' title 'measured', \
-     $data using 1:3 with linespoints pointtype 6 linewidth 2 linecolor rgb '#999999' title 'floor'
+if (floor) {
+  plot $data using 1:2 with linespoints pointtype 7 linewidth 2 linecolor rgb '#1f77b4' title 'measured', \
+       $data using 1:3 with linespoints pointtype 6 linewidth 2 linecolor rgb '#999999' title 'floor'
+} else {
+  plot $data using 1:2 with linespoints pointtype 7 linewidth 2 linecolor rgb '#1f77b4' title 'measured'
+}

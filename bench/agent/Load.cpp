@@ -69,11 +69,10 @@ bool IsAskingToReplace(TestAgent& agent) {
   return !dialogs.empty() && dialogs.back().first == "replaceStore";
 }
 
-void MeasureAtRest(Desk& desk, Caller& caller, Outputs& outputs) {
-  Times times = SampleUntil(caller, [](std::size_t samples) { return samples == kCalls; });
+void MeasureAtRest(Caller& caller, Outputs& outputs) {
+  const Times times = SampleUntil(caller, [](std::size_t samples) { return samples == kCalls; });
   outputs.Add("AllStores99/rest", Quantile(times, 0.99));
   outputs.Add("AllStores50/rest", Quantile(times, 0.5));
-  static_cast<void>(desk);
 }
 
 void MeasureWhileFilesAreOpened(Desk& desk, Caller& caller, Outputs& outputs) {
@@ -112,7 +111,7 @@ void MeasureWhileQuestionIsOpen(Desk& desk, Caller& caller, Outputs& outputs) {
 void MeasureLoad(Outputs& outputs) {
   Desk desk;
   Caller caller(desk.Agent().BusAddress(), Caller::ServiceRecords());
-  MeasureAtRest(desk, caller, outputs);
+  MeasureAtRest(caller, outputs);
   MeasureWhileQuestionIsOpen(desk, caller, outputs);
   Desk other;
   Caller otherCaller(other.Agent().BusAddress(), Caller::ServiceRecords());

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -105,14 +106,19 @@ std::wstring KeyOfValue() {
   return L"SR\\Store\\store-00500\\SRType";
 }
 
-// Leaves the file so old that its times are to be trusted.
-void PutOldFile(const std::string& content) {
-  PutFile(preferenceFile(true), content);
+// The file of a list that nobody changes, once for both: so old that its times are to be trusted.
+void PutOldFile() {
+  PutFile(preferenceFile(true), ListFile(Stores(kStoresOfValue)));
   std::this_thread::sleep_for(kAgeOfUnchangedFile);
 }
 
+void DemandOldFile() {
+  static std::once_flag done;
+  std::call_once(done, PutOldFile);
+}
+
 void GetUInt(benchmark::State& state) {
-  PutOldFile(ListFile(Stores(kStoresOfValue)));
+  DemandOldFile();
   const std::wstring key = KeyOfValue();
   std::uint32_t value = 0;
   if (!Configuration().GetUInt(key, 7, value)) state.SkipWithError("the value is missing");
@@ -121,7 +127,7 @@ void GetUInt(benchmark::State& state) {
 BENCHMARK(GetUInt)->Apply(kComputing);
 
 void GetUIntFloor(benchmark::State& state) {
-  PutOldFile(ListFile(Stores(kStoresOfValue)));
+  DemandOldFile();
   const std::string file = preferenceFile(true);
   for (auto _ : state) {
     const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);

@@ -131,18 +131,19 @@ json AsJson(const std::vector<Row>& rows) {
 std::string PlotScript(const json& plot, const Figures& figures) {
   const std::string unit = plot.at("unit");
   const double scale = Scale(unit);
+  const std::string ofFloor = plot.at("floor");
   std::string lines;
   for (const json& size : plot.at("sizes")) {
     const std::string argument = fmt::format("/{}", size.get<int>());
     const auto measured = Find(figures, plot.at("measured").get<std::string>() + argument);
-    const auto floor = Find(figures, plot.at("floor").get<std::string>() + argument);
+    const auto floor = Find(figures, ofFloor + argument);
     if (!measured) continue;
     lines += fmt::format("{} {} {}\n", size.get<int>(), *measured / scale,
                          floor ? fmt::format("{}", *floor / scale) : "?");
   }
   if (lines.empty()) return {};
-  return fmt::format("title = '{}'\nunit = '{}'\n$data << end\n{}end\n", plot.at("title").get<std::string>(),
-                     unit, lines);
+  return fmt::format("title = '{}'\nunit = '{}'\nfloor = {:d}\n$data << end\n{}end\n",
+                     plot.at("title").get<std::string>(), unit, !ofFloor.empty(), lines);
 }
 
 }  // namespace bench

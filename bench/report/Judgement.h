@@ -33,7 +33,8 @@ struct Row {
 // Lines of a table for people: what, floor, measured, ratio, target, met or missed.
 [[nodiscard]] std::string Table(const std::vector<Row>& rows);
 [[nodiscard]] nlohmann::json AsJson(const std::vector<Row>& rows);
-// What a growth plot is drawn from, for gnuplot: its title and unit, and the lines "size measured floor" with
+// What a growth plot is drawn from, for gnuplot: its title and unit, whether it has a floor, and lines "size
+// measured floor" with
 // "?" for a floor without a figure. Empty when no size has a figure.
 [[nodiscard]] std::string PlotScript(const nlohmann::json& plot, const Figures& figures);
 

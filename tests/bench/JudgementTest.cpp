@@ -72,7 +72,7 @@ TEST(PlotScript, HasALineForEverySizeThatWasMeasured) {
   const json plot{
       {"title", "It"}, {"unit", "us"}, {"measured", "It"}, {"floor", "ItFloor"}, {"sizes", {10, 100, 1000}}};
   EXPECT_EQ(bench::PlotScript(plot, {{"It/10", 1000}, {"ItFloor/10", 500}, {"It/1000", 3000}}),
-            "title = 'It'\nunit = 'us'\n$data << end\n10 1 0.5\n1000 3 ?\nend\n");
+            "title = 'It'\nunit = 'us'\nfloor = 1\n$data << end\n10 1 0.5\n1000 3 ?\nend\n");
   EXPECT_EQ(bench::PlotScript(plot, {}), "");
 }
 
