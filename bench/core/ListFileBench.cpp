@@ -37,6 +37,7 @@ struct TwoLists {
   std::size_t turn = 0;
 };
 
+// The same as files, taken in turn over all repetitions: nobody is given a file twice running.
 struct TwoFiles {
   explicit TwoFiles(std::size_t count) {
     const TwoLists stores(count);
@@ -45,7 +46,7 @@ struct TwoFiles {
   [[nodiscard]] const std::string& Next() { return contents[++turn % 2]; }
 
   std::string contents[2];
-  std::size_t turn = 0;
+  inline static std::size_t turn = 0;
 };
 
 std::size_t Count(const benchmark::State& state) {
@@ -89,7 +90,7 @@ void RestoreStores(benchmark::State& state) {
     if (SRRegistryConfig().RestoreStores().size() != Count(state)) state.SkipWithError("stores are missing");
   }
 }
-BENCHMARK(RestoreStores)->Arg(10)->Arg(100)->Arg(1000)->Apply(kComputing);
+BENCHMARK(RestoreStores)->Arg(10)->Arg(100)->Arg(1000)->Apply(kWaiting);
 
 void RestoreStoresFloor(benchmark::State& state) {
   TwoFiles files(Count(state));
@@ -100,7 +101,7 @@ void RestoreStoresFloor(benchmark::State& state) {
     benchmark::DoNotOptimize(PropertyList::Read(ReadFile(preferenceFile(true))));
   }
 }
-BENCHMARK(RestoreStoresFloor)->Arg(10)->Arg(100)->Arg(1000)->Apply(kComputing);
+BENCHMARK(RestoreStoresFloor)->Arg(10)->Arg(100)->Arg(1000)->Apply(kWaiting);
 
 std::wstring KeyOfValue() {
   return L"SR\\Store\\store-00500\\SRType";
