@@ -44,6 +44,9 @@ class Changes : public AgentTest {
     }
     return {begun.begin() + static_cast<std::ptrdiff_t>(skipped), begun.end()};
   }
+  [[nodiscard]] bool AwaitBegun(std::size_t count) {
+    return agent_.Bus().WaitUntil([&] { return Begun().size() >= count; });
+  }
 };
 
 TEST_F(Changes, OfOneSenderAreAnsweredInOrderTogetherWithItsReads) {
@@ -62,6 +65,7 @@ TEST_F(Changes, OfOneSenderAreAnsweredInOrderTogetherWithItsReads) {
       bus.StartServiceRecords("handleServiceRecordFTA", {"/nowhere/at/all.cr"}),
   };
   AwaitArrival(bus);
+  ASSERT_TRUE(AwaitBegun(before + 1));
   EXPECT_THAT(bus.AnsweredCalls(), IsEmpty());
   EXPECT_THAT(Begun(before), ElementsAre("deleteStore (s2)")) << "recorded when its work begins";
 
@@ -161,6 +165,7 @@ TEST_F(Changes, AreSeenByTheReadsOfBothServicesAfterTheReply) {
 TEST_F(Changes, ThatHaveNotBegunAtTheEndAreAnsweredAndNotMade) {
   HoldStores({"s2", "s3"});
   AskToReplace();
+  const std::size_t before = Begun().size();
   testsupport::BusClient& bus = agent_.Bus();
   const std::uint64_t begun = bus.StartServiceRecords("deleteStore", {"s2"});
   std::vector<std::uint64_t> calls = {begun};
@@ -172,6 +177,7 @@ TEST_F(Changes, ThatHaveNotBegunAtTheEndAreAnsweredAndNotMade) {
   const std::uint64_t discovery = bus.StartServiceRecords(
       "handleDiscoveryDocument", {testsupport::DiscoveryDocument({Store("s4", "Four")})});
   AwaitArrival(bus);
+  ASSERT_TRUE(AwaitBegun(before + 1));
 
   EXPECT_EQ(agent_.Terminate(), 0);
   for (const std::uint64_t call : calls) EXPECT_EQ(bus.WaitForReply(call), call == begun);
