@@ -197,12 +197,29 @@ TEST_F(GatheringTest, ContainersAreNumberedTheSameWayInAnyOrderOfAskingAndAfterC
     }
   }
   configuration_.DeleteContainer(L"P\\c");
-  EXPECT_TRUE(configuration_.EnumContainers(L"P", 2, name));
-  EXPECT_EQ(name, L"b");
-  configuration_.DeleteContainer(L"P\\a");
+  EXPECT_TRUE(configuration_.EnumContainers(L"P", 1, name));
+  EXPECT_EQ(name, L"d");
+  configuration_.SetString(L"P\\a", L"no container");
   EXPECT_TRUE(configuration_.EnumContainers(L"P", 1, name));
   EXPECT_EQ(name, L"b");
   EXPECT_FALSE(configuration_.EnumContainers(L"P", 2, name));
+}
+
+TEST_F(GatheringTest, ChangesOfContainersThatAreMadeAndReplacedOnTheWayAreMadeInTheirOrder) {
+  const auto gathering = configuration_.Gather();
+  configuration_.SetString(L"P\\a", L"1");
+  for (int i = 0; i < 40; ++i) configuration_.SetString(L"P\\n" + std::to_wstring(i), L"text");
+  configuration_.SetString(L"P\\b\\c", L"2");
+  configuration_.SetString(L"P", L"no container");
+  configuration_.SetString(L"P\\b\\d", L"3");
+  configuration_.SetString(L"\\b", L"4");
+  configuration_.SetString(L"b", L"5");
+  gathering->PutInPlace();
+  EXPECT_EQ(String(L"P\\a"), L"(none)");
+  EXPECT_EQ(String(L"P\\b\\c"), L"(none)");
+  EXPECT_EQ(String(L"P\\b\\d"), L"3");
+  EXPECT_EQ(String(L"\\b"), L"4");
+  EXPECT_EQ(String(L"b"), L"5");
 }
 
 TEST_F(GatheringTest, NothingIsWrittenForAContainerThatIsThere) {

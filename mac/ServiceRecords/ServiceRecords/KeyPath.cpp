@@ -33,6 +33,10 @@ std::optional<KeyPath> KeyPath::Of(const std::wstring& rawKey) {
   return std::nullopt;
 }
 
+std::string_view KeyPath::Way() const {
+  return std::string_view(names_).substr(0, names_.rfind(kSeparator) + 1);
+}
+
 std::string_view KeyPath::EntryName() const {
   return std::string_view(names_).substr(names_.rfind(kSeparator) + 1);
 }

@@ -15,6 +15,8 @@ class KeyPath {
   // from it as another one, or too many of them.
   [[nodiscard]] static std::optional<KeyPath> Of(const std::wstring& rawKey);
 
+  // All but the last name: the same for all entries of one container.
+  [[nodiscard]] std::string_view Way() const;
   // The last name, under which the entry itself lies.
   [[nodiscard]] std::string_view EntryName() const;
   // Where the entry lies; null when one of the containers is missing, or is a value.

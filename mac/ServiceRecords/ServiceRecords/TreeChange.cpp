@@ -1,11 +1,12 @@
 #include "TreeChange.h"
 
+#include <string_view>
+
 namespace {
 
 using PropertyList::Dictionary;
 
-bool Apply(const TreeChange& change, Dictionary& root) {
-  Dictionary& container = change.path.MakeContainerIn(root);
+bool Apply(const TreeChange& change, Dictionary& container) {
   const std::string_view name = change.path.EntryName();
   switch (change.kind) {
     case TreeChange::Kind::Set:
@@ -26,6 +27,13 @@ bool Apply(const TreeChange& change, Dictionary& root) {
 
 bool Apply(std::span<const TreeChange> changes, Dictionary& root) {
   bool isToBeWritten = false;
-  for (const TreeChange& change : changes) isToBeWritten |= Apply(change, root);
+  Dictionary* container = nullptr;
+  std::string_view way;
+  for (const TreeChange& change : changes) {
+    // A change of its entries leaves a container where it is.
+    if (container == nullptr || change.path.Way() != way) container = &change.path.MakeContainerIn(root);
+    way = change.path.Way();
+    isToBeWritten |= Apply(change, *container);
+  }
   return isToBeWritten;
 }
