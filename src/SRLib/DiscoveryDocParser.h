@@ -11,7 +11,6 @@ class DiscoveryDocParser : public SRDocParser {
   DiscoveryDocParser() : SRDocParser(kServiceRecordNamespace) {}
 
   void SetSchema() override;
-  bool DeserializeDocStructure(const xercesc::DOMElement& root, StoreMap& out) override;
 };
 
 }  // namespace ServiceRecords

@@ -3,7 +3,9 @@
 #include "SRLib/StoreBounds.h"
 #include "SRLib/TextHelpers.h"
 #include "SRLib/Trace.h"
+#include "libs/DomLib/DescendantWalk.h"
 #include "libs/DomLib/DocumentBounds.h"
+#include "libs/DomLib/ElementList.h"
 #include "libs/DomLib/XercesUtils.h"
 
 #include <xercesc/dom/DOM.hpp>
@@ -13,6 +15,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 using namespace xercesc;
@@ -29,12 +32,11 @@ const DOMElement* AsElement(const DOMNode* node) {
 std::vector<const DOMElement*> ItemsOfFirst(const DOMElement& element, const char* container,
                                             const char* item) {
   std::vector<const DOMElement*> items;
-  const DOMElement* first = NextDescendant(element, AsXString(container));
+  const DOMElement* first = DescendantWalk(element).Next(AsXString(container));
   if (first == nullptr) return items;
   const XString name = AsXString(item);
-  for (const auto* next = NextDescendant(*first, name); next != nullptr;
-       next = NextDescendant(*first, name, next))
-    items.push_back(next);
+  DescendantWalk walk(*first);
+  while (const DOMElement* next = walk.Next(name)) items.push_back(next);
   return items;
 }
 
@@ -123,8 +125,17 @@ const DOMElement* SRDocParser::GetServicesElem(const std::wstring& text) {
 }
 
 bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out) {
-  const DOMNodeList* services = root.getElementsByTagName(AsXString("Service").c_str());
-  return services != nullptr && DeserializeServiceNodes(*services, out);
+  ElementList services;
+  std::vector<std::size_t> levels{IsLevel(root) ? 1U : 0U};  // from the root down to the element
+  deepestLevel_ = 0;
+  DescendantWalk walk(root);
+  while (const DOMElement* element = walk.Next()) {
+    levels.resize(walk.Depth());
+    levels.push_back(levels.back() + (IsLevel(*element) ? 1 : 0));
+    deepestLevel_ = std::max(deepestLevel_, levels.back());
+    if (IsService(*element)) services.Add(*element);
+  }
+  return DeserializeServiceNodes(services, out);
 }
 
 bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap& out) {
@@ -142,26 +153,32 @@ bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap&
         !DeserializeBeacons(service, store, BeaconType::External)) {
       return true;
     }
-    out[store.GetStoreID()] = store;
+    std::wstring id = store.GetStoreID();
+    out.insert_or_assign(std::move(id), std::move(store));
   }
   return true;
 }
 
 bool SRDocParser::IsService(const DOMNode& node) const {
-  const XString name = AsXString("Service");
+  static const XString name = AsXString("Service");
   if (serviceNamespace_.empty()) return node.getNodeName() == name;
   const XMLCh* localName = node.getLocalName();
   return localName != nullptr && localName == name &&
-         XMLString::equals(node.getNamespaceURI(), AsXString(serviceNamespace_).c_str());
+         XMLString::equals(node.getNamespaceURI(), serviceNamespace_.c_str());
 }
 
 // Services and gateways inside one another share what the innermost holds, so each level costs as much again
 // as the whole document. What this parser reads as one of them is a level, and nothing else.
+bool SRDocParser::IsLevel(const DOMNode& node) const {
+  static const XString gateway = AsXString("Gateway");
+  return IsService(node) || node.getNodeName() == gateway;
+}
+
 void SRDocParser::RefuseDeepNesting(const DOMElement& element) const {
-  const XString gateway = AsXString("Gateway");
+  if (deepestLevel_ <= kMaximumServiceNesting) return;  // the way up is slow
   std::size_t levels = 0;
   for (const DOMNode* outer = &element; outer != nullptr; outer = outer->getParentNode()) {
-    if (IsService(*outer) || outer->getNodeName() == gateway) ++levels;
+    if (IsLevel(*outer)) ++levels;
   }
   if (levels > kMaximumServiceNesting) {
     throw std::runtime_error("the document nests more than " + std::to_string(kMaximumServiceNesting) +

@@ -2,9 +2,10 @@
 
 #include "SRLib/StoreMap.h"
 #include "libs/DomLib/DomServices.h"
+#include "libs/DomLib/XercesUtils.h"
 
+#include <cstddef>
 #include <string>
-#include <utility>
 
 XERCES_CPP_NAMESPACE_BEGIN
 class DOMElement;
@@ -42,7 +43,8 @@ class SRDocParser {
 
  protected:
   // For a kind of document whose services are those of a namespace.
-  explicit SRDocParser(std::wstring serviceNamespace) : serviceNamespace_(std::move(serviceNamespace)) {}
+  explicit SRDocParser(const std::wstring& serviceNamespace)
+      : serviceNamespace_(AsXString(serviceNamespace)) {}
 
   [[nodiscard]] const xercesc::DOMElement* GetServicesElem(const std::wstring& text);
   bool DeserializeServiceNodes(const xercesc::DOMNodeList& services, StoreMap& out);
@@ -54,10 +56,12 @@ class SRDocParser {
  private:
   bool DeserializeService(xercesc::DOMElement& service, SRStore& store);
   [[nodiscard]] bool IsService(const xercesc::DOMNode& node) const;
+  [[nodiscard]] bool IsLevel(const xercesc::DOMNode& node) const;
   void RefuseDeepNesting(const xercesc::DOMElement& element) const;
 
   xercesc::DOMDocument* document_ = nullptr;  // owned by domServices_
-  const std::wstring serviceNamespace_;       // empty: services are known by their tag name as written
+  std::size_t deepestLevel_ = 0;              // of services and gateways inside one another
+  const XString serviceNamespace_;            // empty: services are known by their tag name as written
 };
 
 }  // namespace ServiceRecords

@@ -1,5 +1,6 @@
 #include "core/CoreTest.h"
 #include "core/Documents.h"
+#include "libs/DomLib/DescendantWalk.h"
 #include "libs/DomLib/DomServices.h"
 #include "libs/DomLib/XercesUtils.h"
 #include "support/TemporaryFolder.h"
@@ -181,8 +182,8 @@ TEST_F(DOMServicesTest, EntitiesBecomeTextAndTextBecomesOneNode) {
   const auto* document =
       dom_.GetDocument(L"<!DOCTYPE a [<!ENTITY e 'middle'>]><a><b>front &e;&#32;&amp; back</b></a>");
   EXPECT_EQ(SubNodeText(*document->getDocumentElement(), "b"), L"front middle & back");
-  EXPECT_EQ(NextDescendant(*document->getDocumentElement(), AsXString("b"))->getChildNodes()->getLength(),
-            1U);
+  EXPECT_EQ(
+      DescendantWalk(*document->getDocumentElement()).Next(AsXString("b"))->getChildNodes()->getLength(), 1U);
 }
 
 TEST_F(DOMServicesTest, WhiteSpaceThatTheGrammarCallsIgnorableIsLeftOut) {

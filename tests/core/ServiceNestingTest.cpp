@@ -43,6 +43,13 @@ TEST_F(ServiceNestingTest, MoreServicesInsideOneAnotherAreRefused) {
   ExpectRefused(Nested(5, L""));
 }
 
+TEST_F(ServiceNestingTest, ARootThatIsAServiceIsALevel) {
+  EXPECT_TRUE(Parse<SRDocParser>(L"<Service>" + Nested(3, L"") + L"</Service>"));
+  EXPECT_EQ(stores_.size(), 3U);
+  EXPECT_FALSE(Parse<SRDocParser>(L"<Service>" + Nested(4, L"") + L"</Service>"));
+  EXPECT_EQ(CapturedTrace::Records().back(), kRefusal);
+}
+
 TEST_F(ServiceNestingTest, GatewaysInsideOneAnotherAreLevelsToo) {
   EXPECT_TRUE(ParseServices(Service(L"s", Gateways(3))));
   EXPECT_EQ(Held(L"s").GetGateways().size(), 3U);

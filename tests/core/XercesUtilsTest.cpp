@@ -1,4 +1,5 @@
 #include "core/CoreTest.h"
+#include "libs/DomLib/DescendantWalk.h"
 #include "libs/DomLib/DomServices.h"
 #include "libs/DomLib/XercesUtils.h"
 
@@ -103,16 +104,26 @@ TEST_F(ElementTest, WithoutSuchAnElementTheTextIsEmpty) {
 
 TEST_F(ElementTest, ElementsBehindTheElementAreNotItsDescendants) {
   const DOMElement& root = Root(L"<a><c><d/></c><b>outside</b></a>");
-  EXPECT_EQ(SubNodeText(*NextDescendant(root, AsXString("c")), "b"), L"");
+  EXPECT_EQ(SubNodeText(*DescendantWalk(root).Next(AsXString("c")), "b"), L"");
 }
 
 TEST_F(ElementTest, DescendantsFollowEachOtherInDocumentOrder) {
   const DOMElement& root = Root(L"<a><b n='1'><b n='2'/></b><c><b n='3'/></c><b n='4'/></a>");
   std::wstring order;
-  for (const auto* next = NextDescendant(root, AsXString("b")); next != nullptr;
-       next = NextDescendant(root, AsXString("b"), next))
-    order += NonNullAttribute(*next, "n");
+  DescendantWalk walk(root);
+  while (const DOMElement* next = walk.Next(AsXString("b"))) order += NonNullAttribute(*next, "n");
   EXPECT_EQ(order, L"1234");
+  EXPECT_EQ(walk.Next(), nullptr) << "the walk is over";
+}
+
+TEST_F(ElementTest, AWalkIsOfTheElementsBelowItsRootAlone) {
+  const DOMElement& root = Root(L"<a><c>text<d/><!-- --><e>t</e></c><b/></a>");
+  const DOMElement* inner = DescendantWalk(root).Next(AsXString("c"));
+  ASSERT_NE(inner, nullptr);
+  DescendantWalk walk(*inner);
+  for (const char* name : {"d", "e"}) EXPECT_EQ(walk.Next()->getNodeName(), AsXString(name));
+  EXPECT_EQ(walk.Next(), nullptr);
+  EXPECT_EQ(DescendantWalk(*inner).Next(AsXString("b")), nullptr);
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include <stdexcept>
+#include <string_view>
 
 using namespace xercesc;
 
@@ -44,11 +45,12 @@ class ParsingErrorHandler : public ErrorHandler {
   void resetErrors() override {
     errorsSeen_ = false;
     textDumped_ = false;
-    documentText_.clear();
+    documentText_ = {};
   }
 
   [[nodiscard]] bool ErrorsSeen() const { return errorsSeen_; }
-  void SetDocumentText(const std::wstring& text) { documentText_ = text; }
+  // Not copied: it has to be kept until the parse is over.
+  void SetDocumentText(std::wstring_view text) { documentText_ = text; }
 
  private:
   void ReportError(const SAXParseException& exception) {
@@ -71,7 +73,7 @@ class ParsingErrorHandler : public ErrorHandler {
   }
 
   bool errorsSeen_ = false;
-  std::wstring documentText_;
+  std::wstring_view documentText_;
   bool textDumped_ = false;
 };
 

@@ -1,5 +1,7 @@
 #include "libs/DomLib/XercesUtils.h"
 
+#include "libs/DomLib/DescendantWalk.h"
+
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLChar.hpp>
@@ -26,15 +28,6 @@ To ConvertUnits(const Unit* text, std::size_t length, Convert convert) {
 
 bool IsBlank(const XMLCh* text) {
   return XMLChar1_1::isAllSpaces(text, XMLString::stringLen(text));
-}
-
-// The node that follows in document order, below `root`; null at the end.
-const DOMNode* NextInTree(const DOMNode& root, const DOMNode& node) {
-  if (node.getFirstChild() != nullptr) return node.getFirstChild();
-  for (const DOMNode* place = &node; place != &root; place = place->getParentNode()) {
-    if (place->getNextSibling() != nullptr) return place->getNextSibling();
-  }
-  return nullptr;
 }
 
 }  // namespace
@@ -80,17 +73,8 @@ bool AsBool(const std::wstring& text) {
   return text == L"true" || text == L"1";
 }
 
-const DOMElement* NextDescendant(const DOMElement& root, const XString& name, const DOMNode* after) {
-  for (const DOMNode* node = NextInTree(root, after == nullptr ? root : *after); node != nullptr;
-       node = NextInTree(root, *node)) {
-    if (node->getNodeType() == DOMNode::ELEMENT_NODE && name == node->getNodeName())
-      return static_cast<const DOMElement*>(node);
-  }
-  return nullptr;
-}
-
 std::wstring SubNodeText(const DOMElement& element, const char* name) {
-  const DOMElement* first = NextDescendant(element, AsXString(name));
+  const DOMElement* first = DescendantWalk(element).Next(AsXString(name));
   if (first == nullptr) return {};
   std::wstring result;
   for (const DOMNode* child = first->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
@@ -102,7 +86,8 @@ std::wstring SubNodeText(const DOMElement& element, const char* name) {
 }
 
 std::wstring trim(const std::wstring& text, const std::locale& locale) {
-  const auto isText = [&locale](wchar_t character) { return !std::isspace(character, locale); };
+  const auto& characters = std::use_facet<std::ctype<wchar_t>>(locale);
+  const auto isText = [&](wchar_t character) { return !characters.is(std::ctype_base::space, character); };
   const auto first = std::find_if(text.begin(), text.end(), isText);
   const auto last = std::find_if(text.rbegin(), text.rend(), isText).base();
   return first < last ? std::wstring(first, last) : std::wstring();

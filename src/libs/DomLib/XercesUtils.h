@@ -33,12 +33,6 @@ using XString = std::basic_string<XMLCh>;
 // True exactly for "true" and "1".
 [[nodiscard]] bool AsBool(const std::wstring& text);
 
-// The first element of that name below `root`, in document order, behind the node `after` (from the beginning
-// when null); null when there is none. Unlike the library's own lists, a walk over all of them takes linear
-// time.
-[[nodiscard]] const xercesc::DOMElement* NextDescendant(const xercesc::DOMElement& root, const XString& name,
-                                                        const xercesc::DOMNode* after = nullptr);
-
 // Text of the first descendant element of that name: a CDATA section as it stands, otherwise the last text
 // child that is not blank, trimmed. Empty when there is no such element.
 [[nodiscard]] std::wstring SubNodeText(const xercesc::DOMElement& element, const char* name);
