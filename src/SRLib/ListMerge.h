@@ -2,34 +2,37 @@
 
 #include <list>
 #include <map>
-#include <set>
-#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace ServiceRecords {
 
 // Merges the gateways or the beacons of a newer record into a store's own. `Marks` tells what identifies one
-// (Key) and reads and sets the discovery service's mark on it (Confirmed, SetConfirmed). A document may bring
-// many, so they are looked up in a sorted index.
+// (Key, a reference) and reads and sets the discovery service's mark on it (Confirmed, SetConfirmed). A
+// document may bring many, so they are looked up in a sorted index.
 template <class Marks, class Item>
 void MergeLists(std::list<Item>& mine, const std::list<Item>& incoming, bool dsTrusted) {
+  static_assert(std::is_reference_v<decltype(Marks::Key(std::declval<const Item&>()))>);
+  std::map<std::wstring_view, Item*> first;  // of the own ones, for each that comes
+  for (const Item& item : incoming) first.emplace(Marks::Key(item), nullptr);
   if (dsTrusted) {
-    std::set<std::wstring> named;
-    for (const Item& item : incoming) named.insert(Marks::Key(item));
     mine.remove_if(
-        [&named](const Item& own) { return Marks::Confirmed(own) && !named.contains(Marks::Key(own)); });
+        [&first](const Item& own) { return Marks::Confirmed(own) && !first.contains(Marks::Key(own)); });
   }
-  std::map<std::wstring, Item*> first;
-  for (Item& own : mine) first.emplace(Marks::Key(own), &own);
+  for (Item& own : mine) {
+    const auto place = first.find(Marks::Key(own));
+    if (place != first.end() && place->second == nullptr) place->second = &own;
+  }
   for (const Item& item : incoming) {
-    std::wstring key = Marks::Key(item);
-    if (const auto own = first.find(key); own != first.end()) {
+    Item*& own = first.at(Marks::Key(item));
+    if (own != nullptr) {
       // The user's trust and the confirmation too: a changed document must be confirmed again.
-      *own->second = item;
-      if (dsTrusted) Marks::SetConfirmed(*own->second, true);
+      *own = item;
+      if (dsTrusted) Marks::SetConfirmed(*own, true);
     } else {
-      mine.push_back(item);
-      Marks::SetConfirmed(mine.back(), dsTrusted);
-      first.emplace(std::move(key), &mine.back());
+      own = &mine.emplace_back(item);
+      Marks::SetConfirmed(*own, dsTrusted);
     }
   }
 }

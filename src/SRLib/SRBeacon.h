@@ -11,6 +11,8 @@ class SRBeacon {
  public:
   [[nodiscard]] std::wstring GetLocation() const { return location_; }
   void SetLocation(const std::wstring& location) { location_ = location; }
+  // The location, not copied.
+  [[nodiscard]] const std::wstring& Identity() const { return location_; }
   [[nodiscard]] bool GetDSConfirmed() const { return dsConfirmed_; }
   void SetDSConfirmed(bool confirmed) { dsConfirmed_ = confirmed; }
 

@@ -25,6 +25,8 @@ class SRGateway {
   void SetName(const std::wstring& name) { name_ = name; }
   [[nodiscard]] std::wstring GetLocation() const { return location_; }
   void SetLocation(const std::wstring& location) { location_ = location; }
+  // The name, not copied.
+  [[nodiscard]] const std::wstring& Identity() const { return name_; }
   [[nodiscard]] GatewayEdition GetEdition() const { return edition_; }
   void SetEdition(GatewayEdition edition) { edition_ = edition; }
   [[nodiscard]] GatewayAuthentication GetAuthentication() const { return authentication_; }

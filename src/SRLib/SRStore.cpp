@@ -13,7 +13,7 @@ namespace {
 template <class Gateways>
 auto FindGateway(Gateways& gateways, const std::wstring& name) {
   return std::find_if(gateways.begin(), gateways.end(),
-                      [&name](const SRGateway& gateway) { return gateway.GetName() == name; });
+                      [&name](const SRGateway& gateway) { return gateway.Identity() == name; });
 }
 
 template <class Gateways>
@@ -23,12 +23,12 @@ auto FindDefault(Gateways& gateways) {
 
 // What tells a gateway or a beacon from its neighbours, and the discovery service's mark on it.
 struct GatewayMarks {
-  static std::wstring Key(const SRGateway& gateway) { return gateway.GetName(); }
+  static const std::wstring& Key(const SRGateway& gateway) { return gateway.Identity(); }
   static bool Confirmed(const SRGateway& gateway) { return gateway.GetTrustedByDS(); }
   static void SetConfirmed(SRGateway& gateway, bool confirmed) { gateway.SetTrustedByDS(confirmed); }
 };
 struct BeaconMarks {
-  static std::wstring Key(const SRBeacon& beacon) { return beacon.GetLocation(); }
+  static const std::wstring& Key(const SRBeacon& beacon) { return beacon.Identity(); }
   static bool Confirmed(const SRBeacon& beacon) { return beacon.GetDSConfirmed(); }
   static void SetConfirmed(SRBeacon& beacon, bool confirmed) { beacon.SetDSConfirmed(confirmed); }
 };

@@ -40,10 +40,10 @@ std::size_t SizeInList(const StoreMap& stores) {
 std::size_t SizeInList(const SRStore& store) {
   std::size_t size = kFramingOfStore;
   for (const std::wstring& text : {store.GetStoreID(), store.GetStoreName(), store.GetStoreURL()})
-    size += util::narrow(text).size();
+    size += util::NarrowedSize(text);
   for (const SRGateway& gateway : store.GetGateways()) {
-    size += kFramingOfGateway + util::narrow(gateway.GetName()).size() +
-            util::narrow(gateway.GetLocation()).size();
+    size += kFramingOfGateway + util::NarrowedSize(gateway.Identity()) +
+            util::NarrowedSize(gateway.GetLocation());
   }
   return size;
 }

@@ -10,6 +10,19 @@ namespace util {
 // UTF-8 of the text. Surrogates and values outside Unicode are left out.
 [[nodiscard]] std::string narrow(std::wstring_view text);
 
+// The bytes of narrow(text).
+[[nodiscard]] constexpr std::size_t NarrowedSize(std::wstring_view text) {
+  std::size_t size = 0;
+  for (const wchar_t wide : text) {
+    const auto character = static_cast<char32_t>(wide);
+    const bool isLeftOut = character > 0x10FFFF || (character >= 0xD800 && character <= 0xDFFF);
+    if (isLeftOut) continue;
+    size += 1U + (character >= 0x80 ? 1U : 0U) + (character >= 0x800 ? 1U : 0U) +
+            (character >= 0x10000 ? 1U : 0U);
+  }
+  return size;
+}
+
 // The code points of the UTF-8 text. Every byte that does not belong to a valid sequence is left out.
 [[nodiscard]] std::wstring widen(std::string_view utf8);
 

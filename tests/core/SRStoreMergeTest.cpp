@@ -147,9 +147,9 @@ TEST_F(SRStoreMergeTest, OfSeveralWithOneNameTheFirstIsChanged) {
 // Counts how often one is looked at.
 struct CountedMarks {
   static inline std::size_t looks = 0;
-  static std::wstring Key(const SRBeacon& beacon) {
+  static const std::wstring& Key(const SRBeacon& beacon) {
     ++looks;
-    return beacon.GetLocation();
+    return beacon.Identity();
   }
   static bool Confirmed(const SRBeacon& beacon) { return beacon.GetDSConfirmed(); }
   static void SetConfirmed(SRBeacon& beacon, bool confirmed) { beacon.SetDSConfirmed(confirmed); }

@@ -14,6 +14,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -45,6 +46,14 @@ TEST(Narrow, DropsNegativeAndTooLargeValues) {
 
 TEST(Narrow, KeepsNulCharacters) {
   EXPECT_EQ(util::narrow(L"a\0b"s), "a\0b"s);
+}
+
+TEST(NarrowedSize, IsThatOfTheBytes) {
+  for (const std::uint32_t first : {0U, 0x7FU, 0x7FFU, 0xD7FFU, 0xDFFFU, 0xFFFFU, 0x10FFFFU, 0xFFFFFFFEU}) {
+    const std::wstring text{L'a', static_cast<wchar_t>(first), static_cast<wchar_t>(first + 1)};
+    EXPECT_EQ(util::NarrowedSize(text), util::narrow(text).size()) << first;
+  }
+  EXPECT_EQ(util::NarrowedSize(L""), 0U);
 }
 
 TEST(Widen, ReadsOneToFourBytes) {
