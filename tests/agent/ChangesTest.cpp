@@ -209,6 +209,22 @@ TEST_F(Changes, ThatArriveWithTheEndAreAnswered) {
   EXPECT_EQ(StoreIDs().size(), deleted ? 0U : 1U);
 }
 
+TEST_F(Changes, ThatArriveBehindTheEndAreAnsweredWithAllThatComesBehindThem) {
+  HoldStores({"s1"});
+  testsupport::BusClient& bus = agent_.Bus();
+  ::kill(agent_.Pid(), SIGSTOP);
+  ::kill(agent_.Pid(), SIGTERM);
+  const std::vector<std::uint64_t> calls = {
+      bus.StartServiceRecords("deleteStore", {"s1"}),
+      bus.StartServiceRecords("handleServiceRecordFTA", {"/nowhere/at/all.cr"}),
+      bus.StartServiceRecords("allStores"),
+  };
+  for (int i = 0; i < 2; ++i) EXPECT_TRUE(bus.HasOwner("com.morvane.ServiceRecords"));
+  ::kill(agent_.Pid(), SIGCONT);
+  EXPECT_EQ(agent_.WaitForEnd(), 0);
+  for (const std::uint64_t call : calls) EXPECT_NO_THROW(bus.WaitForReply(call)) << call;
+}
+
 TEST_F(Changes, AndTheRetryOfASaveWaitForNoFileThatIsBeingHandled) {
   constexpr std::size_t kFiles = 8;  // so many are worked on at a time
   std::atomic<std::size_t> contacted = 0;

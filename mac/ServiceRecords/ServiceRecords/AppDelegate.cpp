@@ -26,7 +26,6 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <functional>
 #include <system_error>
 #include <utility>
 
@@ -205,14 +204,18 @@ bool AppDelegate::FinishWork() {
   return changes_->Finish(std::chrono::duration_cast<std::chrono::milliseconds>(left)) && filesEnded;
 }
 
-// What the ended threads have left to be sent, and the answers to the calls that came until now.
+// What the ended threads have left to be sent, and the answers to the calls that came until now: of which one
+// may be waiting for the other.
 void AppDelegate::SayLastWords() {
   MainLoop::Main().RunPosted();
-  for (const BusPtr& connection : {std::cref(_beaconsConnection), std::cref(_serviceRecordsConnection)}) {
-    if (connection == nullptr) continue;
-    while (sd_bus_process(connection.get(), nullptr) > 0) {
+  sd_bus* const connections[] = {_beaconsConnection.get(), _serviceRecordsConnection.get()};
+  for (sd_bus* const connection : connections) {
+    while (connection != nullptr && sd_bus_process(connection, nullptr) > 0) {
     }
-    MainLoop::Main().RunPosted();
-    sd_bus_flush(connection.get());
+  }
+  while (MainLoop::Main().RunPosted()) {
+  }
+  for (sd_bus* const connection : connections) {
+    if (connection != nullptr) sd_bus_flush(connection);
   }
 }

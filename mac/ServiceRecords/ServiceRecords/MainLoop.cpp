@@ -93,13 +93,14 @@ int MainLoop::HandlePosted(sd_event_source* /*source*/, int descriptor, std::uin
   return 0;
 }
 
-void MainLoop::RunPosted() {
+bool MainLoop::RunPosted() {
   std::deque<std::function<void()>> work;
   {
     const std::lock_guard lock(mutex_);
     work.swap(posted_);
   }
   for (const auto& item : work) RunAndLogFailure("work for the main thread", item);
+  return !work.empty();
 }
 
 int MainLoop::HandleTime(sd_event_source* /*source*/, std::uint64_t /*time*/, void* self) {

@@ -32,8 +32,8 @@ class MainLoop {
   // Serves the connection from now on; false when the loop cannot take it.
   [[nodiscard]] bool Attach(sd_bus& bus);
 
-  // Runs what was posted so far.
-  void RunPosted();
+  // Runs what was posted so far; false when that was nothing.
+  bool RunPosted();
   [[nodiscard]] bool IsMainThread() const { return std::this_thread::get_id() == mainThread_; }
 
   // Runs until termination is requested, or until a connection is lost. Returns the process's exit status.

@@ -35,7 +35,8 @@ void PendingChanges::End(std::uint64_t number, const Outcome& outcome) {
   const auto ended = changes_.extract(number);
   if (!ended) return;
   const Change& change = ended.mapped();
-  if (latest_.at(change.sender) == number) latest_.erase(change.sender);
+  const auto latest = latest_.find(change.sender);
+  if (latest != latest_.end() && latest->second == number) latest_.erase(latest);
   if (sd_bus_message_append(change.reply.get(), change.resultTypes, static_cast<int>(outcome.changed)) >= 0) {
     sd_bus_send(nullptr, change.reply.get(), nullptr);
   }
