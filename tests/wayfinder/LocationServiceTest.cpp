@@ -130,6 +130,18 @@ TEST_F(LocationServiceTest, ABeaconOfSeveralStoresIsAskedOnce) {
   EXPECT_EQ(good_.Requests().size(), 1U);
 }
 
+TEST_F(LocationServiceTest, AStoreIsDecidedThoughAnotherListComesInBetween) {
+  const std::vector<testsupport::StoreAndBeacons> stores = {{kStore, {"no address"}, {}},
+                                                            {"https://other", {"nor is this"}, {}}};
+  service_.WhenItLogs(std::string("store ") + kStore, [&] {
+    service_.SetStores({stores[0], stores[1], {"https://new", {At(good_)}, {}}});
+  });
+  service_.SetStores(stores);
+  EXPECT_TRUE(service_.WaitForLocation("https://new", Wayfinder::kLAN));
+  EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kNone);
+  EXPECT_EQ(service_.LocationOf("https://other"), Wayfinder::kNone);
+}
+
 TEST_F(LocationServiceTest, AnotherListIsDecidedAfreshAndEveryChangeGivenOut) {
   service_.SetStores({{kStore, {At(good_)}, {}}});
   ExpectLocation(Wayfinder::kLAN);

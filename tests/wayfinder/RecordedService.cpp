@@ -47,11 +47,7 @@ Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolv
   parts.chance = [] { return 0.0; };
   parts.resolver = resolver ? std::move(resolver) : findNothing;
   parts.logIsWanted = [] { return true; };
-  parts.log = [this](const std::string& message) {
-    const std::lock_guard lock(mutex_);
-    messages_.push_back(message);
-    changed_.notify_all();
-  };
+  parts.log = [this](const std::string& message) { Record(message); };
   parts.changesAreWanted = [this] {
     if (fails_.exchange(false)) throw std::runtime_error("a failure of the test's");
     return true;
@@ -62,6 +58,15 @@ Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolv
     changed_.notify_all();
   };
   return parts;
+}
+
+void RecordedService::Record(const std::string& message) {
+  {
+    const std::lock_guard lock(mutex_);
+    messages_.push_back(message);
+    changed_.notify_all();
+  }
+  if (work_ && message.find(awaitedText_) != std::string::npos) std::exchange(work_, nullptr)();
 }
 
 void RecordedService::SetStores(const std::vector<StoreAndBeacons>& stores) {

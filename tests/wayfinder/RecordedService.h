@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -37,6 +38,12 @@ class RecordedService {
   // The service's clock goes on only when it jumps.
   void StopTime() { stoppedAt_ = std::chrono::steady_clock::now(); }
 
+  // The service's thread does the work behind the first message that contains the text. Before SetStores.
+  void WhenItLogs(const std::string& text, std::function<void()> work) {
+    awaitedText_ = text;
+    work_ = std::move(work);
+  }
+
   // The service's thread meets an exception at its next turn.
   void FailOnce() { fails_ = true; }
   [[nodiscard]] std::uint32_t Flags() const { return service_->Flags(); }
@@ -53,6 +60,7 @@ class RecordedService {
  private:
   [[nodiscard]] Wayfinding::LocationParts Parts(Wayfinding::HostLookups::Resolver resolver);
   [[nodiscard]] std::chrono::steady_clock::time_point Now() const;
+  void Record(const std::string& message);
 
   mutable std::mutex mutex_;
   std::condition_variable changed_;
@@ -61,6 +69,8 @@ class RecordedService {
   std::atomic<long> passed_ = 0;
   std::atomic<std::chrono::steady_clock::time_point> stoppedAt_{std::chrono::steady_clock::time_point()};
   std::atomic<bool> fails_ = false;
+  std::string awaitedText_;
+  std::function<void()> work_;
   std::optional<Wayfinding::LocationService> service_;
 };
 

@@ -19,7 +19,8 @@ class StoreLocationsTest : public testing::Test {
 
   NetworkLocation Find(const std::string& url) { return locations_.Find(url, now_).value().location; }
   void Decide(std::size_t store, NetworkLocation location) {
-    locations_.Decide(locations_.Current().number, store, location, now_);
+    const StoreLocations::Snapshot list = locations_.Current();
+    locations_.Decide(list.number, (*list.stores)[store].url, location, now_);
   }
 
   StoreLocations locations_;
@@ -89,11 +90,16 @@ TEST_F(StoreLocationsTest, AStoreThatCameBackIsNewer) {
   EXPECT_EQ(since(1), locations_.Current().number);
 }
 
-TEST_F(StoreLocationsTest, ADecisionThatWasOvertakenIsDropped) {
+TEST_F(StoreLocationsTest, ADecisionCountsForAStoreThatHasNotChangedSince) {
   const auto number = locations_.Current().number;
-  locations_.ForgetDecisions();
-  locations_.Decide(number, 0, NetworkLocation::LAN, now_);
-  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
+  ASSERT_TRUE(locations_.Replace({{"new", {}, {}}, {"two", {"b"}, {}}, {"https://one/X", {"c"}, {}}}));
+  locations_.Decide(number, "two", NetworkLocation::LAN, now_);
+  EXPECT_EQ(Find("two"), NetworkLocation::LAN);
+  locations_.Decide(number, "https://one/X", NetworkLocation::LAN, now_);
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding) << "it has other beacons now";
+  ASSERT_TRUE(locations_.Replace({{"new", {}, {}}}));
+  locations_.Decide(number, "two", NetworkLocation::LAN, now_);
+  EXPECT_FALSE(locations_.Find("two", now_)) << "it is no more";
 }
 
 TEST_F(StoreLocationsTest, EachChangeIsTakenOnce) {

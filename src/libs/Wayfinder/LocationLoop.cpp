@@ -130,9 +130,7 @@ void LocationLoop::DropRound() {
 void LocationLoop::ForgetDecisions() {
   DropRound();
   lookups_.TakeNewNetwork();
-  // A list that came in between has its own turn, with its own number.
-  const std::uint64_t number = locations_.ForgetDecisions();
-  if (number == list_.number + 1) list_.number = number;
+  locations_.ForgetDecisions();
 }
 
 void LocationLoop::LookAtNetwork() {
@@ -169,8 +167,9 @@ void LocationLoop::StartRound() {
 void LocationLoop::MakeRound() {
   round_ = std::make_unique<LocationRound>(
       *list_.stores, network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
-        locations_.Decide(list_.number, store, decision.location, parts_.now());
-        if (parts_.logIsWanted()) parts_.log(LocationMessage((*list_.stores)[store].url, decision.reason));
+        const std::string& url = (*list_.stores)[store].url;
+        locations_.Decide(list_.number, url, decision.location, parts_.now());
+        if (parts_.logIsWanted()) parts_.log(LocationMessage(url, decision.reason));
       });
 }
 

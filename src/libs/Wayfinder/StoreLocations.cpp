@@ -46,18 +46,18 @@ std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& ur
                 .isOld = decided && now - place->second.decided >= kOldAge};
 }
 
-std::uint64_t StoreLocations::ForgetDecisions() {
+void StoreLocations::ForgetDecisions() {
   const std::lock_guard lock(mutex_);
   for (auto& [key, place] : places_) place.location = NetworkLocation::Deciding;
   mayHaveChanged_ = true;
-  return ++number_;
 }
 
-void StoreLocations::Decide(std::uint64_t number, std::size_t store, NetworkLocation location,
+void StoreLocations::Decide(std::uint64_t number, const std::string& storeURL, NetworkLocation location,
                             TimePoint now) {
+  const std::string key = StoreKey(storeURL);
   const std::lock_guard lock(mutex_);
-  if (number != number_) return;
-  const auto place = places_.find(StoreKey((*stores_)[store].url));
+  const auto place = places_.find(key);
+  if (place == places_.end() || (*stores_)[place->second.store].since > number) return;
   place->second.location = location;
   place->second.decided = now;
   mayHaveChanged_ = true;

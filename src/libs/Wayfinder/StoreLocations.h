@@ -23,7 +23,7 @@ class StoreLocations {
 
   static constexpr std::chrono::minutes kOldAge{5};
 
-  // A list and the number under which decisions about its stores are taken.
+  // A list and its number, under which decisions about its stores are taken.
   struct Snapshot {
     StoreList stores;
     std::uint64_t number = 0;
@@ -42,10 +42,10 @@ class StoreLocations {
   // Nothing for an unknown store.
   [[nodiscard]] std::optional<Answer> Find(const std::string& url, TimePoint now) const;
 
-  // Every store is undecided again. Returns the new number of the list.
-  std::uint64_t ForgetDecisions();
-  // A decision of `number` that was overtaken is dropped. `store`: the place in the list.
-  void Decide(std::uint64_t number, std::size_t store, NetworkLocation location, TimePoint now);
+  // Every store is undecided again.
+  void ForgetDecisions();
+  // Dropped when the store is no more, or not as it was in the list with that number.
+  void Decide(std::uint64_t number, const std::string& storeURL, NetworkLocation location, TimePoint now);
 
   // The stores whose location differs from the one taken last, with the URL of the list. A store begins
   // undecided.

@@ -31,7 +31,7 @@ void WFSetLocationFunc(WFLocationFunc locationFunction);
 //
 // A beacon is asked directly, never through a proxy, which would answer for everybody: https for a handshake
 // that verifies for its name, http for an answer below 500 that does not lead to another host. A location is
-// kDeciding from a change of the network or of the list until its first answers are in, ten seconds at most.
+// kDeciding from a change of the network or of the store until its first answers are in, ten seconds at most.
 // Answers older than five minutes are refreshed while they are served. Stores without any answer but a
 // portal's are asked again after 1, 2, 4 ... up to 300 seconds. An idle library has no timer. Beacons on the
 // loopback address are asked even without a network.
