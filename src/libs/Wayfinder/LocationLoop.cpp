@@ -94,7 +94,7 @@ void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
   if (round_ == nullptr) return schedule_.TakeNewStores(parts_.now());
   round_->TakeList(*list_.stores, numberBefore);
   unanswered_ = round_->Unanswered();
-  if (schedule_.IsRunning() || round_->HasUndecided()) schedule_.TakeFurtherStores(parts_.now());
+  if (schedule_.IsRunning() || round_->HasOpenStores()) schedule_.TakeFurtherStores(parts_.now());
 }
 
 void LocationLoop::OpenMonitor() {

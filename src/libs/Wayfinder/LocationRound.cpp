@@ -99,13 +99,15 @@ std::vector<std::optional<ProbeOutcome>> LocationRound::TakeOutcomes(const Round
   return outcomes;
 }
 
-bool LocationRound::HasUndecided() const {
-  return std::any_of(states_.begin(), states_.end(), [](const State& state) { return !state.location; });
+bool LocationRound::HasOpenStores() const {
+  return !leaning_.empty() ||
+         std::any_of(states_.begin(), states_.end(), [](const State& state) { return !state.location; });
 }
 
 void LocationRound::Ask() {
-  begun_ = isCutOff_ = standingsChanged_ = false;
+  begun_ = isCutOff_ = false;
   peers_ = {};
+  standingsChanged_ = true;  // also where those are gone that gave a standing
   tunnels_.clear();
   verdicts_.clear();
   for (std::size_t i = 0; i < states_.size(); ++i) {

@@ -48,9 +48,9 @@ class LocationRound {
   // Takes another list in place of the one with that number, and asks nobody any more. What was heard stands
   // for the stores that have not changed since, unless it is not yet all.
   void TakeList(const std::vector<StoreBeacons>& stores, std::uint64_t number);
-  // Whether there are stores that Ask would ask for.
-  [[nodiscard]] bool HasUndecided() const;
-  // Asks for the stores that are undecided.
+  // Whether there are stores that Ask would ask for, or judge again.
+  [[nodiscard]] bool HasOpenStores() const;
+  // Asks for the stores that are undecided, and judges those again for which other stores' answers count.
   void Ask();
 
   // May ask NetworkManager, once for a link in each round.
