@@ -12,8 +12,23 @@ using testsupport::StoreText;
 
 using Stores = std::vector<StoreText>;
 
-void AppendText(sd_bus_message* reply, const char* key, const std::string& text) {
-  sd_bus_message_append(reply, "{sv}", key, "s", text.c_str());
+// The whole-type functions of the library spell each type out first, which takes longer.
+void AppendEntry(sd_bus_message* reply, const char* key, const char* type, const void* value) {
+  sd_bus_message_open_container(reply, 'e', "sv");
+  sd_bus_message_append_basic(reply, 's', key);
+  sd_bus_message_open_container(reply, 'v', type);
+  sd_bus_message_append_basic(reply, *type, value);
+  sd_bus_message_close_container(reply);
+  sd_bus_message_close_container(reply);
+}
+
+void AppendGateway(sd_bus_message* reply, const GatewayText& gateway) {
+  const int isDefault = static_cast<int>(gateway.isDefault);
+  sd_bus_message_open_container(reply, 'a', "{sv}");
+  AppendEntry(reply, "GatewayName", "s", gateway.name.c_str());
+  AppendEntry(reply, "GatewayURL", "s", gateway.location.c_str());
+  AppendEntry(reply, "IsDefault", "b", &isDefault);
+  sd_bus_message_close_container(reply);
 }
 
 void AppendGateways(sd_bus_message* reply, const std::vector<GatewayText>& gateways) {
@@ -21,21 +36,19 @@ void AppendGateways(sd_bus_message* reply, const std::vector<GatewayText>& gatew
   sd_bus_message_append_basic(reply, 's', "StoreGateways");
   sd_bus_message_open_container(reply, 'v', "aa{sv}");
   sd_bus_message_open_container(reply, 'a', "a{sv}");
-  for (const GatewayText& gateway : gateways) {
-    sd_bus_message_append(reply, "a{sv}", 3, "GatewayName", "s", gateway.name.c_str(), "GatewayURL", "s",
-                          gateway.location.c_str(), "IsDefault", "b", static_cast<int>(gateway.isDefault));
-  }
+  for (const GatewayText& gateway : gateways) AppendGateway(reply, gateway);
   sd_bus_message_close_container(reply);
   sd_bus_message_close_container(reply);
   sd_bus_message_close_container(reply);
 }
 
 void AppendStore(sd_bus_message* reply, const StoreText& store) {
+  constexpr std::uint64_t kStoreType = 0;
   sd_bus_message_open_container(reply, 'a', "{sv}");
-  AppendText(reply, "StoreName", store.name);
-  AppendText(reply, "StoreURL", store.url);
-  sd_bus_message_append(reply, "{sv}", "StoreType", "t", std::uint64_t{0});
-  AppendText(reply, "StoreID", store.id);
+  AppendEntry(reply, "StoreName", "s", store.name.c_str());
+  AppendEntry(reply, "StoreURL", "s", store.url.c_str());
+  AppendEntry(reply, "StoreType", "t", &kStoreType);
+  AppendEntry(reply, "StoreID", "s", store.id.c_str());
   AppendGateways(reply, store.gateways);
   sd_bus_message_close_container(reply);
 }
