@@ -1,3 +1,4 @@
+#include "BusMarshalling.h"
 #include "StoreDictionaries.h"
 #include "StoreDictionary.h"
 #include "core/StoreBuilders.h"
@@ -18,15 +19,18 @@ std::shared_ptr<const StoreSnapshot> Snapshot(const StoreMap& stores, const Stor
   return std::make_shared<StoreSnapshot>(stores, before);
 }
 
-PropertyList::Array MadeAnew(const StoreSnapshot& stores) {
-  PropertyList::Array dictionaries;
-  for (const SRStore& store : stores) dictionaries.push_back(StoreDictionary(store, BeaconKeys::Omitted));
+using Dictionaries = std::vector<PropertyList::Dictionary>;
+
+Dictionaries MadeAnew(const StoreSnapshot& stores, BeaconKeys beacons = BeaconKeys::Omitted) {
+  Dictionaries dictionaries;
+  for (const SRStore& store : stores) dictionaries.push_back(StoreDictionary(store, beacons));
   return dictionaries;
 }
 
-// Where the URL of a dictionary lies in memory.
-const char* PlaceOfURL(const PropertyList::Value& dictionary) {
-  return dictionary.As<PropertyList::Dictionary>()->Find("StoreURL")->As<std::string>()->data();
+Dictionaries Values(const PropertyList::SharedDictionaries& shared) {
+  Dictionaries dictionaries;
+  for (const auto& dictionary : shared) dictionaries.push_back(*dictionary);
+  return dictionaries;
 }
 
 SRStore LongStore(const std::wstring& id, const std::wstring& name) {
@@ -37,35 +41,36 @@ SRStore LongStore(const std::wstring& id, const std::wstring& name) {
 }
 
 TEST(StoreDictionariesTest, OfNoStoresAreNone) {
-  StoreDictionaries dictionaries;
+  StoreDictionaries dictionaries(BeaconKeys::Omitted);
   EXPECT_THAT(dictionaries.Of(Snapshot({})), IsEmpty());
 }
 
-TEST(StoreDictionariesTest, AreTheStoresInTheirOrderWithoutBeacons) {
+TEST(StoreDictionariesTest, AreTheStoresInTheirOrderWithBeaconsWhereTheyAreIncluded) {
   SRStore store = LongStore(L"b", L"B\u00fc");
   store.AddBeacon(Beacon(L"https://in"), BeaconType::Internal);
   const auto stores = Snapshot(Map({store, LongStore(L"a", L"A")}));
-  StoreDictionaries dictionaries;
-  EXPECT_EQ(dictionaries.Of(stores), MadeAnew(*stores));
+  for (const BeaconKeys beacons : {BeaconKeys::Omitted, BeaconKeys::Included}) {
+    StoreDictionaries dictionaries(beacons);
+    EXPECT_EQ(Values(dictionaries.Of(stores)), MadeAnew(*stores, beacons));
+  }
 }
 
-TEST(StoreDictionariesTest, TextIsAsTheBusCarriesIt) {
+TEST(StoreDictionariesTest, TextHasTheirForm) {
   const auto stores = Snapshot(Map({LongStore(L"a", L"N\uFDD0me")}));
-  StoreDictionaries dictionaries;
-  const PropertyList::Array& made = dictionaries.Of(stores);
-  EXPECT_EQ(*made[0].As<PropertyList::Dictionary>()->Find("StoreName"), PropertyList::Value("N\uFFFDme"));
+  StoreDictionaries dictionaries(BeaconKeys::Omitted, BusText);
+  EXPECT_EQ(*dictionaries.Of(stores)[0]->Find("StoreName"), PropertyList::Value("N\uFFFDme"));
 }
 
 TEST(StoreDictionariesTest, OfAStoreThatDidNotChangeIsKept) {
   StoreMap stores = Map({LongStore(L"a", L"A"), LongStore(L"b", L"B"), LongStore(L"c", L"C")});
   const auto before = Snapshot(stores);
-  StoreDictionaries dictionaries;
-  const char* const place = PlaceOfURL(dictionaries.Of(before)[2]);
+  StoreDictionaries dictionaries(BeaconKeys::Omitted);
+  const auto kept = dictionaries.Of(before)[2];
   stores.erase(L"a");
   stores.at(L"b").SetStoreName(L"New");
   const auto after = Snapshot(stores, *before);
-  EXPECT_EQ(PlaceOfURL(dictionaries.Of(after)[1]), place);
-  EXPECT_EQ(dictionaries.Of(after), MadeAnew(*after));
+  EXPECT_EQ(dictionaries.Of(after)[1], kept);
+  EXPECT_EQ(Values(dictionaries.Of(after)), MadeAnew(*after));
 }
 
 TEST(StoreDictionariesTest, AreThoseOfEachListHoweverListsFollowOneAnother) {
@@ -81,10 +86,10 @@ TEST(StoreDictionariesTest, AreThoseOfEachListHoweverListsFollowOneAnother) {
     }
     lists.push_back(Snapshot(stores, *lists.back()));
   }
-  StoreDictionaries dictionaries;
+  StoreDictionaries dictionaries(BeaconKeys::Omitted);
   for (int i = 0; i < 400; ++i) {
     const auto& list = lists[random() % lists.size()];
-    ASSERT_EQ(dictionaries.Of(list), MadeAnew(*list));
+    ASSERT_EQ(Values(dictionaries.Of(list)), MadeAnew(*list));
   }
 }
 

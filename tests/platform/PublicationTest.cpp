@@ -10,6 +10,7 @@ namespace {
 
 using PropertyList::Array;
 using PropertyList::Dictionary;
+using PropertyList::SharedDictionaries;
 using ServiceRecords::BeaconType;
 using ServiceRecords::SRStore;
 using ServiceRecords::StoreMap;
@@ -24,12 +25,18 @@ using testsupport::Store;
 class PublicationTest : public testing::Test {
  protected:
   // The one list that the library got.
-  static Array Published(const StoreMap& stores) {
+  static SharedDictionaries HandedOver(const std::shared_ptr<const StoreSnapshot>& stores) {
     static_cast<void>(RecordingWayfinder::TakeLists());
-    ServiceRecords::SetAllServiceRecordsToList(std::make_shared<const StoreSnapshot>(stores));
+    ServiceRecords::SetAllServiceRecordsToList(stores);
     const auto lists = RecordingWayfinder::TakeLists();
     EXPECT_EQ(lists.size(), 1U);
-    return lists.size() == 1 && lists.front() ? *lists.front() : Array();
+    return lists.size() == 1 && lists.front() ? *lists.front() : SharedDictionaries();
+  }
+  static Array Published(const StoreMap& stores) {
+    Array list;
+    for (const auto& dictionary : HandedOver(std::make_shared<const StoreSnapshot>(stores)))
+      list.emplace_back(*dictionary);
+    return list;
   }
 };
 
@@ -94,6 +101,19 @@ TEST_F(PublicationTest, StoresStandInTheOrderOfTheirIds) {
   std::vector<std::string> ids;
   for (const auto& store : list) ids.push_back(*store.As<Dictionary>()->Find("StoreID")->As<std::string>());
   EXPECT_THAT(ids, ElementsAre("B", "a", "b"));
+}
+
+TEST_F(PublicationTest, AStoreThatDidNotChangeIsHandedOverAsBefore) {
+  StoreMap stores = Map({Store(L"a", L"https://a"), Store(L"b", L"https://b"), Store(L"c", L"https://c")});
+  const auto before = std::make_shared<const StoreSnapshot>(stores);
+  const SharedDictionaries first = HandedOver(before);
+  ASSERT_EQ(first.size(), 3U);
+  stores.erase(L"a");
+  stores.at(L"b").SetStoreName(L"New");
+  const SharedDictionaries second = HandedOver(std::make_shared<const StoreSnapshot>(stores, *before));
+  ASSERT_EQ(second.size(), 2U);
+  EXPECT_EQ(*second[0]->Find("StoreName"), PropertyList::Value("New"));
+  EXPECT_EQ(second[1], first[2]) << "the same one in memory";
 }
 
 TEST_F(PublicationTest, TextIsUtf8) {

@@ -8,7 +8,7 @@
 
 namespace {
 
-std::vector<std::optional<PropertyList::Array>> g_lists;
+std::vector<std::optional<PropertyList::SharedDictionaries>> g_lists;
 std::map<std::string, std::uint32_t> g_locations;
 
 }  // namespace
@@ -26,13 +26,13 @@ std::uint32_t Wayfinder::locationRelativeToStoreURL(const std::string& url) {
   return location != g_locations.end() ? location->second : kNone;
 }
 
-void Wayfinder::setAllServiceRecordsToList(std::optional<PropertyList::Array> stores) {
+void Wayfinder::setAllServiceRecordsToList(std::optional<PropertyList::SharedDictionaries> stores) {
   g_lists.push_back(std::move(stores));
 }
 
 namespace RecordingWayfinder {
 
-std::vector<std::optional<PropertyList::Array>> TakeLists() {
+std::vector<std::optional<PropertyList::SharedDictionaries>> TakeLists() {
   return std::exchange(g_lists, {});
 }
 

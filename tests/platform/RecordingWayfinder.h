@@ -11,7 +11,7 @@
 namespace RecordingWayfinder {
 
 // The lists so far, oldest first, which are forgotten.
-[[nodiscard]] std::vector<std::optional<PropertyList::Array>> TakeLists();
+[[nodiscard]] std::vector<std::optional<PropertyList::SharedDictionaries>> TakeLists();
 
 // What the library answers for the store at this URL; for any other, Wayfinder::kNone.
 void SetLocation(const std::string& storeURL, std::uint32_t location);

@@ -390,7 +390,8 @@ TEST(LocationServiceEnd, DoesNotWaitForEverForAThreadThatIsHeldUp) {
   };
   {
     Wayfinding::LocationService service(std::move(parts));
-    service.SetStores({PropertyList::Dictionary{{"StoreURL", "http://127.0.0.1:1/"}}});
+    service.SetStores({std::make_shared<const PropertyList::Dictionary>(
+        PropertyList::Dictionary{{"StoreURL", "http://127.0.0.1:1/"}})});
     ASSERT_EQ(hold->reached.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
   }
   hold->released.set_value();

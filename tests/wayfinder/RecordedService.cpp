@@ -70,8 +70,9 @@ void RecordedService::Record(const std::string& message) {
 }
 
 void RecordedService::SetStores(const std::vector<StoreAndBeacons>& stores) {
-  Array list;
-  for (const StoreAndBeacons& store : stores) list.emplace_back(StoreEntry(store));
+  PropertyList::SharedDictionaries list;
+  for (const StoreAndBeacons& store : stores)
+    list.push_back(std::make_shared<const Dictionary>(StoreEntry(store)));
   service_->SetStores(list);
 }
 

@@ -6,7 +6,6 @@
 #include <condition_variable>
 #include <mutex>
 
-using PropertyList::Array;
 using PropertyList::Dictionary;
 
 namespace {
@@ -40,7 +39,8 @@ class WayfinderTest : public testing::Test {
 TEST_F(WayfinderTest, TheSharedInstanceDecidesAndTellsOfIt) {
   const testsupport::RawServer server({"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"});
   const std::string url = "http://127.0.0.1:" + std::to_string(server.Port()) + "/Main";
-  wayfinder_.setAllServiceRecordsToList(Array{Dictionary{{"StoreURL", url}}});
+  const auto store = std::make_shared<const Dictionary>(Dictionary{{"StoreURL", url}});
+  wayfinder_.setAllServiceRecordsToList(PropertyList::SharedDictionaries{store});
   std::unique_lock lock(g_mutex);
   ASSERT_TRUE(g_changed.wait_for(lock, std::chrono::seconds(20), [] { return !g_locations.empty(); }));
   EXPECT_THAT(g_locations, testing::ElementsAre(testing::Pair(url, Wayfinder::kLAN)));

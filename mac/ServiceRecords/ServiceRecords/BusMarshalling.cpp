@@ -20,6 +20,15 @@ int AppendBasic(sd_bus_message* message, char type, const void* value) {
   return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
+int AppendArray(sd_bus_message* message, const PropertyList::Array& dictionaries) {
+  int result = sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "a{sv}");
+  for (const PropertyList::Value& item : dictionaries) {
+    const auto* dictionary = item.As<PropertyList::Dictionary>();
+    if (result >= 0) result = dictionary == nullptr ? -EINVAL : AppendDictionary(message, *dictionary);
+  }
+  return result < 0 ? result : sd_bus_message_close_container(message);
+}
+
 int AppendVariant(sd_bus_message* message, const PropertyList::Value& value) {
   if (const auto* text = value.As<std::string>()) {
     return AppendBasic(message, SD_BUS_TYPE_STRING, text->c_str());
@@ -30,7 +39,7 @@ int AppendVariant(sd_bus_message* message, const PropertyList::Value& value) {
   }
   if (const auto* array = value.As<PropertyList::Array>()) {
     int result = sd_bus_message_open_container(message, SD_BUS_TYPE_VARIANT, "aa{sv}");
-    if (result >= 0) result = AppendDictionaries(message, *array);
+    if (result >= 0) result = AppendArray(message, *array);
     return result < 0 ? result : sd_bus_message_close_container(message);
   }
   if (const auto number = value.AsNumber()) return AppendBasic(message, SD_BUS_TYPE_UINT64, &*number);
@@ -58,11 +67,10 @@ int AppendDictionary(sd_bus_message* message, const PropertyList::Dictionary& di
   return result < 0 ? result : sd_bus_message_close_container(message);
 }
 
-int AppendDictionaries(sd_bus_message* message, const PropertyList::Array& dictionaries) {
+int AppendDictionaries(sd_bus_message* message, const PropertyList::SharedDictionaries& dictionaries) {
   int result = sd_bus_message_open_container(message, SD_BUS_TYPE_ARRAY, "a{sv}");
-  for (const PropertyList::Value& item : dictionaries) {
-    const auto* dictionary = item.As<PropertyList::Dictionary>();
-    if (result >= 0) result = dictionary == nullptr ? -EINVAL : AppendDictionary(message, *dictionary);
+  for (const auto& dictionary : dictionaries) {
+    if (result >= 0) result = AppendDictionary(message, *dictionary);
   }
   return result < 0 ? result : sd_bus_message_close_container(message);
 }

@@ -14,7 +14,8 @@
 // booleans as b and arrays of dictionaries as aa{sv}. All answer the bus library's negative error code on
 // failure. Values of other kinds do not occur in what the services answer.
 [[nodiscard]] int AppendDictionary(sd_bus_message* message, const PropertyList::Dictionary& dictionary);
-[[nodiscard]] int AppendDictionaries(sd_bus_message* message, const PropertyList::Array& dictionaries);
+[[nodiscard]] int AppendDictionaries(sd_bus_message* message,
+                                     const PropertyList::SharedDictionaries& dictionaries);
 // Answers the call with the dictionary, or with an empty one for nothing.
 [[nodiscard]] int ReplyWithDictionary(sd_bus_message* call,
                                       const std::optional<PropertyList::Dictionary>& dictionary);

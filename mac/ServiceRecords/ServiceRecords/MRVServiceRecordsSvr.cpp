@@ -1,6 +1,7 @@
 #include "MRVServiceRecordsSvr.h"
 
 #include "Bundle.h"
+#include "BusMarshalling.h"
 #include "DbgTrace.h"
 #include "SRLib/SRProvider.h"
 #include "SRLib/TextHelpers.h"
@@ -40,13 +41,15 @@ std::string NameOf(SavedStores::State state) {
 
 }  // namespace
 
+MrvServiceRecordsSvr::MrvServiceRecordsSvr() : dictionaries_(BeaconKeys::Omitted, BusText) {}
+
 MrvServiceRecordsSvr* NewMrvServiceRecordsServer() {
   return new MrvServiceRecordsSvr;
 }
 
-const PropertyList::Array& MrvServiceRecordsSvr::allStores(const Stores& stores) {
+const PropertyList::SharedDictionaries& MrvServiceRecordsSvr::allStores(const Stores& stores) {
   CSRLog(0, "[+] %s", kAllStores);
-  const PropertyList::Array& dictionaries = dictionaries_.Of(stores);
+  const PropertyList::SharedDictionaries& dictionaries = dictionaries_.Of(stores);
   CSRLog(0, "[-] %s", kAllStores);
   return dictionaries;
 }
@@ -60,7 +63,7 @@ std::optional<PropertyList::Dictionary> MrvServiceRecordsSvr::storeForID(const s
   CSRLog(0, "[-] %s", kAllStores);
   std::optional<PropertyList::Dictionary> result;
   const ServiceRecords::SRStore* store = stores->ByID(util::widen(id));
-  if (store != nullptr) result = BusStoreDictionary(*store);
+  if (store != nullptr) result = StoreDictionary(*store, BeaconKeys::Omitted, BusText);
   CSRLog(0, "[-] %s", kMethod);
   return result;
 }

@@ -17,8 +17,10 @@ class MrvServiceRecordsSvr {
  public:
   using Stores = std::shared_ptr<const ServiceRecords::StoreSnapshot>;
 
+  MrvServiceRecordsSvr();
+
   // These stores in id order as dictionaries without beacon keys; good until the next call.
-  [[nodiscard]] const PropertyList::Array& allStores(const Stores& stores);
+  [[nodiscard]] const PropertyList::SharedDictionaries& allStores(const Stores& stores);
   [[nodiscard]] std::optional<PropertyList::Dictionary> storeForID(const std::string& id,
                                                                    const Stores& stores);
 

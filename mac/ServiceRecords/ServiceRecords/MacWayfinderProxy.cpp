@@ -1,17 +1,24 @@
 #include "SRLib/NetworkLocation.h"
 #include "SRLib/Publication.h"
 #include "SRLib/TextHelpers.h"
-#include "StoreDictionary.h"
+#include "StoreDictionaries.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 namespace ServiceRecords {
+namespace {
+
+// Under the provider's lock, as the publication is.
+StoreDictionaries& PublishedDictionaries() {
+  static StoreDictionaries dictionaries(BeaconKeys::Included);
+  return dictionaries;
+}
+
+}  // namespace
 
 void SetAllServiceRecordsToList(const std::shared_ptr<const StoreSnapshot>& stores) {
-  if (stores->empty()) return Wayfinder::sharedInstance().setAllServiceRecordsToList(std::nullopt);
-  PropertyList::Array list;
-  list.reserve(stores->size());
-  for (const SRStore& store : *stores) list.emplace_back(StoreDictionary(store, BeaconKeys::Included));
-  return Wayfinder::sharedInstance().setAllServiceRecordsToList(std::move(list));
+  const PropertyList::SharedDictionaries& list = PublishedDictionaries().Of(stores);
+  if (list.empty()) return Wayfinder::sharedInstance().setAllServiceRecordsToList(std::nullopt);
+  return Wayfinder::sharedInstance().setAllServiceRecordsToList(list);
 }
 
 std::uint32_t LocationRelativeToStoreURL(const std::wstring& storeURL) {

@@ -74,7 +74,7 @@ int ServiceRecordsBusObject::AnswerInTurn(sd_bus_message* call, MethodInTurn met
 }
 
 int ServiceRecordsBusObject::AllStores(sd_bus_message* call, const Stores& stores) {
-  const PropertyList::Array& dictionaries = service_.allStores(stores);
+  const PropertyList::SharedDictionaries& dictionaries = service_.allStores(stores);
   return ReplyWith(call, [&](sd_bus_message* reply) { return AppendDictionaries(reply, dictionaries); });
 }
 

@@ -2,22 +2,25 @@
 
 #include "SRLib/PropertyList/PropertyList.h"
 #include "SRLib/StoreSnapshot.h"
+#include "StoreDictionary.h"
 
 #include <memory>
 
-// The stores of a list as dictionaries without beacon keys, their text as the bus carries it. A dictionary is
-// made once: those of the stores that a list shares with the list before are kept. One thread.
+// The stores of a list as dictionaries of one form. A dictionary is made once: those of the stores that a
+// list shares with the list before are kept. No lock of its own.
 class StoreDictionaries {
  public:
-  // In the order of the ids; good until the next call.
-  [[nodiscard]] const PropertyList::Array& Of(
+  explicit StoreDictionaries(BeaconKeys beacons, TextForm form = util::narrow)
+      : beacons_(beacons), form_(form) {}
+
+  // In the order of the ids; the list is good until the next call.
+  [[nodiscard]] const PropertyList::SharedDictionaries& Of(
       const std::shared_ptr<const ServiceRecords::StoreSnapshot>& stores);
 
  private:
+  const BeaconKeys beacons_;
+  const TextForm form_;
   std::shared_ptr<const ServiceRecords::StoreSnapshot> stores_ =
       std::make_shared<ServiceRecords::StoreSnapshot>();
-  PropertyList::Array dictionaries_;  // of stores_
+  PropertyList::SharedDictionaries dictionaries_;  // of stores_
 };
-
-// The dictionary of one store, in the same form.
-[[nodiscard]] PropertyList::Dictionary BusStoreDictionary(const ServiceRecords::SRStore& store);

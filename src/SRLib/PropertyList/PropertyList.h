@@ -121,6 +121,9 @@ struct Entry {
   bool operator==(const Entry&) const = default;
 };
 
+// Dictionaries that several holders share; none is null.
+using SharedDictionaries = std::vector<std::shared_ptr<const Dictionary>>;
+
 // Reads an XML property list. Nothing when the text is not one: malformed, of another document type, nested
 // deeper than kMaximumDepth, or in an encoding other than UTF-8 and US-ASCII. A name that occurs twice in a
 // dictionary keeps its last value.

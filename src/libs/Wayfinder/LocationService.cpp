@@ -63,7 +63,7 @@ LocationService::~LocationService() {
   }
 }
 
-void LocationService::SetStores(const PropertyList::Array& stores) {
+void LocationService::SetStores(const PropertyList::SharedDictionaries& stores) {
   std::vector<StoreBeacons> list = ReadStoreList(stores);
   const bool hasStores = !list.empty();
   const bool isNew = shared_->locations.Replace(std::move(list));

@@ -27,7 +27,7 @@ class LocationService {
   LocationService(const LocationService&) = delete;
   LocationService& operator=(const LocationService&) = delete;
 
-  void SetStores(const PropertyList::Array& stores);
+  void SetStores(const PropertyList::SharedDictionaries& stores);
   // An unknown store is outside where the network is usable.
   [[nodiscard]] NetworkLocation LocationOf(const std::string& storeURL);
   // How the outside is reached, as the bits of networkReachabilityFlags. A tunnel that only NetworkManager

@@ -40,12 +40,10 @@ std::string StoreKey(const std::string& url) {
   return util::AsciiLowerCased(std::string_view(url).substr(0, url.find_last_not_of('/') + 1));
 }
 
-std::vector<StoreBeacons> ReadStoreList(const PropertyList::Array& list) {
+std::vector<StoreBeacons> ReadStoreList(const PropertyList::SharedDictionaries& list) {
   std::vector<StoreBeacons> stores;
   std::map<std::string, std::size_t> places;
-  for (const PropertyList::Value& entry : list) {
-    const auto* const dictionary = entry.As<PropertyList::Dictionary>();
-    if (dictionary == nullptr) continue;
+  for (const auto& dictionary : list) {
     StoreBeacons store = ReadStore(*dictionary);
     const auto [place, isNew] = places.try_emplace(StoreKey(store.url), stores.size());
     if (isNew) {

@@ -23,8 +23,7 @@ struct StoreBeacons {
 // Two URLs with equal keys are the same store's: letter case and slashes at the end do not count.
 [[nodiscard]] std::string StoreKey(const std::string& url);
 
-// The stores of a list, in its order. Entries that are no store dictionaries are left out; of several stores
-// with one URL the last counts.
-[[nodiscard]] std::vector<StoreBeacons> ReadStoreList(const PropertyList::Array& list);
+// The stores of a list, in its order. Of several stores with one URL the last counts.
+[[nodiscard]] std::vector<StoreBeacons> ReadStoreList(const PropertyList::SharedDictionaries& list);
 
 }  // namespace Wayfinding

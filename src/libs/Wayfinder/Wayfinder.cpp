@@ -60,8 +60,9 @@ std::uint32_t Wayfinder::networkReachabilityFlags() {
   return service_->Flags();
 }
 
-void Wayfinder::setAllServiceRecordsToList(std::optional<PropertyList::Array> stores) {
-  const PropertyList::Array list = stores ? std::move(*stores) : PropertyList::Array();
+void Wayfinder::setAllServiceRecordsToList(std::optional<PropertyList::SharedDictionaries> stores) {
+  const PropertyList::SharedDictionaries list =
+      std::move(stores).value_or(PropertyList::SharedDictionaries());
   service_->SetStores(list);
   Log("store list replaced, stores: " + std::to_string(list.size()));
 }

@@ -65,7 +65,7 @@ class Wayfinder {
   [[nodiscard]] std::uint32_t networkReachabilityFlags();
 
   // Replaces the whole list of store dictionaries; nothing means none. The same list again changes nothing.
-  void setAllServiceRecordsToList(std::optional<PropertyList::Array> stores);
+  void setAllServiceRecordsToList(std::optional<PropertyList::SharedDictionaries> stores);
 
  private:
   Wayfinder();
