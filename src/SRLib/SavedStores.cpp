@@ -7,6 +7,7 @@
 #include "SRLib/Trace.h"
 #include "libs/RetryDelay/RetryDelay.h"
 
+#include <exception>
 #include <utility>
 
 namespace ServiceRecords {
@@ -14,6 +15,19 @@ namespace {
 
 Config::StorageFailures Failures() {
   return CGenericFactories::Instance().UserConfiguration().Failures();
+}
+
+// Why the stores were not saved; nothing when they were.
+std::optional<std::string> TrySave(StoreMap& stores) {
+  try {
+    const std::uint64_t failuresBefore = Failures().writes;
+    SRRegistryConfig().SaveStores(stores);
+    Config::StorageFailures failures = Failures();
+    if (failures.writes == failuresBefore) return std::nullopt;
+    return std::move(failures.latest);
+  } catch (const std::exception& exception) {
+    return exception.what();
+  }
 }
 
 }  // namespace
@@ -48,12 +62,9 @@ void SavedStores::TakeReading(const Reading& reading) {
 }
 
 void SavedStores::Save(StoreMap& stores) {
-  const std::uint64_t failuresBefore = Failures().writes;
-  SRRegistryConfig().SaveStores(stores);
-  const Config::StorageFailures failures = Failures();
-  const bool saved = failures.writes == failuresBefore;
-  TakeResult(saved ? State::Good : State::Unsaved,
-             "the stores cannot be saved, which is tried again: " + failures.latest);
+  const std::optional<std::string> failure = TrySave(stores);
+  TakeResult(failure ? State::Unsaved : State::Good,
+             "the stores cannot be saved, which is tried again: " + failure.value_or(""));
 }
 
 void SavedStores::TakeResult(State state, const std::string& problem) {

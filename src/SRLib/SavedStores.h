@@ -40,7 +40,7 @@ class SavedStores {
   // Takes as long as the disk does. Any thread, with or without the lock.
   [[nodiscard]] static Reading Read();
   void TakeReading(const Reading& reading);
-  // Not const: a missing beacon list is filled before it is saved.
+  // Not const: a missing beacon list is filled before it is saved. What is thrown counts as a failure.
   void Save(StoreMap& stores);
 
  private:

@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <future>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -89,6 +90,33 @@ TEST_F(ProviderSavingTest, ASaveThatFailsIsTriedAgainAfterLongerAndLongerTimesUn
   const std::size_t asked = delays_.size();
   LetTimePass(1);
   EXPECT_EQ(delays_.size(), asked);
+}
+
+TEST_F(ProviderSavingTest, ASaveThatThrowsIsOneThatFailsWhereverItDoes) {
+  HoldSaved({Store(L"b", L"https://b", {Gateway(L"GW")})});
+  int calls = 0;
+  for (int throwing = 1; throwing == calls + 1; ++throwing) {
+    HoldSaved({Store(L"a", L"https://a")});
+    calls = 0;
+    UserConfiguration().beforeWrite = [&] {
+      if (++calls == throwing) throw std::bad_alloc();
+    };
+    EXPECT_TRUE(provider_.RemoveStore(L"a")) << throwing;
+    UserConfiguration().beforeWrite = nullptr;
+    if (calls < throwing) break;
+    EXPECT_EQ(provider_.StateOfSavedStores(), State::Unsaved);
+    EXPECT_EQ(provider_.Snapshot()->ByID(L"a"), nullptr);
+    ASSERT_EQ(RecordedPublications::All().size(), 1U);
+    EXPECT_EQ(Ids(RecordedPublications::All().front().stores), (Wide{L"b"}));
+    EXPECT_THAT(SystemLogFake::TakeLines(),
+                ElementsAre("the stores cannot be saved, which is tried again: std::bad_alloc"));
+    EXPECT_EQ(std::exchange(delays_, {}), Seconds({1}));
+    LetTimePass(1);
+    EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
+    EXPECT_EQ(SavedIds(), (Wide{L"b"}));
+    delays_.clear();
+  }
+  EXPECT_GT(calls, 10);
 }
 
 TEST_F(ProviderSavingTest, AFailingTimeIsSaidOnceInTheSystemLog) {
