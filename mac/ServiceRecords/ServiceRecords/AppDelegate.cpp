@@ -210,8 +210,7 @@ void AppDelegate::SayLastWords() {
   MainLoop::Main().RunPosted();
   sd_bus* const connections[] = {_beaconsConnection.get(), _serviceRecordsConnection.get()};
   for (sd_bus* const connection : connections) {
-    while (connection != nullptr && sd_bus_process(connection, nullptr) > 0) {
-    }
+    if (connection != nullptr) ProcessArrived(*connection);
   }
   while (MainLoop::Main().RunPosted()) {
   }

@@ -1,5 +1,6 @@
 #include "BusObject.h"
 
+#include <cstdint>
 #include <system_error>
 
 std::string ReadText(sd_bus_message* call) {
@@ -30,4 +31,12 @@ bool NameHasOwner(sd_bus& bus, const char* name) {
                                         "org.freedesktop.DBus", "NameHasOwner", nullptr, &message, "s", name);
   const BusMessagePtr reply(message);
   return result >= 0 && sd_bus_message_read(message, "b", &owned) >= 0 && owned != 0;
+}
+
+void ProcessArrived(sd_bus& bus) {
+  // The answer comes behind them and leaves them in the queue; while there is one, nothing else is read.
+  static_cast<void>(NameHasOwner(bus, "org.freedesktop.DBus"));
+  std::uint64_t queued = 0;
+  while (sd_bus_get_n_queued_read(&bus, &queued) >= 0 && queued > 0 && sd_bus_process(&bus, nullptr) > 0) {
+  }
 }

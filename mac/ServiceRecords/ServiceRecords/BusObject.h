@@ -35,6 +35,9 @@ int ReplyWith(sd_bus_message* call, Append append) {
 // Whether a program on the bus owns the name; false when the bus does not answer.
 [[nodiscard]] bool NameHasOwner(sd_bus& bus, const char* name);
 
+// Handles what has arrived by now, however much goes on coming. Waits for the bus to answer.
+void ProcessArrived(sd_bus& bus);
+
 // Puts an interface on a connection for as long as the slot lives; null on failure.
 [[nodiscard]] BusSlotPtr AddInterface(sd_bus& bus, const char* path, const char* interface,
                                       const sd_bus_vtable* table, void* object);

@@ -1,0 +1,91 @@
+#include "BusObject.h"
+#include "PendingChanges.h"
+#include "agent/ServiceOnBus.h"
+#include "core/StoreBuilders.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+
+namespace {
+
+// A service whose changes end when the test says so. Its reads tell how many stores there are.
+class PendingChangesTest : public testing::Test {
+ protected:
+  int Handle(const std::string& method, sd_bus_message* call) {
+    if (method == "deleteStore") {
+      numbers_.push_back(changes_.Begin(call, "b"));
+      return 1;
+    }
+    const auto answer = [](sd_bus_message* read, const PendingChanges::Stores& stores) {
+      return sd_bus_reply_method_return(read, "s", std::to_string(stores->size()).c_str());
+    };
+    return changes_.KeepBehind(call, answer) ? 1 : answer(call, Stores(0));
+  }
+
+  static PendingChanges::Stores Stores(std::size_t count) {
+    ServiceRecords::StoreMap stores;
+    for (std::size_t i = 0; i < count; ++i)
+      stores.emplace(std::to_wstring(i), testsupport::Store(std::to_wstring(i), L"https://s"));
+    return std::make_shared<const ServiceRecords::StoreSnapshot>(stores);
+  }
+
+  std::uint64_t Call(const char* method) {
+    const std::uint64_t call =
+        service_.Client().StartServiceRecords(method, method == kChange ? Arguments{"s"} : Arguments{});
+    service_.AwaitPassedOn();
+    ProcessArrived(service_.Connection());
+    return call;
+  }
+  // The change that arrived as this one, counted from 0.
+  void End(std::size_t change, bool changed, std::size_t stores) {
+    changes_.End(numbers_.at(change), {changed, Stores(stores)});
+  }
+  nlohmann::json Reply(std::uint64_t call) { return service_.Client().WaitForReply(call); }
+
+  using Arguments = std::vector<std::string>;
+  static constexpr const char* kChange = "deleteStore";
+  static constexpr const char* kRead = "allStores";
+
+  PendingChanges changes_;
+  std::vector<std::uint64_t> numbers_;
+  ServiceOnBus service_{
+      [this](const std::string& method, sd_bus_message* call) { return Handle(method, call); }};
+};
+
+TEST_F(PendingChangesTest, OneThatEndsBehindALaterOneIsAnsweredWithWhatCameBehindIt) {
+  const std::uint64_t first = Call(kChange);
+  const std::uint64_t behindFirst = Call(kRead);
+  const std::uint64_t second = Call(kChange);
+  const std::uint64_t behindSecond = Call(kRead);
+  End(1, true, 1);
+  EXPECT_EQ(Reply(second), true);
+  EXPECT_EQ(Reply(behindSecond), "1");
+  End(0, false, 2);
+  EXPECT_EQ(Reply(first), false);
+  EXPECT_EQ(Reply(behindFirst), "2");
+  EXPECT_THAT(service_.Client().AnsweredCalls(), ElementsAre(second, behindSecond, first, behindFirst));
+}
+
+TEST_F(PendingChangesTest, AReadWaitsForTheLatestOneAlsoWhenAnEarlierOneHasEnded) {
+  const std::uint64_t first = Call(kChange);
+  const std::uint64_t second = Call(kChange);
+  End(0, true, 1);
+  const std::uint64_t read = Call(kRead);
+  EXPECT_EQ(Reply(first), true);
+  End(1, true, 2);
+  EXPECT_EQ(Reply(read), "2");
+  EXPECT_THAT(service_.Client().AnsweredCalls(), ElementsAre(first, second, read));
+}
+
+TEST_F(PendingChangesTest, NothingIsLeftBehindThoseThatHaveEnded) {
+  for (const std::vector<std::size_t>& order : {std::vector<std::size_t>{0, 1}, {3, 2}}) {
+    Call(kChange);
+    Call(kChange);
+    for (const std::size_t change : order) End(change, true, 5);
+    EXPECT_EQ(Reply(Call(kRead)), "0") << "answered at once";
+  }
+}
+
+}  // namespace
