@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -60,7 +61,8 @@ class ChangeQueueTest : public testing::Test {
   std::condition_variable changed_;
   std::vector<int> notes_;
   bool free_ = false;
-  ChangeQueue queue_;
+  std::atomic<bool> isOver_ = false;
+  ChangeQueue queue_{[this] { return isOver_.load(); }};
 };
 
 TEST_F(ChangeQueueTest, ChangesAreMadeOneAfterTheOtherInTheirOrder) {
@@ -96,6 +98,16 @@ TEST_F(ChangeQueueTest, AtTheEndWhatHasNotBegunIsDroppedInItsOrderBehindWhatHas)
   LetGoOn();
   EXPECT_TRUE(queue_.Finish(20s));
   EXPECT_EQ(Notes(), expected);
+}
+
+TEST_F(ChangeQueueTest, WhenItIsOverNothingBeginsEvenBeforeTheQueueIsClosed) {
+  queue_.Add(Held(1));
+  queue_.Add(Noted(2));
+  ASSERT_TRUE(WaitForNotes(1));
+  isOver_ = true;
+  LetGoOn();
+  EXPECT_TRUE(queue_.Finish(20s));
+  EXPECT_THAT(Notes(), ElementsAre(0, 1, -1, -2));
 }
 
 TEST_F(ChangeQueueTest, WhatIsAddedAfterTheEndIsDropped) {

@@ -84,7 +84,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   _thisInstanceIsAgent = true;
   BusPtr notifications = OpenConnection();
   LookAtNames(notifications.get());
-  changes_ = std::make_unique<ChangeQueue>();
+  changes_ = std::make_unique<ChangeQueue>(TerminationEvent::Requested);
   ServiceRecordInit();
   RetryInBackground();
   // Observed before either name is published, so that no notification is missed from then on.

@@ -4,7 +4,8 @@
 
 #include <utility>
 
-ChangeQueue::ChangeQueue() : thread_([this] { Work(); }) {}
+ChangeQueue::ChangeQueue(std::function<bool()> isOver)
+    : isOver_(std::move(isOver)), thread_([this] { Work(); }) {}
 
 ChangeQueue::~ChangeQueue() {
   Close();
@@ -53,7 +54,7 @@ void ChangeQueue::Work() {
 ChangeQueue::Change ChangeQueue::AwaitNext() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return closed_ || !waiting_.empty(); });
-  if (closed_) {
+  if (closed_ || isOver_()) {
     ended_ = true;
     changed_.notify_all();
     return nullptr;

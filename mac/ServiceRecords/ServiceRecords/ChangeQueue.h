@@ -14,8 +14,9 @@ class ChangeQueue {
  public:
   using Change = std::function<void()>;
 
-  // Throws std::system_error when there can be no thread.
-  ChangeQueue();
+  // `isOver` is asked before each change, on the queue's thread: once it answers true, no change begins any
+  // more. Throws std::system_error when there can be no thread.
+  explicit ChangeQueue(std::function<bool()> isOver);
   // Drops what has not begun and waits until the rest has ended.
   ~ChangeQueue();
   ChangeQueue(const ChangeQueue&) = delete;
@@ -28,15 +29,16 @@ class ChangeQueue {
   // From now on no change begins.
   void Close();
   // Waits until the change that was begun has ended, but no longer than `limit`, and only then drops the
-  // others, which came later. After Close. True when it has ended.
+  // others, which came later. After Close, or once it is over. True when it has ended.
   [[nodiscard]] bool Finish(std::chrono::milliseconds limit);
 
  private:
   void Work();
-  // The next change; nothing after Close.
+  // The next change; nothing after Close, or when it is over.
   [[nodiscard]] Change AwaitNext();
   void Drop();
 
+  const std::function<bool()> isOver_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Change> waiting_;
