@@ -13,6 +13,8 @@ endif()
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 add_link_options(-Wl,--as-needed)
+# The standard library's own checks of preconditions, in the builds that the tests run in.
+add_compile_definitions($<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(SR_SANITIZE)
   add_compile_options(-fsanitize=${SR_SANITIZE} -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${SR_SANITIZE})

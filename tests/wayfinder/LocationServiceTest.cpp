@@ -268,6 +268,33 @@ TEST_F(ChangedListTest, AStoreThatGoesWhileItIsBeingAskedEndsTheAsking) {
   }));
 }
 
+TEST_F(ChangedListTest, TheAskingEndsWithItsStoreThoughNothingIsOpenAboutTheOthers) {
+  const WebServer proven(TrustedAuthority().TlsServerBlock("good"));
+  const LoopbackListener silent;
+  const testsupport::StoreAndBeacons other{kOther, {At(bad_)}, {proven.Address("https")}};
+  service_.SetStores({{kStore, {"http://127.0.0.1:" + std::to_string(silent.port)}, {}}, other});
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kOutside));
+  service_.SetStores({other});
+  service_.PassTime(std::chrono::minutes(5));
+  EXPECT_TRUE(testsupport::ComesTrue([this] {
+    EXPECT_EQ(service_.LocationOf(kOther), Wayfinder::kOutside);
+    return bad_.Requests().size() == 2;
+  }));
+}
+
+TEST_F(ChangedListTest, ABeaconThatCouldNotMatterIsOpenStillWhenAnotherStoreComes) {
+  const WebServer proven(TrustedAuthority().TlsServerBlock("good"));
+  const LoopbackListener silent;
+  const testsupport::StoreAndBeacons other{
+      kOther, {proven.Address("https")}, {"http://127.0.0.1:" + std::to_string(silent.port)}};
+  service_.SetStores({other});
+  ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
+  service_.SetStores({other, {kStore, {At(good_)}, {}}});
+  ExpectLocation(Wayfinder::kLAN);
+  EXPECT_EQ(service_.LocationOf(kOther), Wayfinder::kLAN);
+  EXPECT_EQ(Given(kOther, Wayfinder::kDeciding), 0U);
+}
+
 TEST_F(ChangedListTest, TheDelaysOfAStoreWithoutAnAnswerGoOn) {
   service_.SetStores({Other(second_), {kStore, {At(bad_)}, {}}});
   ASSERT_TRUE(service_.WaitForMessage("repetition 2"));
