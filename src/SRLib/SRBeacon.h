@@ -2,6 +2,7 @@
 
 #include <list>
 #include <string>
+#include <utility>
 
 namespace ServiceRecords {
 
@@ -10,7 +11,7 @@ namespace ServiceRecords {
 class SRBeacon {
  public:
   [[nodiscard]] std::wstring GetLocation() const { return location_; }
-  void SetLocation(const std::wstring& location) { location_ = location; }
+  void SetLocation(std::wstring location) { location_ = std::move(location); }
   // The location, not copied.
   [[nodiscard]] const std::wstring& Identity() const { return location_; }
   [[nodiscard]] bool GetDSConfirmed() const { return dsConfirmed_; }

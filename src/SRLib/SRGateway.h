@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <list>
 #include <string>
+#include <utility>
 
 namespace ServiceRecords {
 
@@ -22,9 +23,9 @@ class SRGateway {
   enum class AGMode : std::uint32_t { NONE = 0, SG_RW = 1, FB_RW = 2, ENTCVPN_RW = 3 };
 
   [[nodiscard]] std::wstring GetName() const { return name_; }
-  void SetName(const std::wstring& name) { name_ = name; }
+  void SetName(std::wstring name) { name_ = std::move(name); }
   [[nodiscard]] std::wstring GetLocation() const { return location_; }
-  void SetLocation(const std::wstring& location) { location_ = location; }
+  void SetLocation(std::wstring location) { location_ = std::move(location); }
   // The name, not copied.
   [[nodiscard]] const std::wstring& Identity() const { return name_; }
   [[nodiscard]] GatewayEdition GetEdition() const { return edition_; }

@@ -103,7 +103,7 @@ void SRRegistryConfig::RestoreGateways(const std::wstring& storeKey, SRStore& st
     gateway.SetTrustedByUser(read.Boolean(NodeLiteral(key, kTrustedByUser)));
     gateway.SetTrustedByDS(read.Boolean(NodeLiteral(key, kTrustedByDS)));
     gateway.SetDefault(read.Boolean(NodeLiteral(key, kIsDefault)));
-    store.AddGateway(gateway);
+    store.AddGateway(std::move(gateway));
   }
 }
 
@@ -116,7 +116,7 @@ void SRRegistryConfig::RestoreBeacons(const std::wstring& storeKey, BeaconType t
     SRBeacon beacon;
     beacon.SetLocation(read.String(NodeLiteral(key, kAddress)));
     beacon.SetDSConfirmed(read.Boolean(NodeLiteral(key, kDSConfirmed)));
-    store.AddBeacon(beacon, type);
+    store.AddBeacon(std::move(beacon), type);
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace ServiceRecords {
 namespace {
@@ -71,8 +72,8 @@ const std::list<SRBeacon>& SRStore::Beacons(BeaconType type) const {
   return type == BeaconType::Internal ? internalBeacons_ : externalBeacons_;
 }
 
-void SRStore::AddBeacon(const SRBeacon& beacon, BeaconType type) {
-  (type == BeaconType::Internal ? internalBeacons_ : externalBeacons_).push_back(beacon);
+void SRStore::AddBeacon(SRBeacon beacon, BeaconType type) {
+  (type == BeaconType::Internal ? internalBeacons_ : externalBeacons_).push_back(std::move(beacon));
 }
 
 void SRStore::SetAllGatewaysDSTrusted() {

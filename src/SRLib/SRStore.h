@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <list>
 #include <string>
+#include <utility>
 
 namespace ServiceRecords {
 
@@ -26,11 +27,11 @@ class SRStore {
   SRStore& operator=(SRStore&&) noexcept = default;
 
   [[nodiscard]] std::wstring GetStoreID() const { return storeID_; }
-  void SetStoreID(const std::wstring& id) { storeID_ = id; }
+  void SetStoreID(std::wstring id) { storeID_ = std::move(id); }
   [[nodiscard]] std::wstring GetStoreURL() const { return storeURL_; }
-  void SetStoreURL(const std::wstring& url) { storeURL_ = url; }
+  void SetStoreURL(std::wstring url) { storeURL_ = std::move(url); }
   [[nodiscard]] std::wstring GetStoreName() const { return storeName_; }
-  void SetStoreName(const std::wstring& name) { storeName_ = name; }
+  void SetStoreName(std::wstring name) { storeName_ = std::move(name); }
   [[nodiscard]] SRType GetSRType() const { return type_; }
   void SetSRType(SRType type) { type_ = type; }
 
@@ -46,8 +47,8 @@ class SRStore {
   // Every field, and every field of what the lists hold, in their order.
   [[nodiscard]] bool IsSameThroughout(const SRStore& other) const;
 
-  void AddGateway(const SRGateway& gateway) { gateways_.push_back(gateway); }
-  void AddBeacon(const SRBeacon& beacon, BeaconType type);
+  void AddGateway(SRGateway gateway) { gateways_.push_back(std::move(gateway)); }
+  void AddBeacon(SRBeacon beacon, BeaconType type);
 
   void SetAllGatewaysDSTrusted();
   void SetAllGatewaysUserTrusted();
