@@ -287,6 +287,5 @@ void BoundedParser::CountText(const XMLCh* text, XMLSize_t length) {
 
 void BoundedParser::Look() {
   meter_.blocksSinceLook = 0;
-  const std::string excess = meter_.Excess(0);
-  if (!excess.empty()) Fail(excess);
+  if (meter_.ExceedsMemory(0) || meter_.IsLate()) Fail(meter_.Excess(0));
 }

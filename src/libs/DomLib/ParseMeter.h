@@ -59,13 +59,18 @@ struct ParseMeter {
     deadline = LastTick() + bounds.time;
   }
 
+  [[nodiscard]] bool ExceedsMemory(std::size_t moreMemory) const {
+    return moreMemory > bounds.memory || memory > bounds.memory - moreMemory;
+  }
+  [[nodiscard]] bool IsLate() const { return LastTick() >= deadline; }
+
   // Names the bound that the parse is past with so much more memory; empty while within time and memory.
   [[nodiscard]] std::string Excess(std::size_t moreMemory) const {
-    if (moreMemory > bounds.memory || memory > bounds.memory - moreMemory) {
+    if (ExceedsMemory(moreMemory)) {
       return "the document expands to more than the parser may hold (" + std::to_string(bounds.memory >> 20) +
              " MiB)";
     }
-    if (LastTick() < deadline) return "";
+    if (!IsLate()) return "";
     return "the document takes longer than " + std::to_string(bounds.time.count()) + " ms to parse";
   }
 };

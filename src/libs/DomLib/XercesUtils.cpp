@@ -85,10 +85,10 @@ std::wstring SubNodeText(const DOMElement& element, const char* name) {
   return result;
 }
 
-std::wstring trim(const std::wstring& text, const std::locale& locale) {
+std::wstring trim(std::wstring text, const std::locale& locale) {
   const auto& characters = std::use_facet<std::ctype<wchar_t>>(locale);
   const auto isText = [&](wchar_t character) { return !characters.is(std::ctype_base::space, character); };
-  const auto first = std::find_if(text.begin(), text.end(), isText);
-  const auto last = std::find_if(text.rbegin(), text.rend(), isText).base();
-  return first < last ? std::wstring(first, last) : std::wstring();
+  text.erase(std::find_if(text.rbegin(), text.rend(), isText).base(), text.end());
+  text.erase(text.begin(), std::find_if(text.begin(), text.end(), isText));
+  return text;
 }

@@ -38,4 +38,4 @@ using XString = std::basic_string<XMLCh>;
 [[nodiscard]] std::wstring SubNodeText(const xercesc::DOMElement& element, const char* name);
 
 // The text without leading and trailing characters that the locale classifies as space.
-[[nodiscard]] std::wstring trim(const std::wstring& text, const std::locale& locale);
+[[nodiscard]] std::wstring trim(std::wstring text, const std::locale& locale);
