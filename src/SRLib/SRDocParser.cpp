@@ -5,7 +5,6 @@
 #include "SRLib/Trace.h"
 #include "libs/DomLib/DescendantWalk.h"
 #include "libs/DomLib/DocumentBounds.h"
-#include "libs/DomLib/ElementList.h"
 #include "libs/DomLib/XercesUtils.h"
 
 #include <xercesc/dom/DOM.hpp>
@@ -38,6 +37,11 @@ std::vector<const DOMElement*> ItemsOfFirst(const DOMElement& element, const cha
   DescendantWalk walk(*first);
   while (const DOMElement* next = walk.Next(name)) items.push_back(next);
   return items;
+}
+
+bool IsGateway(const DOMNode& node) {
+  static const XString name = AsXString("Gateway");
+  return XMLString::equals(node.getNodeName(), name.c_str());
 }
 
 bool HasReadableLength(const std::wstring& text, const char* what) {
@@ -83,6 +87,53 @@ const Value* Spelled(const Spelling<Value> (&spellings)[Count], const std::wstri
 
 }  // namespace
 
+// The services below an element, searched for as they are asked for: a service is read while what the search
+// has touched of it is still at hand. One search goes to the end of the next service that lies in no other.
+class SRDocParser::ServiceList : public DOMNodeList {
+ public:
+  ServiceList(SRDocParser& parser, const DOMElement& root)
+      : parser_(parser), walk_(root), levels_{parser.IsLevel(root) ? 1U : 0U} {}
+
+  // Null behind the last one.
+  [[nodiscard]] DOMNode* item(XMLSize_t index) const override {
+    while (index >= complete_ && Advance()) continue;
+    return index < services_.size() ? const_cast<DOMElement*>(services_[index]) : nullptr;
+  }
+  [[nodiscard]] XMLSize_t getLength() const override {
+    while (Advance()) continue;
+    return services_.size();
+  }
+
+ private:
+  // Goes one element further; false at the end.
+  bool Advance() const {
+    const DOMElement* element = walk_.Next();
+    if (element == nullptr || walk_.Depth() <= outermost_) {
+      complete_ = services_.size();
+      outermost_ = 0;
+    }
+    if (element != nullptr) Take(*element);
+    return element != nullptr;
+  }
+
+  void Take(const DOMElement& element) const {
+    const bool isService = parser_.IsService(element);
+    levels_.resize(walk_.Depth());
+    levels_.push_back(levels_.back() + (isService || IsGateway(element) ? 1 : 0));
+    parser_.deepestLevel_ = std::max(parser_.deepestLevel_, levels_.back());
+    if (!isService) return;
+    services_.push_back(&element);
+    if (outermost_ == 0) outermost_ = walk_.Depth();
+  }
+
+  SRDocParser& parser_;
+  mutable DescendantWalk walk_;
+  mutable std::vector<std::size_t> levels_;  // of services and gateways, from the root down to the element
+  mutable std::vector<const DOMElement*> services_;
+  mutable std::size_t complete_ = 0;   // how many of them have been walked through
+  mutable std::size_t outermost_ = 0;  // the depth of the service that is being walked through; 0 for none
+};
+
 void SRDocParser::SetSchema() {
   domServices_.SetSchema(L"serviceRecord.xsd", L"servicerecord.xsd");
 }
@@ -125,24 +176,13 @@ const DOMElement* SRDocParser::GetServicesElem(const std::wstring& text) {
 }
 
 bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out) {
-  ElementList services;
-  std::vector<std::size_t> levels{IsLevel(root) ? 1U : 0U};  // from the root down to the element
   deepestLevel_ = 0;
-  DescendantWalk walk(root);
-  while (const DOMElement* element = walk.Next()) {
-    levels.resize(walk.Depth());
-    levels.push_back(levels.back() + (IsLevel(*element) ? 1 : 0));
-    deepestLevel_ = std::max(deepestLevel_, levels.back());
-    if (IsService(*element)) services.Add(*element);
-  }
-  return DeserializeServiceNodes(services, out);
+  return DeserializeServiceNodes(ServiceList(*this, root), out);
 }
 
 bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap& out) {
-  const XMLSize_t count = services.getLength();
-  for (XMLSize_t i = 0; i < count; ++i) {
-    DOMNode* node = services.item(i);
-    if (node == nullptr) return false;
+  XMLSize_t index = 0;
+  for (; DOMNode* node = services.item(index); ++index) {
     if (AsElement(node) == nullptr) continue;
     auto& service = static_cast<DOMElement&>(*node);
     RefuseDeepNesting(service);
@@ -156,22 +196,20 @@ bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap&
     std::wstring id = store.GetStoreID();
     out.insert_or_assign(std::move(id), std::move(store));
   }
-  return true;
+  return index == services.getLength();
 }
 
 bool SRDocParser::IsService(const DOMNode& node) const {
   static const XString name = AsXString("Service");
-  if (serviceNamespace_.empty()) return node.getNodeName() == name;
-  const XMLCh* localName = node.getLocalName();
-  return localName != nullptr && localName == name &&
+  if (serviceNamespace_.empty()) return XMLString::equals(node.getNodeName(), name.c_str());
+  return XMLString::equals(node.getLocalName(), name.c_str()) &&
          XMLString::equals(node.getNamespaceURI(), serviceNamespace_.c_str());
 }
 
 // Services and gateways inside one another share what the innermost holds, so each level costs as much again
 // as the whole document. What this parser reads as one of them is a level, and nothing else.
 bool SRDocParser::IsLevel(const DOMNode& node) const {
-  static const XString gateway = AsXString("Gateway");
-  return IsService(node) || node.getNodeName() == gateway;
+  return IsService(node) || IsGateway(node);
 }
 
 void SRDocParser::RefuseDeepNesting(const DOMElement& element) const {
@@ -187,9 +225,9 @@ void SRDocParser::RefuseDeepNesting(const DOMElement& element) const {
 }
 
 bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
-  const std::wstring id = SubNodeText(service, "SRID");
-  const std::wstring name = SubNodeText(service, "Name");
-  const std::wstring address = SubNodeText(service, "Address");
+  std::wstring id = SubNodeText(service, "SRID");
+  std::wstring name = SubNodeText(service, "Name");
+  std::wstring address = SubNodeText(service, "Address");
   const std::wstring type = NonNullAttribute(service, "type");
   if (id.empty() || name.empty() || address.empty() || type.empty()) {
     SR_TRACE(2) << "SR XML Parsing error: required service element is missing.";
@@ -199,9 +237,9 @@ bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
       !HasReadableLength(address, "a service's address")) {
     return false;
   }
-  store.SetStoreID(id);
-  store.SetStoreName(name);
-  store.SetStoreURL(address);
+  store.SetStoreID(std::move(id));
+  store.SetStoreName(std::move(name));
+  store.SetStoreURL(std::move(address));
   store.SetSRType(SRTypeFromString(type));
   return true;
 }
@@ -209,8 +247,8 @@ bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
 bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
   for (const DOMElement* element : ItemsOfFirst(service, "Gateways", "Gateway")) {
     RefuseDeepNesting(*element);
-    const std::wstring name = NonNullAttribute(*element, "Name");
-    const std::wstring location = SubNodeText(*element, "Location");
+    std::wstring name = NonNullAttribute(*element, "Name");
+    std::wstring location = SubNodeText(*element, "Location");
     const std::wstring edition = NonNullAttribute(*element, "Edition");
     const std::wstring authentication = NonNullAttribute(*element, "Auth");
     const std::wstring mode = NonNullAttribute(*element, "RewriteMode");
@@ -222,13 +260,13 @@ bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
     if (!IsReadableKey(name, "a gateway's name") || !HasReadableLength(location, "a gateway's address"))
       return false;
     SRGateway gateway;
-    gateway.SetName(name);
+    gateway.SetName(std::move(name));
     gateway.SetAuthentication(GatewayAuthFromString(authentication));
     gateway.SetEdition(GatewayEditionFromString(edition));
     gateway.SetAGMode(AGModeFromString(mode));
-    gateway.SetLocation(location);
+    gateway.SetLocation(std::move(location));
     gateway.SetDefault(AsBool(NonNullAttribute(*element, "Default")));
-    store.AddGateway(gateway);
+    store.AddGateway(std::move(gateway));
   }
   return true;
 }
@@ -243,15 +281,15 @@ bool SRDocParser::DeserializeBeacons(DOMElement& service, SRStore& store, Beacon
     }
     // An element has no value and counts as an empty address.
     const XMLCh* value = content->getNodeValue();
-    const std::wstring location = value == nullptr ? std::wstring() : trim(AsWString(value), std::locale());
+    std::wstring location = value == nullptr ? std::wstring() : trim(AsWString(value), std::locale());
     if (location.empty()) {
       SR_TRACE(0) << "SR XML Parsing warning: empty beacon address";
       continue;
     }
     if (!HasReadableLength(location, "a beacon's address")) return false;
     SRBeacon beacon;
-    beacon.SetLocation(location);
-    store.AddBeacon(beacon, type);
+    beacon.SetLocation(std::move(location));
+    store.AddBeacon(std::move(beacon), type);
   }
   return true;
 }

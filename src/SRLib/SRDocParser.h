@@ -54,13 +54,15 @@ class SRDocParser {
   DOMServices domServices_;
 
  private:
+  class ServiceList;
+
   bool DeserializeService(xercesc::DOMElement& service, SRStore& store);
   [[nodiscard]] bool IsService(const xercesc::DOMNode& node) const;
   [[nodiscard]] bool IsLevel(const xercesc::DOMNode& node) const;
   void RefuseDeepNesting(const xercesc::DOMElement& element) const;
 
   xercesc::DOMDocument* document_ = nullptr;  // owned by domServices_
-  std::size_t deepestLevel_ = 0;              // of services and gateways inside one another
+  std::size_t deepestLevel_ = 0;              // found so far, of services and gateways inside one another
   const XString serviceNamespace_;            // empty: services are known by their tag name as written
 };
 

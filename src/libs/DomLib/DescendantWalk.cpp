@@ -1,10 +1,20 @@
 #include "libs/DomLib/DescendantWalk.h"
 
 #include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/XMLString.hpp>
 
 using namespace xercesc;
 
-DescendantWalk::DescendantWalk(const DOMElement& root) : path_{&root} {}
+namespace {
+
+constexpr std::size_t kUsualDepth = 8;
+
+}  // namespace
+
+DescendantWalk::DescendantWalk(const DOMElement& root) {
+  path_.reserve(kUsualDepth);
+  path_.push_back(&root);
+}
 
 const DOMNode* DescendantWalk::NextNode() {
   if (path_.empty()) return nullptr;
@@ -26,6 +36,6 @@ const DOMElement* DescendantWalk::Next() {
 
 const DOMElement* DescendantWalk::Next(const XString& name) {
   const DOMElement* element = Next();
-  while (element != nullptr && name != element->getNodeName()) element = Next();
+  while (element != nullptr && !XMLString::equals(name.c_str(), element->getNodeName())) element = Next();
   return element;
 }
