@@ -49,18 +49,21 @@ std::size_t SizeInList(const SRStore& store) {
 }
 
 std::optional<std::string> BoundPassed(const StoreMap& held, const StoreMap& changed) {
-  const std::size_t sizeBefore = SizeInList(held);
-  std::size_t size = sizeBefore;
   std::size_t count = held.size();
+  std::size_t size = 0;
+  std::size_t sizeReplaced = 0;
   for (const auto& [id, store] : changed) {
     const auto own = held.find(id);
     if (own == held.end()) ++count;
-    if (own != held.end()) size -= SizeInList(own->second);
+    if (own != held.end()) sizeReplaced += SizeInList(own->second);
     size += SizeInList(store);
     if (auto bound = BoundPassed(own != held.end() ? own->second : SRStore(), store)) return bound;
   }
   if (Passes(held.size(), count, kMaximumStores)) return TooMany(kMaximumStores, "stores");
-  if (Passes(sizeBefore, size, kMaximumListBytes)) return TooMany(kMaximumListBytes, "bytes of stores");
+  if (size <= sizeReplaced) return std::nullopt;  // the whole list need not be counted
+  const std::size_t sizeBefore = SizeInList(held);
+  if (Passes(sizeBefore, sizeBefore - sizeReplaced + size, kMaximumListBytes))
+    return TooMany(kMaximumListBytes, "bytes of stores");
   return std::nullopt;
 }
 

@@ -160,6 +160,20 @@ TEST_F(StructureTest, OnlyAMissingElementMakesTheStepFail) {
   ExpectResults<DiscoveryDocParser>();
 }
 
+// A list that is longer than what it gives out.
+struct ListWithoutItems : xercesc::DOMNodeList {
+  [[nodiscard]] xercesc::DOMNode* item(XMLSize_t /*index*/) const override { return nullptr; }
+  [[nodiscard]] XMLSize_t getLength() const override { return 1; }
+};
+
+struct ParserOfLists : SRDocParser {
+  using SRDocParser::DeserializeServiceNodes;
+};
+
+TEST_F(StructureTest, AnItemThatIsMissingInTheListMakesTheStepFail) {
+  EXPECT_FALSE(ParserOfLists().DeserializeServiceNodes(ListWithoutItems(), stores_));
+}
+
 class SurrogatesTest : public ParserTest {};
 
 TEST_F(SurrogatesTest, CharactersBeyondSixteenBitsAreDroppedWhenTheTextLeaves) {
