@@ -1,7 +1,7 @@
-#include "ServiceNames.h"
 #include "agent/Outputs.h"
 #include "agent/Scenarios.h"
 #include "common/ServedAgent.h"
+#include "libs/Bus/ServiceNames.h"
 #include "support/BusConnection.h"
 
 #include <csignal>

@@ -1,8 +1,8 @@
-#include "ServiceNames.h"
 #include "agent/Outputs.h"
 #include "agent/Scenarios.h"
 #include "common/Caller.h"
 #include "common/ServedAgent.h"
+#include "libs/Bus/ServiceNames.h"
 #include "support/BusConnection.h"
 
 #include <sys/resource.h>

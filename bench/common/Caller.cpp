@@ -1,6 +1,6 @@
 #include "common/Caller.h"
 
-#include "ServiceNames.h"
+#include "libs/Bus/ServiceNames.h"
 #include "support/BusConnection.h"
 
 #include <cerrno>

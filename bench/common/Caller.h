@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SdBus.h"
+#include "libs/Bus/SdBus.h"
 
 #include <chrono>
 #include <string>

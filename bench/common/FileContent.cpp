@@ -1,6 +1,6 @@
 #include "common/FileContent.h"
 
-#include "libs/FileDescriptor/FileDescriptor.h"
+#include "libs/Files/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <unistd.h>

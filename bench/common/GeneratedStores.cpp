@@ -1,7 +1,7 @@
 #include "common/GeneratedStores.h"
 
-#include "SRLib/PropertyList/PropertyList.h"
-#include "SRLib/TextHelpers.h"
+#include "libs/PropertyList/PropertyList.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/StoreMap.h"
+#include "SRLib/SRStore.h"
 #include "support/ServiceRecordDocument.h"
 
 #include <cstddef>

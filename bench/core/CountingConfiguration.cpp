@@ -1,7 +1,7 @@
 #include "core/CountingConfiguration.h"
 
 #include "MacCSLibrary.h"
-#include "SRLib/GenericFactories.h"
+#include "SRLib/Platform/GenericFactories.h"
 
 namespace bench {
 

@@ -1,9 +1,9 @@
 // The list in memory: a store looked up, lists merged.
 #include "SRLib/SRProvider.h"
-#include "SRLib/TextHelpers.h"
 #include "common/GeneratedStores.h"
 #include "core/Allocations.h"
 #include "core/Measured.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <cstring>
 #include <memory>

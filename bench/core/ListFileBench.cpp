@@ -1,12 +1,12 @@
 // The list in its file: saved, restored, one value read and written.
-#include "PreferenceFile.h"
-#include "SRLib/GenericFactories.h"
-#include "SRLib/PropertyList/PropertyList.h"
+#include "Files/PreferenceFile.h"
+#include "SRLib/Platform/GenericFactories.h"
 #include "SRLib/SRRegistryConfig.h"
 #include "common/FileContent.h"
 #include "common/GeneratedStores.h"
 #include "core/CountingConfiguration.h"
 #include "core/Measured.h"
+#include "libs/PropertyList/PropertyList.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,9 +1,9 @@
 // A document, from its text to its stores.
 #include "SRLib/SRXMLProvider.h"
-#include "SRLib/TextHelpers.h"
 #include "common/GeneratedStores.h"
 #include "core/Measured.h"
 #include "floors/BareParse.h"
+#include "libs/Text/TextHelpers.h"
 
 namespace bench {
 namespace {

@@ -1,6 +1,6 @@
 // A statement of the trace log that nobody listens to.
-#include "SRLib/Trace.h"
 #include "core/Measured.h"
+#include "libs/Trace/Trace.h"
 
 #include <mutex>
 #include <string>

@@ -1,6 +1,6 @@
 // A program that connects to the session bus, takes a name and waits, with the agent's libraries loaded:
 // bare_name NAME
-#include "SdBus.h"
+#include "libs/Bus/SdBus.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // A service that answers allStores with dictionaries that it has ready, and does nothing else:
 // bare_service NAME STORES
-#include "SdBus.h"
 #include "common/GeneratedStores.h"
+#include "libs/Bus/SdBus.h"
 
 #include <cstdlib>
 

@@ -1,11 +1,11 @@
 #include "SRLib/SRDocParser.h"
 
-#include "SRLib/StoreBounds.h"
-#include "SRLib/TextHelpers.h"
-#include "SRLib/Trace.h"
+#include "SRLib/Provider/StoreBounds.h"
 #include "libs/DomLib/DescendantWalk.h"
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/DomLib/XercesUtils.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Trace/Trace.h"
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/XMLException.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/StoreMap.h"
+#include "SRLib/SRStore.h"
 #include "libs/DomLib/DomServices.h"
 #include "libs/DomLib/XercesUtils.h"
 

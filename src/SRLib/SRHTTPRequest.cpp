@@ -1,7 +1,7 @@
 #include "SRLib/SRHTTPRequest.h"
 
 #include "SRLib/SRHTTPRequestFactory.h"
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 
 namespace ServiceRecords {
 

@@ -1,16 +1,17 @@
 #include "SRLib/SRProvider.h"
 
-#include "SRLib/FetchedDocument.h"
-#include "SRLib/GenericFactories.h"
-#include "SRLib/IServiceRecordsNotifications.h"
-#include "SRLib/Messages.h"
+#include "SRLib/Platform/DocumentFile.h"
+#include "SRLib/Platform/GenericFactories.h"
+#include "SRLib/Platform/IServiceRecordsNotifications.h"
+#include "SRLib/Platform/Messages.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
+#include "SRLib/Provider/FetchedDocument.h"
+#include "SRLib/Provider/StoreBounds.h"
 #include "SRLib/SRXMLProvider.h"
 #include "SRLib/SSLValidation.h"
-#include "SRLib/SSLValidationDetails.h"
 #include "SRLib/SSLValidationFactory.h"
-#include "SRLib/StoreBounds.h"
-#include "SRLib/TextHelpers.h"
-#include "SRLib/Trace.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Trace/Trace.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "SRLib/HeldStores.h"
-#include "SRLib/SavedStores.h"
-#include "SRLib/StoreMap.h"
+#include "SRLib/Provider/HeldStores.h"
+#include "SRLib/Provider/SavedStores.h"
+#include "SRLib/SRStore.h"
 
 #include <functional>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "SRLib/SRRegistryConfig.h"
 
-#include "SRLib/GenericFactories.h"
+#include "SRLib/Platform/GenericFactories.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,8 +1,8 @@
 #include "SRLib/SRStore.h"
 
-#include "SRLib/GenericFactories.h"
-#include "SRLib/ListMerge.h"
-#include "SRLib/Trace.h"
+#include "SRLib/Platform/GenericFactories.h"
+#include "SRLib/Provider/ListMerge.h"
+#include "libs/Trace/Trace.h"
 
 #include <algorithm>
 #include <functional>

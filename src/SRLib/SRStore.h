@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <list>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -79,5 +80,8 @@ class SRStore {
   std::list<SRBeacon> internalBeacons_;
   std::list<SRBeacon> externalBeacons_;
 };
+
+// Stores by their id, in plain code-point order.
+using StoreMap = std::map<std::wstring, SRStore>;
 
 }  // namespace ServiceRecords

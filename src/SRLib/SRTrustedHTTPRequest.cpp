@@ -2,7 +2,7 @@
 
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
-#include "SRLib/Trace.h"
+#include "libs/Trace/Trace.h"
 
 #include <cstring>
 #include <memory>

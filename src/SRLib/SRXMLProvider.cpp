@@ -2,7 +2,7 @@
 
 #include "SRLib/DiscoveryDocParser.h"
 #include "SRLib/SRDocParser.h"
-#include "SRLib/Trace.h"
+#include "libs/Trace/Trace.h"
 
 namespace ServiceRecords {
 

@@ -1,10 +1,10 @@
 #include "SRLib/SSLValidation.h"
 
-#include "SRLib/Messages.h"
-#include "SRLib/SSLValidationDetails.h"
+#include "SRLib/Platform/Messages.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
 #include "SRLib/SSLValidationFactory.h"
-#include "SRLib/TextHelpers.h"
-#include "SRLib/Trace.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Trace/Trace.h"
 
 namespace ServiceRecords {
 

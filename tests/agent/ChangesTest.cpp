@@ -1,5 +1,5 @@
-#include "agent/AgentTest.h"
-#include "network/RawServer.h"
+#include "support/AgentTest.h"
+#include "support/RawServer.h"
 
 #include <sys/ptrace.h>
 #include <sys/wait.h>

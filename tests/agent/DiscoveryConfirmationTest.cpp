@@ -1,7 +1,7 @@
-#include "agent/AgentTest.h"
-#include "network/RawServer.h"
+#include "support/AgentTest.h"
 #include "support/LoopbackListener.h"
-#include "warden/ScriptedCredentials.h"
+#include "support/RawServer.h"
+#include "support/ScriptedCredentials.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "agent/AgentTest.h"
+#include "support/AgentTest.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

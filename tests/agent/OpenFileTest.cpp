@@ -1,4 +1,4 @@
-#include "agent/AgentTest.h"
+#include "support/AgentTest.h"
 
 #include <csignal>
 #include <filesystem>

@@ -1,7 +1,7 @@
-#include "BusObject.h"
-#include "PendingChanges.h"
+#include "Bus/BusObject.h"
+#include "Bus/PendingChanges.h"
 #include "agent/ServiceOnBus.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

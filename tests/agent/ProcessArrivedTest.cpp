@@ -1,4 +1,4 @@
-#include "BusObject.h"
+#include "Bus/BusObject.h"
 #include "agent/ServiceOnBus.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "agent/AgentTest.h"
+#include "support/AgentTest.h"
 #include "support/LoopbackListener.h"
 
 #include <sys/socket.h>

@@ -1,5 +1,5 @@
-#include "agent/AgentTest.h"
 #include "agent/InterfaceDescription.h"
+#include "support/AgentTest.h"
 
 #include <algorithm>
 #include <filesystem>

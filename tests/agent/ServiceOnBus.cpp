@@ -1,6 +1,6 @@
 #include "agent/ServiceOnBus.h"
 
-#include "ServiceNames.h"
+#include "libs/Bus/ServiceNames.h"
 #include "support/BusConnection.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "BusMarshalling.h"
-#include "StoreDictionaries.h"
-#include "StoreDictionary.h"
-#include "core/StoreBuilders.h"
+#include "Bus/BusMarshalling.h"
+#include "Bus/StoreDictionaries.h"
+#include "Bus/StoreDictionary.h"
+#include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "core/CoreTest.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 namespace {
 

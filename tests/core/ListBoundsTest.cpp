@@ -1,6 +1,6 @@
+#include "SRLib/Platform/SSLValidationDetails.h"
+#include "SRLib/Provider/StoreBounds.h"
 #include "SRLib/SRRegistryConfig.h"
-#include "SRLib/SSLValidationDetails.h"
-#include "SRLib/StoreBounds.h"
 #include "core/ProviderTest.h"
 #include "fakes/DrivenClock.h"
 #include "fakes/StubHTTPRequestFactory.h"

@@ -1,5 +1,5 @@
+#include "SRLib/Platform/SSLValidationDetails.h"
 #include "SRLib/SRRegistryConfig.h"
-#include "SRLib/SSLValidationDetails.h"
 #include "core/ProviderTest.h"
 #include "fakes/StubSSLValidationFactory.h"
 #include "support/TemporaryFolder.h"

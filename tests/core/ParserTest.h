@@ -4,7 +4,7 @@
 #include "SRLib/SRDocParser.h"
 #include "core/CoreTest.h"
 #include "core/Documents.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 #include <string>
 #include <vector>

@@ -3,9 +3,9 @@
 #include "SRLib/SRProvider.h"
 #include "core/CoreTest.h"
 #include "core/Documents.h"
-#include "core/StoreBuilders.h"
 #include "fakes/FakeCriticalSections.h"
 #include "fakes/MockNotifications.h"
+#include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
 

@@ -1,5 +1,5 @@
 #include "SRLib/SRBeacon.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "SRLib/TextHelpers.h"
 #include "core/ParserTest.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/RuntimeException.hpp>

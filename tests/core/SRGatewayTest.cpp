@@ -1,6 +1,6 @@
 #include "SRLib/SRGateway.h"
 #include "SRLib/SRStore.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 #include <gtest/gtest.h>
 

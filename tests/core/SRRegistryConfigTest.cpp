@@ -1,6 +1,6 @@
 #include "SRLib/SRRegistryConfig.h"
 #include "core/CoreTest.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-#include "SRLib/ListMerge.h"
+#include "SRLib/Provider/ListMerge.h"
 #include "core/CoreTest.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 namespace {
 

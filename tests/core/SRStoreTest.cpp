@@ -1,6 +1,6 @@
 #include "SRLib/SRStore.h"
 #include "core/CoreTest.h"
-#include "core/StoreBuilders.h"
+#include "support/StoreBuilders.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
+#include "SRLib/Platform/SSLValidationDetails.h"
 #include "SRLib/SSLValidation.h"
-#include "SRLib/SSLValidationDetails.h"
 #include "core/CoreTest.h"
 
 namespace {

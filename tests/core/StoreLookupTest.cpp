@@ -1,7 +1,7 @@
 #include "SRLib/SRProvider.h"
-#include "SRLib/TextHelpers.h"
 #include "core/CoreTest.h"
-#include "core/StoreBuilders.h"
+#include "libs/Text/TextHelpers.h"
+#include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
 #include <wctype.h>

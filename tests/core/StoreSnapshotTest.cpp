@@ -1,5 +1,5 @@
-#include "SRLib/StoreSnapshot.h"
-#include "core/StoreBuilders.h"
+#include "SRLib/Provider/StoreSnapshot.h"
+#include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "SRLib/SSLValidationDetails.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
 #include "core/ProviderTest.h"
 #include "fakes/StubSSLValidationFactory.h"
 

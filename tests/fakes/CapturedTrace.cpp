@@ -1,8 +1,8 @@
 #include "fakes/CapturedTrace.h"
 
-#include "SRLib/TextHelpers.h"
-#include "SRLib/Trace.h"
 #include "fakes/FakeCriticalSections.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Trace/Trace.h"
 
 #include <algorithm>
 #include <mutex>

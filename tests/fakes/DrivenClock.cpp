@@ -1,6 +1,6 @@
 #include "fakes/DrivenClock.h"
 
-#include "SRLib/Waiting.h"
+#include "SRLib/Platform/Waiting.h"
 
 #include <stdexcept>
 

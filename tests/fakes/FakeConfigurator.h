@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/Configurator.h"
+#include "SRLib/Platform/Configurator.h"
 
 #include <functional>
 #include <list>

@@ -1,6 +1,6 @@
 #include "fakes/FakeFactories.h"
 
-#include "SRLib/GenericFactories.h"
+#include "SRLib/Platform/GenericFactories.h"
 #include "fakes/FakeCriticalSections.h"
 
 #include <memory>

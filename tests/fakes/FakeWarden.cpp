@@ -1,6 +1,6 @@
 #include "fakes/FakeWarden.h"
 
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 #include "libs/Warden_SDK/MorvaneWarden.h"
 
 #include <algorithm>

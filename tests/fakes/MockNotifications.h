@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/IServiceRecordsNotifications.h"
+#include "SRLib/Platform/IServiceRecordsNotifications.h"
 
 #include <gmock/gmock.h>
 

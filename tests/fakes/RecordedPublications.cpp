@@ -1,6 +1,6 @@
 #include "fakes/RecordedPublications.h"
 
-#include "SRLib/Publication.h"
+#include "SRLib/Platform/Publication.h"
 #include "fakes/CapturedTrace.h"
 #include "fakes/FakeCriticalSections.h"
 #include "fakes/FakeFactories.h"

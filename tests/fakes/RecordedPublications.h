@@ -1,7 +1,7 @@
 #pragma once
 
-#include "SRLib/StoreMap.h"
-#include "SRLib/StoreSnapshot.h"
+#include "SRLib/Provider/StoreSnapshot.h"
+#include "SRLib/SRStore.h"
 
 #include <memory>
 #include <vector>

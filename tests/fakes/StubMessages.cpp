@@ -1,4 +1,4 @@
-#include "SRLib/Messages.h"
+#include "SRLib/Platform/Messages.h"
 
 #include <map>
 #include <mutex>

@@ -1,6 +1,6 @@
 #include "fakes/StubNetworkLocation.h"
 
-#include "SRLib/NetworkLocation.h"
+#include "SRLib/Platform/NetworkLocation.h"
 
 #include <map>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/SSLValidationDetails.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
 #include "SRLib/SSLValidationFactory.h"
 
 #include <map>

@@ -1,11 +1,11 @@
 #include "MacSRHTTPRequest.h"
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 #include "network/EndlessServer.h"
 #include "network/LevelCapture.h"
-#include "network/RawServer.h"
-#include "network/TrustedAuthority.h"
-#include "platform/EnvironmentVariable.h"
-#include "platform/TraceCapture.h"
+#include "support/EnvironmentVariable.h"
+#include "support/RawServer.h"
+#include "support/TraceCapture.h"
+#include "support/TrustedAuthority.h"
 #include "support/WebServer.h"
 
 #include <gmock/gmock.h>

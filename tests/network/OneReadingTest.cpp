@@ -1,11 +1,11 @@
 #include "MacSRHTTPRequest.h"
 #include "MacSSLValidation.h"
 #include "SRLib/Gen_URL.h"
-#include "SRLib/SSLValidationDetails.h"
-#include "SRLib/TextHelpers.h"
-#include "address/GeneratedAddresses.h"
-#include "libs/UTF8Thread/UTF8Thread.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Text/UTF8Thread.h"
 #include "network/ReachedServers.h"
+#include "support/GeneratedAddresses.h"
 
 #include <arpa/inet.h>
 #include <curl/curl.h>

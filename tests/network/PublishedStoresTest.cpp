@@ -1,9 +1,9 @@
-#include "SRLib/NetworkLocation.h"
-#include "SRLib/Publication.h"
-#include "SRLib/TextHelpers.h"
-#include "core/StoreBuilders.h"
+#include "SRLib/Platform/NetworkLocation.h"
+#include "SRLib/Platform/Publication.h"
+#include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
-#include "network/RawServer.h"
+#include "support/RawServer.h"
+#include "support/StoreBuilders.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "MacSRHTTPRequest.h"
-#include "RequestHeaders.h"
-#include "network/RawServer.h"
+#include "Network/RequestHeaders.h"
+#include "support/RawServer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "StreamErrorCode.h"
+#include "libs/Transfer/StreamErrorCode.h"
 
 #include <gtest/gtest.h>
 

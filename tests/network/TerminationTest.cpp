@@ -1,8 +1,8 @@
 #include "MacSRHTTPRequest.h"
 #include "MacSSLValidation.h"
-#include "SRLib/SSLValidationDetails.h"
-#include "TerminationEvent.h"
-#include "network/RawServer.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
+#include "libs/Termination/TerminationEvent.h"
+#include "support/RawServer.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>

@@ -1,4 +1,4 @@
-#include "TransferWatch.h"
+#include "libs/Transfer/TransferWatch.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "AtomicFile.h"
-#include "platform/FileSystemFaults.h"
-#include "platform/FullDisk.h"
-#include "platform/OrdinaryUser.h"
-#include "platform/TestFiles.h"
+#include "libs/Files/AtomicFile.h"
+#include "support/FileSystemFaults.h"
+#include "support/FullDisk.h"
+#include "support/OrdinaryUser.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

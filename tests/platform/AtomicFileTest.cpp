@@ -1,7 +1,7 @@
-#include "AtomicFile.h"
-#include "platform/FullDisk.h"
-#include "platform/TestFiles.h"
+#include "libs/Files/AtomicFile.h"
+#include "support/FullDisk.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "BackgroundTasks.h"
+#include "Process/BackgroundTasks.h"
 #include "support/SystemLogFake.h"
 
 #include <gmock/gmock.h>

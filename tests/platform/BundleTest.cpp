@@ -1,7 +1,7 @@
-#include "Bundle.h"
-#include "platform/EnvironmentVariable.h"
-#include "platform/TestFiles.h"
+#include "libs/Files/Bundle.h"
+#include "support/EnvironmentVariable.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

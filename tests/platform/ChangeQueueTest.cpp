@@ -1,4 +1,4 @@
-#include "ChangeQueue.h"
+#include "Process/ChangeQueue.h"
 #include "support/SystemLogFake.h"
 
 #include <gmock/gmock.h>

@@ -1,10 +1,10 @@
+#include "Files/PreferenceFile.h"
 #include "MacConfiguration.h"
-#include "PreferenceFile.h"
-#include "platform/FileSystemFaults.h"
-#include "platform/FullDisk.h"
 #include "platform/PreferencesFolder.h"
-#include "platform/TestFiles.h"
-#include "platform/TraceCapture.h"
+#include "support/FileSystemFaults.h"
+#include "support/FullDisk.h"
+#include "support/TestFiles.h"
+#include "support/TraceCapture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
+#include "Files/PreferenceFile.h"
 #include "MacConfiguration.h"
-#include "PreferenceFile.h"
-#include "SRLib/GenericFactories.h"
-#include "platform/TestFiles.h"
+#include "SRLib/Platform/GenericFactories.h"
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "MacCSLibrary.h"
-#include "platform/TraceCapture.h"
+#include "support/TraceCapture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,12 +1,12 @@
+#include "Files/PreferenceFile.h"
 #include "MacConfiguration.h"
-#include "PreferenceFile.h"
-#include "PropertyListFile.h"
-#include "SRLib/PropertyList/PropertyList.h"
-#include "platform/FileSystemFaults.h"
-#include "platform/FullDisk.h"
+#include "libs/Files/PropertyListFile.h"
+#include "libs/PropertyList/PropertyList.h"
 #include "platform/PreferencesFolder.h"
-#include "platform/TestFiles.h"
-#include "platform/TraceCapture.h"
+#include "support/FileSystemFaults.h"
+#include "support/FullDisk.h"
+#include "support/TestFiles.h"
+#include "support/TraceCapture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

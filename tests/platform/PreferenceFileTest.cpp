@@ -1,7 +1,7 @@
-#include "PreferenceFile.h"
+#include "Files/PreferenceFile.h"
 #include "platform/PreferencesFolder.h"
-#include "platform/TestFiles.h"
-#include "platform/TraceCapture.h"
+#include "support/TestFiles.h"
+#include "support/TraceCapture.h"
 
 #include <gtest/gtest.h>
 #include <pwd.h>

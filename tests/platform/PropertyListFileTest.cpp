@@ -1,10 +1,10 @@
-#include "PropertyListFile.h"
-#include "platform/FileSystemFaults.h"
-#include "platform/FullDisk.h"
-#include "platform/NoFreeDescriptor.h"
-#include "platform/OrdinaryUser.h"
-#include "platform/TestFiles.h"
+#include "libs/Files/PropertyListFile.h"
+#include "support/FileSystemFaults.h"
+#include "support/FullDisk.h"
+#include "support/NoFreeDescriptor.h"
+#include "support/OrdinaryUser.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
-#include "SRLib/NetworkLocation.h"
-#include "SRLib/Publication.h"
-#include "core/StoreBuilders.h"
+#include "SRLib/Platform/NetworkLocation.h"
+#include "SRLib/Platform/Publication.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "platform/RecordingWayfinder.h"
+#include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,8 @@
 #include "ResourceKeeper.h"
-#include "SRLib/TextHelpers.h"
-#include "platform/TestFiles.h"
+#include "libs/Text/TextHelpers.h"
 #include "support/SystemLogFake.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,13 +1,13 @@
+#include "Files/PreferenceFile.h"
 #include "MacConfiguration.h"
-#include "PreferenceFile.h"
+#include "SRLib/Provider/SavedStores.h"
 #include "SRLib/SRRegistryConfig.h"
-#include "SRLib/SavedStores.h"
-#include "core/StoreBuilders.h"
-#include "platform/FileSystemFaults.h"
-#include "platform/FullDisk.h"
 #include "platform/PreferencesFolder.h"
-#include "platform/TestFiles.h"
+#include "support/FileSystemFaults.h"
+#include "support/FullDisk.h"
+#include "support/StoreBuilders.h"
 #include "support/SystemLogFake.h"
+#include "support/TestFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "ResourceKeeper.h"
-#include "SRLib/Messages.h"
-#include "SRLib/TextHelpers.h"
-#include "platform/EnvironmentVariable.h"
+#include "SRLib/Platform/Messages.h"
+#include "libs/Text/TextHelpers.h"
+#include "support/EnvironmentVariable.h"
 #include "support/SystemLogFake.h"
 
 #include <gmock/gmock.h>

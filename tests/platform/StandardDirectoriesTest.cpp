@@ -1,7 +1,7 @@
-#include "StandardDirectories.h"
-#include "platform/EnvironmentVariable.h"
-#include "platform/TestFiles.h"
+#include "libs/Files/StandardDirectories.h"
+#include "support/EnvironmentVariable.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "SRLib/StoreBounds.h"
-#include "StoreDictionary.h"
-#include "core/StoreBuilders.h"
+#include "Bus/StoreDictionary.h"
+#include "SRLib/Provider/StoreBounds.h"
+#include "support/StoreBuilders.h"
 
 #include <gio/gio.h>
 #include <gtest/gtest.h>

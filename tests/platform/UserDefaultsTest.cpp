@@ -1,8 +1,8 @@
-#include "UserDefaults.h"
-#include "platform/EnvironmentVariable.h"
-#include "platform/FileSystemFaults.h"
-#include "platform/TestFiles.h"
+#include "libs/Files/UserDefaults.h"
+#include "support/EnvironmentVariable.h"
+#include "support/FileSystemFaults.h"
 #include "support/TemporaryFolder.h"
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 

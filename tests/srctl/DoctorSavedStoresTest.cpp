@@ -1,4 +1,4 @@
-#include "ServiceNames.h"
+#include "libs/Bus/ServiceNames.h"
 #include "srctl/DoctorTest.h"
 
 #include <sys/resource.h>

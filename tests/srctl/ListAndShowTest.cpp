@@ -1,4 +1,4 @@
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 #include "srctl/SrctlTest.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "agent/AgentTest.h"
 #include "srctl/SrctlRun.h"
+#include "support/AgentTest.h"
 #include "support/ChildProcess.h"
 
 #include <nlohmann/json.hpp>

@@ -1,6 +1,6 @@
 #include "srctl/StandInAgent.h"
 
-#include "ServiceNames.h"
+#include "libs/Bus/ServiceNames.h"
 #include "support/BusConnection.h"
 
 using testsupport::CheckBus;

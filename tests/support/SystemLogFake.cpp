@@ -1,6 +1,6 @@
 #include "support/SystemLogFake.h"
 
-#include "SRLib/SystemLog.h"
+#include "libs/Trace/SystemLog.h"
 
 #include <mutex>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/PropertyList/PropertyList.h"
+#include "libs/PropertyList/PropertyList.h"
 #include "support/BusClient.h"
 #include "support/ChildProcess.h"
 #include "support/TemporaryFolder.h"

@@ -1,4 +1,4 @@
-#include "libs/LogText/LogText.h"
+#include "libs/Text/LogText.h"
 
 #include <gtest/gtest.h>
 

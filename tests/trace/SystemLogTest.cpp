@@ -1,6 +1,6 @@
-#include "SRLib/SystemLog.h"
-#include "platform/EnvironmentVariable.h"
-#include "ui/CapturedSyslog.h"
+#include "libs/Trace/SystemLog.h"
+#include "support/CapturedSyslog.h"
+#include "support/EnvironmentVariable.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -1,8 +1,9 @@
-#include "SRLib/TextHelpers.h"
-#include "SRLib/Waiting.h"
-#include "TerminationEvent.h"
+#include "SRLib/Platform/DocumentFile.h"
+#include "SRLib/Platform/Waiting.h"
 #include "libs/DomLib/DocumentBounds.h"
-#include "libs/FileDescriptor/FileDescriptor.h"
+#include "libs/Files/FileDescriptor.h"
+#include "libs/Termination/TerminationEvent.h"
+#include "libs/Text/TextHelpers.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>

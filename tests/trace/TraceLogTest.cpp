@@ -1,9 +1,9 @@
 #include "DbgTrace.h"
-#include "LogFileBuffer.h"
-#include "UserDefaults.h"
-#include "libs/FileDescriptor/FileDescriptor.h"
-#include "platform/FileSystemFaults.h"
-#include "platform/FullDisk.h"
+#include "Files/LogFileBuffer.h"
+#include "libs/Files/FileDescriptor.h"
+#include "libs/Files/UserDefaults.h"
+#include "support/FileSystemFaults.h"
+#include "support/FullDisk.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "SRLib/PropertyList/PropertyList.h"
+#include "libs/PropertyList/PropertyList.h"
 #include "support/TemporaryFolder.h"
 #include "ui/TestBundle.h"
 

@@ -1,4 +1,4 @@
-#include "ui/CapturedSyslog.h"
+#include "support/CapturedSyslog.h"
 #include "ui/LoadedModule.h"
 
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 #define _POSIX_C_SOURCE 200809L
 
-#include "SRUIProtocol.h"
+#include "libs/SRUIProtocol/SRUIProtocol.h"
 
 #include <stdlib.h>
 #include <string.h>

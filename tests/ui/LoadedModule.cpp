@@ -1,6 +1,6 @@
 #include "ui/LoadedModule.h"
 
-#include "UIBundleLoader.h"
+#include "Dialogs/UIBundleLoader.h"
 
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>

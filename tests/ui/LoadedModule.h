@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRUIProtocol.h"
+#include "libs/SRUIProtocol/SRUIProtocol.h"
 #include "ui/TestBundle.h"
 
 #include <filesystem>

@@ -1,8 +1,8 @@
-#include "Bundle.h"
 #include "MacISRNotificationManager.h"
-#include "SRLib/PropertyList/PropertyList.h"
 #include "SRLib/SRProvider.h"
-#include "TerminationEvent.h"
+#include "libs/Files/Bundle.h"
+#include "libs/PropertyList/PropertyList.h"
+#include "libs/Termination/TerminationEvent.h"
 #include "support/TemporaryFolder.h"
 #include "ui/RecordingUI.h"
 

@@ -1,6 +1,6 @@
 #define _POSIX_C_SOURCE 200809L
 
-#include "RecordingUI.h"
+#include "ui/RecordingUI.h"
 
 #include <stdlib.h>
 #include <string.h>

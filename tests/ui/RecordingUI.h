@@ -1,7 +1,7 @@
 #ifndef TESTS_UI_RECORDING_UI_H
 #define TESTS_UI_RECORDING_UI_H
 
-#include "SRUIProtocol.h"
+#include "libs/SRUIProtocol/SRUIProtocol.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,4 +1,4 @@
-#include "SRUIProtocol.h"
+#include "libs/SRUIProtocol/SRUIProtocol.h"
 
 #include <stddef.h>
 

@@ -1,8 +1,8 @@
-#include "SRLib/PropertyList/PropertyList.h"
-#include "SRLib/TextHelpers.h"
+#include "libs/PropertyList/PropertyList.h"
+#include "libs/Text/TextHelpers.h"
+#include "support/PseudoTerminal.h"
 #include "support/TemporaryFolder.h"
 #include "ui/LoadedModule.h"
-#include "ui/PseudoTerminal.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
-#include "SRLib/TextHelpers.h"
-#include "TerminalText.h"
+#include "libs/Terminal/TerminalText.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <gmock/gmock.h>
 

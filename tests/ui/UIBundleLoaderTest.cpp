@@ -1,4 +1,4 @@
-#include "UIBundleLoader.h"
+#include "Dialogs/UIBundleLoader.h"
 #include "support/SystemLogFake.h"
 #include "ui/RecordingUI.h"
 #include "ui/TestBundle.h"

@@ -1,5 +1,5 @@
-#include "Bundle.h"
 #include "MacISRNotificationManager.h"
+#include "libs/Files/Bundle.h"
 #include "support/SystemLogFake.h"
 
 #include <gmock/gmock.h>

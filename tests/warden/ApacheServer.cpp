@@ -1,6 +1,6 @@
 #include "warden/ApacheServer.h"
 
-#include "network/TrustedAuthority.h"
+#include "support/TrustedAuthority.h"
 
 #include <fstream>
 

@@ -1,4 +1,4 @@
-#include "Challenge.h"
+#include "libs/Warden_SDK/Challenge.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

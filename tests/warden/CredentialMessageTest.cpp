@@ -1,4 +1,4 @@
-#include "CredentialMessage.h"
+#include "libs/CredentialWire/CredentialMessage.h"
 
 #include <gtest/gtest.h>
 

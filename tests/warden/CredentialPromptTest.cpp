@@ -1,7 +1,7 @@
-#include "CredentialMessage.h"
-#include "HelperProcess.h"
+#include "libs/CredentialWire/CredentialMessage.h"
+#include "libs/HelperProgram/HelperProcess.h"
+#include "support/PseudoTerminal.h"
 #include "support/TemporaryFolder.h"
-#include "ui/PseudoTerminal.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
-#include "Challenge.h"
-#include "DigestAnswer.h"
+#include "libs/Warden_SDK/Challenge.h"
+#include "libs/Warden_SDK/DigestAnswer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "Crypto.h"
+#include "libs/Warden_SDK/Crypto.h"
+#include "support/ScriptedCredentials.h"
 #include "warden/ApacheServer.h"
-#include "warden/ScriptedCredentials.h"
 #include "warden/WardenLibrary.h"
 #include "warden/WardenRequest.h"
 

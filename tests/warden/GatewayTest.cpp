@@ -1,6 +1,6 @@
-#include "network/TrustedAuthority.h"
+#include "support/ScriptedCredentials.h"
+#include "support/TrustedAuthority.h"
 #include "support/WebServer.h"
-#include "warden/ScriptedCredentials.h"
 #include "warden/WardenLibrary.h"
 #include "warden/WardenRequest.h"
 

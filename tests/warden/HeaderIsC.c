@@ -1,4 +1,4 @@
-#include "MorvaneWarden.h"
+#include "libs/Warden_SDK/MorvaneWarden.h"
 
 /* The header serves a C compiler: its types and functions are used as such. */
 uint32_t WardenActionInC(void);

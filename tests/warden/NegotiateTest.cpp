@@ -1,8 +1,8 @@
-#include "Crypto.h"
-#include "NegotiateExchange.h"
+#include "libs/Warden_SDK/Crypto.h"
+#include "libs/Warden_SDK/NegotiateExchange.h"
+#include "support/ScriptedCredentials.h"
 #include "warden/ApacheServer.h"
 #include "warden/KerberosRealm.h"
-#include "warden/ScriptedCredentials.h"
 #include "warden/WardenLibrary.h"
 #include "warden/WardenRequest.h"
 

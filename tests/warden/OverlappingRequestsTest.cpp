@@ -1,9 +1,9 @@
 #include "MacSRHTTPRequest.h"
 #include "SRLib/SRTrustedHTTPRequest.h"
-#include "libs/FileDescriptor/FileDescriptor.h"
-#include "network/RawServer.h"
+#include "libs/Files/FileDescriptor.h"
+#include "support/PseudoTerminal.h"
+#include "support/RawServer.h"
 #include "support/TemporaryFolder.h"
-#include "ui/PseudoTerminal.h"
 #include "warden/WardenLibrary.h"
 #include "warden/WardenRequest.h"
 

@@ -1,5 +1,5 @@
-#include "SRLib/TextHelpers.h"
-#include "warden/ScriptedCredentials.h"
+#include "libs/Text/TextHelpers.h"
+#include "support/ScriptedCredentials.h"
 #include "warden/WardenLibrary.h"
 #include "warden/WardenRequest.h"
 

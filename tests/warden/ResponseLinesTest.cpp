@@ -1,4 +1,4 @@
-#include "ResponseLines.h"
+#include "libs/Warden_SDK/ResponseLines.h"
 
 #include <gtest/gtest.h>
 

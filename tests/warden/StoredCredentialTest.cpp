@@ -1,6 +1,6 @@
-#include "network/TrustedAuthority.h"
+#include "support/PseudoTerminal.h"
+#include "support/TrustedAuthority.h"
 #include "support/WebServer.h"
-#include "ui/PseudoTerminal.h"
 #include "warden/KeyringSession.h"
 #include "warden/WardenLibrary.h"
 #include "warden/WardenRequest.h"

@@ -1,6 +1,6 @@
 #include "SRLib/Gen_URL.h"
-#include "Url.h"
-#include "address/GeneratedAddresses.h"
+#include "libs/Warden_SDK/Url.h"
+#include "support/GeneratedAddresses.h"
 
 #include <gtest/gtest.h>
 

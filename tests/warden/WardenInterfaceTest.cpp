@@ -1,5 +1,5 @@
 #include "support/ChildProcess.h"
-#include "warden/ScriptedCredentials.h"
+#include "support/ScriptedCredentials.h"
 #include "warden/WardenLibrary.h"
 
 #include <gmock/gmock.h>

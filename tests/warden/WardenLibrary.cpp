@@ -1,6 +1,6 @@
 #include "warden/WardenLibrary.h"
 
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <dlfcn.h>
 

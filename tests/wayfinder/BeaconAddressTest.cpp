@@ -1,7 +1,7 @@
-#include "SRLib/TextHelpers.h"
-#include "address/GeneratedAddresses.h"
 #include "libs/Address/SplitURL.h"
-#include "libs/Wayfinder/BeaconAddress.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Wayfinder/Probing/BeaconAddress.h"
+#include "support/GeneratedAddresses.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/Wayfinder/HostLookups.h"
+#include "libs/Wayfinder/Probing/HostLookups.h"
 
 #include <condition_variable>
 #include <memory>

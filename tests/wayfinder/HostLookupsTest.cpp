@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/HostLookups.h"
+#include "libs/Wayfinder/Probing/HostLookups.h"
 #include "wayfinder/HangingResolver.h"
 #include "wayfinder/ProcessCounts.h"
 

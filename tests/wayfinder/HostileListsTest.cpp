@@ -1,6 +1,6 @@
 #include "libs/Wayfinder/Wayfinder.h"
-#include "network/RawServer.h"
 #include "support/LoopbackListener.h"
+#include "support/RawServer.h"
 #include "wayfinder/HangingResolver.h"
 #include "wayfinder/ProcessCounts.h"
 #include "wayfinder/RecordedService.h"

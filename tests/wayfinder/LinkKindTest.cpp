@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/LinkKind.h"
+#include "libs/Wayfinder/Network/LinkKind.h"
 
 #include <gtest/gtest.h>
 #include <linux/if_arp.h>

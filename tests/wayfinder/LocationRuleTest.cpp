@@ -1,5 +1,5 @@
-#include "libs/Wayfinder/LocationRule.h"
-#include "libs/Wayfinder/ProbeOutcome.h"
+#include "libs/Wayfinder/Deciding/LocationRule.h"
+#include "libs/Wayfinder/Probing/ProbeOutcome.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/NetlinkExchange.h"
+#include "libs/Wayfinder/Network/NetlinkExchange.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "libs/Wayfinder/NetworkMonitor.h"
-#include "libs/Wayfinder/RoundSchedule.h"
+#include "libs/Wayfinder/Deciding/RoundSchedule.h"
+#include "libs/Wayfinder/Network/NetworkMonitor.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "support/TemporaryFolder.h"
 #include "wayfinder/AddressServer.h"

@@ -1,5 +1,5 @@
-#include "libs/FileDescriptor/FileDescriptor.h"
-#include "libs/Wayfinder/NetworkManagerQuery.h"
+#include "libs/Files/FileDescriptor.h"
+#include "libs/Wayfinder/Network/NetworkManagerQuery.h"
 #include "support/TemporaryFolder.h"
 #include "wayfinder/FakeNetworkManager.h"
 

@@ -1,6 +1,6 @@
-#include "libs/Wayfinder/NetworkState.h"
+#include "libs/Wayfinder/Network/NetworkState.h"
 #include "libs/Wayfinder/Wayfinder.h"
-#include "network/TrustedAuthority.h"
+#include "support/TrustedAuthority.h"
 #include "support/WebServer.h"
 #include "wayfinder/AddressServer.h"
 #include "wayfinder/HangingResolver.h"

@@ -1,5 +1,5 @@
-#include "libs/Wayfinder/PeerStandings.h"
-#include "libs/Wayfinder/ProbeOutcome.h"
+#include "libs/Wayfinder/Deciding/PeerStandings.h"
+#include "libs/Wayfinder/Probing/ProbeOutcome.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "libs/Wayfinder/HostLookups.h"
-#include "libs/Wayfinder/ProbeRound.h"
-#include "network/RawServer.h"
-#include "network/TrustedAuthority.h"
+#include "libs/Wayfinder/Probing/HostLookups.h"
+#include "libs/Wayfinder/Probing/ProbeRound.h"
 #include "support/LoopbackListener.h"
+#include "support/RawServer.h"
+#include "support/TrustedAuthority.h"
 #include "support/WebServer.h"
 #include "wayfinder/Responses.h"
 

@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/RetryDelay.h"
+#include "libs/Wayfinder/Deciding/RetryDelay.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/RoundPlan.h"
+#include "libs/Wayfinder/Deciding/RoundPlan.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/RoundSchedule.h"
+#include "libs/Wayfinder/Deciding/RoundSchedule.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/StoreQueues.h"
+#include "libs/Wayfinder/Deciding/StoreQueues.h"
 
 #include <gmock/gmock.h>
 

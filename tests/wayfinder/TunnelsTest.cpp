@@ -1,5 +1,5 @@
-#include "libs/Wayfinder/LinkKind.h"
-#include "libs/Wayfinder/Routes.h"
+#include "libs/Wayfinder/Network/LinkKind.h"
+#include "libs/Wayfinder/Network/Routes.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "wayfinder/AddressServer.h"
 #include "wayfinder/FakeNetworkManager.h"

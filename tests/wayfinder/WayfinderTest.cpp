@@ -1,5 +1,5 @@
 #include "libs/Wayfinder/Wayfinder.h"
-#include "network/RawServer.h"
+#include "support/RawServer.h"
 
 #include <gmock/gmock.h>
 

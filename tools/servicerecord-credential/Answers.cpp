@@ -2,7 +2,7 @@
 
 #include "CredentialStore.h"
 #include "LogOnPrompt.h"
-#include "Terminal.h"
+#include "libs/Terminal/Terminal.h"
 
 #include <algorithm>
 #include <string>

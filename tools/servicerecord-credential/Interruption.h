@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/FileDescriptor/FileDescriptor.h"
+#include "libs/Files/FileDescriptor.h"
 
 // SIGINT, SIGTERM and SIGHUP as an event instead of the program's sudden end, so that a terminal gets its
 // mode back. Made before any thread starts.

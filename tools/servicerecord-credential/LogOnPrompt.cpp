@@ -1,8 +1,8 @@
 #include "LogOnPrompt.h"
 
-#include "SRLib/TextHelpers.h"
-#include "Terminal.h"
-#include "TerminalText.h"
+#include "libs/Terminal/Terminal.h"
+#include "libs/Terminal/TerminalText.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <string.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CredentialMessage.h"
+#include "libs/CredentialWire/CredentialMessage.h"
 
 #include <optional>
 

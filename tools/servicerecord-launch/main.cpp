@@ -1,4 +1,4 @@
-#include "DesktopIntegration.h"
+#include "libs/Desktop/DesktopIntegration.h"
 
 #include <unistd.h>
 

@@ -1,10 +1,10 @@
 #include "CommandLine.h"
 
 #include "Commands.h"
-#include "Doctor.h"
 #include "NetworkCommands.h"
-#include "SRLib/TextHelpers.h"
-#include "TerminalText.h"
+#include "doctor/Doctor.h"
+#include "libs/Terminal/TerminalText.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,14 +1,14 @@
 #include "Commands.h"
 
-#include "DocumentCheck.h"
-#include "Reports.h"
 #include "SRLib/SRXMLProvider.h"
-#include "SRLib/TextHelpers.h"
-#include "ServiceNames.h"
-#include "StandardDirectories.h"
-#include "TerminalText.h"
-#include "UserDefaults.h"
+#include "doctor/DocumentCheck.h"
+#include "libs/Bus/ServiceNames.h"
 #include "libs/DomLib/DocumentBounds.h"
+#include "libs/Files/StandardDirectories.h"
+#include "libs/Files/UserDefaults.h"
+#include "libs/Terminal/TerminalText.h"
+#include "libs/Text/TextHelpers.h"
+#include "print/Reports.h"
 
 #include <cerrno>
 #include <cstring>

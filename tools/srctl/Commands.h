@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Printing.h"
+#include "print/Printing.h"
 
 #include <optional>
 #include <string>

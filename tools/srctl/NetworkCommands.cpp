@@ -1,10 +1,10 @@
 #include "NetworkCommands.h"
 
-#include "AgentWatch.h"
-#include "NetworkPrinting.h"
-#include "Reports.h"
+#include "bus/AgentWatch.h"
 #include "libs/Wayfinder/StoreBeacons.h"
 #include "libs/Wayfinder/Wayfinder.h"
+#include "print/NetworkPrinting.h"
+#include "print/Reports.h"
 
 #include <algorithm>
 #include <csignal>

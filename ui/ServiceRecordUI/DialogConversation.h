@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DialogWire.h"
-#include "HelperProcess.h"
+#include "libs/HelperProgram/HelperProcess.h"
 
 #include <cstddef>
 #include <optional>

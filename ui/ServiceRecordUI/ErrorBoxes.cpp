@@ -1,8 +1,8 @@
 #include "ErrorBoxes.h"
 
-#include "SRLib/PropertyList/PropertyList.h"
-#include "SRLib/SystemLog.h"
-#include "TerminalText.h"
+#include "libs/PropertyList/PropertyList.h"
+#include "libs/Terminal/TerminalText.h"
+#include "libs/Trace/SystemLog.h"
 
 #include <cstddef>
 #include <optional>

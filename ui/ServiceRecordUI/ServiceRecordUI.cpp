@@ -1,8 +1,8 @@
 #include "DialogConversation.h"
 #include "DialogWire.h"
 #include "ErrorBoxes.h"
-#include "HelperProcess.h"
-#include "SRUIProtocol.h"
+#include "libs/HelperProgram/HelperProcess.h"
+#include "libs/SRUIProtocol/SRUIProtocol.h"
 
 #include <dlfcn.h>
 #include <poll.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "BackgroundTasks.h"
-#include "SdBus.h"
+#include "Process/BackgroundTasks.h"
+#include "libs/Bus/SdBus.h"
 
 #include <memory>
 #include <string>

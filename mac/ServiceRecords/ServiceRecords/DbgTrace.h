@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/Trace.h"
+#include "libs/Trace/Trace.h"
 
 #include <array>
 #include <concepts>
@@ -12,17 +12,6 @@
 
 // The platform's side of the trace log: where the stream leads, and the printf-style front of the agent.
 namespace trace {
-
-// Guarded by wdbgMutex.
-extern bool NoTraceOption;  // true until the preferences turn logging on
-extern bool VerboseOption;  // level 0 is written too
-extern bool ConsoleOption;  // console channel instead of the file; nothing sets it
-
-// Switches between the log file and the null buffer; tells whether the stream was enabled before.
-bool Enable(bool on);
-
-// The index of the stream's slot that holds a record's level.
-[[nodiscard]] int GetLevelIndex();
 
 // Opens the named log in the user's log folder; the log that was there is kept with "BUP" appended to its
 // name.

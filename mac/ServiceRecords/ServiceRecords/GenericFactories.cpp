@@ -1,4 +1,4 @@
-#include "SRLib/GenericFactories.h"
+#include "SRLib/Platform/GenericFactories.h"
 
 #include "MacCSLibrary.h"
 #include "MacConfiguration.h"

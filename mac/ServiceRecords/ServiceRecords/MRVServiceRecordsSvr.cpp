@@ -1,11 +1,11 @@
 #include "MRVServiceRecordsSvr.h"
 
-#include "Bundle.h"
-#include "BusMarshalling.h"
+#include "Bus/BusMarshalling.h"
 #include "DbgTrace.h"
 #include "SRLib/SRProvider.h"
-#include "SRLib/TextHelpers.h"
 #include "ServiceRecordMain.h"
+#include "libs/Files/Bundle.h"
+#include "libs/Text/TextHelpers.h"
 
 using ServiceRecords::SavedStores;
 using ServiceRecords::SRProvider;

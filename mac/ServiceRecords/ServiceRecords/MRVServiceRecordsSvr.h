@@ -1,8 +1,8 @@
 #pragma once
 
-#include "SRLib/PropertyList/PropertyList.h"
-#include "Sha256.h"
-#include "StoreDictionaries.h"
+#include "Bus/Sha256.h"
+#include "Bus/StoreDictionaries.h"
+#include "libs/PropertyList/PropertyList.h"
 
 #include <memory>
 #include <mutex>

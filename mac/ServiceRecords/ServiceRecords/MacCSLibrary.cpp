@@ -1,6 +1,6 @@
 #include "MacCSLibrary.h"
 
-#include "SRLib/Trace.h"
+#include "libs/Trace/Trace.h"
 
 #include <cerrno>
 #include <system_error>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/GenericCS.h"
+#include "SRLib/Platform/GenericCS.h"
 
 #include <pthread.h>
 

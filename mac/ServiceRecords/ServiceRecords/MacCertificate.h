@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OpenSslHandles.h"
+#include "libs/Transfer/OpenSslHandles.h"
 
 #include <optional>
 #include <string>

@@ -1,11 +1,11 @@
 #include "MacConfiguration.h"
 
-#include "ConfigurationFile.h"
 #include "DbgTrace.h"
-#include "GatheredChanges.h"
-#include "KeyPath.h"
-#include "NumberedContainers.h"
-#include "SRLib/TextHelpers.h"
+#include "Files/ConfigurationFile.h"
+#include "Files/GatheredChanges.h"
+#include "Files/KeyPath.h"
+#include "Files/NumberedContainers.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <limits>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/Configurator.h"
+#include "SRLib/Platform/Configurator.h"
 
 // The configuration tree of one scope, kept in one property-list file. Every operation sees what the file
 // holds by then, and every setter writes it whole; between Gather and the end of its result, which belongs to

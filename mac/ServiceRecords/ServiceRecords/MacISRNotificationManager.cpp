@@ -1,13 +1,13 @@
 #include "MacISRNotificationManager.h"
 
-#include "BackgroundTasks.h"
-#include "Bundle.h"
-#include "SRLib/PropertyList/PropertyList.h"
+#include "Bus/StoreDictionary.h"
+#include "Dialogs/UIBundleLoader.h"
+#include "Process/BackgroundTasks.h"
 #include "SRLib/SRProvider.h"
-#include "SRLib/TextHelpers.h"
-#include "StoreDictionary.h"
-#include "TerminationEvent.h"
-#include "UIBundleLoader.h"
+#include "libs/Files/Bundle.h"
+#include "libs/PropertyList/PropertyList.h"
+#include "libs/Termination/TerminationEvent.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <string>
 #include <utility>

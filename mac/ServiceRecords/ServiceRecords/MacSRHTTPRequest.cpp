@@ -1,10 +1,10 @@
 #include "MacSRHTTPRequest.h"
 
-#include "CurlTransfer.h"
 #include "DbgTrace.h"
-#include "RequestHeaders.h"
-#include "SRLib/TextHelpers.h"
+#include "Network/RequestHeaders.h"
 #include "libs/Address/SendingForm.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Transfer/CurlTransfer.h"
 
 #include <memory>
 #include <optional>

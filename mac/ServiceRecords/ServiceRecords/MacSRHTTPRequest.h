@@ -2,7 +2,7 @@
 
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
-#include "TransferWatch.h"
+#include "libs/Transfer/TransferWatch.h"
 
 namespace ServiceRecords {
 

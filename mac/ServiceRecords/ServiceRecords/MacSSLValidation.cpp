@@ -1,12 +1,12 @@
 #include "MacSSLValidation.h"
 
-#include "CurlTransfer.h"
 #include "DbgTrace.h"
-#include "SRLib/Messages.h"
-#include "SRLib/SSLValidationDetails.h"
-#include "SRLib/TextHelpers.h"
-#include "StreamErrorCode.h"
+#include "SRLib/Platform/Messages.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
 #include "libs/Address/SendingForm.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Transfer/CurlTransfer.h"
+#include "libs/Transfer/StreamErrorCode.h"
 
 #include <array>
 #include <cassert>

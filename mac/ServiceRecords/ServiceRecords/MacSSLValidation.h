@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CurlHandle.h"
 #include "MacCertificate.h"
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationFactory.h"
+#include "libs/Transfer/CurlHandle.h"
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,7 @@
-#include "SRLib/NetworkLocation.h"
-#include "SRLib/Publication.h"
-#include "SRLib/TextHelpers.h"
-#include "StoreDictionaries.h"
+#include "Bus/StoreDictionaries.h"
+#include "SRLib/Platform/NetworkLocation.h"
+#include "SRLib/Platform/Publication.h"
+#include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 namespace ServiceRecords {

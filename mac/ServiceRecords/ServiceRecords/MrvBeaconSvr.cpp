@@ -1,10 +1,10 @@
 #include "MrvBeaconSvr.h"
 
-#include "BusMarshalling.h"
+#include "Bus/BusMarshalling.h"
 #include "DbgTrace.h"
+#include "SRLib/Provider/StoreSnapshot.h"
 #include "SRLib/SRProvider.h"
-#include "SRLib/StoreSnapshot.h"
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 using ServiceRecords::SRGateway;

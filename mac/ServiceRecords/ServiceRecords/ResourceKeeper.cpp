@@ -1,10 +1,10 @@
 #include "ResourceKeeper.h"
 
-#include "AtomicFile.h"
-#include "Bundle.h"
-#include "SRLib/Messages.h"
-#include "SRLib/SystemLog.h"
-#include "SRLib/TextHelpers.h"
+#include "SRLib/Platform/Messages.h"
+#include "libs/Files/AtomicFile.h"
+#include "libs/Files/Bundle.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Trace/SystemLog.h"
 
 #include <fmt/format.h>
 #include <iconv.h>

@@ -1,4 +1,4 @@
-#include "Application.h"
+#include "Process/Application.h"
 
 int main(int argc, char** argv) {
   return ApplicationMain(argc, argv);

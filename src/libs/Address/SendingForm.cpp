@@ -1,6 +1,6 @@
 #include "libs/Address/SendingForm.h"
 
-#include "libs/UTF8Thread/UTF8Thread.h"
+#include "libs/Text/UTF8Thread.h"
 
 #include <arpa/inet.h>
 #include <curl/curl.h>

@@ -1,4 +1,4 @@
-#include "CredentialMessage.h"
+#include "libs/CredentialWire/CredentialMessage.h"
 
 #include <algorithm>
 #include <utility>

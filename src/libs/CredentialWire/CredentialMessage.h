@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Secret.h"
+#include "libs/CredentialWire/Secret.h"
 
 #include <cstddef>
 #include <optional>

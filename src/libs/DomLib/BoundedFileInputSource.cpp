@@ -1,7 +1,7 @@
 #include "libs/DomLib/BoundedFileInputSource.h"
 
 #include "libs/DomLib/DocumentBounds.h"
-#include "libs/FileDescriptor/FileDescriptor.h"
+#include "libs/Files/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

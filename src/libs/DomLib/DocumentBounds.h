@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/DocumentSize.h"
+#include "libs/DomLib/DocumentSize.h"
 
 #include <chrono>
 #include <cstddef>

@@ -1,11 +1,11 @@
 #include "libs/DomLib/DomServices.h"
 
-#include "SRLib/TextHelpers.h"
-#include "SRLib/Trace.h"
 #include "libs/DomLib/BoundedFileInputSource.h"
 #include "libs/DomLib/BoundedParser.h"
 #include "libs/DomLib/MeteredMemoryManager.h"
 #include "libs/DomLib/XercesUtils.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Trace/Trace.h"
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>

@@ -1,4 +1,4 @@
-#include "HelperProcess.h"
+#include "libs/HelperProgram/HelperProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>

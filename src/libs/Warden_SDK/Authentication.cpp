@@ -1,8 +1,8 @@
-#include "Authentication.h"
+#include "libs/Warden_SDK/Authentication.h"
 
-#include "CancelledQuestions.h"
-#include "CredentialProgram.h"
-#include "WardenLog.h"
+#include "libs/Warden_SDK/CancelledQuestions.h"
+#include "libs/Warden_SDK/CredentialProgram.h"
+#include "libs/Warden_SDK/WardenLog.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Challenge.h"
-#include "Credentials.h"
-#include "DigestAnswer.h"
-#include "MorvaneWarden.h"
-#include "NegotiateExchange.h"
-#include "Url.h"
+#include "libs/Warden_SDK/Challenge.h"
+#include "libs/Warden_SDK/Credentials.h"
+#include "libs/Warden_SDK/DigestAnswer.h"
+#include "libs/Warden_SDK/MorvaneWarden.h"
+#include "libs/Warden_SDK/NegotiateExchange.h"
+#include "libs/Warden_SDK/Url.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "Cancellation.h"
+#include "libs/Warden_SDK/Cancellation.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/FileDescriptor/FileDescriptor.h"
+#include "libs/Files/FileDescriptor.h"
 
 namespace Warden {
 

@@ -1,4 +1,4 @@
-#include "CancelledQuestions.h"
+#include "libs/Warden_SDK/CancelledQuestions.h"
 
 namespace Warden {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Credentials.h"
+#include "libs/Warden_SDK/Credentials.h"
 
 #include <chrono>
 #include <map>

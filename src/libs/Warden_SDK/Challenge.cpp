@@ -1,6 +1,6 @@
-#include "Challenge.h"
+#include "libs/Warden_SDK/Challenge.h"
 
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
 

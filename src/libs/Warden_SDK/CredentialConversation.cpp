@@ -1,4 +1,4 @@
-#include "CredentialConversation.h"
+#include "libs/Warden_SDK/CredentialConversation.h"
 
 #include <poll.h>
 #include <string.h>

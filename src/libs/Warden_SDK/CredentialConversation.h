@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CredentialMessage.h"
-#include "HelperProcess.h"
-#include "Secret.h"
+#include "libs/CredentialWire/CredentialMessage.h"
+#include "libs/CredentialWire/Secret.h"
+#include "libs/HelperProgram/HelperProcess.h"
 
 #include <chrono>
 #include <cstddef>

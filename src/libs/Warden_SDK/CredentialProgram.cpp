@@ -1,10 +1,10 @@
-#include "CredentialProgram.h"
+#include "libs/Warden_SDK/CredentialProgram.h"
 
-#include "Cancellation.h"
-#include "CredentialConversation.h"
-#include "CredentialMessage.h"
-#include "WaitNotice.h"
-#include "WardenLog.h"
+#include "libs/CredentialWire/CredentialMessage.h"
+#include "libs/Warden_SDK/Cancellation.h"
+#include "libs/Warden_SDK/CredentialConversation.h"
+#include "libs/Warden_SDK/WaitNotice.h"
+#include "libs/Warden_SDK/WardenLog.h"
 
 #include <array>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "Crypto.h"
+#include "libs/Warden_SDK/Crypto.h"
 
 #include <openssl/evp.h>
 #include <openssl/rand.h>

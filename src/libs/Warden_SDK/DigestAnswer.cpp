@@ -1,7 +1,7 @@
-#include "DigestAnswer.h"
+#include "libs/Warden_SDK/DigestAnswer.h"
 
-#include "Challenge.h"
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Warden_SDK/Challenge.h"
 
 #include <algorithm>
 #include <array>

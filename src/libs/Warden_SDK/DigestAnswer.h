@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Crypto.h"
+#include "libs/Warden_SDK/Crypto.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,11 +1,11 @@
-#include "MorvaneWarden.h"
+#include "libs/Warden_SDK/MorvaneWarden.h"
 
-#include "Cancellation.h"
-#include "CredentialProgram.h"
-#include "RequestContext.h"
-#include "SRLib/TextHelpers.h"
-#include "WaitNotice.h"
-#include "WardenLog.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Warden_SDK/Cancellation.h"
+#include "libs/Warden_SDK/CredentialProgram.h"
+#include "libs/Warden_SDK/RequestContext.h"
+#include "libs/Warden_SDK/WaitNotice.h"
+#include "libs/Warden_SDK/WardenLog.h"
 
 #include <dlfcn.h>
 #include <string.h>

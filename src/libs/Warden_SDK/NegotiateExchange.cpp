@@ -1,7 +1,7 @@
-#include "NegotiateExchange.h"
+#include "libs/Warden_SDK/NegotiateExchange.h"
 
-#include "Crypto.h"
-#include "WardenLog.h"
+#include "libs/Warden_SDK/Crypto.h"
+#include "libs/Warden_SDK/WardenLog.h"
 
 #include <gssapi/gssapi.h>
 #include <string.h>

@@ -1,10 +1,10 @@
-#include "RequestContext.h"
+#include "libs/Warden_SDK/RequestContext.h"
 
-#include "Cancellation.h"
-#include "CredentialProgram.h"
-#include "ResponseLines.h"
-#include "SRLib/TextHelpers.h"
-#include "WardenLog.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Warden_SDK/Cancellation.h"
+#include "libs/Warden_SDK/CredentialProgram.h"
+#include "libs/Warden_SDK/ResponseLines.h"
+#include "libs/Warden_SDK/WardenLog.h"
 
 #include <utility>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Authentication.h"
-#include "MorvaneWarden.h"
+#include "libs/Warden_SDK/Authentication.h"
+#include "libs/Warden_SDK/MorvaneWarden.h"
 
 #include <cstdint>
 #include <optional>

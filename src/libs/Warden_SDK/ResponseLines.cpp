@@ -1,6 +1,6 @@
-#include "ResponseLines.h"
+#include "libs/Warden_SDK/ResponseLines.h"
 
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
 #include <cwchar>

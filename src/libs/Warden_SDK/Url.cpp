@@ -1,7 +1,7 @@
-#include "Url.h"
+#include "libs/Warden_SDK/Url.h"
 
-#include "SRLib/TextHelpers.h"
 #include "libs/Address/SendingForm.h"
+#include "libs/Text/TextHelpers.h"
 
 namespace Warden {
 namespace {

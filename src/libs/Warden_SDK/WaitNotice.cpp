@@ -1,4 +1,4 @@
-#include "WaitNotice.h"
+#include "libs/Warden_SDK/WaitNotice.h"
 
 #include <atomic>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MorvaneWarden.h"
+#include "libs/Warden_SDK/MorvaneWarden.h"
 
 namespace Warden {
 

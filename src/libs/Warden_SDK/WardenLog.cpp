@@ -1,7 +1,7 @@
-#include "WardenLog.h"
+#include "libs/Warden_SDK/WardenLog.h"
 
-#include "SRLib/TextHelpers.h"
-#include "libs/LogText/LogText.h"
+#include "libs/Text/LogText.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <atomic>
 

@@ -1,9 +1,9 @@
 #include "libs/Wayfinder/LocationLoop.h"
 
+#include "libs/Files/EventFd.h"
+#include "libs/Wayfinder/Deciding/LocationRound.h"
 #include "libs/Wayfinder/LocationMessage.h"
-#include "libs/Wayfinder/LocationRound.h"
-#include "libs/Wayfinder/NetworkMonitor.h"
-#include "libs/Wayfinder/WakeEvent.h"
+#include "libs/Wayfinder/Network/NetworkMonitor.h"
 
 #include <poll.h>
 
@@ -51,7 +51,7 @@ LocationParts LocationParts::Defaults() {
 }
 
 LocationLoop::LocationLoop(const LocationParts& parts, HostLookups& lookups, StoreLocations& locations,
-                           LocationOrders& orders, const WakeEvent& wake, std::atomic<int>& outsideTunnel)
+                           LocationOrders& orders, const EventFd& wake, std::atomic<int>& outsideTunnel)
     : parts_(parts),
       lookups_(lookups),
       locations_(locations),

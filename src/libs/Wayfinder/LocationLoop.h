@@ -1,8 +1,8 @@
 #pragma once
 
-#include "libs/Wayfinder/HostLookups.h"
-#include "libs/Wayfinder/NetworkState.h"
-#include "libs/Wayfinder/RoundSchedule.h"
+#include "libs/Wayfinder/Deciding/RoundSchedule.h"
+#include "libs/Wayfinder/Network/NetworkState.h"
+#include "libs/Wayfinder/Probing/HostLookups.h"
 #include "libs/Wayfinder/StoreLocations.h"
 
 #include <atomic>
@@ -12,11 +12,12 @@
 #include <set>
 #include <string>
 
+class EventFd;
+
 namespace Wayfinding {
 
 class LocationRound;
 class NetworkMonitor;
-class WakeEvent;
 
 // What the location service is made of besides the network itself. All are called on the service's thread,
 // except `now`, which any thread calls.
@@ -47,7 +48,7 @@ class LocationLoop {
   // `lookups`: outlive the loop, so that those that hang are counted when it begins anew. `outsideTunnel`:
   // the index of the link to the outside where that is a tunnel, 0 otherwise.
   LocationLoop(const LocationParts& parts, HostLookups& lookups, StoreLocations& locations,
-               LocationOrders& orders, const WakeEvent& wake, std::atomic<int>& outsideTunnel);
+               LocationOrders& orders, const EventFd& wake, std::atomic<int>& outsideTunnel);
   ~LocationLoop();
   LocationLoop(const LocationLoop&) = delete;
   LocationLoop& operator=(const LocationLoop&) = delete;
@@ -77,7 +78,7 @@ class LocationLoop {
   HostLookups& lookups_;
   StoreLocations& locations_;
   LocationOrders& orders_;
-  const WakeEvent& wake_;
+  const EventFd& wake_;
   std::atomic<int>& outsideTunnel_;
 
   std::unique_ptr<NetworkMonitor> monitor_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/LogText/LogText.h"
+#include "libs/Text/LogText.h"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 #include "libs/Wayfinder/LocationService.h"
 
-#include "libs/Wayfinder/LinkKind.h"
-#include "libs/Wayfinder/NetworkState.h"
+#include "libs/Files/EventFd.h"
+#include "libs/Wayfinder/Network/LinkKind.h"
+#include "libs/Wayfinder/Network/NetworkState.h"
 #include "libs/Wayfinder/StoreLocations.h"
-#include "libs/Wayfinder/WakeEvent.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 #include <poll.h>
@@ -46,7 +46,7 @@ struct LocationService::Shared {
   HostLookups lookups;  // the thread's
   StoreLocations locations;
   LocationOrders orders;
-  WakeEvent wake;
+  EventFd wake;
   std::atomic<int> outsideTunnel = 0;  // the thread's word for the link to the outside
 };
 

@@ -1,6 +1,6 @@
 #include "libs/Wayfinder/StoreBeacons.h"
 
-#include "SRLib/TextHelpers.h"
+#include "libs/Text/TextHelpers.h"
 
 #include <map>
 #include <string_view>

@@ -1,8 +1,8 @@
 #include "libs/Wayfinder/Wayfinder.h"
 
-#include "libs/LogText/LogText.h"
+#include "libs/Text/LogText.h"
 #include "libs/Wayfinder/LocationService.h"
-#include "libs/Wayfinder/TlsTrust.h"
+#include "libs/Wayfinder/Probing/TlsTrust.h"
 
 #include <atomic>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/PropertyList/PropertyList.h"
+#include "libs/PropertyList/PropertyList.h"
 
 #include <cstdint>
 #include <memory>

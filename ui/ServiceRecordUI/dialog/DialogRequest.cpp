@@ -1,4 +1,4 @@
-#include "DialogRequest.h"
+#include "dialog/DialogRequest.h"
 
 #include "DialogWire.h"
 

@@ -1,6 +1,6 @@
-#include "Questions.h"
+#include "dialog/Questions.h"
 
-#include "TerminalText.h"
+#include "libs/Terminal/TerminalText.h"
 
 #include <algorithm>
 #include <cstddef>

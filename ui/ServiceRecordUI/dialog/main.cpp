@@ -1,7 +1,7 @@
-#include "DialogRequest.h"
 #include "DialogWire.h"
-#include "Questions.h"
-#include "Terminal.h"
+#include "dialog/DialogRequest.h"
+#include "dialog/Questions.h"
+#include "libs/Terminal/Terminal.h"
 
 #include <unistd.h>
 

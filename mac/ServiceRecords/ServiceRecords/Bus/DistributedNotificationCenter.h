@@ -1,0 +1,43 @@
+#pragma once
+
+#include "libs/Bus/SdBus.h"
+
+#include <functional>
+#include <map>
+#include <string>
+
+// Notifications between the programs of one user: the signal Posted(name, object) on the session bus.
+class DistributedNotificationCenter {
+ public:
+  // The center of the process, made on first use.
+  static DistributedNotificationCenter& defaultCenter();
+
+  // Sends and receives over this connection from now on, as long as the connection lives. Main thread.
+  // Answers the bus library's negative error code on failure.
+  [[nodiscard]] int Connect(sd_bus& bus);
+  // Main thread; before the connection goes.
+  void Disconnect();
+
+  // Any thread; sent at once on the main thread, otherwise handed to the main loop. Dropped while there is no
+  // connection.
+  void postNotificationName(const std::string& name, const std::string& object);
+
+  // Calls `handler` on the main thread for every notification of that name, whoever posts it. Needs no
+  // connection yet.
+  void addObserver(const std::string& name, std::function<void()> handler);
+  void removeObserver(const std::string& name);
+
+ private:
+  struct Observer {
+    std::function<void()> handler;
+    BusSlotPtr match;
+  };
+
+  void Send(const std::string& name, const std::string& object);
+  int Observe(const std::string& name, Observer& observer);
+  static int HandleSignal(sd_bus_message* message, void* observer, sd_bus_error* error);
+
+  sd_bus* bus_ = nullptr;
+  BusSlotPtr object_;
+  std::map<std::string, Observer> observers_;
+};

@@ -1,0 +1,84 @@
+#include "Dialogs/UIBundleLoader.h"
+
+#include "libs/Files/Bundle.h"
+#include "libs/Trace/SystemLog.h"
+
+#include <dlfcn.h>
+
+#include <memory>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+struct ModuleDeleter {
+  void operator()(void* module) const { ::dlclose(module); }
+};
+using ModulePtr = std::unique_ptr<void, ModuleDeleter>;
+
+using PrincipalClassFunction = decltype(&ServiceRecordUIPrincipalClass);
+
+// Nothing when the bundle has no module, or names one outside its own folder.
+std::optional<std::filesystem::path> ModuleOf(const Bundle& bundle) {
+  const std::filesystem::path name = bundle.InfoString("CFBundleExecutable");
+  std::error_code error;
+  if (name.empty() || name != name.filename() ||
+      !std::filesystem::is_regular_file(bundle.Path() / name, error)) {
+    return std::nullopt;
+  }
+  std::filesystem::path module = std::filesystem::absolute(bundle.Path() / name, error);
+  // An empty path would load the agent itself.
+  if (error) return std::nullopt;
+  return module;
+}
+
+// Never unmapped, even when the handle is closed, so that entry points stay good.
+ModulePtr Load(const std::filesystem::path& module) {
+  return ModulePtr(::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE));
+}
+
+bool Conforms(const SRUIProtocol& entryPoints) {
+  return entryPoints.version >= SRUI_PROTOCOL_VERSION && entryPoints.addStore != nullptr &&
+         entryPoints.replaceStore != nullptr && entryPoints.errorMessage != nullptr &&
+         entryPoints.SRStoreDetailsViewWithDetailsDictionary != nullptr;
+}
+
+const SRUIProtocol* ConformingClass(const ModulePtr& module, const SRUIHost& host) {
+  const auto principalClass =
+      reinterpret_cast<PrincipalClassFunction>(::dlsym(module.get(), "ServiceRecordUIPrincipalClass"));
+  const SRUIProtocol* entryPoints = principalClass != nullptr ? principalClass(&host) : nullptr;
+  return entryPoints != nullptr && Conforms(*entryPoints) ? entryPoints : nullptr;
+}
+
+}  // namespace
+
+UIBundleLoader::UIBundleLoader(std::filesystem::path plugInsFolder, int terminationDescriptor)
+    : plugInsFolder_(std::move(plugInsFolder)), host_{SRUI_PROTOCOL_VERSION, terminationDescriptor} {}
+
+const SRUIProtocol* UIBundleLoader::PrincipalClass(const std::string& caller) const {
+  if (plugInsFolder_.empty()) {
+    SystemLog::Error(caller + " - Failed to create the path for the ServiceRecordUI bundle");
+    return nullptr;
+  }
+  const std::filesystem::path path = plugInsFolder_ / "ServiceRecordUI.bundle";
+  const std::optional<Bundle> bundle = Bundle::WithPath(path);
+  if (!bundle) {
+    SystemLog::Error(caller + " - Could not load the bundle from " + path.string());
+    return nullptr;
+  }
+  const std::optional<std::filesystem::path> modulePath = ModuleOf(*bundle);
+  if (!modulePath) return nullptr;
+
+  const SRUIProtocol* entryPoints = nullptr;
+  // The description decides before any code of the bundle runs.
+  if (bundle->InfoString("SRConformsToProtocol") == "SRUIProtocol") {
+    const ModulePtr module = Load(*modulePath);
+    if (!module) return nullptr;
+    entryPoints = ConformingClass(module, host_);
+  }
+  if (entryPoints == nullptr) {
+    SystemLog::Error(caller + " - " + path.string() + " does not conform to protocol");
+  }
+  return entryPoints;
+}

@@ -1,0 +1,91 @@
+#include "Files/ConfigurationFile.h"
+
+#include "DbgTrace.h"
+#include "Files/PreferenceFile.h"
+
+#include <string>
+#include <utility>
+
+namespace {
+
+// Of both scopes. Held only as long as copying takes, never while a file is read or written.
+void SyncLock(bool lock) {
+  static std::mutex& mutex = *new std::mutex;
+  if (lock) {
+    mutex.lock();
+  } else {
+    mutex.unlock();
+  }
+}
+
+class SyncGuard {
+ public:
+  SyncGuard() { SyncLock(true); }
+  ~SyncGuard() { SyncLock(false); }
+  SyncGuard(const SyncGuard&) = delete;
+  SyncGuard& operator=(const SyncGuard&) = delete;
+};
+
+std::string Reason(const std::error_code& error) {
+  if (error == std::errc::file_exists) return "the file is damaged, and there is no free name for its copy";
+  return error.message();
+}
+
+}  // namespace
+
+ConfigurationFile::ConfigurationFile(bool perUser) : file_(preferenceFile(perUser)) {}
+
+ConfigurationFile& ConfigurationFile::OfScope(bool perUser) {
+  static auto& user = *new ConfigurationFile(true);
+  static auto& machine = *new ConfigurationFile(false);
+  return perUser ? user : machine;
+}
+
+ConfigurationFile::Tree ConfigurationFile::Load() {
+  return Read().Root();
+}
+
+PropertyListFile::Reading ConfigurationFile::Read() {
+  PropertyListFile::Reading before;
+  {
+    const SyncGuard guard;
+    before = wholeFile_;
+  }
+  PropertyListFile::Reading reading = file_.Load(before);
+  if (reading.Failure()) {
+    Count(&Config::StorageFailures::reads, reading.Failure());
+  } else {
+    const SyncGuard guard;
+    wholeFile_ = reading;
+  }
+  return reading;
+}
+
+void ConfigurationFile::PutInPlace(std::span<const TreeChange> changes) {
+  const std::lock_guard turn(turnOfWriters_);
+  PropertyListFile::Reading reading = Read();
+  PropertyList::Dictionary tree = *reading.Root();
+  if (Apply(changes, tree)) PutPellContainer(std::move(reading), std::move(tree));
+}
+
+void ConfigurationFile::PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree) {
+  if (const std::error_code error = file_.Save(reading, std::move(tree))) {
+    CSRLog(2, "failed to write preferences to: %@", file_.Path().string());
+    Count(&Config::StorageFailures::writes, error);
+    return;
+  }
+  // Swapped, so that the old tree goes when the lock does not wait for it.
+  const SyncGuard guard;
+  std::swap(wholeFile_, reading);
+}
+
+void ConfigurationFile::Count(std::uint64_t Config::StorageFailures::*kind, const std::error_code& error) {
+  const SyncGuard guard;
+  ++(failures_.*kind);
+  failures_.latest = file_.Path().string() + ": " + Reason(error);
+}
+
+Config::StorageFailures ConfigurationFile::Failures() const {
+  const SyncGuard guard;
+  return failures_;
+}

@@ -1,0 +1,65 @@
+#include "Process/ChangeQueue.h"
+
+#include "Process/RunAndLogFailure.h"
+
+#include <utility>
+
+ChangeQueue::ChangeQueue(std::function<bool()> isOver)
+    : isOver_(std::move(isOver)), thread_([this] { Work(); }) {}
+
+ChangeQueue::~ChangeQueue() {
+  Close();
+  if (thread_.joinable()) thread_.join();
+}
+
+void ChangeQueue::Add(Change change) {
+  const std::lock_guard lock(mutex_);
+  if (closed_) return;
+  waiting_.push_back(std::move(change));
+  changed_.notify_all();
+}
+
+void ChangeQueue::Close() {
+  const std::lock_guard lock(mutex_);
+  closed_ = true;
+  changed_.notify_all();
+}
+
+bool ChangeQueue::Finish(std::chrono::milliseconds limit) {
+  {
+    std::unique_lock lock(mutex_);
+    if (changed_.wait_for(lock, limit, [this] { return ended_; })) thread_.join();
+  }
+  Drop();
+  return !thread_.joinable();
+}
+
+// Without the lock, because what a change holds may have something to say, and in their order.
+void ChangeQueue::Drop() {
+  std::deque<Change> dropped;
+  {
+    const std::lock_guard lock(mutex_);
+    dropped.swap(waiting_);
+  }
+  for (Change& change : dropped) change = nullptr;
+}
+
+void ChangeQueue::Work() {
+  for (Change change = AwaitNext(); change; change = AwaitNext()) {
+    RunAndLogFailure("changing the list of stores", change);
+    change = nullptr;
+  }
+}
+
+ChangeQueue::Change ChangeQueue::AwaitNext() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return closed_ || !waiting_.empty(); });
+  if (closed_ || isOver_()) {
+    ended_ = true;
+    changed_.notify_all();
+    return nullptr;
+  }
+  Change next = std::move(waiting_.front());
+  waiting_.pop_front();
+  return next;
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "libs/Bus/SdBus.h"
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+// The main thread's event loop: bus connections, termination, and work that other threads hand over. Made and
+// run on the main thread; only Post and PutOff may be called from others. Throws std::system_error when it
+// cannot be made.
+class MainLoop {
+ public:
+  MainLoop();
+  ~MainLoop();
+  MainLoop(const MainLoop&) = delete;
+  MainLoop& operator=(const MainLoop&) = delete;
+
+  // The loop of the process, made on first use, which must be on the main thread.
+  static MainLoop& Main();
+
+  // Runs `work` on the main thread, in the order of the calls. What the work holds must be safe to hand from
+  // thread to thread; what it throws is logged. After the loop has ended it waits for RunPosted.
+  void Post(std::function<void()> work);
+
+  // Posts `work` when the time is over, in place of work that was put off before. What is put off when the
+  // loop ends is not done.
+  void PutOff(std::chrono::microseconds time, std::function<void()> work);
+
+  // Serves the connection from now on; false when the loop cannot take it.
+  [[nodiscard]] bool Attach(sd_bus& bus);
+
+  // Runs what was posted so far; false when that was nothing.
+  bool RunPosted();
+  [[nodiscard]] bool IsMainThread() const { return std::this_thread::get_id() == mainThread_; }
+
+  // Runs until termination is requested, or until a connection is lost. Returns the process's exit status.
+  // The connections stay open.
+  int Run();
+  // Runs until `done` answers true after an event, or termination is requested.
+  void RunUntil(const std::function<bool()>& done);
+
+ private:
+  void StartTimer(std::chrono::microseconds time);
+
+  static int HandlePosted(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+  static int HandleTime(sd_event_source* source, std::uint64_t time, void* self);
+  static int HandleTermination(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+
+  EventLoopPtr loop_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  const int wakeUp_;
+  std::mutex mutex_;
+  std::deque<std::function<void()>> posted_;
+  bool terminating_ = false;
+  // Both are the main thread's.
+  std::function<void()> putOff_;
+  EventSourcePtr timer_;
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace util {
+
+// Replaces `text` with the whole content of the file. False, and `text` unchanged, when the file cannot be
+// opened or is not a regular file. Reads one byte more than a document may have, so that a larger file is
+// seen to be too large. Any thread. The platform defines it.
+[[nodiscard]] bool ReadUTF8File(const std::wstring& path, std::wstring& text);
+
+}  // namespace util

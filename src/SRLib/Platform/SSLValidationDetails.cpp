@@ -1,0 +1,16 @@
+#include "SRLib/Platform/SSLValidationDetails.h"
+
+namespace ServiceRecords {
+
+SSLValidationDetails::SSLValidationDetails() {
+  Reset();
+}
+
+void SSLValidationDetails::Reset() {
+  Organization.clear();
+  Issuer.clear();
+  Errors.clear();
+  Result = kSuccess;
+}
+
+}  // namespace ServiceRecords

@@ -1,0 +1,69 @@
+#include "libs/Desktop/DesktopIntegration.h"
+
+#include "libs/Bus/ServiceNames.h"
+
+#include <gio/gdesktopappinfo.h>
+#include <gio/gio.h>
+
+#include <memory>
+#include <string_view>
+
+namespace DesktopIntegration {
+namespace {
+
+constexpr std::string_view kContentType = "application/vnd.morvane.servicerecord+xml";
+
+struct ObjectDeleter {
+  void operator()(gpointer object) const { g_object_unref(object); }
+};
+struct MemoryDeleter {
+  void operator()(gchar* memory) const { g_free(memory); }
+};
+using AppInfoPtr = std::unique_ptr<GAppInfo, ObjectDeleter>;
+using BusPtr = std::unique_ptr<GDBusConnection, ObjectDeleter>;
+using TextPtr = std::unique_ptr<gchar, MemoryDeleter>;
+
+std::string DesktopEntry(const std::string& identifier) {
+  return identifier + ".desktop";
+}
+
+AppInfoPtr FindApplication(const std::string& identifier) {
+  return AppInfoPtr(reinterpret_cast<GAppInfo*>(g_desktop_app_info_new(DesktopEntry(identifier).c_str())));
+}
+
+bool IsDefaultHandler(const gchar* type) {
+  const AppInfoPtr handler(g_app_info_get_default_for_type(type, FALSE));
+  return handler != nullptr &&
+         g_app_info_get_id(handler.get()) == DesktopEntry(ServiceNames::kServiceRecords);
+}
+
+}  // namespace
+
+bool BecomeDefaultHandler(const std::string& suffix) {
+  if (suffix.empty()) return false;
+  const TextPtr type(g_content_type_guess(("file." + suffix).c_str(), nullptr, 0, nullptr));
+  // The type of another application is not ours to take.
+  if (type == nullptr || type.get() != kContentType) return false;
+  if (IsDefaultHandler(type.get())) return true;
+  const AppInfoPtr self = FindApplication(ServiceNames::kServiceRecords);
+  return self != nullptr && g_app_info_set_as_default_for_type(self.get(), type.get(), nullptr) == TRUE;
+}
+
+bool LaunchApplication(const std::string& identifier) {
+  const AppInfoPtr application = FindApplication(identifier);
+  if (application == nullptr) return false;
+  const BusPtr bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+  if (g_app_info_launch(application.get(), nullptr, nullptr, nullptr) != TRUE) return false;
+  // An application that the bus activates is launched once the message has gone out.
+  return bus == nullptr || g_dbus_connection_flush_sync(bus.get(), nullptr, nullptr) == TRUE;
+}
+
+std::optional<std::string> LocalPath(const std::string& uri) {
+  gchar* hostText = nullptr;
+  const TextPtr path(g_filename_from_uri(uri.c_str(), &hostText, nullptr));
+  const TextPtr host(hostText);
+  const bool isLocal = host == nullptr || *host == '\0' || g_ascii_strcasecmp(host.get(), "localhost") == 0;
+  return path != nullptr && isLocal ? std::optional<std::string>(path.get()) : std::nullopt;
+}
+
+}  // namespace DesktopIntegration

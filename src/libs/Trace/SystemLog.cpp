@@ -1,0 +1,34 @@
+#include "libs/Trace/SystemLog.h"
+
+#include "libs/Text/LogText.h"
+
+#include <sys/stat.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace SystemLog {
+namespace {
+
+// The service manager names the file, so that nobody has to write each line twice.
+bool StandardErrorIsTheJournal() {
+  const char* const journal = std::getenv("JOURNAL_STREAM");
+  struct stat status {};
+  return journal != nullptr && ::fstat(STDERR_FILENO, &status) == 0 &&
+         journal == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+}
+
+}  // namespace
+
+void Error(const std::string& line) {
+  static const bool opened = [] {
+    const bool isWrittenTwice = StandardErrorIsTheJournal() && ::access("/dev/log", W_OK) == 0;
+    ::openlog("ServiceRecords", LOG_PID | (isWrittenTwice ? 0 : LOG_PERROR), LOG_USER);
+    return true;
+  }();
+  static_cast<void>(opened);
+  ::syslog(LOG_ERR, "%s", LogText::Line(line).c_str());
+}
+
+}  // namespace SystemLog

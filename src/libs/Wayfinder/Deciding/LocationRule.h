@@ -1,0 +1,41 @@
+#pragma once
+
+#include "libs/Wayfinder/Deciding/PeerStandings.h"
+#include "libs/Wayfinder/NetworkLocation.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Wayfinding {
+
+struct ProbeOutcome;
+
+// What is known of one store's beacons. Null stands for a beacon whose answer is still open.
+struct StoreFindings {
+  std::vector<const ProbeOutcome*> internal;  // at least one
+  std::vector<const ProbeOutcome*> external;
+  bool networkIsUsable = true;
+};
+
+struct LocationDecision {
+  NetworkLocation location = NetworkLocation::Deciding;
+  std::string reason;  // begins with the location, "LAN, 2 of 2 internal beacons answered"
+};
+
+// The name of the tunnel through which packets to a numeric address leave; empty when they do not.
+using TunnelTo = std::function<std::string(const std::string& address)>;
+
+// The standing in the round of an address that answered.
+using StandingOf = std::function<PeerStanding(const std::string& address)>;
+
+// The location, or nothing while open answers may still change it. An http answer of an internal beacon does
+// not count when it came from an exposed address, or from one that gave a certificate for another name in
+// another internal beacon's place, unless it is vouched for; of the external ones it does not outweigh a
+// portal. Any thread; no state.
+[[nodiscard]] std::optional<LocationDecision> DecideLocation(const StoreFindings& findings,
+                                                             const StandingOf& standingOf,
+                                                             const TunnelTo& tunnelTo);
+
+}  // namespace Wayfinding

@@ -1,0 +1,182 @@
+#include "libs/Wayfinder/Probing/BeaconTransfer.h"
+
+#include "libs/Wayfinder/Probing/BeaconAddress.h"
+#include "libs/Wayfinder/Probing/TlsTrust.h"
+
+namespace Wayfinding {
+namespace {
+
+constexpr std::size_t kMostHeadBytes = 256 * 1024;
+constexpr long kNetworkAuthenticationRequired = 511;
+
+// libcurl's own form for addresses that it need not look up.
+WFCurlListPtr KnownAddresses(const BeaconURL& url, const std::vector<std::string>& addresses) {
+  if (addresses.empty()) return nullptr;
+  std::string entry = "+" + url.host + ":" + url.port;
+  char separator = ':';
+  for (const std::string& address : addresses) {
+    const bool six = address.find(':') != std::string::npos;
+    entry += separator + (six ? "[" + address + "]" : address);
+    separator = ',';
+  }
+  return WFCurlListPtr(curl_slist_append(nullptr, entry.c_str()));
+}
+
+bool NeedsTarget(long status) {
+  return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+}  // namespace
+
+BeaconTransfer::BeaconTransfer(CURLM* transfers, TlsTrust& trust, const BeaconURL& url, Method method)
+    : transfers_(transfers),
+      trust_(trust),
+      secure_(url.secure),
+      method_(method),
+      host_(url.host),
+      url_(url.url),
+      handshakeMark_(&trust.NewHandshakeMark()) {}
+
+BeaconTransfer::~BeaconTransfer() {
+  if (transfer_ != nullptr) curl_multi_remove_handle(transfers_, transfer_.get());
+}
+
+std::unique_ptr<BeaconTransfer> BeaconTransfer::Start(CURLM* transfers, TlsTrust& trust, const BeaconURL& url,
+                                                      Method method,
+                                                      const std::vector<std::string>& addresses,
+                                                      std::chrono::milliseconds limit) {
+  std::unique_ptr<BeaconTransfer> made(new BeaconTransfer(transfers, trust, url, method));
+  if (!made->Prepare(url, addresses, limit)) return nullptr;
+  return made;
+}
+
+bool BeaconTransfer::Prepare(const BeaconURL& url, const std::vector<std::string>& addresses,
+                             std::chrono::milliseconds limit) {
+  transfer_.reset(curl_easy_init());
+  CURL* const handle = transfer_.get();
+  if (handle == nullptr || curl_easy_setopt(handle, CURLOPT_URL, url.url.c_str()) != CURLE_OK) return false;
+  addresses_ = KnownAddresses(url, addresses);
+  if (addresses_ == nullptr && !addresses.empty()) return false;  // libcurl would look it up by itself
+  if (addresses_ != nullptr) curl_easy_setopt(handle, CURLOPT_RESOLVE, addresses_.get());
+  curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
+  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(handle, CURLOPT_PROXY, "");
+  curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, 1L);
+  curl_easy_setopt(handle, CURLOPT_FORBID_REUSE, 1L);
+  curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(handle, CURLOPT_TIMEOUT_MS, static_cast<long>(limit.count()));
+  curl_easy_setopt(handle, secure_ ? CURLOPT_CONNECT_ONLY : CURLOPT_NOBODY,
+                   secure_ || method_ == Method::Head ? 1L : 0L);
+  curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, TakeHeader);
+  curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, TakeBody);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+  if (secure_) SetTrust();
+  return curl_multi_add_handle(transfers_, handle) == CURLM_OK;
+}
+
+void BeaconTransfer::SetTrust() {
+  CURL* const handle = transfer_.get();
+  // The paths built into libcurl would be used in place of the variables that the user may have set.
+  curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
+  curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, PrepareContext);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+}
+
+CURLcode BeaconTransfer::PrepareContext(CURL* /*transfer*/, void* context, void* self) {
+  auto& transfer = *static_cast<BeaconTransfer*>(self);
+  return transfer.trust_.Prepare(context, *transfer.handshakeMark_) ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
+}
+
+std::size_t BeaconTransfer::TakeHeader(char* /*data*/, std::size_t size, std::size_t count, void* self) {
+  auto& transfer = *static_cast<BeaconTransfer*>(self);
+  transfer.headBytes_ += size * count;
+  return transfer.headBytes_ <= kMostHeadBytes ? size * count : 0;
+}
+
+// The head says all; the rest need not come.
+std::size_t BeaconTransfer::TakeBody(char* /*data*/, std::size_t /*size*/, std::size_t /*count*/,
+                                     void* self) {
+  static_cast<BeaconTransfer*>(self)->bodyBegan_ = true;
+  return 0;
+}
+
+long BeaconTransfer::Status() const {
+  long status = 0;
+  curl_easy_getinfo(transfer_.get(), CURLINFO_RESPONSE_CODE, &status);
+  return status;
+}
+
+std::string BeaconTransfer::Peer() const {
+  const char* address = nullptr;
+  curl_easy_getinfo(transfer_.get(), CURLINFO_PRIMARY_IP, &address);
+  return address == nullptr ? std::string() : std::string(address);
+}
+
+std::string BeaconTransfer::HeardFrom(CURLcode code) const {
+  switch (code) {
+    case CURLE_OK:
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CONNECT_ERROR:
+    case CURLE_UNSUPPORTED_PROTOCOL:  // a body without a head
+    case CURLE_WEIRD_SERVER_REPLY:
+      return Peer();
+    default:
+      return headBytes_ > 0 ? Peer() : std::string();
+  }
+}
+
+// libcurl's own word for it would be missing when the body was not taken.
+std::optional<std::string> BeaconTransfer::RedirectHost() const {
+  if (Status() / 100 != 3) return std::nullopt;
+  curl_header* location = nullptr;
+  if (curl_easy_header(transfer_.get(), "Location", 0, CURLH_HEADER, -1, &location) == CURLHE_OK)
+    return HostOfReference(location->value, url_);
+  return NeedsTarget(Status()) ? std::optional<std::string>(std::in_place) : std::nullopt;
+}
+
+bool BeaconTransfer::HasResponse(CURLcode code) const {
+  return (code == CURLE_OK || (code == CURLE_WRITE_ERROR && bodyBegan_)) && Status() > 0;
+}
+
+bool BeaconTransfer::WantsGet(CURLcode code) const {
+  constexpr long kNotImplemented = 501;
+  return !secure_ && method_ == Method::Head && HasResponse(code) && Status() == kNotImplemented;
+}
+
+ProbeOutcome BeaconTransfer::Judge(CURLcode code) const {
+  ProbeOutcome outcome;
+  if (secure_) {
+    outcome = JudgeHandshake(code);
+  } else if (HasResponse(code)) {
+    outcome = JudgeResponse();
+  } else {
+    outcome.reason = curl_easy_strerror(code);
+  }
+  if (outcome.answer != ProbeAnswer::None) outcome.peer = Peer();
+  if (!outcome.reason.empty()) outcome.reason = url_ + ": " + outcome.reason;
+  return outcome;
+}
+
+ProbeOutcome BeaconTransfer::JudgeHandshake(CURLcode code) const {
+  if (code == CURLE_OK) return {.answer = ProbeAnswer::Answered, .proven = true};
+  // An untrusted chain fails the handshake itself, so what fails after it is the name.
+  if (code == CURLE_PEER_FAILED_VERIFICATION && *handshakeMark_)
+    return {.answer = ProbeAnswer::SomebodyElse, .proven = true, .reason = "certificate for another name"};
+  return {.reason = curl_easy_strerror(code)};
+}
+
+ProbeOutcome BeaconTransfer::JudgeResponse() const {
+  const long status = Status();
+  if (status == kNetworkAuthenticationRequired)
+    return {.answer = ProbeAnswer::SomebodyElse, .reason = "status 511"};
+  if (status >= 500) return {.reason = "status " + std::to_string(status)};
+  const std::optional<std::string> host = RedirectHost();
+  if (!host || *host == host_) return {.answer = ProbeAnswer::Answered};
+  return {.answer = ProbeAnswer::SomebodyElse,
+          .reason = "redirect to " + (host->empty() ? std::string("an address that cannot be read") : *host)};
+}
+
+}  // namespace Wayfinding

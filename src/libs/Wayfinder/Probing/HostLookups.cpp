@@ -1,0 +1,129 @@
+#include "libs/Wayfinder/Probing/HostLookups.h"
+
+#include "libs/Files/EventFd.h"
+
+#include <netdb.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+namespace Wayfinding {
+namespace {
+
+constexpr std::size_t kMostAddresses = 16;
+
+struct AddressListDeleter {
+  void operator()(addrinfo* list) const noexcept { ::freeaddrinfo(list); }
+};
+using AddressListPtr = std::unique_ptr<addrinfo, AddressListDeleter>;
+
+std::string NumericText(const addrinfo& entry) {
+  std::array<char, NI_MAXHOST> text{};
+  const int failed = ::getnameinfo(entry.ai_addr, entry.ai_addrlen, text.data(),
+                                   static_cast<socklen_t>(text.size()), nullptr, 0, NI_NUMERICHOST);
+  return failed != 0 ? std::string() : std::string(text.data());
+}
+
+}  // namespace
+
+struct HostLookup::State {
+  mutable std::mutex mutex;
+  bool ended = false;
+  std::vector<std::string> addresses;
+};
+
+HostLookup::HostLookup() : state_(std::make_unique<State>()) {}
+HostLookup::~HostLookup() = default;
+
+bool HostLookup::HasEnded() const {
+  const std::lock_guard lock(state_->mutex);
+  return state_->ended;
+}
+
+std::vector<std::string> HostLookup::Addresses() const {
+  const std::lock_guard lock(state_->mutex);
+  return state_->addresses;
+}
+
+void HostLookup::End(std::vector<std::string> addresses) {
+  const std::lock_guard lock(state_->mutex);
+  state_->addresses = std::move(addresses);
+  state_->ended = true;
+}
+
+// Outlives HostLookups for as long as a lookup hangs.
+struct HostLookups::Shared {
+  Resolver resolver;
+  EventFd ended;
+};
+
+HostLookups::HostLookups(Resolver resolver) : shared_(std::make_shared<Shared>()) {
+  shared_->resolver = std::move(resolver);
+}
+
+HostLookups::~HostLookups() = default;
+
+int HostLookups::Descriptor() const {
+  return shared_->ended.Descriptor();
+}
+
+void HostLookups::ClearEnded() {
+  shared_->ended.Clear();
+  std::erase_if(running_, [](const Running& running) { return running.lookup->HasEnded(); });
+}
+
+void HostLookups::TakeNewNetwork() {
+  for (Running& running : running_) running.isOfThisNetwork = false;
+}
+
+void HostLookups::Run(const std::shared_ptr<Shared>& shared, const std::shared_ptr<HostLookup>& lookup,
+                      const std::string& host) noexcept {
+  std::vector<std::string> addresses;
+  try {
+    addresses = shared->resolver(host);
+  } catch (...) {
+    addresses.clear();
+  }
+  lookup->End(std::move(addresses));
+  shared->ended.Raise();
+}
+
+std::shared_ptr<const HostLookup> HostLookups::Start(const std::string& host, const std::string& store) {
+  std::size_t held = 0;
+  for (const Running& running : running_) {
+    if (running.isOfThisNetwork && running.host == host) return running.lookup;
+    if (running.store == store) ++held;
+  }
+  // Taken one after the other by stores whose names all hang, such shares are enough for 17 of them.
+  constexpr std::size_t kPart = 4;
+  if (kPart * held >= kMostThreads - running_.size()) return nullptr;
+  auto lookup = std::make_shared<HostLookup>();
+  try {
+    std::thread([shared = shared_, lookup, host] { Run(shared, lookup, host); }).detach();
+  } catch (const std::system_error&) {
+    return nullptr;
+  }
+  running_.push_back({.host = host, .store = store, .lookup = lookup});
+  return lookup;
+}
+
+std::vector<std::string> ResolveWithSystem(const std::string& host) {
+  addrinfo hints{};
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (::getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) return {};
+  const AddressListPtr list(found);
+  std::vector<std::string> addresses;
+  for (const addrinfo* entry = found; entry != nullptr && addresses.size() < kMostAddresses;
+       entry = entry->ai_next) {
+    std::string text = NumericText(*entry);
+    const bool isOfOneLinkAlone = text.find('%') != std::string::npos;  // which libcurl takes for no address
+    if (!text.empty() && !isOfOneLinkAlone) addresses.push_back(std::move(text));
+  }
+  return addresses;
+}
+
+}  // namespace Wayfinding

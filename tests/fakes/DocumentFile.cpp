@@ -1,0 +1,21 @@
+#include "SRLib/Platform/DocumentFile.h"
+
+#include "libs/Text/TextHelpers.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace util {
+
+bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
+  const std::filesystem::path file(narrow(path));
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) return false;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) return false;
+  text = widen(std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()));
+  return true;
+}
+
+}  // namespace util

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "bus/StoreInfo.h"
+#include "libs/Bus/SdBus.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct BusService;
+
+// A connection to the agent over the user's session bus; the bus starts the agent when it is not running. One
+// thread. Every operation that gets no answer returns nothing (or false) and leaves the reason in Problem().
+// All text is UTF-8.
+class AgentClient {
+ public:
+  // Nothing, and the reason in `problem`, when there is no session bus.
+  static std::optional<AgentClient> Connect(std::string& problem);
+
+  [[nodiscard]] std::optional<std::vector<StoreInfo>> AllStores();
+  // An empty id in the result says that the agent has no such store.
+  [[nodiscard]] std::optional<StoreInfo> StoreForID(const std::string& id);
+
+  // Whether the agent did it.
+  [[nodiscard]] std::optional<bool> DeleteStore(const std::string& id);
+  [[nodiscard]] std::optional<bool> SetDefaultGatewayForStoreID(const std::string& id,
+                                                                const std::string& gateway);
+  [[nodiscard]] std::optional<bool> SetDefaultGatewayForStoreURL(const std::string& url,
+                                                                 const std::string& gateway);
+
+  // Has the agent open the file and waits, for as long as the user takes, until it is done with it. True when
+  // the store list changed: the agent announces that before it answers.
+  [[nodiscard]] std::optional<bool> OpenFile(const std::string& absolutePath);
+
+  // The agent does not tell what it made of the document.
+  [[nodiscard]] bool HandOverDiscoveryDocument(const std::string& document);
+
+  // The folder of the dialogs' plug-in.
+  [[nodiscard]] std::optional<std::string> UIBundlePath();
+
+  // Whether the agent's list and its file agree: "good", or one of these.
+  static constexpr char kUnsaved[] = "unsaved";
+  static constexpr char kUnreadable[] = "unreadable";
+  [[nodiscard]] std::optional<std::string> StateOfSavedStores();
+
+  // A network location, as Wayfinder numbers them.
+  [[nodiscard]] std::optional<std::uint64_t> LocationForStore(const std::string& url);
+  // The same, but while it is being decided, waits until it is, or for the time. Does not ask again and
+  // again: the agent announces a change.
+  [[nodiscard]] std::optional<std::uint64_t> DecidedLocationForStore(const std::string& url,
+                                                                     std::chrono::seconds limit);
+  // No element or one.
+  [[nodiscard]] std::optional<std::vector<CurrentGatewayInfo>> CurrentGatewayForStore(const std::string& url);
+  // Bits, as Wayfinder defines them.
+  [[nodiscard]] std::optional<std::uint32_t> ReachabilityFlags();
+
+  // Tells everybody on the bus; true when the notification is on its way.
+  [[nodiscard]] bool PostNotification(const std::string& name, const std::string& object);
+
+  [[nodiscard]] const std::string& Problem() const { return problem_; }
+
+ private:
+  explicit AgentClient(BusPtr bus) : bus_(std::move(bus)) {}
+
+  [[nodiscard]] BusMessagePtr NewCall(const BusService& service, const char* method,
+                                      const std::vector<std::string>& arguments);
+  [[nodiscard]] BusMessagePtr Call(const BusService& service, const char* method,
+                                   const std::vector<std::string>& arguments,
+                                   std::chrono::microseconds timeOut);
+  // The result of a call, read by `read`, which returns a negative error code on failure.
+  template <class Result, class Reader>
+  [[nodiscard]] std::optional<Result> CallAndRead(const BusService& service, const char* method,
+                                                  const std::vector<std::string>& arguments, Reader read);
+  [[nodiscard]] std::optional<bool> CallForBoolean(const char* method,
+                                                   const std::vector<std::string>& arguments);
+  // Handles messages until the flag is set, which a handler does. False, and Problem() set, when the
+  // connection breaks; true also at the deadline.
+  [[nodiscard]] bool WaitFor(const bool& flag, std::chrono::steady_clock::time_point deadline);
+  void Fail(const std::string& what, int error);
+
+  BusPtr bus_;
+  std::string problem_;
+};

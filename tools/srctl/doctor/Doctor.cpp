@@ -1,0 +1,115 @@
+#include "doctor/Doctor.h"
+
+#include "bus/AgentClient.h"
+#include "doctor/Finding.h"
+#include "doctor/FindingPrinter.h"
+#include "doctor/InstallationChecks.h"
+#include "doctor/LocationReasons.h"
+#include "doctor/StoreChecks.h"
+#include "print/Reports.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iostream>
+#include <optional>
+
+namespace commands {
+namespace {
+
+using Result = Finding::Result;
+using std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// The library gives up on a beacon after ten seconds.
+constexpr auto kDecisionTime = 12s;
+
+constexpr char kNoAnswer[] = "the agent does not answer";
+
+Finding Unanswered(const std::string& problem) {
+  return {Result::Problem, "agent", "It cannot be reached: " + problem + ".", kReachTheAgent};
+}
+
+// What the agent told, as far as it did.
+struct AgentAnswers {
+  Finding agent;
+  std::optional<std::string> plugIn;
+  std::optional<std::string> savedStores;
+  std::optional<std::vector<StoreInfo>> stores;
+};
+
+AgentAnswers AskAgent(std::optional<AgentClient>& agent, const std::string& problem) {
+  AgentAnswers answers{Unanswered(problem), std::nullopt, std::nullopt, std::nullopt};
+  if (!agent) return answers;
+  answers.plugIn = agent->UIBundlePath();
+  if (answers.plugIn) answers.savedStores = agent->StateOfSavedStores();
+  if (answers.savedStores) answers.stores = agent->AllStores();
+  answers.agent = answers.stores ? Finding{Result::Ok, "agent", "It answers on the session bus."}
+                                 : Unanswered(agent->Problem());
+  return answers;
+}
+
+Finding NotLookedAt(const std::string& check, const std::string& reason) {
+  return {Result::Note, check, "It was not looked at, because " + reason + "."};
+}
+
+void CheckSavedStores(const std::string& state, const FindingReport& report) {
+  constexpr char kReason[] = "The system log says why: journalctl --user -t ServiceRecords";
+  if (state == AgentClient::kUnsaved) {
+    report(
+        {Result::Problem, "saved stores",
+         "The agent could not save its list of stores. It goes on with it and tries again, but what was not "
+         "saved is lost when the agent ends.",
+         std::string("Make room on the disk, or make the file one that you may write. ") + kReason});
+  } else if (state == AgentClient::kUnreadable) {
+    report(
+        {Result::Problem, "saved stores",
+         "The agent could not read the file with your stores. Until it can, which it tries again and again, "
+         "its list is empty and cannot be changed.",
+         std::string("Make the file one that you may read. ") + kReason});
+  }
+}
+
+void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const FindingReport& report) {
+  if (stores.empty()) {
+    return report({Result::Note, "stores", "There are none yet.",
+                   "Open the service-record file that your administrator gave you: srctl open FILE"});
+  }
+  const auto deadline = steady_clock::now() + kDecisionTime;
+  const std::map<std::string, std::string> reasons = LocationReasons(kDecisionTime);
+  for (const StoreInfo& store : stores) {
+    // An agent that was started for this may still be deciding.
+    const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - steady_clock::now());
+    const auto location = agent.DecidedLocationForStore(store.url, std::max(left, 0s));
+    if (!location) return report(Unanswered(agent.Problem()));
+    const auto reason = reasons.find(store.url);
+    storechecks::CheckStore({store, *location, reason == reasons.end() ? "" : reason->second}, report);
+  }
+}
+
+}  // namespace
+
+Status Doctor(printing::Format format) {
+  printing::FindingPrinter printer(std::cout, format);
+  const FindingReport report = [&printer](const Finding& finding) { printer.Print(finding); };
+  std::string problem;
+  std::optional<AgentClient> agent = AgentClient::Connect(problem);
+  const AgentAnswers answers = AskAgent(agent, problem);
+  report(answers.agent);
+  report(installationchecks::CheckLog());
+  report(answers.plugIn ? installationchecks::CheckPlugIn(*answers.plugIn)
+                        : NotLookedAt("plug-in", kNoAnswer));
+  report(installationchecks::CheckUserConfiguration());
+  report(installationchecks::CheckMachineConfiguration());
+  if (answers.savedStores) CheckSavedStores(*answers.savedStores, report);
+  if (!answers.stores) {
+    report(NotLookedAt("stores", kNoAnswer));
+  } else if (answers.savedStores == AgentClient::kUnreadable) {
+    report(NotLookedAt("stores", "the agent could not read the file"));
+  } else {
+    CheckStores(*agent, *answers.stores, report);
+  }
+  printer.Finish();
+  return printer.Problems() == 0 ? Status::Done : Status::Refused;
+}
+
+}  // namespace commands

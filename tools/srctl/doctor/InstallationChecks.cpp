@@ -1,0 +1,149 @@
+#include "doctor/InstallationChecks.h"
+
+#include "Files/PreferenceFile.h"
+#include "libs/Files/AtomicFile.h"
+#include "libs/Files/Bundle.h"
+#include "libs/Files/PropertyListFile.h"
+#include "libs/Files/StandardDirectories.h"
+#include "libs/Files/UserDefaults.h"
+#include "libs/PropertyList/PropertyList.h"
+
+#include <unistd.h>
+
+#include <optional>
+#include <string>
+
+namespace installationchecks {
+namespace {
+
+namespace fs = std::filesystem;
+using Result = Finding::Result;
+
+constexpr char kReinstall[] = "Install the program again.";
+
+// Why the plug-in cannot be used; empty when it can.
+std::string ProblemWithPlugIn(const fs::path& folder) {
+  std::error_code error;
+  if (!fs::is_directory(folder, error)) return "there is no folder " + folder.string();
+  const std::optional<Bundle> bundle = Bundle::WithPath(folder);
+  if (!bundle) return (folder / "Info.plist").string() + " is missing or cannot be read";
+  if (bundle->InfoString("SRConformsToProtocol") != "SRUIProtocol") {
+    return (folder / "Info.plist").string() + " does not name the protocol SRUIProtocol";
+  }
+  const fs::path module = bundle->InfoString("CFBundleExecutable");
+  if (module.empty() || module != module.filename() || !fs::is_regular_file(folder / module, error)) {
+    return "the module that " + (folder / "Info.plist").string() + " names is not in its folder";
+  }
+  const fs::path dialogs = folder / "servicerecord-dialog";
+  if (!fs::is_regular_file(dialogs, error)) return "the dialog program " + dialogs.string() + " is missing";
+  if (::access(dialogs.c_str(), X_OK) != 0)
+    return "the dialog program " + dialogs.string() + " may not be run";
+  return {};
+}
+
+enum class FileState { Missing, Readable, Unreadable, Damaged };
+
+struct LookAtFile {
+  FileState state;
+  std::string text;
+};
+
+LookAtFile LookAt(const fs::path& file) {
+  std::error_code error;
+  const std::optional<std::string> content = AtomicFile::Read(file, error);
+  if (!content && AtomicFile::IsMissing(error)) {
+    return {FileState::Missing, "There is none, which is fine: " + file.string()};
+  }
+  if (!content) return {FileState::Unreadable, file.string() + " cannot be read: " + error.message() + "."};
+  const std::optional<PropertyList::Value> root = PropertyList::Read(*content);
+  if (!content->empty() && (!root || root->As<PropertyList::Dictionary>() == nullptr)) {
+    return {FileState::Damaged,
+            file.string() + " is damaged: it is no property list with a dictionary at its root."};
+  }
+  return {FileState::Readable, "It can be read: " + file.string()};
+}
+
+// The copies of damaged files beside the file.
+struct Copies {
+  std::string last;      // the path of the latest; empty when there is none
+  std::string nextName;  // of the next; empty when there can be none
+};
+
+Copies LookForCopies(const fs::path& file) {
+  std::error_code error;
+  Copies copies;
+  for (const std::string& name : PropertyListFile(file).DamagedNames()) {
+    const fs::path copy = file.parent_path() / name;
+    const bool isTaken = fs::exists(fs::symlink_status(copy, error));
+    if (isTaken) copies.last = copy.string();
+    if (!isTaken && copies.nextName.empty()) copies.nextName = name;
+  }
+  return copies;
+}
+
+}  // namespace
+
+Finding CheckLog() {
+  const std::optional<fs::path> logs = StandardDirectories::Logs();
+  if (!logs) {
+    return {Result::Problem, "log", "There is no folder for it: HOME is not set.",
+            "Set HOME to your home folder."};
+  }
+  const std::string file = (*logs / "ServiceRecord.log").string();
+  if (UserDefaults::Standard().Integer("LogLevel") == 0)
+    return {Result::Ok, "log", "It is off. When it is on (srctl logging on), it is written to " + file + "."};
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(file, error);
+  if (fs::exists(status) && !fs::is_regular_file(status)) {
+    return {Result::Problem, "log", "It is on, but nothing is written: " + file + " is no regular file.",
+            "Remove it, then end the agent, which looks for it at its start (pkill -x ServiceRecords)."};
+  }
+  return {Result::Ok, "log", "It is on: " + file};
+}
+
+Finding CheckPlugIn(const fs::path& bundle) {
+  const std::string problem = ProblemWithPlugIn(bundle);
+  if (problem.empty())
+    return {Result::Ok, "plug-in", "The plug-in of the dialogs is complete: " + bundle.string()};
+  return {Result::Problem, "plug-in",
+          "The agent cannot ask you anything, so no store can be added: " + problem + ".", kReinstall};
+}
+
+Finding CheckUserConfiguration() {
+  const fs::path& file = preferenceFile(true);
+  const LookAtFile look = LookAt(file);
+  const Copies copies = LookForCopies(file);
+  Finding finding{Result::Ok, "configuration of the user", look.text};
+  if (look.state == FileState::Unreadable) {
+    finding.result = Result::Problem;
+    finding.text += " The agent writes nothing over it.";
+    finding.next = "See that it is a file that you may read, then run srctl doctor again.";
+  } else if (look.state == FileState::Damaged) {
+    finding.result = Result::Problem;
+    finding.text += " The agent goes on as if it were empty, and ";
+    finding.text += copies.nextName.empty()
+                        ? "saves nothing, because all names for a copy of the damaged one are taken."
+                        : "at its next change keeps it as " + copies.nextName + " beside the new one.";
+    finding.next =
+        "Put back a copy of the file, or move it away and open your service-record files again (srctl open "
+        "FILE).";
+  } else if (look.state == FileState::Readable && !copies.last.empty()) {
+    finding.result = Result::Note;
+    finding.text += ". An earlier one was damaged and is kept as " + copies.last + ".";
+    finding.next = "When no store is missing (srctl list), remove the damaged one.";
+  }
+  return finding;
+}
+
+Finding CheckMachineConfiguration() {
+  const LookAtFile look = LookAt(preferenceFile(false));
+  Finding finding{Result::Ok, "configuration of the machine", look.text};
+  if (look.state == FileState::Unreadable || look.state == FileState::Damaged) {
+    finding.result = Result::Note;
+    finding.text += " The agent keeps nothing in it, so nothing is lost.";
+    finding.next = "Tell the administrator of this machine.";
+  }
+  return finding;
+}
+
+}  // namespace installationchecks

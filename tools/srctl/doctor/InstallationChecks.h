@@ -1,0 +1,22 @@
+#pragma once
+
+#include "doctor/Finding.h"
+
+#include <filesystem>
+
+// The checks of `srctl doctor` that look at files of this machine. They change nothing but the folders that
+// every start of the agent makes.
+namespace installationchecks {
+
+// Whether the agent writes its trace log, and where.
+[[nodiscard]] Finding CheckLog();
+
+// Whether the agent can load the plug-in of its dialogs from this folder, and the plug-in run its program.
+[[nodiscard]] Finding CheckPlugIn(const std::filesystem::path& bundle);
+
+// The user's configuration file.
+[[nodiscard]] Finding CheckUserConfiguration();
+// The machine's, in which the agent keeps nothing so far: whatever is wrong with it is only noted.
+[[nodiscard]] Finding CheckMachineConfiguration();
+
+}  // namespace installationchecks

@@ -1,0 +1,143 @@
+#include "doctor/ServerCheck.h"
+
+#include "MacSSLValidation.h"
+#include "SRLib/Platform/SSLValidationDetails.h"
+#include "libs/Address/SendingForm.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Transfer/CurlTransfer.h"
+#include "libs/Transfer/OpenSslHandles.h"
+#include "libs/Transfer/StreamErrorCode.h"
+
+#include <array>
+#include <memory>
+
+namespace servercheck {
+namespace {
+
+using Kind = Answer::Kind;
+
+constexpr char kCheckAddress[] =
+    "Check your network connection; if other addresses work, ask your administrator whether this one is "
+    "right.";
+constexpr char kCheckServer[] = "Ask the administrator of the server to look at its TLS settings.";
+
+Answer NotTrusted(const std::string& why, const std::string& next) {
+  return {Kind::NotTrusted, "this machine does not trust it: " + why, next};
+}
+
+Answer ForVerification(long result, const std::string& reason) {
+  switch (result) {
+    case X509_V_ERR_CERT_HAS_EXPIRED:
+      return NotTrusted(
+          "a certificate of its chain has expired",
+          "See that the clock of this machine is right (date), then ask the administrator of the "
+          "server to renew the certificate.");
+    case X509_V_ERR_CERT_NOT_YET_VALID:
+      return NotTrusted(
+          "a certificate of its chain is not valid yet",
+          "See that the clock of this machine is right (date), then ask the administrator of the "
+          "server.");
+    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
+    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
+    case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
+    case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
+    case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
+      return NotTrusted("its certificate comes from an authority that this machine does not know",
+                        "Ask your administrator for the authority's root certificate and install it "
+                        "(update-ca-certificates), or ask whether the server sends its whole chain.");
+    case X509_V_OK:
+    case X509_V_ERR_UNSPECIFIED:
+      return NotTrusted(
+          "its certificate is for another name",
+          "When you are behind a hotspot's sign-in page, open a web browser and sign in; otherwise "
+          "ask your administrator whether the address is right.");
+    default:
+      return NotTrusted(reason, kCheckServer);
+  }
+}
+
+// Why a handshake fails is only in the handshake: it is made once more.
+Answer ExplainHandshake(const std::string& url) {
+  const std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
+  std::array<char, CURL_ERROR_SIZE> reason{};
+  if (!stream) return NotTrusted("the handshake failed", kCheckServer);
+  CURL* const handle = stream->Handle();
+  curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
+  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, reason.data());
+  const CURLcode result = stream->Perform();
+  long verification = X509_V_OK;
+  curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &verification);
+  if (result == CURLE_PEER_FAILED_VERIFICATION) return ForVerification(verification, reason.data());
+  return NotTrusted(reason.front() != '\0' ? reason.data() : curl_easy_strerror(result), kCheckServer);
+}
+
+// The status with which the proxy refused to lead to the server; 0 where none did. As above, it is in the
+// transfer alone.
+long StatusOfProxy(const std::string& url) {
+  const std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
+  if (!stream) return 0;
+  curl_easy_setopt(stream->Handle(), CURLOPT_NOBODY, 1L);
+  long status = 0;
+  if (stream->Perform() == CURLE_OK ||
+      curl_easy_getinfo(stream->Handle(), CURLINFO_HTTP_CONNECTCODE, &status) != CURLE_OK)
+    return 0;
+  return status;
+}
+
+Answer NotContacted(std::int64_t errorCode, const std::string& url) {
+  const auto answer = [](const std::string& why, const std::string& next) {
+    return Answer{Kind::NotContacted, "it cannot be contacted: " + why, next};
+  };
+  if (const long status = errorCode == CURLE_RECV_ERROR ? StatusOfProxy(url) : 0; status >= 300) {
+    return answer(
+        "the proxy does not lead to it (status " + std::to_string(status) + ")",
+        "Ask your administrator about the proxy (the variables https_proxy and all_proxy). One that "
+        "wants a log-on (status 407) gets none but what the variable names.");
+  }
+  switch (errorCode) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+      return answer("its name is not known here", kCheckAddress);
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return answer("the name of the proxy is not known here",
+                    "Check the proxy in your network settings (the variables https_proxy and all_proxy).");
+    case CURLE_OPERATION_TIMEDOUT:
+    case CURLE_ABORTED_BY_CALLBACK:  // by the watch over the transfer's time
+      return answer("it does not answer in time", kCheckAddress);
+    case CURLE_COULDNT_CONNECT:
+      return answer("nobody takes the connection", kCheckAddress);
+    default:
+      return answer(curl_easy_strerror(static_cast<CURLcode>(errorCode)), kCheckAddress);
+  }
+}
+
+}  // namespace
+
+Answer Ask(const std::string& url) {
+  const Address::SplitURL split(url);
+  const Address::SendingForm form = FormForSending(split, split.WithoutPage());
+  if (form.reading != Address::Reading::Same) {
+    const bool isURL = form.reading == Address::Reading::Other;
+    return {Kind::NotContacted,
+            isURL ? "it is not contacted: the address can be read as another server's or holds a user name"
+                  : "it cannot be contacted: the address is no URL",
+            "Ask your administrator for a corrected service record and open that one (srctl open FILE)."};
+  }
+  if (!split.IsSecure()) {
+    return {Kind::NotProtected,
+            "what is sent to it can be read and changed on the way, because the address is http",
+            "Ask your administrator for an https address."};
+  }
+  ServiceRecords::MacSSLValidation validation(util::widen(url));
+  ServiceRecords::SSLValidationDetails details;
+  if (validation.ValidateURL(details)) {
+    return {Kind::Trusted,
+            "it answers, and this machine trusts its certificate, issued by " + util::narrow(details.Issuer)};
+  }
+  const std::int64_t errorCode = validation.ErrorCode();
+  if (StreamErrorCode::IsTlsFailure(errorCode)) return ExplainHandshake(form.text);
+  if (errorCode != StreamErrorCode::kNone) return NotContacted(errorCode, form.text);
+  return NotTrusted("its authority has revoked the certificate",
+                    "Ask the administrator of the server for a new certificate.");
+}
+
+}  // namespace servercheck

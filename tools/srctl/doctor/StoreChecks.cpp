@@ -1,0 +1,189 @@
+#include "doctor/StoreChecks.h"
+
+#include "MacSRHTTPRequest.h"
+#include "SRLib/SRXMLProvider.h"
+#include "doctor/DocumentCheck.h"
+#include "doctor/ServerCheck.h"
+#include "libs/Text/TextHelpers.h"
+#include "libs/Wayfinder/Wayfinder.h"
+#include "print/NetworkWords.h"
+
+#include <algorithm>
+
+namespace storechecks {
+namespace {
+
+using Result = Finding::Result;
+using Kind = servercheck::Answer::Kind;
+
+constexpr char kSignIn[] = "Open a web browser, sign in to the hotspot, then run srctl doctor again.";
+constexpr char kAskForDiscovery[] = "Ask your administrator whether discovery is set up at this address.";
+
+// One run over a store.
+class StoreCheck {
+ public:
+  StoreCheck(const Situation& situation, const FindingReport& report)
+      : situation_(situation), store_(situation.store), report_(report) {}
+
+  void Run() {
+    const Kind server = CheckServer();
+    if (IsReachedThroughGateway()) CheckGateway();
+    CheckDocument(server);
+    CheckLocation();
+  }
+
+ private:
+  [[nodiscard]] bool IsReachedThroughGateway() const {
+    return situation_.location == Wayfinder::kOutside && !store_.gateways.empty();
+  }
+
+  [[nodiscard]] const GatewayInfo& Gateway() const {
+    const auto found = std::find_if(store_.gateways.begin(), store_.gateways.end(),
+                                    [](const GatewayInfo& gateway) { return gateway.isDefault; });
+    return found != store_.gateways.end() ? *found : store_.gateways.front();
+  }
+
+  void Report(Result result, const std::string& check, const std::string& text,
+              const std::string& next = {}) {
+    report_({.result = result,
+             .check = check,
+             .text = text,
+             .next = next,
+             .storeID = store_.id,
+             .storeName = store_.name});
+  }
+
+  void ReportServer(Result result, const std::string& check, const std::string& url,
+                    const servercheck::Answer& answer) {
+    const bool signIn = result == Result::Problem && situation_.location == Wayfinder::kHotspot;
+    Report(result, check, url + ": " + answer.text + ".", signIn ? kSignIn : answer.next);
+  }
+
+  static Result ResultOf(Kind kind) {
+    switch (kind) {
+      case Kind::Trusted:
+        return Result::Ok;
+      case Kind::NotProtected:
+        return Result::Note;
+      case Kind::NotContacted:
+      case Kind::NotTrusted:
+        break;
+    }
+    return Result::Problem;
+  }
+
+  Kind CheckServer() {
+    const servercheck::Answer answer = servercheck::Ask(store_.url);
+    if (answer.kind == Kind::NotContacted && IsReachedThroughGateway()) {
+      Report(Result::Note, "server",
+             store_.url + ": " + answer.text + ". From outside the store is reached through its gateway.");
+    } else {
+      ReportServer(ResultOf(answer.kind), "server", store_.url, answer);
+    }
+    return answer.kind;
+  }
+
+  void CheckGateway() {
+    const servercheck::Answer answer = servercheck::Ask(Gateway().url);
+    ReportServer(ResultOf(answer.kind), "gateway", Gateway().url, answer);
+  }
+
+  void CheckDocument(Kind server) {
+    if (server == Kind::NotContacted || server == Kind::NotTrusted) {
+      Report(Result::Note, "discovery document",
+             "It was not asked for, because the server cannot be used yet.");
+      return;
+    }
+    ServiceRecords::MacSRHTTPRequest request(util::widen(store_.url));
+    if (request.SendHTTPRequest(L"")) {
+      CheckContent(request.GetBody());
+    } else {
+      ReportStatus(request.GetStatus());
+    }
+  }
+
+  void CheckContent(const std::wstring& document) {
+    if (!ServiceRecords::SRXMLProvider::IsDiscovery(document)) {
+      ReportDocument("What the server sends is no discovery document.", kAskForDiscovery);
+      return;
+    }
+    const documentcheck::Result check = documentcheck::Check(util::narrow(document));
+    if (!check.problem.empty()) {
+      ReportDocument("It is not valid: " + check.problem + ".",
+                     "Ask the administrator of the server to correct the document.");
+      return;
+    }
+    const std::string stores =
+        check.stores.size() == 1 ? "one store" : std::to_string(check.stores.size()) + " stores";
+    Report(Result::Ok, "discovery document", "It is valid, and describes " + stores + ".");
+  }
+
+  void ReportStatus(std::int64_t status) {
+    constexpr std::int64_t kOK = 200;
+    constexpr std::int64_t kUnauthorized = 401;
+    if (status == kUnauthorized) {
+      Report(Result::Note, "discovery document",
+             "The server asks for a log-on, so it was not looked into. The agent logs on when it asks.");
+    } else if (status == 0) {
+      ReportDocument("No complete answer came.", "Try again later; if it stays so, ask your administrator.");
+    } else if (status == kOK) {
+      ReportDocument("It is not UTF-8 text.", "Ask the administrator of the server to correct the document.");
+    } else {
+      ReportDocument("The server answers with the status " + std::to_string(status) + ".", kAskForDiscovery);
+    }
+  }
+
+  // What is wrong with a direct answer says nothing about the way through the gateway.
+  void ReportDocument(const std::string& text, const std::string& next) {
+    if (IsReachedThroughGateway()) {
+      Report(Result::Note, "discovery document", text + " From outside it is fetched through the gateway.");
+    } else {
+      const bool signIn = situation_.location == Wayfinder::kHotspot;
+      Report(Result::Problem, "discovery document", text, signIn ? kSignIn : next);
+    }
+  }
+
+  void CheckLocation() {
+    const networkwords::LocationWords words = networkwords::OfLocation(situation_.location);
+    std::string text = std::string(words.word) + ", " + words.sentence + ". ";
+    text += situation_.reason.empty() ? "The beacons did not tell why in time."
+                                      : "Why: " + situation_.reason + ".";
+    switch (situation_.location) {
+      case Wayfinder::kLAN:
+      case Wayfinder::kVPN:
+      case Wayfinder::kPartlyInternal:
+        return Report(Result::Ok, "location", text);
+      case Wayfinder::kOutside:
+        return ReportOutside(text);
+      case Wayfinder::kDeciding:
+        return Report(Result::Note, "location", text, "Ask again: srctl location URL --wait");
+      case Wayfinder::kHotspot:
+        return Report(Result::Problem, "location", text, kSignIn);
+      case Wayfinder::kNone:
+        return Report(
+            Result::Problem, "location", text,
+            "Connect to a network; if you are connected, ask your administrator about the beacons.");
+      default:
+        return Report(Result::Note, "location",
+                      text + " It is the number " + std::to_string(situation_.location) + ".");
+    }
+  }
+
+  void ReportOutside(const std::string& text) {
+    if (!store_.gateways.empty()) return Report(Result::Ok, "location", text);
+    Report(Result::Note, "location", text + " The store has no gateway for that.",
+           "Connect to the store's network, for example through a VPN.");
+  }
+
+  const Situation& situation_;
+  const StoreInfo& store_;
+  const FindingReport& report_;
+};
+
+}  // namespace
+
+void CheckStore(const Situation& situation, const FindingReport& report) {
+  StoreCheck(situation, report).Run();
+}
+
+}  // namespace storechecks

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "bus/StoreInfo.h"
+
+#include <iosfwd>
+#include <vector>
+
+// What srctl prints: aligned text for people, JSON for programs. The text never carries a control character
+// of a document to the terminal; JSON is ASCII throughout.
+namespace printing {
+
+enum class Format { Text, Json };
+
+void PrintStores(std::ostream& out, const std::vector<StoreInfo>& stores, Format format);
+void PrintStore(std::ostream& out, const StoreInfo& store, Format format);
+void PrintLogging(std::ostream& out, bool on, Format format);
+
+}  // namespace printing

@@ -1,0 +1,38 @@
+#include "print/Reports.h"
+
+#include "libs/Terminal/TerminalText.h"
+
+#include <iostream>
+
+namespace commands {
+
+Status Refuse(const std::string& message) {
+  std::cerr << "srctl: " << message << '\n';
+  return Status::Refused;
+}
+
+Status RefuseForList(AgentClient& agent, const std::string& message) {
+  return CannotReadStores(agent) ? RefuseWithoutStores() : Refuse(message);
+}
+
+bool CannotReadStores(AgentClient& agent) {
+  return agent.StateOfSavedStores() == AgentClient::kUnreadable;
+}
+
+Status RefuseWithoutStores() {
+  return Refuse(
+      "The agent cannot read the file with your stores now; until it can, its list is empty and cannot be "
+      "changed. What to do: srctl doctor");
+}
+
+Status ReportUnreachable(const std::string& problem) {
+  std::cerr << "srctl: The agent cannot be reached: " << TerminalText::OneLine(problem) << ".\n"
+            << kReachTheAgent << '\n';
+  return Status::Unreachable;
+}
+
+std::string Quoted(const std::string& text) {
+  return "\"" + TerminalText::OneLine(text) + "\"";
+}
+
+}  // namespace commands
