@@ -85,6 +85,16 @@ TEST_F(DoctorOfTheMachine, LooksAtTheFilesWithoutAnAgentToo) {
   EXPECT_THAT(run.output, HasSubstr("One problem was found.\n"));
 }
 
+TEST_F(DoctorOfTheMachine, CreatesNothing) {
+  const fs::path configuration = agent_.Home() / "configuration";
+  std::vector<std::string> environment = agent_.Environment();
+  environment.push_back("DBUS_SESSION_BUS_ADDRESS=unix:path=" + (agent_.Home() / "nobody").string());
+  environment.push_back("XDG_CONFIG_HOME=" + configuration.string());
+  EXPECT_THAT(Line(RunSrctl({"doctor"}, environment), "configuration of the user"),
+              HasSubstr(configuration.string()));
+  EXPECT_FALSE(fs::exists(configuration));
+}
+
 TEST_F(DoctorOfTheMachine, MissesAPlugIn) {
   fs::remove_all(PlugIn());
   ExpectPlugInProblem("there is no folder " + PlugIn().string());

@@ -1,8 +1,8 @@
 #include "doctor/InstallationChecks.h"
 
-#include "Files/PreferenceFile.h"
 #include "libs/Files/AtomicFile.h"
 #include "libs/Files/Bundle.h"
+#include "libs/Files/PreferencePath.h"
 #include "libs/Files/PropertyListFile.h"
 #include "libs/Files/StandardDirectories.h"
 #include "libs/Files/UserDefaults.h"
@@ -110,7 +110,7 @@ Finding CheckPlugIn(const fs::path& bundle) {
 }
 
 Finding CheckUserConfiguration() {
-  const fs::path& file = preferenceFile(true);
+  const fs::path file = PreferencePath(true);
   const LookAtFile look = LookAt(file);
   const Copies copies = LookForCopies(file);
   Finding finding{Result::Ok, "configuration of the user", look.text};
@@ -136,7 +136,7 @@ Finding CheckUserConfiguration() {
 }
 
 Finding CheckMachineConfiguration() {
-  const LookAtFile look = LookAt(preferenceFile(false));
+  const LookAtFile look = LookAt(PreferencePath(false));
   Finding finding{Result::Ok, "configuration of the machine", look.text};
   if (look.state == FileState::Unreadable || look.state == FileState::Damaged) {
     finding.result = Result::Note;

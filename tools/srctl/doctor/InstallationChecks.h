@@ -4,8 +4,7 @@
 
 #include <filesystem>
 
-// The checks of `srctl doctor` that look at files of this machine. They change nothing but the folders that
-// every start of the agent makes.
+// The checks of `srctl doctor` that look at files of this machine. They create nothing.
 namespace installationchecks {
 
 // Whether the agent writes its trace log, and where.

@@ -1,27 +1,14 @@
 #include "Files/PreferenceFile.h"
 
 #include "DbgTrace.h"
+#include "libs/Files/PreferencePath.h"
 #include "libs/Files/PropertyListFile.h"
 #include "libs/Files/StandardDirectories.h"
 
-#include <pwd.h>
-#include <unistd.h>
-
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace {
-
-// "~" before an absolute path, expanded to the home folder that the user database gives.
-std::filesystem::path UnderHome(const std::filesystem::path& path) {
-  std::vector<char> buffer(16384);
-  passwd entry{};
-  passwd* user = nullptr;
-  ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &user);
-  const std::filesystem::path home = user != nullptr ? user->pw_dir : "~";
-  return home / path.relative_path();
-}
 
 struct PreferenceFiles {
   std::filesystem::path machine;
@@ -36,12 +23,8 @@ void CreateParent(const std::filesystem::path& file, mode_t mode, std::string_vi
   CSRLog(2, failure, "preferenceFile", error.message());
 }
 
-PreferenceFiles ComputePreferenceFiles() {
-  const std::filesystem::path name = "Morvane/ServiceRecords.plist";
-  PreferenceFiles files;
-  files.machine = StandardDirectories::MachineApplicationSupport() / name;
-  const auto userFolder = StandardDirectories::UserApplicationSupport();
-  files.user = userFolder ? *userFolder / name : UnderHome(files.machine);
+PreferenceFiles MakePreferenceFolders() {
+  PreferenceFiles files{PreferencePath(false), PreferencePath(true)};
   CreateParent(files.machine, StandardDirectories::kSharedFolder,
                "%s - createDirectoryAtPath failed to create global preference directory - %@");
   CreateParent(files.user, StandardDirectories::kPrivateFolder,
@@ -54,6 +37,6 @@ PreferenceFiles ComputePreferenceFiles() {
 }  // namespace
 
 const std::filesystem::path& preferenceFile(bool perUser) {
-  static const auto& files = *new PreferenceFiles(ComputePreferenceFiles());
+  static const auto& files = *new PreferenceFiles(MakePreferenceFolders());
   return perUser ? files.user : files.machine;
 }
