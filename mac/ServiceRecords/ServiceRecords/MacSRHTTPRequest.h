@@ -6,9 +6,8 @@
 
 namespace ServiceRecords {
 
-// The GET over libcurl: up to 20 redirects, to http and https only and never from https to http; within the
-// limits, whatever the status; ended early by termination. Where libcurl reads another server or a user out
-// of the address, and where the system does not trust the server, nothing is sent. A transfer that does not
+// The GET over libcurl (GetRequest), within the limits whatever the status, ended early by termination. Where
+// libcurl reads another server or a user out of the address, nothing is sent. A transfer that does not
 // complete has no status and no header, unless the response is an error of 400 or above, whose body does not
 // matter.
 class MacSRHTTPRequest : public SRHTTPRequest {

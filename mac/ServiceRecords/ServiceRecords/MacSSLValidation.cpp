@@ -5,33 +5,13 @@
 #include "SRLib/Platform/SSLValidationDetails.h"
 #include "libs/Address/SendingForm.h"
 #include "libs/Text/TextHelpers.h"
-#include "libs/Transfer/CurlTransfer.h"
+#include "libs/Transfer/HeadRequest.h"
 #include "libs/Transfer/StreamErrorCode.h"
 
-#include <array>
 #include <cassert>
 #include <memory>
 
 namespace ServiceRecords {
-namespace {
-
-std::size_t DiscardBytes(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
-  return size * count;
-}
-
-// `reason` (CURL_ERROR_SIZE characters) must outlive the stream.
-std::unique_ptr<CurlTransfer> MakeHead(const std::string& url, char* reason) {
-  std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
-  if (!stream) return nullptr;
-  CURL* const handle = stream->Handle();
-  curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
-  curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, DiscardBytes);
-  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, reason);
-  return stream;
-}
-
-}  // namespace
 
 bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
   assert(!downloading_);
@@ -51,29 +31,26 @@ bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
 }
 
 void MacSSLValidation::DownloadHead(const std::string& url) {
-  std::array<char, CURL_ERROR_SIZE> reason{};
-  const std::unique_ptr<CurlTransfer> stream = MakeHead(url, reason.data());
+  const std::unique_ptr<HeadRequest> stream = HeadRequest::Make(url);
   if (!stream) return;
   downloading_ = true;
   const CURLcode result = stream->Perform();
   if (result == CURLE_OK) {
-    // Without TLS to the server itself, a chain can only be a proxy's.
-    if (url_.IsSecure()) TakePeerTrust(stream->Trust());
+    TakeChain(stream->TrustedChain());
   } else {
-    ReportReadError(result, stream->Trust().ReceivedFatalAlert(), reason.data());
+    errorCode_ = StreamErrorCode::FromTransfer(result, stream->Transfer().Trust().ReceivedFatalAlert());
+    ReportReadError(stream->Reason());
   }
   downloading_ = false;
 }
 
-void MacSSLValidation::TakePeerTrust(const PeerTrust& trust) {
-  if (!trust.Evaluate()) return;
-  for (int i = 0; i < sk_X509_num(trust.Chain()); ++i) {
-    certificates_.push_back(MacCertificate::certificateWithCertificateRef(sk_X509_value(trust.Chain(), i)));
+void MacSSLValidation::TakeChain(const STACK_OF(X509) * chain) {
+  for (int i = 0; i < sk_X509_num(chain); ++i) {
+    certificates_.push_back(MacCertificate::certificateWithCertificateRef(sk_X509_value(chain, i)));
   }
 }
 
-void MacSSLValidation::ReportReadError(CURLcode result, bool receivedFatalAlert, const std::string& reason) {
-  errorCode_ = StreamErrorCode::FromTransfer(result, receivedFatalAlert);
+void MacSSLValidation::ReportReadError(const std::string& reason) const {
   CSRLog(2, "Read Stream failed with %@",
          reason.empty() ? "error number: " + std::to_string(errorCode_) : reason);
 }

@@ -3,13 +3,11 @@
 #include "MacCertificate.h"
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationFactory.h"
-#include "libs/Transfer/CurlHandle.h"
+#include "libs/Transfer/OpenSslHandles.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
-
-class PeerTrust;
 
 namespace ServiceRecords {
 
@@ -30,8 +28,8 @@ class MacSSLValidation : public SSLValidation {
 
  private:
   void DownloadHead(const std::string& url);
-  void TakePeerTrust(const PeerTrust& trust);
-  void ReportReadError(CURLcode result, bool receivedFatalAlert, const std::string& reason);
+  void TakeChain(const STACK_OF(X509) * chain);
+  void ReportReadError(const std::string& reason) const;
 
   bool downloading_ = false;  // while the stream is open; one validation at a time
   std::int64_t errorCode_ = 0;

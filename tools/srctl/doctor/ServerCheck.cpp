@@ -1,14 +1,10 @@
 #include "doctor/ServerCheck.h"
 
-#include "MacSSLValidation.h"
-#include "SRLib/Platform/SSLValidationDetails.h"
 #include "libs/Address/SendingForm.h"
-#include "libs/Text/TextHelpers.h"
-#include "libs/Transfer/CurlTransfer.h"
-#include "libs/Transfer/OpenSslHandles.h"
+#include "libs/Transfer/CertificateNames.h"
+#include "libs/Transfer/HeadRequest.h"
 #include "libs/Transfer/StreamErrorCode.h"
 
-#include <array>
 #include <memory>
 
 namespace servercheck {
@@ -56,45 +52,35 @@ Answer ForVerification(long result, const std::string& reason) {
   }
 }
 
-// Why a handshake fails is only in the handshake: it is made once more.
-Answer ExplainHandshake(const std::string& url) {
-  const std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
-  std::array<char, CURL_ERROR_SIZE> reason{};
-  if (!stream) return NotTrusted("the handshake failed", kCheckServer);
-  CURL* const handle = stream->Handle();
-  curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
-  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, reason.data());
-  const CURLcode result = stream->Perform();
-  long verification = X509_V_OK;
-  curl_easy_getinfo(handle, CURLINFO_SSL_VERIFYRESULT, &verification);
-  if (result == CURLE_PEER_FAILED_VERIFICATION) return ForVerification(verification, reason.data());
-  return NotTrusted(reason.front() != '\0' ? reason.data() : curl_easy_strerror(result), kCheckServer);
+Answer NotHandshaken(CURLcode result, const HeadRequest& request) {
+  const std::string reason = request.Reason();
+  if (result == CURLE_PEER_FAILED_VERIFICATION) {
+    long verification = X509_V_OK;
+    curl_easy_getinfo(request.Transfer().Handle(), CURLINFO_SSL_VERIFYRESULT, &verification);
+    return ForVerification(verification, reason);
+  }
+  return NotTrusted(reason.empty() ? curl_easy_strerror(result) : reason, kCheckServer);
 }
 
-// The status with which the proxy refused to lead to the server; 0 where none did. As above, it is in the
-// transfer alone.
-long StatusOfProxy(const std::string& url) {
-  const std::unique_ptr<CurlTransfer> stream = CurlTransfer::Make(url);
-  if (!stream) return 0;
-  curl_easy_setopt(stream->Handle(), CURLOPT_NOBODY, 1L);
+// The status with which the proxy refused to lead to the server; 0 where none did.
+long StatusOfProxy(CURLcode result, const HeadRequest& request) {
   long status = 0;
-  if (stream->Perform() == CURLE_OK ||
-      curl_easy_getinfo(stream->Handle(), CURLINFO_HTTP_CONNECTCODE, &status) != CURLE_OK)
-    return 0;
+  if (result == CURLE_RECV_ERROR)
+    curl_easy_getinfo(request.Transfer().Handle(), CURLINFO_HTTP_CONNECTCODE, &status);
   return status;
 }
 
-Answer NotContacted(std::int64_t errorCode, const std::string& url) {
+Answer NotContacted(CURLcode result, long statusOfProxy) {
   const auto answer = [](const std::string& why, const std::string& next) {
     return Answer{Kind::NotContacted, "it cannot be contacted: " + why, next};
   };
-  if (const long status = errorCode == CURLE_RECV_ERROR ? StatusOfProxy(url) : 0; status >= 300) {
+  if (statusOfProxy >= 300) {
     return answer(
-        "the proxy does not lead to it (status " + std::to_string(status) + ")",
+        "the proxy does not lead to it (status " + std::to_string(statusOfProxy) + ")",
         "Ask your administrator about the proxy (the variables https_proxy and all_proxy). One that "
         "wants a log-on (status 407) gets none but what the variable names.");
   }
-  switch (errorCode) {
+  switch (result) {
     case CURLE_COULDNT_RESOLVE_HOST:
       return answer("its name is not known here", kCheckAddress);
     case CURLE_COULDNT_RESOLVE_PROXY:
@@ -106,8 +92,28 @@ Answer NotContacted(std::int64_t errorCode, const std::string& url) {
     case CURLE_COULDNT_CONNECT:
       return answer("nobody takes the connection", kCheckAddress);
     default:
-      return answer(curl_easy_strerror(static_cast<CURLcode>(errorCode)), kCheckAddress);
+      return answer(curl_easy_strerror(result), kCheckAddress);
   }
+}
+
+Answer AskOverTls(const std::string& url) {
+  const std::unique_ptr<HeadRequest> request = HeadRequest::Make(url);
+  if (!request) return NotContacted(CURLE_OUT_OF_MEMORY, 0);
+  const CURLcode result = request->Perform();
+  if (result != CURLE_OK) {
+    const bool receivedFatalAlert = request->Transfer().Trust().ReceivedFatalAlert();
+    return StreamErrorCode::IsTlsFailure(StreamErrorCode::FromTransfer(result, receivedFatalAlert))
+               ? NotHandshaken(result, *request)
+               : NotContacted(result, StatusOfProxy(result, *request));
+  }
+  const STACK_OF(X509)* const chain = request->TrustedChain();
+  if (chain == nullptr) {
+    return NotTrusted("its authority has revoked the certificate",
+                      "Ask the administrator of the server for a new certificate.");
+  }
+  const X509* const root = sk_X509_value(chain, sk_X509_num(chain) - 1);
+  return {Kind::Trusted, "it answers, and this machine trusts its certificate, issued by " +
+                             CertificateNames::Issuer(root).value_or("")};
 }
 
 }  // namespace
@@ -127,17 +133,7 @@ Answer Ask(const std::string& url) {
             "what is sent to it can be read and changed on the way, because the address is http",
             "Ask your administrator for an https address."};
   }
-  ServiceRecords::MacSSLValidation validation(util::widen(url));
-  ServiceRecords::SSLValidationDetails details;
-  if (validation.ValidateURL(details)) {
-    return {Kind::Trusted,
-            "it answers, and this machine trusts its certificate, issued by " + util::narrow(details.Issuer)};
-  }
-  const std::int64_t errorCode = validation.ErrorCode();
-  if (StreamErrorCode::IsTlsFailure(errorCode)) return ExplainHandshake(form.text);
-  if (errorCode != StreamErrorCode::kNone) return NotContacted(errorCode, form.text);
-  return NotTrusted("its authority has revoked the certificate",
-                    "Ask the administrator of the server for a new certificate.");
+  return AskOverTls(form.text);
 }
 
 }  // namespace servercheck

@@ -1,14 +1,17 @@
 #include "doctor/StoreChecks.h"
 
-#include "MacSRHTTPRequest.h"
+#include "SRLib/Gen_URL.h"
 #include "SRLib/SRXMLProvider.h"
 #include "doctor/DocumentCheck.h"
 #include "doctor/ServerCheck.h"
+#include "libs/Address/SendingForm.h"
 #include "libs/Text/TextHelpers.h"
+#include "libs/Transfer/GetRequest.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "print/NetworkWords.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace storechecks {
 namespace {
@@ -18,6 +21,13 @@ using Kind = servercheck::Answer::Kind;
 
 constexpr char kSignIn[] = "Open a web browser, sign in to the hotspot, then run srctl doctor again.";
 constexpr char kAskForDiscovery[] = "Ask your administrator whether discovery is set up at this address.";
+
+// Null for an address to which the agent would send nothing.
+std::unique_ptr<GetRequest> RequestTo(const std::string& url) {
+  Gen_URL address(url);
+  const Address::SendingForm form = FormForSending(address.GetSplitURL(), address.GetURL());
+  return form.reading == Address::Reading::Same ? GetRequest::Make(form.text) : nullptr;
+}
 
 // One run over a store.
 class StoreCheck {
@@ -94,11 +104,12 @@ class StoreCheck {
              "It was not asked for, because the server cannot be used yet.");
       return;
     }
-    ServiceRecords::MacSRHTTPRequest request(util::widen(store_.url));
-    if (request.SendHTTPRequest(L"")) {
-      CheckContent(request.GetBody());
+    const std::unique_ptr<GetRequest> request = RequestTo(store_.url);
+    const long status = request ? request->Perform() : 0;
+    if (status == GetRequest::kOK && util::IsUTF8(request->Body())) {
+      CheckContent(util::widen(request->Body()));
     } else {
-      ReportStatus(request.GetStatus());
+      ReportStatus(status);
     }
   }
 
@@ -118,15 +129,14 @@ class StoreCheck {
     Report(Result::Ok, "discovery document", "It is valid, and describes " + stores + ".");
   }
 
-  void ReportStatus(std::int64_t status) {
-    constexpr std::int64_t kOK = 200;
-    constexpr std::int64_t kUnauthorized = 401;
+  void ReportStatus(long status) {
+    constexpr long kUnauthorized = 401;
     if (status == kUnauthorized) {
       Report(Result::Note, "discovery document",
              "The server asks for a log-on, so it was not looked into. The agent logs on when it asks.");
     } else if (status == 0) {
       ReportDocument("No complete answer came.", "Try again later; if it stays so, ask your administrator.");
-    } else if (status == kOK) {
+    } else if (status == GetRequest::kOK) {
       ReportDocument("It is not UTF-8 text.", "Ask the administrator of the server to correct the document.");
     } else {
       ReportDocument("The server answers with the status " + std::to_string(status) + ".", kAskForDiscovery);
