@@ -5,6 +5,8 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 namespace testsupport {
 
@@ -18,11 +20,17 @@ class HangingResolver {
 
   // May outlive this object.
   [[nodiscard]] Wayfinding::HostLookups::Resolver Resolver() const {
-    return [state = state_](const std::string& /*host*/) {
+    return [state = state_](const std::string& host) {
       std::unique_lock lock(state->mutex);
+      state->asked.push_back(host);
       state->released.wait(lock, [&state] { return state->isReleased; });
       return std::vector<std::string>{"127.0.0.1"};
     };
+  }
+  // The hosts so far.
+  [[nodiscard]] std::vector<std::string> Asked() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->asked;
   }
   void Release() {
     const std::lock_guard lock(state_->mutex);
@@ -35,6 +43,7 @@ class HangingResolver {
     std::mutex mutex;
     std::condition_variable released;
     bool isReleased = false;
+    std::vector<std::string> asked;
   };
   std::shared_ptr<State> state_ = std::make_shared<State>();
 };

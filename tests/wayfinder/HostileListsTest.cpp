@@ -117,6 +117,18 @@ TEST(HostileLists, OneStoresManyBeaconsDoNotKeepAnotherStoreWaiting) {
   EXPECT_EQ(service.LocationOf("https://many"), Wayfinder::kDeciding);
 }
 
+TEST(HostileLists, ManyInternalBeaconsDoNotKeepAnExternalOneWaiting) {
+  const testsupport::LoopbackListener silent;
+  const testsupport::RawServer server({testsupport::kGood});
+  RecordedService service;
+  service.StopTime();  // so that nothing is cut off
+  service.SetStores({{"https://store",
+                      HostileBeacons(4'000, silent.port),
+                      {"http://127.0.0.1:" + std::to_string(server.Port()) + "/"}}});
+  EXPECT_TRUE(ComesTrue([&server] { return server.Requests().size() == 1; }));
+  EXPECT_EQ(service.LocationOf("https://store"), Wayfinder::kDeciding);
+}
+
 TEST(HostileLists, SilentServersLeaveAPlaceForABeaconWhoseNameIsFoundLater) {
   const testsupport::LoopbackListener silent;
   const testsupport::RawServer server({testsupport::kGood});

@@ -119,9 +119,8 @@ TEST(LocationRule, EachAddressHasAStandingOfItsOwn) {
   const StoreFindings decided{.internal = {&kPlain, &kPortalPage}, .external = {&kSilent}};
   EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Open), NetworkLocation::Deciding);
   EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Exposed), NetworkLocation::PartlyInternal);
-  const StoreFindings open{.internal = {&kPlain, &kPortalPage}, .external = {kOpen}};
-  EXPECT_EQ(locate(open, PeerStanding::Vouched, PeerStanding::Clear), NetworkLocation::Deciding);
-  EXPECT_EQ(locate(open, PeerStanding::Vouched, PeerStanding::Vouched), NetworkLocation::LAN);
+  EXPECT_EQ(locate(decided, PeerStanding::Vouched, PeerStanding::Open), NetworkLocation::Deciding);
+  EXPECT_EQ(locate(decided, PeerStanding::Vouched, PeerStanding::Clear), NetworkLocation::LAN);
 }
 
 TEST(LocationRule, TheReasonNamesTheFirstBeaconThatDidNotCount) {
@@ -162,23 +161,19 @@ TEST(LocationRule, ServersOnTheLoopbackAddressAreNotTakenForAPortal) {
             NetworkLocation::LAN);
 }
 
-TEST(LocationRule, OpenAnswersThatCannotMatterAreNotWaitedFor) {
+TEST(LocationRule, WhereAnInternalBeaconAnswersTheExternalOnesAreNotWaitedFor) {
   EXPECT_EQ(Locate({.internal = {&kProven}, .external = {kOpen}}), NetworkLocation::LAN);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}), NetworkLocation::LAN);
   EXPECT_EQ(Locate({.internal = {&kProven, &kSilent}, .external = {kOpen}}), NetworkLocation::PartlyInternal);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {kOpen, &kProven}}), NetworkLocation::Outside);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven, kOpen}}),
-            NetworkLocation::Outside);
-  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}, PeerStanding::Vouched),
-            NetworkLocation::LAN);
 }
 
-TEST(LocationRule, OpenAnswersThatMatterAreWaitedFor) {
+TEST(LocationRule, WhatIsNeededIsWaitedFor) {
   EXPECT_EQ(Locate({.internal = {kOpen, &kProven}, .external = {}}), NetworkLocation::Deciding);
   EXPECT_EQ(Locate({.internal = {kOpen}, .external = {&kProven}}), NetworkLocation::Deciding);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPlain, kOpen}}), NetworkLocation::Deciding)
-      << "it may turn out to be a hotspot";
-  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}), NetworkLocation::Deciding)
-      << "it may turn out to be a portal's";
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPlain, kOpen}}), NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kProven, kOpen}}), NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}, PeerStanding::Exposed),
+            NetworkLocation::Deciding);
 }
 
 }  // namespace

@@ -166,26 +166,23 @@ void LocationLoop::StartRound() {
 
 void LocationLoop::MakeRound() {
   round_ = std::make_unique<LocationRound>(
-      *list_.stores, network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
+      network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
         const std::string& url = (*list_.stores)[store].url;
         locations_.Decide(list_.number, url, decision.location, parts_.now());
         if (parts_.logIsWanted()) parts_.log(LocationMessage(url, decision.reason));
       });
+  round_->TakeList(*list_.stores, 0);
+  round_->Ask();
 }
 
 void LocationLoop::AdvanceRound() {
   if (!schedule_.IsRunning()) return;
   round_->Advance();
-  if (parts_.now() >= schedule_.Deadline()) {
-    round_->CutOff();
-    EndRound();
-  } else if (round_->IsFinished()) {
-    EndRound();
-  }
+  if (round_->IsAsking() && parts_.now() >= schedule_.Deadline()) round_->CutOff();
+  if (!round_->IsAsking()) EndRound();
 }
 
 void LocationLoop::EndRound() {
-  round_->End();
   const std::set<std::size_t> before = std::exchange(unanswered_, round_->Unanswered());
   if (unanswered_.empty()) return schedule_.TakeEnd();
   const bool withNewStore =

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "libs/Wayfinder/Deciding/LocationRule.h"
-#include "libs/Wayfinder/Deciding/PeerStandings.h"
-#include "libs/Wayfinder/Deciding/RoundPlan.h"
 #include "libs/Wayfinder/Network/NetworkState.h"
+#include "libs/Wayfinder/Probing/BeaconAddress.h"
 #include "libs/Wayfinder/Probing/ProbeOutcome.h"
 #include "libs/Wayfinder/Probing/ProbeRound.h"
+#include "libs/Wayfinder/StoreBeacons.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -20,8 +20,8 @@ namespace Wayfinding {
 
 class HostLookups;
 
-// Asks the beacons of all stores once, and decides each store's location as soon as its own beacons allow.
-// May be repeated for the stores without an answer. One thread.
+// Decides which beacons of a list of stores are to be asked, and from their answers each store's location, as
+// soon as they allow. One network, one thread.
 class LocationRound {
  public:
   using Decided = std::function<void(std::size_t store, const LocationDecision& decision)>;
@@ -29,21 +29,7 @@ class LocationRound {
   // `network`: nothing when it is not known, which counts as usable. Without a usable network only loopback
   // beacons are asked. `decided` is called for each store, from Advance or CutOff, and again if what another
   // store's beacon says later gives the lie to it.
-  LocationRound(const std::vector<StoreBeacons>& stores, std::optional<NetworkState> network,
-                HostLookups& lookups, Decided decided);
-
-  // Does what can be done without waiting.
-  void Advance();
-  // Open answers count as none from now on: decides what is undecided.
-  void CutOff();
-
-  [[nodiscard]] bool IsFinished() const { return probes_->IsFinished(); }
-  // To be called when it is finished or cut off.
-  void End() { probes_.reset(); }
-  // The stores that were asked for and have no answer or a portal's.
-  [[nodiscard]] std::set<std::size_t> Unanswered() const;
-  // Asks for those stores again; what was heard for the others stands. Only after End.
-  void Repeat();
+  LocationRound(std::optional<NetworkState> network, HostLookups& lookups, Decided decided);
 
   // Takes another list in place of the one with that number, and asks nobody any more. What was heard stands
   // for the stores that have not changed since, unless it is not yet all.
@@ -52,55 +38,75 @@ class LocationRound {
   [[nodiscard]] bool HasOpenStores() const;
   // Asks for the stores that are undecided, and judges those again for which other stores' answers count.
   void Ask();
+  // Asks once more for those that were asked for and have no answer.
+  void Repeat();
 
-  // May ask NetworkManager, once for a link in each round.
-  [[nodiscard]] bool IsTunnel(const NetworkLink& link);
-
-  // As ProbeRound::Wait.
+  // Does what can be done without waiting; while it is asking.
+  void Advance();
+  // What is open counts as no answer from now on: decides what is undecided.
+  void CutOff();
+  [[nodiscard]] bool IsAsking() const { return probes_.has_value(); }
+  // As ProbeRound::Wait; while it is asking.
   void Wait(std::span<const int> descriptors, std::chrono::milliseconds limit) {
     probes_->Wait(descriptors, limit);
   }
 
+  // The stores that were asked for and have no answer or a portal's.
+  [[nodiscard]] std::set<std::size_t> Unanswered() const;
+  // May ask NetworkManager, once for a link each time that beacons are asked.
+  [[nodiscard]] bool IsTunnel(const NetworkLink& link);
+
  private:
-  struct State {
+  // One mention of a beacon by a store.
+  struct Owner {
+    std::size_t store = 0;
+    bool isInternal = false;
+  };
+  // Each once, however many stores name it.
+  struct Beacon {
+    BeaconAddress address;  // without URLs: nothing that could be asked
+    std::string text;       // as the first store that names it spells it
+    std::vector<Owner> owners;
+    std::optional<ProbeOutcome> outcome;
+  };
+  struct Store {
+    std::string url;
+    std::vector<std::size_t> internal = {};  // beacons
+    std::vector<std::size_t> external = {};
     std::size_t openInternal = 0;
     std::size_t openExternal = 0;
     bool wasAsked = false;
-    std::optional<NetworkLocation> location;
+    bool leans = false;  // on internal answers that could be a portal's
+    std::optional<NetworkLocation> location = {};
 
     [[nodiscard]] bool HasAnswer() const;
   };
+  class Planner;
 
-  [[nodiscard]] std::vector<std::optional<ProbeOutcome>> TakeOutcomes(const RoundPlan& plan);
+  [[nodiscard]] bool HasHeardAll(const Store& store) const;
   std::vector<ProbeRound::Question> ChooseQuestions();
-  [[nodiscard]] std::vector<std::size_t> UndecidedOwners(const RoundPlan::Beacon& beacon) const;
-  [[nodiscard]] bool CanBeAsked(const RoundPlan::Beacon& beacon) const;
-  void SettleUnasked();
-  void Settle(std::size_t beacon, ProbeOutcome outcome);
-  void Recount(const RoundPlan::Owner& owner, bool proven);
-  void DecideAgain();
-  void Decide(std::size_t store);
-  [[nodiscard]] StoreFindings FindingsFor(std::size_t store) const;
+  [[nodiscard]] std::vector<std::size_t> UndecidedOwners(const Beacon& beacon) const;
+  [[nodiscard]] std::string WhyNotAsked(const Beacon& beacon) const;
+  void Settle(Beacon& beacon, ProbeOutcome outcome);
+  void TakeStanding(const Beacon& beacon);
+  void DecideStores();
+  void Decide(std::size_t place);
   [[nodiscard]] std::vector<const ProbeOutcome*> OutcomesOf(const std::vector<std::size_t>& beacons) const;
   [[nodiscard]] PeerStanding StandingOf(const std::string& address) const;
   [[nodiscard]] std::string TunnelTo(const std::string& address);
 
-  RoundPlan plan_;
-  std::vector<std::string> urls_;  // of the stores
   std::optional<NetworkState> network_;
   HostLookups& lookups_;
   Decided decided_;
-  std::vector<std::optional<ProbeOutcome>> outcomes_;  // one for each beacon of the plan
-  std::vector<State> states_;                          // one for each store
-  PeerStandings peers_;
-  bool standingsChanged_ = false;
-  std::set<std::size_t> leaning_;               // stores with internal answers that could be a portal's
-  std::set<std::size_t> doubtful_;              // of them, those that wait for others' answers only
-  std::vector<std::size_t> asked_;              // beacons of the plan, in the order of asking
-  std::map<std::string, std::string> tunnels_;  // by address, as found in this round
+  std::vector<Beacon> beacons_;
+  std::vector<Store> stores_;
+  std::vector<std::size_t> asked_;              // beacons, in the order of asking
+  std::set<std::string> exposed_;               // addresses that said anything in an external beacon's place
+  std::set<std::string> vouched_;               // addresses that proved to be a beacon
+  bool standingsChanged_ = false;               // of either kind
+  std::set<std::size_t> toDecide_;              // stores whose decision may have become possible
+  std::map<std::string, std::string> tunnels_;  // by address
   std::map<int, bool> verdicts_;                // NetworkManager's, by link
-  bool begun_ = false;
-  bool isCutOff_ = false;
   std::optional<ProbeRound> probes_;
 };
 

@@ -4,7 +4,7 @@
 #include "libs/Wayfinder/Probing/ProbeOutcome.h"
 
 #include <algorithm>
-#include <map>
+#include <set>
 #include <utility>
 
 namespace Wayfinding {
@@ -16,72 +16,20 @@ bool IsSettled(const Outcomes& outcomes) {
   return std::find(outcomes.begin(), outcomes.end(), nullptr) == outcomes.end();
 }
 
-bool Is(const ProbeOutcome* outcome, ProbeAnswer answer) {
-  return outcome != nullptr && outcome->answer == answer;
+bool IsAnswer(const ProbeOutcome& outcome) {
+  return outcome.answer == ProbeAnswer::Answered;
 }
 
-const ProbeOutcome* FirstElse(const Outcomes& outcomes) {
-  const auto found = std::find_if(outcomes.begin(), outcomes.end(), [](const ProbeOutcome* outcome) {
-    return Is(outcome, ProbeAnswer::SomebodyElse);
-  });
-  return found == outcomes.end() ? nullptr : *found;
-}
-
-// On the loopback address every server is the same machine, and none of them a portal.
-bool CouldBePortal(const ProbeOutcome& outcome) {
-  return !outcome.proven && !IsLoopbackHost(outcome.peer);
-}
-
-// A redirect in an internal beacon's place may be its own server's way, a certificate for another name is
-// not.
-bool HasImpostorAt(const std::string& peer, const Outcomes& internal) {
-  return std::any_of(internal.begin(), internal.end(), [&peer](const ProbeOutcome* outcome) {
-    return Is(outcome, ProbeAnswer::SomebodyElse) && outcome->proven && outcome->peer == peer;
-  });
-}
-
-// Whether an answer of an internal beacon is to be believed.
-class Credit {
- public:
-  Credit(const Outcomes& internal, const StandingOf& standingOf) {
-    for (const ProbeOutcome* outcome : internal) {
-      if (!Is(outcome, ProbeAnswer::Answered) || !CouldBePortal(*outcome)) continue;
-      const auto [entry, isNew] = standings_.try_emplace(outcome->peer);
-      if (!isNew) continue;
-      entry->second = standingOf(outcome->peer);
-      if (entry->second == PeerStanding::Clear && HasImpostorAt(outcome->peer, internal))
-        entry->second = PeerStanding::Exposed;
-    }
-  }
-
-  [[nodiscard]] bool IsGivenTo(const ProbeOutcome& outcome) const {
-    const auto found = standings_.find(outcome.peer);
-    return outcome.proven || found == standings_.end() || found->second != PeerStanding::Exposed;
-  }
-  // Whether it depends on what is being asked somewhere else.
-  [[nodiscard]] bool IsOpen() const {
-    return std::any_of(standings_.begin(), standings_.end(),
-                       [](const auto& entry) { return entry.second == PeerStanding::Open; });
-  }
-  // Whether no answer of an external beacon can change it.
-  [[nodiscard]] bool IsFinal() const {
-    return std::all_of(standings_.begin(), standings_.end(),
-                       [](const auto& entry) { return entry.second == PeerStanding::Vouched; });
-  }
-
- private:
-  std::map<std::string, PeerStanding> standings_;  // of the peers that could be a portal
-};
-
+// The settled outcomes of one kind of a store's beacons.
 class Count {
  public:
-  // Without `credit` every answer counts.
-  explicit Count(const Outcomes& outcomes, const Credit* credit = nullptr) : all_(outcomes.size()) {
+  explicit Count(const Outcomes& outcomes, const std::function<bool(const ProbeOutcome&)>& counts = IsAnswer)
+      : all_(outcomes.size()) {
     for (const ProbeOutcome* outcome : outcomes) {
-      if (Is(outcome, ProbeAnswer::Answered) && (credit == nullptr || credit->IsGivenTo(*outcome))) {
+      if (counts(*outcome)) {
         answered_.push_back(outcome);
-      } else if (outcome != nullptr && firstSilent_ == nullptr) {
-        firstSilent_ = outcome;
+      } else if (firstOther_ == nullptr) {
+        firstOther_ = outcome;
       }
     }
   }
@@ -90,22 +38,49 @@ class Count {
   [[nodiscard]] bool AllAnswered() const { return answered_.size() == all_; }
   [[nodiscard]] bool IsProven() const {
     return std::any_of(answered_.begin(), answered_.end(),
-                       [](const auto* outcome) { return outcome->proven; });
+                       [](const ProbeOutcome* outcome) { return outcome->proven; });
   }
   [[nodiscard]] std::string Text(const std::string& kind) const {
     std::string text =
         std::to_string(answered_.size()) + " of " + std::to_string(all_) + " " + kind + " beacons answered";
-    if (firstSilent_ == nullptr) return text;
-    const bool unmasked = firstSilent_->answer == ProbeAnswer::Answered;
-    return text + " (" + (unmasked ? firstSilent_->peer + " answers for others too" : firstSilent_->reason) +
+    if (firstOther_ == nullptr) return text;
+    return text + " (" +
+           (IsAnswer(*firstOther_) ? firstOther_->peer + " answers for others too" : firstOther_->reason) +
            ")";
   }
 
  private:
   std::size_t all_;
   Outcomes answered_;
-  const ProbeOutcome* firstSilent_ = nullptr;
+  const ProbeOutcome* firstOther_ = nullptr;
 };
+
+// A redirect in an internal beacon's place may be its own server's way, a certificate for another name is
+// not.
+std::set<std::string> Impostors(const Outcomes& internal) {
+  std::set<std::string> peers;
+  for (const ProbeOutcome* outcome : internal) {
+    if (outcome->answer == ProbeAnswer::SomebodyElse && outcome->proven) peers.insert(outcome->peer);
+  }
+  return peers;
+}
+
+// The internal answers that are to be believed; nothing while a standing is open.
+std::optional<Count> CountInternal(const Outcomes& internal, const StandingOf& standingOf) {
+  const std::set<std::string> impostors = Impostors(internal);
+  bool isOpen = false;
+  Count count(internal, [&](const ProbeOutcome& outcome) {
+    if (isOpen || !IsAnswer(outcome)) return false;
+    // On the loopback address every server is the same machine, and none of them a portal.
+    if (outcome.proven || IsLoopbackHost(outcome.peer)) return true;
+    const PeerStanding standing = standingOf(outcome.peer);
+    isOpen = standing == PeerStanding::Open;
+    return standing == PeerStanding::Vouched ||
+           (standing == PeerStanding::Clear && !impostors.contains(outcome.peer));
+  });
+  if (isOpen) return std::nullopt;
+  return count;
+}
 
 LocationDecision DecideInside(const Count& internal, const TunnelTo& tunnelTo) {
   const std::string counts = internal.Text("internal");
@@ -122,13 +97,15 @@ LocationDecision DecideInside(const Count& internal, const TunnelTo& tunnelTo) {
 
 LocationDecision DecideOutside(const StoreFindings& findings, const Count& internal) {
   const Count external(findings.external);
-  const ProbeOutcome* const portal = FirstElse(findings.external);
-  const std::string counts = internal.Text("internal") + ", " + external.Text("external");
-  if (portal != nullptr && !external.IsProven()) {
+  const auto portal =
+      std::find_if(findings.external.begin(), findings.external.end(),
+                   [](const auto* outcome) { return outcome->answer == ProbeAnswer::SomebodyElse; });
+  if (portal != findings.external.end() && !external.IsProven()) {
     return {NetworkLocation::Hotspot, "hotspot, " + internal.Text("internal") +
                                           ", an external one was answered by somebody else (" +
-                                          portal->reason + ")"};
+                                          (*portal)->reason + ")"};
   }
+  const std::string counts = internal.Text("internal") + ", " + external.Text("external");
   if (!external.Answered().empty()) return {NetworkLocation::Outside, "outside, " + counts};
   const char* const network = findings.networkIsUsable ? "none, " : "none, no usable network, ";
   return {NetworkLocation::None, network + counts};
@@ -139,17 +116,11 @@ LocationDecision DecideOutside(const StoreFindings& findings, const Count& inter
 std::optional<LocationDecision> DecideLocation(const StoreFindings& findings, const StandingOf& standingOf,
                                                const TunnelTo& tunnelTo) {
   if (!IsSettled(findings.internal)) return std::nullopt;
-  const Credit credit(findings.internal, standingOf);
-  if (credit.IsOpen()) return std::nullopt;
-  const bool complete = IsSettled(findings.external);
-  const Count internal(findings.internal, &credit);
-  if (!internal.Answered().empty()) {
-    if (!complete && !credit.IsFinal()) return std::nullopt;
-    return DecideInside(internal, tunnelTo);
-  }
-  // Nothing outweighs a proven external answer.
-  if (!complete && !Count(findings.external).IsProven()) return std::nullopt;
-  return DecideOutside(findings, internal);
+  const std::optional<Count> internal = CountInternal(findings.internal, standingOf);
+  if (!internal) return std::nullopt;
+  if (!internal->Answered().empty()) return DecideInside(*internal, tunnelTo);
+  if (!IsSettled(findings.external)) return std::nullopt;
+  return DecideOutside(findings, *internal);
 }
 
 }  // namespace Wayfinding

@@ -3,6 +3,8 @@
 #include "libs/Wayfinder/Probing/BeaconAddress.h"
 #include "libs/Wayfinder/Probing/TlsTrust.h"
 
+#include <new>
+
 namespace Wayfinding {
 namespace {
 
@@ -19,7 +21,9 @@ WFCurlListPtr KnownAddresses(const BeaconURL& url, const std::vector<std::string
     entry += separator + (six ? "[" + address + "]" : address);
     separator = ',';
   }
-  return WFCurlListPtr(curl_slist_append(nullptr, entry.c_str()));
+  WFCurlListPtr list(curl_slist_append(nullptr, entry.c_str()));
+  if (list == nullptr) throw std::bad_alloc();  // libcurl would look the name up by itself
+  return list;
 }
 
 bool NeedsTarget(long status) {
@@ -28,36 +32,21 @@ bool NeedsTarget(long status) {
 
 }  // namespace
 
-BeaconTransfer::BeaconTransfer(CURLM* transfers, TlsTrust& trust, const BeaconURL& url, Method method)
+BeaconTransfer::BeaconTransfer(CURLM* transfers, TlsTrust& trust, const BeaconURL& url, Method method,
+                               const std::vector<std::string>& addresses, std::chrono::milliseconds limit)
     : transfers_(transfers),
       trust_(trust),
       secure_(url.secure),
       method_(method),
       host_(url.host),
       url_(url.url),
-      handshakeMark_(&trust.NewHandshakeMark()) {}
-
-BeaconTransfer::~BeaconTransfer() {
-  if (transfer_ != nullptr) curl_multi_remove_handle(transfers_, transfer_.get());
-}
-
-std::unique_ptr<BeaconTransfer> BeaconTransfer::Start(CURLM* transfers, TlsTrust& trust, const BeaconURL& url,
-                                                      Method method,
-                                                      const std::vector<std::string>& addresses,
-                                                      std::chrono::milliseconds limit) {
-  std::unique_ptr<BeaconTransfer> made(new BeaconTransfer(transfers, trust, url, method));
-  if (!made->Prepare(url, addresses, limit)) return nullptr;
-  return made;
-}
-
-bool BeaconTransfer::Prepare(const BeaconURL& url, const std::vector<std::string>& addresses,
-                             std::chrono::milliseconds limit) {
-  transfer_.reset(curl_easy_init());
+      handshakeMark_(&trust.NewHandshakeMark()),
+      addresses_(KnownAddresses(url, addresses)),
+      transfer_(curl_easy_init()) {
   CURL* const handle = transfer_.get();
-  if (handle == nullptr || curl_easy_setopt(handle, CURLOPT_URL, url.url.c_str()) != CURLE_OK) return false;
-  addresses_ = KnownAddresses(url, addresses);
-  if (addresses_ == nullptr && !addresses.empty()) return false;  // libcurl would look it up by itself
-  if (addresses_ != nullptr) curl_easy_setopt(handle, CURLOPT_RESOLVE, addresses_.get());
+  if (handle == nullptr || curl_easy_setopt(handle, CURLOPT_URL, url_.c_str()) != CURLE_OK)
+    throw std::bad_alloc();
+  curl_easy_setopt(handle, CURLOPT_RESOLVE, addresses_.get());
   curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
@@ -73,7 +62,11 @@ bool BeaconTransfer::Prepare(const BeaconURL& url, const std::vector<std::string
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, TakeBody);
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
   if (secure_) SetTrust();
-  return curl_multi_add_handle(transfers_, handle) == CURLM_OK;
+  if (curl_multi_add_handle(transfers_, handle) != CURLM_OK) throw std::bad_alloc();
+}
+
+BeaconTransfer::~BeaconTransfer() {
+  curl_multi_remove_handle(transfers_, transfer_.get());
 }
 
 void BeaconTransfer::SetTrust() {

@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,10 +21,9 @@ class BeaconTransfer {
  public:
   enum class Method { Head, Get };
 
-  // `addresses`: where the host is; none for a numeric one. Nothing when memory is short.
-  static std::unique_ptr<BeaconTransfer> Start(CURLM* transfers, TlsTrust& trust, const BeaconURL& url,
-                                               Method method, const std::vector<std::string>& addresses,
-                                               std::chrono::milliseconds limit);
+  // `addresses`: where the host is; none for a numeric one. Throws std::bad_alloc when memory is short.
+  BeaconTransfer(CURLM* transfers, TlsTrust& trust, const BeaconURL& url, Method method,
+                 const std::vector<std::string>& addresses, std::chrono::milliseconds limit);
   ~BeaconTransfer();
   BeaconTransfer(const BeaconTransfer&) = delete;
   BeaconTransfer& operator=(const BeaconTransfer&) = delete;
@@ -40,9 +38,6 @@ class BeaconTransfer {
   [[nodiscard]] bool WantsGet(CURLcode code) const;
 
  private:
-  BeaconTransfer(CURLM* transfers, TlsTrust& trust, const BeaconURL& url, Method method);
-  bool Prepare(const BeaconURL& url, const std::vector<std::string>& addresses,
-               std::chrono::milliseconds limit);
   void SetTrust();
   [[nodiscard]] ProbeOutcome JudgeHandshake(CURLcode code) const;
   [[nodiscard]] ProbeOutcome JudgeResponse() const;

@@ -6,7 +6,7 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <mutex>
+#include <chrono>
 #include <system_error>
 #include <thread>
 
@@ -29,36 +29,23 @@ std::string NumericText(const addrinfo& entry) {
 
 }  // namespace
 
-struct HostLookup::State {
-  mutable std::mutex mutex;
-  bool ended = false;
-  std::vector<std::string> addresses;
-};
-
-HostLookup::HostLookup() : state_(std::make_unique<State>()) {}
-HostLookup::~HostLookup() = default;
-
-bool HostLookup::HasEnded() const {
-  const std::lock_guard lock(state_->mutex);
-  return state_->ended;
-}
-
-std::vector<std::string> HostLookup::Addresses() const {
-  const std::lock_guard lock(state_->mutex);
-  return state_->addresses;
-}
-
-void HostLookup::End(std::vector<std::string> addresses) {
-  const std::lock_guard lock(state_->mutex);
-  state_->addresses = std::move(addresses);
-  state_->ended = true;
-}
-
 // Outlives HostLookups for as long as a lookup hangs.
 struct HostLookups::Shared {
+  [[nodiscard]] std::vector<std::string> Find(const std::string& host) const noexcept {
+    try {
+      return resolver(host);
+    } catch (...) {
+      return {};
+    }
+  }
+
   Resolver resolver;
   EventFd ended;
 };
+
+bool HasEnded(const HostLookup& lookup) {
+  return lookup.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
 
 HostLookups::HostLookups(Resolver resolver) : shared_(std::make_shared<Shared>()) {
   shared_->resolver = std::move(resolver);
@@ -72,26 +59,14 @@ int HostLookups::Descriptor() const {
 
 void HostLookups::ClearEnded() {
   shared_->ended.Clear();
-  std::erase_if(running_, [](const Running& running) { return running.lookup->HasEnded(); });
+  std::erase_if(running_, [](const Running& running) { return HasEnded(running.lookup); });
 }
 
 void HostLookups::TakeNewNetwork() {
   for (Running& running : running_) running.isOfThisNetwork = false;
 }
 
-void HostLookups::Run(const std::shared_ptr<Shared>& shared, const std::shared_ptr<HostLookup>& lookup,
-                      const std::string& host) noexcept {
-  std::vector<std::string> addresses;
-  try {
-    addresses = shared->resolver(host);
-  } catch (...) {
-    addresses.clear();
-  }
-  lookup->End(std::move(addresses));
-  shared->ended.Raise();
-}
-
-std::shared_ptr<const HostLookup> HostLookups::Start(const std::string& host, const std::string& store) {
+std::optional<HostLookup> HostLookups::Start(const std::string& host, const std::string& store) {
   std::size_t held = 0;
   for (const Running& running : running_) {
     if (running.isOfThisNetwork && running.host == host) return running.lookup;
@@ -99,12 +74,17 @@ std::shared_ptr<const HostLookup> HostLookups::Start(const std::string& host, co
   }
   // Taken one after the other by stores whose names all hang, such shares are enough for 17 of them.
   constexpr std::size_t kPart = 4;
-  if (kPart * held >= kMostThreads - running_.size()) return nullptr;
-  auto lookup = std::make_shared<HostLookup>();
+  if (kPart * held >= kMostThreads - running_.size()) return std::nullopt;
+  std::packaged_task<std::vector<std::string>()> work(
+      [shared = shared_, host] { return shared->Find(host); });
+  const HostLookup lookup = work.get_future().share();
   try {
-    std::thread([shared = shared_, lookup, host] { Run(shared, lookup, host); }).detach();
+    std::thread([shared = shared_, work = std::move(work)]() mutable {
+      work();
+      shared->ended.Raise();
+    }).detach();
   } catch (const std::system_error&) {
-    return nullptr;
+    return std::nullopt;
   }
   running_.push_back({.host = host, .store = store, .lookup = lookup});
   return lookup;

@@ -1,19 +1,23 @@
 #pragma once
 
 #include <functional>
+#include <future>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace Wayfinding {
 
-// One name lookup. Any thread.
-class HostLookup;
+// What one name lookup will have found: numeric addresses, best first; none when there is no such name.
+using HostLookup = std::shared_future<std::vector<std::string>>;
+
+[[nodiscard]] bool HasEnded(const HostLookup& lookup);
 
 // Looks names up on threads of its own, at most kMostThreads at a time. The system's lookup can be neither
 // ended nor given a time: who no longer wants a result drops it, and its thread ends when the lookup does. So
-// lookups that hang are shared by whoever wants the same name, and are counted until they end. One thread
-// uses this object; its end never waits.
+// lookups that hang are shared by whoever wants the same name, and are counted until they end; libcurl's own
+// could be neither. One thread uses this object; its end never waits.
 class HostLookups {
  public:
   // Numeric addresses of a host, best first; none when it is not found. Called on any of the threads.
@@ -28,7 +32,7 @@ class HostLookups {
   // The lookup of this host that is under way on this network, or a new one. Nothing while there is no thread
   // left for this store, by its URL: it may have one more while it has less than a quarter of the free ones,
   // so that the names of one store that hang leave some to the others.
-  [[nodiscard]] std::shared_ptr<const HostLookup> Start(const std::string& host, const std::string& store);
+  [[nodiscard]] std::optional<HostLookup> Start(const std::string& host, const std::string& store);
   // What is under way asks the network before, and is not shared any more.
   void TakeNewNetwork();
 
@@ -41,30 +45,12 @@ class HostLookups {
   struct Running {
     std::string host;
     std::string store;
-    std::shared_ptr<const HostLookup> lookup;
+    HostLookup lookup;
     bool isOfThisNetwork = true;
   };
-  static void Run(const std::shared_ptr<Shared>& shared, const std::shared_ptr<HostLookup>& lookup,
-                  const std::string& host) noexcept;
 
   std::shared_ptr<Shared> shared_;
   std::vector<Running> running_;
-};
-
-class HostLookup {
- public:
-  [[nodiscard]] bool HasEnded() const;
-  // Numeric addresses, best first; complete when the lookup has ended.
-  [[nodiscard]] std::vector<std::string> Addresses() const;
-  HostLookup();
-  ~HostLookup();
-
- private:
-  friend class HostLookups;
-  struct State;
-  void End(std::vector<std::string> addresses);
-
-  std::unique_ptr<State> state_;
 };
 
 // The system's own way: files, name servers and whatever else it is set up to ask. Without the addresses that

@@ -1,9 +1,10 @@
 #include "libs/Wayfinder/Probing/ProbeRound.h"
 
 #include "libs/Wayfinder/Probing/BeaconTransfer.h"
-#include "libs/Wayfinder/Probing/HostLookups.h"
 
 #include <algorithm>
+#include <new>
+#include <optional>
 #include <utility>
 
 namespace Wayfinding {
@@ -19,7 +20,9 @@ milliseconds TimeUntil(steady_clock::time_point deadline) {
 
 WFCurlMultiPtr NewTransfers() {
   static const bool libraryIsReady = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  return WFCurlMultiPtr(libraryIsReady ? curl_multi_init() : nullptr);
+  WFCurlMultiPtr transfers(libraryIsReady ? curl_multi_init() : nullptr);
+  if (transfers == nullptr) throw std::bad_alloc();
+  return transfers;
 }
 
 }  // namespace
@@ -30,14 +33,14 @@ struct ProbeRound::Probe {
   TimePoint deadline;
   std::size_t url = 0;  // which of the address's URLs is being tried
   BeaconTransfer::Method method = BeaconTransfer::Method::Head;
-  std::vector<std::string> addresses;
   std::vector<std::string> heardFrom;
-  std::unique_ptr<BeaconTransfer> transfer;
+  std::optional<BeaconTransfer> transfer;
 };
 
 ProbeRound::ProbeRound(std::vector<Question> questions, std::vector<std::string> stores, HostLookups& lookups,
                        Done done)
     : questions_(std::move(questions)),
+      addresses_(questions_.size()),
       stores_(std::move(stores)),
       lookups_(lookups),
       done_(std::move(done)),
@@ -49,6 +52,7 @@ ProbeRound::ProbeRound(std::vector<Question> questions, std::vector<std::string>
       runningFor_(stores_.size()) {
   for (std::size_t i = 0; i < questions_.size(); ++i) {
     const BeaconAddress& beacon = questions_[i].beacon;
+    if (beacon.isLoopback && !beacon.isNumeric) addresses_[i] = {"127.0.0.1", "::1"};
     StoreQueues& queue = beacon.isNumeric || beacon.isLoopback ? ready_ : unknown_;
     queue.Add(i, questions_[i].stores);
   }
@@ -74,10 +78,9 @@ void ProbeRound::StartReady() {
 }
 
 bool ProbeRound::StartLookup(std::size_t question, std::size_t store) {
-  auto names = lookups_.Start(questions_[question].beacon.urls.front().host, stores_[store]);
-  if (names == nullptr) return false;
-  lookingUp_.push_back(
-      {.question = question, .deadline = steady_clock::now() + kProbeTime, .names = std::move(names)});
+  const std::optional<HostLookup> names = lookups_.Start(HostOf(question), stores_[store]);
+  if (!names) return false;
+  lookingUp_.push_back({.question = question, .deadline = steady_clock::now() + kProbeTime, .names = *names});
   return true;
 }
 
@@ -86,56 +89,42 @@ void ProbeRound::AdvanceLookups() {
   std::list<Lookup> ended;
   for (auto lookup = lookingUp_.begin(); lookup != lookingUp_.end();) {
     const auto next = std::next(lookup);
-    if (lookup->names->HasEnded() || now >= lookup->deadline) ended.splice(ended.end(), lookingUp_, lookup);
+    if (HasEnded(lookup->names) || now >= lookup->deadline) ended.splice(ended.end(), lookingUp_, lookup);
     lookup = next;
   }
   for (const Lookup& lookup : ended) EndLookup(lookup);
 }
 
 void ProbeRound::EndLookup(const Lookup& lookup) {
-  const std::string& host = questions_[lookup.question].beacon.urls.front().host;
-  if (!lookup.names->HasEnded())
+  const std::string& host = HostOf(lookup.question);
+  if (!HasEnded(lookup.names))
     return Report(lookup.question, {.reason = host + ": no answer from the name lookup"});
-  std::vector<std::string> addresses = lookup.names->Addresses();
-  if (addresses.empty()) return Report(lookup.question, {.reason = host + ": name not found"});
-  found_[lookup.question] = std::move(addresses);
+  if (lookup.names.get().empty()) return Report(lookup.question, {.reason = host + ": name not found"});
+  addresses_[lookup.question] = lookup.names.get();
   ready_.Add(lookup.question, questions_[lookup.question].stores);
 }
 
 bool ProbeRound::StartProbe(std::size_t question, std::size_t store) {
   // A store has no more places than are free, so that there is always one for another store.
   if (runningFor_[store] >= kMostAtOnce - running_.size()) return false;
-  Probe& probe = running_.emplace_back();
   ++runningFor_[store];
+  Probe& probe = running_.emplace_back();
   probe.question = question;
   probe.store = store;
   probe.deadline = steady_clock::now() + kProbeTime;
-  const BeaconAddress& beacon = questions_[question].beacon;
-  if (auto found = found_.extract(question)) {
-    probe.addresses = std::move(found.mapped());
-  } else if (!beacon.isNumeric) {
-    probe.addresses = {"127.0.0.1", "::1"};
-  }
-  if (auto outcome = StartTransfer(probe)) EndProbe(std::prev(running_.end()), std::move(*outcome));
+  StartTransfer(probe);
   return true;
 }
 
-std::optional<ProbeOutcome> ProbeRound::StartTransfer(Probe& probe) {
+void ProbeRound::StartTransfer(Probe& probe) {
   const std::vector<BeaconURL>& urls = questions_[probe.question].beacon.urls;
   // A first URL that is dropped silently leaves half of the time to the second.
-  milliseconds limit = TimeUntil(probe.deadline) / static_cast<long>(urls.size() - probe.url);
-  limit = std::max(limit, milliseconds(1));
-  probe.transfer.reset();
-  if (transfers_ != nullptr) {
-    probe.transfer = BeaconTransfer::Start(transfers_.get(), trust_, urls[probe.url], probe.method,
-                                           probe.addresses, limit);
-  }
-  if (probe.transfer != nullptr) return std::nullopt;
-  return ProbeOutcome{.reason = urls[probe.url].url + ": cannot be asked"};
+  const milliseconds limit = TimeUntil(probe.deadline) / static_cast<long>(urls.size() - probe.url);
+  probe.transfer.emplace(transfers_.get(), trust_, urls[probe.url], probe.method, addresses_[probe.question],
+                         std::max(limit, milliseconds(1)));
 }
 
 void ProbeRound::AdvanceTransfers() {
-  if (transfers_ == nullptr) return;
   int count = 0;
   curl_multi_perform(transfers_.get(), &count);
   while (const CURLMsg* const message = curl_multi_info_read(transfers_.get(), &count)) {
@@ -144,30 +133,25 @@ void ProbeRound::AdvanceTransfers() {
     const auto probe = std::find_if(running_.begin(), running_.end(), [handle](const Probe& candidate) {
       return candidate.transfer->Is(handle);
     });
-    if (probe == running_.end()) continue;
-    if (auto outcome = TakeEnd(*probe, code)) EndProbe(probe, std::move(*outcome));
+    if (probe != running_.end()) TakeEnd(probe, code);
   }
 }
 
-std::optional<ProbeOutcome> ProbeRound::TakeEnd(Probe& probe, CURLcode code) {
-  std::string peer = probe.transfer->HeardFrom(code);
-  if (!peer.empty()) probe.heardFrom.push_back(std::move(peer));
-  if (probe.transfer->WantsGet(code)) {
-    probe.method = BeaconTransfer::Method::Get;
-    return StartTransfer(probe);
+void ProbeRound::TakeEnd(Probes::iterator probe, CURLcode code) {
+  std::string peer = probe->transfer->HeardFrom(code);
+  if (!peer.empty()) probe->heardFrom.push_back(std::move(peer));
+  if (probe->transfer->WantsGet(code)) {
+    probe->method = BeaconTransfer::Method::Get;
+    return StartTransfer(*probe);
   }
-  ProbeOutcome outcome = probe.transfer->Judge(code);
-  const bool hasAnother = probe.url + 1 < questions_[probe.question].beacon.urls.size();
+  ProbeOutcome outcome = probe->transfer->Judge(code);
+  const std::size_t question = probe->question;
+  const bool hasAnother = probe->url + 1 < questions_[question].beacon.urls.size();
   // A certificate for another name stands: a portal would only go on to lie over http.
   if (outcome.answer == ProbeAnswer::None && hasAnother) {
-    ++probe.url;
-    return StartTransfer(probe);
+    ++probe->url;
+    return StartTransfer(*probe);
   }
-  return outcome;
-}
-
-void ProbeRound::EndProbe(Probes::iterator probe, ProbeOutcome outcome) {
-  const std::size_t question = probe->question;
   outcome.heardFrom = std::move(probe->heardFrom);
   --runningFor_[probe->store];
   running_.erase(probe);
@@ -183,10 +167,14 @@ bool ProbeRound::MayHearFrom(const std::string& address) const {
   constexpr std::chrono::seconds kTimeToFind{1};
   if (!lookingUp_.empty() && steady_clock::now() < start_ + kTimeToFind) return true;
   return std::any_of(running_.begin(), running_.end(), [&](const Probe& probe) {
-    const std::vector<std::string>& addresses = probe.addresses;
-    return questions_[probe.question].beacon.urls.front().host == address ||
+    const std::vector<std::string>& addresses = addresses_[probe.question];
+    return HostOf(probe.question) == address ||
            std::find(addresses.begin(), addresses.end(), address) != addresses.end();
   });
+}
+
+const std::string& ProbeRound::HostOf(std::size_t question) const {
+  return questions_[question].beacon.urls.front().host;
 }
 
 milliseconds ProbeRound::TimeToNextLookupEnd() const {

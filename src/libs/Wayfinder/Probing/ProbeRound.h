@@ -3,6 +3,7 @@
 #include "libs/Wayfinder/Deciding/StoreQueues.h"
 #include "libs/Wayfinder/Probing/BeaconAddress.h"
 #include "libs/Wayfinder/Probing/CurlHandles.h"
+#include "libs/Wayfinder/Probing/HostLookups.h"
 #include "libs/Wayfinder/Probing/ProbeOutcome.h"
 #include "libs/Wayfinder/Probing/TlsTrust.h"
 
@@ -10,18 +11,11 @@
 #include <cstddef>
 #include <functional>
 #include <list>
-#include <map>
-#include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace Wayfinding {
-
-class BeaconTransfer;
-class HostLookup;
-class HostLookups;
 
 // Asks beacons, kMostAtOnce at a time, each for kProbeTime at most, after a name lookup that may take as
 // long. A store's beacons have their turn in their order, and neither names that hang nor silent servers of
@@ -38,7 +32,7 @@ class ProbeRound {
   // Called from Advance, once for each question; `index` is its place in the list.
   using Done = std::function<void(std::size_t index, ProbeOutcome outcome)>;
 
-  // `stores`: their URLs.
+  // `stores`: their URLs. Throws std::bad_alloc, as Advance does, when memory is short.
   ProbeRound(std::vector<Question> questions, std::vector<std::string> stores, HostLookups& lookups,
              Done done);
   ~ProbeRound();
@@ -62,7 +56,7 @@ class ProbeRound {
   struct Lookup {
     std::size_t question = 0;
     TimePoint deadline;
-    std::shared_ptr<const HostLookup> names;
+    HostLookup names;
   };
   struct Probe;
   using Probes = std::list<Probe>;
@@ -73,14 +67,14 @@ class ProbeRound {
   void StartReady();
   bool StartProbe(std::size_t question, std::size_t store);
   void AdvanceTransfers();
-  // The outcome when it has come to its end.
-  std::optional<ProbeOutcome> StartTransfer(Probe& probe);
-  std::optional<ProbeOutcome> TakeEnd(Probe& probe, CURLcode code);
-  void EndProbe(Probes::iterator probe, ProbeOutcome outcome);
+  void StartTransfer(Probe& probe);
+  void TakeEnd(Probes::iterator probe, CURLcode code);
   void Report(std::size_t question, ProbeOutcome outcome);
+  [[nodiscard]] const std::string& HostOf(std::size_t question) const;
   [[nodiscard]] std::chrono::milliseconds TimeToNextLookupEnd() const;
 
   std::vector<Question> questions_;
+  std::vector<std::vector<std::string>> addresses_;  // of their hosts, as far as found
   std::vector<std::string> stores_;
   HostLookups& lookups_;
   Done done_;
@@ -89,7 +83,6 @@ class ProbeRound {
   StoreQueues unknown_;  // questions whose host is to be looked up
   std::list<Lookup> lookingUp_;
   StoreQueues ready_;  // questions whose host is known
-  std::map<std::size_t, std::vector<std::string>> found_;
   TlsTrust trust_;
   WFCurlMultiPtr transfers_;
   Probes running_;
