@@ -286,6 +286,12 @@ TEST_F(ServiceCalls, TheLocationOfAStoreIsDecidedByItsBeacons) {
   ASSERT_TRUE(agent_.Bus().WaitUntil(
       [&] { return agent_.Bus().Beacons("checkLocationForStore", {store.url}) != 0; }));
   EXPECT_EQ(agent_.Bus().Beacons("checkLocationForStore", {store.url}), 1);
+  EXPECT_EQ(agent_.Bus().Beacons("explainLocationForStore", {store.url}),
+            json({1, "LAN, 1 of 1 internal beacons answered"}));
+  EXPECT_THAT(agent_.LogMessages(),
+              testing::IsSupersetOf({"[+] MrvBeaconSvr::explainLocationForStore (" + store.url + ")",
+                                     std::string("[-] MrvBeaconSvr::explainLocationForStore "
+                                                 "(NETWORK_LOCATION_LAN)")}));
 }
 
 TEST_F(ServiceCalls, IntrospectionEqualsTheShippedInterfaceFiles) {

@@ -84,7 +84,9 @@ int RecordNotification(sd_bus_message* message, void* seen, sd_bus_error* /*erro
 }
 
 json ReadResult(sd_bus_message* reply) {
-  return sd_bus_message_at_end(reply, 1) != 0 ? json() : ReadValue(reply);
+  json results = ReadItems(reply);
+  if (results.size() > 1) return results;
+  return results.empty() ? json() : results.front();
 }
 
 }  // namespace

@@ -27,7 +27,8 @@ class BusClient {
  public:
   explicit BusClient(const std::string& address);
 
-  // Calls a method with string arguments and returns its results: null for none, the value for one.
+  // Calls a method with string arguments and returns its results: null for none, the value for one,
+  // an array for several.
   nlohmann::json Call(const std::string& name, const std::string& path, const std::string& interface,
                       const std::string& method, const std::vector<std::string>& arguments = {});
 

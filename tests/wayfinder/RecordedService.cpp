@@ -77,7 +77,7 @@ void RecordedService::SetStores(const std::vector<StoreAndBeacons>& stores) {
 }
 
 std::uint32_t RecordedService::LocationOf(const std::string& url) {
-  return static_cast<std::uint32_t>(service_->LocationOf(url));
+  return static_cast<std::uint32_t>(service_->DecisionOf(url).location);
 }
 
 bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t location) {

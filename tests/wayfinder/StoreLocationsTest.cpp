@@ -6,6 +6,7 @@ using std::chrono::minutes;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
+using Wayfinding::LocationDecision;
 using Wayfinding::NetworkLocation;
 using Wayfinding::StoreLocations;
 
@@ -17,10 +18,12 @@ class StoreLocationsTest : public testing::Test {
     EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
   }
 
-  NetworkLocation Find(const std::string& url) { return locations_.Find(url, now_).value().location; }
+  NetworkLocation Find(const std::string& url) {
+    return locations_.Find(url, now_).value().decision.location;
+  }
   void Decide(std::size_t store, NetworkLocation location) {
     const StoreLocations::Snapshot list = locations_.Current();
-    locations_.Decide(list.number, (*list.stores)[store].url, location, now_);
+    locations_.Decide(list.number, (*list.stores)[store].url, {location, "why"}, now_);
   }
 
   StoreLocations locations_;
@@ -32,6 +35,23 @@ TEST_F(StoreLocationsTest, AStoreIsUndecidedUntilItIsDecided) {
   Decide(1, NetworkLocation::Outside);
   EXPECT_EQ(Find("two"), NetworkLocation::Outside);
   EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
+}
+
+TEST_F(StoreLocationsTest, TheReasonIsOfTheDecisionAndGoesWithIt) {
+  const auto reason = [this] { return locations_.Find("two", now_)->decision.reason; };
+  const auto decide = [this](const LocationDecision& decision) {
+    locations_.Decide(locations_.Current().number, "two", decision, now_);
+  };
+  EXPECT_EQ(reason(), "");
+  decide({NetworkLocation::LAN, "LAN, first"});
+  EXPECT_EQ(reason(), "LAN, first");
+  decide({NetworkLocation::LAN, "LAN, second"});
+  EXPECT_EQ(reason(), "LAN, second");
+  locations_.ForgetDecisions();
+  EXPECT_EQ(reason(), "");
+  decide({NetworkLocation::LAN, "LAN, third"});
+  EXPECT_TRUE(locations_.Replace({{"two", {"c"}, {}}}));
+  EXPECT_EQ(reason(), "");
 }
 
 TEST_F(StoreLocationsTest, LetterCaseAndSlashesAtTheEndDoNotCount) {
@@ -93,12 +113,12 @@ TEST_F(StoreLocationsTest, AStoreThatCameBackIsNewer) {
 TEST_F(StoreLocationsTest, ADecisionCountsForAStoreThatHasNotChangedSince) {
   const auto number = locations_.Current().number;
   ASSERT_TRUE(locations_.Replace({{"new", {}, {}}, {"two", {"b"}, {}}, {"https://one/X", {"c"}, {}}}));
-  locations_.Decide(number, "two", NetworkLocation::LAN, now_);
+  locations_.Decide(number, "two", {NetworkLocation::LAN}, now_);
   EXPECT_EQ(Find("two"), NetworkLocation::LAN);
-  locations_.Decide(number, "https://one/X", NetworkLocation::LAN, now_);
+  locations_.Decide(number, "https://one/X", {NetworkLocation::LAN}, now_);
   EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding) << "it has other beacons now";
   ASSERT_TRUE(locations_.Replace({{"new", {}, {}}}));
-  locations_.Decide(number, "two", NetworkLocation::LAN, now_);
+  locations_.Decide(number, "two", {NetworkLocation::LAN}, now_);
   EXPECT_FALSE(locations_.Find("two", now_)) << "it is no more";
 }
 

@@ -50,6 +50,15 @@ std::uint64_t MrvBeaconSvr::checkLocationForStore(const std::string& storeURL) {
   return location;
 }
 
+LocationExplanation MrvBeaconSvr::explainLocationForStore(const std::string& storeURL) {
+  constexpr char kMethod[] = "MrvBeaconSvr::explainLocationForStore";
+  CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
+  const Wayfinder::Explanation explanation =
+      Wayfinder::sharedInstance().explainLocationRelativeToStoreURL(storeURL);
+  CSRLog(0, "[-] %s (%@)", kMethod, NetworkLocationName(explanation.location));
+  return {explanation.location, BusText(util::widen(explanation.reason))};
+}
+
 std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(const std::string& storeURL) {
   constexpr char kMethod[] = "MrvBeaconSvr::getCurrentGatewayForStore";
   if (storeURL.empty()) {

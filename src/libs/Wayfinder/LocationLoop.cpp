@@ -1,8 +1,8 @@
 #include "libs/Wayfinder/LocationLoop.h"
 
 #include "libs/Files/EventFd.h"
+#include "libs/Text/LogText.h"
 #include "libs/Wayfinder/Deciding/LocationRound.h"
-#include "libs/Wayfinder/LocationMessage.h"
 #include "libs/Wayfinder/Network/NetworkMonitor.h"
 
 #include <poll.h>
@@ -168,8 +168,8 @@ void LocationLoop::MakeRound() {
   round_ = std::make_unique<LocationRound>(
       network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
         const std::string& url = (*list_.stores)[store].url;
-        locations_.Decide(list_.number, url, decision.location, parts_.now());
-        if (parts_.logIsWanted()) parts_.log(LocationMessage(url, decision.reason));
+        locations_.Decide(list_.number, url, decision, parts_.now());
+        if (parts_.logIsWanted()) parts_.log("store " + LogText::Address(url) + ": " + decision.reason);
       });
   round_->TakeList(*list_.stores, 0);
   round_->Ask();

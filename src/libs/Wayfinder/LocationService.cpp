@@ -71,15 +71,18 @@ void LocationService::SetStores(const PropertyList::SharedDictionaries& stores) 
   if (isNew) shared_->wake.Raise();
 }
 
-NetworkLocation LocationService::LocationOf(const std::string& storeURL) {
+LocationDecision LocationService::DecisionOf(const std::string& storeURL) {
   const std::optional<StoreLocations::Answer> answer =
       shared_->locations.Find(storeURL, shared_->parts.now());
   if (!answer) {
     const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
-    return !network || network->IsUsable() ? NetworkLocation::Outside : NetworkLocation::None;
+    return !network || network->IsUsable()
+               ? LocationDecision{NetworkLocation::Outside, "outside, no store has this address"}
+               : LocationDecision{NetworkLocation::None,
+                                  "none, no usable network, no store has this address"};
   }
   if (answer->isOld && !shared_->orders.refresh.exchange(true)) shared_->wake.Raise();
-  return answer->location;
+  return answer->decision;
 }
 
 std::uint32_t LocationService::Flags() const {

@@ -28,8 +28,9 @@ class LocationService {
   LocationService& operator=(const LocationService&) = delete;
 
   void SetStores(const PropertyList::SharedDictionaries& stores);
-  // An unknown store is outside where the network is usable.
-  [[nodiscard]] NetworkLocation LocationOf(const std::string& storeURL);
+  // The location, and why, in one line as the log has it; nothing of that while it is undecided. An unknown
+  // store is outside where the network is usable.
+  [[nodiscard]] LocationDecision DecisionOf(const std::string& storeURL);
   // How the outside is reached, as the bits of networkReachabilityFlags. A tunnel that only NetworkManager
   // knows for one is told while there are stores.
   [[nodiscard]] std::uint32_t Flags() const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace Wayfinding {
 
@@ -13,6 +14,11 @@ enum class NetworkLocation : std::uint32_t {
   VPN = 4,
   Hotspot = 5,
   PartlyInternal = 6,
+};
+
+struct LocationDecision {
+  NetworkLocation location = NetworkLocation::Deciding;
+  std::string reason = {};  // begins with the location, "LAN, 2 of 2 internal beacons answered"
 };
 
 }  // namespace Wayfinding

@@ -26,7 +26,7 @@ StoreLocations::Place StoreLocations::PlaceInNextList(const std::string& key, St
   if (const StoreBeacons& own = (*stores_)[place.store]; own == store) {
     store.since = own.since;
   } else {
-    place.location = NetworkLocation::Deciding;
+    place.decision = {};
   }
   return place;
 }
@@ -41,24 +41,24 @@ std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& ur
   const std::lock_guard lock(mutex_);
   const auto place = places_.find(key);
   if (place == places_.end()) return std::nullopt;
-  const bool decided = place->second.location != NetworkLocation::Deciding;
-  return Answer{.location = place->second.location,
+  const bool decided = place->second.decision.location != NetworkLocation::Deciding;
+  return Answer{.decision = place->second.decision,
                 .isOld = decided && now - place->second.decided >= kOldAge};
 }
 
 void StoreLocations::ForgetDecisions() {
   const std::lock_guard lock(mutex_);
-  for (auto& [key, place] : places_) place.location = NetworkLocation::Deciding;
+  for (auto& [key, place] : places_) place.decision = {};
   mayHaveChanged_ = true;
 }
 
-void StoreLocations::Decide(std::uint64_t number, const std::string& storeURL, NetworkLocation location,
-                            TimePoint now) {
+void StoreLocations::Decide(std::uint64_t number, const std::string& storeURL,
+                            const LocationDecision& decision, TimePoint now) {
   const std::string key = StoreKey(storeURL);
   const std::lock_guard lock(mutex_);
   const auto place = places_.find(key);
   if (place == places_.end() || (*stores_)[place->second.store].since > number) return;
-  place->second.location = location;
+  place->second.decision = decision;
   place->second.decided = now;
   mayHaveChanged_ = true;
 }
@@ -68,9 +68,9 @@ std::vector<std::pair<std::string, NetworkLocation>> StoreLocations::TakeChanges
   std::vector<std::pair<std::string, NetworkLocation>> changes;
   if (!std::exchange(mayHaveChanged_, false)) return changes;
   for (auto& [key, place] : places_) {
-    if (place.taken == place.location) continue;
-    place.taken = place.location;
-    changes.emplace_back((*stores_)[place.store].url, place.location);
+    if (place.taken == place.decision.location) continue;
+    place.taken = place.decision.location;
+    changes.emplace_back((*stores_)[place.store].url, place.taken);
   }
   return changes;
 }

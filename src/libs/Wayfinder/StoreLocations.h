@@ -30,7 +30,7 @@ class StoreLocations {
   };
 
   struct Answer {
-    NetworkLocation location = NetworkLocation::Deciding;
+    LocationDecision decision;
     bool isOld = false;
   };
 
@@ -45,7 +45,8 @@ class StoreLocations {
   // Every store is undecided again.
   void ForgetDecisions();
   // Dropped when the store is no more, or not as it was in the list with that number.
-  void Decide(std::uint64_t number, const std::string& storeURL, NetworkLocation location, TimePoint now);
+  void Decide(std::uint64_t number, const std::string& storeURL, const LocationDecision& decision,
+              TimePoint now);
 
   // The stores whose location differs from the one taken last, with the URL of the list. A store begins
   // undecided.
@@ -54,7 +55,7 @@ class StoreLocations {
  private:
   struct Place {
     std::size_t store = 0;
-    NetworkLocation location = NetworkLocation::Deciding;
+    LocationDecision decision;
     NetworkLocation taken = NetworkLocation::Deciding;
     TimePoint decided;
   };

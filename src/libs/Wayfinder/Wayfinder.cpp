@@ -53,7 +53,12 @@ Wayfinder& Wayfinder::sharedInstance() {
 }
 
 std::uint32_t Wayfinder::locationRelativeToStoreURL(const std::string& url) {
-  return static_cast<std::uint32_t>(service_->LocationOf(url));
+  return static_cast<std::uint32_t>(service_->DecisionOf(url).location);
+}
+
+Wayfinder::Explanation Wayfinder::explainLocationRelativeToStoreURL(const std::string& url) {
+  const Wayfinding::LocationDecision decision = service_->DecisionOf(url);
+  return {static_cast<std::uint32_t>(decision.location), LogText::Line(decision.reason)};
 }
 
 std::uint32_t Wayfinder::networkReachabilityFlags() {

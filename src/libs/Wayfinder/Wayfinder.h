@@ -60,6 +60,14 @@ class Wayfinder {
   // network, kNone without.
   [[nodiscard]] std::uint32_t locationRelativeToStoreURL(const std::string& url);
 
+  struct Explanation {
+    std::uint32_t location = kDeciding;
+    std::string reason;
+  };
+  // The same location, and why it is this one: a line of UTF-8 as in the library's log ("LAN, 2 of 2 internal
+  // beacons answered"), without what addresses in it tell of users; empty for kDeciding.
+  [[nodiscard]] Explanation explainLocationRelativeToStoreURL(const std::string& url);
+
   // How the outside is reached; 0 without a usable network. A tunnel that only NetworkManager knows for one
   // is told while there are stores.
   [[nodiscard]] std::uint32_t networkReachabilityFlags();

@@ -256,6 +256,14 @@ std::optional<std::uint64_t> AgentClient::LocationForStore(const std::string& ur
                                     });
 }
 
+std::optional<LocationInfo> AgentClient::ExplainedLocationForStore(const std::string& url) {
+  return CallAndRead<LocationInfo>(kBeacons, "explainLocationForStore", {url},
+                                   [](sd_bus_message* reply, LocationInfo& info) {
+                                     const int status = sd_bus_message_read_basic(reply, 't', &info.value);
+                                     return status < 0 ? status : dictionaryreading::Text(info.reason)(reply);
+                                   });
+}
+
 std::optional<std::uint64_t> AgentClient::DecidedLocationForStore(const std::string& url,
                                                                   std::chrono::seconds limit) {
   const auto deadline = steady_clock::now() + limit;

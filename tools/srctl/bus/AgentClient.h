@@ -51,6 +51,8 @@ class AgentClient {
   // again: the agent announces a change.
   [[nodiscard]] std::optional<std::uint64_t> DecidedLocationForStore(const std::string& url,
                                                                      std::chrono::seconds limit);
+  // With the reason, once it is decided.
+  [[nodiscard]] std::optional<LocationInfo> ExplainedLocationForStore(const std::string& url);
   // No element or one.
   [[nodiscard]] std::optional<std::vector<CurrentGatewayInfo>> CurrentGatewayForStore(const std::string& url);
   // Bits, as Wayfinder defines them.

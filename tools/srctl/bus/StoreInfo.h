@@ -20,6 +20,12 @@ struct StoreInfo {
   std::vector<GatewayInfo> gateways;
 };
 
+// Where the machine stands relative to a store, as Wayfinder numbers it, and why, in a line for people.
+struct LocationInfo {
+  std::uint64_t value = 0;
+  std::string reason;
+};
+
 // The gateway through which a store is reached at present.
 struct CurrentGatewayInfo {
   std::string name;

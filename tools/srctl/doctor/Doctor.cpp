@@ -4,7 +4,6 @@
 #include "doctor/Finding.h"
 #include "doctor/FindingPrinter.h"
 #include "doctor/InstallationChecks.h"
-#include "doctor/LocationReasons.h"
 #include "doctor/StoreChecks.h"
 #include "print/Reports.h"
 
@@ -75,14 +74,13 @@ void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const
                    "Open the service-record file that your administrator gave you: srctl open FILE"});
   }
   const auto deadline = steady_clock::now() + kDecisionTime;
-  const std::map<std::string, std::string> reasons = LocationReasons(kDecisionTime);
   for (const StoreInfo& store : stores) {
     // An agent that was started for this may still be deciding.
     const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - steady_clock::now());
-    const auto location = agent.DecidedLocationForStore(store.url, std::max(left, 0s));
+    const auto decided = agent.DecidedLocationForStore(store.url, std::max(left, 0s));
+    const auto location = decided ? agent.ExplainedLocationForStore(store.url) : std::nullopt;
     if (!location) return report(Unanswered(agent.Problem()));
-    const auto reason = reasons.find(store.url);
-    storechecks::CheckStore({store, *location, reason == reasons.end() ? "" : reason->second}, report);
+    storechecks::CheckStore({store, *location}, report);
   }
 }
 

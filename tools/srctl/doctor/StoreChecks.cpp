@@ -44,7 +44,7 @@ class StoreCheck {
 
  private:
   [[nodiscard]] bool IsReachedThroughGateway() const {
-    return situation_.location == Wayfinder::kOutside && !store_.gateways.empty();
+    return situation_.location.value == Wayfinder::kOutside && !store_.gateways.empty();
   }
 
   [[nodiscard]] const GatewayInfo& Gateway() const {
@@ -65,7 +65,7 @@ class StoreCheck {
 
   void ReportServer(Result result, const std::string& check, const std::string& url,
                     const servercheck::Answer& answer) {
-    const bool signIn = result == Result::Problem && situation_.location == Wayfinder::kHotspot;
+    const bool signIn = result == Result::Problem && situation_.location.value == Wayfinder::kHotspot;
     Report(result, check, url + ": " + answer.text + ".", signIn ? kSignIn : answer.next);
   }
 
@@ -148,17 +148,17 @@ class StoreCheck {
     if (IsReachedThroughGateway()) {
       Report(Result::Note, "discovery document", text + " From outside it is fetched through the gateway.");
     } else {
-      const bool signIn = situation_.location == Wayfinder::kHotspot;
+      const bool signIn = situation_.location.value == Wayfinder::kHotspot;
       Report(Result::Problem, "discovery document", text, signIn ? kSignIn : next);
     }
   }
 
   void CheckLocation() {
-    const networkwords::LocationWords words = networkwords::OfLocation(situation_.location);
+    const networkwords::LocationWords words = networkwords::OfLocation(situation_.location.value);
     std::string text = std::string(words.word) + ", " + words.sentence + ". ";
-    text += situation_.reason.empty() ? "The beacons did not tell why in time."
-                                      : "Why: " + situation_.reason + ".";
-    switch (situation_.location) {
+    text += situation_.location.reason.empty() ? "The beacons did not tell why in time."
+                                               : "Why: " + situation_.location.reason + ".";
+    switch (situation_.location.value) {
       case Wayfinder::kLAN:
       case Wayfinder::kVPN:
       case Wayfinder::kPartlyInternal:
@@ -175,7 +175,7 @@ class StoreCheck {
             "Connect to a network; if you are connected, ask your administrator about the beacons.");
       default:
         return Report(Result::Note, "location",
-                      text + " It is the number " + std::to_string(situation_.location) + ".");
+                      text + " It is the number " + std::to_string(situation_.location.value) + ".");
     }
   }
 

@@ -14,6 +14,7 @@ class BeaconsBusObject {
 
  private:
   static int CheckLocation(sd_bus_message* call, void* self, sd_bus_error* error);
+  static int ExplainLocation(sd_bus_message* call, void* self, sd_bus_error* error);
   static int CurrentGateway(sd_bus_message* call, void* self, sd_bus_error* error);
   static int ReachabilityFlags(sd_bus_message* call, void* self, sd_bus_error* error);
   static const sd_bus_vtable kMethods[];

@@ -18,11 +18,6 @@ struct StoreFindings {
   bool networkIsUsable = true;
 };
 
-struct LocationDecision {
-  NetworkLocation location = NetworkLocation::Deciding;
-  std::string reason;  // begins with the location, "LAN, 2 of 2 internal beacons answered"
-};
-
 // What a round knows of an address that answered over http in an internal beacon's name. A portal that
 // resolves every name to itself does so, but it answers in the name of external beacons too.
 enum class PeerStanding {
