@@ -5,6 +5,7 @@
 #include "SRLib/SRProvider.h"
 #include "ServiceRecordMain.h"
 #include "libs/Files/Bundle.h"
+#include "libs/SRUIProtocol/PlugInDescription.h"
 #include "libs/Text/TextHelpers.h"
 
 using ServiceRecords::SavedStores;
@@ -83,7 +84,7 @@ bool MrvServiceRecordsSvr::setDefaultGatewayForStoreIDTo(const std::string& stor
 std::string MrvServiceRecordsSvr::uiBundlePath() {
   constexpr char kMethod[] = "MrvServiceRecordsSvr::uiBundlePath";
   CSRLog(0, "[+] %s", kMethod);
-  std::string path = Bundle::Main().BuiltInPlugInsPath().string() + "/ServiceRecordUI.bundle";
+  std::string path = Bundle::Main().BuiltInPlugInsPath().string() + "/" + PlugInDescription::kFolderName;
   CSRLog(0, "[-] %s (%@)", kMethod, path);
   return path;
 }

@@ -1,12 +1,12 @@
 #include "doctor/InstallationChecks.h"
 
 #include "libs/Files/AtomicFile.h"
-#include "libs/Files/Bundle.h"
 #include "libs/Files/PreferencePath.h"
 #include "libs/Files/PropertyListFile.h"
 #include "libs/Files/StandardDirectories.h"
 #include "libs/Files/UserDefaults.h"
 #include "libs/PropertyList/PropertyList.h"
+#include "libs/SRUIProtocol/PlugInDescription.h"
 
 #include <unistd.h>
 
@@ -25,15 +25,12 @@ constexpr char kReinstall[] = "Install the program again.";
 std::string ProblemWithPlugIn(const fs::path& folder) {
   std::error_code error;
   if (!fs::is_directory(folder, error)) return "there is no folder " + folder.string();
-  const std::optional<Bundle> bundle = Bundle::WithPath(folder);
-  if (!bundle) return (folder / "Info.plist").string() + " is missing or cannot be read";
-  if (bundle->InfoString("SRConformsToProtocol") != "SRUIProtocol") {
-    return (folder / "Info.plist").string() + " does not name the protocol SRUIProtocol";
-  }
-  const fs::path module = bundle->InfoString("CFBundleExecutable");
-  if (module.empty() || module != module.filename() || !fs::is_regular_file(folder / module, error)) {
-    return "the module that " + (folder / "Info.plist").string() + " names is not in its folder";
-  }
+  const std::string file = (folder / "Info.plist").string();
+  const std::optional<PlugInDescription> description = PlugInDescription::Read(folder);
+  if (!description) return file + " is missing or cannot be read";
+  if (!description->NamesProtocol())
+    return file + " does not name the protocol " + PlugInDescription::kProtocol;
+  if (!description->Module()) return "the module that " + file + " names is not in its folder";
   const fs::path dialogs = folder / "servicerecord-dialog";
   if (!fs::is_regular_file(dialogs, error)) return "the dialog program " + dialogs.string() + " is missing";
   if (::access(dialogs.c_str(), X_OK) != 0)

@@ -1,13 +1,12 @@
 #include "Dialogs/UIBundleLoader.h"
 
-#include "libs/Files/Bundle.h"
+#include "libs/SRUIProtocol/PlugInDescription.h"
 #include "libs/Trace/SystemLog.h"
 
 #include <dlfcn.h>
 
 #include <memory>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 namespace {
@@ -18,20 +17,6 @@ struct ModuleDeleter {
 using ModulePtr = std::unique_ptr<void, ModuleDeleter>;
 
 using PrincipalClassFunction = decltype(&ServiceRecordUIPrincipalClass);
-
-// Nothing when the bundle has no module, or names one outside its own folder.
-std::optional<std::filesystem::path> ModuleOf(const Bundle& bundle) {
-  const std::filesystem::path name = bundle.InfoString("CFBundleExecutable");
-  std::error_code error;
-  if (name.empty() || name != name.filename() ||
-      !std::filesystem::is_regular_file(bundle.Path() / name, error)) {
-    return std::nullopt;
-  }
-  std::filesystem::path module = std::filesystem::absolute(bundle.Path() / name, error);
-  // An empty path would load the agent itself.
-  if (error) return std::nullopt;
-  return module;
-}
 
 // Never unmapped, even when the handle is closed, so that entry points stay good.
 ModulePtr Load(const std::filesystem::path& module) {
@@ -61,18 +46,18 @@ const SRUIProtocol* UIBundleLoader::PrincipalClass(const std::string& caller) co
     SystemLog::Error(caller + " - Failed to create the path for the ServiceRecordUI bundle");
     return nullptr;
   }
-  const std::filesystem::path path = plugInsFolder_ / "ServiceRecordUI.bundle";
-  const std::optional<Bundle> bundle = Bundle::WithPath(path);
-  if (!bundle) {
+  const std::filesystem::path path = plugInsFolder_ / PlugInDescription::kFolderName;
+  const std::optional<PlugInDescription> description = PlugInDescription::Read(path);
+  if (!description) {
     SystemLog::Error(caller + " - Could not load the bundle from " + path.string());
     return nullptr;
   }
-  const std::optional<std::filesystem::path> modulePath = ModuleOf(*bundle);
+  const std::optional<std::filesystem::path> modulePath = description->Module();
   if (!modulePath) return nullptr;
 
   const SRUIProtocol* entryPoints = nullptr;
   // The description decides before any code of the bundle runs.
-  if (bundle->InfoString("SRConformsToProtocol") == "SRUIProtocol") {
+  if (description->NamesProtocol()) {
     const ModulePtr module = Load(*modulePath);
     if (!module) return nullptr;
     entryPoints = ConformingClass(module, host_);
