@@ -2,6 +2,7 @@
 
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
+#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/Trace/Trace.h"
 
 #include <cstring>
@@ -15,22 +16,10 @@ namespace {
 constexpr std::int64_t kStatusOK = 200;
 constexpr std::wstring_view kLineEnd = L"\r\n";
 
-struct ConnectionDeleter {
-  void operator()(MorvaneWardenConnection* connection) const { MorvaneWarden_DestroyConnection(connection); }
-};
-struct ContextDeleter {
-  void operator()(MorvaneWardenRequestContext* context) const { MorvaneWarden_DestroyContext(context); }
-};
-struct TranslatedUrlDeleter {
-  void operator()(const wchar_t* url) const { MorvaneWarden_FreeTranslatedUrl(url); }
-};
-struct HeadersDeleter {
-  void operator()(const wchar_t* const* lines) const { MorvaneWarden_FreeHeaders(lines); }
-};
-using ConnectionPtr = std::unique_ptr<MorvaneWardenConnection, ConnectionDeleter>;
-using ContextPtr = std::unique_ptr<MorvaneWardenRequestContext, ContextDeleter>;
-using TranslatedUrlPtr = std::unique_ptr<const wchar_t, TranslatedUrlDeleter>;
-using HeadersPtr = std::unique_ptr<const wchar_t* const, HeadersDeleter>;
+using ConnectionPtr = UniqueHandle<MorvaneWardenConnection, MorvaneWarden_DestroyConnection>;
+using ContextPtr = UniqueHandle<MorvaneWardenRequestContext, MorvaneWarden_DestroyContext>;
+using TranslatedUrlPtr = UniqueHandle<const wchar_t, MorvaneWarden_FreeTranslatedUrl>;
+using HeadersPtr = UniqueHandle<const wchar_t* const, MorvaneWarden_FreeHeaders>;
 
 // The library counts its uses, so those of several requests may overlap.
 class LibraryUse {

@@ -1,5 +1,6 @@
 #include "Bus/StoreDictionary.h"
 #include "SRLib/Provider/StoreBounds.h"
+#include "libs/Lifetime/UniqueHandle.h"
 #include "support/StoreBuilders.h"
 
 #include <gio/gio.h>
@@ -8,16 +9,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <list>
-#include <memory>
 
 namespace {
 
 using namespace ServiceRecords;
 using namespace testsupport;
-
-struct GObjectDeleter {
-  void operator()(GDBusMessage* message) const { g_object_unref(message); }
-};
 
 GVariant* AsVariant(const PropertyList::Dictionary& dictionary);
 
@@ -46,7 +42,7 @@ GVariant* AsVariant(const PropertyList::Dictionary& dictionary) {
 
 // The bytes of a call that carries these stores as the service's answer does, in another library's writing.
 std::size_t BytesOnTheBus(const PropertyList::Array& stores) {
-  const std::unique_ptr<GDBusMessage, GObjectDeleter> message(
+  const UniqueHandle<GDBusMessage, g_object_unref> message(
       g_dbus_message_new_method_call(nullptr, "/", nullptr, "m"));
   GVariant* list = AsVariant(stores);
   g_dbus_message_set_body(message.get(), g_variant_new_tuple(&list, 1));

@@ -1,6 +1,7 @@
 #include "MacISRNotificationManager.h"
 #include "SRLib/SRProvider.h"
 #include "libs/Files/Bundle.h"
+#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/Termination/TerminationEvent.h"
 #include "support/TemporaryFolder.h"
@@ -11,7 +12,6 @@
 
 #include <cstdlib>
 #include <limits>
-#include <memory>
 
 // The test program's own folder has a plug-in bundle with the recording module.
 namespace {
@@ -52,10 +52,7 @@ class NotificationsTest : public ::testing::Test {
     return {{"GatewayName", name}, {"GatewayURL", url}, {"IsDefault", isDefault}};
   }
 
-  struct ModuleCloser {
-    void operator()(void* module) const { ::dlclose(module); }
-  };
-  std::unique_ptr<void, ModuleCloser> module_;
+  UniqueHandle<void, ::dlclose> module_;
   RecordedDialog* last_ = nullptr;
   MacIServiceRecordsNotifications notifications_;
 };

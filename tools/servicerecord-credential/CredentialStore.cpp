@@ -1,9 +1,10 @@
 #include "CredentialStore.h"
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <libsecret/secret.h>
 
 #include <algorithm>
-#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -18,20 +19,12 @@ constexpr const char* kHost = "host";
 constexpr const char* kRealm = "realm";
 constexpr const char* kUserName = "username";
 
-struct Deleter {
-  void operator()(GHashTable* table) const noexcept { g_hash_table_unref(table); }
-  void operator()(GError* error) const noexcept { g_error_free(error); }
-  void operator()(SecretService* service) const noexcept { g_object_unref(service); }
-  void operator()(SecretCollection* collection) const noexcept { g_object_unref(collection); }
-  void operator()(SecretItem* item) const noexcept { g_object_unref(item); }
-  void operator()(SecretValue* value) const noexcept { secret_value_unref(value); }
-};
-using TablePtr = std::unique_ptr<GHashTable, Deleter>;
-using ErrorPtr = std::unique_ptr<GError, Deleter>;
-using ServicePtr = std::unique_ptr<SecretService, Deleter>;
-using CollectionPtr = std::unique_ptr<SecretCollection, Deleter>;
-using ItemPtr = std::unique_ptr<SecretItem, Deleter>;
-using ValuePtr = std::unique_ptr<SecretValue, Deleter>;
+using TablePtr = UniqueHandle<GHashTable, g_hash_table_unref>;
+using ErrorPtr = UniqueHandle<GError, g_error_free>;
+using ServicePtr = UniqueHandle<SecretService, g_object_unref>;
+using CollectionPtr = UniqueHandle<SecretCollection, g_object_unref>;
+using ItemPtr = UniqueHandle<SecretItem, g_object_unref>;
+using ValuePtr = UniqueHandle<SecretValue, secret_value_unref>;
 
 // Receives what a call of the library had to complain about.
 class Complaint {

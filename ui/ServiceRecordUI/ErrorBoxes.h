@@ -1,7 +1,8 @@
 #pragma once
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <atomic>
-#include <memory>
 #include <string_view>
 
 // Only a few error boxes are open at a time, so that many bad documents bury neither the user's screen nor
@@ -10,11 +11,11 @@ namespace ErrorBoxes {
 
 inline constexpr int kMostOpen = 4;
 
-struct PlaceReturner {
-  void operator()(std::atomic<int>* taken) const { --*taken; }
-};
+inline void GiveBack(std::atomic<int>* taken) {
+  --*taken;
+}
 // The place of one open box.
-using Place = std::unique_ptr<std::atomic<int>, PlaceReturner>;
+using Place = UniqueHandle<std::atomic<int>, GiveBack>;
 
 // Null when all places are taken.
 [[nodiscard]] Place TakePlace();

@@ -1,5 +1,6 @@
 #include "libs/Address/SendingForm.h"
 
+#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/Text/UTF8Thread.h"
 
 #include <arpa/inet.h>
@@ -7,17 +8,12 @@
 
 #include <array>
 #include <cwchar>
-#include <memory>
 
 namespace Address {
 namespace {
 
-struct CurlDeleter {
-  void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
-  void operator()(char* text) const noexcept { curl_free(text); }
-};
-using CurlUrlPtr = std::unique_ptr<CURLU, CurlDeleter>;
-using CurlTextPtr = std::unique_ptr<char, CurlDeleter>;
+using CurlUrlPtr = UniqueHandle<CURLU, curl_url_cleanup>;
+using CurlTextPtr = UniqueHandle<char, curl_free>;
 
 // libcurl would write a blank in the query as a plus sign. One before the path makes the address no URL.
 std::string WithEncodedBlanks(std::string address) {

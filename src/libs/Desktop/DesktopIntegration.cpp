@@ -1,11 +1,11 @@
 #include "libs/Desktop/DesktopIntegration.h"
 
 #include "libs/Bus/ServiceNames.h"
+#include "libs/Lifetime/UniqueHandle.h"
 
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
-#include <memory>
 #include <string_view>
 
 namespace DesktopIntegration {
@@ -13,15 +13,9 @@ namespace {
 
 constexpr std::string_view kContentType = "application/vnd.morvane.servicerecord+xml";
 
-struct ObjectDeleter {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
-struct MemoryDeleter {
-  void operator()(gchar* memory) const { g_free(memory); }
-};
-using AppInfoPtr = std::unique_ptr<GAppInfo, ObjectDeleter>;
-using BusPtr = std::unique_ptr<GDBusConnection, ObjectDeleter>;
-using TextPtr = std::unique_ptr<gchar, MemoryDeleter>;
+using AppInfoPtr = UniqueHandle<GAppInfo, g_object_unref>;
+using BusPtr = UniqueHandle<GDBusConnection, g_object_unref>;
+using TextPtr = UniqueHandle<gchar, g_free>;
 
 std::string DesktopEntry(const std::string& identifier) {
   return identifier + ".desktop";

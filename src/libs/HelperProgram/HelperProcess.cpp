@@ -1,5 +1,7 @@
 #include "libs/HelperProgram/HelperProcess.h"
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -8,7 +10,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -22,15 +23,8 @@ namespace {
 constexpr int kTimeToEndMilliseconds = 1000;
 constexpr int kFirstDescriptorPastStandard = 3;
 
-struct FileActionsDeleter {
-  void operator()(posix_spawn_file_actions_t* actions) const { ::posix_spawn_file_actions_destroy(actions); }
-};
-using FileActionsPtr = std::unique_ptr<posix_spawn_file_actions_t, FileActionsDeleter>;
-
-struct SpawnAttributesDeleter {
-  void operator()(posix_spawnattr_t* attributes) const { ::posix_spawnattr_destroy(attributes); }
-};
-using SpawnAttributesPtr = std::unique_ptr<posix_spawnattr_t, SpawnAttributesDeleter>;
+using FileActionsPtr = UniqueHandle<posix_spawn_file_actions_t, ::posix_spawn_file_actions_destroy>;
+using SpawnAttributesPtr = UniqueHandle<posix_spawnattr_t, ::posix_spawnattr_destroy>;
 
 struct Channel {
   FileDescriptor ours;

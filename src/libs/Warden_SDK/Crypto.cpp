@@ -1,22 +1,19 @@
 #include "libs/Warden_SDK/Crypto.h"
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 #include <string.h>
 
 #include <array>
-#include <memory>
 #include <vector>
 
 namespace Warden {
 namespace {
 
-struct HashDeleter {
-  void operator()(EVP_MD_CTX* context) const noexcept { EVP_MD_CTX_free(context); }
-  void operator()(EVP_MD* algorithm) const noexcept { EVP_MD_free(algorithm); }
-};
-using HashContextPtr = std::unique_ptr<EVP_MD_CTX, HashDeleter>;
-using HashPtr = std::unique_ptr<EVP_MD, HashDeleter>;
+using HashContextPtr = UniqueHandle<EVP_MD_CTX, EVP_MD_CTX_free>;
+using HashPtr = UniqueHandle<EVP_MD, EVP_MD_free>;
 
 const unsigned char* Bytes(std::string_view text) {
   return reinterpret_cast<const unsigned char*>(text.data());

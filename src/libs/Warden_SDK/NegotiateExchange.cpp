@@ -1,5 +1,6 @@
 #include "libs/Warden_SDK/NegotiateExchange.h"
 
+#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/Warden_SDK/Crypto.h"
 #include "libs/Warden_SDK/WardenLog.h"
 
@@ -10,24 +11,25 @@
 
 namespace Warden {
 
-struct GssDeleter {
-  void operator()(gss_name_t name) const noexcept {
-    OM_uint32 minor = 0;
-    gss_release_name(&minor, &name);
-  }
-  void operator()(gss_ctx_id_t context) const noexcept {
-    OM_uint32 minor = 0;
-    gss_delete_sec_context(&minor, &context, GSS_C_NO_BUFFER);
-  }
-  void operator()(gss_buffer_desc* buffer) const noexcept {
-    OM_uint32 minor = 0;
-    if (buffer->value != nullptr) ::explicit_bzero(buffer->value, buffer->length);
-    gss_release_buffer(&minor, buffer);
-  }
-};
-using NamePtr = std::unique_ptr<std::remove_pointer_t<gss_name_t>, GssDeleter>;
-using ContextPtr = std::unique_ptr<std::remove_pointer_t<gss_ctx_id_t>, GssDeleter>;
-using BufferPtr = std::unique_ptr<gss_buffer_desc, GssDeleter>;
+static void ReleaseName(gss_name_t name) {
+  OM_uint32 minor = 0;
+  gss_release_name(&minor, &name);
+}
+
+static void DeleteContext(gss_ctx_id_t context) {
+  OM_uint32 minor = 0;
+  gss_delete_sec_context(&minor, &context, GSS_C_NO_BUFFER);
+}
+
+static void WipeAndRelease(gss_buffer_desc* buffer) {
+  OM_uint32 minor = 0;
+  if (buffer->value != nullptr) ::explicit_bzero(buffer->value, buffer->length);
+  gss_release_buffer(&minor, buffer);
+}
+
+using NamePtr = UniqueHandle<std::remove_pointer_t<gss_name_t>, ReleaseName>;
+using ContextPtr = UniqueHandle<std::remove_pointer_t<gss_ctx_id_t>, DeleteContext>;
+using BufferPtr = UniqueHandle<gss_buffer_desc, WipeAndRelease>;
 
 namespace {
 

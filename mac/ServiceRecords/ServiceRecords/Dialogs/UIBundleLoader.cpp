@@ -1,20 +1,17 @@
 #include "Dialogs/UIBundleLoader.h"
 
+#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/SRUIProtocol/PlugInDescription.h"
 #include "libs/Trace/SystemLog.h"
 
 #include <dlfcn.h>
 
-#include <memory>
 #include <optional>
 #include <utility>
 
 namespace {
 
-struct ModuleDeleter {
-  void operator()(void* module) const { ::dlclose(module); }
-};
-using ModulePtr = std::unique_ptr<void, ModuleDeleter>;
+using ModulePtr = UniqueHandle<void, ::dlclose>;
 
 using PrincipalClassFunction = decltype(&ServiceRecordUIPrincipalClass);
 

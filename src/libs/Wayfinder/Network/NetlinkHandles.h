@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <netlink/cache.h>
 #include <netlink/msg.h>
 #include <netlink/netlink.h>
@@ -8,21 +10,10 @@
 #include <netlink/route/nexthop.h>
 #include <netlink/route/route.h>
 
-#include <memory>
-
 // The one place that includes libnl: its objects as owning pointers.
-struct NetlinkDeleter {
-  void operator()(nl_sock* socket) const noexcept { nl_socket_free(socket); }
-  void operator()(nl_cache* cache) const noexcept { nl_cache_free(cache); }
-  void operator()(nl_msg* message) const noexcept { nlmsg_free(message); }
-  void operator()(nl_addr* address) const noexcept { nl_addr_put(address); }
-  void operator()(rtnl_link* link) const noexcept { rtnl_link_put(link); }
-  void operator()(rtnl_route* route) const noexcept { rtnl_route_put(route); }
-};
-
-using NetlinkSocketPtr = std::unique_ptr<nl_sock, NetlinkDeleter>;
-using NetlinkCachePtr = std::unique_ptr<nl_cache, NetlinkDeleter>;
-using NetlinkMessagePtr = std::unique_ptr<nl_msg, NetlinkDeleter>;
-using NetlinkAddressPtr = std::unique_ptr<nl_addr, NetlinkDeleter>;
-using NetlinkLinkPtr = std::unique_ptr<rtnl_link, NetlinkDeleter>;
-using NetlinkRoutePtr = std::unique_ptr<rtnl_route, NetlinkDeleter>;
+using NetlinkSocketPtr = UniqueHandle<nl_sock, nl_socket_free>;
+using NetlinkCachePtr = UniqueHandle<nl_cache, nl_cache_free>;
+using NetlinkMessagePtr = UniqueHandle<nl_msg, nlmsg_free>;
+using NetlinkAddressPtr = UniqueHandle<nl_addr, nl_addr_put>;
+using NetlinkLinkPtr = UniqueHandle<rtnl_link, rtnl_link_put>;
+using NetlinkRoutePtr = UniqueHandle<rtnl_route, rtnl_route_put>;

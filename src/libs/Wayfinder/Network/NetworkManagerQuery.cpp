@@ -1,11 +1,12 @@
 #include "libs/Wayfinder/Network/NetworkManagerQuery.h"
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <systemd/sd-bus.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <memory>
 
 namespace Wayfinding {
 namespace {
@@ -19,15 +20,9 @@ constexpr char kManagerPath[] = "/org/freedesktop/NetworkManager";
 constexpr char kActiveConnection[] = "org.freedesktop.NetworkManager.Connection.Active";
 constexpr char kDevice[] = "org.freedesktop.NetworkManager.Device";
 
-struct MessageDeleter {
-  void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
-};
-struct BusDeleter {
-  // Nothing is worth flushing, and flushing waits.
-  void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
-};
-using MessagePtr = std::unique_ptr<sd_bus_message, MessageDeleter>;
-using BusPtr = std::unique_ptr<sd_bus, BusDeleter>;
+using MessagePtr = UniqueHandle<sd_bus_message, sd_bus_message_unref>;
+// Nothing is worth flushing, and flushing waits.
+using BusPtr = UniqueHandle<sd_bus, sd_bus_close_unref>;
 
 // Connects and reads NetworkManager's properties, all of that together within the time limit.
 class Reader {

@@ -64,9 +64,7 @@ void TakeAny(nlmsghdr* message, NetworkEvents& events) {
 
 }  // namespace
 
-NetworkMonitor::~NetworkMonitor() = default;
-
-void NetworkMonitor::SocketDeleter::operator()(nl_sock* socket) const noexcept {
+void NetworkMonitor::Free(nl_sock* socket) {
   nl_socket_free(socket);
 }
 

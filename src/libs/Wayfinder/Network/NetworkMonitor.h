@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <memory>
 #include <vector>
 
@@ -22,7 +24,6 @@ class NetworkMonitor {
  public:
   // Nothing when the kernel does not tell.
   static std::unique_ptr<NetworkMonitor> Open();
-  ~NetworkMonitor();
 
   // Readable when there are events.
   [[nodiscard]] int Descriptor() const;
@@ -30,13 +31,11 @@ class NetworkMonitor {
   [[nodiscard]] NetworkEvents Take();
 
  private:
-  struct SocketDeleter {
-    void operator()(nl_sock* socket) const noexcept;
-  };
   NetworkMonitor() = default;
+  static void Free(nl_sock* socket);
   static int TakeMessage(nl_msg* message, void* events);
 
-  std::unique_ptr<nl_sock, SocketDeleter> socket_;
+  UniqueHandle<nl_sock, Free> socket_;
   NetworkEvents events_;
 };
 

@@ -1,6 +1,7 @@
 #include "libs/Wayfinder/Probing/HostLookups.h"
 
 #include "libs/Files/EventFd.h"
+#include "libs/Lifetime/UniqueHandle.h"
 
 #include <netdb.h>
 #include <sys/socket.h>
@@ -15,10 +16,7 @@ namespace {
 
 constexpr std::size_t kMostAddresses = 16;
 
-struct AddressListDeleter {
-  void operator()(addrinfo* list) const noexcept { ::freeaddrinfo(list); }
-};
-using AddressListPtr = std::unique_ptr<addrinfo, AddressListDeleter>;
+using AddressListPtr = UniqueHandle<addrinfo, ::freeaddrinfo>;
 
 std::string NumericText(const addrinfo& entry) {
   std::array<char, NI_MAXHOST> text{};

@@ -35,7 +35,7 @@ void InitializeTls() {
 TlsTrust::TlsTrust() = default;
 TlsTrust::~TlsTrust() = default;
 
-void TlsTrust::StoreDeleter::operator()(x509_store_st* store) const noexcept {
+void TlsTrust::Free(x509_store_st* store) {
   X509_STORE_free(store);
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "libs/Lifetime/UniqueHandle.h"
+
 #include <deque>
-#include <memory>
 
 struct x509_store_st;
 
@@ -27,11 +28,9 @@ class TlsTrust {
   [[nodiscard]] bool Prepare(void* sslContext, bool& handshakeMark);
 
  private:
-  struct StoreDeleter {
-    void operator()(x509_store_st* store) const noexcept;
-  };
+  static void Free(x509_store_st* store);
 
-  std::unique_ptr<x509_store_st, StoreDeleter> store_;
+  UniqueHandle<x509_store_st, Free> store_;
   // A connection that is being shut down may still tell of a handshake, after the one who asked is gone.
   std::deque<bool> marks_;
 };
