@@ -2,6 +2,7 @@
 
 #include "MacCSLibrary.h"
 #include "SRLib/Platform/GenericFactories.h"
+#include "libs/Lifetime/NoDestructor.h"
 
 namespace bench {
 
@@ -58,8 +59,8 @@ bool CountingConfiguration::EnumContainers(const std::wstring& key, std::uint32_
 }  // namespace bench
 
 CGenericFactories& CGenericFactories::Instance() {
-  static auto& instance = *new CGenericFactories(std::make_unique<CMacCSFactory>(),
-                                                 std::make_unique<bench::CountingConfiguration>(),
-                                                 std::make_unique<CMacConfiguration>(false));
-  return instance;
+  static NoDestructor<CGenericFactories> instance(std::make_unique<CMacCSFactory>(),
+                                                  std::make_unique<bench::CountingConfiguration>(),
+                                                  std::make_unique<CMacConfiguration>(false));
+  return *instance;
 }

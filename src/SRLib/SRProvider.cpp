@@ -10,6 +10,7 @@
 #include "SRLib/SRXMLProvider.h"
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationFactory.h"
+#include "libs/Lifetime/NoDestructor.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Trace/Trace.h"
 
@@ -20,10 +21,10 @@
 namespace ServiceRecords {
 namespace {
 
-// Innermost but for the configuration's. Never destroyed: it keeps the end of the process from a save.
+// Innermost but for the configuration's. It keeps the end of the process from a save.
 std::mutex& SaveLock() {
-  static std::mutex& mutex = *new std::mutex;
-  return mutex;
+  static NoDestructor<std::mutex> mutex;
+  return *mutex;
 }
 
 void RefuseBeyond(const std::string& bound) {

@@ -4,6 +4,7 @@
 #include "libs/Files/Bundle.h"
 #include "libs/Files/StandardDirectories.h"
 #include "libs/Files/UserDefaults.h"
+#include "libs/Lifetime/NoDestructor.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <fmt/args.h>
@@ -17,21 +18,19 @@ namespace {
 
 constexpr std::uint64_t kMaximumLogBytes = std::uint64_t{64} << 20;
 
-// Like the stream, it outlives every static object that may trace on its way out, so it is never destroyed.
-LogFileBuffer& g_wBuff = *new LogFileBuffer;
-
-std::string& g_logPath = *new std::string;
+// Like the stream, they outlive every static object that may trace on its way out.
+NoDestructor<LogFileBuffer> g_wBuff;
+NoDestructor<std::string> g_logPath;
 bool g_logWasOpened = false;
 
 // Standard error is the console of a program without a window. A channel that cannot be opened drops what is
 // written to it.
 LogFileBuffer& ConsoleChannel() {
-  static LogFileBuffer& channel = []() -> LogFileBuffer& {
-    auto& buffer = *new LogFileBuffer;
-    buffer.OpenStandardError();
-    return buffer;
-  }();
-  return channel;
+  struct Channel : LogFileBuffer {
+    Channel() { OpenStandardError(); }
+  };
+  static NoDestructor<Channel> channel;
+  return *channel;
 }
 
 void WriteBanner() {
@@ -42,11 +41,11 @@ void WriteBanner() {
 
 class LogFile : public Log {
  public:
-  std::wstreambuf& File() override { return g_wBuff; }
+  std::wstreambuf& File() override { return *g_wBuff; }
   std::wstreambuf& Console() override { return ConsoleChannel(); }
   void KeepBounded() override {
-    if (wdbg.rdbuf() != &g_wBuff || g_wBuff.Size() < kMaximumLogBytes) return;
-    g_wBuff.BeginAnew(g_logPath);
+    if (wdbg.rdbuf() != &*g_wBuff || g_wBuff->Size() < kMaximumLogBytes) return;
+    g_wBuff->BeginAnew(*g_logPath);
     WriteBanner();
   }
 };
@@ -60,14 +59,14 @@ std::string LogFolder() {
 }  // namespace
 
 void InitLog(const std::string& fileName) {
-  static LogFile& log = *new LogFile;
+  static NoDestructor<LogFile> log;
   const std::lock_guard lock(wdbgMutex);
   if (!NoTraceOption && !ConsoleOption) {
     static_cast<void>(StandardDirectories::CreateDirectories(LogFolder()));
-    g_logPath = LogFolder() + fileName;
-    g_wBuff.OpenKeepingBackup(g_logPath);
+    *g_logPath = LogFolder() + fileName;
+    g_wBuff->OpenKeepingBackup(*g_logPath);
   }
-  LeadTo(log);
+  LeadTo(*log);
   if (!NoTraceOption) WriteBanner();
 }
 

@@ -2,10 +2,11 @@
 
 #include "MacCSLibrary.h"
 #include "MacConfiguration.h"
+#include "libs/Lifetime/NoDestructor.h"
 
 CGenericFactories& CGenericFactories::Instance() {
-  static auto& instance =
-      *new CGenericFactories(std::make_unique<CMacCSFactory>(), std::make_unique<CMacConfiguration>(true),
-                             std::make_unique<CMacConfiguration>(false));
-  return instance;
+  static NoDestructor<CGenericFactories> instance(std::make_unique<CMacCSFactory>(),
+                                                  std::make_unique<CMacConfiguration>(true),
+                                                  std::make_unique<CMacConfiguration>(false));
+  return *instance;
 }

@@ -3,6 +3,8 @@
 #include "SRLib/Platform/Messages.h"
 #include "libs/Files/AtomicFile.h"
 #include "libs/Files/Bundle.h"
+#include "libs/Lifetime/NoDestructor.h"
+#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Trace/SystemLog.h"
 
@@ -18,10 +20,7 @@ namespace {
 
 constexpr char kFallbackLanguage[] = "en";
 
-struct ConverterDeleter {
-  void operator()(void* converter) const { ::iconv_close(converter); }
-};
-using ConverterPtr = std::unique_ptr<void, ConverterDeleter>;
+using ConverterPtr = UniqueHandle<void, ::iconv_close>;
 
 std::optional<std::string> UTF8FromUTF16(std::string text, const char* encoding) {
   const iconv_t opened = ::iconv_open("UTF-8", encoding);
@@ -78,9 +77,9 @@ ResourceKeeper::ResourceKeeper(std::filesystem::path resources, Languages prefer
     : resources_(std::move(resources)), preferredLanguages_(std::move(preferredLanguages)) {}
 
 ResourceKeeper& ResourceKeeper::Main() {
-  static auto& main = *new ResourceKeeper(Bundle::Main().ResourcesPath(),
-                                          [] { return Bundle::Main().PreferredLocalizations(); });
-  return main;
+  static NoDestructor<ResourceKeeper> main(Bundle::Main().ResourcesPath(),
+                                           [] { return Bundle::Main().PreferredLocalizations(); });
+  return *main;
 }
 
 std::string ResourceKeeper::messageFromResource(int id) {
@@ -159,11 +158,11 @@ std::optional<std::string> ResourceKeeper::localizedMessage(const std::string& n
 namespace util {
 
 const wchar_t* MessageFromResourceW(int id) {
-  static std::mutex& mutex = *new std::mutex;
-  static auto& texts = *new std::map<int, std::wstring>;
-  const std::lock_guard lock(mutex);
+  static NoDestructor<std::mutex> mutex;
+  static NoDestructor<std::map<int, std::wstring>> texts;
+  const std::lock_guard lock(*mutex);
   std::wstring text = widen(ResourceKeeper::Main().messageFromResource(id));
-  std::wstring& held = texts[id];
+  std::wstring& held = (*texts)[id];
   if (held != text) held = std::move(text);
   return held.c_str();
 }

@@ -1,6 +1,7 @@
 #include "libs/Files/Bundle.h"
 
 #include "libs/Files/AtomicFile.h"
+#include "libs/Lifetime/NoDestructor.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -60,15 +61,15 @@ Bundle::Bundle(fs::path folder, PropertyList::Dictionary info)
     : path_(std::move(folder)), info_(std::move(info)) {}
 
 const Bundle& Bundle::Main() {
-  // Never destroyed: the log may ask for the version while the process exits.
-  static const Bundle& main = *[] {
+  // The log may ask for the version while the process exits.
+  static const NoDestructor<Bundle> main([] {
     std::error_code unknown;
     const fs::path executable = fs::read_symlink("/proc/self/exe", unknown);
-    if (unknown) return new Bundle({}, {});
-    return new Bundle(executable.parent_path(),
-                      ReadInfo(executable.parent_path()).value_or(PropertyList::Dictionary()));
-  }();
-  return main;
+    if (unknown) return Bundle({}, {});
+    return Bundle(executable.parent_path(),
+                  ReadInfo(executable.parent_path()).value_or(PropertyList::Dictionary()));
+  }());
+  return *main;
 }
 
 std::optional<Bundle> Bundle::WithPath(const fs::path& folder) {

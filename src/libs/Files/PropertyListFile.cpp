@@ -1,5 +1,7 @@
 #include "libs/Files/PropertyListFile.h"
 
+#include "libs/Lifetime/NoDestructor.h"
+
 std::optional<AtomicFile::Content> PropertyListFile::ReadUnlessKnown(
     const std::optional<AtomicFile::Stamp>& known, std::error_code& error) const {
   std::optional<AtomicFile::Content> content = AtomicFile::ReadUnlessKnown(file_, known, error);
@@ -24,8 +26,9 @@ PropertyListFile::Reading PropertyListFile::Load(const Reading& before) const {
 }
 
 PropertyListFile::Reading::Reading() {
-  static const auto& empty = *new auto(std::make_shared<const PropertyList::Dictionary>());
-  root_ = empty;
+  static const NoDestructor<std::shared_ptr<const PropertyList::Dictionary>> empty(
+      std::make_shared<PropertyList::Dictionary>());
+  root_ = *empty;
 }
 
 void PropertyListFile::Reading::Parse(std::string bytes) {

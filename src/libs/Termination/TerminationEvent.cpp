@@ -2,6 +2,7 @@
 
 #include "libs/Files/FileDescriptor.h"
 #include "libs/Files/SystemError.h"
+#include "libs/Lifetime/NoDestructor.h"
 
 #include <poll.h>
 #include <sys/epoll.h>
@@ -22,10 +23,10 @@ FileDescriptor Checked(int descriptor, const char* what) {
 // Readable as soon as one of its sources is, and for as long.
 class Event {
  public:
-  // Never destroyed: threads may still watch it while the process exits.
-  static Event& Instance() {
-    static Event& event = *new Event;
-    return event;
+  Event()
+      : any_(Checked(::epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
+        request_(Checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
+    Add(request_);
   }
 
   [[nodiscard]] int Descriptor() const { return any_.Get(); }
@@ -38,12 +39,6 @@ class Event {
   }
 
  private:
-  Event()
-      : any_(Checked(::epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
-        request_(Checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
-    Add(request_);
-  }
-
   void Add(const FileDescriptor& source) const {
     epoll_event interest{};
     interest.events = EPOLLIN;
@@ -57,10 +52,16 @@ class Event {
   FileDescriptor signals_;
 };
 
+// Threads may still watch it while the process exits.
+Event& TheEvent() {
+  static NoDestructor<Event> event;
+  return *event;
+}
+
 }  // namespace
 
 int Descriptor() {
-  return Event::Instance().Descriptor();
+  return TheEvent().Descriptor();
 }
 
 bool Requested() {
@@ -69,7 +70,7 @@ bool Requested() {
 }
 
 void Request() {
-  Event::Instance().Request();
+  TheEvent().Request();
 }
 
 void RaiseOnSignals() {
@@ -79,7 +80,7 @@ void RaiseOnSignals() {
   ::sigaddset(&signals, SIGINT);
   // Blocked, they stay pending even where a shell has had them ignored.
   ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  Event::Instance().Watch(signals);
+  TheEvent().Watch(signals);
 }
 
 }  // namespace TerminationEvent

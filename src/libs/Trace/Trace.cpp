@@ -1,5 +1,6 @@
 #include "libs/Trace/Trace.h"
 
+#include "libs/Lifetime/NoDestructor.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
@@ -30,10 +31,11 @@ class NoLog : public Log {
   std::wfilebuf file_;
 };
 
-// The stream objects outlive every static object that may trace on its way out, so they are never destroyed.
-NoLog& g_noLog = *new NoLog;
-Log* g_log = &g_noLog;
-nul_buff& g_NullBuff = *new nul_buff;
+// The stream objects outlive every static object that may trace on its way out.
+NoDestructor<NoLog> g_noLog;
+Log* g_log = &*g_noLog;
+NoDestructor<nul_buff> g_NullBuff;
+NoDestructor<std::wostream> g_stream(&g_noLog->File());
 
 int g_openRecords = 0;  // a piece of a record may write one in turn
 
@@ -46,7 +48,7 @@ void Attach(std::wstreambuf& target) {
 }  // namespace
 
 std::recursive_mutex wdbgMutex;
-std::wostream& wdbg = *new std::wostream(&g_noLog.File());
+std::wostream& wdbg = *g_stream;
 bool NoTraceOption = true;
 bool VerboseOption = false;
 bool ConsoleOption = false;
@@ -55,7 +57,7 @@ namespace {
 
 // The rest of this namespace is called under the mutex, which every statement would otherwise take again.
 bool LeadsAnywhere() {
-  return wdbg.rdbuf() != &g_NullBuff;
+  return wdbg.rdbuf() != &*g_NullBuff;
 }
 
 bool Switch(bool on) {
@@ -63,10 +65,10 @@ bool Switch(bool on) {
   const bool before = LeadsAnywhere();
   if (on == before) return before;
   if (!on) {
-    Attach(g_NullBuff);
+    Attach(*g_NullBuff);
     return before;
   }
-  std::wstreambuf& target = NoTraceOption ? static_cast<std::wstreambuf&>(g_NullBuff) : g_log->File();
+  std::wstreambuf& target = NoTraceOption ? static_cast<std::wstreambuf&>(*g_NullBuff) : g_log->File();
   // Deliberate: the console is attached first, and the file buffer then wins.
   if (ConsoleOption && !NoTraceOption) wdbg.rdbuf(&g_log->Console());
   if (wdbg.rdbuf() != &target) Attach(target);
@@ -83,7 +85,7 @@ void SetLevel(std::wostream& stream, std::uint32_t value) {
 void LeadTo(Log& log) {
   g_log = &log;
   if (NoTraceOption) {
-    wdbg.rdbuf(&g_NullBuff);
+    wdbg.rdbuf(&*g_NullBuff);
     return;
   }
   wdbg.rdbuf(ConsoleOption ? &log.Console() : &log.File());

@@ -1,5 +1,7 @@
 #include "libs/Warden_SDK/MorvaneWarden.h"
 
+#include "libs/Lifetime/NoDestructor.h"
+#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Warden_SDK/Cancellation.h"
 #include "libs/Warden_SDK/CredentialProgram.h"
@@ -47,8 +49,8 @@ struct Library {
 
 // Never destroyed: at the end of the process a thread may still be in a request.
 Library& TheLibrary() {
-  static Library& library = *new Library;
-  return library;
+  static NoDestructor<Library> library;
+  return *library;
 }
 
 bool IsInitialized() {
@@ -79,10 +81,7 @@ void WipeAndFree(const wchar_t* text) noexcept {
   delete[] own;
 }
 
-struct TextDeleter {
-  void operator()(const wchar_t* text) const noexcept { WipeAndFree(text); }
-};
-using TextPtr = std::unique_ptr<const wchar_t[], TextDeleter>;
+using TextPtr = UniqueHandle<const wchar_t[], WipeAndFree>;
 
 TextPtr CopyOf(std::string_view utf8) {
   std::wstring wide = util::widen(utf8);

@@ -2,6 +2,7 @@
 
 #include "DbgTrace.h"
 #include "Files/PreferenceFile.h"
+#include "libs/Lifetime/NoDestructor.h"
 
 #include <string>
 #include <utility>
@@ -10,11 +11,11 @@ namespace {
 
 // Of both scopes. Held only as long as copying takes, never while a file is read or written.
 void SyncLock(bool lock) {
-  static std::mutex& mutex = *new std::mutex;
+  static NoDestructor<std::mutex> mutex;
   if (lock) {
-    mutex.lock();
+    mutex->lock();
   } else {
-    mutex.unlock();
+    mutex->unlock();
   }
 }
 
@@ -36,9 +37,9 @@ std::string Reason(const std::error_code& error) {
 ConfigurationFile::ConfigurationFile(bool perUser) : file_(preferenceFile(perUser)) {}
 
 ConfigurationFile& ConfigurationFile::OfScope(bool perUser) {
-  static auto& user = *new ConfigurationFile(true);
-  static auto& machine = *new ConfigurationFile(false);
-  return perUser ? user : machine;
+  static NoDestructor<ConfigurationFile> user(true);
+  static NoDestructor<ConfigurationFile> machine(false);
+  return perUser ? *user : *machine;
 }
 
 ConfigurationFile::Tree ConfigurationFile::Load() {

@@ -14,6 +14,8 @@ class ConfigurationFile {
  public:
   using Tree = std::shared_ptr<const PropertyList::Dictionary>;
 
+  explicit ConfigurationFile(bool perUser);
+
   // Made on first use, never destroyed: a thread may still save while the process exits.
   [[nodiscard]] static ConfigurationFile& OfScope(bool perUser);
 
@@ -25,8 +27,6 @@ class ConfigurationFile {
   [[nodiscard]] Config::StorageFailures Failures() const;
 
  private:
-  explicit ConfigurationFile(bool perUser);
-
   PropertyListFile::Reading Read();
   void PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree);
   void Count(std::uint64_t Config::StorageFailures::*kind, const std::error_code& error);

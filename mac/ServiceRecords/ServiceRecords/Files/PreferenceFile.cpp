@@ -4,6 +4,7 @@
 #include "libs/Files/PreferencePath.h"
 #include "libs/Files/PropertyListFile.h"
 #include "libs/Files/StandardDirectories.h"
+#include "libs/Lifetime/NoDestructor.h"
 
 #include <string>
 #include <string_view>
@@ -37,6 +38,6 @@ PreferenceFiles MakePreferenceFolders() {
 }  // namespace
 
 const std::filesystem::path& preferenceFile(bool perUser) {
-  static const auto& files = *new PreferenceFiles(MakePreferenceFolders());
-  return perUser ? files.user : files.machine;
+  static const NoDestructor<PreferenceFiles> files(MakePreferenceFolders());
+  return perUser ? files->user : files->machine;
 }
