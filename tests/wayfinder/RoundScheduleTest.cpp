@@ -11,6 +11,13 @@ namespace {
 
 class RoundScheduleTest : public testing::Test {
  protected:
+  // A round that begins when it is due, and ends at once. Returns the delay of its repetition.
+  milliseconds Fail(bool withNewStore = false, double chance = 0.5) {
+    const auto due = schedule_.NextDue().value_or(start_);
+    EXPECT_TRUE(schedule_.TakeStart(due));
+    return schedule_.TakeFailure(due, chance, withNewStore);
+  }
+
   RoundSchedule schedule_;
   const RoundSchedule::TimePoint start_{minutes(100)};
 };
@@ -95,32 +102,42 @@ TEST_F(RoundScheduleTest, ARoundWithoutAnAnswerIsRepeatedLaterAndLater) {
   EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(1), 0.5, false), seconds(2));
 }
 
+TEST_F(RoundScheduleTest, TheDelaysDoubleUpToFiveMinutes) {
+  schedule_.TakeNewStores(start_);
+  for (const int delay : {1, 2, 4, 8, 16, 32, 64, 128, 256, 300, 300}) EXPECT_EQ(Fail(), seconds(delay));
+}
+
+TEST_F(RoundScheduleTest, TheDelaysVaryByThirtyPercent) {
+  schedule_.TakeNewStores(start_);
+  EXPECT_EQ(Fail(true, 0), milliseconds(700));
+  const milliseconds longest = Fail(true, 0.9999);
+  EXPECT_TRUE(longest == milliseconds(1299) || longest == milliseconds(1300)) << longest.count();
+  for (int i = 0; i < 10; ++i) Fail();
+  EXPECT_EQ(Fail(false, 0), seconds(210));
+}
+
 TEST_F(RoundScheduleTest, AnAnswerAndANewNetworkAndANewListBeginTheDelaysAnew) {
-  const auto fail = [this] {
-    EXPECT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
-    return schedule_.TakeFailure(start_, 0.5, false);
-  };
   schedule_.TakeNewStores(start_);
-  EXPECT_EQ(fail(), seconds(1));
-  EXPECT_EQ(fail(), seconds(2));
+  EXPECT_EQ(Fail(), seconds(1));
+  EXPECT_EQ(Fail(), seconds(2));
   schedule_.TakeNewNetwork(start_);
-  EXPECT_EQ(fail(), seconds(1));
-  EXPECT_EQ(fail(), seconds(2));
+  EXPECT_EQ(Fail(), seconds(1));
+  EXPECT_EQ(Fail(), seconds(2));
   schedule_.TakeNewStores(start_);
-  EXPECT_EQ(fail(), seconds(1));
+  EXPECT_EQ(Fail(), seconds(1));
   ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
   schedule_.TakeEnd();
   schedule_.TakeOldAge(start_);
-  EXPECT_EQ(fail(), seconds(1));
+  EXPECT_EQ(Fail(), seconds(1));
   schedule_.TakeOldAge(start_);
-  EXPECT_EQ(fail(), seconds(2)) << "age alone does not";
+  EXPECT_EQ(Fail(), seconds(2)) << "age alone does not";
 }
 
 TEST_F(RoundScheduleTest, AStoreThatLosesItsAnswerBeginsTheDelaysAnew) {
-  for (const seconds delay : {seconds(1), seconds(2), seconds(4)})
-    EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), delay);
-  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, true), seconds(1));
-  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), seconds(2));
+  schedule_.TakeNewStores(start_);
+  for (const int delay : {1, 2, 4}) EXPECT_EQ(Fail(), seconds(delay));
+  EXPECT_EQ(Fail(true), seconds(1));
+  EXPECT_EQ(Fail(), seconds(2));
 }
 
 TEST_F(RoundScheduleTest, OnlyWhatFollowsAFailureIsARepetition) {
@@ -156,21 +173,24 @@ TEST_F(RoundScheduleTest, FurtherStoresAreAskedAtOnceAndAlone) {
 }
 
 TEST_F(RoundScheduleTest, ARepetitionKeepsItsTimeBehindFurtherStores) {
-  for (const seconds delay : {seconds(1), seconds(2), seconds(4), seconds(8)})
-    EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), delay);
-  schedule_.TakeFurtherStores(start_ + seconds(1));
-  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(1)));
-  schedule_.TakeFurtherStores(start_ + seconds(2));
-  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(2)));
-  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(3), 0.5, false), seconds(5));
-  EXPECT_EQ(schedule_.NextDue(), start_ + seconds(8));
-  ASSERT_TRUE(schedule_.TakeStart(start_ + seconds(8)));
+  schedule_.TakeNewStores(start_);
+  for (const int delay : {1, 2, 4}) EXPECT_EQ(Fail(), seconds(delay));
+  const auto due = *schedule_.NextDue();
+  schedule_.TakeFurtherStores(due - seconds(3));
+  ASSERT_TRUE(schedule_.TakeStart(due - seconds(3)));
+  EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::Further);
+  schedule_.TakeFurtherStores(due - seconds(2));
+  ASSERT_TRUE(schedule_.TakeStart(due - seconds(2)));
+  EXPECT_FALSE(schedule_.TakeStart(due)) << "a round is running";
+  EXPECT_EQ(schedule_.TakeFailure(due - seconds(1), 0.5, false), seconds(1));
+  EXPECT_EQ(schedule_.NextDue(), due);
+  EXPECT_EQ(Fail(), seconds(8)) << "the delays go on";
   EXPECT_EQ(schedule_.CurrentScope(), RoundSchedule::Scope::WithoutAnswer);
-  EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(8), 0.5, false), seconds(16)) << "the delays go on";
 }
 
 TEST_F(RoundScheduleTest, ARepetitionThatIsDueFollowsOnFurtherStoresAtOnce) {
-  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), seconds(1));
+  schedule_.TakeNewStores(start_);
+  EXPECT_EQ(Fail(), seconds(1));
   schedule_.TakeFurtherStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));
   EXPECT_EQ(schedule_.TakeFailure(start_ + seconds(9), 0.5, false), seconds(0));
@@ -178,22 +198,28 @@ TEST_F(RoundScheduleTest, ARepetitionThatIsDueFollowsOnFurtherStoresAtOnce) {
 }
 
 TEST_F(RoundScheduleTest, AFurtherStoreWithoutAnAnswerBeginsTheDelaysAnew) {
-  for (const seconds delay : {seconds(1), seconds(2), seconds(4)})
-    EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), delay);
+  schedule_.TakeNewStores(start_);
+  for (const int delay : {1, 2, 4}) EXPECT_EQ(Fail(), seconds(delay));
   schedule_.TakeFurtherStores(start_);
-  ASSERT_TRUE(schedule_.TakeStart(start_));
-  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, true), seconds(1));
+  EXPECT_EQ(Fail(true), seconds(1));
 }
 
 TEST_F(RoundScheduleTest, ARepetitionThatNobodyNeedsIsForgotten) {
-  EXPECT_EQ(schedule_.TakeFailure(start_, 0.5, false), seconds(1));
+  schedule_.TakeNewStores(start_);
+  EXPECT_EQ(Fail(), seconds(1));
   schedule_.TakeFurtherStores(start_);
   ASSERT_TRUE(schedule_.TakeStart(start_));
   schedule_.TakeEnd();
   EXPECT_FALSE(schedule_.NextDue());
   schedule_.TakeFurtherStores(start_ + minutes(1));
-  ASSERT_TRUE(schedule_.TakeStart(start_ + minutes(1)));
-  EXPECT_EQ(schedule_.TakeFailure(start_ + minutes(1), 0.5, false), seconds(1));
+  EXPECT_EQ(Fail(), seconds(1));
+}
+
+TEST_F(RoundScheduleTest, ALossTakesBackARepetition) {
+  schedule_.TakeNewStores(start_);
+  EXPECT_EQ(Fail(), seconds(1));
+  schedule_.TakeLoss();
+  EXPECT_FALSE(schedule_.NextDue());
 }
 
 TEST_F(RoundScheduleTest, OldAgeDoesNotWaitForARepetitionButForARunningRound) {

@@ -1,10 +1,21 @@
 #include "libs/Wayfinder/Deciding/RoundSchedule.h"
 
-#include "libs/Wayfinder/Deciding/RetryDelay.h"
+#include "libs/RetryDelay/RetryDelay.h"
 
 #include <algorithm>
 
 namespace Wayfinding {
+namespace {
+
+using std::chrono::milliseconds;
+
+milliseconds SpreadDelay(unsigned int attempt, double chance) {
+  constexpr double kSpread = 0.3;
+  const double spread = 1 - kSpread + 2 * kSpread * chance;
+  return std::chrono::duration_cast<milliseconds>(RetryDelay(attempt) * spread);
+}
+
+}  // namespace
 
 void RoundSchedule::TakeNetworkEvent(TimePoint now) {
   if (!gatheringSince_) gatheringSince_ = now;
@@ -20,39 +31,37 @@ bool RoundSchedule::TakeLook(TimePoint now) {
 void RoundSchedule::TakeLoss() {
   running_ = false;
   start_.reset();
-}
-
-void RoundSchedule::StartAt(TimePoint when, TimePoint deadline, Scope scope) {
-  start_ = when;
-  startDeadline_ = deadline;
-  startScope_ = scope;
-  if (scope != Scope::Further) repetition_.reset();
+  repetition_.reset();
 }
 
 void RoundSchedule::TakeNewNetwork(TimePoint now) {
   attempts_ = 0;
-  StartAt(now, lastEvent_ + kRoundTime, Scope::All);
+  start_ = {.when = now, .scope = Scope::All, .deadline = lastEvent_ + kRoundTime};
 }
 
 void RoundSchedule::TakeNewStores(TimePoint now) {
   attempts_ = 0;
-  StartAt(now, now + kRoundTime, Scope::All);
+  start_ = {.when = now, .scope = Scope::All, .deadline = now + kRoundTime};
 }
 
 void RoundSchedule::TakeFurtherStores(TimePoint now) {
-  if (start_ && startScope_ == Scope::WithoutAnswer) repetition_ = start_;
-  StartAt(now, now + kRoundTime, Scope::Further);
+  start_ = {.when = now, .scope = Scope::Further, .deadline = now + kRoundTime};
 }
 
 void RoundSchedule::TakeOldAge(TimePoint now) {
-  if (!running_ || scope_ != Scope::All) StartAt(now, now + kRoundTime, Scope::All);
+  if (!running_ || scope_ != Scope::All)
+    start_ = {.when = now, .scope = Scope::All, .deadline = now + kRoundTime};
 }
 
 bool RoundSchedule::TakeStart(TimePoint now) {
-  if (!start_ || now < *start_) return false;
+  std::optional<Start> next = start_;
+  if (!next && !running_ && repetition_)
+    next = {.when = *repetition_, .scope = Scope::WithoutAnswer, .deadline = *repetition_ + kRoundTime};
+  if (!next || now < next->when) return false;
   start_.reset();
-  deadline_ = startDeadline_;
-  scope_ = startScope_;
+  if (next->scope != Scope::Further) repetition_.reset();
+  scope_ = next->scope;
+  deadline_ = next->deadline;
   running_ = true;
   return true;
 }
@@ -63,14 +72,14 @@ void RoundSchedule::TakeEnd() {
   repetition_.reset();
 }
 
-std::chrono::milliseconds RoundSchedule::TakeFailure(TimePoint now, double chance, bool withNewStore) {
+milliseconds RoundSchedule::TakeFailure(TimePoint now, double chance, bool withNewStore) {
   running_ = false;
-  if (withNewStore) attempts_ = 0;
-  const bool isPlanned = !withNewStore && repetition_;
-  const TimePoint when = isPlanned ? std::max(now, *repetition_)
-                                   : now + std::chrono::milliseconds(RetryDelay(attempts_++, chance));
-  StartAt(when, when + kRoundTime, Scope::WithoutAnswer);
-  return std::chrono::ceil<std::chrono::milliseconds>(when - now);
+  if (withNewStore) {
+    attempts_ = 0;
+    repetition_.reset();
+  }
+  repetition_ = std::max(now, repetition_ ? *repetition_ : now + SpreadDelay(attempts_++, chance));
+  return std::chrono::ceil<milliseconds>(*repetition_ - now);
 }
 
 void RoundSchedule::Stop() {
@@ -80,8 +89,9 @@ void RoundSchedule::Stop() {
 std::optional<RoundSchedule::TimePoint> RoundSchedule::NextDue() const {
   TimePoint due = TimePoint::max();
   if (gatheringSince_) due = std::min(due, *gatheringSince_ + kGatheringTime);
-  if (start_) due = std::min(due, *start_);
+  if (start_) due = std::min(due, start_->when);
   if (running_) due = std::min(due, deadline_);
+  if (!running_ && repetition_) due = std::min(due, *repetition_);
   if (due == TimePoint::max()) return std::nullopt;
   return due;
 }

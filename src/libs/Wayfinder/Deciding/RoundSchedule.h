@@ -41,8 +41,9 @@ class RoundSchedule {
 
   // The running round is over and needs no repetition.
   void TakeEnd();
-  // The running round is over, and some stores have no answer: it is repeated for them. With one that had an
-  // answer before, the delays begin anew. Returns the delay.
+  // The running round is over, and some stores have no answer: it is repeated for them after 1, 2, 4 ... up
+  // to 300 s, each 30 percent more or less by `chance`, evenly spread over [0, 1), so that many machines do
+  // not ask at the same time. With one that had an answer before, the delays begin anew. Returns the delay.
   std::chrono::milliseconds TakeFailure(TimePoint now, double chance, bool withNewStore);
   // Nobody to ask: forgets everything.
   void Stop();
@@ -54,14 +55,16 @@ class RoundSchedule {
   [[nodiscard]] std::optional<TimePoint> NextDue() const;
 
  private:
-  void StartAt(TimePoint when, TimePoint deadline, Scope scope);
+  struct Start {
+    TimePoint when;
+    Scope scope = Scope::All;
+    TimePoint deadline;
+  };
 
   std::optional<TimePoint> gatheringSince_;
   TimePoint lastEvent_;  // the first of the last gathering
-  std::optional<TimePoint> start_;
-  TimePoint startDeadline_;
-  Scope startScope_ = Scope::All;
-  std::optional<TimePoint> repetition_;  // behind a round of further stores
+  std::optional<Start> start_;
+  std::optional<TimePoint> repetition_;
   bool running_ = false;
   Scope scope_ = Scope::All;
   TimePoint deadline_;
