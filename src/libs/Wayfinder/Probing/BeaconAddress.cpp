@@ -7,25 +7,10 @@
 
 #include <arpa/inet.h>
 
-#include <cwchar>
 #include <string_view>
 
 namespace Wayfinding {
 namespace {
-
-// Whether the bytes are characters of the calling thread's locale.
-bool IsText(const std::string& text) {
-  std::mbstate_t state{};
-  const char* bytes = text.c_str();
-  return std::mbsrtowcs(nullptr, &bytes, 0, &state) != static_cast<std::size_t>(-1);
-}
-
-std::string Trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n\f\v";
-  const std::size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
-}
 
 std::string Part(CURLU& url, CURLUPart part, unsigned int flags = 0) {
   char* text = nullptr;
@@ -117,15 +102,15 @@ std::string HostOfReference(const std::string& reference, const std::string& bas
   constexpr unsigned int kAnyURL = CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE;
   if (url == nullptr || curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), kAnyURL) != CURLUE_OK)
     return {};
-  const bool isText = IsText(Part(*url, CURLUPART_HOST));
-  const std::string ascii = isText ? Part(*url, CURLUPART_HOST, CURLU_PUNYCODE) : std::string();
+  const std::string ascii =
+      util::IsUTF8(Part(*url, CURLUPART_HOST)) ? Part(*url, CURLUPART_HOST, CURLU_PUNYCODE) : std::string();
   if (!ascii.empty()) curl_url_set(url.get(), CURLUPART_HOST, ascii.c_str(), 0);
   return BareHost(*url);
 }
 
 std::optional<BeaconAddress> ParseBeaconAddress(const std::string& text) {
   BeaconAddress address;
-  for (const std::string& candidate : URLsOf(Trimmed(text))) {
+  for (const std::string& candidate : URLsOf(std::string(util::Trimmed(text)))) {
     std::optional<BeaconURL> url = ParseURL(candidate);
     if (!url) return std::nullopt;
     address.urls.push_back(std::move(*url));

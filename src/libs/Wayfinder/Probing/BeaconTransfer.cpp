@@ -40,7 +40,6 @@ BeaconTransfer::BeaconTransfer(CURLM* transfers, TlsTrust& trust, const BeaconUR
       method_(method),
       host_(url.host),
       url_(url.url),
-      handshakeMark_(&trust.NewHandshakeMark()),
       addresses_(KnownAddresses(url, addresses)),
       transfer_(curl_easy_init()) {
   CURL* const handle = transfer_.get();
@@ -74,13 +73,16 @@ void BeaconTransfer::SetTrust() {
   // The paths built into libcurl would be used in place of the variables that the user may have set.
   curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
   curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+  // Who verified is known by the chain, which a resumed session does not have.
+  curl_easy_setopt(handle, CURLOPT_CERTINFO, 1L);
+  curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, PrepareContext);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
 }
 
 CURLcode BeaconTransfer::PrepareContext(CURL* /*transfer*/, void* context, void* self) {
   auto& transfer = *static_cast<BeaconTransfer*>(self);
-  return transfer.trust_.Prepare(context, *transfer.handshakeMark_) ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
+  return transfer.trust_.Prepare(context) ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
 }
 
 std::size_t BeaconTransfer::TakeHeader(char* /*data*/, std::size_t size, std::size_t count, void* self) {
@@ -153,10 +155,17 @@ ProbeOutcome BeaconTransfer::Judge(CURLcode code) const {
   return outcome;
 }
 
+// An untrusted chain fails the handshake itself, and libcurl takes the chain down after that, before it looks
+// at the name.
+bool BeaconTransfer::HasVerifiedChain() const {
+  const curl_certinfo* chain = nullptr;
+  curl_easy_getinfo(transfer_.get(), CURLINFO_CERTINFO, &chain);
+  return chain != nullptr && chain->num_of_certs > 0;
+}
+
 ProbeOutcome BeaconTransfer::JudgeHandshake(CURLcode code) const {
   if (code == CURLE_OK) return {.answer = ProbeAnswer::Answered, .proven = true};
-  // An untrusted chain fails the handshake itself, so what fails after it is the name.
-  if (code == CURLE_PEER_FAILED_VERIFICATION && *handshakeMark_)
+  if (code == CURLE_PEER_FAILED_VERIFICATION && HasVerifiedChain())
     return {.answer = ProbeAnswer::SomebodyElse, .proven = true, .reason = "certificate for another name"};
   return {.reason = curl_easy_strerror(code)};
 }

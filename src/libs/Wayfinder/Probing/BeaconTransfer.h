@@ -39,6 +39,7 @@ class BeaconTransfer {
 
  private:
   void SetTrust();
+  [[nodiscard]] bool HasVerifiedChain() const;
   [[nodiscard]] ProbeOutcome JudgeHandshake(CURLcode code) const;
   [[nodiscard]] ProbeOutcome JudgeResponse() const;
   [[nodiscard]] bool HasResponse(CURLcode code) const;
@@ -57,7 +58,6 @@ class BeaconTransfer {
   Method method_;
   std::string host_;
   std::string url_;
-  bool* handshakeMark_;
   std::size_t headBytes_ = 0;
   bool bodyBegan_ = false;
   WFCurlListPtr addresses_;
