@@ -46,7 +46,6 @@ Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolv
   parts.now = [this] { return Now(); };
   parts.chance = [] { return 0.0; };
   parts.resolver = resolver ? std::move(resolver) : findNothing;
-  parts.logIsWanted = [] { return true; };
   parts.log = [this](const std::string& message) { Record(message); };
   parts.changesAreWanted = [this] {
     if (fails_.exchange(false)) throw std::runtime_error("a failure of the test's");

@@ -1,6 +1,5 @@
 #include "libs/Wayfinder/LocationLoop.h"
 
-#include "libs/Files/EventFd.h"
 #include "libs/Text/LogText.h"
 #include "libs/Wayfinder/Deciding/LocationRound.h"
 #include "libs/Wayfinder/Network/NetworkMonitor.h"
@@ -43,32 +42,23 @@ LocationParts LocationParts::Defaults() {
   return {.now = std::chrono::steady_clock::now,
           .chance = [engine] { return std::uniform_real_distribution<>(0, 1)(*engine); },
           .resolver = ResolveWithSystem,
-          .logIsWanted = [] { return false; },
           .log = [](const std::string& /*message*/) {},
           .changesAreWanted = [] { return false; },
           .changed = [](const std::string& /*storeURL*/, NetworkLocation /*location*/) {},
           .pauseAfterFailure = std::chrono::seconds(3)};
 }
 
-LocationLoop::LocationLoop(const LocationParts& parts, HostLookups& lookups, StoreLocations& locations,
-                           LocationOrders& orders, const EventFd& wake, std::atomic<int>& outsideTunnel)
-    : parts_(parts),
-      lookups_(lookups),
-      locations_(locations),
-      orders_(orders),
-      wake_(wake),
-      outsideTunnel_(outsideTunnel) {}
-
+LocationLoop::LocationLoop(LocationBoard& board) : board_(board), parts_(board.parts) {}
 LocationLoop::~LocationLoop() = default;
 
 void LocationLoop::Run() {
   for (;;) {
-    wake_.Clear();
-    if (orders_.stop) return;  // looked at after the event is cleared, or the order could be missed
+    board_.wake.Clear();
+    if (board_.stop) return;  // looked at after the event is cleared, or the order could be missed
     TakeOrders();
     TakeNetworkEvents();
     if (schedule_.TakeLook(parts_.now())) LookAtNetwork();
-    StartWhatIsDue();
+    if (schedule_.TakeStart(parts_.now())) StartRound();
     AdvanceRound();
     GiveOutChanges();
     Wait();
@@ -76,9 +66,9 @@ void LocationLoop::Run() {
 }
 
 void LocationLoop::TakeOrders() {
-  StoreLocations::Snapshot list = locations_.Current();
+  StoreLocations::Snapshot list = board_.locations.Current();
   if (list.number != list_.number) TakeStores(std::move(list));
-  if (orders_.refresh.exchange(false) && !list_.stores->empty()) schedule_.TakeOldAge(parts_.now());
+  if (board_.refresh.exchange(false) && !list_.stores->empty()) schedule_.TakeOldAge(parts_.now());
 }
 
 void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
@@ -87,7 +77,7 @@ void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
     DropRound();
     monitor_.reset();
     networkWasLost_ = false;
-    outsideTunnel_ = 0;
+    board_.outsideTunnel = 0;
     schedule_.Stop();
     return;
   }
@@ -102,7 +92,7 @@ void LocationLoop::OpenMonitor() {
   network_ = ReadNetworkState();
   if (monitor_ == nullptr || !network_) {
     parts_.log("the network cannot be watched: its changes are not seen");
-  } else if (parts_.logIsWanted()) {
+  } else {
     parts_.log("network: " + network_->Description());
   }
 }
@@ -129,8 +119,8 @@ void LocationLoop::DropRound() {
 
 void LocationLoop::ForgetDecisions() {
   DropRound();
-  lookups_.TakeNewNetwork();
-  locations_.ForgetDecisions();
+  board_.lookups.TakeNewNetwork();
+  board_.locations.ForgetDecisions();
 }
 
 void LocationLoop::LookAtNetwork() {
@@ -138,14 +128,9 @@ void LocationLoop::LookAtNetwork() {
   const bool wasLost = std::exchange(networkWasLost_, false);
   if (network == network_ && !wasLost) return;
   network_ = std::move(network);
-  if (parts_.logIsWanted())
-    parts_.log("network changed: " + (network_ ? network_->Description() : "it cannot be read"));
+  parts_.log("network changed: " + (network_ ? network_->Description() : "it cannot be read"));
   ForgetDecisions();
   schedule_.TakeNewNetwork(parts_.now());
-}
-
-void LocationLoop::StartWhatIsDue() {
-  if (schedule_.TakeStart(parts_.now())) StartRound();
 }
 
 void LocationLoop::StartRound() {
@@ -161,15 +146,15 @@ void LocationLoop::StartRound() {
     round_->Repeat();
   }
   const bool byTunnel = network_ && network_->outside && round_->IsTunnel(network_->outside->link);
-  outsideTunnel_ = byTunnel ? network_->outside->link.index : 0;
+  board_.outsideTunnel = byTunnel ? network_->outside->link.index : 0;
 }
 
 void LocationLoop::MakeRound() {
   round_ = std::make_unique<LocationRound>(
-      network_, lookups_, [this](std::size_t store, const LocationDecision& decision) {
+      network_, board_.lookups, [this](std::size_t store, const LocationDecision& decision) {
         const std::string& url = (*list_.stores)[store].url;
-        locations_.Decide(list_.number, url, decision, parts_.now());
-        if (parts_.logIsWanted()) parts_.log("store " + LogText::Address(url) + ": " + decision.reason);
+        board_.locations.Decide(list_.number, url, decision, parts_.now());
+        parts_.log("store " + LogText::Address(url) + ": " + decision.reason);
       });
   round_->TakeList(*list_.stores, 0);
   round_->Ask();
@@ -188,14 +173,13 @@ void LocationLoop::EndRound() {
   const bool withNewStore =
       !std::includes(before.begin(), before.end(), unanswered_.begin(), unanswered_.end());
   const milliseconds delay = schedule_.TakeFailure(parts_.now(), parts_.chance(), withNewStore);
-  if (!parts_.logIsWanted()) return;
   parts_.log("stores without an answer: " + std::to_string(unanswered_.size()) + ", repetition " +
              std::to_string(schedule_.Attempts()) + " in " + Seconds(delay));
 }
 
 void LocationLoop::GiveOutChanges() {
   if (!parts_.changesAreWanted()) return;
-  for (const auto& [url, location] : locations_.TakeChanges()) parts_.changed(url, location);
+  for (const auto& [url, location] : board_.locations.TakeChanges()) parts_.changed(url, location);
 }
 
 milliseconds LocationLoop::TimeToNextDue() const {
@@ -207,7 +191,7 @@ milliseconds LocationLoop::TimeToNextDue() const {
 
 void LocationLoop::Wait() {
   const milliseconds limit = TimeToNextDue();
-  const std::array<int, 2> descriptors = {wake_.Descriptor(),
+  const std::array<int, 2> descriptors = {board_.wake.Descriptor(),
                                           monitor_ == nullptr ? -1 : monitor_->Descriptor()};
   if (schedule_.IsRunning()) {
     round_->Wait(std::span(descriptors).first(monitor_ == nullptr ? 1 : 2), limit);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libs/Files/EventFd.h"
 #include "libs/Wayfinder/Deciding/RoundSchedule.h"
 #include "libs/Wayfinder/Network/NetworkState.h"
 #include "libs/Wayfinder/Probing/HostLookups.h"
@@ -12,8 +13,6 @@
 #include <set>
 #include <string>
 
-class EventFd;
-
 namespace Wayfinding {
 
 class LocationRound;
@@ -25,7 +24,6 @@ struct LocationParts {
   std::function<std::chrono::steady_clock::time_point()> now;
   std::function<double()> chance;  // evenly spread over [0, 1)
   HostLookups::Resolver resolver;
-  std::function<bool()> logIsWanted;
   std::function<void(const std::string& message)> log;
   std::function<bool()> changesAreWanted;
   std::function<void(const std::string& storeURL, NetworkLocation location)> changed;
@@ -35,20 +33,25 @@ struct LocationParts {
   static LocationParts Defaults();
 };
 
-// What other threads want from the loop; they raise the wake event after setting it.
-struct LocationOrders {
+// What the service's callers and its thread share. Whoever sets an order raises the wake event after it.
+struct LocationBoard {
+  explicit LocationBoard(LocationParts given) : parts(std::move(given)), lookups(parts.resolver) {}
+
+  const LocationParts parts;
+  StoreLocations locations;
   std::atomic<bool> stop = false;
   std::atomic<bool> refresh = false;
+  EventFd wake;
+  std::atomic<int> outsideTunnel = 0;  // the index of the link to the outside where that is a tunnel
+  // The thread's own; here, so that those that hang are counted when its work begins anew.
+  HostLookups lookups;
 };
 
 // The work of the service's thread: watches the network, asks beacons, decides. Waits without a time when
 // nothing is due. Lives and is used on that thread.
 class LocationLoop {
  public:
-  // `lookups`: outlive the loop, so that those that hang are counted when it begins anew. `outsideTunnel`:
-  // the index of the link to the outside where that is a tunnel, 0 otherwise.
-  LocationLoop(const LocationParts& parts, HostLookups& lookups, StoreLocations& locations,
-               LocationOrders& orders, const EventFd& wake, std::atomic<int>& outsideTunnel);
+  explicit LocationLoop(LocationBoard& board);
   ~LocationLoop();
   LocationLoop(const LocationLoop&) = delete;
   LocationLoop& operator=(const LocationLoop&) = delete;
@@ -65,7 +68,6 @@ class LocationLoop {
   void ForgetDecisions();
   void DropRound();
   void LookAtNetwork();
-  void StartWhatIsDue();
   void StartRound();
   void MakeRound();
   void AdvanceRound();
@@ -74,12 +76,8 @@ class LocationLoop {
   void Wait();
   [[nodiscard]] std::chrono::milliseconds TimeToNextDue() const;
 
+  LocationBoard& board_;
   const LocationParts& parts_;
-  HostLookups& lookups_;
-  StoreLocations& locations_;
-  LocationOrders& orders_;
-  const EventFd& wake_;
-  std::atomic<int>& outsideTunnel_;
 
   std::unique_ptr<NetworkMonitor> monitor_;
   std::optional<NetworkState> network_;

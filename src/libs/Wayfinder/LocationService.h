@@ -36,10 +36,9 @@ class LocationService {
   [[nodiscard]] std::uint32_t Flags() const;
 
  private:
-  struct Shared;
   void StartThread();
 
-  const std::shared_ptr<Shared> shared_;
+  const std::shared_ptr<LocationBoard> board_;
   std::mutex threadMutex_;
   std::thread thread_;
   std::future<void> threadEnd_;
