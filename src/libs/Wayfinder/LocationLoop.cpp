@@ -153,8 +153,9 @@ void LocationLoop::MakeRound() {
   round_ = std::make_unique<LocationRound>(
       network_, board_.lookups, [this](std::size_t store, const LocationDecision& decision) {
         const std::string& url = (*list_.stores)[store].url;
-        board_.locations.Decide(list_.number, url, decision, parts_.now());
-        parts_.log("store " + LogText::Address(url) + ": " + decision.reason);
+        const std::string reason = LogText::Line(decision.reason);
+        board_.locations.Decide(list_.number, url, {decision.location, reason}, parts_.now());
+        parts_.log("store " + LogText::Address(url) + ": " + reason);
       });
   round_->TakeList(*list_.stores, 0);
   round_->Ask();

@@ -57,7 +57,7 @@ std::uint32_t Wayfinder::locationRelativeToStoreURL(const std::string& url) {
 
 Wayfinder::Explanation Wayfinder::explainLocationRelativeToStoreURL(const std::string& url) {
   const Wayfinding::LocationDecision decision = service_->DecisionOf(url);
-  return {static_cast<std::uint32_t>(decision.location), LogText::Line(decision.reason)};
+  return {static_cast<std::uint32_t>(decision.location), decision.reason};
 }
 
 std::uint32_t Wayfinder::networkReachabilityFlags() {
