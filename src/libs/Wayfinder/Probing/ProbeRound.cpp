@@ -86,13 +86,11 @@ bool ProbeRound::StartLookup(std::size_t question, std::size_t store) {
 
 void ProbeRound::AdvanceLookups() {
   const TimePoint now = steady_clock::now();
-  std::list<Lookup> ended;
-  for (auto lookup = lookingUp_.begin(); lookup != lookingUp_.end();) {
-    const auto next = std::next(lookup);
-    if (HasEnded(lookup->names) || now >= lookup->deadline) ended.splice(ended.end(), lookingUp_, lookup);
-    lookup = next;
-  }
-  for (const Lookup& lookup : ended) EndLookup(lookup);
+  std::erase_if(lookingUp_, [this, now](const Lookup& lookup) {
+    const bool isOver = HasEnded(lookup.names) || now >= lookup.deadline;
+    if (isOver) EndLookup(lookup);
+    return isOver;
+  });
 }
 
 void ProbeRound::EndLookup(const Lookup& lookup) {

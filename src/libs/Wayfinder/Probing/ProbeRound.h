@@ -1,14 +1,15 @@
 #pragma once
 
-#include "libs/Wayfinder/Deciding/StoreQueues.h"
 #include "libs/Wayfinder/Probing/BeaconAddress.h"
 #include "libs/Wayfinder/Probing/CurlHandles.h"
 #include "libs/Wayfinder/Probing/HostLookups.h"
 #include "libs/Wayfinder/Probing/ProbeOutcome.h"
+#include "libs/Wayfinder/Probing/StoreQueues.h"
 #include "libs/Wayfinder/Probing/TlsTrust.h"
 
 #include <chrono>
 #include <cstddef>
+#include <deque>
 #include <functional>
 #include <list>
 #include <span>
@@ -81,7 +82,7 @@ class ProbeRound {
   std::size_t open_;
   TimePoint start_;
   StoreQueues unknown_;  // questions whose host is to be looked up
-  std::list<Lookup> lookingUp_;
+  std::deque<Lookup> lookingUp_;
   StoreQueues ready_;  // questions whose host is known
   TlsTrust trust_;
   WFCurlMultiPtr transfers_;

@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/Deciding/StoreQueues.h"
+#include "libs/Wayfinder/Probing/StoreQueues.h"
 
 #include <algorithm>
 
