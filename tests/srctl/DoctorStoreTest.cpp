@@ -61,6 +61,13 @@ TEST_F(DoctorOfStores, FindsNothingWrongWithAStoreThatWorks) {
                                 Not(HasSubstr("gateway: ")), HasSubstr("\nNothing is wrong.\n")));
 }
 
+TEST_F(DoctorOfStores, NamesWhoAnswersForTheWholeChain) {
+  const WebServer other(TestAuthority::Shared().TlsServerBlock("chained"));
+  GiveStores({StoreAt(other.Address("https"))});
+  EXPECT_THAT(StoreLine(Srctl({"doctor"}), "server"),
+              AllOf(StartsWith("ok: "), HasSubstr("issued by Morvane Test Authority.")));
+}
+
 TEST_F(DoctorOfStores, ExplainsAnExpiredCertificate) {
   const SrctlRun run = WithCertificate("expired");
   ExpectProblem(StoreLine(run, "server"), "a certificate of its chain has expired.",
@@ -91,6 +98,20 @@ TEST_F(DoctorOfStores, ExplainsARevokedCertificate) {
 TEST_F(DoctorOfStores, ExplainsAServerThatSpeaksNoTls) {
   const WebServer other(ServerBlock("", ""));
   GiveStores({StoreAt(other.Address("https"))});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"),
+                "this machine does not trust it: ", "Ask the administrator of the server");
+}
+
+TEST_F(DoctorOfStores, ExplainsAServerThatDemandsAClientCertificate) {
+  const TestAuthority& authority = TestAuthority::Shared();
+  testsupport::ChildProcess other({"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert",
+                                   authority.File("good.pem"), "-key", authority.File("good.key"), "-CAfile",
+                                   authority.Root(), "-Verify", "1", "-verify_return_error", "-www"},
+                                  {}, {.captureErrors = true});
+  const std::string start = "ACCEPT 127.0.0.1:";
+  const std::string output = other.WaitForOutput(start);
+  const std::string port = std::to_string(std::stoi(output.substr(output.find(start) + start.size())));
+  GiveStores({StoreAt("https://localhost:" + port)});
   ExpectProblem(StoreLine(Srctl({"doctor"}), "server"),
                 "this machine does not trust it: ", "Ask the administrator of the server");
 }
