@@ -1,12 +1,6 @@
 #include "core/CountingConfiguration.h"
 
-#include "MacCSLibrary.h"
-#include "SRLib/Platform/GenericFactories.h"
-#include "libs/Lifetime/NoDestructor.h"
-
 namespace bench {
-
-std::uint64_t CountingConfiguration::calls_ = 0;
 
 bool CountingConfiguration::GetUInt(const std::wstring& key, std::uint32_t fallback,
                                     std::uint32_t& value) const {
@@ -57,10 +51,3 @@ bool CountingConfiguration::EnumContainers(const std::wstring& key, std::uint32_
 }
 
 }  // namespace bench
-
-CGenericFactories& CGenericFactories::Instance() {
-  static NoDestructor<CGenericFactories> instance(std::make_unique<CMacCSFactory>(),
-                                                  std::make_unique<bench::CountingConfiguration>(),
-                                                  std::make_unique<CMacConfiguration>(false));
-  return *instance;
-}

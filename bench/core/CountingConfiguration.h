@@ -11,8 +11,8 @@ class CountingConfiguration : public CMacConfiguration {
  public:
   CountingConfiguration() : CMacConfiguration(true) {}
 
-  // The calls of this process so far. One thread.
-  [[nodiscard]] static std::uint64_t Calls() { return calls_; }
+  // The calls so far. One thread.
+  [[nodiscard]] std::uint64_t Calls() const { return calls_; }
 
   bool GetUInt(const std::wstring& key, std::uint32_t fallback, std::uint32_t& value) const override;
   bool GetBoolean(const std::wstring& key, bool fallback, bool& value) const override;
@@ -25,7 +25,7 @@ class CountingConfiguration : public CMacConfiguration {
   bool EnumContainers(const std::wstring& key, std::uint32_t index, std::wstring& name) const override;
 
  private:
-  static std::uint64_t calls_;
+  mutable std::uint64_t calls_ = 0;
 };
 
 }  // namespace bench

@@ -1,4 +1,7 @@
 // The list in memory: a store looked up, lists merged.
+#include "MacSRHTTPRequest.h"
+#include "MacSSLValidation.h"
+#include "Process/PlatformParts.h"
 #include "SRLib/SRProvider.h"
 #include "common/GeneratedStores.h"
 #include "core/Allocations.h"
@@ -18,9 +21,15 @@ std::size_t Count(const benchmark::State& state) {
   return static_cast<std::size_t>(state.range(0));
 }
 
+ServiceRecords::ProviderParts Parts() {
+  ServiceRecords::MacSRHTTPRequestFactory::Init();
+  ServiceRecords::MacSSLValidationFactory::Init();
+  return PlatformParts();
+}
+
 // A provider of its own, whose list is not saved anywhere.
 std::unique_ptr<SRProvider> ProviderWith(std::size_t count, const StoreShape& shape = {}) {
-  auto provider = std::make_unique<SRProvider>();
+  auto provider = std::make_unique<SRProvider>(Parts());
   StoreMap stores = Stores(count, shape);
   bool updated = false;
   provider->MergeStores(stores, true, updated);

@@ -1,6 +1,5 @@
 // The list in its file: saved, restored, one value read and written.
 #include "Files/PreferenceFile.h"
-#include "SRLib/Platform/GenericFactories.h"
 #include "SRLib/SRRegistryConfig.h"
 #include "common/FileContent.h"
 #include "common/GeneratedStores.h"
@@ -53,8 +52,9 @@ std::size_t Count(const benchmark::State& state) {
   return static_cast<std::size_t>(state.range(0));
 }
 
-const Config::Configurator& Configuration() {
-  return CGenericFactories::Instance().UserConfiguration();
+const CountingConfiguration& Configuration() {
+  static const CountingConfiguration configuration;
+  return configuration;
 }
 
 // The floors write what the agent does, or they would measure something else.
@@ -64,12 +64,12 @@ void DemandSavedBytes(const std::string& expected) {
 
 void SaveStores(benchmark::State& state) {
   TwoLists stores(Count(state));
-  const SRRegistryConfig config;
+  const SRRegistryConfig config(Configuration());
   config.SaveStores(stores.lists[0]);
   DemandSavedBytes(ListFile(stores.lists[0]));
-  const std::uint64_t before = CountingConfiguration::Calls();
+  const std::uint64_t before = Configuration().Calls();
   for (auto _ : state) config.SaveStores(stores.Next());
-  state.counters["calls"] = benchmark::Counter(static_cast<double>(CountingConfiguration::Calls() - before),
+  state.counters["calls"] = benchmark::Counter(static_cast<double>(Configuration().Calls() - before),
                                                benchmark::Counter::kAvgIterations);
 }
 BENCHMARK(SaveStores)->Arg(10)->Arg(100)->Arg(1000)->Apply(kWaiting);
@@ -87,7 +87,8 @@ void RestoreStores(benchmark::State& state) {
     state.PauseTiming();
     PutFile(preferenceFile(true), files.Next());
     state.ResumeTiming();
-    if (SRRegistryConfig().RestoreStores().size() != Count(state)) state.SkipWithError("stores are missing");
+    if (SRRegistryConfig(Configuration()).RestoreStores().size() != Count(state))
+      state.SkipWithError("stores are missing");
   }
 }
 BENCHMARK(RestoreStores)->Arg(10)->Arg(100)->Arg(1000)->Apply(kWaiting);

@@ -1,12 +1,13 @@
 #include "SRLib/SRProvider.h"
 
-#include "SRLib/Platform/DocumentFile.h"
-#include "SRLib/Platform/GenericFactories.h"
+#include "SRLib/Platform/GenericCS.h"
 #include "SRLib/Platform/IServiceRecordsNotifications.h"
 #include "SRLib/Platform/Messages.h"
 #include "SRLib/Platform/SSLValidationDetails.h"
 #include "SRLib/Provider/FetchedDocument.h"
 #include "SRLib/Provider/StoreBounds.h"
+#include "SRLib/Provider/StoreConnection.h"
+#include "SRLib/Provider/StoreSearch.h"
 #include "SRLib/SRXMLProvider.h"
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationFactory.h"
@@ -17,6 +18,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <mutex>
+#include <optional>
+#include <utility>
 
 namespace ServiceRecords {
 namespace {
@@ -27,19 +30,36 @@ std::mutex& SaveLock() {
   return *mutex;
 }
 
+std::optional<ProviderParts>& RegisteredParts() {
+  static std::optional<ProviderParts> parts;
+  return parts;
+}
+
+// Nothing when the log is off, so that no text is made for it.
+SearchRecord RecordOfLookup() {
+  if (!trace::IsEnabled()) return nullptr;
+  return [](const std::wstring& step) { SR_TRACE(0) << "SRProvider::GetStoreFromURL " << step; };
+}
+
 void RefuseBeyond(const std::string& bound) {
   SR_TRACE(2) << "...The document is not taken: with it the list would hold " << bound;
 }
 
 }  // namespace
 
+void SRProvider::Register(ProviderParts parts) {
+  RegisteredParts().emplace(std::move(parts));
+}
+
 SRProvider& SRProvider::Instance() {
-  static SRProvider provider;
+  static SRProvider provider(RegisteredParts().value());
   return provider;
 }
 
-SRProvider::SRProvider()
-    : lock_(CGenericFactories::Instance().CriticalSections().ManufactureCriticalSection()) {
+SRProvider::SRProvider(ProviderParts parts)
+    : parts_(std::move(parts)),
+      saved_(parts_.configuration),
+      lock_(parts_.criticalSections.ManufactureCriticalSection()) {
   RestoreFromRepository();
 }
 
@@ -67,8 +87,7 @@ void SRProvider::InboundUpdate(const std::wstring& document, bool& updated) {
   }
   if (!hasStores) {
     SR_TRACE(2) << "...Failed to parse SR document.";
-    Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageDiscoveryTitle),
-                                      util::MessageFromResourceW(util::kMessageNotAServiceRecord));
+    ShowError(util::kMessageDiscoveryTitle, util::kMessageNotAServiceRecord);
   }
   SR_TRACE(0) << "<- Inbound SR update finished";
 }
@@ -100,7 +119,7 @@ bool SRProvider::MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& upd
       changed.emplace(id, store);
     } else if (dsTrusted || Notification()->ShowStoreReplaceDialog(held->second.GetStoreName()) ==
                                 IServiceRecordsNotifications::kAccepted) {
-      changed.emplace(id, held->second).first->second.Merge(store, dsTrusted);
+      changed.emplace(id, held->second).first->second.Merge(store, dsTrusted, parts_.configuration);
     }
   }
   if (changed.empty()) return true;
@@ -153,7 +172,7 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
   SR_TRACE(0) << "-> Outbound SR User confirmation started" << filePath;
   accepted.clear();
   std::wstring text;
-  if (filePath.size() < 3 || !util::ReadUTF8File(filePath.substr(1, filePath.size() - 2), text)) {
+  if (filePath.size() < 3 || !parts_.readDocument(filePath.substr(1, filePath.size() - 2), text)) {
     SR_TRACE(2) << "...Failed to read SR file.";
     return;
   }
@@ -176,10 +195,14 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
   SR_TRACE(0) << "<- Outbound SR User confirmation finished. File: " << filePath;
 }
 
+void SRProvider::ShowError(int title, int message) const {
+  Notification()->ShowSRErrorDialog(parts_.message(title), parts_.message(message));
+}
+
 void SRProvider::TellNoStores() const {
-  const std::wstring message = util::MessageFromResourceW(util::kMessageNotAServiceRecord);
+  const std::wstring message = parts_.message(util::kMessageNotAServiceRecord);
   SR_TRACE(2) << "..." << message;
-  Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle), message);
+  Notification()->ShowSRErrorDialog(parts_.message(util::kMessageStoreTitle), message);
 }
 
 bool SRProvider::MergeAccepted(StoreMap& stores, StoreMap& accepted) {
@@ -194,7 +217,7 @@ bool SRProvider::MergeAccepted(StoreMap& stores, StoreMap& accepted) {
 
 bool SRProvider::VerifyUserTrust(SRStore& store) {
   SRGateway gateway;
-  const bool hasGateway = store.GetDefaultGatewayRef(gateway);
+  const bool hasGateway = store.GetDefaultGatewayRef(gateway, parts_.configuration);
   SSLValidationDetails details;
   if (hasGateway && VerifyServer(store, gateway.GetLocation(), gateway.GetLocation(), details)) return true;
   // The store's own address stands in only for a gateway that could not be reached.
@@ -205,20 +228,20 @@ bool SRProvider::VerifyUserTrust(SRStore& store) {
   if (details.Result == SSLValidationDetails::kUserDoesNotTrustServer) return false;
   std::wstring message;
   for (const std::wstring& error : details.Errors) message += error + L" ";
-  Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle), message);
+  Notification()->ShowSRErrorDialog(parts_.message(util::kMessageStoreTitle), message);
   return false;
 }
 
 bool SRProvider::VerifyServer(SRStore& store, const std::wstring& url, const std::wstring& /*secondUrl*/,
                               SSLValidationDetails& details) {
-  const std::unique_ptr<SSLValidation> validation = SSLValidationFactory::c_Instance->Create(url);
+  const std::unique_ptr<SSLValidation> validation = parts_.validations.Create(url);
   SR_TRACE(0) << ".......Validation for server: " << url;
   if (!validation->ValidateURL(details)) {
     SR_TRACE(0) << "........-> SSL validation failure";
     return false;
   }
   SRGateway gateway;
-  store.GetDefaultGatewayRef(gateway);
+  store.GetDefaultGatewayRef(gateway, parts_.configuration);
   const auto otherGateways = PrepareOtherGateways(store);
   const std::int32_t answer = Notification()->ShowTrustDialog(
       details.Issuer, details.Organization, store.GetStoreName(), store.GetStoreURL(),
@@ -270,19 +293,19 @@ std::shared_ptr<const std::set<std::wstring>> SRProvider::WatchRemovals() {
 bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled) {
   std::wstring response;
   if (!MakeConnection(store, response, canceled)) {
-    if (!canceled) {
-      Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle),
-                                        util::MessageFromResourceW(util::kMessageDiscoveryConnectionFailed));
-    }
+    if (!canceled) ShowError(util::kMessageStoreTitle, util::kMessageDiscoveryConnectionFailed);
     return false;
   }
   if (SRXMLProvider::IsDiscovery(response)) {
     discoveryDocument = std::move(response);
     return true;
   }
-  Notification()->ShowSRErrorDialog(util::MessageFromResourceW(util::kMessageStoreTitle),
-                                    util::MessageFromResourceW(util::kMessageNotADiscoveryDocument));
+  ShowError(util::kMessageStoreTitle, util::kMessageNotADiscoveryDocument);
   return false;
+}
+
+bool SRProvider::MakeConnection(SRStore& store, std::wstring& response, bool& canceled) {
+  return StoreConnection(parts_).Make(store, response, canceled);
 }
 
 void SRProvider::MergeDiscoveryDocs(const StoreMap& /*stores*/, const std::vector<std::wstring>& documents,
@@ -311,6 +334,22 @@ void SRProvider::MergeConfirmed(StoreMap& confirmed, bool& updated) {
   if (changed) updated = true;
 }
 
+bool SRProvider::GetStoreFromURL(const std::wstring& url, SRStore& store) const {
+  std::shared_ptr<const StoreSnapshot> stores;
+  {
+    const CriticalSectionLock lock(*lock_);
+    stores = stores_.Snapshot();
+  }
+  const SRStore* const found = FindStoreByURL(stores->URLs(), url, RecordOfLookup());
+  if (found != nullptr) store = *found;
+  return found != nullptr;
+}
+
+std::shared_ptr<const SRStore> SRProvider::GetPublishedStoreFromURL(const std::wstring& url) const {
+  const std::shared_ptr<const StoreSnapshot> stores = Snapshot();
+  return {stores, FindStoreByURL(stores->URLs(), url, RecordOfLookup())};
+}
+
 bool SRProvider::SetDefaultGatewayForStore(const std::wstring& storeURL, const std::wstring& gatewayName) {
   return SetDefaultGatewayWhere(&SRStore::GetStoreURL, storeURL, gatewayName);
 }
@@ -331,7 +370,7 @@ bool SRProvider::SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, 
 
 std::vector<std::pair<std::wstring, std::wstring>> SRProvider::PrepareOtherGateways(SRStore& store) const {
   SRGateway defaultGateway;
-  store.GetDefaultGatewayRef(defaultGateway);
+  store.GetDefaultGatewayRef(defaultGateway, parts_.configuration);
   std::vector<std::pair<std::wstring, std::wstring>> others;
   for (const SRGateway& gateway : store.GetGateways()) {
     if (!(gateway == defaultGateway)) others.emplace_back(gateway.GetName(), gateway.GetLocation());

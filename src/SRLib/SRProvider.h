@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SRLib/Provider/HeldStores.h"
+#include "SRLib/Provider/ProviderParts.h"
 #include "SRLib/Provider/SavedStores.h"
 #include "SRLib/SRStore.h"
 
@@ -27,11 +28,13 @@ struct FetchedDocument;
 class SRProvider {
  public:
   // Restores the stores from the repository and publishes them.
-  SRProvider();
+  explicit SRProvider(ProviderParts parts);
   ~SRProvider();
   SRProvider(const SRProvider&) = delete;
   SRProvider& operator=(const SRProvider&) = delete;
 
+  // What the provider of the process is made of. Once, before the first use of it.
+  static void Register(ProviderParts parts);
   // The provider of the process, made on first use.
   static SRProvider& Instance();
 
@@ -93,15 +96,13 @@ class SRProvider {
   // Merges the stores of the documents, not `stores`, wherever they lie. The caller holds the lock, saves and
   // publishes.
   void MergeDiscoveryDocs(const StoreMap& stores, const std::vector<std::wstring>& documents, bool& updated);
-  // Fetches the store's discovery response, from the store itself or through its gateway, as the network
-  // location demands. Blocks: up to two minutes until the location is known, then for the requests and for
-  // what the user is asked. `canceled` is only touched when a request goes through the authentication
-  // manager.
+  // Fetches the store's discovery response (StoreConnection.h).
   bool MakeConnection(SRStore& store, std::wstring& response, bool& canceled);
 
-  // Finds the store that a URL points at: by the whole address, by the address cut back segment by segment,
-  // by host and port. `store` is untouched when there is none.
+  // Finds the store that a URL points at (StoreSearch.h). `store` is untouched when there is none.
   bool GetStoreFromURL(const std::wstring& url, SRStore& store) const;
+  // The same in the list as it was published last; null when there is none. Waits for nobody.
+  [[nodiscard]] std::shared_ptr<const SRStore> GetPublishedStoreFromURL(const std::wstring& url) const;
 
   // Move the default mark of the first matching store (exact, case-sensitive) to the named gateway. The
   // caller saves with SaveAllStores.
@@ -134,11 +135,13 @@ class SRProvider {
   // MergeStores; false when nothing was merged because the list would pass a bound.
   bool MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated);
   [[nodiscard]] bool MergeAccepted(StoreMap& stores, StoreMap& accepted);
+  void ShowError(int title, int message) const;
   // Tells the user that an opened file counts as one without stores.
   void TellNoStores() const;
   bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
                               const std::wstring& gatewayName);
 
+  const ProviderParts parts_;
   HeldStores stores_;
   mutable std::mutex publishedMutex_;  // held for as long as a pointer is copied
   std::shared_ptr<const StoreSnapshot> published_ = stores_.Snapshot();

@@ -1,6 +1,6 @@
 #include "SRLib/SRRegistryConfig.h"
 
-#include "SRLib/Platform/GenericFactories.h"
+#include "SRLib/Platform/Configurator.h"
 
 #include <cstdint>
 #include <memory>
@@ -56,8 +56,6 @@ class Reader {
 };
 
 }  // namespace
-
-SRRegistryConfig::SRRegistryConfig() : configuration_(CGenericFactories::Instance().UserConfiguration()) {}
 
 std::wstring SRRegistryConfig::NodeLiteral(const std::wstring& parent, const std::wstring& child) {
   return parent + L"\\" + child;
@@ -142,7 +140,7 @@ void SRRegistryConfig::SaveStore(SRStore& store) const {
   const std::wstring beaconsKey = NodeLiteral(storeKey, kBeacons);
   configuration_.CreateContainer(beaconsKey);
   SaveBeacons(beaconsKey, BeaconType::Internal, store.GetInternalBeacons());
-  SaveBeacons(beaconsKey, BeaconType::External, store.GetExternalBeacons());
+  SaveBeacons(beaconsKey, BeaconType::External, store.GetExternalBeacons(configuration_));
 }
 
 void SRRegistryConfig::SaveGateways(const std::wstring& storeKey,

@@ -16,7 +16,8 @@ namespace ServiceRecords {
 // the configuration; missing values restore as defaults.
 class SRRegistryConfig {
  public:
-  SRRegistryConfig();
+  // The user's, which must outlive this.
+  explicit SRRegistryConfig(const Config::Configurator& configuration) : configuration_(configuration) {}
 
   [[nodiscard]] StoreMap RestoreStores() const;
   void RestoreStore(const std::wstring& id, SRStore& store) const;

@@ -1,6 +1,6 @@
 #include "SRLib/SRStore.h"
 
-#include "SRLib/Platform/GenericFactories.h"
+#include "SRLib/Platform/Configurator.h"
 #include "SRLib/Provider/ListMerge.h"
 #include "libs/Trace/Trace.h"
 
@@ -58,9 +58,9 @@ std::list<SRBeacon>& SRStore::GetInternalBeacons() {
   return internalBeacons_;
 }
 
-std::list<SRBeacon>& SRStore::GetExternalBeacons() {
+std::list<SRBeacon>& SRStore::GetExternalBeacons(const Config::Configurator& configuration) {
   SRGateway defaultGateway;
-  if (externalBeacons_.empty() && GetDefaultGatewayRef(defaultGateway)) {
+  if (externalBeacons_.empty() && GetDefaultGatewayRef(defaultGateway, configuration)) {
     SRBeacon gateway;
     gateway.SetLocation(defaultGateway.GetLocation());
     externalBeacons_.push_back(gateway);
@@ -89,9 +89,9 @@ void SRStore::SetAllBeaconsDSConfirmed() {
   for (SRBeacon& beacon : externalBeacons_) beacon.SetDSConfirmed(true);
 }
 
-void SRStore::Merge(const SRStore& incoming, bool dsTrusted) {
+void SRStore::Merge(const SRStore& incoming, bool dsTrusted, const Config::Configurator& configuration) {
   SRGateway defaultBefore;
-  GetDefaultGatewayRef(defaultBefore);
+  GetDefaultGatewayRef(defaultBefore, configuration);
   TakeOver(incoming, dsTrusted);
   SetDefaultGateway(defaultBefore.GetName());
 }
@@ -105,9 +105,10 @@ void SRStore::TakeOver(const SRStore& incoming, bool dsTrusted) {
   MergeBeacons(externalBeacons_, incoming.externalBeacons_, dsTrusted);
 }
 
-void SRStore::MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted) {
+void SRStore::MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted,
+                            const Config::Configurator& configuration) {
   SRGateway defaultBefore;
-  GetDefaultGatewayRef(defaultBefore);
+  GetDefaultGatewayRef(defaultBefore, configuration);
   MergeLists<GatewayMarks>(gateways_, incoming, dsTrusted);
   SetDefaultGateway(defaultBefore.GetName());
 }
@@ -116,9 +117,9 @@ void SRStore::MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>&
   MergeLists<BeaconMarks>(mine, incoming, dsTrusted);
 }
 
-bool SRStore::GetDefaultGatewayRef(SRGateway& out) const {
+bool SRStore::GetDefaultGatewayRef(SRGateway& out, const Config::Configurator& configuration) const {
   if (gateways_.empty()) return false;
-  if (const SRGateway* selected = GatewaySelectedByUser(); selected != nullptr) {
+  if (const SRGateway* selected = GatewaySelectedByUser(configuration); selected != nullptr) {
     out = *selected;
     return true;
   }
@@ -130,12 +131,9 @@ bool SRStore::GetDefaultGatewayRef(SRGateway& out) const {
   return true;
 }
 
-const SRGateway* SRStore::GatewaySelectedByUser() const {
+const SRGateway* SRStore::GatewaySelectedByUser(const Config::Configurator& configuration) const {
   std::wstring name;
-  if (!CGenericFactories::Instance().UserConfiguration().GetString(L"SR\\UserSelectedGatewayName", L"",
-                                                                   name)) {
-    return nullptr;
-  }
+  if (!configuration.GetString(L"SR\\UserSelectedGatewayName", L"", name)) return nullptr;
   SR_TRACE(0) << "Gateway selected by user in PrefPanel: " << name;
   const auto selected = name.empty() ? gateways_.end() : FindGateway(gateways_, name);
   if (selected == gateways_.end()) return nullptr;

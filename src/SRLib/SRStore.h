@@ -9,6 +9,10 @@
 #include <string>
 #include <utility>
 
+namespace Config {
+class Configurator;
+}
+
 namespace ServiceRecords {
 
 // Kind of service record. The values are stored in the configuration and must not change.
@@ -17,7 +21,8 @@ enum class SRType : std::uint32_t { store = 0, unknown = 0xFFFFFFFF };
 enum class BeaconType : std::uint32_t { Internal = 0, External = 1 };
 
 // A provisioned application store: who it is, and how and from where it is reached. A plain value; the lists
-// keep insertion order and may hold duplicates.
+// keep insertion order and may hold duplicates. Where the default gateway matters, `configuration` is the
+// user's, in which the user may have chosen another one.
 class SRStore {
  public:
   virtual ~SRStore() = default;
@@ -41,7 +46,7 @@ class SRStore {
   // The store's own address stands in for a missing list of internal beacons, and stays in the store.
   [[nodiscard]] std::list<SRBeacon>& GetInternalBeacons();
   // The default gateway's address stands in for a missing list of external beacons, and stays in the store.
-  [[nodiscard]] std::list<SRBeacon>& GetExternalBeacons();
+  [[nodiscard]] std::list<SRBeacon>& GetExternalBeacons(const Config::Configurator& configuration);
   // The list as it is, nothing added.
   [[nodiscard]] const std::list<SRBeacon>& Beacons(BeaconType type) const;
 
@@ -57,20 +62,21 @@ class SRStore {
 
   // Merges a newer record of the same store into this one; `dsTrusted` says that the discovery service
   // vouches for it. The default gateway in force before stays the default while a gateway of its name exists.
-  void Merge(const SRStore& incoming, bool dsTrusted);
+  void Merge(const SRStore& incoming, bool dsTrusted, const Config::Configurator& configuration);
   // The same but for the default mark, which stays as the newer record has it.
   void TakeOver(const SRStore& incoming, bool dsTrusted);
-  void MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted);
+  void MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted,
+                     const Config::Configurator& configuration);
   void MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>& incoming, bool dsTrusted);
 
   // Copies out the gateway that the user chose in the configuration, else the one marked as default, else the
   // first. False, and `out` untouched, when the store has no gateways.
-  bool GetDefaultGatewayRef(SRGateway& out) const;
+  bool GetDefaultGatewayRef(SRGateway& out, const Config::Configurator& configuration) const;
   // Moves the default mark to the named gateway. False, and nothing changed, when there is none of that name.
   bool SetDefaultGateway(const std::wstring& name);
 
  private:
-  [[nodiscard]] const SRGateway* GatewaySelectedByUser() const;
+  [[nodiscard]] const SRGateway* GatewaySelectedByUser(const Config::Configurator& configuration) const;
 
   std::wstring storeID_;
   std::wstring storeURL_;

@@ -2,7 +2,6 @@
 
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
-#include "libs/Lifetime/UniqueHandle.h"
 #include "libs/Trace/Trace.h"
 
 #include <cstring>
@@ -16,18 +15,22 @@ namespace {
 constexpr std::int64_t kStatusOK = 200;
 constexpr std::wstring_view kLineEnd = L"\r\n";
 
-using ConnectionPtr = UniqueHandle<MorvaneWardenConnection, MorvaneWarden_DestroyConnection>;
-using ContextPtr = UniqueHandle<MorvaneWardenRequestContext, MorvaneWarden_DestroyContext>;
-using TranslatedUrlPtr = UniqueHandle<const wchar_t, MorvaneWarden_FreeTranslatedUrl>;
-using HeadersPtr = UniqueHandle<const wchar_t* const, MorvaneWarden_FreeHeaders>;
+// A handle of the authentication manager, with its function that ends it.
+template <class Handle, class End>
+std::unique_ptr<Handle, End> Owned(Handle* handle, End end) {
+  return {handle, end};
+}
 
 // The library counts its uses, so those of several requests may overlap.
 class LibraryUse {
  public:
-  LibraryUse() { MorvaneWarden_Initialize(); }
-  ~LibraryUse() { MorvaneWarden_Uninitialize(); }
+  explicit LibraryUse(const WardenFunctions& warden) : warden_(warden) { warden_.Initialize(); }
+  ~LibraryUse() { warden_.Uninitialize(); }
   LibraryUse(const LibraryUse&) = delete;
   LibraryUse& operator=(const LibraryUse&) = delete;
+
+ private:
+  const WardenFunctions& warden_;
 };
 
 // A block of header lines for a request. It may hold credentials, so it is wiped at its end, and takes its
@@ -69,7 +72,8 @@ bool SplitLines(std::wstring_view rawHeader, std::vector<std::wstring>& lines) {
   return true;
 }
 
-void Report(MorvaneWardenRequestContext* context, const SRHTTPRequest& request, const wchar_t* url) {
+void Report(const WardenFunctions& warden, MorvaneWardenRequestContext* context, const SRHTTPRequest& request,
+            const wchar_t* url) {
   std::vector<std::wstring> lines;
   if (!SplitLines(request.GetRawHeader(), lines)) SR_TRACE(2) << "Error extracting headers from " << url;
   std::vector<const wchar_t*> list;
@@ -77,66 +81,68 @@ void Report(MorvaneWardenRequestContext* context, const SRHTTPRequest& request, 
   for (const std::wstring& line : lines) list.push_back(line.c_str());
   list.push_back(nullptr);
   const std::wstring answering = request.GetEffectiveURL();
-  if (answering != url) MorvaneWarden_SetAnsweringUrl(context, answering.c_str());
-  MorvaneWarden_ReportHttpResponse(context, request.GetStatus(), list.data());
+  if (answering != url) warden.SetAnsweringUrl(context, answering.c_str());
+  warden.ReportHttpResponse(context, request.GetStatus(), list.data());
 }
 
-TranslatedUrlPtr TranslatedUrl(MorvaneWardenRequestContext* context) {
+auto TranslatedUrl(const WardenFunctions& warden, MorvaneWardenRequestContext* context) {
   const wchar_t* url = nullptr;
-  MorvaneWarden_GetTranslatedUrl(context, &url);
-  return TranslatedUrlPtr(url);
+  warden.GetTranslatedUrl(context, &url);
+  return Owned(url, warden.FreeTranslatedUrl);
 }
 
-HeadersPtr Headers(MorvaneWardenRequestContext* context) {
+auto Headers(const WardenFunctions& warden, MorvaneWardenRequestContext* context) {
   const wchar_t* const* lines = nullptr;
-  MorvaneWarden_GetHeaders(context, &lines);
-  return HeadersPtr(lines);
+  warden.GetHeaders(context, &lines);
+  return Owned(lines, warden.FreeHeaders);
 }
 
-// Sends the prepared request and reports its answer. The answer's status: with a 200 whose text cannot be
-// read the store was reached all the same, and the empty response is no discovery document.
-std::int64_t SendPrepared(MorvaneWardenRequestContext* context, std::wstring& response) {
-  HeadersPtr lines;  // freed after the URL
-  const TranslatedUrlPtr url = TranslatedUrl(context);
-  lines = Headers(context);
-  const std::wstring address = url ? url.get() : L"";
-  const std::unique_ptr<SRHTTPRequest> request = SRHTTPRequestFactory::c_Instance->Create(address);
-  request->SendHTTPRequest(HeaderBlock(lines.get()).Text());
-  response = request->GetBody();
-  Report(context, *request, address.c_str());
-  return request->GetStatus();
-}
-
-ContextPtr CreateContext(MorvaneWardenConnection* connection, const SRWardenRequest_Data& data) {
+auto CreateContext(const WardenFunctions& warden, MorvaneWardenConnection* connection,
+                   const SRWardenRequest_Data& data) {
   MorvaneWardenRequestContext* context = nullptr;
-  MorvaneWarden_CreateRequestContext(connection, data.StoreURL.c_str(), MORVANE_WARDEN_REQUEST_GET, &context);
-  ContextPtr owned(context);
-  if (data.Route.GatewayLocation != nullptr) MorvaneWarden_ForceRoute(context, &data.Route);
+  warden.CreateRequestContext(connection, data.StoreURL.c_str(), MORVANE_WARDEN_REQUEST_GET, &context);
+  auto owned = Owned(context, warden.DestroyContext);
+  if (data.Route.GatewayLocation != nullptr) warden.ForceRoute(context, &data.Route);
   return owned;
 }
 
-ConnectionPtr CreateConnection() {
+auto CreateConnection(const WardenFunctions& warden) {
   MorvaneWardenConnection* connection = nullptr;
-  MorvaneWarden_CreateConnection(L"ServiceRecord Trust", 0, 0, &connection);
-  return ConnectionPtr(connection);
+  warden.CreateConnection(L"ServiceRecord Trust", 0, 0, &connection);
+  return Owned(connection, warden.DestroyConnection);
 }
 
 }  // namespace
 
+// With a 200 whose text cannot be read the store was reached all the same, and the empty response is no
+// discovery document.
+std::int64_t SRTrustedHTTPRequest::SendPrepared(MorvaneWardenRequestContext* context,
+                                                std::wstring& response) const {
+  auto lines = Owned<const wchar_t* const>(nullptr, warden_.FreeHeaders);  // freed after the URL
+  const auto url = TranslatedUrl(warden_, context);
+  lines = Headers(warden_, context);
+  const std::wstring address = url ? url.get() : L"";
+  const std::unique_ptr<SRHTTPRequest> request = requests_.Create(address);
+  request->SendHTTPRequest(HeaderBlock(lines.get()).Text());
+  response = request->GetBody();
+  Report(warden_, context, *request, address.c_str());
+  return request->GetStatus();
+}
+
 bool SRTrustedHTTPRequest::MakeRequest(const SRWardenRequest_Data& data, std::wstring& response,
-                                       bool& canceled) {
+                                       bool& canceled) const {
   constexpr const char* kSignature = __PRETTY_FUNCTION__;
   SR_TRACE(0) << "[+] " << kSignature;
   response.clear();
   canceled = false;
   bool succeeded = false;
   {
-    const LibraryUse library;
-    const ConnectionPtr connection = CreateConnection();
-    const ContextPtr context = CreateContext(connection.get(), data);
+    const LibraryUse library(warden_);
+    const auto connection = CreateConnection(warden_);
+    const auto context = CreateContext(warden_, connection.get(), data);
     while (!succeeded) {
       std::uint32_t action = 0;
-      MorvaneWarden_Prepare2(context.get(), &action);
+      warden_.Prepare2(context.get(), &action);
       if (action != MORVANE_WARDEN_ACTION_SEND) {
         SR_TRACE(2) << "[*] " << kSignature << ": MorvaneWarden_Prepare2 returned error " << action;
         canceled = action == MORVANE_WARDEN_ACTION_CANCELLED;

@@ -18,20 +18,21 @@ class BoundsTest : public ParserTest {
  protected:
   void ExpectRead(const std::wstring& document) {
     EXPECT_TRUE(Parse(document));
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("Exception parsing"), Records{});
+    EXPECT_EQ(trace_.RecordsStartingWith("Exception parsing"), Records{});
   }
 
   // The document fails with exactly one line that names the bound.
   void ExpectRefused(const std::wstring& document, const std::string& reason) {
     EXPECT_FALSE(Parse(document));
     EXPECT_TRUE(stores_.empty());
-    Records records = CapturedTrace::Records();
+    Records records = trace_.Records();
     std::erase_if(records, [&reason](const TraceRecord& record) {
       return record.text.find(reason) == std::string::npos;
     });
-    EXPECT_EQ(records, (Records{{2, "SRDocParser.cpp",
-                                 "Exception parsing document containning Service Records: " + reason}}));
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("Exception parsing").size(), 1U);
+    EXPECT_EQ(
+        records,
+        (Records{{2, kDocParserFile, "Exception parsing document containning Service Records: " + reason}}));
+    EXPECT_EQ(trace_.RecordsStartingWith("Exception parsing").size(), 1U);
   }
 
   // Why a parse with these bounds refuses the text; empty when it does not.

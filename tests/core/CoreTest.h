@@ -1,8 +1,10 @@
 #pragma once
 
-#include "fakes/CapturedTrace.h"
-#include "fakes/FakeFactories.h"
-#include "fakes/RecordedPublications.h"
+#include "SRLib/SRRegistryConfig.h"
+#include "core/RecordFiles.h"
+#include "fakes/FakeConfigurator.h"
+#include "fakes/FakeCriticalSections.h"
+#include "support/CapturedTrace.h"
 
 #include <gtest/gtest.h>
 
@@ -15,16 +17,18 @@ namespace testsupport {
 using Texts = std::vector<std::string>;
 using Records = std::vector<TraceRecord>;
 
-// A fresh start: nothing traced, saved or published yet, and the schemas in the current directory.
+// A configuration and a trace log of the test's own, and the schemas in the current directory.
 class CoreTest : public ::testing::Test {
  protected:
-  CoreTest() {
-    CapturedTrace::Clear();
-    UserConfiguration().Clear();
-    MachineConfiguration().Clear();
-    RecordedPublications::Clear();
-    std::filesystem::current_path(SR_SOURCE_DIR "/resources");
+  CoreTest() { std::filesystem::current_path(SR_SOURCE_DIR "/resources"); }
+
+  [[nodiscard]] ServiceRecords::SRRegistryConfig Repository() const {
+    return ServiceRecords::SRRegistryConfig(configuration_);
   }
+
+  FakeConfigurator configuration_;  // the user's
+  // What is written inside a critical section is marked.
+  CapturedTrace trace_{InsideCriticalSection};
 };
 
 }  // namespace testsupport

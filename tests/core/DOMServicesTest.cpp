@@ -20,8 +20,8 @@ class DOMServicesTest : public CoreTest {
   void UseServiceRecordSchema() { dom_.SetSchema(L"serviceRecord.xsd", L"servicerecord.xsd"); }
 
   // Every record of the parse that names one of these words and nothing else.
-  static std::size_t Count(const std::string& text) {
-    const auto records = CapturedTrace::Records();
+  std::size_t Count(const std::string& text) {
+    const auto records = trace_.Records();
     return static_cast<std::size_t>(std::count_if(
         records.begin(), records.end(), [&text](const TraceRecord& record) { return record.text == text; }));
   }
@@ -34,7 +34,7 @@ TEST_F(DOMServicesTest, AValidDocumentIsReadWithoutARecord) {
   const auto* document = dom_.GetDocument(ServiceRecord(Service(L"s")));
   EXPECT_EQ(AsWString(document->getDocumentElement()->getTagName()), L"Services");
   EXPECT_FALSE(dom_.ErrorCheck());
-  EXPECT_EQ(CapturedTrace::Records(), Records{});
+  EXPECT_EQ(trace_.Records(), Records{});
 }
 
 TEST_F(DOMServicesTest, TheSchemasNameIsMatchedInAnyLetterCase) {
@@ -46,7 +46,7 @@ TEST_F(DOMServicesTest, TheSchemasNameIsMatchedInAnyLetterCase) {
     EXPECT_NE(dom_.GetDocument(text), nullptr);
     EXPECT_FALSE(dom_.ErrorCheck());
   }
-  EXPECT_EQ(CapturedTrace::Records(), Records{});
+  EXPECT_EQ(trace_.Records(), Records{});
 }
 
 TEST_F(DOMServicesTest, ASchemaErrorIsReportedAndTheDocumentIsReadAllTheSame) {
@@ -54,14 +54,14 @@ TEST_F(DOMServicesTest, ASchemaErrorIsReportedAndTheDocumentIsReadAllTheSame) {
   const std::wstring text = ServiceRecord(L"\n<Unheard/>");
   EXPECT_NE(dom_.GetDocument(text), nullptr);
   EXPECT_TRUE(dom_.ErrorCheck());
-  const auto records = CapturedTrace::Records();
+  const auto records = trace_.Records();
   ASSERT_GE(records.size(), 4U);
-  EXPECT_EQ(records[0], (TraceRecord{2, "DomServices.cpp", "Error"}));
-  EXPECT_EQ(records[1], (TraceRecord{2, "DomServices.cpp", " in [serviceRecord.xsd] at line 2, column 11."}));
+  EXPECT_EQ(records[0], (TraceRecord{2, kDomServicesFile, "Error"}));
+  EXPECT_EQ(records[1], (TraceRecord{2, kDomServicesFile, " in [serviceRecord.xsd] at line 2, column 11."}));
   EXPECT_EQ(records[2].level, 2U);
   EXPECT_TRUE(records[2].text.starts_with("    Message:  \"")) << records[2].text;
   EXPECT_TRUE(records[2].text.ends_with("\".")) << records[2].text;
-  EXPECT_EQ(records[3], (TraceRecord{2, "DomServices.cpp", std::string(text.begin(), text.end())}));
+  EXPECT_EQ(records[3], (TraceRecord{2, kDomServicesFile, std::string(text.begin(), text.end())}));
 }
 
 TEST_F(DOMServicesTest, TwoErrorsAreTwoReportsAndOneDumpOfTheText) {
@@ -74,19 +74,19 @@ TEST_F(DOMServicesTest, TwoErrorsAreTwoReportsAndOneDumpOfTheText) {
 
 TEST_F(DOMServicesTest, OnLaterParsesTheDumpIsEmpty) {
   ASSERT_NE(dom_.GetDocument(L"<a></b>"), nullptr);
-  CapturedTrace::Clear();
+  trace_.Clear();
   ASSERT_NE(dom_.GetDocument(L"<a></c>"), nullptr);
   EXPECT_EQ(Count("Fatal"), 1U);
   EXPECT_EQ(Count("<a></c>"), 0U);
-  EXPECT_EQ(CapturedTrace::Records().back(), (TraceRecord{2, "DomServices.cpp", ""}));
+  EXPECT_EQ(trace_.Records().back(), (TraceRecord{2, kDomServicesFile, ""}));
 }
 
 TEST_F(DOMServicesTest, AParseThatIsCutOffCountsAsAnEarlierParse) {
   EXPECT_THROW(static_cast<void>(dom_.GetDocument(Repeated(L"<a>", 300))), std::runtime_error);
-  CapturedTrace::Clear();
+  trace_.Clear();
   ASSERT_NE(dom_.GetDocument(L"<a></c>"), nullptr);
   EXPECT_EQ(Count("<a></c>"), 0U);
-  EXPECT_EQ(CapturedTrace::Records().back(), (TraceRecord{2, "DomServices.cpp", ""}));
+  EXPECT_EQ(trace_.Records().back(), (TraceRecord{2, kDomServicesFile, ""}));
 }
 
 TEST_F(DOMServicesTest, ASchemaMayBeNamedFirstOnAChild) {
@@ -100,12 +100,12 @@ TEST_F(DOMServicesTest, ASchemaMayBeNamedFirstOnAChild) {
 TEST_F(DOMServicesTest, AFatalErrorIsWrittenAtItsOwnLevel) {
   ASSERT_NE(dom_.GetDocument(L"<a>"), nullptr);
   EXPECT_TRUE(dom_.ErrorCheck());
-  EXPECT_EQ(CapturedTrace::Records().front(), (TraceRecord{3, "DomServices.cpp", "Fatal"}));
+  EXPECT_EQ(trace_.Records().front(), (TraceRecord{3, kDomServicesFile, "Fatal"}));
 }
 
 TEST_F(DOMServicesTest, WithoutASchemaNameTheReportIsOneLineWithoutAPlace) {
   ASSERT_NE(dom_.GetDocument(L"<a></b>"), nullptr);
-  const auto records = CapturedTrace::Records();
+  const auto records = trace_.Records();
   ASSERT_EQ(records.size(), 3U);
   EXPECT_EQ(records[1].level, 2U);
   EXPECT_TRUE(records[1].text.starts_with(": \"")) << records[1].text;
@@ -116,10 +116,10 @@ TEST_F(DOMServicesTest, AWarningIsWrittenAndDoesNotCountAsAnError) {
   const std::wstring text = L"<!DOCTYPE a [<!ELEMENT a EMPTY><!ATTLIST unheard b CDATA #IMPLIED>]><a/>";
   ASSERT_NE(dom_.GetDocument(text), nullptr);
   EXPECT_FALSE(dom_.ErrorCheck());
-  const auto records = CapturedTrace::Records();
+  const auto records = trace_.Records();
   ASSERT_EQ(records.size(), 3U);
-  EXPECT_EQ(records[0], (TraceRecord{1, "DomServices.cpp", "Warning"}));
-  EXPECT_EQ(records[2], (TraceRecord{2, "DomServices.cpp", std::string(text.begin(), text.end())}));
+  EXPECT_EQ(records[0], (TraceRecord{1, kDomServicesFile, "Warning"}));
+  EXPECT_EQ(records[2], (TraceRecord{2, kDomServicesFile, std::string(text.begin(), text.end())}));
 }
 
 TEST_F(DOMServicesTest, ErrorsOfTheLastParseAloneCount) {
@@ -148,7 +148,7 @@ TEST_F(DOMServicesTest, WithoutASchemaFileSchemaAndNamespaceProcessingStayOff) {
   dom_.SetSchema(L"serviceRecord.xsd", L"");
   ASSERT_NE(dom_.GetDocument(ServiceRecord(L"<unbound:Unheard/>")), nullptr);
   EXPECT_FALSE(dom_.ErrorCheck());
-  EXPECT_EQ(CapturedTrace::Records(), Records{});
+  EXPECT_EQ(trace_.Records(), Records{});
 }
 
 TEST_F(DOMServicesTest, WithoutASchemaFileTheSchemasNameIsTheFile) {
@@ -209,7 +209,7 @@ TEST_F(DOMServicesTest, ASourceInMemoryIsParsedWithoutATextToDump) {
                                           "named");
   ASSERT_NE(dom_.GetDocument(source), nullptr);
   EXPECT_TRUE(dom_.ErrorCheck());
-  const auto records = CapturedTrace::Records();
+  const auto records = trace_.Records();
   ASSERT_EQ(records.size(), 4U);
   EXPECT_TRUE(records[1].text.starts_with(" in [named] at line 1, column ")) << records[1].text;
   EXPECT_EQ(records[3].text, "");

@@ -17,9 +17,9 @@ class DefaultGatewayTest : public CoreTest {
  protected:
   // The default gateway's name, with the records that choosing it wrote.
   std::wstring DefaultOf(const SRStore& store) {
-    CapturedTrace::Clear();
+    trace_.Clear();
     SRGateway gateway;
-    EXPECT_TRUE(store.GetDefaultGatewayRef(gateway));
+    EXPECT_TRUE(store.GetDefaultGatewayRef(gateway, configuration_));
     return gateway.GetName();
   }
 
@@ -28,45 +28,39 @@ class DefaultGatewayTest : public CoreTest {
 };
 
 TEST_F(DefaultGatewayTest, TheGatewayThatTheUserChoseOutranksTheMark) {
-  UserConfiguration().SetString(kChoice, L"GW2");
+  configuration_.SetString(kChoice, L"GW2");
   EXPECT_EQ(DefaultOf(store_), L"GW2");
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRStore.cpp", std::string(kChosen) + "GW2"}, {0, "SRStore.cpp", kMatched}}));
+  EXPECT_EQ(trace_.Records(),
+            (Records{{0, kStoreFile, std::string(kChosen) + "GW2"}, {0, kStoreFile, kMatched}}));
 }
 
 TEST_F(DefaultGatewayTest, AChoiceThatNamesNoGatewayFallsBackToTheMark) {
   for (const wchar_t* choice : {L"gw2", L"GW3"}) {
-    UserConfiguration().SetString(kChoice, choice);
+    configuration_.SetString(kChoice, choice);
     EXPECT_EQ(DefaultOf(store_), L"GW1");
     const std::string name(choice, choice + 3);
-    EXPECT_EQ(CapturedTrace::Records(),
-              (Records{{0, "SRStore.cpp", kChosen + name},
-                       {0, "SRStore.cpp", std::string(kNotMatched) + "https://1"}}));
+    EXPECT_EQ(trace_.Records(), (Records{{0, kStoreFile, kChosen + name},
+                                         {0, kStoreFile, std::string(kNotMatched) + "https://1"}}));
   }
 }
 
 TEST_F(DefaultGatewayTest, AnEmptyChoiceIsWrittenAndChoosesNothing) {
-  UserConfiguration().SetString(kChoice, L"");
+  configuration_.SetString(kChoice, L"");
   const SRStore unnamed =
       Store(L"S", L"https://s", {Gateway(L"GW1"), Gateway(L""), Gateway(L"GW3", L"", true)});
   EXPECT_EQ(DefaultOf(unnamed), L"GW3");
-  EXPECT_EQ(CapturedTrace::TextsFrom("SRStore.cpp"), (Texts{kChosen, kNotMatched}));
+  EXPECT_EQ(trace_.TextsFrom(kStoreFile), (Texts{kChosen, kNotMatched}));
 }
 
 TEST_F(DefaultGatewayTest, WithoutAChoiceTheMarkDecidesAndTheFallbackIsWrittenAllTheSame) {
   EXPECT_EQ(DefaultOf(store_), L"GW1");
-  EXPECT_EQ(CapturedTrace::Records(), (Records{{0, "SRStore.cpp", std::string(kNotMatched) + "https://1"}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kStoreFile, std::string(kNotMatched) + "https://1"}}));
 }
 
 TEST_F(DefaultGatewayTest, AChoiceThatIsNoTextCountsAsNone) {
-  UserConfiguration().SetUInt(kChoice, 2);
+  configuration_.SetUInt(kChoice, 2);
   EXPECT_EQ(DefaultOf(store_), L"GW1");
-  EXPECT_EQ(CapturedTrace::Records().size(), 1U);
-}
-
-TEST_F(DefaultGatewayTest, TheMachinesConfigurationHoldsNoChoice) {
-  MachineConfiguration().SetString(kChoice, L"GW2");
-  EXPECT_EQ(DefaultOf(store_), L"GW1");
+  EXPECT_EQ(trace_.Records().size(), 1U);
 }
 
 TEST_F(DefaultGatewayTest, TheFirstOfSeveralMarksCounts) {
@@ -76,15 +70,15 @@ TEST_F(DefaultGatewayTest, TheFirstOfSeveralMarksCounts) {
 
 TEST_F(DefaultGatewayTest, WithoutAnyMarkTheFirstGatewayIsTheDefault) {
   EXPECT_EQ(DefaultOf(Store(L"S", L"", {Gateway(L"A", L"https://a"), Gateway(L"B")})), L"A");
-  EXPECT_EQ(CapturedTrace::TextsFrom("SRStore.cpp"), (Texts{std::string(kNotMatched) + "https://a"}));
+  EXPECT_EQ(trace_.TextsFrom(kStoreFile), (Texts{std::string(kNotMatched) + "https://a"}));
 }
 
 TEST_F(DefaultGatewayTest, AStoreWithoutGatewaysHasNoneAndLeavesTheAnswerUntouched) {
-  UserConfiguration().SetString(kChoice, L"GW1");
+  configuration_.SetString(kChoice, L"GW1");
   SRGateway gateway = Gateway(L"untouched");
-  EXPECT_FALSE(Store(L"S", L"https://s").GetDefaultGatewayRef(gateway));
+  EXPECT_FALSE(Store(L"S", L"https://s").GetDefaultGatewayRef(gateway, configuration_));
   EXPECT_EQ(gateway.GetName(), L"untouched");
-  EXPECT_TRUE(CapturedTrace::Records().empty());
+  EXPECT_TRUE(trace_.Records().empty());
 }
 
 TEST_F(DefaultGatewayTest, TheWholeGatewayIsCopiedOut) {
@@ -95,7 +89,7 @@ TEST_F(DefaultGatewayTest, TheWholeGatewayIsCopiedOut) {
   marked.SetTrustedByUser(true);
   marked.SetTrustedByDS(true);
   SRGateway copy;
-  ASSERT_TRUE(Store(L"S", L"", {Gateway(L"A"), marked}).GetDefaultGatewayRef(copy));
+  ASSERT_TRUE(Store(L"S", L"", {Gateway(L"A"), marked}).GetDefaultGatewayRef(copy, configuration_));
   EXPECT_EQ(copy.GetLocation(), L"https://g");
   EXPECT_EQ(copy.GetEdition(), SRGateway::GatewayEdition::Enterprise);
   EXPECT_EQ(copy.GetAuthentication(), SRGateway::GatewayAuthentication::SMS);
@@ -142,7 +136,7 @@ TEST_F(DefaultGatewayTest, OnlyTheFirstOfSeveralMarksIsCleared) {
 }
 
 TEST_F(DefaultGatewayTest, TheUsersChoicePlaysNoPartInSetting) {
-  UserConfiguration().SetString(kChoice, L"GW1");
+  configuration_.SetString(kChoice, L"GW1");
   SRStore store = store_;
   EXPECT_TRUE(store.SetDefaultGateway(L"GW2"));
   EXPECT_EQ(Marked(store.GetGateways()), (Wide{L"GW2"}));

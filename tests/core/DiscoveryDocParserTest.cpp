@@ -47,9 +47,8 @@ TEST_F(DiscoveryDocParserTest, ASchemaErrorNamesTheDiscoveryDocument) {
   const std::wstring text = DiscoveryDocument(L"<Unheard/>" + Service(L"s", L"", InServiceRecordNamespace()));
   ASSERT_TRUE(Parse<DiscoveryDocParser>(text));
   EXPECT_EQ(Ids(stores_), (Wide{L"s"}));
-  EXPECT_EQ(
-      CapturedTrace::RecordsStartingWith("Errors Detected"),
-      (Records{{2, "SRDocParser.cpp", "Errors Detected during schema validation of Discovery document"}}));
+  EXPECT_EQ(trace_.RecordsStartingWith("Errors Detected"),
+            (Records{{2, kDocParserFile, "Errors Detected during schema validation of Discovery document"}}));
 }
 
 }  // namespace

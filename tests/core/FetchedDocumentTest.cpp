@@ -1,8 +1,4 @@
 #include "core/ProviderTest.h"
-#include "fakes/DrivenClock.h"
-#include "fakes/FakeWarden.h"
-#include "fakes/StubHTTPRequestFactory.h"
-#include "fakes/StubNetworkLocation.h"
 #include "support/SystemLogFake.h"
 
 namespace {
@@ -18,11 +14,10 @@ using ::testing::IsEmpty;
 class FetchedDocumentTest : public ProviderTest {
  protected:
   FetchedDocumentTest() {
-    AnswerLocationWith(1);
+    location_.AnswerWith(1);
     static_cast<void>(SystemLogFake::TakeLines());
     Hold({asked_, Store(L"other", L"https://other.example/discovery")});
   }
-  ~FetchedDocumentTest() override { AnswerLocationWith(2); }
 
   static std::wstring At(const std::wstring& id, const std::wstring& address) {
     return ServiceAt(id, address, L"", InServiceRecordNamespace());
@@ -50,11 +45,9 @@ class FetchedDocumentTest : public ProviderTest {
     return "Passed over store " + id +
            " in the discovery document of store asked: it belongs on another server";
   }
-  static Records PassedOver() { return CapturedTrace::RecordsStartingWith("...Passed over"); }
+  Records PassedOver() { return trace_.RecordsStartingWith("...Passed over"); }
 
   const SRStore asked_ = Store(L"asked", L"https://asked.example/a/discovery");
-  DrivenClock clock_;
-  StubHTTPRequestFactory server_;
 };
 
 TEST_F(FetchedDocumentTest, MayChangeTheStoreThatWasAsked) {
@@ -86,7 +79,7 @@ TEST_F(FetchedDocumentTest, ChangesNoStoreOfAnotherServer) {
   EXPECT_FALSE(Answers(At(L"other", L"https://asked.example/stolen")));
   EXPECT_EQ(URL(L"other"), L"https://other.example/discovery");
   EXPECT_FALSE(WasSaved());
-  EXPECT_EQ(PassedOver(), (Records{{2, "FetchedDocument.cpp", "..." + Foreign("other")}}));
+  EXPECT_EQ(PassedOver(), (Records{{2, kProviderFile, "..." + Foreign("other")}}));
   EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("other")));
 }
 
@@ -152,7 +145,7 @@ TEST_F(FetchedDocumentTest, DoesNotReplaceAStoreWhoseReplacementTheUserHasDeclin
 }
 
 TEST_F(FetchedDocumentTest, ThroughAGatewaySpeaksForTheStoreThatWasAskedFor) {
-  AnswerLocationWith(2);
+  location_.AnswerWith(2);
   FakeWarden warden;
   const SRStore behind =
       Store(L"behind", L"https://behind.example/discovery", {Gateway(L"gw", L"https://other.example")});
@@ -195,7 +188,7 @@ TEST_F(FetchedDocumentTest, AStoreThatIsDeletedMeanwhileStaysDeleted) {
                       [this] { EXPECT_TRUE(provider_.RemoveStore(L"asked")); }));
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"new", L"other"}));
   EXPECT_EQ(PassedOver(),
-            (Records{{2, "FetchedDocument.cpp",
+            (Records{{2, kProviderFile,
                       "...Passed over store asked in the discovery document of store asked: it was deleted "
                       "meanwhile"}}));
   EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());

@@ -20,7 +20,7 @@ class GetStoreFromURLTest : public ProviderTest {
   static Records Written(const std::vector<std::string>& texts) {
     Records records;
     for (const std::string& text : texts)
-      records.push_back({0, "SRProviderLookup.cpp", "SRProvider::GetStoreFromURL " + text});
+      records.push_back({0, kProviderFile, "SRProvider::GetStoreFromURL " + text});
     return records;
   }
 
@@ -29,7 +29,7 @@ class GetStoreFromURLTest : public ProviderTest {
 
 TEST_F(GetStoreFromURLTest, AnEmptyListHasNoStore) {
   EXPECT_EQ(Find(L"https://h/a/b"), L"-");
-  EXPECT_EQ(CapturedTrace::Records(),
+  EXPECT_EQ(trace_.Records(),
             Written({kTrimming, "store address not found, looking for scheme-host-port, shpAddress is h",
                      "failed to find matching store for URL: https://h/a/b"}));
 }
@@ -37,8 +37,8 @@ TEST_F(GetStoreFromURLTest, AnEmptyListHasNoStore) {
 TEST_F(GetStoreFromURLTest, TheWholeAddressIsMatchedInAnyLetterCase) {
   Hold({Store(L"s", L"https://host/Store/discovery")});
   EXPECT_EQ(Find(L"HTTPS://Host/store/DISCOVERY"), L"s");
-  EXPECT_EQ(CapturedTrace::Records(), Written({"found matching store: https://host/Store/discovery, for URL: "
-                                               "HTTPS://Host/store/DISCOVERY"}));
+  EXPECT_EQ(trace_.Records(), Written({"found matching store: https://host/Store/discovery, for URL: "
+                                       "HTTPS://Host/store/DISCOVERY"}));
 }
 
 TEST_F(GetStoreFromURLTest, OfStoresWithTheWholeAddressTheLastIsTaken) {
@@ -62,7 +62,7 @@ TEST_F(GetStoreFromURLTest, TheAnswerIsACopyOfTheWholeStore) {
 TEST_F(GetStoreFromURLTest, AnAddressBelowTheStoreIsCutBackSegmentBySegment) {
   Hold({Store(L"s", L"scheme://host/Apps/store/Discovery")});
   EXPECT_EQ(Find(L"scheme://host/apps/STORE/resources/launch"), L"s");
-  EXPECT_EQ(CapturedTrace::Records(),
+  EXPECT_EQ(trace_.Records(),
             Written({kTrimming,
                      "checking trimmedStoreUrl: scheme://host/apps/store/resources, against: "
                      "scheme://host/apps/store",
@@ -74,13 +74,12 @@ TEST_F(GetStoreFromURLTest, AnAddressBelowTheStoreIsCutBackSegmentBySegment) {
 TEST_F(GetStoreFromURLTest, EveryCutIsComparedWithEveryKeyInKeyOrderUpToTheMatch) {
   Hold({Store(L"1", L"s://h/z"), Store(L"2", L"s://h/a/discovery"), Store(L"3", L"s://h/m")});
   EXPECT_EQ(Find(L"s://h/m/x/y"), L"3");
-  EXPECT_EQ(CapturedTrace::Records(),
-            Written({kTrimming, "checking trimmedStoreUrl: s://h/m/x, against: s://h/a",
-                     "checking trimmedStoreUrl: s://h/m/x, against: s://h/m",
-                     "checking trimmedStoreUrl: s://h/m/x, against: s://h/z",
-                     "checking trimmedStoreUrl: s://h/m, against: s://h/a",
-                     "checking trimmedStoreUrl: s://h/m, against: s://h/m",
-                     "found matching store: s://h/m, for URL: s://h/m/x/y"}));
+  EXPECT_EQ(trace_.Records(), Written({kTrimming, "checking trimmedStoreUrl: s://h/m/x, against: s://h/a",
+                                       "checking trimmedStoreUrl: s://h/m/x, against: s://h/m",
+                                       "checking trimmedStoreUrl: s://h/m/x, against: s://h/z",
+                                       "checking trimmedStoreUrl: s://h/m, against: s://h/a",
+                                       "checking trimmedStoreUrl: s://h/m, against: s://h/m",
+                                       "found matching store: s://h/m, for URL: s://h/m/x/y"}));
 }
 
 TEST_F(GetStoreFromURLTest, TheLongestCutThatMatchesWins) {
@@ -97,31 +96,29 @@ TEST_F(GetStoreFromURLTest, TheDiscoverySuffixIsRemovedOnceAndOnlyAtTheEnd) {
   const std::string lastResort = "SRProvider::GetStoreFromURL store address not found";
   Hold({Store(L"1", L"s://h/discovery/x"), Store(L"2", L"s://h/b/discovery/discovery")});
   EXPECT_EQ(Find(L"s://h/discovery/x/y"), L"1");
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith(lastResort), Records{});
+  EXPECT_EQ(trace_.RecordsStartingWith(lastResort), Records{});
   EXPECT_EQ(Find(L"s://h/b/discovery/x"), L"2");
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith(lastResort), Records{});
+  EXPECT_EQ(trace_.RecordsStartingWith(lastResort), Records{});
 }
 
 TEST_F(GetStoreFromURLTest, OfTwoDiscoverySuffixesOneStays) {
   Hold({Store(L"s", L"s://h/b/discovery/discovery")});
   EXPECT_EQ(Find(L"s://h/b/x"), L"s") << "by host and port alone";
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL checking"),
+  EXPECT_EQ(trace_.RecordsStartingWith("SRProvider::GetStoreFromURL checking"),
             Written({"checking trimmedStoreUrl: s://h/b, against: s://h/b/discovery"}));
 }
 
 TEST_F(GetStoreFromURLTest, TheHostBeginsBehindTheFirstSchemeSeparator) {
   Hold({Store(L"1", L"other://unrelated"), Store(L"2", L"https://proxy/to")});
   EXPECT_EQ(Find(L"https://proxy/other://unrelated"), L"2");
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL store address not found").size(),
-            1U);
+  EXPECT_EQ(trace_.RecordsStartingWith("SRProvider::GetStoreFromURL store address not found").size(), 1U);
   EXPECT_EQ(Find(L"https://proxy/to/x://y"), L"2");
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL store address not found").size(),
-            0U);
+  EXPECT_EQ(trace_.RecordsStartingWith("SRProvider::GetStoreFromURL store address not found").size(), 0U);
 }
 
 TEST_F(GetStoreFromURLTest, AFailureIsRecordedWithTheUrlAsItWasAsked) {
   EXPECT_EQ(Find(L"HTTPS://Nowhere/X"), L"-");
-  EXPECT_EQ(CapturedTrace::Records().back(),
+  EXPECT_EQ(trace_.Records().back(),
             Written({"failed to find matching store for URL: HTTPS://Nowhere/X"}).back());
 }
 
@@ -137,16 +134,16 @@ TEST_F(GetStoreFromURLTest, AnAddressOf4096CharactersIsCutBackAndALongerOneIsNot
   const std::wstring longest = L"https://h/x/" + std::wstring(4096 - 12, L'y');
   EXPECT_EQ(Find(longest), L"z");
   EXPECT_EQ(Find(longest + L"y"), L"a") << "by host and port alone";
-  EXPECT_EQ(CapturedTrace::Records().size(), 2U);
+  EXPECT_EQ(trace_.Records().size(), 2U);
   EXPECT_EQ(Find(L"https://h/" + std::wstring(5000, L'y')), L"a");
-  EXPECT_EQ(CapturedTrace::Records().size(), 2U);
+  EXPECT_EQ(trace_.Records().size(), 2U);
 }
 
 TEST_F(GetStoreFromURLTest, AnAddressOf128CutsIsCutBackAndOneOfMoreIsNot) {
   Hold({Store(L"a", L"https://h/other"), Store(L"z", L"https://h/x")});
   EXPECT_EQ(Find(L"https://h/x" + Repeated(L"/y", 128)), L"z");
   EXPECT_EQ(Find(L"https://h/x" + Repeated(L"/y", 129)), L"a") << "by host and port alone";
-  EXPECT_EQ(CapturedTrace::Records().size(), 2U);
+  EXPECT_EQ(trace_.Records().size(), 2U);
 }
 
 TEST_F(GetStoreFromURLTest, AThousandChecksAreRecordedAndTheOthersCounted) {
@@ -157,19 +154,19 @@ TEST_F(GetStoreFromURLTest, AThousandChecksAreRecordedAndTheOthersCounted) {
   const std::string checking = "SRProvider::GetStoreFromURL checking";
   const std::string further = "SRProvider::GetStoreFromURL further checks";
   EXPECT_EQ(Find(L"s://h/199" + Repeated(L"/y", 10)), L"s199");
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith(checking).size(), 1000U);
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith(further), Records{});
+  EXPECT_EQ(trace_.RecordsStartingWith(checking).size(), 1000U);
+  EXPECT_EQ(trace_.RecordsStartingWith(further), Records{});
   EXPECT_EQ(Find(L"s://h/199" + Repeated(L"/y", 11)), L"s199");
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith(checking).size(), 1000U);
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith(further), Written({"further checks of trimmedStoreUrl: 100"}));
-  EXPECT_EQ(CapturedTrace::Records().size(), 1003U);
+  EXPECT_EQ(trace_.RecordsStartingWith(checking).size(), 1000U);
+  EXPECT_EQ(trace_.RecordsStartingWith(further), Written({"further checks of trimmedStoreUrl: 100"}));
+  EXPECT_EQ(trace_.Records().size(), 1003U);
 }
 
 TEST_F(GetStoreFromURLTest, TheRequestItselfIsNeverComparedWithTrimmedAddresses) {
   Hold({Store(L"s", L"scheme://host/apps/store/discovery")});
   EXPECT_EQ(Find(L"scheme://host/apps/store"), L"s");
   EXPECT_EQ(
-      CapturedTrace::Records(),
+      trace_.Records(),
       Written(
           {kTrimming, "checking trimmedStoreUrl: scheme://host/apps, against: scheme://host/apps/store",
            "store address not found, looking for scheme-host-port, shpAddress is host",
@@ -179,14 +176,14 @@ TEST_F(GetStoreFromURLTest, TheRequestItselfIsNeverComparedWithTrimmedAddresses)
 TEST_F(GetStoreFromURLTest, ATrailingSlashIsASegmentToCut) {
   Hold({Store(L"s", L"scheme://host/apps/store/discovery")});
   EXPECT_EQ(Find(L"scheme://host/apps/store/"), L"s");
-  EXPECT_EQ(CapturedTrace::Records().size(), 3U);
+  EXPECT_EQ(trace_.Records().size(), 3U);
 }
 
 TEST_F(GetStoreFromURLTest, HostAndPortAreTheLastResort) {
   Hold({Store(L"1", L"scheme://other:443/y/discovery"), Store(L"2", L"scheme://other:444/y/discovery")});
   EXPECT_EQ(Find(L"scheme://OTHER:444/x"), L"2");
   EXPECT_EQ(
-      CapturedTrace::Records(),
+      trace_.Records(),
       Written({kTrimming, "store address not found, looking for scheme-host-port, shpAddress is other:444",
                "found matching store: scheme://other:444/y/discovery, for URL: scheme://OTHER:444/x"}));
 }
@@ -194,7 +191,7 @@ TEST_F(GetStoreFromURLTest, HostAndPortAreTheLastResort) {
 TEST_F(GetStoreFromURLTest, WithoutASchemeTheHostBeginsAtTheStart) {
   Hold({Store(L"s", L"https://host/x")});
   EXPECT_EQ(Find(L"host/a/b"), L"s");
-  EXPECT_EQ(CapturedTrace::Records(),
+  EXPECT_EQ(trace_.Records(),
             Written({kTrimming, "checking trimmedStoreUrl: host/a, against: https://host/x",
                      "store address not found, looking for scheme-host-port, shpAddress is host",
                      "found matching store: https://host/x, for URL: host/a/b"}));
@@ -203,14 +200,14 @@ TEST_F(GetStoreFromURLTest, WithoutASchemeTheHostBeginsAtTheStart) {
 TEST_F(GetStoreFromURLTest, AnAddressWithoutAPathIsNotCut) {
   Hold({Store(L"s", L"scheme://host/x")});
   EXPECT_EQ(Find(L"scheme://host"), L"s");
-  EXPECT_EQ(CapturedTrace::Records().size(), 3U);
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("SRProvider::GetStoreFromURL checking").size(), 0U);
+  EXPECT_EQ(trace_.Records().size(), 3U);
+  EXPECT_EQ(trace_.RecordsStartingWith("SRProvider::GetStoreFromURL checking").size(), 0U);
 }
 
 TEST_F(GetStoreFromURLTest, AnEmptyAddressFindsNothingAndLooksForNoHost) {
   Hold({Store(L"s", L"https://host/x")});
   EXPECT_EQ(Find(L""), L"-");
-  EXPECT_EQ(CapturedTrace::Records(), Written({kTrimming, "failed to find matching store for URL: "}));
+  EXPECT_EQ(trace_.Records(), Written({kTrimming, "failed to find matching store for URL: "}));
 }
 
 TEST_F(GetStoreFromURLTest, ASchemeWithoutAHostFindsNothing) {
@@ -238,7 +235,7 @@ TEST_F(GetStoreFromURLTest, AHostLongerThanEveryAddressIsNotFound) {
 TEST_F(GetStoreFromURLTest, TheLockIsNotHeldWhileMatching) {
   Hold({Store(L"s", L"https://host/x")});
   EXPECT_EQ(Find(L"https://host/x/y"), L"s");
-  EXPECT_FALSE(CapturedTrace::AnyInsideCriticalSection("SRProviderLookup.cpp"));
+  EXPECT_FALSE(trace_.AnyMarked(kProviderFile));
   EXPECT_FALSE(InsideCriticalSection());
   EXPECT_FALSE(WasSaved());
 }

@@ -1,4 +1,3 @@
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
 
 #include <stdexcept>
@@ -29,10 +28,10 @@ class InboundUpdateTest : public ProviderTest {
 TEST_F(InboundUpdateTest, ANewStoreIsSavedAsConfirmedAndPublishedOnceUnderTheLock) {
   const std::wstring document = DocumentWith(lists_);
   EXPECT_TRUE(Update(document));
-  const auto publications = RecordedPublications::All();
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   EXPECT_TRUE(publications.front().insideCriticalSection);
-  const StoreMap saved = SRRegistryConfig().RestoreStores();
+  const StoreMap saved = Repository().RestoreStores();
   for (const StoreMap& stores : {provider_.GetStores(), saved, publications.front().stores}) {
     const SRStore& store = stores.at(L"s");
     EXPECT_TRUE(store.GetGateways().front().GetTrustedByDS());
@@ -40,11 +39,11 @@ TEST_F(InboundUpdateTest, ANewStoreIsSavedAsConfirmedAndPublishedOnceUnderTheLoc
     EXPECT_TRUE(store.Beacons(BeaconType::External).front().GetDSConfirmed());
   }
   EXPECT_EQ(
-      CapturedTrace::Records(),
-      (Records{{0, "SRProvider.cpp", "-> Inbound SR update started. Document contents: " + Narrow(document)},
-               {0, "SRDocParser.cpp", "No Errors Detected"},
-               {0, "SRProvider.cpp", "...SR document parsed successfully."},
-               {0, "SRProvider.cpp", "<- Inbound SR update finished"}}));
+      trace_.Records(),
+      (Records{{0, kProviderFile, "-> Inbound SR update started. Document contents: " + Narrow(document)},
+               {0, kDocParserFile, "No Errors Detected"},
+               {0, kProviderFile, "...SR document parsed successfully."},
+               {0, kProviderFile, "<- Inbound SR update finished"}}));
 }
 
 TEST_F(InboundUpdateTest, AStoreAlreadyHeldIsMergedAsConfirmedWithoutADialog) {
@@ -56,7 +55,7 @@ TEST_F(InboundUpdateTest, AStoreAlreadyHeldIsMergedAsConfirmedWithoutADialog) {
   EXPECT_EQ(merged.GetStoreURL(), L"https://s.example/store/discovery");
   EXPECT_EQ(Names(merged.GetGateways()), (Wide{L"user's", L"gw"}));
   EXPECT_TRUE(merged.GetGateways().back().GetTrustedByDS());
-  EXPECT_EQ(RecordedPublications::All().size(), 1U);
+  EXPECT_EQ(publications_.All().size(), 1U);
 }
 
 TEST_F(InboundUpdateTest, AServiceRecordIsTakenTheSameWay) {
@@ -66,7 +65,7 @@ TEST_F(InboundUpdateTest, AServiceRecordIsTakenTheSameWay) {
 
 TEST_F(InboundUpdateTest, TheDocumentIsParsedOutsideTheLockAndTheLockIsLeft) {
   EXPECT_TRUE(Update(DocumentWith(lists_)));
-  EXPECT_FALSE(CapturedTrace::AnyInsideCriticalSection("SRDocParser.cpp"));
+  EXPECT_FALSE(trace_.AnyMarked(kDocParserFile));
   EXPECT_FALSE(InsideCriticalSection());
 }
 
@@ -76,7 +75,7 @@ TEST_F(InboundUpdateTest, TheChangeIsSavedBeforeItIsPublished) {
 }
 
 TEST_F(InboundUpdateTest, TheLockIsLeftWhenTheChangeCannotBePublished) {
-  RecordedPublications::FailNext();
+  publications_.FailNext();
   EXPECT_THROW(Update(DocumentWith(lists_)), std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
 }
@@ -91,11 +90,10 @@ TEST_F(InboundUpdateTest, ADocumentThatHoldsNoStoreShowsOneErrorAndChangesNothin
   EXPECT_FALSE(Update(DiscoveryDocument(L"")));
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"held"}));
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
-  EXPECT_EQ(CapturedTrace::Records().back(),
-            (TraceRecord{0, "SRProvider.cpp", "<- Inbound SR update finished"}));
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("..."),
-            (Records{{2, "SRProvider.cpp", "...Failed to parse SR document."}}));
+  EXPECT_TRUE(publications_.All().empty());
+  EXPECT_EQ(trace_.Records().back(), (TraceRecord{0, kProviderFile, "<- Inbound SR update finished"}));
+  EXPECT_EQ(trace_.RecordsStartingWith("..."),
+            (Records{{2, kProviderFile, "...Failed to parse SR document."}}));
 }
 
 TEST_F(InboundUpdateTest, ATextThatIsNoDocumentIsHandledTheSameWay) {

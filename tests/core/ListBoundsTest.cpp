@@ -1,11 +1,6 @@
 #include "SRLib/Platform/SSLValidationDetails.h"
 #include "SRLib/Provider/StoreBounds.h"
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
-#include "fakes/DrivenClock.h"
-#include "fakes/StubHTTPRequestFactory.h"
-#include "fakes/StubNetworkLocation.h"
-#include "fakes/StubSSLValidationFactory.h"
 #include "support/TemporaryFolder.h"
 
 #include <fstream>
@@ -64,17 +59,17 @@ class ListBoundsTest : public ProviderTest {
   }
   // What is in the file when the program starts.
   void Restored(StoreMap stores) {
-    SRRegistryConfig().SaveStores(stores);
+    Repository().SaveStores(stores);
     provider_.RestoreFromRepository();
     Forget();
   }
 
   void ExpectRefusal(const std::string& bound) {
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("...The document is not taken"),
-              (Records{{2, "SRProvider.cpp",
+    EXPECT_EQ(trace_.RecordsStartingWith("...The document is not taken"),
+              (Records{{2, kProviderFile,
                         "...The document is not taken: with it the list would hold more than " + bound}}));
     EXPECT_FALSE(WasSaved());
-    EXPECT_TRUE(RecordedPublications::All().empty());
+    EXPECT_TRUE(publications_.All().empty());
     Forget();
   }
 };
@@ -150,8 +145,8 @@ TEST_F(ListBoundsTest, ADocumentThatPassesABoundCountsAsOneWithoutStores) {
   EXPECT_FALSE(HandIn(Service(L"fine") +
                       Service(L"s", L"<Gateways>" + Repeated(GatewayElement(L"g"), 501) + L"</Gateways>")));
   EXPECT_TRUE(provider_.GetStores().empty());
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("...SR document parsed"), Records{});
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("...Failed to parse SR document.").size(), 1U);
+  EXPECT_EQ(trace_.RecordsStartingWith("...SR document parsed"), Records{});
+  EXPECT_EQ(trace_.RecordsStartingWith("...Failed to parse SR document.").size(), 1U);
   ExpectRefusal("500 gateways of a store");
 }
 
@@ -184,8 +179,7 @@ TEST_F(ListBoundsTest, NobodyIsAskedAboutAFileThatPassesABound) {
 }
 
 TEST_F(ListBoundsTest, AFileForWhichTheListWasFilledMeanwhileCountsAsOneWithoutStores) {
-  StubSSLValidationFactory server;
-  server.Answer(L"https://new.example/store/discovery", SSLOutcome::Trusted(L"", L""));
+  validations_.Answer(L"https://new.example/store/discovery", SSLOutcome::Trusted(L"", L""));
   EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce([this] {
     EXPECT_TRUE(Merge(Many(10000)));
     Forget();
@@ -198,36 +192,33 @@ TEST_F(ListBoundsTest, AFileForWhichTheListWasFilledMeanwhileCountsAsOneWithoutS
   StoreMap accepted;
   provider_.OutboundUserConfirm(L"'" + path.wstring() + L"'", accepted);
   EXPECT_TRUE(accepted.empty());
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("...message 1576").size(), 1U);
+  EXPECT_EQ(trace_.RecordsStartingWith("...message 1576").size(), 1U);
   ExpectRefusal("10000 stores");
 }
 
 TEST_F(ListBoundsTest, ADocumentForWhichTheListWasReadAtLastAndIsFullCountsAsOneWithoutStores) {
   StoreMap full = Map({WithGateways(L"s", 500)});
-  SRRegistryConfig().SaveStores(full);
-  UserConfiguration().FailReads(true);
+  Repository().SaveStores(full);
+  configuration_.FailReads(true);
   provider_.RestoreFromRepository();
-  UserConfiguration().FailReads(false);
-  RecordedPublications::Clear();
+  configuration_.FailReads(false);
+  publications_.Clear();
   EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1608"s, L"message 1576"s));
   EXPECT_FALSE(HandIn(Service(L"s", L"<Gateways>" + GatewayElement(L"new") + L"</Gateways>")));
   EXPECT_EQ(provider_.GetStores().at(L"s").GetGateways().size(), 500U);
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("...Failed to parse SR document.").size(), 1U);
+  EXPECT_EQ(trace_.RecordsStartingWith("...Failed to parse SR document.").size(), 1U);
 }
 
 TEST_F(ListBoundsTest, AFetchedDocumentThatPassesABoundIsSkipped) {
-  AnswerLocationWith(1);
-  const DrivenClock clock;
-  StubHTTPRequestFactory server;
+  location_.AnswerWith(1);
   const SRStore asked = Store(L"a", L"https://a.example/store/discovery");
-  server.Answer(
+  server_.Answer(
       asked.GetStoreURL(),
       DiscoveryDocument(Service(L"a", L"<External>" + Repeated(L"<Beacon>b</Beacon>", 501) + L"</External>",
                                 InServiceRecordNamespace())));
   StoreMap stores = Map({asked});
   bool updated = true;
   provider_.OutboundDSConfirm(stores, updated);
-  AnswerLocationWith(2);
   EXPECT_FALSE(updated);
   ExpectRefusal("500 beacons of a kind of a store");
 }

@@ -1,8 +1,4 @@
 #include "core/ProviderTest.h"
-#include "fakes/DrivenClock.h"
-#include "fakes/FakeWarden.h"
-#include "fakes/StubHTTPRequestFactory.h"
-#include "fakes/StubNetworkLocation.h"
 
 namespace {
 
@@ -19,11 +15,9 @@ const std::wstring kURL = L"https://s.example/store/discovery";
 
 class MakeConnectionTest : public ProviderTest {
  protected:
-  ~MakeConnectionTest() override { AnswerLocationWith(2); }
-
   bool Connect(SRStore store) { return provider_.MakeConnection(store, response_, canceled_); }
 
-  static Texts Traced() { return CapturedTrace::TextsFrom("SRProviderConnection.cpp"); }
+  Texts Traced() { return trace_.TextsFrom(kProviderFile); }
 
   // The mode handed to the authentication manager for such a gateway.
   std::string ForcedRoute(Edition edition, AGMode mode,
@@ -40,26 +34,24 @@ class MakeConnectionTest : public ProviderTest {
     return "none";
   }
 
-  DrivenClock clock_;
-  StubHTTPRequestFactory server_;
   std::wstring response_;
   bool canceled_ = false;
 };
 
 TEST_F(MakeConnectionTest, ALocationThatStaysUndecidedIsAskedFor120SecondsAndThenGivenUpWithoutARequest) {
-  AnswerLocationWith(0);
+  location_.AnswerWith(0);
   EXPECT_FALSE(Connect(Store(L"s", kURL)));
   EXPECT_EQ(clock_.Seconds(), 120);
   EXPECT_TRUE(server_.Sent().empty());
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRProviderConnection.cpp",
+  EXPECT_EQ(trace_.Records(),
+            (Records{{0, kProviderFile,
                       "MakeConnection: Not requesting headers because network location is: deciding. "}}));
 }
 
 TEST_F(MakeConnectionTest, ALocationDecidedInTheLastSecondIsStillUsed) {
-  AnswerLocationWith(0);
-  clock_.OnSecond([](int second) {
-    if (second == 120) AnswerLocationWith(1);
+  location_.AnswerWith(0);
+  clock_.OnSecond([this](int second) {
+    if (second == 120) location_.AnswerWith(1);
     return true;
   });
   server_.Answer(kURL, L"<Discovery/>");
@@ -68,7 +60,7 @@ TEST_F(MakeConnectionTest, ALocationDecidedInTheLastSecondIsStillUsed) {
 }
 
 TEST_F(MakeConnectionTest, TheWaitEndsWithTheProcess) {
-  AnswerLocationWith(0);
+  location_.AnswerWith(0);
   clock_.OnSecond([](int second) { return second < 3; });
   EXPECT_FALSE(Connect(Store(L"s", kURL)));
   EXPECT_EQ(clock_.Seconds(), 3);
@@ -76,24 +68,24 @@ TEST_F(MakeConnectionTest, TheWaitEndsWithTheProcess) {
 }
 
 TEST_F(MakeConnectionTest, LocationNoneMakesNoRequest) {
-  AnswerLocationWith(3);
+  location_.AnswerWith(3);
   EXPECT_FALSE(Connect(Store(L"s", kURL)));
   EXPECT_TRUE(server_.Sent().empty());
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRProviderConnection.cpp",
+  EXPECT_EQ(trace_.Records(),
+            (Records{{0, kProviderFile,
                       "MakeConnection: No point in attempting to request headers from DS, because network "
                       "location is: 3"}}));
 }
 
 TEST_F(MakeConnectionTest, InsideAndOnVpnTheStoreIsAskedDirectlyWithoutExtraHeaders) {
   for (const std::uint32_t location : {1U, 4U}) {
-    CapturedTrace::Clear();
-    AnswerLocationWith(location);
+    trace_.Clear();
+    location_.AnswerWith(location);
     server_.Answer(kURL, L"answer");
     EXPECT_TRUE(Connect(Store(L"s", kURL, {Gateway(L"gw", L"https://gw.example", true)})));
     EXPECT_EQ(response_, L"answer");
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("MakeConnection"),
-              (Records{{0, "SRProviderConnection.cpp",
+    EXPECT_EQ(trace_.RecordsStartingWith("MakeConnection"),
+              (Records{{0, kProviderFile,
                         "MakeConnection: direct to the store s, because network location is: " +
                             std::to_string(location)}}));
   }
@@ -102,7 +94,7 @@ TEST_F(MakeConnectionTest, InsideAndOnVpnTheStoreIsAskedDirectlyWithoutExtraHead
 }
 
 TEST_F(MakeConnectionTest, ADirectRequestThatFailsLeavesResponseAndCancellationAsTheyWere) {
-  AnswerLocationWith(1);
+  location_.AnswerWith(1);
   canceled_ = true;
   response_ = L"before";
   server_.Answer(kURL, {500, L"", L""});
@@ -113,15 +105,15 @@ TEST_F(MakeConnectionTest, ADirectRequestThatFailsLeavesResponseAndCancellationA
 
 TEST_F(MakeConnectionTest, EveryOtherLocationGoesThroughTheAuthenticationManager) {
   for (const std::uint32_t location : {2U, 5U, 6U, 7U}) {
-    CapturedTrace::Clear();
-    AnswerLocationWith(location);
+    trace_.Clear();
+    location_.AnswerWith(location);
     FakeWarden warden;
     warden.Send(L"https://gw.example/https/s.example/store/discovery");
     server_.Answer(L"https://gw.example/https/s.example/store/discovery", L"through");
     EXPECT_TRUE(Connect(Store(L"s", kURL, {Gateway(L"gw", L"https://gw.example", true)})));
     EXPECT_EQ(response_, L"through");
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("MakeConnection"),
-              (Records{{0, "SRProviderConnection.cpp",
+    EXPECT_EQ(trace_.RecordsStartingWith("MakeConnection"),
+              (Records{{0, kProviderFile,
                         "MakeConnection: using Warden for the store s, because network location is: " +
                             std::to_string(location)}}));
     EXPECT_THAT(warden.Calls(), Contains("CreateRequestContext '" + Narrow(kURL) + "' 3"));
@@ -163,7 +155,7 @@ TEST_F(MakeConnectionTest, StandardAndAdvancedGatewaysRewriteWhateverTheirMode) 
     EXPECT_EQ(ForcedRoute(Edition::Advanced, mode),
               "'gw' 'https://gw.example' edition 1 authentication 1 mode 2");
   }
-  EXPECT_TRUE(CapturedTrace::RecordsStartingWith("AG mode").empty());
+  EXPECT_TRUE(trace_.RecordsStartingWith("AG mode").empty());
 }
 
 TEST_F(MakeConnectionTest, AnEnterpriseGatewaysModeIsItsOwn) {
@@ -171,16 +163,16 @@ TEST_F(MakeConnectionTest, AnEnterpriseGatewaysModeIsItsOwn) {
             "'gw' 'https://gw.example' edition 2 authentication 1 mode 3");
   EXPECT_EQ(ForcedRoute(Edition::Enterprise, AGMode::SG_RW),
             "'gw' 'https://gw.example' edition 2 authentication 1 mode 1");
-  EXPECT_TRUE(CapturedTrace::RecordsStartingWith("AG mode").empty());
+  EXPECT_TRUE(trace_.RecordsStartingWith("AG mode").empty());
 }
 
 TEST_F(MakeConnectionTest, AnEnterpriseGatewayWithoutAModeOfTheLibrarysGetsZeroAndAWarning) {
   for (const AGMode mode : {AGMode::NONE, AGMode::FB_RW}) {
-    CapturedTrace::Clear();
+    trace_.Clear();
     EXPECT_EQ(ForcedRoute(Edition::Enterprise, mode),
               "'gw' 'https://gw.example' edition 2 authentication 1 mode 0");
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("AG mode"),
-              (Records{{2, "SRProviderConnection.cpp",
+    EXPECT_EQ(trace_.RecordsStartingWith("AG mode"),
+              (Records{{2, kProviderFile,
                         "AG mode needs to be specified for Enterprise gateway type. By default set to SG "
                         "mode."}}));
   }

@@ -128,7 +128,7 @@ TEST_F(MergeStoresTest, IdsAreMatchedInTheirLetterCase) {
 TEST_F(MergeStoresTest, MergingNeitherSavesNorPublishesNorTraces) {
   EXPECT_TRUE(Merge(Map({Store(L"a", L"https://a")}), true));
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_TRUE(publications_.All().empty());
   EXPECT_EQ(ProviderTexts(), Texts{});
 }
 

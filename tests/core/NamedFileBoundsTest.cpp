@@ -124,7 +124,7 @@ class LinkedSchemasTest : public BoundsTest {
     EXPECT_TRUE(Parse<Parser>(valid));
     EXPECT_EQ(ReadingRecords(), Records{});
     EXPECT_TRUE(Parse<Parser>(invalid));
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("Errors Detected").size(), 1U);
+    EXPECT_EQ(trace_.RecordsStartingWith("Errors Detected").size(), 1U);
   }
 
   const TemporaryFolder folder_;

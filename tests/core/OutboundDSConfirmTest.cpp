@@ -1,9 +1,4 @@
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
-#include "fakes/DrivenClock.h"
-#include "fakes/FakeWarden.h"
-#include "fakes/StubHTTPRequestFactory.h"
-#include "fakes/StubNetworkLocation.h"
 
 #include <stdexcept>
 
@@ -15,8 +10,7 @@ using namespace testsupport;
 
 class OutboundDSConfirmTest : public ProviderTest {
  protected:
-  OutboundDSConfirmTest() { AnswerLocationWith(1); }
-  ~OutboundDSConfirmTest() override { AnswerLocationWith(2); }
+  OutboundDSConfirmTest() { location_.AnswerWith(1); }
 
   static std::wstring Address(const std::wstring& id) {
     return L"https://" + id + L".example/store/discovery";
@@ -41,12 +35,17 @@ class OutboundDSConfirmTest : public ProviderTest {
     return provider_.VerifyDSTrust(store, document_, canceled_);
   }
 
+  // Without what the connections write.
+  Texts FlowTexts() const {
+    Texts texts = ProviderTexts();
+    std::erase_if(texts, [](const std::string& text) { return text.starts_with("MakeConnection: "); });
+    return texts;
+  }
+
   void ExpectError(const std::wstring& message) {
     EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1600"s, message));
   }
 
-  DrivenClock clock_;
-  StubHTTPRequestFactory server_;
   std::wstring document_ = L"before";
   bool canceled_ = false;
   const std::string started_ = "-> Outbound SR DS confirmation started";
@@ -55,8 +54,7 @@ class OutboundDSConfirmTest : public ProviderTest {
 
 TEST_F(OutboundDSConfirmTest, NoStoresLeaveOnlyTheFirstAndTheLastRecord) {
   EXPECT_FALSE(Confirm({}));
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRProvider.cpp", started_}, {0, "SRProvider.cpp", finished_}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kProviderFile, started_}, {0, kProviderFile, finished_}}));
   EXPECT_FALSE(WasSaved());
 }
 
@@ -64,15 +62,15 @@ TEST_F(OutboundDSConfirmTest, AConfirmedStoreIsMergedSavedAndPublishedOnceUnderT
   Hold({Accepted(L"s")});
   server_.Answer(Address(L"s"), Document(L"s"));
   EXPECT_TRUE(Confirm(Map({Accepted(L"s")})));
-  const auto publications = RecordedPublications::All();
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   EXPECT_TRUE(publications.front().insideCriticalSection);
-  for (const StoreMap& stores : {provider_.GetStores(), SRRegistryConfig().RestoreStores()}) {
+  for (const StoreMap& stores : {provider_.GetStores(), Repository().RestoreStores()}) {
     EXPECT_TRUE(stores.at(L"s").GetGateways().front().GetTrustedByDS());
     EXPECT_TRUE(stores.at(L"s").Beacons(BeaconType::Internal).front().GetDSConfirmed());
   }
-  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification succeded for store: s",
-                                    "...Received DiscoveryDocument: " + Narrow(Document(L"s")), finished_}));
+  EXPECT_EQ(FlowTexts(), (Texts{started_, "...DS trust verification succeded for store: s",
+                                "...Received DiscoveryDocument: " + Narrow(Document(L"s")), finished_}));
 }
 
 TEST_F(OutboundDSConfirmTest, TheRequestsAreMadeOutsideTheLockInKeyOrder) {
@@ -81,7 +79,7 @@ TEST_F(OutboundDSConfirmTest, TheRequestsAreMadeOutsideTheLockInKeyOrder) {
   EXPECT_TRUE(Confirm(Map({Accepted(L"b"), Accepted(L"a")})));
   EXPECT_FALSE(server_.SentInsideCriticalSection());
   EXPECT_EQ(server_.Sent(), (std::vector<SentRequest>{{Address(L"a"), L""}, {Address(L"b"), L""}}));
-  EXPECT_EQ(RecordedPublications::All().size(), 1U);
+  EXPECT_EQ(publications_.All().size(), 1U);
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"b"}));
 }
 
@@ -101,50 +99,49 @@ TEST_F(OutboundDSConfirmTest, AStoreAlreadyHeldIsMergedWithoutTheReplaceDialog) 
 }
 
 TEST_F(OutboundDSConfirmTest, ACancelledStoreDoesNotKeepTheNextOneFromBeingConfirmed) {
-  AnswerLocationWith(2);
+  location_.AnswerWith(2);
   FakeWarden warden;
   warden.EndWith(8);
   warden.Send(Address(L"b"));
   server_.Answer(Address(L"b"), Document(L"b"));
   EXPECT_TRUE(Confirm(Map({Accepted(L"a"), Accepted(L"b")})));
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"b"}));
-  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification was canceled by user for store: a",
-                                    "...DS trust verification succeded for store: b",
-                                    "...Received DiscoveryDocument: " + Narrow(Document(L"b")), finished_}));
+  EXPECT_EQ(Ids(Repository().RestoreStores()), (Wide{L"b"}));
+  EXPECT_EQ(FlowTexts(), (Texts{started_, "...DS trust verification was canceled by user for store: a",
+                                "...DS trust verification succeded for store: b",
+                                "...Received DiscoveryDocument: " + Narrow(Document(L"b")), finished_}));
 }
 
 TEST_F(OutboundDSConfirmTest, AfterACancellationAFailureBeforeAnyRequestCountsAsCancelledToo) {
-  AnswerLocationWith(3);
-  AnswerLocationWith(2, Address(L"a"));
+  location_.AnswerWith(3);
+  location_.AnswerWith(2, Address(L"a"));
   FakeWarden warden;
   warden.EndWith(8);
   EXPECT_FALSE(Confirm(Map({Accepted(L"a"), Accepted(L"b")})));
-  EXPECT_EQ(ProviderTexts(),
-            (Texts{started_, "...DS trust verification was canceled by user for store: a",
-                   "...DS trust verification was canceled by user for store: b", finished_}));
+  EXPECT_EQ(FlowTexts(), (Texts{started_, "...DS trust verification was canceled by user for store: a",
+                                "...DS trust verification was canceled by user for store: b", finished_}));
 }
 
 TEST_F(OutboundDSConfirmTest, TheAuthenticatedRequestClearsTheCancelledFlagItself) {
-  AnswerLocationWith(2);
+  location_.AnswerWith(2);
   FakeWarden warden;
   warden.EndWith(8);
   warden.EndWith(6);
   ExpectError(L"message 1624");
   EXPECT_FALSE(Confirm(Map({Accepted(L"a"), Accepted(L"b")})));
-  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification was canceled by user for store: a",
-                                    "...DS trust verification failed for store: b", finished_}));
+  EXPECT_EQ(FlowTexts(), (Texts{started_, "...DS trust verification was canceled by user for store: a",
+                                "...DS trust verification failed for store: b", finished_}));
 }
 
 TEST_F(OutboundDSConfirmTest, AFailedConnectionIsShownAndRecorded) {
   ExpectError(L"message 1624");
   EXPECT_FALSE(Confirm(Map({Accepted(L"s")})));
-  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification failed for store: s", finished_}));
+  EXPECT_EQ(FlowTexts(), (Texts{started_, "...DS trust verification failed for store: s", finished_}));
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_TRUE(publications_.All().empty());
 }
 
 TEST_F(OutboundDSConfirmTest, WhatBecameOfAStoreIsTracedAtLevelZero) {
-  AnswerLocationWith(2);
+  location_.AnswerWith(2);
   FakeWarden warden;
   warden.EndWith(8);
   warden.Send(Address(L"b"));
@@ -152,8 +149,8 @@ TEST_F(OutboundDSConfirmTest, WhatBecameOfAStoreIsTracedAtLevelZero) {
   server_.Answer(Address(L"b"), Document(L"b"));
   ExpectError(L"message 1624");
   EXPECT_TRUE(Confirm(Map({Accepted(L"a"), Accepted(L"b"), Accepted(L"c")})));
-  const std::string file = "SRProvider.cpp";
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("..."),
+  const std::string file = kProviderFile;
+  EXPECT_EQ(trace_.RecordsStartingWith("..."),
             (Records{{0, file, "...DS trust verification was canceled by user for store: a"},
                      {0, file, "...DS trust verification succeded for store: b"},
                      {0, file, "...Received DiscoveryDocument: " + Narrow(Document(L"b"))},
@@ -161,7 +158,7 @@ TEST_F(OutboundDSConfirmTest, WhatBecameOfAStoreIsTracedAtLevelZero) {
 }
 
 TEST_F(OutboundDSConfirmTest, AnUnreadableAnswerThroughTheAuthenticationManagerIsNoDiscoveryDocument) {
-  AnswerLocationWith(2);
+  location_.AnswerWith(2);
   FakeWarden warden;
   warden.Send(Address(L"s"));
   server_.Answer(Address(L"s"), {200, L"", L"Content-Type: text/xml\r\n"});
@@ -188,7 +185,7 @@ TEST_F(OutboundDSConfirmTest, AnEmptyResponseIsNoDiscoveryDocument) {
   ExpectError(L"message 1616");
   server_.Answer(Address(L"s"), L"");
   EXPECT_FALSE(Confirm(Map({Accepted(L"s")})));
-  EXPECT_EQ(ProviderTexts(), (Texts{started_, "...DS trust verification failed for store: s", finished_}));
+  EXPECT_EQ(FlowTexts(), (Texts{started_, "...DS trust verification failed for store: s", finished_}));
 }
 
 TEST_F(OutboundDSConfirmTest, ADocumentThatParsesToNothingChangesAndSavesNothing) {
@@ -198,7 +195,7 @@ TEST_F(OutboundDSConfirmTest, ADocumentThatParsesToNothingChangesAndSavesNothing
     EXPECT_FALSE(Confirm(Map({Accepted(L"s")})));
   }
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_TRUE(publications_.All().empty());
 }
 
 TEST_F(OutboundDSConfirmTest, AnUnreadableDocumentAmongOthersIsSkippedWithoutARecord) {
@@ -206,7 +203,7 @@ TEST_F(OutboundDSConfirmTest, AnUnreadableDocumentAmongOthersIsSkippedWithoutARe
   provider_.MergeDiscoveryDocs({}, {Document(L"a"), L"<Discovery", Document(L"b")}, updated);
   EXPECT_TRUE(updated);
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"b"}));
-  EXPECT_TRUE(ProviderTexts().empty());
+  EXPECT_TRUE(FlowTexts().empty());
 }
 
 TEST_F(OutboundDSConfirmTest, DocumentsAreMergedInTheirOrder) {
@@ -226,7 +223,7 @@ TEST_F(OutboundDSConfirmTest, TheChangeIsSavedBeforeItIsPublished) {
 
 TEST_F(OutboundDSConfirmTest, TheLockIsLeftWhenTheChangeCannotBePublished) {
   server_.Answer(Address(L"s"), Document(L"s"));
-  RecordedPublications::FailNext();
+  publications_.FailNext();
   EXPECT_THROW(Confirm(Map({Accepted(L"s")})), std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
 }

@@ -1,7 +1,5 @@
 #include "SRLib/Platform/SSLValidationDetails.h"
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
-#include "fakes/StubSSLValidationFactory.h"
 #include "support/TemporaryFolder.h"
 
 #include <filesystem>
@@ -38,25 +36,24 @@ class OutboundUserConfirmTest : public ProviderTest {
   }
 
   // The flow's own records from the first to the last.
-  static Records FlowRecords() {
-    Records records = CapturedTrace::Records();
+  Records FlowRecords() {
+    Records records = trace_.Records();
     std::erase_if(records, [](const TraceRecord& record) {
-      return record.file != "SRProvider.cpp" || record.text.starts_with("........->") ||
+      return record.file != kProviderFile || record.text.starts_with("........->") ||
              record.text.starts_with(".......Validation");
     });
     return records;
   }
 
   static TraceRecord Started(const std::wstring& path) {
-    return {0, "SRProvider.cpp", "-> Outbound SR User confirmation started" + Narrow(path)};
+    return {0, kProviderFile, "-> Outbound SR User confirmation started" + Narrow(path)};
   }
   static TraceRecord Finished(const std::wstring& path) {
-    return {0, "SRProvider.cpp", "<- Outbound SR User confirmation finished. File: " + Narrow(path)};
+    return {0, kProviderFile, "<- Outbound SR User confirmation finished. File: " + Narrow(path)};
   }
 
   const TemporaryFolder folder_;
-  StubSSLValidationFactory validations_;
-  const TraceRecord parsed_{0, "SRProvider.cpp", "...SR document parsed successfully."};
+  const TraceRecord parsed_{0, kProviderFile, "...SR document parsed successfully."};
 };
 
 TEST_F(OutboundUserConfirmTest, AnAcceptedStoreIsSavedAndPublishedOnceWithoutDiscoveryTrust) {
@@ -65,9 +62,9 @@ TEST_F(OutboundUserConfirmTest, AnAcceptedStoreIsSavedAndPublishedOnceWithoutDis
   EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
   EXPECT_EQ(Confirm(path), (Wide{L"s"}));
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"s"}));
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"s"}));
+  EXPECT_EQ(Ids(Repository().RestoreStores()), (Wide{L"s"}));
   EXPECT_FALSE(provider_.GetStores().at(L"s").Beacons(BeaconType::Internal).front().GetDSConfirmed());
-  const auto publications = RecordedPublications::All();
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   EXPECT_TRUE(publications.front().insideCriticalSection);
   EXPECT_EQ(FlowRecords(), (Records{Started(path), parsed_, Finished(path)}));
@@ -79,16 +76,15 @@ TEST_F(OutboundUserConfirmTest, APathOfThreeCharactersNamesAFileOfOne) {
   EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1600"s, L"message 1576"s));
   EXPECT_EQ(Confirm(L"|x|"), Wide{});
   EXPECT_EQ(FlowRecords(),
-            (Records{Started(L"|x|"), {2, "SRProvider.cpp", "...message 1576"}, Finished(L"|x|")}));
+            (Records{Started(L"|x|"), {2, kProviderFile, "...message 1576"}, Finished(L"|x|")}));
 }
 
 TEST_F(OutboundUserConfirmTest, WhatCannotBeReadEndsAtOnceWithoutADialogOrAClosingRecord) {
   std::filesystem::current_path(folder_.Path());
   for (const wchar_t* path : {L"", L"'", L"''", L"'missing'", L"'.'"}) {
-    CapturedTrace::Clear();
+    trace_.Clear();
     EXPECT_EQ(Confirm(path), Wide{});
-    EXPECT_EQ(CapturedTrace::Records(),
-              (Records{Started(path), {2, "SRProvider.cpp", "...Failed to read SR file."}}));
+    EXPECT_EQ(trace_.Records(), (Records{Started(path), {2, kProviderFile, "...Failed to read SR file."}}));
   }
   EXPECT_FALSE(WasSaved());
 }
@@ -98,9 +94,8 @@ TEST_F(OutboundUserConfirmTest, AFileWithoutStoresShowsAnErrorAndChangesNothing)
   EXPECT_CALL(notifications_, ShowSRErrorDialog(L"message 1600"s, L"message 1576"s));
   EXPECT_EQ(Confirm(path), Wide{});
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
-  EXPECT_EQ(FlowRecords(),
-            (Records{Started(path), {2, "SRProvider.cpp", "...message 1576"}, Finished(path)}));
+  EXPECT_TRUE(publications_.All().empty());
+  EXPECT_EQ(FlowRecords(), (Records{Started(path), {2, kProviderFile, "...message 1576"}, Finished(path)}));
 }
 
 TEST_F(OutboundUserConfirmTest, AStoreThatFailsTrustIsDroppedAndTheOtherIsTaken) {
@@ -110,12 +105,12 @@ TEST_F(OutboundUserConfirmTest, AStoreThatFailsTrustIsDroppedAndTheOtherIsTaken)
   EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
   EXPECT_EQ(Confirm(path), (Wide{L"good"}));
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"good"}));
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"good"}));
+  EXPECT_EQ(Ids(Repository().RestoreStores()), (Wide{L"good"}));
   EXPECT_EQ(validations_.Validated(), (Wide{Address(L"bad"), Address(L"good")}));
-  EXPECT_EQ(FlowRecords(), (Records{Started(path),
-                                    parsed_,
-                                    {0, "SRProvider.cpp", "......Failed trust for store: bad"},
-                                    Finished(path)}));
+  EXPECT_EQ(
+      FlowRecords(),
+      (Records{
+          Started(path), parsed_, {0, kProviderFile, "......Failed trust for store: bad"}, Finished(path)}));
 }
 
 TEST_F(OutboundUserConfirmTest, WhenEveryStoreFailsTrustNothingIsMergedOrSaved) {
@@ -125,7 +120,7 @@ TEST_F(OutboundUserConfirmTest, WhenEveryStoreFailsTrustNothingIsMergedOrSaved) 
   EXPECT_EQ(Confirm(File(ServiceRecord(Service(L"a") + Service(L"b")))), Wide{});
   EXPECT_TRUE(provider_.GetStores().empty());
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_TRUE(publications_.All().empty());
 }
 
 TEST_F(OutboundUserConfirmTest, AHeldStoreIsReplacedInsideTheLockWhenTheUserAgrees) {
@@ -148,7 +143,7 @@ TEST_F(OutboundUserConfirmTest, ADeclinedReplacementAloneChangesNothing) {
   EXPECT_EQ(Confirm(File(ServiceRecord(Service(L"s")))), Wide{});
   EXPECT_EQ(provider_.GetStores().at(L"s").GetStoreURL(), L"https://old");
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_TRUE(publications_.All().empty());
 }
 
 TEST_F(OutboundUserConfirmTest, BesideANewStoreADeclinedOneIsAmongTheAccepted) {
@@ -181,7 +176,7 @@ TEST_F(OutboundUserConfirmTest, AnAcceptedStoreIsSavedBeforeItIsPublished) {
 TEST_F(OutboundUserConfirmTest, TheLockIsLeftWhenTheAcceptedStoreCannotBePublished) {
   Trust(L"s");
   EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
-  RecordedPublications::FailNext();
+  publications_.FailNext();
   EXPECT_THROW(Confirm(File(ServiceRecord(Service(L"s")))), std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
 }
@@ -189,7 +184,7 @@ TEST_F(OutboundUserConfirmTest, TheLockIsLeftWhenTheAcceptedStoreCannotBePublish
 TEST_F(OutboundUserConfirmTest, TheFileIsParsedOutsideTheLock) {
   EXPECT_CALL(notifications_, ShowSRErrorDialog);
   EXPECT_EQ(Confirm(File(ServiceRecord(Service(L"s")))), Wide{});
-  EXPECT_FALSE(CapturedTrace::AnyInsideCriticalSection("SRDocParser.cpp"));
+  EXPECT_FALSE(trace_.AnyMarked(kDocParserFile));
 }
 
 TEST_F(OutboundUserConfirmTest, ValidationAndTrustDialogsAreOutsideTheLock) {

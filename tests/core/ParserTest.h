@@ -19,7 +19,7 @@ class ParserTest : public CoreTest {
   // Parses with a parser of the kind; the stores and the result are kept.
   template <class Parser = ServiceRecords::SRDocParser>
   bool Parse(const std::wstring& document) {
-    CapturedTrace::Clear();
+    trace_.Clear();
     return Parser().Deserialize(document, stores_);
   }
 
@@ -35,9 +35,9 @@ class ParserTest : public CoreTest {
   }
 
   // The records of the reading, without the last one that every read document leaves.
-  static Records ReadingRecords() {
-    Records records = CapturedTrace::Records();
-    const TraceRecord last{0, "SRDocParser.cpp", "No Errors Detected"};
+  Records ReadingRecords() {
+    Records records = trace_.Records();
+    const TraceRecord last{0, kDocParserFile, "No Errors Detected"};
     EXPECT_FALSE(records.empty());
     if (records.empty()) return records;
     EXPECT_EQ(records.back(), last);

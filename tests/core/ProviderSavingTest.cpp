@@ -1,7 +1,4 @@
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
-#include "fakes/StubHTTPRequestFactory.h"
-#include "fakes/StubNetworkLocation.h"
 #include "support/SystemLogFake.h"
 #include "support/TemporaryFolder.h"
 
@@ -47,7 +44,7 @@ class ProviderSavingTest : public ProviderTest {
     for (int i = 0; i < tries; ++i) provider_.TryAgain();
   }
 
-  static Wide SavedIds() { return Ids(SRRegistryConfig().RestoreStores()); }
+  Wide SavedIds() { return Ids(Repository().RestoreStores()); }
 
   static Delays Seconds(std::initializer_list<int> numbers) {
     Delays delays;
@@ -76,14 +73,14 @@ TEST_F(ProviderSavingTest, ASaveThatSucceedsNeedsNoOther) {
 
 TEST_F(ProviderSavingTest, ASaveThatFailsIsTriedAgainAfterLongerAndLongerTimesUntilItSucceeds) {
   HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b")});
-  UserConfiguration().FailWrites(true);
+  configuration_.FailWrites(true);
   EXPECT_TRUE(provider_.RemoveStore(L"a")) << "the answer does not tell";
   EXPECT_EQ(provider_.StateOfSavedStores(), State::Unsaved);
-  EXPECT_EQ(Ids(RecordedPublications::All().back().stores), (Wide{L"b"}));
+  EXPECT_EQ(Ids(publications_.All().back().stores), (Wide{L"b"}));
   LetTimePass(10);
   EXPECT_EQ(delays_, Seconds({1, 2, 4, 8, 16, 32, 64, 128, 256, 300, 300}));
   EXPECT_EQ(SavedIds(), (Wide{L"a", L"b"}));
-  UserConfiguration().FailWrites(false);
+  configuration_.FailWrites(false);
   LetTimePass(1);
   EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
   EXPECT_EQ(SavedIds(), (Wide{L"b"}));
@@ -98,16 +95,16 @@ TEST_F(ProviderSavingTest, ASaveThatThrowsIsOneThatFailsWhereverItDoes) {
   for (int throwing = 1; throwing == calls + 1; ++throwing) {
     HoldSaved({Store(L"a", L"https://a")});
     calls = 0;
-    UserConfiguration().beforeWrite = [&] {
+    configuration_.beforeWrite = [&] {
       if (++calls == throwing) throw std::bad_alloc();
     };
     EXPECT_TRUE(provider_.RemoveStore(L"a")) << throwing;
-    UserConfiguration().beforeWrite = nullptr;
+    configuration_.beforeWrite = nullptr;
     if (calls < throwing) break;
     EXPECT_EQ(provider_.StateOfSavedStores(), State::Unsaved);
     EXPECT_EQ(provider_.Snapshot()->ByID(L"a"), nullptr);
-    ASSERT_EQ(RecordedPublications::All().size(), 1U);
-    EXPECT_EQ(Ids(RecordedPublications::All().front().stores), (Wide{L"b"}));
+    ASSERT_EQ(publications_.All().size(), 1U);
+    EXPECT_EQ(Ids(publications_.All().front().stores), (Wide{L"b"}));
     EXPECT_THAT(SystemLogFake::TakeLines(),
                 ElementsAre("the stores cannot be saved, which is tried again: std::bad_alloc"));
     EXPECT_EQ(std::exchange(delays_, {}), Seconds({1}));
@@ -122,13 +119,13 @@ TEST_F(ProviderSavingTest, ASaveThatThrowsIsOneThatFailsWhereverItDoes) {
 TEST_F(ProviderSavingTest, AFailingTimeIsSaidOnceInTheSystemLog) {
   HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b"), Store(L"c", L"https://c")});
   for (const wchar_t* id : {L"a", L"b"}) {
-    UserConfiguration().FailWrites(true);
+    configuration_.FailWrites(true);
     provider_.RemoveStore(id);
     LetTimePass(3);
     provider_.SaveAllStores();
     EXPECT_THAT(SystemLogFake::TakeLines(),
                 ElementsAre("the stores cannot be saved, which is tried again: the file cannot be written"));
-    UserConfiguration().FailWrites(false);
+    configuration_.FailWrites(false);
     LetTimePass(1);
     EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
   }
@@ -136,22 +133,22 @@ TEST_F(ProviderSavingTest, AFailingTimeIsSaidOnceInTheSystemLog) {
 
 TEST_F(ProviderSavingTest, TheNextFailingTimeBeginsWithOneSecondAgain) {
   HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b")});
-  UserConfiguration().FailWrites(true);
+  configuration_.FailWrites(true);
   provider_.RemoveStore(L"a");
   LetTimePass(2);
-  UserConfiguration().FailWrites(false);
+  configuration_.FailWrites(false);
   provider_.SaveAllStores();
   delays_.clear();
-  UserConfiguration().FailWrites(true);
+  configuration_.FailWrites(true);
   provider_.RemoveStore(L"b");
   EXPECT_EQ(delays_, Seconds({1}));
 }
 
 TEST_F(ProviderSavingTest, TheNextChangeSavesWhatWasNotSaved) {
   HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b"), Store(L"c", L"https://c")});
-  UserConfiguration().FailWrites(true);
+  configuration_.FailWrites(true);
   provider_.RemoveStore(L"a");
-  UserConfiguration().FailWrites(false);
+  configuration_.FailWrites(false);
   provider_.RemoveStore(L"b");
   EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
   EXPECT_EQ(SavedIds(), (Wide{L"c"}));
@@ -160,17 +157,17 @@ TEST_F(ProviderSavingTest, TheNextChangeSavesWhatWasNotSaved) {
 
 TEST_F(ProviderSavingTest, ATryIsMadeUnderTheLockAndPublishesNothing) {
   HoldSaved({Store(L"a", L"https://a")});
-  UserConfiguration().FailWrites(true);
+  configuration_.FailWrites(true);
   provider_.SaveAllStores();
-  UserConfiguration().FailWrites(false);
+  configuration_.FailWrites(false);
   Forget();
   bool inside = true;
-  UserConfiguration().beforeWrite = [&] { inside = inside && InsideCriticalSection(); };
+  configuration_.beforeWrite = [&] { inside = inside && InsideCriticalSection(); };
   LetTimePass(1);
-  UserConfiguration().beforeWrite = nullptr;
+  configuration_.beforeWrite = nullptr;
   EXPECT_TRUE(inside);
   EXPECT_TRUE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
+  EXPECT_TRUE(publications_.All().empty());
   EXPECT_FALSE(InsideCriticalSection());
 }
 
@@ -178,7 +175,7 @@ TEST_F(ProviderSavingTest, TheProcessDoesNotEndInTheMiddleOfASave) {
   HoldSaved({Store(L"a", L"https://a")});
   bool ended = false;  // guarded by the lock that the end waits for
   std::future<void> end;
-  UserConfiguration().beforeWrite = [&] {
+  configuration_.beforeWrite = [&] {
     if (!end.valid()) {
       end = std::async(std::launch::async,
                        [&ended] { SRProvider::WhileNotSaving([&ended] { ended = true; }); });
@@ -187,27 +184,27 @@ TEST_F(ProviderSavingTest, TheProcessDoesNotEndInTheMiddleOfASave) {
     EXPECT_FALSE(ended);
   };
   provider_.SaveAllStores();
-  UserConfiguration().beforeWrite = nullptr;
+  configuration_.beforeWrite = nullptr;
   end.get();
   EXPECT_TRUE(ended);
 }
 
 TEST_F(ProviderSavingTest, EveryFailureIsTraced) {
   HoldSaved({Store(L"a", L"https://a")});
-  UserConfiguration().FailWrites(true);
+  configuration_.FailWrites(true);
   provider_.SaveAllStores();
   LetTimePass(1);
-  const TraceRecord failure{2, "SavedStores.cpp",
+  const TraceRecord failure{2, kProviderFile,
                             "the stores cannot be saved, which is tried again: the file cannot be written"};
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("the stores cannot"), (Records{failure, failure}));
+  EXPECT_EQ(trace_.RecordsStartingWith("the stores cannot"), (Records{failure, failure}));
 }
 
 // A provider that starts while the saved list cannot be read.
 class UnreadableListTest : public ProviderSavingTest {
  protected:
   UnreadableListTest() {
-    SRRegistryConfig().SaveStores(stores_);
-    UserConfiguration().FailReads(true);
+    Repository().SaveStores(stores_);
+    configuration_.FailReads(true);
     provider_.RestoreFromRepository();
     Forget();
   }
@@ -234,9 +231,8 @@ TEST_F(UnreadableListTest, ReadersGetTheEmptyList) {
 
 TEST_F(UnreadableListTest, NothingIsChangedOrSaved) {
   EXPECT_FALSE(provider_.RemoveStore(L"a"));
-  EXPECT_EQ(
-      CapturedTrace::RecordsStartingWith("...The saved stores"),
-      (Records{{2, "SRProviderSaving.cpp", "...The saved stores cannot be read, so nothing is changed."}}));
+  EXPECT_EQ(trace_.RecordsStartingWith("...The saved stores"),
+            (Records{{2, kProviderFile, "...The saved stores cannot be read, so nothing is changed."}}));
   EXPECT_FALSE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
   EXPECT_FALSE(provider_.SetDefaultGatewayForStore(L"https://a", L"GW"));
   provider_.SaveAllStores();
@@ -244,7 +240,7 @@ TEST_F(UnreadableListTest, NothingIsChangedOrSaved) {
   EXPECT_FALSE(Update(L"new"));
   EXPECT_FALSE(WasSaved());
   EXPECT_TRUE(provider_.GetStores().empty());
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(false);
   EXPECT_EQ(SavedIds(), (Wide{L"a"}));
 }
 
@@ -255,12 +251,12 @@ TEST_F(UnreadableListTest, TheListIsReadAgainAfterLongerAndLongerTimesAndPublish
       SystemLogFake::TakeLines(),
       ElementsAre("the stores cannot be read, and are not changed until they can: the file cannot be read"));
   Forget();
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(false);
   LetTimePass(1);
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a"}));
-  ASSERT_EQ(RecordedPublications::All().size(), 1U);
-  EXPECT_EQ(Ids(RecordedPublications::All().front().stores), (Wide{L"a"}));
-  EXPECT_TRUE(RecordedPublications::All().front().insideCriticalSection);
+  ASSERT_EQ(publications_.All().size(), 1U);
+  EXPECT_EQ(Ids(publications_.All().front().stores), (Wide{L"a"}));
+  EXPECT_TRUE(publications_.All().front().insideCriticalSection);
   EXPECT_FALSE(WasSaved());
   EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
   EXPECT_EQ(timesReadAtLast_, 1);
@@ -269,7 +265,7 @@ TEST_F(UnreadableListTest, TheListIsReadAgainAfterLongerAndLongerTimesAndPublish
 TEST_F(UnreadableListTest, AListThatAChangeHasReadIsToldOnce) {
   EXPECT_FALSE(provider_.RemoveStore(L"unknown"));
   EXPECT_EQ(timesReadAtLast_, 0);
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(false);
   EXPECT_FALSE(provider_.RemoveStore(L"unknown"));
   EXPECT_EQ(timesReadAtLast_, 1);
   LetTimePass(1);
@@ -280,7 +276,7 @@ TEST_F(UnreadableListTest, AListThatAChangeHasReadIsToldOnce) {
 // On whichever thread it is read, others ask for the empty list without waiting.
 TEST_F(UnreadableListTest, ReadersDoNotWaitForTheDisk) {
   std::size_t asked = 0;
-  UserConfiguration().beforeRead = [&] {
+  configuration_.beforeRead = [&] {
     ASSERT_FALSE(InsideCriticalSection());
     std::jthread([&] { asked += provider_.GetStores().empty() ? 1 : 0; }).join();
   };
@@ -288,24 +284,24 @@ TEST_F(UnreadableListTest, ReadersDoNotWaitForTheDisk) {
   EXPECT_FALSE(provider_.RemoveStore(L"a"));
   EXPECT_FALSE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
   provider_.SaveAllStores();
-  UserConfiguration().beforeRead = nullptr;
+  configuration_.beforeRead = nullptr;
   EXPECT_EQ(asked, 4U);
 }
 
 TEST_F(UnreadableListTest, WhatAnotherThreadHasReadAndChangedMeanwhileIsNotReadOverIt) {
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(false);
   bool isFirst = true;
-  UserConfiguration().beforeRead = [&] {
+  configuration_.beforeRead = [&] {
     if (std::exchange(isFirst, false)) std::jthread([&] { EXPECT_TRUE(Update(L"new")); }).join();
   };
   LetTimePass(1);
-  UserConfiguration().beforeRead = nullptr;
+  configuration_.beforeRead = nullptr;
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a", L"new"}));
   EXPECT_EQ(timesReadAtLast_, 1);
 }
 
 TEST_F(UnreadableListTest, ATimerThatComesLaterIsStartedForTheTryThatIsWanted) {
-  SRProvider late;
+  SRProvider late(Parts());
   EXPECT_EQ(late.StateOfSavedStores(), State::Unreadable);
   delays_.clear();
   late.RetryWith(Timer(), nullptr);
@@ -313,19 +309,19 @@ TEST_F(UnreadableListTest, ATimerThatComesLaterIsStartedForTheTryThatIsWanted) {
 }
 
 TEST_F(UnreadableListTest, TheNextRemovalReadsTheListFirst) {
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(false);
   EXPECT_TRUE(provider_.RemoveStore(L"a"));
   EXPECT_TRUE(SavedIds().empty());
 }
 
 TEST_F(UnreadableListTest, TheNextDocumentIsMergedIntoTheListThatWasReadFirst) {
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(false);
   EXPECT_TRUE(Update(L"new"));
   EXPECT_EQ(SavedIds(), (Wide{L"a", L"new"}));
 }
 
 TEST_F(UnreadableListTest, TheNextChoiceOfAGatewayReadsTheListFirst) {
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(false);
   EXPECT_TRUE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
 }
 
@@ -341,13 +337,11 @@ TEST_F(UnreadableListTest, AnOpenedFileIsRefusedBeforeTheUserIsAskedToTrustIt) {
 }
 
 TEST_F(UnreadableListTest, FetchedDocumentsAreRefused) {
-  AnswerLocationWith(1);
-  StubHTTPRequestFactory server;
-  server.Answer(L"https://a", DiscoveryDocument(Service(L"a", L"", InServiceRecordNamespace())));
+  location_.AnswerWith(1);
+  server_.Answer(L"https://a", DiscoveryDocument(Service(L"a", L"", InServiceRecordNamespace())));
   bool updated = true;
   ExpectRefusal(L"message 1600");
   provider_.OutboundDSConfirm(stores_, updated);
-  AnswerLocationWith(2);
   EXPECT_FALSE(updated);
   EXPECT_FALSE(WasSaved());
   EXPECT_TRUE(provider_.GetStores().empty());

@@ -3,8 +3,15 @@
 #include "SRLib/SRProvider.h"
 #include "core/CoreTest.h"
 #include "core/Documents.h"
-#include "fakes/FakeCriticalSections.h"
+#include "fakes/DrivenClock.h"
+#include "fakes/FakeWarden.h"
 #include "fakes/MockNotifications.h"
+#include "fakes/PlainDocumentFile.h"
+#include "fakes/RecordedPublications.h"
+#include "fakes/StubHTTPRequestFactory.h"
+#include "fakes/StubMessages.h"
+#include "fakes/StubNetworkLocation.h"
+#include "fakes/StubSSLValidationFactory.h"
 #include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
@@ -24,6 +31,19 @@ class ProviderTest : public CoreTest {
     Forget();
   }
 
+  ServiceRecords::ProviderParts Parts() {
+    return {.criticalSections = criticalSections_,
+            .configuration = configuration_,
+            .readDocument = ReadPlainDocument,
+            .publish = [this](const auto& stores) { publications_.Add(stores); },
+            .locationRelativeTo = [this](const auto& url) { return location_.RelativeTo(url); },
+            .message = StubMessage,
+            .waitOneSecond = [this] { return clock_.Pass(); },
+            .requests = server_,
+            .warden = FakeWarden::Functions(),
+            .validations = validations_};
+  }
+
   // Takes the stores into the list as they are, without saving or publishing.
   void Hold(const std::vector<ServiceRecords::SRStore>& stores) {
     ServiceRecords::StoreMap incoming = Map(stores);
@@ -34,24 +54,31 @@ class ProviderTest : public CoreTest {
 
   // Forgets what was traced, saved and published so far; the saved tree stays.
   void Forget() {
-    CapturedTrace::Clear();
-    RecordedPublications::Clear();
-    writesBefore_ = UserConfiguration().Writes();
+    trace_.Clear();
+    publications_.Clear();
+    writesBefore_ = configuration_.Writes();
   }
 
   // Whether the only publication followed on the last write.
   [[nodiscard]] bool SavedAndThenPublishedOnce() const {
-    const auto publications = RecordedPublications::All();
+    const auto publications = publications_.All();
     return WasSaved() && publications.size() == 1 &&
-           publications.front().writesBefore == UserConfiguration().Writes();
+           publications.front().writesBefore == configuration_.Writes();
   }
 
-  [[nodiscard]] bool WasSaved() const { return UserConfiguration().Writes() != writesBefore_; }
+  [[nodiscard]] bool WasSaved() const { return configuration_.Writes() != writesBefore_; }
 
-  static Texts ProviderTexts() { return CapturedTrace::TextsFrom("SRProvider.cpp"); }
+  [[nodiscard]] Texts ProviderTexts() const { return trace_.TextsFrom(kProviderFile); }
 
+  FakeCriticalSectionFactory criticalSections_;
+  RecordedPublications publications_{[this] { return configuration_.Writes(); },
+                                     [this] { return trace_.Records().size(); }};
+  StubNetworkLocation location_;
+  DrivenClock clock_;
+  StubHTTPRequestFactory server_;
+  StubSSLValidationFactory validations_;
   ::testing::StrictMock<MockNotifications> notifications_;
-  ServiceRecords::SRProvider provider_;
+  ServiceRecords::SRProvider provider_{Parts()};
 
  private:
   int writesBefore_ = 0;

@@ -1,4 +1,3 @@
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
 
 #include <atomic>
@@ -27,16 +26,16 @@ class PublishedSnapshotTest : public ProviderTest {
 };
 
 TEST_F(PublishedSnapshotTest, ARestoredListIsInIt) {
-  EXPECT_TRUE(SRProvider().Snapshot()->ByID(L"a")->IsSameThroughout(provider_.GetStores().at(L"a")));
-  SRRegistryConfig().SaveStores(Map({Store(L"c", L"https://c")}));
+  EXPECT_TRUE(SRProvider(Parts()).Snapshot()->ByID(L"a")->IsSameThroughout(provider_.GetStores().at(L"a")));
+  Repository().SaveStores(Map({Store(L"c", L"https://c")}));
   provider_.RestoreFromRepository();
   EXPECT_EQ(PublishedIds(), (Wide{L"c"}));
 }
 
 TEST_F(PublishedSnapshotTest, AListThatCannotBeReadIsEmpty) {
-  UserConfiguration().FailReads(true);
-  const SRProvider unreadable;
-  UserConfiguration().FailReads(false);
+  configuration_.FailReads(true);
+  const SRProvider unreadable(Parts());
+  configuration_.FailReads(false);
   ASSERT_NE(unreadable.Snapshot(), nullptr);
   EXPECT_TRUE(unreadable.Snapshot()->empty());
 }
@@ -73,29 +72,29 @@ TEST_F(PublishedSnapshotTest, ALookUpBetweenTwoChangesSeesEachOfThem) {
 
 TEST_F(PublishedSnapshotTest, ItIsReplacedAfterTheLastWrite) {
   Wide atLastWrite;
-  UserConfiguration().beforeWrite = [&] { atLastWrite = PublishedIds(); };
+  configuration_.beforeWrite = [&] { atLastWrite = PublishedIds(); };
   provider_.RemoveStore(L"b");
-  UserConfiguration().beforeWrite = nullptr;
+  configuration_.beforeWrite = nullptr;
   EXPECT_EQ(atLastWrite, (Wide{L"a", L"b"}));
   EXPECT_EQ(PublishedIds(), (Wide{L"a"}));
 }
 
 TEST_F(PublishedSnapshotTest, ItIsReplacedBeforeThePublication) {
-  RecordedPublications::FailNext();
+  publications_.FailNext();
   EXPECT_THROW(provider_.RemoveStore(L"b"), std::runtime_error);
   EXPECT_EQ(PublishedIds(), (Wide{L"a"}));
 }
 
 TEST_F(PublishedSnapshotTest, ThePublicationIsTheSameOne) {
   provider_.RemoveStore(L"b");
-  ASSERT_EQ(RecordedPublications::All().size(), 1U);
-  EXPECT_EQ(RecordedPublications::All().front().snapshot, provider_.Snapshot());
+  ASSERT_EQ(publications_.All().size(), 1U);
+  EXPECT_EQ(publications_.All().front().snapshot, provider_.Snapshot());
 }
 
 TEST_F(PublishedSnapshotTest, ItIsReplacedAlsoWhenTheSaveFails) {
-  UserConfiguration().FailWrites(true);
+  configuration_.FailWrites(true);
   provider_.RemoveStore(L"b");
-  UserConfiguration().FailWrites(false);
+  configuration_.FailWrites(false);
   EXPECT_EQ(PublishedIds(), (Wide{L"a"}));
   EXPECT_EQ(provider_.StateOfSavedStores(), SavedStores::State::Unsaved);
 }
@@ -115,7 +114,7 @@ TEST_F(PublishedSnapshotTest, ItHoldsTheBeaconsThatTheSaveAdded) {
 
 TEST_F(PublishedSnapshotTest, ReadersDoNotWaitForTheLock) {
   std::size_t asked = 0;
-  UserConfiguration().beforeWrite = [&] {
+  configuration_.beforeWrite = [&] {
     EXPECT_TRUE(InsideCriticalSection());
     std::jthread([&] {
       EXPECT_EQ(PublishedIds(), (Wide{L"a", L"b"}));
@@ -124,7 +123,7 @@ TEST_F(PublishedSnapshotTest, ReadersDoNotWaitForTheLock) {
     }).join();
   };
   provider_.RemoveStore(L"b");
-  UserConfiguration().beforeWrite = nullptr;
+  configuration_.beforeWrite = nullptr;
   EXPECT_NE(asked, 0U);
 }
 
@@ -143,7 +142,7 @@ TEST_F(PublishedSnapshotTest, ReadersOnOtherThreadsSeeWholeListsOnly) {
   for (int i = 0; i < 50; ++i) {
     Hold({Store(L"c", L"https://c"), Store(L"d", L"https://d")});
     provider_.SaveAllStores();
-    SRRegistryConfig().SaveStores(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b")}));
+    Repository().SaveStores(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b")}));
     provider_.RestoreFromRepository();
   }
   isOver = true;

@@ -34,8 +34,8 @@ class ReadableNamesTest : public ParserTest {
   }
 
   void ExpectReason(const std::string& reason) {
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("SR XML Parsing error"),
-              (Records{{2, "SRDocParser.cpp", "SR XML Parsing error: " + reason}}));
+    EXPECT_EQ(trace_.RecordsStartingWith("SR XML Parsing error"),
+              (Records{{2, kDocParserFile, "SR XML Parsing error: " + reason}}));
   }
 
   const std::wstring longest_ = std::wstring(4096, L'\u00E9');

@@ -1,4 +1,3 @@
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
 
 #include <stdexcept>
@@ -16,27 +15,26 @@ TEST_F(RemoveStoreTest, ARemovedStoreIsGoneFromListFileAndPublication) {
   Forget();
   EXPECT_TRUE(provider_.RemoveStore(L"a"));
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"b"}));
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"b"}));
-  const auto publications = RecordedPublications::All();
+  EXPECT_EQ(Ids(Repository().RestoreStores()), (Wide{L"b"}));
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   EXPECT_EQ(Ids(publications.front().stores), (Wide{L"b"}));
   EXPECT_TRUE(publications.front().insideCriticalSection);
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRProvider.cpp", "-> RemoveStore started. Service Record ID is: a"},
-                     {2, "SRProvider.cpp", "Removed store a"},
-                     {0, "SRProvider.cpp", "<- RemoveStore finished"}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kProviderFile, "-> RemoveStore started. Service Record ID is: a"},
+                                       {2, kProviderFile, "Removed store a"},
+                                       {0, kProviderFile, "<- RemoveStore finished"}}));
 }
 
 TEST_F(RemoveStoreTest, TheRemovalIsSavedThenPublishedThenRecorded) {
   Hold({Store(L"a", L"https://a")});
   EXPECT_TRUE(provider_.RemoveStore(L"a"));
   EXPECT_TRUE(SavedAndThenPublishedOnce());
-  EXPECT_EQ(RecordedPublications::All().front().traceRecordsBefore, 1U) << "the first record alone";
+  EXPECT_EQ(publications_.All().front().traceRecordsBefore, 1U) << "the first record alone";
 }
 
 TEST_F(RemoveStoreTest, TheLockIsLeftWhenARemovalCannotBePublished) {
   Hold({Store(L"a", L"https://a")});
-  RecordedPublications::FailNext();
+  publications_.FailNext();
   EXPECT_THROW(provider_.RemoveStore(L"a"), std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
 }
@@ -46,11 +44,10 @@ TEST_F(RemoveStoreTest, AnUnknownIdRemovesNothing) {
   EXPECT_FALSE(provider_.RemoveStore(L"A"));
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"a"}));
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRProvider.cpp", "-> RemoveStore started. Service Record ID is: A"},
-                     {2, "SRProvider.cpp", "No store removed"},
-                     {0, "SRProvider.cpp", "<- RemoveStore finished"}}));
+  EXPECT_TRUE(publications_.All().empty());
+  EXPECT_EQ(trace_.Records(), (Records{{0, kProviderFile, "-> RemoveStore started. Service Record ID is: A"},
+                                       {2, kProviderFile, "No store removed"},
+                                       {0, kProviderFile, "<- RemoveStore finished"}}));
 }
 
 TEST_F(RemoveStoreTest, AnEmptyIdIsRefusedEvenWhenAStoreHasIt) {
@@ -58,10 +55,9 @@ TEST_F(RemoveStoreTest, AnEmptyIdIsRefusedEvenWhenAStoreHasIt) {
   EXPECT_FALSE(provider_.RemoveStore(L""));
   EXPECT_EQ(provider_.GetStores().size(), 1U);
   EXPECT_FALSE(WasSaved());
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRProvider.cpp", "-> RemoveStore started. Service Record ID is: "},
-                     {2, "SRProvider.cpp", "Service Record Id is empty"},
-                     {0, "SRProvider.cpp", "<- RemoveStore finished"}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kProviderFile, "-> RemoveStore started. Service Record ID is: "},
+                                       {2, kProviderFile, "Service Record Id is empty"},
+                                       {0, kProviderFile, "<- RemoveStore finished"}}));
 }
 
 }  // namespace

@@ -31,21 +31,21 @@ TEST_F(SRDocParserBeaconsTest, AStoreWithoutListsHasNoBeacons) {
 TEST_F(SRDocParserBeaconsTest, ABeaconOfSpacesIsSkippedWithAWarning) {
   ASSERT_TRUE(ParseServices(Service(L"s", L"<Internal><Beacon> \n </Beacon><Beacon>in</Beacon></Internal>")));
   EXPECT_EQ(Locations(Held(L"s").Beacons(BeaconType::Internal)), (Wide{L"in"}));
-  EXPECT_EQ(ReadingRecords(), (Records{{0, "SRDocParser.cpp", kEmpty}}));
+  EXPECT_EQ(ReadingRecords(), (Records{{0, kDocParserFile, kEmpty}}));
 }
 
 TEST_F(SRDocParserBeaconsTest, AnEmptyBeaconEndsTheReadingWithoutItsStore) {
   for (const wchar_t* list : {L"<Internal><Beacon/></Internal>", L"<External><Beacon></Beacon></External>"}) {
     EXPECT_TRUE(ParseServices(Service(L"before") + Service(L"broken", list) + Service(L"behind")));
     EXPECT_EQ(Ids(stores_), (Wide{L"before"}));
-    EXPECT_EQ(ReadingRecords(), (Records{{2, "SRDocParser.cpp", kIncorrect}}));
+    EXPECT_EQ(ReadingRecords(), (Records{{2, kDocParserFile, kIncorrect}}));
   }
 }
 
 TEST_F(SRDocParserBeaconsTest, AnEmptySectionInABeaconIsAnEmptyAddress) {
   ASSERT_TRUE(ParseServices(Service(L"s", L"<Internal><Beacon><![CDATA[]]></Beacon></Internal>")));
   EXPECT_TRUE(Held(L"s").Beacons(BeaconType::Internal).empty());
-  EXPECT_EQ(ReadingRecords(), (Records{{0, "SRDocParser.cpp", kEmpty}}));
+  EXPECT_EQ(ReadingRecords(), (Records{{0, kDocParserFile, kEmpty}}));
 }
 
 TEST_F(SRDocParserBeaconsTest, TheFirstChildAloneIsTheAddress) {
@@ -58,7 +58,7 @@ TEST_F(SRDocParserBeaconsTest, TheFirstChildAloneIsTheAddress) {
 TEST_F(SRDocParserBeaconsTest, AnElementInsideABeaconIsAnEmptyAddress) {
   ASSERT_TRUE(ParseServices(Service(L"s", L"<Internal><Beacon><b>in</b></Beacon></Internal>")));
   EXPECT_TRUE(Held(L"s").Beacons(BeaconType::Internal).empty());
-  EXPECT_EQ(ReadingRecords(), (Records{{0, "SRDocParser.cpp", kEmpty}}));
+  EXPECT_EQ(ReadingRecords(), (Records{{0, kDocParserFile, kEmpty}}));
 }
 
 }  // namespace

@@ -58,11 +58,10 @@ TEST_F(SRDocParserGatewaysTest, ANameAloneIsEnoughAndTheRestFallsBack) {
   EXPECT_EQ(gateways.front().GetAuthentication(), SRGateway::GatewayAuthentication::None);
   EXPECT_EQ(gateways.front().GetAGMode(), SRGateway::AGMode::NONE);
   EXPECT_FALSE(gateways.front().GetDefault());
-  EXPECT_EQ(
-      ReadingRecords(),
-      (Records{{2, "SRDocParser.cpp", "GatewayAuthFromString: unexpected gateway authentication type: "},
-               {2, "SRDocParser.cpp", "GatewayEditionFromString: unexpected gateway edition type: "},
-               {2, "SRDocParser.cpp", "AGModeFromString: unexpected gateway mode type: "}}));
+  EXPECT_EQ(ReadingRecords(),
+            (Records{{2, kDocParserFile, "GatewayAuthFromString: unexpected gateway authentication type: "},
+                     {2, kDocParserFile, "GatewayEditionFromString: unexpected gateway edition type: "},
+                     {2, kDocParserFile, "AGModeFromString: unexpected gateway mode type: "}}));
 }
 
 TEST_F(SRDocParserGatewaysTest, AnyOneOfTheFiveIsEnough) {
@@ -81,9 +80,8 @@ TEST_F(SRDocParserGatewaysTest, AGatewayWithNothingEndsTheReadingWithoutItsStore
                               Service(L"broken", std::wstring(L"<Gateways>") + empty + L"</Gateways>") +
                               Service(L"behind")));
     EXPECT_EQ(Ids(stores_), (Wide{L"before"}));
-    EXPECT_EQ(
-        ReadingRecords(),
-        (Records{{2, "SRDocParser.cpp", "SR XML Parsing error: required gateway attribute is missing."}}));
+    EXPECT_EQ(ReadingRecords(),
+              (Records{{2, kDocParserFile, "SR XML Parsing error: required gateway attribute is missing."}}));
   }
 }
 

@@ -91,7 +91,7 @@ TEST_F(SRDocParserServicesTest, AMissingElementEndsTheReadingAndTheResultIsStill
         L"<Service type='store'><SRID> </SRID>" + name + address + L"</Service>"}) {
     EXPECT_TRUE(ParseServices(Service(L"before") + broken + Service(L"behind")));
     EXPECT_EQ(Ids(stores_), (Wide{L"before"}));
-    EXPECT_EQ(ReadingRecords(), (Records{{2, "SRDocParser.cpp", kMissing}}));
+    EXPECT_EQ(ReadingRecords(), (Records{{2, kDocParserFile, kMissing}}));
   }
 }
 
@@ -111,9 +111,9 @@ TEST_F(SRDocParserServicesTest, ADocumentThatFailsItsSchemaIsReadAllTheSame) {
   ASSERT_GE(reading.size(), 3U);
   EXPECT_EQ(
       Records(reading.end() - 3, reading.end()),
-      (Records{{2, "SRDocParser.cpp", "Errors Detected during schema validation of ServiceRecords document"},
-               {2, "SRDocParser.cpp", "Invalid document contents: "},
-               {2, "SRDocParser.cpp", std::string(text.begin(), text.end())}}));
+      (Records{{2, kDocParserFile, "Errors Detected during schema validation of ServiceRecords document"},
+               {2, kDocParserFile, "Invalid document contents: "},
+               {2, kDocParserFile, std::string(text.begin(), text.end())}}));
 }
 
 TEST_F(SRDocParserServicesTest, ADocumentThatBreaksOffIsReadUpToThere) {
@@ -125,7 +125,7 @@ TEST_F(SRDocParserServicesTest, TextWithoutARootElementFails) {
   for (const wchar_t* text : {L"", L"no document", L"<!-- nothing -->"}) {
     EXPECT_FALSE(Parse(text));
     EXPECT_TRUE(stores_.empty());
-    EXPECT_TRUE(CapturedTrace::RecordsStartingWith("No Errors Detected").empty());
+    EXPECT_TRUE(trace_.RecordsStartingWith("No Errors Detected").empty());
   }
 }
 
@@ -204,18 +204,17 @@ class ExceptionTest : public ParserTest {
  protected:
   // The last record of a document whose reading fails so.
   TraceRecord FailingWith(const std::function<void()>& failure) {
-    CapturedTrace::Clear();
+    trace_.Clear();
     EXPECT_FALSE(ThrowingParser(failure).Deserialize(L"<a>" + Service(L"s") + L"</a>", stores_));
     EXPECT_EQ(Ids(stores_), (Wide{L"s"}));
-    EXPECT_EQ(CapturedTrace::Records().size(), 1U);
-    return CapturedTrace::Records().back();
+    EXPECT_EQ(trace_.Records().size(), 1U);
+    return trace_.Records().back();
   }
 };
 
 TEST_F(ExceptionTest, ARuntimeErrorIsOneLineWithItsText) {
-  EXPECT_EQ(
-      FailingWith([] { throw std::runtime_error("why"); }),
-      (TraceRecord{2, "SRDocParser.cpp", "Exception parsing document containning Service Records: why"}));
+  EXPECT_EQ(FailingWith([] { throw std::runtime_error("why"); }),
+            (TraceRecord{2, kDocParserFile, "Exception parsing document containning Service Records: why"}));
 }
 
 TEST_F(ExceptionTest, AnExceptionOfTheXmlLibraryIsOneLineWithItsMessage) {
@@ -238,7 +237,7 @@ TEST_F(ExceptionTest, AnExceptionOfTheDocumentIsOneLineWithItsMessage) {
 }
 
 TEST_F(ExceptionTest, AnythingElseIsOneLineWithoutAText) {
-  const TraceRecord expected{2, "SRDocParser.cpp",
+  const TraceRecord expected{2, kDocParserFile,
                              "Unexpected Exception parsing document containning Service Records: "};
   EXPECT_EQ(FailingWith([] { throw "Null attribute value."; }), expected);
   EXPECT_EQ(FailingWith([] { throw std::logic_error("why"); }), expected);

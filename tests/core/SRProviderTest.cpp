@@ -1,6 +1,7 @@
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ProviderTest.h"
+#include "fakes/PartsOfTheProcess.h"
 
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <stdexcept>
@@ -14,11 +15,11 @@ using namespace testsupport;
 class SRProviderTest : public ProviderTest {};
 
 TEST_F(SRProviderTest, ANewProviderRestoresTheSavedStoresAndPublishesThemOnce) {
-  SRRegistryConfig().SaveStores(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b")}));
+  Repository().SaveStores(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b")}));
   Forget();
-  const SRProvider provider;
+  const SRProvider provider(Parts());
   EXPECT_EQ(Ids(provider.GetStores()), (Wide{L"a", L"b"}));
-  const auto publications = RecordedPublications::All();
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   EXPECT_EQ(Ids(publications.front().stores), (Wide{L"a", L"b"}));
   EXPECT_TRUE(publications.front().insideCriticalSection);
@@ -26,28 +27,33 @@ TEST_F(SRProviderTest, ANewProviderRestoresTheSavedStoresAndPublishesThemOnce) {
 }
 
 TEST_F(SRProviderTest, AnEmptyRepositoryIsPublishedToo) {
-  const SRProvider provider;
-  ASSERT_EQ(RecordedPublications::All().size(), 1U);
-  EXPECT_TRUE(RecordedPublications::All().front().stores.empty());
+  const SRProvider provider(Parts());
+  ASSERT_EQ(publications_.All().size(), 1U);
+  EXPECT_TRUE(publications_.All().front().stores.empty());
 }
 
 TEST_F(SRProviderTest, RestoringReplacesTheListAndMergesNothing) {
-  SRRegistryConfig().SaveStores(Map({Store(L"saved", L"https://saved")}));
+  Repository().SaveStores(Map({Store(L"saved", L"https://saved")}));
   Hold({Store(L"held", L"https://held")});
   provider_.RestoreFromRepository();
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"saved"}));
-  ASSERT_EQ(RecordedPublications::All().size(), 1U);
-  EXPECT_EQ(Ids(RecordedPublications::All().front().stores), (Wide{L"saved"}));
+  ASSERT_EQ(publications_.All().size(), 1U);
+  EXPECT_EQ(Ids(publications_.All().front().stores), (Wide{L"saved"}));
   EXPECT_FALSE(WasSaved());
 }
 
-TEST_F(SRProviderTest, TheProcessHasOneProviderWhicheverThreadAsksFirst) {
+TEST(ProviderOfTheProcessTest, IsMadeOfTheRegisteredPartsOnceWhicheverThreadAsksFirst) {
+  static std::atomic<int> publications = 0;
+  SRProvider::Register(PartsOfTheProcess([] { ++publications; }));
+  EXPECT_EQ(publications, 0);
   std::vector<SRProvider*> seen(8);
   {
     std::vector<std::jthread> threads;
     for (auto& provider : seen) threads.emplace_back([&provider] { provider = &SRProvider::Instance(); });
   }
   for (const SRProvider* provider : seen) EXPECT_EQ(provider, &SRProvider::Instance());
+  EXPECT_EQ(publications, 1);
+  EXPECT_NE(SRProvider::Instance().Snapshot()->ByID(L"a"), nullptr);
 }
 
 TEST_F(SRProviderTest, AListHandedOutIsACopy) {
@@ -67,8 +73,8 @@ TEST_F(SRProviderTest, TheListIsOrderedByPlainCodePoints) {
 TEST_F(SRProviderTest, SavingWritesTheListAndPublishesItUnderTheLock) {
   Hold({Store(L"a", L"https://a", {Gateway(L"GW", L"https://gw")})});
   provider_.SaveAllStores();
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"a"}));
-  const auto publications = RecordedPublications::All();
+  EXPECT_EQ(Ids(Repository().RestoreStores()), (Wide{L"a"}));
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   EXPECT_EQ(Ids(publications.front().stores), (Wide{L"a"}));
   EXPECT_TRUE(publications.front().insideCriticalSection);
@@ -78,8 +84,8 @@ TEST_F(SRProviderTest, SavingWritesTheListAndPublishesItUnderTheLock) {
 TEST_F(SRProviderTest, TheBeaconsThatASaveAddsAreInListFileAndPublicationAtOnce) {
   Hold({Store(L"a", L"https://a", {Gateway(L"GW", L"https://gw")})});
   provider_.SaveAllStores();
-  const StoreMap saved = SRRegistryConfig().RestoreStores();
-  const auto publications = RecordedPublications::All();
+  const StoreMap saved = Repository().RestoreStores();
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   for (const StoreMap& stores : {provider_.GetStores(), saved, publications.front().stores}) {
     EXPECT_EQ(Locations(stores.at(L"a").Beacons(BeaconType::Internal)), (Wide{L"https://a"}));
@@ -88,10 +94,10 @@ TEST_F(SRProviderTest, TheBeaconsThatASaveAddsAreInListFileAndPublicationAtOnce)
 }
 
 TEST_F(SRProviderTest, PublicationItselfAddsNothing) {
-  UserConfiguration().SetString(L"SR\\Store\\a\\Addr", L"https://a");
-  UserConfiguration().CreateContainer(L"SR\\Store\\a\\Gateways\\GW");
+  configuration_.SetString(L"SR\\Store\\a\\Addr", L"https://a");
+  configuration_.CreateContainer(L"SR\\Store\\a\\Gateways\\GW");
   provider_.RestoreFromRepository();
-  const auto publications = RecordedPublications::All();
+  const auto publications = publications_.All();
   ASSERT_EQ(publications.size(), 1U);
   for (const StoreMap& stores : {provider_.GetStores(), publications.front().stores}) {
     EXPECT_TRUE(stores.at(L"a").Beacons(BeaconType::Internal).empty());
@@ -107,14 +113,14 @@ TEST_F(SRProviderTest, TheListIsSavedBeforeItIsPublished) {
 
 TEST_F(SRProviderTest, TheLockIsLeftByWhateverThrowsInsideIt) {
   Hold({Store(L"a", L"https://a")});
-  RecordedPublications::FailNext();
+  publications_.FailNext();
   EXPECT_THROW(provider_.RestoreFromRepository(), std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
-  RecordedPublications::FailNext();
+  publications_.FailNext();
   EXPECT_THROW(provider_.SaveAllStores(), std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
-  RecordedPublications::FailNext();
-  EXPECT_THROW(SRProvider(), std::runtime_error);
+  publications_.FailNext();
+  EXPECT_THROW(SRProvider{Parts()}, std::runtime_error);
   EXPECT_FALSE(InsideCriticalSection());
 }
 
@@ -122,32 +128,32 @@ TEST_F(SRProviderTest, TheNotificationObjectIsTheLastOneGiven) {
   MockNotifications other;
   provider_.InitNotificationManager(&other);
   EXPECT_EQ(provider_.Notification(), &other);
-  EXPECT_EQ(CapturedTrace::Records(), Records{});
+  EXPECT_EQ(trace_.Records(), Records{});
 }
 
 TEST_F(SRProviderTest, AMissingNotificationObjectIsWrittenInTwoRecords) {
   provider_.InitNotificationManager(nullptr);
   EXPECT_EQ(provider_.Notification(), nullptr);
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{2, "SRProvider.cpp", "Notification manager for Service Records is not initialized."},
-                     {2, "SRProvider.cpp", "Service Records logic will not work correctly."}}));
+  EXPECT_EQ(trace_.Records(),
+            (Records{{2, kProviderFile, "Notification manager for Service Records is not initialized."},
+                     {2, kProviderFile, "Service Records logic will not work correctly."}}));
 }
 
 TEST_F(SRProviderTest, WorkThatMustNotMeetASaveWaitsUntilTheSaveIsWhole) {
   Hold({Store(L"a", L"https://a", {Gateway(L"GW")}), Store(L"b", L"https://b")});
   std::future<int> writesAtWork;
-  UserConfiguration().beforeWrite = [&] {
+  configuration_.beforeWrite = [&] {
     if (writesAtWork.valid()) return;
     writesAtWork = std::async(std::launch::async, [&] {
       int writes = 0;
-      SRProvider::WhileNotSaving([&] { writes = UserConfiguration().Writes(); });
+      SRProvider::WhileNotSaving([&] { writes = configuration_.Writes(); });
       return writes;
     });
     EXPECT_EQ(writesAtWork.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
   };
   provider_.SaveAllStores();
-  UserConfiguration().beforeWrite = nullptr;
-  EXPECT_EQ(writesAtWork.get(), UserConfiguration().Writes());
+  configuration_.beforeWrite = nullptr;
+  EXPECT_EQ(writesAtWork.get(), configuration_.Writes());
 }
 
 TEST_F(SRProviderTest, WorkThatMustNotMeetASaveDoesNotWaitForADialog) {

@@ -21,9 +21,9 @@ class SRRegistryConfigTest : public CoreTest {
   }
 
   // What a save of these stores leaves in the file.
-  static Wide Saved(const StoreMap& stores) {
-    SRRegistryConfig().SaveStores(stores);
-    return UserConfiguration().Dump();
+  Wide Saved(const StoreMap& stores) {
+    Repository().SaveStores(stores);
+    return configuration_.Dump();
   }
 };
 
@@ -76,10 +76,9 @@ TEST_F(SRRegistryConfigTest, AStoreIsSavedInTheFilesLayout) {
 TEST_F(SRRegistryConfigTest, BeaconsAreNumberedInDecimalWithoutLeadingZeros) {
   SRStore store = Store(L"id", L"https://s");
   for (int i = 0; i < 11; ++i) store.AddBeacon(Beacon(std::to_wstring(i)), BeaconType::External);
-  SRRegistryConfig().SaveStores(Map({store}));
+  Repository().SaveStores(Map({store}));
   std::wstring address;
-  EXPECT_TRUE(
-      UserConfiguration().GetString(L"SR\\Store\\id\\Beacons\\External\\Addr10\\Address", L"", address));
+  EXPECT_TRUE(configuration_.GetString(L"SR\\Store\\id\\Beacons\\External\\Addr10\\Address", L"", address));
   EXPECT_EQ(address, L"10");
 }
 
@@ -87,8 +86,8 @@ TEST_F(SRRegistryConfigTest, EverythingComesBackAsItWasSaved) {
   SRStore store = Store(L"id", L"https://s", {FullGateway(), Gateway(L"A"), Gateway(L"B")});
   store.AddBeacon(Beacon(L"https://in", true), BeaconType::Internal);
   store.AddBeacon(Beacon(L"https://out"), BeaconType::External);
-  SRRegistryConfig().SaveStores(Map({Store(L"z", L"https://z"), store}));
-  const StoreMap restored = SRRegistryConfig().RestoreStores();
+  Repository().SaveStores(Map({Store(L"z", L"https://z"), store}));
+  const StoreMap restored = Repository().RestoreStores();
   ASSERT_EQ(Ids(restored), (Wide{L"id", L"z"}));
   const SRStore& back = restored.at(L"id");
   EXPECT_EQ(back.GetStoreID(), L"id");
@@ -108,31 +107,30 @@ TEST_F(SRRegistryConfigTest, EverythingComesBackAsItWasSaved) {
 }
 
 TEST_F(SRRegistryConfigTest, SavingNothingRemovesEveryStoreAndTheContainerOfStores) {
-  SRRegistryConfig().SaveStores(Map({Store(L"id", L"https://s")}));
-  UserConfiguration().SetString(L"SR\\UserSelectedGatewayName", L"GW");
+  Repository().SaveStores(Map({Store(L"id", L"https://s")}));
+  configuration_.SetString(L"SR\\UserSelectedGatewayName", L"GW");
   EXPECT_EQ(Saved({}), (Wide{L"SR\\", L"SR\\UserSelectedGatewayName = \"GW\""}));
-  EXPECT_TRUE(SRRegistryConfig().RestoreStores().empty());
+  EXPECT_TRUE(Repository().RestoreStores().empty());
 }
 
 TEST_F(SRRegistryConfigTest, ASaveReplacesTheSavedSet) {
-  SRRegistryConfig().SaveStores(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b")}));
-  SRRegistryConfig().SaveStores(Map({Store(L"c", L"https://c")}));
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"c"}));
+  Repository().SaveStores(Map({Store(L"a", L"https://a"), Store(L"b", L"https://b")}));
+  Repository().SaveStores(Map({Store(L"c", L"https://c")}));
+  EXPECT_EQ(Ids(Repository().RestoreStores()), (Wide{L"c"}));
 }
 
 TEST_F(SRRegistryConfigTest, StoresAreSavedInTheOrderOfTheirIds) {
-  SRRegistryConfig().SaveStores(Map({Store(L"b", L""), Store(L"a", L""), Store(L"B", L"")}));
+  Repository().SaveStores(Map({Store(L"b", L""), Store(L"a", L""), Store(L"B", L"")}));
   std::wstring name;
   Wide order;
-  for (std::uint32_t i = 0; UserConfiguration().EnumContainers(L"SR\\Store", i, name); ++i)
-    order.push_back(name);
+  for (std::uint32_t i = 0; configuration_.EnumContainers(L"SR\\Store", i, name); ++i) order.push_back(name);
   EXPECT_EQ(order, (Wide{L"B", L"a", L"b"}));
 }
 
 TEST_F(SRRegistryConfigTest, BeaconsThatStandInForMissingListsAreSavedAndInTheListToo) {
   StoreMap stores = Map({Store(L"id", L"https://s", {Gateway(L"GW", L"https://gw")})});
-  SRRegistryConfig().SaveStores(stores);
-  for (const StoreMap& each : {stores, SRRegistryConfig().RestoreStores()}) {
+  Repository().SaveStores(stores);
+  for (const StoreMap& each : {stores, Repository().RestoreStores()}) {
     EXPECT_EQ(Locations(each.at(L"id").Beacons(BeaconType::Internal)), (Wide{L"https://s"}));
     EXPECT_EQ(Locations(each.at(L"id").Beacons(BeaconType::External)), (Wide{L"https://gw"}));
   }
@@ -140,12 +138,12 @@ TEST_F(SRRegistryConfigTest, BeaconsThatStandInForMissingListsAreSavedAndInTheLi
 
 TEST_F(SRRegistryConfigTest, AListThatMustNotChangeIsSavedTheSameWay) {
   const StoreMap stores = Map({Store(L"id", L"https://s", {Gateway(L"GW", L"https://gw")})});
-  SRRegistryConfig().SaveStores(stores);
+  Repository().SaveStores(stores);
   EXPECT_TRUE(stores.at(L"id").Beacons(BeaconType::Internal).empty());
-  const Wide saved = UserConfiguration().Dump();
+  const Wide saved = configuration_.Dump();
   StoreMap changing = stores;
-  SRRegistryConfig().SaveStores(changing);
-  EXPECT_EQ(UserConfiguration().Dump(), saved);
+  Repository().SaveStores(changing);
+  EXPECT_EQ(configuration_.Dump(), saved);
 }
 
 TEST_F(SRRegistryConfigTest, GatewaysAndBeaconsComeBackInTheirOrder) {
@@ -154,8 +152,8 @@ TEST_F(SRRegistryConfigTest, GatewaysAndBeaconsComeBackInTheirOrder) {
     store.AddBeacon(Beacon(location), BeaconType::Internal);
     store.AddBeacon(Beacon(std::wstring(L"out ") + location), BeaconType::External);
   }
-  SRRegistryConfig().SaveStores(Map({store}));
-  const SRStore back = SRRegistryConfig().RestoreStores().at(L"id");
+  Repository().SaveStores(Map({store}));
+  const SRStore back = Repository().RestoreStores().at(L"id");
   EXPECT_EQ(Names(back.GetGateways()), (Wide{L"C", L"A", L"B"}));
   EXPECT_EQ(Locations(back.Beacons(BeaconType::Internal)), (Wide{L"3", L"1", L"2"}));
   EXPECT_EQ(Locations(back.Beacons(BeaconType::External)), (Wide{L"out 3", L"out 1", L"out 2"}));
@@ -163,36 +161,35 @@ TEST_F(SRRegistryConfigTest, GatewaysAndBeaconsComeBackInTheirOrder) {
 
 TEST_F(SRRegistryConfigTest, SavingOneStoreAddsTheBeaconsThatStandIn) {
   SRStore store = Store(L"id", L"https://s");
-  SRRegistryConfig().SaveStore(store);
+  Repository().SaveStore(store);
   EXPECT_EQ(Locations(store.Beacons(BeaconType::Internal)), (Wide{L"https://s"}));
   std::wstring address;
-  EXPECT_TRUE(
-      UserConfiguration().GetString(L"SR\\Store\\id\\Beacons\\Internal\\Addr0\\Address", L"", address));
+  EXPECT_TRUE(configuration_.GetString(L"SR\\Store\\id\\Beacons\\Internal\\Addr0\\Address", L"", address));
   EXPECT_EQ(address, L"https://s");
 }
 
 TEST_F(SRRegistryConfigTest, AnUnknownKindIsSavedAsItsNumberAndComesBack) {
   SRStore store = Store(L"id", L"https://s");
   store.SetSRType(SRType::unknown);
-  SRRegistryConfig().SaveStores(Map({store}));
+  Repository().SaveStores(Map({store}));
   std::uint32_t number = 0;
-  EXPECT_TRUE(UserConfiguration().GetUInt(L"SR\\Store\\id\\SRType", 0, number));
+  EXPECT_TRUE(configuration_.GetUInt(L"SR\\Store\\id\\SRType", 0, number));
   EXPECT_EQ(number, 4294967295U);
-  EXPECT_EQ(SRRegistryConfig().RestoreStores().at(L"id").GetSRType(), SRType::unknown);
+  EXPECT_EQ(Repository().RestoreStores().at(L"id").GetSRType(), SRType::unknown);
 }
 
 TEST_F(SRRegistryConfigTest, GatewaysOfOneNameShareAContainerAndTheLaterOneWins) {
-  SRRegistryConfig().SaveStores(
+  Repository().SaveStores(
       Map({Store(L"id", L"", {Gateway(L"GW", L"https://1"), Gateway(L"GW", L"https://2")})}));
-  const StoreMap restored = SRRegistryConfig().RestoreStores();
+  const StoreMap restored = Repository().RestoreStores();
   ASSERT_EQ(Names(restored.at(L"id").GetGateways()), (Wide{L"GW"}));
   EXPECT_EQ(restored.at(L"id").GetGateways().front().GetLocation(), L"https://2");
 }
 
 TEST_F(SRRegistryConfigTest, MissingValuesComeBackAsTheirDefaultsAndTheWayToLogOnAsTheFirstKind) {
-  UserConfiguration().CreateContainer(L"SR\\Store\\id\\Gateways\\GW");
-  UserConfiguration().CreateContainer(L"SR\\Store\\id\\Beacons\\Internal\\any name");
-  const StoreMap restored = SRRegistryConfig().RestoreStores();
+  configuration_.CreateContainer(L"SR\\Store\\id\\Gateways\\GW");
+  configuration_.CreateContainer(L"SR\\Store\\id\\Beacons\\Internal\\any name");
+  const StoreMap restored = Repository().RestoreStores();
   const SRStore& store = restored.at(L"id");
   EXPECT_EQ(store.GetStoreName(), L"");
   EXPECT_EQ(store.GetStoreURL(), L"");
@@ -209,35 +206,28 @@ TEST_F(SRRegistryConfigTest, MissingValuesComeBackAsTheirDefaultsAndTheWayToLogO
 }
 
 TEST_F(SRRegistryConfigTest, AStoreWithoutListsComesBackWithEmptyOnes) {
-  UserConfiguration().CreateContainer(L"SR\\Store\\id");
-  const StoreMap restored = SRRegistryConfig().RestoreStores();
+  configuration_.CreateContainer(L"SR\\Store\\id");
+  const StoreMap restored = Repository().RestoreStores();
   EXPECT_TRUE(restored.at(L"id").GetGateways().empty());
   EXPECT_TRUE(restored.at(L"id").Beacons(BeaconType::Internal).empty());
   EXPECT_TRUE(restored.at(L"id").Beacons(BeaconType::External).empty());
 }
 
 TEST_F(SRRegistryConfigTest, ANameWithABackslashSplitsAndIsNotRestoredAsOneGateway) {
-  SRRegistryConfig().SaveStores(Map({Store(L"id", L"", {Gateway(L"A\\B", L"https://gw")})}));
-  const StoreMap restored = SRRegistryConfig().RestoreStores();
+  Repository().SaveStores(Map({Store(L"id", L"", {Gateway(L"A\\B", L"https://gw")})}));
+  const StoreMap restored = Repository().RestoreStores();
   ASSERT_EQ(Names(restored.at(L"id").GetGateways()), (Wide{L"A"}));
   EXPECT_EQ(restored.at(L"id").GetGateways().front().GetLocation(), L"");
 }
 
 TEST_F(SRRegistryConfigTest, OneGatewayListOrBeaconListCanBeRestoredByItself) {
-  UserConfiguration().SetString(L"Any\\Gateways\\GW\\LogonPoint", L"https://gw");
-  UserConfiguration().SetString(L"Any\\Beacons\\External\\x\\Address", L"https://out");
+  configuration_.SetString(L"Any\\Gateways\\GW\\LogonPoint", L"https://gw");
+  configuration_.SetString(L"Any\\Beacons\\External\\x\\Address", L"https://out");
   SRStore store;
-  SRRegistryConfig().RestoreGateways(L"Any", store);
-  SRRegistryConfig().RestoreBeacons(L"Any", BeaconType::External, store);
+  Repository().RestoreGateways(L"Any", store);
+  Repository().RestoreBeacons(L"Any", BeaconType::External, store);
   EXPECT_EQ(Names(store.GetGateways()), (Wide{L"GW"}));
   EXPECT_EQ(Locations(store.Beacons(BeaconType::External)), (Wide{L"https://out"}));
-}
-
-TEST_F(SRRegistryConfigTest, TheMachinesConfigurationIsNeitherReadNorWritten) {
-  MachineConfiguration().CreateContainer(L"SR\\Store\\machine");
-  EXPECT_TRUE(SRRegistryConfig().RestoreStores().empty());
-  SRRegistryConfig().SaveStores(Map({Store(L"id", L"")}));
-  EXPECT_EQ(MachineConfiguration().Writes(), 1);
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ TEST_F(SRStoreMergeTest, NameAddressAndKindComeFromTheNewerRecordAndTheIdStays) 
   SRStore held = Store(L"S", L"https://old");
   SRStore incoming = Store(L"T", L"https://new");
   incoming.SetSRType(SRType::unknown);
-  held.Merge(incoming, false);
+  held.Merge(incoming, false, configuration_);
   EXPECT_EQ(held.GetStoreID(), L"S");
   EXPECT_EQ(held.GetStoreName(), L"Name of T");
   EXPECT_EQ(held.GetStoreURL(), L"https://new");
@@ -31,7 +31,7 @@ TEST_F(SRStoreMergeTest, ADocumentNeverRemovesAGatewayOrBeacon) {
   SRStore held = Store(L"S", L"https://s", {ConfirmedGateway(L"A"), Gateway(L"B")});
   held.AddBeacon(Beacon(L"in", true), BeaconType::Internal);
   held.AddBeacon(Beacon(L"out", true), BeaconType::External);
-  held.Merge(Store(L"S", L"https://s"), false);
+  held.Merge(Store(L"S", L"https://s"), false, configuration_);
   EXPECT_EQ(Names(held.GetGateways()), (Wide{L"A", L"B"}));
   EXPECT_EQ(Locations(held.Beacons(BeaconType::Internal)), (Wide{L"in"}));
   EXPECT_EQ(Locations(held.Beacons(BeaconType::External)), (Wide{L"out"}));
@@ -50,7 +50,7 @@ TEST_F(SRStoreMergeTest, TheDiscoveryServiceRemovesWhatItConfirmedAndNoLongerNam
   SRStore incoming = Store(L"S", L"https://s", {Gateway(L"kept")});
   incoming.AddBeacon(Beacon(L"kept"), BeaconType::Internal);
   incoming.AddBeacon(Beacon(L"kept"), BeaconType::External);
-  held.Merge(incoming, true);
+  held.Merge(incoming, true, configuration_);
   EXPECT_EQ(Names(held.GetGateways()), (Wide{L"1", L"user's", L"kept"}));
   EXPECT_EQ(Locations(held.Beacons(BeaconType::Internal)), (Wide{L"unconfirmed", L"kept"}));
   EXPECT_EQ(Locations(held.Beacons(BeaconType::External)), (Wide{L"unconfirmed", L"kept"}));
@@ -58,7 +58,7 @@ TEST_F(SRStoreMergeTest, TheDiscoveryServiceRemovesWhatItConfirmedAndNoLongerNam
 
 TEST_F(SRStoreMergeTest, WhatIsInBothKeepsItsPlaceAndWhatIsNewFollowsInIncomingOrder) {
   SRStore held = Store(L"S", L"https://s", {Gateway(L"A"), Gateway(L"B"), Gateway(L"C")});
-  held.MergeGateways({Gateway(L"Z"), Gateway(L"B"), Gateway(L"Y")}, false);
+  held.MergeGateways({Gateway(L"Z"), Gateway(L"B"), Gateway(L"Y")}, false, configuration_);
   EXPECT_EQ(Names(held.GetGateways()), (Wide{L"A", L"B", L"C", L"Z", L"Y"}));
 
   std::list<SRBeacon> beacons{Beacon(L"1"), Beacon(L"2"), Beacon(L"3")};
@@ -74,7 +74,7 @@ TEST_F(SRStoreMergeTest, AGatewayInBothTakesEveryFieldOfTheIncomingOne) {
   incoming.SetEdition(SRGateway::GatewayEdition::Enterprise);
   incoming.SetAuthentication(SRGateway::GatewayAuthentication::SMS);
   incoming.SetAGMode(SRGateway::AGMode::FB_RW);
-  held.MergeGateways({incoming}, false);
+  held.MergeGateways({incoming}, false, configuration_);
   const SRGateway& merged = held.GetGateways().front();
   EXPECT_EQ(merged.GetLocation(), L"https://new");
   EXPECT_EQ(merged.GetEdition(), SRGateway::GatewayEdition::Enterprise);
@@ -87,7 +87,7 @@ TEST_F(SRStoreMergeTest, AGatewayInBothTakesEveryFieldOfTheIncomingOne) {
 
 TEST_F(SRStoreMergeTest, TheDiscoveryServiceVouchesForEveryGatewayThatItNames) {
   SRStore held = Store(L"S", L"https://s", {Gateway(L"A")});
-  held.MergeGateways({Gateway(L"A"), Gateway(L"B")}, true);
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B")}, true, configuration_);
   for (const SRGateway& gateway : held.GetGateways()) EXPECT_TRUE(gateway.GetTrustedByDS());
 }
 
@@ -96,7 +96,7 @@ TEST_F(SRStoreMergeTest, ANewGatewayFromADocumentLosesConfirmationAndKeepsTheUse
   incoming.SetTrustedByUser(true);
   incoming.SetDefault(true);
   SRStore held = Store(L"S", L"https://s");
-  held.MergeGateways({incoming}, false);
+  held.MergeGateways({incoming}, false, configuration_);
   EXPECT_FALSE(held.GetGateways().front().GetTrustedByDS());
   EXPECT_TRUE(held.GetGateways().front().GetTrustedByUser());
   EXPECT_TRUE(held.GetGateways().front().GetDefault());
@@ -121,12 +121,12 @@ TEST_F(SRStoreMergeTest, TheDiscoveryServiceConfirmsEveryBeaconThatItNames) {
 
 TEST_F(SRStoreMergeTest, WithoutTheDiscoveryServiceWhatIsRepeatedTakesTheMarksOfTheNewerRecord) {
   SRStore held = Store(L"S", L"https://s", {Gateway(L"A"), ConfirmedGateway(L"B")});
-  held.MergeGateways({ConfirmedGateway(L"A"), Gateway(L"B")}, false);
+  held.MergeGateways({ConfirmedGateway(L"A"), Gateway(L"B")}, false, configuration_);
   EXPECT_TRUE(held.GetGateways().front().GetTrustedByDS());
   EXPECT_FALSE(held.GetGateways().back().GetTrustedByDS());
 
   SRStore replaced = Store(L"S", L"https://s", {Gateway(L"A")});
-  replaced.Merge(Store(L"S", L"https://s", {ConfirmedGateway(L"A")}), false);
+  replaced.Merge(Store(L"S", L"https://s", {ConfirmedGateway(L"A")}), false, configuration_);
   EXPECT_TRUE(replaced.GetGateways().front().GetTrustedByDS());
 
   std::list<SRBeacon> beacons{Beacon(L"1"), Beacon(L"2", true)};
@@ -138,7 +138,7 @@ TEST_F(SRStoreMergeTest, WithoutTheDiscoveryServiceWhatIsRepeatedTakesTheMarksOf
 TEST_F(SRStoreMergeTest, OfSeveralWithOneNameTheFirstIsChanged) {
   SRStore held = Store(L"S", L"https://s", {Gateway(L"A", L"https://1"), Gateway(L"A", L"https://2")});
   held.MergeGateways({Gateway(L"A", L"https://3"), Gateway(L"A", L"https://4"), Gateway(L"B"), Gateway(L"B")},
-                     false);
+                     false, configuration_);
   EXPECT_EQ(Names(held.GetGateways()), (Wide{L"A", L"A", L"B"}));
   EXPECT_EQ(held.GetGateways().front().GetLocation(), L"https://4");
   EXPECT_EQ(std::next(held.GetGateways().begin())->GetLocation(), L"https://2");
@@ -170,7 +170,7 @@ TEST_F(SRStoreMergeTest, EachIsLookedAtAFewTimesHoweverManyThereAre) {
 
 TEST_F(SRStoreMergeTest, ThePreviousDefaultIsTheDefaultAgain) {
   SRStore held = Store(L"S", L"https://s", {Gateway(L"A", L"", true), Gateway(L"B")});
-  held.MergeGateways({Gateway(L"A"), Gateway(L"B", L"", true)}, false);
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B", L"", true)}, false, configuration_);
   EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"A"}));
 }
 
@@ -178,27 +178,27 @@ TEST_F(SRStoreMergeTest, ADefaultThatIsGoneLeavesTheMarksOfTheNewerRecord) {
   SRGateway gone = ConfirmedGateway(L"A");
   gone.SetDefault(true);
   SRStore held = Store(L"S", L"https://s", {gone, Gateway(L"B")});
-  held.MergeGateways({Gateway(L"B", L"", true)}, true);
+  held.MergeGateways({Gateway(L"B", L"", true)}, true, configuration_);
   EXPECT_EQ(Names(held.GetGateways()), (Wide{L"B"}));
   EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"B"}));
 }
 
 TEST_F(SRStoreMergeTest, TheFirstGatewayOfAStoreWithoutMarksIsMarkedByAMerge) {
   SRStore held = Store(L"S", L"https://s", {Gateway(L"A"), Gateway(L"B")});
-  held.MergeGateways({Gateway(L"A"), Gateway(L"B")}, false);
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B")}, false, configuration_);
   EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"A"}));
 }
 
 TEST_F(SRStoreMergeTest, TheGatewayThatTheUserChoseIsMarkedByAMerge) {
-  UserConfiguration().SetString(L"SR\\UserSelectedGatewayName", L"B");
+  configuration_.SetString(L"SR\\UserSelectedGatewayName", L"B");
   SRStore held = Store(L"S", L"https://s", {Gateway(L"A", L"", true), Gateway(L"B")});
-  held.MergeGateways({Gateway(L"A", L"", true), Gateway(L"B")}, false);
+  held.MergeGateways({Gateway(L"A", L"", true), Gateway(L"B")}, false, configuration_);
   EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"B"}));
 }
 
 TEST_F(SRStoreMergeTest, AStoreWithoutGatewaysTakesTheMarksOfTheNewerRecord) {
   SRStore held = Store(L"S", L"https://s");
-  held.MergeGateways({Gateway(L"A"), Gateway(L"B", L"", true)}, false);
+  held.MergeGateways({Gateway(L"A"), Gateway(L"B", L"", true)}, false, configuration_);
   EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"B"}));
 }
 

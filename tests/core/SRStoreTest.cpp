@@ -40,7 +40,7 @@ TEST_F(SRStoreTest, ABeaconOfAnyOtherKindThanInternalIsExternal) {
   store.AddBeacon(Beacon(L"out"), BeaconType::External);
   store.AddBeacon(Beacon(L"other"), static_cast<BeaconType>(7));
   EXPECT_EQ(Locations(store.GetInternalBeacons()), (Wide{L"in"}));
-  EXPECT_EQ(Locations(store.GetExternalBeacons()), (Wide{L"out", L"other"}));
+  EXPECT_EQ(Locations(store.GetExternalBeacons(configuration_)), (Wide{L"out", L"other"}));
 }
 
 TEST_F(SRStoreTest, TheGatewayListIsChangedInPlace) {
@@ -59,26 +59,26 @@ TEST_F(SRStoreTest, TheStoresAddressStandsInForMissingInternalBeaconsOnce) {
 
 TEST_F(SRStoreTest, TheDefaultGatewaysAddressStandsInForMissingExternalBeaconsOnce) {
   SRStore store = Store(L"S", L"https://s", {Gateway(L"A", L"https://a"), Gateway(L"B", L"https://b", true)});
-  EXPECT_EQ(Locations(store.GetExternalBeacons()), (Wide{L"https://b"}));
-  EXPECT_EQ(Locations(store.GetExternalBeacons()), (Wide{L"https://b"}));
-  EXPECT_FALSE(store.GetExternalBeacons().front().GetDSConfirmed());
+  EXPECT_EQ(Locations(store.GetExternalBeacons(configuration_)), (Wide{L"https://b"}));
+  EXPECT_EQ(Locations(store.GetExternalBeacons(configuration_)), (Wide{L"https://b"}));
+  EXPECT_FALSE(store.GetExternalBeacons(configuration_).front().GetDSConfirmed());
 }
 
 TEST_F(SRStoreTest, TheGatewayThatTheUserChoseStandsInForMissingExternalBeacons) {
-  UserConfiguration().SetString(L"SR\\UserSelectedGatewayName", L"A");
+  configuration_.SetString(L"SR\\UserSelectedGatewayName", L"A");
   SRStore store = Store(L"S", L"https://s", {Gateway(L"A", L"https://a"), Gateway(L"B", L"https://b", true)});
-  EXPECT_EQ(Locations(store.GetExternalBeacons()), (Wide{L"https://a"}));
+  EXPECT_EQ(Locations(store.GetExternalBeacons(configuration_)), (Wide{L"https://a"}));
 }
 
 TEST_F(SRStoreTest, ExternalBeaconsThatExistAreLeftAlone) {
   SRStore store = Store(L"S", L"https://s", {Gateway(L"A", L"https://a")});
   store.AddBeacon(Beacon(L"https://out"), BeaconType::External);
-  EXPECT_EQ(Locations(store.GetExternalBeacons()), (Wide{L"https://out"}));
+  EXPECT_EQ(Locations(store.GetExternalBeacons(configuration_)), (Wide{L"https://out"}));
 }
 
 TEST_F(SRStoreTest, AStoreWithoutGatewaysHasNoExternalBeacons) {
   SRStore store = Store(L"S", L"https://s");
-  EXPECT_TRUE(store.GetExternalBeacons().empty());
+  EXPECT_TRUE(store.GetExternalBeacons(configuration_).empty());
   EXPECT_TRUE(store.Beacons(BeaconType::External).empty());
 }
 

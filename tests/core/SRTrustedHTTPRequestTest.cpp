@@ -16,9 +16,11 @@ using ::testing::StartsWith;
 
 class SRTrustedHTTPRequestTest : public CoreTest {
  protected:
-  bool MakeRequest() { return SRTrustedHTTPRequest::MakeRequest(data_, response_, canceled_); }
+  bool MakeRequest() {
+    return SRTrustedHTTPRequest(server_, FakeWarden::Functions()).MakeRequest(data_, response_, canceled_);
+  }
 
-  static Texts Traced() { return CapturedTrace::TextsFrom("SRTrustedHTTPRequest.cpp"); }
+  Texts Traced() { return trace_.TextsFrom(kTrustedRequestFile); }
 
   FakeWarden warden_;
   StubHTTPRequestFactory server_;
@@ -98,8 +100,8 @@ TEST_F(SRTrustedHTTPRequestTest, ARawHeaderWithoutALineEndIsTracedAndReportedAsN
   server_.Answer(L"https://s/", {500, L"", L"Server: x\r\nBroken: off"});
   EXPECT_FALSE(MakeRequest());
   EXPECT_THAT(warden_.PassCalls(), ::testing::Contains("ReportHttpResponse 500"));
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("Error"),
-            (Records{{2, "SRTrustedHTTPRequest.cpp", "Error extracting headers from https://s/"}}));
+  EXPECT_EQ(trace_.RecordsStartingWith("Error"),
+            (Records{{2, kTrustedRequestFile, "Error extracting headers from https://s/"}}));
 }
 
 TEST_F(SRTrustedHTTPRequestTest, ACancellationBeforeTheFirstRequestSendsNothing) {
@@ -124,15 +126,15 @@ TEST_F(SRTrustedHTTPRequestTest, AnotherActionThanSendIsAFailureAlsoAfterAnEarli
 TEST_F(SRTrustedHTTPRequestTest, ARequestIsFramedByItsSignatureAndAnEndByTheLibraryNamesTheAction) {
   warden_.EndWith(8);
   EXPECT_FALSE(MakeRequest());
-  const Records records = CapturedTrace::Records();
+  const Records records = trace_.Records();
   ASSERT_EQ(records.size(), 3U);
   EXPECT_THAT(records[0].text, StartsWith("[+] "));
   EXPECT_THAT(records[0].text, HasSubstr("SRTrustedHTTPRequest::MakeRequest"));
   const std::string signature = records[0].text.substr(4);
   EXPECT_EQ(records[0].level, 0U);
-  EXPECT_EQ(records[1], (TraceRecord{2, "SRTrustedHTTPRequest.cpp",
+  EXPECT_EQ(records[1], (TraceRecord{2, kTrustedRequestFile,
                                      "[*] " + signature + ": MorvaneWarden_Prepare2 returned error 8"}));
-  EXPECT_EQ(records[2], (TraceRecord{0, "SRTrustedHTTPRequest.cpp", "[-] " + signature}));
+  EXPECT_EQ(records[2], (TraceRecord{0, kTrustedRequestFile, "[-] " + signature}));
 }
 
 TEST_F(SRTrustedHTTPRequestTest, ASuccessTracesItsBeginAndEndOnly) {

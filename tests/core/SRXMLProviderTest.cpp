@@ -18,25 +18,25 @@ const std::wstring& DiscoveryText() {
 
 TEST_F(SRXMLProviderTest, ADiscoveryDocumentIsReadByItsOwnSchema) {
   EXPECT_EQ(IdsIn(L"<?xml version=\"1.0\"?>\n" + DiscoveryText()), (Wide{L"s"}));
-  EXPECT_EQ(CapturedTrace::Records(), (Records{{0, "SRDocParser.cpp", "No Errors Detected"}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kDocParserFile, "No Errors Detected"}}));
 }
 
 TEST_F(SRXMLProviderTest, AServiceRecordIsReadByItsOwnSchema) {
   EXPECT_EQ(IdsIn(ServiceRecord(Service(L"s"))), (Wide{L"s"}));
-  EXPECT_EQ(CapturedTrace::Records(), (Records{{0, "SRDocParser.cpp", "No Errors Detected"}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kDocParserFile, "No Errors Detected"}}));
 }
 
 TEST_F(SRXMLProviderTest, TheWordInLowerCaseIsAServiceRecord) {
   EXPECT_EQ(IdsIn(L"<discovery><Unbound:x/>" + Service(L"s") + L"</discovery>"), Wide{});
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("Errors Detected"),
-            (Records{{2, "SRDocParser.cpp",
-                      "Errors Detected during schema validation of ServiceRecords document"}}));
+  EXPECT_EQ(
+      trace_.RecordsStartingWith("Errors Detected"),
+      (Records{{2, kDocParserFile, "Errors Detected during schema validation of ServiceRecords document"}}));
 }
 
 TEST_F(SRXMLProviderTest, TheWordAloneDoesNotMakeADiscoveryDocument) {
   EXPECT_EQ(IdsIn(ServiceRecord(Service(L"Discovery") + L"<!-- Discovery < Discovery -->")),
             (Wide{L"Discovery"}));
-  EXPECT_EQ(CapturedTrace::Records(), (Records{{0, "SRDocParser.cpp", "No Errors Detected"}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kDocParserFile, "No Errors Detected"}}));
 }
 
 TEST_F(SRXMLProviderTest, TheWordAnywhereMakesADiscoveryDocument) {
@@ -51,19 +51,19 @@ TEST_F(SRXMLProviderTest, ServicesOfAServiceRecordWithAPrefixAreNotRead) {
       IdsIn(L"<r:Services xmlns:r='urn:morvane:servicerecord'><r:Service type='store'><r:SRID>s</r:SRID>"
             L"<r:Name>n</r:Name><r:Address>a</r:Address></r:Service></r:Services>"),
       Wide{});
-  EXPECT_TRUE(CapturedTrace::RecordsStartingWith("Failed to parse").empty());
+  EXPECT_TRUE(trace_.RecordsStartingWith("Failed to parse").empty());
 }
 
 TEST_F(SRXMLProviderTest, AnEmptyTextFailsWithOneLine) {
   EXPECT_EQ(IdsIn(L""), Wide{});
-  EXPECT_EQ(CapturedTrace::RecordsStartingWith("Failed to parse"),
-            (Records{{2, "SRXMLProvider.cpp", "Failed to parse SR document: "}}));
+  EXPECT_EQ(trace_.RecordsStartingWith("Failed to parse"),
+            (Records{{2, kXMLProviderFile, "Failed to parse SR document: "}}));
 }
 
 TEST_F(SRXMLProviderTest, TheLineOfAFailureHoldsTheWholeText) {
   EXPECT_EQ(IdsIn(L"nothing \u20AC"), Wide{});
-  EXPECT_EQ(CapturedTrace::Records().back(),
-            (TraceRecord{2, "SRXMLProvider.cpp", "Failed to parse SR document: nothing \xE2\x82\xAC"}));
+  EXPECT_EQ(trace_.Records().back(),
+            (TraceRecord{2, kXMLProviderFile, "Failed to parse SR document: nothing \xE2\x82\xAC"}));
 }
 
 TEST_F(SRXMLProviderTest, TheResultTellsADocumentWithoutStoresFromAFailure) {

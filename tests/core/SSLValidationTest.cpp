@@ -1,6 +1,7 @@
 #include "SRLib/Platform/SSLValidationDetails.h"
 #include "SRLib/SSLValidation.h"
 #include "core/CoreTest.h"
+#include "fakes/StubMessages.h"
 
 namespace {
 
@@ -10,7 +11,7 @@ using namespace testsupport;
 // Notes what it was given and answers as told.
 class StubValidation : public SSLValidation {
  public:
-  StubValidation(const std::wstring& url, bool answer) : SSLValidation(url), answer_(answer) {}
+  StubValidation(const std::wstring& url, bool answer) : SSLValidation(url, StubMessage), answer_(answer) {}
 
   bool PerformValidation(SSLValidationDetails& details) override {
     performed = true;
@@ -66,7 +67,7 @@ TEST_F(SSLValidationTest, AValidationStartsWithFreshDetailsAndPassesItsAnswerOn)
     EXPECT_TRUE(validation.startedFresh);
     EXPECT_EQ(details.Issuer, L"found out");
   }
-  EXPECT_EQ(CapturedTrace::Records(), Records{});
+  EXPECT_EQ(trace_.Records(), Records{});
 }
 
 TEST_F(SSLValidationTest, APlainConnectionIsWarnedAboutAndValidatedAllTheSame) {
@@ -75,8 +76,8 @@ TEST_F(SSLValidationTest, APlainConnectionIsWarnedAboutAndValidatedAllTheSame) {
   EXPECT_TRUE(validation.ValidateURL(details));
   EXPECT_TRUE(validation.performed);
   EXPECT_EQ(
-      CapturedTrace::Records(),
-      (Records{{0, "SSLValidation.cpp",
+      trace_.Records(),
+      (Records{{0, kSSLValidationFile,
                 "Warning: HTTP connection requested for SSL validation with http://h:8080/page server."}}));
 }
 
@@ -85,9 +86,9 @@ TEST_F(SSLValidationTest, AUrlWithoutAServerIsValidatedUnderTheStandInName) {
   StubValidation validation(L"", true);
   EXPECT_TRUE(validation.ValidateURL(details));
   EXPECT_EQ(
-      CapturedTrace::Records(),
+      trace_.Records(),
       (Records{
-          {0, "SSLValidation.cpp",
+          {0, kSSLValidationFile,
            "Warning: HTTP connection requested for SSL validation with http://No Server/No Page server."}}));
 }
 

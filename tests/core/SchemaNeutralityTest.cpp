@@ -1,4 +1,3 @@
-#include "SRLib/SRRegistryConfig.h"
 #include "core/ParserTest.h"
 
 namespace {
@@ -23,14 +22,14 @@ class SchemaNeutralityTest : public ParserTest {
   // All that was read from the document, as it would be saved.
   template <class Parser>
   Wide Read(const std::wstring& document) {
-    UserConfiguration().Clear();
+    configuration_.Clear();
     EXPECT_TRUE(Parse<Parser>(document));
     EXPECT_EQ(stores_.size(), 1U);
-    SRRegistryConfig().SaveStores(stores_);
-    return UserConfiguration().Dump();
+    Repository().SaveStores(stores_);
+    return configuration_.Dump();
   }
 
-  static bool WasValidated() { return !CapturedTrace::RecordsStartingWith("Errors Detected").empty(); }
+  bool WasValidated() { return !trace_.RecordsStartingWith("Errors Detected").empty(); }
 };
 
 TEST_F(SchemaNeutralityTest, ValidatingAServiceRecordChangesNothingThatIsRead) {

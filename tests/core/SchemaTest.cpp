@@ -21,8 +21,7 @@ class SchemaTest : public ParserTest {
   template <class Parser>
   void ExpectReport(const std::wstring& document) {
     EXPECT_TRUE(Parse<Parser>(document)) << document;
-    EXPECT_EQ(CapturedTrace::RecordsStartingWith("Errors Detected during schema validation").size(), 1U)
-        << document;
+    EXPECT_EQ(trace_.RecordsStartingWith("Errors Detected during schema validation").size(), 1U) << document;
   }
 
   // Services stand in both kinds of document.

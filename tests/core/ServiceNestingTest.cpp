@@ -23,11 +23,11 @@ class ServiceNestingTest : public ParserTest {
 
   void ExpectRefused(const std::wstring& services) {
     EXPECT_FALSE(ParseServices(services));
-    EXPECT_EQ(CapturedTrace::Records().back(), kRefusal);
+    EXPECT_EQ(trace_.Records().back(), kRefusal);
   }
 
   const TraceRecord kRefusal{
-      2, "SRDocParser.cpp",
+      2, kDocParserFile,
       "Exception parsing document containning Service Records: the document nests more "
       "than 4 services and gateways in one another"};
 };
@@ -47,7 +47,7 @@ TEST_F(ServiceNestingTest, ARootThatIsAServiceIsALevel) {
   EXPECT_TRUE(Parse<SRDocParser>(L"<Service>" + Nested(3, L"") + L"</Service>"));
   EXPECT_EQ(stores_.size(), 3U);
   EXPECT_FALSE(Parse<SRDocParser>(L"<Service>" + Nested(4, L"") + L"</Service>"));
-  EXPECT_EQ(CapturedTrace::Records().back(), kRefusal);
+  EXPECT_EQ(trace_.Records().back(), kRefusal);
 }
 
 TEST_F(ServiceNestingTest, GatewaysInsideOneAnotherAreLevelsToo) {
@@ -66,7 +66,7 @@ TEST_F(ServiceNestingTest, APrefixDoesNotHideALevel) {
            L"</SRID><Name>n</Name><Address>a</Address>" + text + L"</" + prefix + L":Service>";
   }
   EXPECT_FALSE(Parse<DiscoveryDocParser>(DiscoveryDocument(text)));
-  EXPECT_EQ(CapturedTrace::Records().back(), kRefusal);
+  EXPECT_EQ(trace_.Records().back(), kRefusal);
 }
 
 TEST_F(ServiceNestingTest, ElementsThatAreNotReadAreNoLevels) {

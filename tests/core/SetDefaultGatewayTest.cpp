@@ -62,7 +62,7 @@ TEST_F(SetDefaultGatewayTest, TheDefaultGatewayCanBeSetAgain) {
 }
 
 TEST_F(SetDefaultGatewayTest, AnEmptyListHasNoStoreToChange) {
-  SRProvider provider;
+  SRProvider provider(Parts());
   EXPECT_FALSE(provider.SetDefaultGatewayForStore(L"https://same", L"GW2"));
   EXPECT_FALSE(provider.SetDefaultGatewayForStoreID(L"a", L"GW2"));
 }
@@ -70,8 +70,8 @@ TEST_F(SetDefaultGatewayTest, AnEmptyListHasNoStoreToChange) {
 TEST_F(SetDefaultGatewayTest, SettingNeitherSavesNorPublishesNorTraces) {
   EXPECT_TRUE(provider_.SetDefaultGatewayForStoreID(L"c", L"GW2"));
   EXPECT_FALSE(WasSaved());
-  EXPECT_TRUE(RecordedPublications::All().empty());
-  EXPECT_EQ(CapturedTrace::Records(), Records{});
+  EXPECT_TRUE(publications_.All().empty());
+  EXPECT_EQ(trace_.Records(), Records{});
   EXPECT_FALSE(InsideCriticalSection());
 }
 
@@ -107,7 +107,7 @@ TEST_F(PrepareOtherGatewaysTest, WithoutAMarkTheFirstGatewayIsTheDefault) {
 }
 
 TEST_F(PrepareOtherGatewaysTest, TheUsersChoiceIsTheDefault) {
-  UserConfiguration().SetString(L"SR\\UserSelectedGatewayName", L"B");
+  configuration_.SetString(L"SR\\UserSelectedGatewayName", L"B");
   EXPECT_EQ(OthersOf({Gateway(L"A", L"https://a", true), Gateway(L"B", L"https://b")}),
             (Others{{L"A", L"https://a"}}));
 }

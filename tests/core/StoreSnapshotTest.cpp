@@ -1,4 +1,6 @@
+#include "SRLib/Provider/StoreSearch.h"
 #include "SRLib/Provider/StoreSnapshot.h"
+#include "fakes/FakeConfigurator.h"
 #include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
@@ -38,6 +40,7 @@ class StoreSnapshotTest : public testing::Test {
     return SharedAfter([&](StoreMap& stores) { change(stores.at(L"b")); });
   }
 
+  const FakeConfigurator configuration_;
   const StoreMap stores_ = Map({Full(L"a"), Full(L"b"), Full(L"c")});
   const StoreSnapshot before_{stores_};
 };
@@ -67,8 +70,8 @@ TEST_F(StoreSnapshotTest, AStoreIsFoundByItsExactId) {
 }
 
 TEST_F(StoreSnapshotTest, AStoreIsFoundByAUrlThatPointsAtIt) {
-  EXPECT_EQ(before_.ByURL(L"https://B/X/launch"), before_.ByID(L"b"));
-  EXPECT_EQ(before_.ByURL(L"https://unknown"), nullptr);
+  EXPECT_EQ(FindStoreByURL(before_.URLs(), L"https://B/X/launch", nullptr), before_.ByID(L"b"));
+  EXPECT_EQ(FindStoreByURL(before_.URLs(), L"https://unknown", nullptr), nullptr);
 }
 
 TEST_F(StoreSnapshotTest, AListThatDidNotChangeIsSharedWhole) {
@@ -89,11 +92,13 @@ TEST_F(StoreSnapshotTest, AStoreWithAnyOtherFieldIsNotShared) {
   EXPECT_EQ(SharedAfterChangeOfB([](SRStore& store) { store.SetStoreName(L"other"); }), 2U);
   EXPECT_EQ(SharedAfterChangeOfB([](SRStore& store) { store.SetSRType(SRType::unknown); }), 2U);
   EXPECT_EQ(SharedAfterChangeOfB([](SRStore& store) { store.GetInternalBeacons().clear(); }), 2U);
-  EXPECT_EQ(SharedAfterChangeOfB([](SRStore& store) { store.GetExternalBeacons().clear(); }), 2U);
-  EXPECT_EQ(SharedAfterChangeOfB([](SRStore& store) { store.SetAllBeaconsDSConfirmed(); }), 2U);
   EXPECT_EQ(
-      SharedAfterChangeOfB([](SRStore& store) { store.GetExternalBeacons().front().SetDSConfirmed(false); }),
-      2U);
+      SharedAfterChangeOfB([this](SRStore& store) { store.GetExternalBeacons(configuration_).clear(); }), 2U);
+  EXPECT_EQ(SharedAfterChangeOfB([](SRStore& store) { store.SetAllBeaconsDSConfirmed(); }), 2U);
+  EXPECT_EQ(SharedAfterChangeOfB([this](SRStore& store) {
+              store.GetExternalBeacons(configuration_).front().SetDSConfirmed(false);
+            }),
+            2U);
 }
 
 TEST_F(StoreSnapshotTest, AStoreWithAnyOtherFieldOfAGatewayIsNotShared) {

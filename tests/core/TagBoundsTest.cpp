@@ -22,8 +22,8 @@ class TagBoundsTest : public BoundsTest {
 
   void ExpectListRefused(const std::wstring& document) {
     EXPECT_FALSE(Parse<DiscoveryDocParser>(document));
-    EXPECT_EQ(CapturedTrace::Records().back(),
-              (TraceRecord{2, "SRDocParser.cpp",
+    EXPECT_EQ(trace_.Records().back(),
+              (TraceRecord{2, kDocParserFile,
                            "Exception parsing document containning Service Records: the document has a list "
                            "of references (type IDREFS or ENTITIES)"}));
   }

@@ -1,6 +1,5 @@
 #include "SRLib/Platform/SSLValidationDetails.h"
 #include "core/ProviderTest.h"
-#include "fakes/StubSSLValidationFactory.h"
 
 namespace {
 
@@ -13,21 +12,20 @@ using Labels = std::vector<GatewayLabel>;
 class VerifyServerTest : public ProviderTest {
  protected:
   bool Verify(SRStore store, const std::wstring& url) {
-    CapturedTrace::Clear();
+    trace_.Clear();
     return provider_.VerifyServer(store, url, L"https://not-used", details_);
   }
 
   // The flow's own records; choosing the default gateway leaves some more.
-  static Records FlowRecords() {
-    Records records = CapturedTrace::Records();
-    std::erase_if(records, [](const TraceRecord& record) { return record.file != "SRProvider.cpp"; });
+  Records FlowRecords() {
+    Records records = trace_.Records();
+    std::erase_if(records, [](const TraceRecord& record) { return record.file != kProviderFile; });
     return records;
   }
 
   const SRStore store_ =
       Store(L"s", L"https://s",
             {Gateway(L"A", L"https://a"), Gateway(L"B", L"https://b", true), Gateway(L"C", L"https://c")});
-  StubSSLValidationFactory validations_;
   SSLValidationDetails details_;
 };
 
@@ -40,17 +38,17 @@ TEST_F(VerifyServerTest, ATrustedServerIsShownToTheUserWithTheStoreAndItsGateway
   EXPECT_TRUE(Verify(store_, L"https://b"));
   EXPECT_EQ(details_.Result, SSLValidationDetails::kSuccess);
   EXPECT_TRUE(details_.Errors.empty());
-  EXPECT_EQ(FlowRecords(), (Records{{0, "SRProvider.cpp", ".......Validation for server: https://b"},
-                                    {0, "SRProvider.cpp", "........-> success"}}));
+  EXPECT_EQ(FlowRecords(), (Records{{0, kProviderFile, ".......Validation for server: https://b"},
+                                    {0, kProviderFile, "........-> success"}}));
 }
 
 TEST_F(VerifyServerTest, TheUserIsAskedBetweenTheRecordOfTheValidationAndThatOfItsEnd) {
   validations_.Answer(L"https://s", SSLOutcome::Trusted(L"O", L"I"));
   Records whenAsked;
   EXPECT_CALL(notifications_, ShowTrustDialog)
-      .WillOnce(::testing::DoAll([&whenAsked] { whenAsked = FlowRecords(); }, Return(100)));
+      .WillOnce(::testing::DoAll([&] { whenAsked = FlowRecords(); }, Return(100)));
   EXPECT_TRUE(Verify(Store(L"s", L"https://s"), L"https://s"));
-  EXPECT_EQ(whenAsked, (Records{{0, "SRProvider.cpp", ".......Validation for server: https://s"}}));
+  EXPECT_EQ(whenAsked, (Records{{0, kProviderFile, ".......Validation for server: https://s"}}));
 }
 
 TEST_F(VerifyServerTest, TheGivenUrlAloneIsValidated) {
@@ -72,8 +70,8 @@ TEST_F(VerifyServerTest, AnyOtherAnswerThanAcceptanceIsNoTrust) {
     EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(answer)).RetiresOnSaturation();
     EXPECT_FALSE(Verify(store_, L"https://b"));
     EXPECT_EQ(details_.Result, SSLValidationDetails::kUserDoesNotTrustServer);
-    EXPECT_EQ(FlowRecords(), (Records{{0, "SRProvider.cpp", ".......Validation for server: https://b"},
-                                      {0, "SRProvider.cpp", "........-> user doesn't trust the server"}}));
+    EXPECT_EQ(FlowRecords(), (Records{{0, kProviderFile, ".......Validation for server: https://b"},
+                                      {0, kProviderFile, "........-> user doesn't trust the server"}}));
   }
 }
 
@@ -83,17 +81,16 @@ TEST_F(VerifyServerTest, AFailedValidationLeavesItsDetailsAndShowsNoDialog) {
   EXPECT_FALSE(Verify(store_, L"https://b"));
   EXPECT_EQ(details_.Result, SSLValidationDetails::kCertificatesNotFetched);
   EXPECT_EQ(details_.Errors, (Wide{L"why"}));
-  EXPECT_EQ(CapturedTrace::Records(),
-            (Records{{0, "SRProvider.cpp", ".......Validation for server: https://b"},
-                     {0, "SRProvider.cpp", "........-> SSL validation failure"}}));
+  EXPECT_EQ(trace_.Records(), (Records{{0, kProviderFile, ".......Validation for server: https://b"},
+                                       {0, kProviderFile, "........-> SSL validation failure"}}));
 }
 
 TEST_F(VerifyServerTest, APlainUrlIsWarnedAboutAfterTheFlowsFirstRecord) {
   EXPECT_FALSE(Verify(store_, L"http://b"));
-  ASSERT_EQ(CapturedTrace::Records().size(), 3U);
+  ASSERT_EQ(trace_.Records().size(), 3U);
   EXPECT_EQ(
-      CapturedTrace::Records()[1],
-      (TraceRecord{0, "SSLValidation.cpp",
+      trace_.Records()[1],
+      (TraceRecord{0, kSSLValidationFile,
                    "Warning: HTTP connection requested for SSL validation with http://b/No Page server."}));
 }
 

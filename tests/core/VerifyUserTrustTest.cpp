@@ -1,6 +1,5 @@
 #include "SRLib/Platform/SSLValidationDetails.h"
 #include "core/ProviderTest.h"
-#include "fakes/StubSSLValidationFactory.h"
 
 namespace {
 
@@ -24,7 +23,6 @@ class VerifyUserTrustTest : public ProviderTest {
   SSLOutcome trusted_;
   SSLOutcome notContacted_;
   SSLOutcome notFetched_;
-  StubSSLValidationFactory validations_;
 };
 
 TEST_F(VerifyUserTrustTest, ATrustedGatewayIsEnough) {

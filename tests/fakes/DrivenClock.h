@@ -7,17 +7,15 @@ namespace testsupport {
 // The seconds for which the core waits, which pass at once. One thread.
 class DrivenClock {
  public:
-  DrivenClock();
-  ~DrivenClock();
-  DrivenClock(const DrivenClock&) = delete;
-  DrivenClock& operator=(const DrivenClock&) = delete;
-
   // Called for every second that is waited for, with the number of seconds so far; false ends the process's
   // time as its termination does.
   void OnSecond(std::function<bool(int)> passed) { passed_ = std::move(passed); }
   [[nodiscard]] int Seconds() const { return seconds_; }
 
-  [[nodiscard]] bool Pass();
+  [[nodiscard]] bool Pass() {
+    ++seconds_;
+    return !passed_ || passed_(seconds_);
+  }
 
  private:
   std::function<bool(int)> passed_;

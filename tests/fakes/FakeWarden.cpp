@@ -1,7 +1,6 @@
 #include "fakes/FakeWarden.h"
 
 #include "libs/Text/TextHelpers.h"
-#include "libs/Warden_SDK/MorvaneWarden.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -50,6 +49,96 @@ void Require(bool holds) {
   if (!holds) throw std::logic_error("another handle than the one that was given out");
 }
 
+MorvaneWardenStatus Initialize() {
+  return Called("Initialize");
+}
+
+MorvaneWardenStatus Uninitialize() {
+  return Called("Uninitialize");
+}
+
+MorvaneWardenStatus CreateConnection(const wchar_t* name, uint32_t reserved1, uint32_t reserved2,
+                                     MorvaneWardenConnection** connection) {
+  *connection = Connection();
+  return Called("CreateConnection " + Text(name) + " " + std::to_string(reserved1) + " " +
+                std::to_string(reserved2));
+}
+
+MorvaneWardenStatus DestroyConnection(MorvaneWardenConnection* connection) {
+  Require(connection == Connection());
+  return Called("DestroyConnection");
+}
+
+MorvaneWardenStatus CreateRequestContext(MorvaneWardenConnection* connection, const wchar_t* storeUrl,
+                                         uint32_t kind, MorvaneWardenRequestContext** context) {
+  Require(connection == Connection());
+  *context = Context();
+  return Called("CreateRequestContext " + Text(storeUrl) + " " + std::to_string(kind));
+}
+
+MorvaneWardenStatus DestroyContext(MorvaneWardenRequestContext* context) {
+  Require(context == Context());
+  return Called("DestroyContext");
+}
+
+MorvaneWardenStatus ForceRoute(MorvaneWardenRequestContext* context, const MorvaneWardenRoute* route) {
+  Require(context == Context());
+  return Called("ForceRoute " + Text(route->GatewayName) + " " + Text(route->GatewayLocation) + " edition " +
+                std::to_string(route->Edition) + " authentication " + std::to_string(route->Authentication) +
+                " mode " + std::to_string(route->GatewayMode));
+}
+
+MorvaneWardenStatus Prepare2(MorvaneWardenRequestContext* context, uint32_t* action) {
+  Require(context == Context());
+  Script& script = TheScript();
+  script.current = {};
+  if (!script.passes.empty()) {
+    script.current = script.passes.front();
+    script.passes.pop_front();
+  }
+  *action = script.current.action;
+  return Called("Prepare2");
+}
+
+MorvaneWardenStatus GetTranslatedUrl(MorvaneWardenRequestContext* context, const wchar_t** url) {
+  Require(context == Context());
+  *url = TheScript().current.url.c_str();
+  return Called("GetTranslatedUrl");
+}
+
+void FreeTranslatedUrl(const wchar_t* url) {
+  Require(url == TheScript().current.url.c_str());
+  Called("FreeTranslatedUrl");
+}
+
+MorvaneWardenStatus GetHeaders(MorvaneWardenRequestContext* context, const wchar_t* const** lines) {
+  Require(context == Context());
+  Script& script = TheScript();
+  script.lines.clear();
+  for (const std::wstring& line : script.current.lines) script.lines.push_back(line.c_str());
+  script.lines.push_back(nullptr);
+  *lines = script.lines.data();
+  return Called("GetHeaders");
+}
+
+void FreeHeaders(const wchar_t* const* lines) {
+  Require(lines == TheScript().lines.data());
+  Called("FreeHeaders");
+}
+
+MorvaneWardenStatus SetAnsweringUrl(MorvaneWardenRequestContext* context, const wchar_t* url) {
+  Require(context == Context());
+  return Called("SetAnsweringUrl " + Text(url));
+}
+
+MorvaneWardenStatus ReportHttpResponse(MorvaneWardenRequestContext* context, int64_t status,
+                                       const wchar_t* const* lines) {
+  Require(context == Context());
+  std::string call = "ReportHttpResponse " + std::to_string(status);
+  for (; *lines != nullptr; ++lines) call += " " + Text(*lines);
+  return Called(call);
+}
+
 }  // namespace
 
 FakeWarden::FakeWarden() {
@@ -80,100 +169,21 @@ std::vector<std::string> FakeWarden::PassCalls() const {
   return calls;
 }
 
+ServiceRecords::WardenFunctions FakeWarden::Functions() {
+  return {.Initialize = testsupport::Initialize,
+          .Uninitialize = testsupport::Uninitialize,
+          .CreateConnection = testsupport::CreateConnection,
+          .DestroyConnection = testsupport::DestroyConnection,
+          .CreateRequestContext = testsupport::CreateRequestContext,
+          .DestroyContext = testsupport::DestroyContext,
+          .ForceRoute = testsupport::ForceRoute,
+          .Prepare2 = testsupport::Prepare2,
+          .GetTranslatedUrl = testsupport::GetTranslatedUrl,
+          .FreeTranslatedUrl = testsupport::FreeTranslatedUrl,
+          .GetHeaders = testsupport::GetHeaders,
+          .FreeHeaders = testsupport::FreeHeaders,
+          .SetAnsweringUrl = testsupport::SetAnsweringUrl,
+          .ReportHttpResponse = testsupport::ReportHttpResponse};
+}
+
 }  // namespace testsupport
-
-using namespace testsupport;
-
-MorvaneWardenStatus MorvaneWarden_Initialize(void) {
-  return Called("Initialize");
-}
-
-MorvaneWardenStatus MorvaneWarden_Uninitialize(void) {
-  return Called("Uninitialize");
-}
-
-MorvaneWardenStatus MorvaneWarden_CreateConnection(const wchar_t* name, uint32_t reserved1,
-                                                   uint32_t reserved2, MorvaneWardenConnection** connection) {
-  *connection = Connection();
-  return Called("CreateConnection " + Text(name) + " " + std::to_string(reserved1) + " " +
-                std::to_string(reserved2));
-}
-
-MorvaneWardenStatus MorvaneWarden_DestroyConnection(MorvaneWardenConnection* connection) {
-  Require(connection == Connection());
-  return Called("DestroyConnection");
-}
-
-MorvaneWardenStatus MorvaneWarden_CreateRequestContext(MorvaneWardenConnection* connection,
-                                                       const wchar_t* storeUrl, uint32_t kind,
-                                                       MorvaneWardenRequestContext** context) {
-  Require(connection == Connection());
-  *context = Context();
-  return Called("CreateRequestContext " + Text(storeUrl) + " " + std::to_string(kind));
-}
-
-MorvaneWardenStatus MorvaneWarden_DestroyContext(MorvaneWardenRequestContext* context) {
-  Require(context == Context());
-  return Called("DestroyContext");
-}
-
-MorvaneWardenStatus MorvaneWarden_ForceRoute(MorvaneWardenRequestContext* context,
-                                             const MorvaneWardenRoute* route) {
-  Require(context == Context());
-  return Called("ForceRoute " + Text(route->GatewayName) + " " + Text(route->GatewayLocation) + " edition " +
-                std::to_string(route->Edition) + " authentication " + std::to_string(route->Authentication) +
-                " mode " + std::to_string(route->GatewayMode));
-}
-
-MorvaneWardenStatus MorvaneWarden_Prepare2(MorvaneWardenRequestContext* context, uint32_t* action) {
-  Require(context == Context());
-  Script& script = TheScript();
-  script.current = {};
-  if (!script.passes.empty()) {
-    script.current = script.passes.front();
-    script.passes.pop_front();
-  }
-  *action = script.current.action;
-  return Called("Prepare2");
-}
-
-MorvaneWardenStatus MorvaneWarden_GetTranslatedUrl(MorvaneWardenRequestContext* context,
-                                                   const wchar_t** url) {
-  Require(context == Context());
-  *url = TheScript().current.url.c_str();
-  return Called("GetTranslatedUrl");
-}
-
-void MorvaneWarden_FreeTranslatedUrl(const wchar_t* url) {
-  Require(url == TheScript().current.url.c_str());
-  Called("FreeTranslatedUrl");
-}
-
-MorvaneWardenStatus MorvaneWarden_GetHeaders(MorvaneWardenRequestContext* context,
-                                             const wchar_t* const** lines) {
-  Require(context == Context());
-  Script& script = TheScript();
-  script.lines.clear();
-  for (const std::wstring& line : script.current.lines) script.lines.push_back(line.c_str());
-  script.lines.push_back(nullptr);
-  *lines = script.lines.data();
-  return Called("GetHeaders");
-}
-
-void MorvaneWarden_FreeHeaders(const wchar_t* const* lines) {
-  Require(lines == TheScript().lines.data());
-  Called("FreeHeaders");
-}
-
-MorvaneWardenStatus MorvaneWarden_SetAnsweringUrl(MorvaneWardenRequestContext* context, const wchar_t* url) {
-  Require(context == Context());
-  return Called("SetAnsweringUrl " + Text(url));
-}
-
-MorvaneWardenStatus MorvaneWarden_ReportHttpResponse(MorvaneWardenRequestContext* context, int64_t status,
-                                                     const wchar_t* const* lines) {
-  Require(context == Context());
-  std::string call = "ReportHttpResponse " + std::to_string(status);
-  for (; *lines != nullptr; ++lines) call += " " + Text(*lines);
-  return Called(call);
-}

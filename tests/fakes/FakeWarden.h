@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SRLib/Provider/WardenFunctions.h"
+
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -7,14 +9,16 @@
 
 namespace testsupport {
 
-// The authentication manager's functions, answered by a script as long as this object lives. Any thread, for
-// requests that do not overlap.
+// An authentication manager whose functions are answered by a script as long as this object lives. Any
+// thread, for requests that do not overlap.
 class FakeWarden {
  public:
   FakeWarden();
   ~FakeWarden();
   FakeWarden(const FakeWarden&) = delete;
   FakeWarden& operator=(const FakeWarden&) = delete;
+
+  [[nodiscard]] static ServiceRecords::WardenFunctions Functions();
 
   // The next pass sends a request to this URL with these header lines.
   void Send(const std::wstring& url, const std::vector<std::wstring>& lines = {});

@@ -1,20 +1,12 @@
 #include "fakes/RecordedPublications.h"
 
-#include "SRLib/Platform/Publication.h"
-#include "fakes/CapturedTrace.h"
 #include "fakes/FakeCriticalSections.h"
-#include "fakes/FakeFactories.h"
 
-#include <mutex>
 #include <stdexcept>
 #include <utility>
 
 namespace testsupport {
 namespace {
-
-std::mutex mutex;
-std::vector<Publication> publications;
-bool failNext = false;
 
 ServiceRecords::StoreMap MapOf(const ServiceRecords::StoreSnapshot& snapshot) {
   ServiceRecords::StoreMap stores;
@@ -24,32 +16,30 @@ ServiceRecords::StoreMap MapOf(const ServiceRecords::StoreSnapshot& snapshot) {
 
 }  // namespace
 
+RecordedPublications::RecordedPublications(std::function<int()> writes,
+                                           std::function<std::size_t()> traceRecords)
+    : writes_(std::move(writes)), traceRecords_(std::move(traceRecords)) {}
+
 void RecordedPublications::Clear() {
-  const std::lock_guard lock(mutex);
-  publications.clear();
-  failNext = false;
+  const std::lock_guard lock(mutex_);
+  publications_.clear();
+  failNext_ = false;
 }
 
 void RecordedPublications::FailNext() {
-  const std::lock_guard lock(mutex);
-  failNext = true;
+  const std::lock_guard lock(mutex_);
+  failNext_ = true;
 }
 
-std::vector<Publication> RecordedPublications::All() {
-  const std::lock_guard lock(mutex);
-  return publications;
+std::vector<Publication> RecordedPublications::All() const {
+  const std::lock_guard lock(mutex_);
+  return publications_;
+}
+
+void RecordedPublications::Add(const std::shared_ptr<const ServiceRecords::StoreSnapshot>& stores) {
+  const std::lock_guard lock(mutex_);
+  if (std::exchange(failNext_, false)) throw std::runtime_error("publication");
+  publications_.push_back({MapOf(*stores), stores, InsideCriticalSection(), writes_(), traceRecords_()});
 }
 
 }  // namespace testsupport
-
-namespace ServiceRecords {
-
-void SetAllServiceRecordsToList(const std::shared_ptr<const StoreSnapshot>& stores) {
-  const std::lock_guard lock(testsupport::mutex);
-  if (std::exchange(testsupport::failNext, false)) throw std::runtime_error("publication");
-  testsupport::publications.push_back(
-      {testsupport::MapOf(*stores), stores, testsupport::InsideCriticalSection(),
-       testsupport::UserConfiguration().Writes(), testsupport::CapturedTrace::Records().size()});
-}
-
-}  // namespace ServiceRecords

@@ -3,7 +3,9 @@
 #include "SRLib/Provider/StoreSnapshot.h"
 #include "SRLib/SRStore.h"
 
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace testsupport {
@@ -20,10 +22,22 @@ struct Publication {
 // All lists handed over since the last Clear, in order. Any thread.
 class RecordedPublications {
  public:
-  static void Clear();
-  [[nodiscard]] static std::vector<Publication> All();
+  // What happened before a publication is asked for when it happens.
+  RecordedPublications(std::function<int()> writes, std::function<std::size_t()> traceRecords);
+
+  void Clear();
+  [[nodiscard]] std::vector<Publication> All() const;
   // The next publication throws std::runtime_error instead.
-  static void FailNext();
+  void FailNext();
+
+  void Add(const std::shared_ptr<const ServiceRecords::StoreSnapshot>& stores);
+
+ private:
+  const std::function<int()> writes_;
+  const std::function<std::size_t()> traceRecords_;
+  mutable std::mutex mutex_;
+  std::vector<Publication> publications_;
+  bool failNext_ = false;
 };
 
 }  // namespace testsupport

@@ -27,14 +27,6 @@ class StubHTTPRequest : public ServiceRecords::SRHTTPRequest {
 
 }  // namespace
 
-StubHTTPRequestFactory::StubHTTPRequestFactory() : before_(c_Instance) {
-  c_Instance = this;
-}
-
-StubHTTPRequestFactory::~StubHTTPRequestFactory() {
-  c_Instance = before_;
-}
-
 std::unique_ptr<ServiceRecords::SRHTTPRequest> StubHTTPRequestFactory::Create(const std::wstring& url) {
   return std::make_unique<StubHTTPRequest>(url, *this);
 }

@@ -27,15 +27,10 @@ struct SentRequest {
   bool operator==(const SentRequest&) const = default;
 };
 
-// Answers requests by URL, several to one URL in their order, and is the registered factory for as long as it
-// lives. A URL without a further answer has no server. One thread.
+// Answers requests by URL, several to one URL in their order. A URL without a further answer has no server.
+// One thread.
 class StubHTTPRequestFactory : public ServiceRecords::SRHTTPRequestFactory {
  public:
-  StubHTTPRequestFactory();
-  ~StubHTTPRequestFactory() override;
-  StubHTTPRequestFactory(const StubHTTPRequestFactory&) = delete;
-  StubHTTPRequestFactory& operator=(const StubHTTPRequestFactory&) = delete;
-
   void Answer(const std::wstring& url, const HTTPAnswer& answer) { answers_[url].push_back(answer); }
   void Answer(const std::wstring& url, const std::wstring& body) { Answer(url, HTTPAnswer{200, body, L""}); }
 
@@ -51,7 +46,6 @@ class StubHTTPRequestFactory : public ServiceRecords::SRHTTPRequestFactory {
   std::map<std::wstring, std::deque<HTTPAnswer>> answers_;
   std::vector<SentRequest> sent_;
   bool insideCriticalSection_ = false;
-  ServiceRecords::SRHTTPRequestFactory* const before_;
 };
 
 }  // namespace testsupport

@@ -2,6 +2,7 @@
 
 #include "SRLib/SSLValidation.h"
 #include "fakes/FakeCriticalSections.h"
+#include "fakes/StubMessages.h"
 
 namespace testsupport {
 namespace {
@@ -11,7 +12,7 @@ using ServiceRecords::SSLValidationDetails;
 class StubSSLValidation : public ServiceRecords::SSLValidation {
  public:
   StubSSLValidation(const std::wstring& url, const SSLOutcome& outcome)
-      : SSLValidation(url), outcome_(outcome) {}
+      : SSLValidation(url, StubMessage), outcome_(outcome) {}
 
   bool PerformValidation(SSLValidationDetails& details) override {
     details.Organization = outcome_.organization;
@@ -33,14 +34,6 @@ SSLOutcome SSLOutcome::Trusted(const std::wstring& organization, const std::wstr
 
 SSLOutcome SSLOutcome::Failed(std::uint32_t result, const std::vector<std::wstring>& errors) {
   return {false, L"", L"", errors, result};
-}
-
-StubSSLValidationFactory::StubSSLValidationFactory() : before_(c_Instance) {
-  c_Instance = this;
-}
-
-StubSSLValidationFactory::~StubSSLValidationFactory() {
-  c_Instance = before_;
 }
 
 std::unique_ptr<ServiceRecords::SSLValidation> StubSSLValidationFactory::Create(const std::wstring& url) {

@@ -22,15 +22,9 @@ struct SSLOutcome {
   static SSLOutcome Failed(std::uint32_t result, const std::vector<std::wstring>& errors);
 };
 
-// Answers validations by URL and is the registered factory for as long as it lives. A URL without an outcome
-// is a server that cannot be contacted. One thread.
+// Answers validations by URL. A URL without an outcome is a server that cannot be contacted. One thread.
 class StubSSLValidationFactory : public ServiceRecords::SSLValidationFactory {
  public:
-  StubSSLValidationFactory();
-  ~StubSSLValidationFactory() override;
-  StubSSLValidationFactory(const StubSSLValidationFactory&) = delete;
-  StubSSLValidationFactory& operator=(const StubSSLValidationFactory&) = delete;
-
   void Answer(const std::wstring& url, const SSLOutcome& outcome) { outcomes_[url] = outcome; }
   // The URLs for which validations were made, in order.
   [[nodiscard]] const std::vector<std::wstring>& Validated() const { return validated_; }
@@ -43,7 +37,6 @@ class StubSSLValidationFactory : public ServiceRecords::SSLValidationFactory {
   std::map<std::wstring, SSLOutcome> outcomes_;
   std::vector<std::wstring> validated_;
   bool insideCriticalSection_ = false;
-  ServiceRecords::SSLValidationFactory* const before_;
 };
 
 }  // namespace testsupport

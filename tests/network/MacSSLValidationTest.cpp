@@ -1,4 +1,5 @@
 #include "MacSSLValidation.h"
+#include "ResourceKeeper.h"
 #include "SRLib/Platform/Messages.h"
 #include "SRLib/Platform/SSLValidationDetails.h"
 #include "libs/Text/TextHelpers.h"
@@ -42,6 +43,10 @@ std::string StapledAnswer(const std::string& certificate) {
 }
 
 // One validation of one address, and what it left.
+std::wstring Message(int id, const std::string& argument) {
+  return util::WithArgument(util::MessageFromResourceW(id), argument);
+}
+
 struct Outcome {
   explicit Outcome(const std::string& address) : url(address), validation(util::widen(address)) {
     trusted = validation.ValidateURL(details);
@@ -51,7 +56,7 @@ struct Outcome {
   void ExpectServerNotContacted() const {
     EXPECT_FALSE(trusted);
     EXPECT_EQ(details.Result, 1U);
-    EXPECT_THAT(details.Errors, ElementsAre(util::MessageWithArgument(1632, Gen_URL(url).GetDisplayURL())));
+    EXPECT_THAT(details.Errors, ElementsAre(Message(1632, Gen_URL(url).GetDisplayURL())));
     EXPECT_THAT(log, HasSubstr("Failed to contact URL  " + Gen_URL(url).GetPagelessURL() + "\n"));
     ExpectNothingTrusted();
   }
@@ -59,7 +64,7 @@ struct Outcome {
   void ExpectCertificatesNotFetched(const std::string& alsoLogged = "Read Stream failed with ") const {
     EXPECT_FALSE(trusted);
     EXPECT_EQ(details.Result, 2U);
-    EXPECT_THAT(details.Errors, ElementsAre(util::MessageWithArgument(1696, Gen_URL(url).GetServer())));
+    EXPECT_THAT(details.Errors, ElementsAre(Message(1696, Gen_URL(url).GetServer())));
     EXPECT_THAT(log,
                 HasSubstr("Could not fetch certificates for URL " + Gen_URL(url).GetPagelessURL() + "\n"));
     EXPECT_THAT(log, HasSubstr(alsoLogged));
@@ -219,7 +224,7 @@ TEST(MacSSLValidation, ReportsEveryCodeOfTheTlsRangeAsCertificatesNotFetched) {
     SSLValidationDetails details;
     validation.ReportFailure(errorCode, details);
     EXPECT_EQ(details.Result, 2U) << errorCode;
-    EXPECT_THAT(details.Errors, ElementsAre(util::MessageWithArgument(1696, "stores.example")));
+    EXPECT_THAT(details.Errors, ElementsAre(Message(1696, "stores.example")));
   }
 }
 
@@ -229,8 +234,7 @@ TEST(MacSSLValidation, ReportsTheCodesBesideTheTlsRangeAsServerNotContacted) {
     SSLValidationDetails details;
     validation.ReportFailure(errorCode, details);
     EXPECT_EQ(details.Result, 1U) << errorCode;
-    EXPECT_THAT(details.Errors,
-                ElementsAre(util::MessageWithArgument(1632, "https://stores.example/discovery")));
+    EXPECT_THAT(details.Errors, ElementsAre(Message(1632, "https://stores.example/discovery")));
   }
 }
 

@@ -1,5 +1,4 @@
-#include "SRLib/Platform/NetworkLocation.h"
-#include "SRLib/Platform/Publication.h"
+#include "MacWayfinderProxy.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "support/RawServer.h"

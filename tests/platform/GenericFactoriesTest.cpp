@@ -1,6 +1,6 @@
 #include "Files/PreferenceFile.h"
+#include "GenericFactories.h"
 #include "MacConfiguration.h"
-#include "SRLib/Platform/GenericFactories.h"
 #include "support/TestFiles.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
-#include "SRLib/Platform/NetworkLocation.h"
-#include "SRLib/Platform/Publication.h"
+#include "MacWayfinderProxy.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "platform/RecordingWayfinder.h"
 #include "support/StoreBuilders.h"

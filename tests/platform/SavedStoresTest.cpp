@@ -28,6 +28,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Wide = std::vector<std::wstring>;
 
+const CMacConfiguration kConfiguration(true);
+
 // Saves the list in a process of its own, which is killed in the middle: before the call with that number of
 // those that reach the file system. False when it has made fewer, and has ended by itself.
 bool DiesWhileSaving(StoreMap stores, int call) {
@@ -37,7 +39,7 @@ bool DiesWhileSaving(StoreMap stores, int call) {
     int calls = 0;
     faults.write = [&](int) { return calls++ == call ? ::raise(SIGKILL) : 0; };
     faults.read = faults.flock = faults.fchmod = faults.fsync = faults.rename = faults.write;
-    SavedStores().Save(stores);
+    SavedStores(kConfiguration).Save(stores);
     ::_exit(0);
   }
   int status = 0;
@@ -71,13 +73,13 @@ class SavedStoresTest : public testing::Test {
   }
 
   std::optional<StoreMap> Restore() {
-    SavedStores::Reading reading = SavedStores::Read();
+    SavedStores::Reading reading = saved_.Read();
     saved_.TakeReading(reading);
     return std::move(reading.stores);
   }
 
   const fs::path file_ = preferenceFile(true);
-  SavedStores saved_;
+  SavedStores saved_{kConfiguration};
 };
 
 TEST_F(SavedStoresTest, EverythingComesBackFromTheFile) {
@@ -145,7 +147,7 @@ TEST_F(SavedStoresTest, ASaveThatFailedAnywhereIsKnownAndDoneAgain) {
                                                       file_.string() + ": File too large"));
   saved_.Save(stores);
   EXPECT_EQ(saved_.CurrentState(), SavedStores::State::Good);
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"two"}));
+  EXPECT_EQ(Ids(SRRegistryConfig(kConfiguration).RestoreStores()), (Wide{L"two"}));
   EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
 }
 
@@ -159,14 +161,13 @@ TEST_F(SavedStoresTest, AListIsSavedByOneReplacementOfTheFile) {
 }
 
 TEST_F(SavedStoresTest, WhatElseIsInTheFileStaysThere) {
-  const CMacConfiguration configuration(true);
-  configuration.SetString(L"SR\\UserSelectedGatewayName", L"GW");
-  configuration.SetString(L"Another\\Name", L"value");
+  kConfiguration.SetString(L"SR\\UserSelectedGatewayName", L"GW");
+  kConfiguration.SetString(L"Another\\Name", L"value");
   StoreMap stores = Map({FullStore(L"one")});
   saved_.Save(stores);
   std::wstring value;
-  EXPECT_TRUE(configuration.GetString(L"SR\\UserSelectedGatewayName", L"", value) && value == L"GW");
-  EXPECT_TRUE(configuration.GetString(L"Another\\Name", L"", value) && value == L"value");
+  EXPECT_TRUE(kConfiguration.GetString(L"SR\\UserSelectedGatewayName", L"", value) && value == L"GW");
+  EXPECT_TRUE(kConfiguration.GetString(L"Another\\Name", L"", value) && value == L"value");
 }
 
 TEST_F(SavedStoresTest, AKillAtAnyMomentLeavesTheOldListOrTheNewOne) {
@@ -178,7 +179,7 @@ TEST_F(SavedStoresTest, AKillAtAnyMomentLeavesTheOldListOrTheNewOne) {
   int replaced = 0;
   for (int call = 0; saved_.Save(first), DiesWhileSaving(second, call); ++call) {
     const std::string left = ReadFile(file_);
-    const Wide ids = Ids(SRRegistryConfig().RestoreStores());
+    const Wide ids = Ids(SRRegistryConfig(kConfiguration).RestoreStores());
     if (left == afterwards) {
       EXPECT_EQ(ids, (Wide{L"three", L"two"})) << call;
       ++replaced;
@@ -200,7 +201,7 @@ TEST_F(SavedStoresTest, WhoReadsWhileTheListIsSavedFindsTheOldListOrTheNewOne) {
   for (int reader = 0; reader < 3; ++reader) {
     readers.emplace_back([&isSaving] {
       while (isSaving) {
-        const Wide ids = Ids(SRRegistryConfig().RestoreStores());
+        const Wide ids = Ids(SRRegistryConfig(kConfiguration).RestoreStores());
         EXPECT_TRUE(ids == (Wide{L"one", L"two"}) || ids == (Wide{L"three"})) << ids.size();
       }
     });
@@ -225,7 +226,7 @@ TEST_F(SavedStoresTest, OnADiskWithTooLittleRoomTheListStaysAsItWas) {
     ASSERT_LT(room, 100000U);
   }
   EXPECT_GT(room, before.size());
-  EXPECT_EQ(Ids(SRRegistryConfig().RestoreStores()), (Wide{L"one", L"three", L"two"}));
+  EXPECT_EQ(Ids(SRRegistryConfig(kConfiguration).RestoreStores()), (Wide{L"one", L"three", L"two"}));
   EXPECT_THAT(NamesIn(file_.parent_path()), ElementsAre(file_.filename().string()));
   static_cast<void>(SystemLogFake::TakeLines());
 }

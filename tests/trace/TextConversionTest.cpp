@@ -1,5 +1,4 @@
-#include "SRLib/Platform/DocumentFile.h"
-#include "SRLib/Platform/Waiting.h"
+#include "MacUtils.h"
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/Files/FileDescriptor.h"
 #include "libs/Termination/TerminationEvent.h"

@@ -1,5 +1,6 @@
 #include "MacISRNotificationManager.h"
 #include "SRLib/SRProvider.h"
+#include "fakes/PartsOfTheProcess.h"
 #include "libs/Files/Bundle.h"
 #include "libs/Lifetime/UniqueHandle.h"
 #include "libs/PropertyList/PropertyList.h"
@@ -143,10 +144,7 @@ TEST_F(NotificationsTest, TheModuleGetsTheAgentsTerminationDescriptor) {
 }
 
 TEST_F(NotificationsTest, InitMakesTheProviderUseThePlugIn) {
-  const testsupport::TemporaryFolder home;
-  ::setenv("XDG_CONFIG_HOME", home.Path().c_str(), 1);
-  ::setenv("XDG_CONFIG_DIRS", home.Path().c_str(), 1);
-
+  ServiceRecords::SRProvider::Register(testsupport::PartsOfTheProcess([] {}));
   MacIServiceRecordsNotifications::Init();
 
   auto* registered = ServiceRecords::SRProvider::Instance().Notification();

@@ -30,7 +30,8 @@ using testsupport::WardenRequest;
 bool Answered(const std::wstring& url) {
   std::wstring response;
   bool canceled = false;
-  return ServiceRecords::SRTrustedHTTPRequest::MakeRequest({url, {}}, response, canceled);
+  ServiceRecords::MacSRHTTPRequestFactory requests;
+  return ServiceRecords::SRTrustedHTTPRequest(requests).MakeRequest({url, {}}, response, canceled);
 }
 
 TEST(OverlappingRequests, AServerThatDoesNotAnswerKeepsNobodyElsesRequestWaiting) {

@@ -1,4 +1,4 @@
-#include "SRLib/Platform/GenericFactories.h"
+#include "GenericFactories.h"
 
 #include "MacCSLibrary.h"
 #include "MacConfiguration.h"

@@ -60,11 +60,11 @@ void MacSSLValidation::ReportFailure(std::int64_t errorCode, SSLValidationDetail
   if (StreamErrorCode::IsTlsFailure(errorCode)) {
     CSRLog(2, "Could not fetch certificates for URL %@", address);
     details.Result = SSLValidationDetails::kCertificatesNotFetched;
-    details.AddError(util::MessageWithArgument(util::kMessageCertificatesNotFetched, url_.GetServer()));
+    details.AddError(Message(util::kMessageCertificatesNotFetched, url_.GetServer()));
   } else {
     CSRLog(2, "Failed to contact URL  %@", address);
     details.Result = SSLValidationDetails::kServerNotContacted;
-    details.AddError(util::MessageWithArgument(util::kMessageServerNotContacted, url_.GetDisplayURL()));
+    details.AddError(Message(util::kMessageServerNotContacted, url_.GetDisplayURL()));
   }
 }
 

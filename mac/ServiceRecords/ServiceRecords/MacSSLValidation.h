@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MacCertificate.h"
+#include "ResourceKeeper.h"
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationFactory.h"
 #include "libs/Transfer/OpenSslHandles.h"
@@ -15,7 +16,7 @@ namespace ServiceRecords {
 // Ended early by termination.
 class MacSSLValidation : public SSLValidation {
  public:
-  using SSLValidation::SSLValidation;
+  explicit MacSSLValidation(const std::wstring& url) : SSLValidation(url, util::MessageFromResourceW) {}
   bool PerformValidation(SSLValidationDetails& details) override;
 
   // Logs, and adds to `details`, what a validation without certificates means that ended with this code.

@@ -1,5 +1,5 @@
-#include "SRLib/Platform/DocumentFile.h"
-#include "SRLib/Platform/Waiting.h"
+#include "MacUtils.h"
+
 #include "libs/DomLib/DocumentSize.h"
 #include "libs/Termination/TerminationEvent.h"
 #include "libs/Text/TextHelpers.h"

@@ -1,6 +1,6 @@
+#include "MacWayfinderProxy.h"
+
 #include "Bus/StoreDictionaries.h"
-#include "SRLib/Platform/NetworkLocation.h"
-#include "SRLib/Platform/Publication.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 

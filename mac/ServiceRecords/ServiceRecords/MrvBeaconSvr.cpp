@@ -2,6 +2,7 @@
 
 #include "Bus/BusMarshalling.h"
 #include "DbgTrace.h"
+#include "GenericFactories.h"
 #include "SRLib/Provider/StoreSnapshot.h"
 #include "SRLib/SRProvider.h"
 #include "libs/Text/TextHelpers.h"
@@ -70,11 +71,11 @@ std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(
     return std::nullopt;
   }
   CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
-  const auto stores = SRProvider::Instance().Snapshot();
-  const SRStore* store = stores->ByURL(util::widen(storeURL));
+  const auto store = SRProvider::Instance().GetPublishedStoreFromURL(util::widen(storeURL));
   SRGateway gateway;
   std::optional<PropertyList::Dictionary> result;
-  if (store != nullptr && store->GetDefaultGatewayRef(gateway)) {
+  if (store != nullptr &&
+      store->GetDefaultGatewayRef(gateway, CGenericFactories::Instance().UserConfiguration())) {
     result =
         PropertyList::Dictionary{{"GatewayURL", BusText(gateway.GetLocation())},
                                  {"GatewayName", BusText(gateway.GetName())},

@@ -1,6 +1,5 @@
 #include "ResourceKeeper.h"
 
-#include "SRLib/Platform/Messages.h"
 #include "libs/Files/AtomicFile.h"
 #include "libs/Files/Bundle.h"
 #include "libs/Lifetime/NoDestructor.h"

@@ -38,3 +38,12 @@ class ResourceKeeper {
   std::map<int, std::string> _resourceCache;
   std::string _countryCodeOfCache;
 };
+
+namespace util {
+
+// The main bundle's text for the user's language, or an explanation of why there is none. Never null. The
+// characters stay good until a different text is looked up under the same id; callers copy them at once. Any
+// thread.
+[[nodiscard]] const wchar_t* MessageFromResourceW(int id);
+
+}  // namespace util

@@ -7,6 +7,7 @@
 #include "MacSSLValidation.h"
 #include "Process/BackgroundTasks.h"
 #include "Process/MainLoop.h"
+#include "Process/PlatformParts.h"
 #include "SRLib/SRProvider.h"
 #include "libs/Bus/ServiceNames.h"
 #include "libs/Text/TextHelpers.h"
@@ -64,6 +65,7 @@ void ServiceRecordInit() {
   ServiceRecordUpdateLoggingFromPrefs();
   MacSRHTTPRequestFactory::Init();
   MacSSLValidationFactory::Init();
+  SRProvider::Register(PlatformParts());
   MacIServiceRecordsNotifications::Init();
 }
 

@@ -5,7 +5,7 @@
 extern "C" {
 
 // Starts the core: the two libraries' logs, the logging preference, the request and validation factories,
-// the notifications and with them the provider. Main thread, once.
+// the provider's parts, the notifications and with them the provider. Main thread, once.
 void ServiceRecordInit();
 
 // Handles one opened file: the user's confirmation, the discovery service's, the announcement. `path` is

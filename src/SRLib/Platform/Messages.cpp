@@ -4,8 +4,7 @@
 
 namespace util {
 
-std::wstring MessageWithArgument(int id, std::string_view argument) {
-  std::wstring message = MessageFromResourceW(id);
+std::wstring WithArgument(std::wstring message, std::string_view argument) {
   if (const std::size_t at = message.find(L"%S"); at != std::wstring::npos)
     message.replace(at, 2, widen(argument));
   return message;

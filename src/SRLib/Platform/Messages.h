@@ -18,12 +18,7 @@ enum MessageId : int {
   kMessageStoresNotRead = 1712,
 };
 
-// The text for the user's language, or an explanation of why there is none. Never null. The characters stay
-// good until a different text is looked up under the same id; callers copy them at once. Any thread. The
-// platform defines it.
-[[nodiscard]] const wchar_t* MessageFromResourceW(int id);
-
-// The text with its first "%S" replaced by `argument` (UTF-8).
-[[nodiscard]] std::wstring MessageWithArgument(int id, std::string_view argument);
+// The message with its first "%S" replaced by `argument` (UTF-8).
+[[nodiscard]] std::wstring WithArgument(std::wstring message, std::string_view argument);
 
 }  // namespace util

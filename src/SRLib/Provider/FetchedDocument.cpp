@@ -1,10 +1,10 @@
 #include "SRLib/Provider/FetchedDocument.h"
 
 #include "SRLib/Gen_URL.h"
+#include "SRLib/Provider/ProviderTrace.h"
 #include "libs/Address/SendingForm.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Trace/SystemLog.h"
-#include "libs/Trace/Trace.h"
 
 namespace ServiceRecords {
 namespace {
@@ -42,7 +42,7 @@ class Ownership {
 std::string PassedOver(const std::wstring& id, const FetchedDocument& document, const char* reason) {
   std::string line = "Passed over store " + util::narrow(id) + " in the discovery document of store " +
                      util::narrow(document.askedID) + ": " + reason;
-  SR_TRACE(2) << "..." << line;
+  SR_PROVIDER_TRACE(2) << "..." << line;
   return line;
 }
 

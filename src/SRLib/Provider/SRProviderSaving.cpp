@@ -1,10 +1,8 @@
 // How the provider restores and saves its list, and what it does while it cannot.
 #include "SRLib/Platform/GenericCS.h"
-#include "SRLib/Platform/IServiceRecordsNotifications.h"
 #include "SRLib/Platform/Messages.h"
-#include "SRLib/Platform/Publication.h"
+#include "SRLib/Provider/ProviderTrace.h"
 #include "SRLib/SRProvider.h"
-#include "libs/Trace/Trace.h"
 
 #include <utility>
 
@@ -12,7 +10,7 @@ namespace ServiceRecords {
 
 void SRProvider::RestoreFromRepository() {
   const CriticalSectionLock lock(*lock_);
-  TakeReading(SavedStores::Read());
+  TakeReading(saved_.Read());
 }
 
 void SRProvider::TakeReading(SavedStores::Reading reading) {
@@ -23,7 +21,7 @@ void SRProvider::TakeReading(SavedStores::Reading reading) {
 
 // Reads without the lock: whoever asks for the empty list must not wait for a disk that gives no answer.
 bool SRProvider::ReadAgain() {
-  SavedStores::Reading reading = SavedStores::Read();
+  SavedStores::Reading reading = saved_.Read();
   const bool wasRead = reading.stores.has_value();
   std::function<void()> listWasRead;
   {
@@ -59,7 +57,7 @@ void SRProvider::Publish() {
     const std::lock_guard lock(publishedMutex_);
     published_ = snapshot;
   }
-  SetAllServiceRecordsToList(snapshot);
+  parts_.publish(snapshot);
 }
 
 std::shared_ptr<const StoreSnapshot> SRProvider::Snapshot() const {
@@ -69,14 +67,13 @@ std::shared_ptr<const StoreSnapshot> SRProvider::Snapshot() const {
 
 bool SRProvider::MayChange() {
   if (StateOfSavedStores() != SavedStores::State::Unreadable || ReadAgain()) return true;
-  SR_TRACE(2) << "...The saved stores cannot be read, so nothing is changed.";
+  SR_PROVIDER_TRACE(2) << "...The saved stores cannot be read, so nothing is changed.";
   return false;
 }
 
 bool SRProvider::MayChangeOrTell(int title) {
   if (MayChange()) return true;
-  Notification()->ShowSRErrorDialog(util::MessageFromResourceW(title),
-                                    util::MessageFromResourceW(util::kMessageStoresNotRead));
+  ShowError(title, util::kMessageStoresNotRead);
   return false;
 }
 

@@ -8,6 +8,10 @@
 #include <optional>
 #include <string>
 
+namespace Config {
+class Configurator;
+}
+
 namespace ServiceRecords {
 
 // The saved list behind the provider's. Remembers that it could not be read or written, says so once in the
@@ -22,6 +26,9 @@ class SavedStores {
   };
   // Starts a timer, in place of the one that was started before.
   using StartTimer = std::function<void(std::chrono::seconds)>;
+
+  // The user's configuration, which must outlive this.
+  explicit SavedStores(const Config::Configurator& configuration) : configuration_(configuration) {}
 
   // Any thread, without the lock too.
   [[nodiscard]] State CurrentState() const { return state_; }
@@ -38,15 +45,18 @@ class SavedStores {
     std::string problem;
   };
   // Takes as long as the disk does. Any thread, with or without the lock.
-  [[nodiscard]] static Reading Read();
+  [[nodiscard]] Reading Read() const;
   void TakeReading(const Reading& reading);
   // Not const: a missing beacon list is filled before it is saved. What is thrown counts as a failure.
   void Save(StoreMap& stores);
 
  private:
+  // Why the stores were not saved; nothing when they were.
+  [[nodiscard]] std::optional<std::string> TrySave(StoreMap& stores) const;
   void TakeResult(State state, const std::string& problem);
   void WaitForRetry();
 
+  const Config::Configurator& configuration_;
   std::atomic<State> state_ = State::Good;
   unsigned int attempts_ = 0;
   std::chrono::seconds delay_{};

@@ -50,9 +50,7 @@ class StoreSnapshot {
 
   // Null when there is no store of that id.
   [[nodiscard]] const SRStore* ByID(const std::wstring& id) const;
-  // The store that a URL points at: by the whole address, by the address cut back segment by segment, by host
-  // and port. Null when there is none. Writes what it does into the trace log.
-  [[nodiscard]] const SRStore* ByURL(const std::wstring& url) const;
+  [[nodiscard]] const StoreURLIndex& URLs() const { return urls_; }
 
  private:
   ListedStores stores_;

@@ -96,7 +96,10 @@ class Statement {
 }  // namespace trace
 
 // Writes one record: SR_TRACE(level) << piece << piece. The pieces are evaluated only when something listens.
-#define SR_TRACE(traceLevel)                                                                            \
-  for (trace::Statement srTraceStatement((traceLevel), __FILE__, __LINE__); srTraceStatement.Listens(); \
-       srTraceStatement.End())                                                                          \
+#define SR_TRACE(traceLevel) SR_TRACE_AT(__FILE__, traceLevel)
+
+// The same for a record that bears another file's name than that of the one in which it is written.
+#define SR_TRACE_AT(file, traceLevel)                                                                 \
+  for (trace::Statement srTraceStatement((traceLevel), (file), __LINE__); srTraceStatement.Listens(); \
+       srTraceStatement.End())                                                                        \
   srTraceStatement

@@ -1,33 +1,17 @@
-// How the provider reaches a store for its discovery document.
-#include "SRLib/Platform/NetworkLocation.h"
-#include "SRLib/Platform/Waiting.h"
+#include "SRLib/Provider/StoreConnection.h"
+
+#include "SRLib/Provider/ProviderTrace.h"
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
-#include "SRLib/SRProvider.h"
 #include "SRLib/SRTrustedHTTPRequest.h"
-#include "libs/Trace/Trace.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
-#include <optional>
+#include <memory>
 
 namespace ServiceRecords {
 namespace {
 
 constexpr int kSecondsToDecide = 120;
-
-// The location as soon as it is decided; nothing when that takes too long or the process is about to end.
-std::optional<std::uint32_t> DecidedLocation(const std::wstring& storeURL) {
-  std::uint32_t location = LocationRelativeToStoreURL(storeURL);
-  for (int waits = 0; location == Wayfinder::kDeciding; ++waits) {
-    if (waits == kSecondsToDecide) {
-      SR_TRACE(0) << "MakeConnection: Not requesting headers because network location is: deciding. ";
-      return std::nullopt;
-    }
-    if (!util::WaitOneSecond()) return std::nullopt;
-    location = LocationRelativeToStoreURL(storeURL);
-  }
-  return location;
-}
 
 // The numbers are the authentication manager's. An Enterprise gateway without a mode of its own gets 0,
 // whatever the message calls it.
@@ -39,14 +23,15 @@ std::uint32_t GatewayMode(SRGateway::GatewayEdition edition, SRGateway::AGMode m
     case SRGateway::GatewayEdition::Enterprise:
       if (mode == SRGateway::AGMode::ENTCVPN_RW) return MORVANE_WARDEN_MODE_VPN;
       if (mode == SRGateway::AGMode::SG_RW) return MORVANE_WARDEN_MODE_SG_REWRITE;
-      SR_TRACE(2) << "AG mode needs to be specified for Enterprise gateway type. By default set to SG mode.";
+      SR_PROVIDER_TRACE(2)
+          << "AG mode needs to be specified for Enterprise gateway type. By default set to SG mode.";
       return MORVANE_WARDEN_MODE_SG;
   }
   return MORVANE_WARDEN_MODE_SG;
 }
 
 // Name and location must outlive the record.
-SRWardenRequest_Data ConvertStoreToWardenFormat(SRStore& store, const std::wstring& gatewayName,
+SRWardenRequest_Data ConvertStoreToWardenFormat(const SRStore& store, const std::wstring& gatewayName,
                                                 const std::wstring& gatewayLocation,
                                                 SRGateway::GatewayEdition edition,
                                                 SRGateway::GatewayAuthentication authentication,
@@ -66,19 +51,36 @@ SRWardenRequest_Data ConvertStoreToWardenFormat(SRStore& store, const std::wstri
   return data;
 }
 
-bool RequestDirectly(const std::wstring& storeURL, std::wstring& response) {
-  const std::unique_ptr<SRHTTPRequest> request = SRHTTPRequestFactory::c_Instance->Create(storeURL);
+}  // namespace
+
+std::optional<std::uint32_t> StoreConnection::DecidedLocation(const std::wstring& storeURL) const {
+  std::uint32_t location = parts_.locationRelativeTo(storeURL);
+  for (int waits = 0; location == Wayfinder::kDeciding; ++waits) {
+    if (waits == kSecondsToDecide) {
+      SR_PROVIDER_TRACE(0)
+          << "MakeConnection: Not requesting headers because network location is: deciding. ";
+      return std::nullopt;
+    }
+    if (!parts_.waitOneSecond()) return std::nullopt;
+    location = parts_.locationRelativeTo(storeURL);
+  }
+  return location;
+}
+
+bool StoreConnection::RequestDirectly(const std::wstring& storeURL, std::wstring& response) const {
+  const std::unique_ptr<SRHTTPRequest> request = parts_.requests.Create(storeURL);
   if (!request->SendHTTPRequest(L"")) return false;
   response = request->GetBody();
   return true;
 }
 
-bool RequestThroughWarden(SRStore& store, std::wstring& response, bool& canceled) {
+bool StoreConnection::RequestThroughWarden(const SRStore& store, std::wstring& response,
+                                           bool& canceled) const {
   SRGateway gateway;
   std::wstring name;
   std::wstring location;
   SRWardenRequest_Data data;
-  if (store.GetDefaultGatewayRef(gateway)) {
+  if (store.GetDefaultGatewayRef(gateway, parts_.configuration)) {
     name = gateway.GetName();
     location = gateway.GetLocation();
     data = ConvertStoreToWardenFormat(store, name, location, gateway.GetEdition(),
@@ -86,28 +88,27 @@ bool RequestThroughWarden(SRStore& store, std::wstring& response, bool& canceled
   } else {
     data = ConvertStoreToWardenFormat(store, name, location, {}, {}, {});
   }
-  return SRTrustedHTTPRequest::MakeRequest(data, response, canceled);
+  return SRTrustedHTTPRequest(parts_.requests, parts_.warden).MakeRequest(data, response, canceled);
 }
 
-}  // namespace
-
-bool SRProvider::MakeConnection(SRStore& store, std::wstring& response, bool& canceled) {
+bool StoreConnection::Make(const SRStore& store, std::wstring& response, bool& canceled) const {
   const std::optional<std::uint32_t> location = DecidedLocation(store.GetStoreURL());
   if (!location) return false;
   switch (*location) {
     case Wayfinder::kNone:
-      SR_TRACE(0) << "MakeConnection: No point in attempting to request headers from DS, because network "
-                     "location is: "
-                  << *location;
+      SR_PROVIDER_TRACE(0)
+          << "MakeConnection: No point in attempting to request headers from DS, because network "
+             "location is: "
+          << *location;
       return false;
     case Wayfinder::kLAN:
     case Wayfinder::kVPN:
-      SR_TRACE(0) << "MakeConnection: direct to the store " << store.GetStoreID()
-                  << ", because network location is: " << *location;
+      SR_PROVIDER_TRACE(0) << "MakeConnection: direct to the store " << store.GetStoreID()
+                           << ", because network location is: " << *location;
       return RequestDirectly(store.GetStoreURL(), response);
     default:
-      SR_TRACE(0) << "MakeConnection: using Warden for the store " << store.GetStoreID()
-                  << ", because network location is: " << *location;
+      SR_PROVIDER_TRACE(0) << "MakeConnection: using Warden for the store " << store.GetStoreID()
+                           << ", because network location is: " << *location;
       return RequestThroughWarden(store, response, canceled);
   }
 }

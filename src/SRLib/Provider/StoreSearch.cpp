@@ -1,7 +1,4 @@
-// How the store that a URL points at is found in a list.
-#include "SRLib/Platform/GenericCS.h"
-#include "SRLib/SRProvider.h"
-#include "libs/Trace/Trace.h"
+#include "SRLib/Provider/StoreSearch.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -40,42 +37,41 @@ bool MayBeCutBack(const std::wstring& url) {
   return slashes - 1 <= kMaximumCuts;
 }
 
-// Writes the comparisons that a plain walk over the trimmed URLs makes into the trace log, the first ones
-// singly and the others as their number.
+// Records the comparisons that a plain walk over the trimmed URLs makes, the first ones singly and the others
+// as their number.
 class CheckRecords {
  public:
-  explicit CheckRecords(const StoreURLIndex& stores)
-      : trimmed_(stores.TrimmedURLs()), isWanted_(trace::IsEnabled()) {}
+  CheckRecords(const StoreURLIndex& stores, const SearchRecord& record)
+      : trimmed_(stores.TrimmedURLs()), record_(record) {}
   ~CheckRecords() {
     if (count_ <= kMaximumCheckRecords) return;
-    SR_TRACE(0) << "SRProvider::GetStoreFromURL further checks of trimmedStoreUrl: "
-                << count_ - kMaximumCheckRecords;
+    record_(L"further checks of trimmedStoreUrl: " + std::to_wstring(count_ - kMaximumCheckRecords));
   }
   CheckRecords(const CheckRecords&) = delete;
   CheckRecords& operator=(const CheckRecords&) = delete;
 
   // The URL is compared with the trimmed ones up to the place of an equal one, or with all of them.
   void Add(const std::wstring& url, std::size_t place) {
-    if (!isWanted_) return;
+    if (!record_) return;
     const std::size_t checks = std::min(place + 1, trimmed_.size());
     for (std::size_t i = 0; i < checks && count_ + i < kMaximumCheckRecords; ++i) {
-      SR_TRACE(0) << "SRProvider::GetStoreFromURL checking trimmedStoreUrl: " << url
-                  << ", against: " << trimmed_[i].url;
+      record_(L"checking trimmedStoreUrl: " + url + L", against: " + std::wstring(trimmed_[i].url));
     }
     count_ += checks;
   }
 
  private:
   const std::vector<StoreURLIndex::Trimmed>& trimmed_;
-  const bool isWanted_;
+  const SearchRecord& record_;
   std::uint64_t count_ = 0;
 };
 
 // Pass 2: the address cut back segment by segment. The uncut request is deliberately not compared.
-const SRStore* FindByTrimmedAddress(const StoreURLIndex& stores, std::wstring url) {
+const SRStore* FindByTrimmedAddress(const StoreURLIndex& stores, std::wstring url,
+                                    const SearchRecord& record) {
   if (!MayBeCutBack(url)) return nullptr;
-  SR_TRACE(0) << "SRProvider::GetStoreFromURL full store address not found, checking by trimming URLs";
-  CheckRecords records(stores);  // the record above has decided whether the log is on
+  if (record) record(L"full store address not found, checking by trimming URLs");
+  CheckRecords records(stores, record);
   while (CutBack(url)) {
     const std::size_t place = stores.PlaceOfTrimmed(url);
     records.Add(url, place);
@@ -85,42 +81,31 @@ const SRStore* FindByTrimmedAddress(const StoreURLIndex& stores, std::wstring ur
 }
 
 // Pass 3: host and port anywhere in a store's URL, the loose last resort.
-const SRStore* FindByHostAndPort(const StoreURLIndex& stores, std::wstring address) {
+const SRStore* FindByHostAndPort(const StoreURLIndex& stores, std::wstring address,
+                                 const SearchRecord& record) {
   if (const std::size_t at = address.find(kSchemeSeparator); at != std::wstring::npos)
     address.erase(0, at + 3);
   if (const std::size_t at = address.find(kPathSeparator); at != std::wstring::npos) address.erase(at);
   if (address.empty()) return nullptr;
-  SR_TRACE(0)
-      << "SRProvider::GetStoreFromURL store address not found, looking for scheme-host-port, shpAddress is "
-      << address;
+  if (record) {
+    record(L"store address not found, looking for scheme-host-port, shpAddress is " + address);
+  }
   return stores.FirstContaining(address);
 }
 
 }  // namespace
 
-const SRStore* StoreSnapshot::ByURL(const std::wstring& url) const {
+const SRStore* FindStoreByURL(const StoreURLIndex& stores, const std::wstring& url,
+                              const SearchRecord& record) {
   const std::wstring lowered = LowerCased(url);
-  const SRStore* found = urls_.LastWithURL(lowered);  // deliberately not the first
-  if (found == nullptr) found = FindByTrimmedAddress(urls_, lowered);
-  if (found == nullptr) found = FindByHostAndPort(urls_, lowered);
-  if (found == nullptr) {
-    SR_TRACE(0) << "SRProvider::GetStoreFromURL failed to find matching store for URL: " << url;
-  } else {
-    SR_TRACE(0) << "SRProvider::GetStoreFromURL found matching store: " << found->GetStoreURL()
-                << ", for URL: " << url;
+  const SRStore* found = stores.LastWithURL(lowered);  // deliberately not the first
+  if (found == nullptr) found = FindByTrimmedAddress(stores, lowered, record);
+  if (found == nullptr) found = FindByHostAndPort(stores, lowered, record);
+  if (record && found == nullptr) record(L"failed to find matching store for URL: " + url);
+  if (record && found != nullptr) {
+    record(L"found matching store: " + found->GetStoreURL() + L", for URL: " + url);
   }
   return found;
-}
-
-bool SRProvider::GetStoreFromURL(const std::wstring& url, SRStore& store) const {
-  std::shared_ptr<const StoreSnapshot> stores;
-  {
-    const CriticalSectionLock lock(*lock_);
-    stores = stores_.Snapshot();
-  }
-  const SRStore* const found = stores->ByURL(url);
-  if (found != nullptr) store = *found;
-  return found != nullptr;
 }
 
 }  // namespace ServiceRecords

@@ -7,7 +7,7 @@
 #include <utility>
 
 // What the platform supplies to the core, in order: critical sections, the user's configuration and the
-// machine's. The platform defines Instance().
+// machine's.
 class CGenericFactories {
  public:
   CGenericFactories(std::unique_ptr<CGenericCSFactory> criticalSections,

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace testsupport {
+
+// A catalogue whose every text is "message" and its id, with an argument where the real text has one.
+[[nodiscard]] std::wstring StubMessage(int id);
+
+}  // namespace testsupport
