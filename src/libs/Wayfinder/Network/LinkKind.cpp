@@ -1,6 +1,6 @@
 #include "libs/Wayfinder/Network/LinkKind.h"
 
-#include <linux/if_arp.h>
+#include <net/if_arp.h>
 
 #include <algorithm>
 #include <array>
