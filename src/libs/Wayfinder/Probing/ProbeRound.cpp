@@ -175,19 +175,15 @@ const std::string& ProbeRound::HostOf(std::size_t question) const {
   return questions_[question].beacon.urls.front().host;
 }
 
-milliseconds ProbeRound::TimeToNextLookupEnd() const {
-  return lookingUp_.empty() ? milliseconds::max() : TimeUntil(lookingUp_.front().deadline);
-}
-
 void ProbeRound::Wait(std::span<const int> descriptors, milliseconds limit) {
   std::vector<curl_waitfd> watched;
   for (const int descriptor : descriptors) watched.push_back({descriptor, CURL_WAIT_POLLIN, 0});
   watched.push_back({lookups_.Descriptor(), CURL_WAIT_POLLIN, 0});
-  // Some releases of libcurl set no timer when they give up one address of a host and go on to the next.
+  // Lookups are given up at a time, too, and some releases of libcurl set no timer when they give up one
+  // address of a host and go on to the next.
   constexpr milliseconds kLongestWait{250};
-  const milliseconds wait = std::min({limit, TimeToNextLookupEnd(), kLongestWait});
   curl_multi_poll(transfers_.get(), watched.data(), static_cast<unsigned int>(watched.size()),
-                  static_cast<int>(wait.count()), nullptr);
+                  static_cast<int>(std::min(limit, kLongestWait).count()), nullptr);
 }
 
 }  // namespace Wayfinding

@@ -72,7 +72,6 @@ class ProbeRound {
   void TakeEnd(Probes::iterator probe, CURLcode code);
   void Report(std::size_t question, ProbeOutcome outcome);
   [[nodiscard]] const std::string& HostOf(std::size_t question) const;
-  [[nodiscard]] std::chrono::milliseconds TimeToNextLookupEnd() const;
 
   std::vector<Question> questions_;
   std::vector<std::vector<std::string>> addresses_;  // of their hosts, as far as found
