@@ -113,7 +113,7 @@ TEST_F(ProviderSavingTest, ASaveThatThrowsIsOneThatFailsWhereverItDoes) {
     EXPECT_EQ(SavedIds(), (Wide{L"b"}));
     delays_.clear();
   }
-  EXPECT_GT(calls, 10);
+  EXPECT_GT(calls, 4) << "at each text, and at the write of them all";
 }
 
 TEST_F(ProviderSavingTest, AFailingTimeIsSaidOnceInTheSystemLog) {

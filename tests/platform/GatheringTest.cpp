@@ -168,6 +168,27 @@ TEST_F(GatheringTest, TheScopesGatherApart) {
   EXPECT_EQ(StringIn(machine, L"A"), L"machine");
 }
 
+TEST_F(GatheringTest, TreesOfOneScopeGatherTogether) {
+  const CMacConfiguration other(true);
+  const auto gathering = configuration_.Gather();
+  other.SetString(L"A", L"new");
+  EXPECT_EQ(String(L"A"), L"new");
+  EXPECT_EQ(ReadFile(file_), before_);
+  gathering->PutInPlace();
+  EXPECT_THAT(ReadFile(file_), HasSubstr("new"));
+}
+
+TEST_F(GatheringTest, GatheringsOfTheScopesMayEndInAnyOrder) {
+  const CMacConfiguration machine(false);
+  auto gathering = configuration_.Gather();
+  const auto ofTheMachine = machine.Gather();
+  gathering.reset();
+  configuration_.SetString(L"A", L"at once");
+  machine.SetString(L"A", L"gathered");
+  EXPECT_THAT(ReadFile(file_), HasSubstr("at once"));
+  EXPECT_FALSE(fs::exists(preferenceFile(false)));
+}
+
 TEST_F(GatheringTest, TheFileIsReadOnceHoweverMuchIsAsked) {
   int reads = 0;
   FileSystemFaults faults;

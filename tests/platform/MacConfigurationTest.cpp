@@ -283,6 +283,7 @@ TEST_F(MacConfigurationTest, TheDeepestKeyThatTheFileHoldsReadsBack) {
   configuration_.CreateContainer(deep + L"e");
   configuration_.SetString(deep + L"f", L"deep");
   EXPECT_EQ(String(deep + L"f"), L"deep");
+  EXPECT_EQ(String(deep + L"f\\"), L"deep");
   configuration_.CreateContainer(deep + L"e\\g");
   EXPECT_THAT(Containers(deep + L"e"), IsEmpty());
   EXPECT_FALSE(fs::exists(file_.string() + ".damaged"));

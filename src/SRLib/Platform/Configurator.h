@@ -24,7 +24,7 @@ class Gathering {
   virtual ~Gathering() = default;
   // Makes the changes, in their order, to the tree as the storage holds it by then. As with a setter,
   // Failures tells when that did not last.
-  virtual void PutInPlace() {}
+  virtual void PutInPlace() = 0;
 };
 
 // A tree of named containers and typed values, addressed by backslash-separated paths such as "SR\Store".
@@ -55,12 +55,11 @@ class Configurator {
   virtual bool UnnotifyContainer(const std::uint32_t& handle) const = 0;
 
   // From here to the end of the result, what this thread reads is the storage as it was at the first reading,
-  // with what the thread has changed since. Within another one the result does nothing. A tree without
-  // storage has nothing to gather, and changes at once.
-  [[nodiscard]] virtual std::unique_ptr<Gathering> Gather() const { return std::make_unique<Gathering>(); }
+  // with what the thread has changed since. Within another one the result does nothing.
+  [[nodiscard]] virtual std::unique_ptr<Gathering> Gather() const = 0;
 
-  // What the results above do not tell. Of a tree without storage there is nothing to tell.
-  [[nodiscard]] virtual StorageFailures Failures() const { return {}; }
+  // What the results above do not tell.
+  [[nodiscard]] virtual StorageFailures Failures() const = 0;
 };
 
 }  // namespace Config

@@ -27,14 +27,18 @@ class SyncGuard {
   SyncGuard& operator=(const SyncGuard&) = delete;
 };
 
+const PropertyListFile& FileOf(bool perUser) {
+  static const NoDestructor<PropertyListFile> user(preferenceFile(true));
+  static const NoDestructor<PropertyListFile> machine(preferenceFile(false));
+  return perUser ? *user : *machine;
+}
+
 std::string Reason(const std::error_code& error) {
   if (error == std::errc::file_exists) return "the file is damaged, and there is no free name for its copy";
   return error.message();
 }
 
 }  // namespace
-
-ConfigurationFile::ConfigurationFile(bool perUser) : file_(preferenceFile(perUser)) {}
 
 ConfigurationFile& ConfigurationFile::OfScope(bool perUser) {
   static NoDestructor<ConfigurationFile> user(true);
@@ -52,7 +56,7 @@ PropertyListFile::Reading ConfigurationFile::Read() {
     const SyncGuard guard;
     before = wholeFile_;
   }
-  PropertyListFile::Reading reading = file_.Load(before);
+  PropertyListFile::Reading reading = FileOf(perUser_).Load(before);
   if (reading.Failure()) {
     Count(&Config::StorageFailures::reads, reading.Failure());
   } else {
@@ -62,16 +66,20 @@ PropertyListFile::Reading ConfigurationFile::Read() {
   return reading;
 }
 
-void ConfigurationFile::PutInPlace(std::span<const TreeChange> changes) {
+void ConfigurationFile::Replace(const Change& change) {
   const std::lock_guard turn(turnOfWriters_);
   PropertyListFile::Reading reading = Read();
   PropertyList::Dictionary tree = *reading.Root();
-  if (Apply(changes, tree)) PutPellContainer(std::move(reading), std::move(tree));
+  if (change(tree)) PutPellContainer(std::move(reading), std::move(tree));
+}
+
+void ConfigurationFile::Refuse(std::size_t components) {
+  CSRLog(2, "%s - key with %lu components is too deep or no text", "GetContainerAndKeyForRawKey", components);
 }
 
 void ConfigurationFile::PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree) {
-  if (const std::error_code error = file_.Save(reading, std::move(tree))) {
-    CSRLog(2, "failed to write preferences to: %@", file_.Path().string());
+  if (const std::error_code error = FileOf(perUser_).Save(reading, std::move(tree))) {
+    CSRLog(2, "failed to write preferences to: %@", FileOf(perUser_).Path().string());
     Count(&Config::StorageFailures::writes, error);
     return;
   }
@@ -83,7 +91,7 @@ void ConfigurationFile::PutPellContainer(PropertyListFile::Reading reading, Prop
 void ConfigurationFile::Count(std::uint64_t Config::StorageFailures::*kind, const std::error_code& error) {
   const SyncGuard guard;
   ++(failures_.*kind);
-  failures_.latest = file_.Path().string() + ": " + Reason(error);
+  failures_.latest = FileOf(perUser_).Path().string() + ": " + Reason(error);
 }
 
 Config::StorageFailures ConfigurationFile::Failures() const {

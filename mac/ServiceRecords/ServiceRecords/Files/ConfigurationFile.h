@@ -1,37 +1,31 @@
 #pragma once
 
-#include "Files/TreeChange.h"
-#include "SRLib/Platform/Configurator.h"
+#include "SRLib/Repository/ConfigurationStorage.h"
 #include "libs/Files/PropertyListFile.h"
 
-#include <memory>
 #include <mutex>
-#include <span>
 
-// The file behind one scope of the configuration. Any thread. Who only reads takes what was read or put in
-// place last, and waits for nobody; who writes waits for the other writers.
-class ConfigurationFile {
+// The file behind one scope of the configuration. Who only reads takes what was read or put in place last;
+// who replaces it waits for the others who do.
+class ConfigurationFile : public Config::ConfigurationStorage {
  public:
-  using Tree = std::shared_ptr<const PropertyList::Dictionary>;
+  // Its folder is made, and its place looked up, when it is first used.
+  explicit ConfigurationFile(bool perUser) : perUser_(perUser) {}
 
-  explicit ConfigurationFile(bool perUser);
-
-  // Made on first use, never destroyed: a thread may still save while the process exits.
+  // Made on first use; a thread may still save while the process exits.
   [[nodiscard]] static ConfigurationFile& OfScope(bool perUser);
 
-  // What the file holds now; an empty tree when it cannot be read, which is counted.
-  [[nodiscard]] Tree Load();
-  // Makes the changes to what the file holds now, and replaces it. That this failed is logged and counted.
-  void PutInPlace(std::span<const TreeChange> changes);
-
-  [[nodiscard]] Config::StorageFailures Failures() const;
+  [[nodiscard]] Tree Load() override;
+  void Replace(const Change& change) override;
+  void Refuse(std::size_t components) override;
+  [[nodiscard]] Config::StorageFailures Failures() const override;
 
  private:
   PropertyListFile::Reading Read();
   void PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree);
   void Count(std::uint64_t Config::StorageFailures::*kind, const std::error_code& error);
 
-  const PropertyListFile file_;
+  const bool perUser_;
   std::mutex turnOfWriters_;
   // Both are guarded by SyncLock.
   PropertyListFile::Reading wholeFile_;

@@ -2,18 +2,23 @@
 
 #include "libs/PropertyList/PropertyList.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
+namespace Config {
+
 // Where a key of the configuration leads: names between single backslashes, all but the last of them names of
 // containers. UTF-8.
 class KeyPath {
  public:
-  // Nothing, with a line in the log, when the file cannot hold what lies there: a name that would come back
-  // from it as another one, or too many of them.
+  // Nothing when a property list's file cannot hold what lies there: a name that would come back from it as
+  // another one, or too many of them.
   [[nodiscard]] static std::optional<KeyPath> Of(const std::wstring& rawKey);
+  // Of how many names the key consists, the entry's counted.
+  [[nodiscard]] static std::size_t ComponentsOf(const std::wstring& rawKey);
 
   // All but the last name: the same for all entries of one container.
   [[nodiscard]] std::string_view Way() const;
@@ -29,3 +34,5 @@ class KeyPath {
 
   std::string names_;
 };
+
+}  // namespace Config

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace Config {
+
 // The containers among the entries of one dictionary, by their number from 0 on. Asked in order, each is
 // found from the one before. The dictionary has to stay as it is.
 class NumberedContainers {
@@ -21,3 +23,5 @@ class NumberedContainers {
   std::uint32_t before_ = 0;  // how many lie before the place
   std::size_t place_ = 0;
 };
+
+}  // namespace Config

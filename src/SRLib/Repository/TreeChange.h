@@ -1,9 +1,11 @@
 #pragma once
 
-#include "Files/KeyPath.h"
+#include "SRLib/Repository/KeyPath.h"
 #include "libs/PropertyList/PropertyList.h"
 
 #include <span>
+
+namespace Config {
 
 // One change of the configuration's tree. Plain; can be made to any tree, more than once.
 struct TreeChange {
@@ -19,3 +21,5 @@ struct TreeChange {
 
 // Makes the changes in their order. False when none of them asks for the tree to be written.
 [[nodiscard]] bool Apply(std::span<const TreeChange> changes, PropertyList::Dictionary& root);
+
+}  // namespace Config

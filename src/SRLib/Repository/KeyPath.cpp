@@ -1,10 +1,10 @@
-#include "Files/KeyPath.h"
+#include "SRLib/Repository/KeyPath.h"
 
-#include "DbgTrace.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
 
+namespace Config {
 namespace {
 
 using PropertyList::Dictionary;
@@ -23,14 +23,17 @@ std::optional<std::string_view> TakeContainerName(std::string_view& path) {
 
 }  // namespace
 
+std::size_t KeyPath::ComponentsOf(const std::wstring& rawKey) {
+  const auto separators = static_cast<std::size_t>(std::ranges::count(rawKey, kSeparator));
+  return rawKey.ends_with(kSeparator) ? separators : separators + 1;
+}
+
 std::optional<KeyPath> KeyPath::Of(const std::wstring& rawKey) {
-  std::string path = util::narrow(rawKey);
   const bool isWritable = std::ranges::all_of(rawKey, PropertyList::IsWritable);
+  if (!isWritable || ComponentsOf(rawKey) >= PropertyList::kMaximumDepth) return std::nullopt;
+  std::string path = util::narrow(rawKey);
   if (path.ends_with(kSeparator)) path.pop_back();
-  const auto names = static_cast<std::size_t>(std::ranges::count(path, kSeparator)) + 1;
-  if (isWritable && names < PropertyList::kMaximumDepth) return KeyPath(std::move(path));
-  CSRLog(2, "%s - key with %lu components is too deep or no text", "GetContainerAndKeyForRawKey", names);
-  return std::nullopt;
+  return KeyPath(std::move(path));
 }
 
 std::string_view KeyPath::Way() const {
@@ -62,3 +65,5 @@ Dictionary& KeyPath::MakeContainerIn(Dictionary& root) const {
   }
   return *container;
 }
+
+}  // namespace Config

@@ -1,4 +1,6 @@
-#include "Files/NumberedContainers.h"
+#include "SRLib/Repository/NumberedContainers.h"
+
+namespace Config {
 
 const std::string* NumberedContainers::NameOf(std::uint32_t number) {
   if (number < before_) {
@@ -13,3 +15,5 @@ const std::string* NumberedContainers::NameOf(std::uint32_t number) {
   }
   return nullptr;
 }
+
+}  // namespace Config

@@ -1,7 +1,8 @@
-#include "Files/TreeChange.h"
+#include "SRLib/Repository/TreeChange.h"
 
 #include <string_view>
 
+namespace Config {
 namespace {
 
 using PropertyList::Dictionary;
@@ -37,3 +38,5 @@ bool Apply(std::span<const TreeChange> changes, Dictionary& root) {
   }
   return isToBeWritten;
 }
+
+}  // namespace Config
