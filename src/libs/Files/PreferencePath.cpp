@@ -24,7 +24,7 @@ std::filesystem::path UnderHome(const std::filesystem::path& path) {
 
 std::filesystem::path PreferencePath(bool perUser) {
   const std::filesystem::path name = "Morvane/ServiceRecords.plist";
-  const std::filesystem::path machine = StandardDirectories::MachineApplicationSupport() / name;
+  std::filesystem::path machine = StandardDirectories::MachineApplicationSupport() / name;
   if (!perUser) return machine;
   const std::optional<std::filesystem::path> user = StandardDirectories::UserApplicationSupport();
   return user ? *user / name : UnderHome(machine);
