@@ -476,4 +476,19 @@ TEST(PropertyListTest, AnyNumberOrBooleanIsAWholeNumber) {
   EXPECT_EQ(Value("1").AsNumber(), std::nullopt);
 }
 
+TEST(PropertyListTest, CopiesStayAsTheyAreWhenOneOfThemChanges) {
+  const Dictionary inner{{"a", 1}};
+  const Dictionary first{{"inner", inner}, {"other", "text"}};
+  Dictionary second = first;
+  second.Find("inner")->As<Dictionary>()->Set("a", 2);
+  Dictionary third = second;
+  EXPECT_TRUE(third.Erase("inner"));
+  third.Set("other", "changed");
+  second = Dictionary(second);
+  EXPECT_EQ(inner, (Dictionary{{"a", 1}}));
+  EXPECT_EQ(first, (Dictionary{{"inner", Dictionary{{"a", 1}}}, {"other", "text"}}));
+  EXPECT_EQ(second, (Dictionary{{"inner", Dictionary{{"a", 2}}}, {"other", "text"}}));
+  EXPECT_EQ(third, (Dictionary{{"other", "changed"}}));
+}
+
 }  // namespace

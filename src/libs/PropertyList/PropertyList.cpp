@@ -24,104 +24,126 @@ std::uint64_t WholeNumber(double value) {
 
 }  // namespace
 
-Dictionary::Dictionary() = default;
-Dictionary::Dictionary(Dictionary&&) noexcept = default;
-Dictionary& Dictionary::operator=(Dictionary&&) noexcept = default;
-Dictionary::~Dictionary() = default;
+// What copies of a dictionary share.
+struct Dictionary::Content {
+  // The place of the name among the entries; their number when it is none of them.
+  [[nodiscard]] std::size_t PlaceOf(std::string_view key) const;
+  // Where in `inOrder` the name's place is, or would be.
+  [[nodiscard]] std::vector<std::uint32_t>::const_iterator Rank(std::string_view key) const;
+  Value& Set(std::string_view key, Value value);
+  void PutInOrder();
+  void JoinEqualNames();
 
-Dictionary::Dictionary(const Dictionary& other)
-    : entries_(other.entries_),
-      inOrder_(other.inOrder_ ? std::make_unique<Places>(*other.inOrder_) : nullptr) {}
-
-Dictionary& Dictionary::operator=(const Dictionary& other) {
-  return *this = Dictionary(other);
-}
-
-Dictionary::Dictionary(std::initializer_list<Entry> entries) : Dictionary(std::vector<Entry>(entries)) {}
-
-Dictionary::Dictionary(std::vector<Entry> entries) {
-  if (entries.size() <= kFew) {
-    entries_.reserve(entries.size());
-    for (Entry& entry : entries) Set(entry.key, std::move(entry.value));
-  } else {
-    entries_ = std::move(entries);
-    PutInOrder();
-    JoinEqualNames();
-  }
-}
+  std::vector<Entry> entries;
+  // The places of the entries in the order of their names. Empty while there are so few that looking through
+  // them is as fast.
+  std::vector<std::uint32_t> inOrder;
+};
 
 // Equal names stay in the order of their places.
-void Dictionary::PutInOrder() {
-  inOrder_.reset();
-  if (entries_.size() <= kFew) return;
-  inOrder_ = std::make_unique<Places>(entries_.size());
-  std::iota(inOrder_->begin(), inOrder_->end(), 0U);
-  std::ranges::stable_sort(*inOrder_, {}, NameIn(entries_));
+void Dictionary::Content::PutInOrder() {
+  inOrder.clear();
+  if (entries.size() <= kFew) return;
+  inOrder.resize(entries.size());
+  std::iota(inOrder.begin(), inOrder.end(), 0U);
+  std::ranges::stable_sort(inOrder, {}, NameIn(entries));
 }
 
 // Of each name the first place keeps the last value.
-void Dictionary::JoinEqualNames() {
-  std::vector<bool> isRepeated(entries_.size());
-  for (auto place = inOrder_->begin(); place != inOrder_->end();) {
+void Dictionary::Content::JoinEqualNames() {
+  std::vector<bool> isRepeated(entries.size());
+  for (auto place = inOrder.begin(); place != inOrder.end();) {
     const auto first = place++;
-    for (; place != inOrder_->end() && entries_[*place].key == entries_[*first].key; ++place) {
-      entries_[*first].value = std::move(entries_[*place].value);
+    for (; place != inOrder.end() && entries[*place].key == entries[*first].key; ++place) {
+      entries[*first].value = std::move(entries[*place].value);
       isRepeated[*place] = true;
     }
   }
   const auto repeated = [&, place = std::size_t{0}](const Entry&) mutable { return isRepeated[place++]; };
-  if (std::erase_if(entries_, repeated) != 0) PutInOrder();
+  if (std::erase_if(entries, repeated) != 0) PutInOrder();
 }
 
-Dictionary::Places::iterator Dictionary::Rank(std::string_view key) const {
-  return std::ranges::lower_bound(*inOrder_, key, {}, NameIn(entries_));
+std::vector<std::uint32_t>::const_iterator Dictionary::Content::Rank(std::string_view key) const {
+  return std::ranges::lower_bound(inOrder, key, {}, NameIn(entries));
 }
 
-std::size_t Dictionary::PlaceOf(std::string_view key) const {
-  if (inOrder_) {
+std::size_t Dictionary::Content::PlaceOf(std::string_view key) const {
+  if (!inOrder.empty()) {
     const auto rank = Rank(key);
-    return rank != inOrder_->end() && entries_[*rank].key == key ? *rank : entries_.size();
+    return rank != inOrder.end() && entries[*rank].key == key ? *rank : entries.size();
   }
-  const auto found = std::ranges::find(entries_, key, &Entry::key);
-  return static_cast<std::size_t>(found - entries_.begin());
+  const auto found = std::ranges::find(entries, key, &Entry::key);
+  return static_cast<std::size_t>(found - entries.begin());
 }
 
-Value* Dictionary::Find(std::string_view key) {
-  const std::size_t place = PlaceOf(key);
-  return place == entries_.size() ? nullptr : &entries_[place].value;
-}
-
-const Value* Dictionary::Find(std::string_view key) const {
-  const std::size_t place = PlaceOf(key);
-  return place == entries_.size() ? nullptr : &entries_[place].value;
-}
-
-Value& Dictionary::Set(std::string_view key, Value value) {
-  if (Value* const stored = Find(key)) return *stored = std::move(value);
-  const auto place = static_cast<std::uint32_t>(entries_.size());
-  entries_.push_back(Entry{std::string(key), std::move(value)});
-  if (inOrder_) {
-    inOrder_->insert(Rank(key), place);
+Value& Dictionary::Content::Set(std::string_view key, Value value) {
+  if (const std::size_t place = PlaceOf(key); place != entries.size())
+    return entries[place].value = std::move(value);
+  const auto place = static_cast<std::uint32_t>(entries.size());
+  entries.push_back(Entry{std::string(key), std::move(value)});
+  if (!inOrder.empty()) {
+    inOrder.insert(Rank(key), place);
   } else {
     PutInOrder();
   }
-  return entries_.back().value;
+  return entries.back().value;
+}
+
+Dictionary::Dictionary() = default;
+Dictionary::Dictionary(const Dictionary&) = default;
+Dictionary::Dictionary(Dictionary&&) noexcept = default;
+Dictionary& Dictionary::operator=(const Dictionary&) = default;
+Dictionary& Dictionary::operator=(Dictionary&&) noexcept = default;
+Dictionary::~Dictionary() = default;
+
+Dictionary::Dictionary(std::initializer_list<Entry> entries) : Dictionary(std::vector<Entry>(entries)) {}
+
+Dictionary::Dictionary(std::vector<Entry> entries) {
+  if (entries.empty()) return;
+  Content& content = content_.Change();
+  if (entries.size() <= kFew) {
+    content.entries.reserve(entries.size());
+    for (Entry& entry : entries) content.Set(entry.key, std::move(entry.value));
+  } else {
+    content.entries = std::move(entries);
+    content.PutInOrder();
+    content.JoinEqualNames();
+  }
+}
+
+const std::vector<Entry>& Dictionary::Entries() const {
+  return content_.Get().entries;
+}
+
+Value* Dictionary::Find(std::string_view key) {
+  const std::size_t place = content_.Get().PlaceOf(key);
+  return place == Entries().size() ? nullptr : &content_.Change().entries[place].value;
+}
+
+const Value* Dictionary::Find(std::string_view key) const {
+  const std::size_t place = content_.Get().PlaceOf(key);
+  return place == Entries().size() ? nullptr : &Entries()[place].value;
+}
+
+Value& Dictionary::Set(std::string_view key, Value value) {
+  return content_.Change().Set(key, std::move(value));
 }
 
 bool Dictionary::Erase(std::string_view key) {
-  const std::size_t place = PlaceOf(key);
-  if (place == entries_.size()) return false;
-  entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(place));
-  PutInOrder();
+  const std::size_t place = content_.Get().PlaceOf(key);
+  if (place == Entries().size()) return false;
+  Content& content = content_.Change();
+  content.entries.erase(content.entries.begin() + static_cast<std::ptrdiff_t>(place));
+  content.PutInOrder();
   return true;
 }
 
 bool Dictionary::Empty() const {
-  return entries_.empty();
+  return Entries().empty();
 }
 
 bool Dictionary::operator==(const Dictionary& other) const {
-  return entries_ == other.entries_;
+  return Entries() == other.Entries();
 }
 
 Value::Value(std::uint64_t value) {

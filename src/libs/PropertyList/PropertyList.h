@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/PropertyList/CopyOnWrite.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -29,7 +31,8 @@ struct Date {
   bool operator==(const Date&) const = default;
 };
 
-// Named values in the order in which they were first set; names are unique and case-sensitive.
+// Named values in the order in which they were first set; names are unique and case-sensitive. Copies share
+// their entries until one is changed, so a change of a tree costs what lies on the way to it.
 class Dictionary {
  public:
   Dictionary();
@@ -42,8 +45,8 @@ class Dictionary {
   Dictionary& operator=(Dictionary&&) noexcept;
   ~Dictionary();
 
-  // The value under the name, or null. The pointer is good until the dictionary changes. Among many names it
-  // is looked up in logarithmic time.
+  // The value under the name, or null. The pointer is good until the dictionary changes; what it is changed
+  // through, until the next copy of the dictionary. Among many names it is looked up in logarithmic time.
   [[nodiscard]] Value* Find(std::string_view key);
   [[nodiscard]] const Value* Find(std::string_view key) const;
 
@@ -52,26 +55,16 @@ class Dictionary {
   // True when something was removed.
   bool Erase(std::string_view key);
 
-  [[nodiscard]] const std::vector<Entry>& Entries() const { return entries_; }
+  [[nodiscard]] const std::vector<Entry>& Entries() const;
   [[nodiscard]] bool Empty() const;
 
   // Equal entries in the same order.
   bool operator==(const Dictionary& other) const;
 
  private:
-  using Places = std::vector<std::uint32_t>;
+  struct Content;
 
-  // The place of the name among the entries; their number when it is none of them.
-  [[nodiscard]] std::size_t PlaceOf(std::string_view key) const;
-  // Where in `inOrder_` the name's place is, or would be.
-  [[nodiscard]] Places::iterator Rank(std::string_view key) const;
-  void PutInOrder();
-  void JoinEqualNames();
-
-  std::vector<Entry> entries_;
-  // The places of the entries in the order of their names. Null while there are so few that looking through
-  // them is as fast.
-  std::unique_ptr<Places> inOrder_;
+  CopyOnWrite<Content> content_;
 };
 
 class Value {
