@@ -2,6 +2,7 @@
 
 #include "SRLib/Provider/StoreBounds.h"
 #include "libs/DomLib/DescendantWalk.h"
+#include "libs/DomLib/Descendants.h"
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/DomLib/XercesUtils.h"
 #include "libs/Text/TextHelpers.h"
@@ -27,21 +28,9 @@ const DOMElement* AsElement(const DOMNode* node) {
   return isElement ? static_cast<const DOMElement*>(node) : nullptr;
 }
 
-// The descendants of that name of the first such container below the element; none without a container.
-std::vector<const DOMElement*> ItemsOfFirst(const DOMElement& element, const char* container,
-                                            const char* item) {
-  std::vector<const DOMElement*> items;
-  const DOMElement* first = DescendantWalk(element).Next(AsXString(container));
-  if (first == nullptr) return items;
-  const XString name = AsXString(item);
-  DescendantWalk walk(*first);
-  while (const DOMElement* next = walk.Next(name)) items.push_back(next);
-  return items;
-}
-
 bool IsGateway(const DOMNode& node) {
   static const XString name = AsXString("Gateway");
-  return XMLString::equals(node.getNodeName(), name.c_str());
+  return AreSameName(node.getNodeName(), name.c_str());
 }
 
 bool HasReadableLength(const std::wstring& text, const char* what) {
@@ -181,16 +170,18 @@ bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out)
 }
 
 bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap& out) {
+  Descendants below;
   XMLSize_t index = 0;
   for (; DOMNode* node = services.item(index); ++index) {
     if (AsElement(node) == nullptr) continue;
     auto& service = static_cast<DOMElement&>(*node);
     RefuseDeepNesting(service);
+    below.Gather(service);
     SRStore store;
-    if (!DeserializeService(service, store)) return false;
+    if (!DeserializeService(service, below, store)) return false;
     // A bad list ends the document without making it a failure, unlike a missing element: deliberate.
-    if (!DeserializeGateways(service, store) || !DeserializeBeacons(service, store, BeaconType::Internal) ||
-        !DeserializeBeacons(service, store, BeaconType::External)) {
+    if (!DeserializeGateways(below, store) || !DeserializeBeacons(below, store, BeaconType::Internal) ||
+        !DeserializeBeacons(below, store, BeaconType::External)) {
       return true;
     }
     std::wstring id = store.GetStoreID();
@@ -201,7 +192,7 @@ bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap&
 
 bool SRDocParser::IsService(const DOMNode& node) const {
   static const XString name = AsXString("Service");
-  if (serviceNamespace_.empty()) return XMLString::equals(node.getNodeName(), name.c_str());
+  if (serviceNamespace_.empty()) return AreSameName(node.getNodeName(), name.c_str());
   return XMLString::equals(node.getLocalName(), name.c_str()) &&
          XMLString::equals(node.getNamespaceURI(), serviceNamespace_.c_str());
 }
@@ -224,10 +215,10 @@ void SRDocParser::RefuseDeepNesting(const DOMElement& element) const {
   }
 }
 
-bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
-  std::wstring id = SubNodeText(service, "SRID");
-  std::wstring name = SubNodeText(service, "Name");
-  std::wstring address = SubNodeText(service, "Address");
+bool SRDocParser::DeserializeService(DOMElement& service, const Descendants& below, SRStore& store) {
+  std::wstring id = TextOf(below.First("SRID"));
+  std::wstring name = TextOf(below.First("Name"));
+  std::wstring address = TextOf(below.First("Address"));
   const std::wstring type = NonNullAttribute(service, "type");
   if (id.empty() || name.empty() || address.empty() || type.empty()) {
     SR_TRACE(2) << "SR XML Parsing error: required service element is missing.";
@@ -244,8 +235,9 @@ bool SRDocParser::DeserializeService(DOMElement& service, SRStore& store) {
   return true;
 }
 
-bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
-  for (const DOMElement* element : ItemsOfFirst(service, "Gateways", "Gateway")) {
+bool SRDocParser::DeserializeGateways(const Descendants& below, SRStore& store) {
+  Descendants::Items gateways = below.ItemsOfFirst("Gateways", "Gateway");
+  while (const DOMElement* element = gateways.Next()) {
     RefuseDeepNesting(*element);
     std::wstring name = NonNullAttribute(*element, "Name");
     std::wstring location = SubNodeText(*element, "Location");
@@ -271,9 +263,10 @@ bool SRDocParser::DeserializeGateways(DOMElement& service, SRStore& store) {
   return true;
 }
 
-bool SRDocParser::DeserializeBeacons(DOMElement& service, SRStore& store, BeaconType type) {
+bool SRDocParser::DeserializeBeacons(const Descendants& below, SRStore& store, BeaconType type) {
   const char* container = type == BeaconType::Internal ? "Internal" : "External";
-  for (const DOMElement* element : ItemsOfFirst(service, container, "Beacon")) {
+  Descendants::Items beacons = below.ItemsOfFirst(container, "Beacon");
+  while (const DOMElement* element = beacons.Next()) {
     const DOMNode* content = element->getFirstChild();
     if (content == nullptr) {
       SR_TRACE(2) << "SR XML Parsing error: incorrect beacons list";

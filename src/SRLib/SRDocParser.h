@@ -13,6 +13,8 @@ class DOMNode;
 class DOMNodeList;
 XERCES_CPP_NAMESPACE_END
 
+class Descendants;
+
 namespace ServiceRecords {
 
 // The namespace of service records, in both kinds of document.
@@ -48,15 +50,15 @@ class SRDocParser {
 
   [[nodiscard]] const xercesc::DOMElement* GetServicesElem(const std::wstring& text);
   bool DeserializeServiceNodes(const xercesc::DOMNodeList& services, StoreMap& out);
-  bool DeserializeGateways(xercesc::DOMElement& service, SRStore& store);
-  bool DeserializeBeacons(xercesc::DOMElement& service, SRStore& store, BeaconType type);
+  bool DeserializeGateways(const Descendants& below, SRStore& store);
+  bool DeserializeBeacons(const Descendants& below, SRStore& store, BeaconType type);
 
   DOMServices domServices_;
 
  private:
   class ServiceList;
 
-  bool DeserializeService(xercesc::DOMElement& service, SRStore& store);
+  bool DeserializeService(xercesc::DOMElement& service, const Descendants& below, SRStore& store);
   [[nodiscard]] bool IsService(const xercesc::DOMNode& node) const;
   [[nodiscard]] bool IsLevel(const xercesc::DOMNode& node) const;
   void RefuseDeepNesting(const xercesc::DOMElement& element) const;

@@ -183,7 +183,27 @@ TEST_F(DOMServicesTest, EntitiesBecomeTextAndTextBecomesOneNode) {
       dom_.GetDocument(L"<!DOCTYPE a [<!ENTITY e 'middle'>]><a><b>front &e;&#32;&amp; back</b></a>");
   EXPECT_EQ(SubNodeText(*document->getDocumentElement(), "b"), L"front middle & back");
   EXPECT_EQ(
-      DescendantWalk(*document->getDocumentElement()).Next(AsXString("b"))->getChildNodes()->getLength(), 1U);
+      DescendantWalk(*document->getDocumentElement()).Next(XName("b").Get())->getChildNodes()->getLength(),
+      1U);
+}
+
+// Which is why a document without entities need not be gone through for them.
+TEST_F(DOMServicesTest, NothingButAnEntityLeavesTextsSideBySideOrEmpty) {
+  const std::wstring longText(1 << 20, L'x');
+  for (const std::wstring& content :
+       {longText, L"a&amp;b&#32;c&lt;" + longText + L"&gt;", longText + L"]]&gt;\n\r\n" + longText,
+        std::wstring(L"<![CDATA[]]>a<![CDATA[b]]><![CDATA[c]]>d"),
+        std::wstring(L"a<!-- -->b<?c d?>e<f/>g<f></f>h"), std::wstring(L"  <f/>  \n")}) {
+    const auto* document = dom_.GetDocument(L"<a b='&#9;&amp;c'>" + content + L"</a>");
+    ASSERT_NE(document, nullptr);
+    for (const auto* node = document->getDocumentElement()->getFirstChild(); node != nullptr;
+         node = node->getNextSibling()) {
+      if (node->getNodeType() != xercesc::DOMNode::TEXT_NODE) continue;
+      EXPECT_NE(*node->getNodeValue(), 0);
+      const auto* next = node->getNextSibling();
+      EXPECT_TRUE(next == nullptr || next->getNodeType() != xercesc::DOMNode::TEXT_NODE);
+    }
+  }
 }
 
 TEST_F(DOMServicesTest, WhiteSpaceThatTheGrammarCallsIgnorableIsLeftOut) {

@@ -104,26 +104,26 @@ TEST_F(ElementTest, WithoutSuchAnElementTheTextIsEmpty) {
 
 TEST_F(ElementTest, ElementsBehindTheElementAreNotItsDescendants) {
   const DOMElement& root = Root(L"<a><c><d/></c><b>outside</b></a>");
-  EXPECT_EQ(SubNodeText(*DescendantWalk(root).Next(AsXString("c")), "b"), L"");
+  EXPECT_EQ(SubNodeText(*DescendantWalk(root).Next(XName("c").Get()), "b"), L"");
 }
 
 TEST_F(ElementTest, DescendantsFollowEachOtherInDocumentOrder) {
   const DOMElement& root = Root(L"<a><b n='1'><b n='2'/></b><c><b n='3'/></c><b n='4'/></a>");
   std::wstring order;
   DescendantWalk walk(root);
-  while (const DOMElement* next = walk.Next(AsXString("b"))) order += NonNullAttribute(*next, "n");
+  while (const DOMElement* next = walk.Next(XName("b").Get())) order += NonNullAttribute(*next, "n");
   EXPECT_EQ(order, L"1234");
   EXPECT_EQ(walk.Next(), nullptr) << "the walk is over";
 }
 
 TEST_F(ElementTest, AWalkIsOfTheElementsBelowItsRootAlone) {
   const DOMElement& root = Root(L"<a><c>text<d/><!-- --><e>t</e></c><b/></a>");
-  const DOMElement* inner = DescendantWalk(root).Next(AsXString("c"));
+  const DOMElement* inner = DescendantWalk(root).Next(XName("c").Get());
   ASSERT_NE(inner, nullptr);
   DescendantWalk walk(*inner);
   for (const char* name : {"d", "e"}) EXPECT_EQ(walk.Next()->getNodeName(), AsXString(name));
   EXPECT_EQ(walk.Next(), nullptr);
-  EXPECT_EQ(DescendantWalk(*inner).Next(AsXString("b")), nullptr);
+  EXPECT_EQ(DescendantWalk(*inner).Next(XName("b").Get()), nullptr);
 }
 
 }  // namespace

@@ -18,6 +18,9 @@ class BoundedParser : public xercesc::XercesDOMParser {
   // be used again.
   void ParseWithinBounds(const xercesc::InputSource& source);
 
+  // Whether the last parse has put an entity into the document. Nothing else leaves two texts side by side.
+  [[nodiscard]] bool HasExpandedEntity() const { return hasExpandedEntity_; }
+
   void elementDecl(const xercesc::DTDElementDecl& declaration, bool isIgnored) override;
   void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute,
               bool isIgnored) override;
@@ -37,6 +40,8 @@ class BoundedParser : public xercesc::XercesDOMParser {
   void ignorableWhitespace(const XMLCh* characters, XMLSize_t length, bool cdataSection) override;
   void docComment(const XMLCh* comment) override;
   void docPI(const XMLCh* target, const XMLCh* data) override;
+
+  void startEntityReference(const xercesc::XMLEntityDecl& entity) override;
 
   xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* identifier) override;
   void error(unsigned int code, const XMLCh* domain, xercesc::XMLErrorReporter::ErrTypes type,
@@ -58,4 +63,5 @@ class BoundedParser : public xercesc::XercesDOMParser {
   ParseMeter& meter_;
   xercesc::MemoryManager& memory_;
   xercesc::SecurityManager entityLimit_;
+  bool hasExpandedEntity_ = false;
 };

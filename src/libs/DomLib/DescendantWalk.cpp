@@ -1,15 +1,8 @@
 #include "libs/DomLib/DescendantWalk.h"
 
 #include <xercesc/dom/DOM.hpp>
-#include <xercesc/util/XMLString.hpp>
 
 using namespace xercesc;
-
-namespace {
-
-constexpr std::size_t kUsualDepth = 8;
-
-}  // namespace
 
 DescendantWalk::DescendantWalk(const DOMElement& root) {
   path_.reserve(kUsualDepth);
@@ -34,8 +27,8 @@ const DOMElement* DescendantWalk::Next() {
   return static_cast<const DOMElement*>(node);
 }
 
-const DOMElement* DescendantWalk::Next(const XString& name) {
+const DOMElement* DescendantWalk::Next(const XMLCh* name) {
   const DOMElement* element = Next();
-  while (element != nullptr && !XMLString::equals(name.c_str(), element->getNodeName())) element = Next();
+  while (element != nullptr && !AreSameName(name, element->getNodeName())) element = Next();
   return element;
 }

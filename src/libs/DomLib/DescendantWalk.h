@@ -2,7 +2,9 @@
 
 #include "libs/DomLib/XercesUtils.h"
 
+#include <array>
 #include <cstddef>
+#include <memory_resource>
 #include <vector>
 
 // The elements below an element, in document order. A walk over all of them takes linear time, unlike the
@@ -10,16 +12,24 @@
 class DescendantWalk {
  public:
   explicit DescendantWalk(const xercesc::DOMElement& root);
+  DescendantWalk(const DescendantWalk&) = delete;
+  DescendantWalk& operator=(const DescendantWalk&) = delete;
 
   // Null at the end.
   [[nodiscard]] const xercesc::DOMElement* Next();
   // The next one of that tag name as written.
-  [[nodiscard]] const xercesc::DOMElement* Next(const XString& name);
+  [[nodiscard]] const xercesc::DOMElement* Next(const XMLCh* name);
   // How far below the root the element is that came last.
   [[nodiscard]] std::size_t Depth() const { return path_.size() - 1; }
 
  private:
   [[nodiscard]] const xercesc::DOMNode* NextNode();
 
-  std::vector<const xercesc::DOMNode*> path_;  // from the root to the node before; empty at the end
+  static constexpr std::size_t kUsualDepth = 8;
+
+  // Room for the usual depth is in the walk itself, because there are several for each service.
+  std::array<std::byte, kUsualDepth * sizeof(void*)> room_;
+  std::pmr::monotonic_buffer_resource memory_{room_.data(), room_.size()};
+  std::pmr::vector<const xercesc::DOMNode*> path_{
+      &memory_};  // from the root to the node before; empty at the end
 };

@@ -165,7 +165,9 @@ DOMDocument* DOMServices::GetDocument(const MemBufInputSource& source) {
   parser_->setIncludeIgnorableWhitespace(false);
   Parse(source);
   DOMDocument* document = parser_->getDocument();
-  if (document != nullptr) document->normalize();
+  // Only what entities bring may stand beside other text. Going through every node takes a tenth of the
+  // parse.
+  if (document != nullptr && parser_->HasExpandedEntity()) document->normalize();
   return document;
 }
 

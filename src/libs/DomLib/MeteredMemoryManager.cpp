@@ -20,9 +20,8 @@ constexpr std::size_t kHugeBlock = std::size_t{128} << 20;
 // models), and it deletes members before it makes their successors. A reader, made for each entity, and a
 // huge buffer are made where it does neither; everything else is left to the parser's next look at the meter.
 // A copy of a text may be as large by chance, so a parser that was cut off is never destroyed.
-std::size_t SizeOfNewReader() {
-  return XMLPlatformUtils::alignPointerForNewBlockAllocation(sizeof(void*)) + sizeof(XMLReader);
-}
+const std::size_t kSizeOfNewReader =
+    XMLPlatformUtils::alignPointerForNewBlockAllocation(sizeof(void*)) + sizeof(XMLReader);
 
 // Whether a list that the library's content models make in their destructors ever takes so many bytes.
 constexpr bool IsSizeOfGrowingList(std::size_t size) {
@@ -41,7 +40,7 @@ MemoryManager* MeteredMemoryManager::getExceptionMemoryManager() {
 
 void MeteredMemoryManager::Meter(XMLSize_t size) {
   ++meter_.blocksSinceLook;
-  const bool mayFail = meter_.makingAutomaton || size == SizeOfNewReader() || size > kHugeBlock;
+  const bool mayFail = meter_.makingAutomaton || size == kSizeOfNewReader || size > kHugeBlock;
   if (!mayFail || std::uncaught_exceptions() != 0) return;
   meter_.exceeded = meter_.Excess(size);
   if (meter_.exceeded.empty()) return;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <string_view>
 
 using namespace xercesc;
 
@@ -24,6 +25,10 @@ To ConvertUnits(const Unit* text, std::size_t length, Convert convert) {
   To result(length, typename To::value_type{});
   std::transform(text, text + length, result.begin(), convert);
   return result;
+}
+
+XMLCh AsUnit(char byte) {
+  return static_cast<XMLCh>(static_cast<signed char>(byte));
 }
 
 bool IsBlank(const XMLCh* text) {
@@ -54,8 +59,7 @@ std::string AsString(const XMLCh* text) {
 }
 
 XString AsXString(const char* text) {
-  return ConvertUnits<XString>(text, text == nullptr ? 0 : std::char_traits<char>::length(text),
-                               [](char byte) { return static_cast<XMLCh>(static_cast<signed char>(byte)); });
+  return ConvertUnits<XString>(text, text == nullptr ? 0 : std::char_traits<char>::length(text), AsUnit);
 }
 
 XString AsXString(const std::wstring& text) {
@@ -63,8 +67,17 @@ XString AsXString(const std::wstring& text) {
                                [](wchar_t character) { return static_cast<XMLCh>(character); });
 }
 
+XName::XName(const char* name) {
+  const std::string_view text(name);
+  if (text.size() < short_.size()) {
+    std::transform(text.begin(), text.end(), short_.begin(), AsUnit);
+  } else {
+    long_ = AsXString(name);
+  }
+}
+
 std::wstring NonNullAttribute(const DOMElement& element, const char* name) {
-  const XMLCh* value = element.getAttribute(AsXString(name).c_str());
+  const XMLCh* value = element.getAttribute(XName(name).Get());
   if (value == nullptr) throw "Null attribute value.";
   return AsWString(value);
 }
@@ -74,10 +87,13 @@ bool AsBool(const std::wstring& text) {
 }
 
 std::wstring SubNodeText(const DOMElement& element, const char* name) {
-  const DOMElement* first = DescendantWalk(element).Next(AsXString(name));
-  if (first == nullptr) return {};
+  return TextOf(DescendantWalk(element).Next(XName(name).Get()));
+}
+
+std::wstring TextOf(const DOMElement* element) {
+  if (element == nullptr) return {};
   std::wstring result;
-  for (const DOMNode* child = first->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
+  for (const DOMNode* child = element->getFirstChild(); child != nullptr; child = child->getNextSibling()) {
     if (child->getNodeType() == DOMNode::CDATA_SECTION_NODE) return AsWString(child->getNodeValue());
     if (child->getNodeType() != DOMNode::TEXT_NODE || IsBlank(child->getNodeValue())) continue;
     result = trim(AsWString(child->getNodeValue()), std::locale());  // the last one wins

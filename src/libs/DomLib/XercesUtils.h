@@ -4,6 +4,7 @@
 
 #include <xercesc/util/XercesDefs.hpp>
 
+#include <array>
 #include <locale>
 #include <string>
 
@@ -26,6 +27,28 @@ using XString = std::basic_string<XMLCh>;
 // Each wide character is cut to 16 bits.
 [[nodiscard]] XString AsXString(const std::wstring& text);
 
+// A name out of the program in the library's units, as AsXString makes them, without asking the heap for room
+// that the usual short one does not need.
+class XName {
+ public:
+  explicit XName(const char* name);
+  XName(const XName&) = delete;
+  XName& operator=(const XName&) = delete;
+
+  // Good as long as this object.
+  [[nodiscard]] const XMLCh* Get() const { return long_.empty() ? short_.data() : long_.c_str(); }
+
+ private:
+  std::array<XMLCh, 24> short_{};
+  XString long_;  // empty where the name fits above
+};
+
+// Whether the names are the same; neither is null. Most differ in their first unit, and are many.
+[[nodiscard]] inline bool AreSameName(const XMLCh* left, const XMLCh* right) {
+  while (*left == *right && *left != 0) ++left, ++right;
+  return *left == *right;
+}
+
 // The attribute's value; empty when the attribute is missing. Throws the C string "Null attribute value."
 // when the library has no value at all.
 [[nodiscard]] std::wstring NonNullAttribute(const xercesc::DOMElement& element, const char* name);
@@ -33,8 +56,10 @@ using XString = std::basic_string<XMLCh>;
 // True exactly for "true" and "1".
 [[nodiscard]] bool AsBool(const std::wstring& text);
 
-// Text of the first descendant element of that name: a CDATA section as it stands, otherwise the last text
-// child that is not blank, trimmed. Empty when there is no such element.
+// The element's own text: a CDATA section as it stands, otherwise the last text child that is not blank,
+// trimmed. Empty for null.
+[[nodiscard]] std::wstring TextOf(const xercesc::DOMElement* element);
+// That of the first descendant element of that name.
 [[nodiscard]] std::wstring SubNodeText(const xercesc::DOMElement& element, const char* name);
 
 // The text without leading and trailing characters that the locale classifies as space.

@@ -1,5 +1,6 @@
 #include "libs/Text/TextHelpers.h"
 
+#include <cstddef>
 #include <type_traits>
 
 namespace util {
@@ -72,8 +73,24 @@ Decoded DecodeFirst(std::string_view bytes) {
 template <class Text>
 Text AsciiStart(Text text) {
   using Code = std::make_unsigned_t<typename Text::value_type>;
-  const auto end = std::ranges::find_if(text, [](auto c) { return static_cast<Code>(c) >= 0x80; });
-  return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+  constexpr std::size_t kBlock = 32;  // characters that are looked at without a branch
+  std::size_t length = 0;
+  const auto outside = [&text](std::size_t first, std::size_t count) {
+    Code all = 0;
+    for (std::size_t i = first; i < first + count; ++i) all |= static_cast<Code>(text[i]);
+    return all >= 0x80;
+  };
+  while (text.size() - length >= kBlock && !outside(length, kBlock)) length += kBlock;
+  while (length < text.size() && !outside(length, 1)) ++length;
+  return text.substr(0, length);
+}
+
+template <class To, class Text>
+void AppendAscii(Text ascii, To& out) {
+  const std::size_t before = out.size();
+  out.resize(before + ascii.size());
+  std::transform(ascii.begin(), ascii.end(), out.begin() + static_cast<std::ptrdiff_t>(before),
+                 [](auto character) { return static_cast<typename To::value_type>(character); });
 }
 
 }  // namespace
@@ -83,7 +100,7 @@ std::string narrow(std::wstring_view text) {
   utf8.reserve(text.size());
   while (true) {
     const std::wstring_view ascii = AsciiStart(text);
-    utf8.append(ascii.begin(), ascii.end());
+    AppendAscii(ascii, utf8);
     text.remove_prefix(ascii.size());
     if (text.empty()) return utf8;
     const auto character = static_cast<char32_t>(text.front());
@@ -97,7 +114,7 @@ std::wstring widen(std::string_view utf8) {
   text.reserve(utf8.size());
   while (true) {
     const std::string_view ascii = AsciiStart(utf8);
-    text.append(ascii.begin(), ascii.end());
+    AppendAscii(ascii, text);
     utf8.remove_prefix(ascii.size());
     if (utf8.empty()) return text;
     const Decoded first = DecodeFirst(utf8);
