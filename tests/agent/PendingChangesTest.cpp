@@ -1,6 +1,6 @@
-#include "Bus/BusObject.h"
 #include "Bus/PendingChanges.h"
 #include "agent/ServiceOnBus.h"
+#include "libs/Bus/ServiceNames.h"
 #include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
@@ -13,15 +13,19 @@ namespace {
 // A service whose changes end when the test says so. Its reads tell how many stores there are.
 class PendingChangesTest : public testing::Test {
  protected:
-  int Handle(const std::string& method, sd_bus_message* call) {
-    if (method == "deleteStore") {
-      numbers_.push_back(changes_.Begin(call, "b"));
-      return 1;
-    }
-    const auto answer = [](sd_bus_message* read, const PendingChanges::Stores& stores) {
-      return sd_bus_reply_method_return(read, "s", std::to_string(stores->size()).c_str());
-    };
-    return changes_.KeepBehind(call, answer) ? 1 : answer(call, Stores(0));
+  Bus::Interface Interface() {
+    Bus::Interface interface(ServiceNames::kServiceRecordsInterface);
+    interface.Method(
+        kChange, {"id"}, {"changed"}, [this](const Bus::Deferred<bool>& call, const std::string& /*id*/) {
+          numbers_.push_back(changes_.Begin(call.Caller(), [call](bool changed) { call.Answer(changed); }));
+        });
+    interface.Method(kRead, {}, {"count"}, [this](const Bus::Deferred<std::string>& call) {
+      const auto answer = [call](const PendingChanges::Stores& stores) {
+        call.Answer(std::to_string(stores->size()));
+      };
+      if (!changes_.KeepBehind(call.Caller(), answer)) answer(Stores(0));
+    });
+    return interface;
   }
 
   static PendingChanges::Stores Stores(std::size_t count) {
@@ -35,7 +39,7 @@ class PendingChangesTest : public testing::Test {
     const std::uint64_t call =
         service_.Client().StartServiceRecords(method, method == kChange ? Arguments{"s"} : Arguments{});
     service_.AwaitPassedOn();
-    ProcessArrived(service_.Connection());
+    service_.Connection().ProcessArrived();
     return call;
   }
   // The change that arrived as this one, counted from 0.
@@ -50,8 +54,7 @@ class PendingChangesTest : public testing::Test {
 
   PendingChanges changes_;
   std::vector<std::uint64_t> numbers_;
-  ServiceOnBus service_{
-      [this](const std::string& method, sd_bus_message* call) { return Handle(method, call); }};
+  ServiceOnBus service_{Interface()};
 };
 
 TEST_F(PendingChangesTest, OneThatEndsBehindALaterOneIsAnsweredWithWhatCameBehindIt) {

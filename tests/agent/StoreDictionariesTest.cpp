@@ -1,6 +1,6 @@
-#include "Bus/BusMarshalling.h"
 #include "Bus/StoreDictionaries.h"
 #include "Bus/StoreDictionary.h"
+#include "libs/Bus/BusText.h"
 #include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
@@ -57,7 +57,7 @@ TEST(StoreDictionariesTest, AreTheStoresInTheirOrderWithBeaconsWhereTheyAreInclu
 
 TEST(StoreDictionariesTest, TextHasTheirForm) {
   const auto stores = Snapshot(Map({LongStore(L"a", L"N\uFDD0me")}));
-  StoreDictionaries dictionaries(BeaconKeys::Omitted, BusText);
+  StoreDictionaries dictionaries(BeaconKeys::Omitted, Bus::Text);
   EXPECT_EQ(*dictionaries.Of(stores)[0]->Find("StoreName"), PropertyList::Value("N\uFFFDme"));
 }
 

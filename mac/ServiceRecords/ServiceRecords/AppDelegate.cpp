@@ -2,7 +2,6 @@
 
 #include "Bus/ApplicationBusObject.h"
 #include "Bus/BeaconsBusObject.h"
-#include "Bus/BusObject.h"
 #include "Bus/DistributedNotificationCenter.h"
 #include "Bus/ServiceRecordsBusObject.h"
 #include "DbgTrace.h"
@@ -24,9 +23,7 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
 #include <cstdlib>
-#include <system_error>
 #include <utility>
 
 namespace {
@@ -34,36 +31,24 @@ namespace {
 // The rest of the time that the process has to end is for the last notifications and replies.
 constexpr std::chrono::seconds kTimeToFinish{4};
 
+constexpr Bus::Service kAgent{ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
+                              ServiceNames::kServiceRecordsInterface};
+
 // A session that ends takes the bus along, which is no failure.
 [[noreturn]] void ExitWith(const std::string& line) {
   SystemLog::Error(line);
   std::exit(TerminationEvent::Requested() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
-std::string ErrorText(int result) {
-  if (result == -EEXIST) return "the name has another owner";
-  return std::generic_category().message(-result);
-}
-
-[[noreturn]] void ExitWithoutName(const std::string& name, int result) {
-  ExitWith("bootstrap_check_in() failed for service '" + name + "'. Error: " + ErrorText(result));
+[[noreturn]] void ExitWithoutName(const std::string& name, const Bus::Error& error) {
+  const std::string text = error.code == EEXIST ? "the name has another owner" : error.text;
+  ExitWith("bootstrap_check_in() failed for service '" + name + "'. Error: " + text);
 }
 
 // Null when there is no session bus.
-BusPtr OpenConnection() {
-  sd_bus* bus = nullptr;
-  return sd_bus_open_user(&bus) < 0 ? nullptr : BusPtr(bus);
-}
-
-// Null when the message cannot be made.
-BusMessagePtr NewFileCall(sd_bus& bus, const std::string& path) {
-  using namespace ServiceNames;
-  sd_bus_message* message = nullptr;
-  int result = sd_bus_message_new_method_call(&bus, &message, kServiceRecords, kServiceRecordsPath,
-                                              kServiceRecordsInterface, "handleServiceRecordFTA");
-  BusMessagePtr call(message);
-  if (result >= 0) result = sd_bus_message_append(message, "s", path.c_str());
-  return result < 0 ? nullptr : std::move(call);
+std::unique_ptr<Bus::Connection> OpenConnection() {
+  Bus::Result<Bus::Connection> bus = Bus::Connection::ToUserBus();
+  return bus ? std::make_unique<Bus::Connection>(std::move(*bus)) : nullptr;
 }
 
 void TryAgain() {
@@ -82,13 +67,13 @@ void AppDelegate::applicationDidFinishLaunching() {
     return;
   }
   _thisInstanceIsAgent = true;
-  BusPtr notifications = OpenConnection();
+  std::unique_ptr<Bus::Connection> notifications = OpenConnection();
   LookAtNames(notifications.get());
   changes_ = std::make_unique<ChangeQueue>(TerminationEvent::Requested);
   ServiceRecordInit();
   RetryInBackground();
   // Observed before either name is published, so that no notification is missed from then on.
-  ObserveLoggingConfiguration(notifications);
+  ObserveLoggingConfiguration(notifications.get());
   _beaconServer.reset(NewMrvBeaconService());
   _serviceRecordsServer.reset(NewMrvServiceRecordsServer());
   _beaconsConnection = connectionForService(ServiceNames::kBeacons, OpenConnection());
@@ -98,9 +83,9 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 // An agent that would end without its names must leave the other one's log and stores alone. Whoever takes a
 // name after this look loses it at the check-in, and the log to its lock.
-void AppDelegate::LookAtNames(sd_bus* bus) {
+void AppDelegate::LookAtNames(Bus::Connection* bus) {
   for (const char* name : {ServiceNames::kBeacons, ServiceNames::kServiceRecords}) {
-    if (bus != nullptr && NameHasOwner(*bus, name)) ExitWithoutName(name, -EEXIST);
+    if (bus != nullptr && bus->HasOwner(name)) ExitWithoutName(name, Bus::Error::OfResult(-EEXIST));
   }
 }
 
@@ -114,14 +99,14 @@ void AppDelegate::RetryInBackground() {
       AnnounceStores);
 }
 
-void AppDelegate::ObserveLoggingConfiguration(const BusPtr& connection) {
+void AppDelegate::ObserveLoggingConfiguration(Bus::Connection* connection) {
   DistributedNotificationCenter& center = DistributedNotificationCenter::defaultCenter();
   center.addObserver(ServiceNames::kLoggingNotification, loggingConfigurationDidChange);
-  if (connection != nullptr && center.Connect(*connection) < 0) ExitWith("failed to observe notifications");
+  if (connection != nullptr && !center.Connect(*connection)) ExitWith("failed to observe notifications");
 }
 
 void AppDelegate::ServeConnections() {
-  sd_bus& bus = *_serviceRecordsConnection;
+  Bus::Connection& bus = *_serviceRecordsConnection;
   beaconsObject_ = std::make_unique<BeaconsBusObject>(*_beaconServer);
   serviceRecordsObject_ =
       std::make_unique<ServiceRecordsBusObject>(*_serviceRecordsServer, tasks_, *changes_);
@@ -134,10 +119,11 @@ void AppDelegate::ServeConnections() {
   if (!served) ExitWith("failed to serve the objects of the agent's services");
 }
 
-BusPtr AppDelegate::connectionForService(const std::string& name, BusPtr connection) {
+std::unique_ptr<Bus::Connection> AppDelegate::connectionForService(
+    const std::string& name, std::unique_ptr<Bus::Connection> connection) {
   if (connection == nullptr) ExitWith("failed to create connection for service '" + name + "'");
-  const int result = sd_bus_request_name(connection.get(), name.c_str(), 0);
-  if (result < 0) ExitWithoutName(name, result);
+  const Bus::Result<> named = connection->RequestName(name);
+  if (!named) ExitWithoutName(name, named.Failure());
   if (!MainLoop::Main().Attach(*connection)) {
     ExitWith("failed getting receivePort for service '" + name + "'");
   }
@@ -156,20 +142,15 @@ bool AppDelegate::openFile(const std::string& path) {
 
 // A file that cannot be delivered is dropped silently.
 void AppDelegate::ForwardToAgent(const std::string& path) {
-  const BusPtr bus = OpenConnection();
+  const auto bus = OpenConnection();
   if (bus == nullptr || !MainLoop::Main().Attach(*bus)) return;
   bool answered = false;
-  const auto handleReply = [](sd_bus_message* /*reply*/, void* flag, sd_bus_error* /*error*/) {
-    *static_cast<bool*>(flag) = true;
-    return 0;
-  };
-  const BusMessagePtr call = NewFileCall(*bus, path);
   // Without a time-out: the user may take as long as the dialogs are open.
-  if (call != nullptr &&
-      sd_bus_call_async(bus.get(), nullptr, call.get(), handleReply, &answered, UINT64_MAX) >= 0) {
-    MainLoop::Main().RunUntil([&answered] { return answered; });
-  }
-  sd_bus_detach_event(bus.get());  // the loop goes on, and its end is not this connection's
+  const Bus::Result<Bus::Slot> call = bus->CallAsync(
+      kAgent, {.timeOut = Bus::kForEver}, "handleServiceRecordFTA",
+      [&answered](const Bus::Result<Bus::Message>& /*reply*/) { answered = true; }, path);
+  if (call) MainLoop::Main().RunUntil([&answered] { return answered; });
+  bus->Detach();  // the loop goes on, and its end is not this connection's
 }
 
 bool AppDelegate::forceFTAToThisAppForSuffix(const std::string& suffix) {
@@ -208,13 +189,13 @@ bool AppDelegate::FinishWork() {
 // may be waiting for the other.
 void AppDelegate::SayLastWords() {
   MainLoop::Main().RunPosted();
-  sd_bus* const connections[] = {_beaconsConnection.get(), _serviceRecordsConnection.get()};
-  for (sd_bus* const connection : connections) {
-    if (connection != nullptr) ProcessArrived(*connection);
+  Bus::Connection* const connections[] = {_beaconsConnection.get(), _serviceRecordsConnection.get()};
+  for (Bus::Connection* const connection : connections) {
+    if (connection != nullptr) connection->ProcessArrived();
   }
   while (MainLoop::Main().RunPosted()) {
   }
-  for (sd_bus* const connection : connections) {
-    if (connection != nullptr) sd_bus_flush(connection);
+  for (Bus::Connection* const connection : connections) {
+    if (connection != nullptr) static_cast<void>(connection->Flush());
   }
 }

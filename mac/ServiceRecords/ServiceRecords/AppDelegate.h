@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Process/BackgroundTasks.h"
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
 
 #include <memory>
 #include <string>
@@ -37,15 +37,16 @@ class AppDelegate {
  private:
   // Publishes the name on the connection, which serves it from then on. Ends the process with status 1 on
   // failure.
-  [[nodiscard]] static BusPtr connectionForService(const std::string& name, BusPtr connection);
+  [[nodiscard]] static std::unique_ptr<Bus::Connection> connectionForService(
+      const std::string& name, std::unique_ptr<Bus::Connection> connection);
   // Makes this application the default handler of the suffix.
   static bool forceFTAToThisAppForSuffix(const std::string& suffix);
   static void loggingConfigurationDidChange();
   static void ForwardToAgent(const std::string& path);
   // Ends the process with status 1 when a name of the agent has an owner.
-  static void LookAtNames(sd_bus* bus);
+  static void LookAtNames(Bus::Connection* bus);
 
-  static void ObserveLoggingConfiguration(const BusPtr& connection);
+  static void ObserveLoggingConfiguration(Bus::Connection* connection);
   void ServeConnections();
   void RetryInBackground();
   [[nodiscard]] bool FinishWork();
@@ -56,8 +57,8 @@ class AppDelegate {
   std::unique_ptr<ChangeQueue> changes_;  // the agent's only
   std::unique_ptr<MrvServiceRecordsSvr> _serviceRecordsServer;
   std::unique_ptr<MrvBeaconSvr> _beaconServer;
-  BusPtr _serviceRecordsConnection;
-  BusPtr _beaconsConnection;
+  std::unique_ptr<Bus::Connection> _serviceRecordsConnection;
+  std::unique_ptr<Bus::Connection> _beaconsConnection;
   std::unique_ptr<BeaconsBusObject> beaconsObject_;
   std::unique_ptr<ServiceRecordsBusObject> serviceRecordsObject_;
   std::unique_ptr<ApplicationBusObject> applicationObject_;

@@ -1,9 +1,9 @@
 #include "MRVServiceRecordsSvr.h"
 
-#include "Bus/BusMarshalling.h"
 #include "DbgTrace.h"
 #include "SRLib/SRProvider.h"
 #include "ServiceRecordMain.h"
+#include "libs/Bus/BusText.h"
 #include "libs/Files/Bundle.h"
 #include "libs/SRUIProtocol/PlugInDescription.h"
 #include "libs/Text/TextHelpers.h"
@@ -42,7 +42,7 @@ std::string NameOf(SavedStores::State state) {
 
 }  // namespace
 
-MrvServiceRecordsSvr::MrvServiceRecordsSvr() : dictionaries_(BeaconKeys::Omitted, BusText) {}
+MrvServiceRecordsSvr::MrvServiceRecordsSvr() : dictionaries_(BeaconKeys::Omitted, Bus::Text) {}
 
 MrvServiceRecordsSvr* NewMrvServiceRecordsServer() {
   return new MrvServiceRecordsSvr;
@@ -64,7 +64,7 @@ std::optional<PropertyList::Dictionary> MrvServiceRecordsSvr::storeForID(const s
   CSRLog(0, "[-] %s", kAllStores);
   std::optional<PropertyList::Dictionary> result;
   const ServiceRecords::SRStore* store = stores->ByID(util::widen(id));
-  if (store != nullptr) result = StoreDictionary(*store, BeaconKeys::Omitted, BusText);
+  if (store != nullptr) result = StoreDictionary(*store, BeaconKeys::Omitted, Bus::Text);
   CSRLog(0, "[-] %s", kMethod);
   return result;
 }

@@ -1,10 +1,10 @@
 #include "MrvBeaconSvr.h"
 
-#include "Bus/BusMarshalling.h"
 #include "DbgTrace.h"
 #include "GenericFactories.h"
 #include "SRLib/Provider/StoreSnapshot.h"
 #include "SRLib/SRProvider.h"
+#include "libs/Bus/BusText.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
@@ -57,7 +57,7 @@ LocationExplanation MrvBeaconSvr::explainLocationForStore(const std::string& sto
   const Wayfinder::Explanation explanation =
       Wayfinder::sharedInstance().explainLocationRelativeToStoreURL(storeURL);
   CSRLog(0, "[-] %s (%@)", kMethod, NetworkLocationName(explanation.location));
-  return {explanation.location, BusText(util::widen(explanation.reason))};
+  return {explanation.location, Bus::Text(util::widen(explanation.reason))};
 }
 
 std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(const std::string& storeURL) {
@@ -77,8 +77,8 @@ std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(
   if (store != nullptr &&
       store->GetDefaultGatewayRef(gateway, CGenericFactories::Instance().UserConfiguration())) {
     result =
-        PropertyList::Dictionary{{"GatewayURL", BusText(gateway.GetLocation())},
-                                 {"GatewayName", BusText(gateway.GetName())},
+        PropertyList::Dictionary{{"GatewayURL", Bus::Text(gateway.GetLocation())},
+                                 {"GatewayName", Bus::Text(gateway.GetName())},
                                  {"GatewayAuthType", static_cast<std::uint32_t>(gateway.GetAuthentication())},
                                  {"GatewayEdition", static_cast<std::uint32_t>(gateway.GetEdition())}};
   }

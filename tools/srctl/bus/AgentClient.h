@@ -1,15 +1,14 @@
 #pragma once
 
 #include "bus/StoreInfo.h"
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
-
-struct BusService;
 
 // A connection to the agent over the user's session bus; the bus starts the agent when it is not running. One
 // thread. Every operation that gets no answer returns nothing (or false) and leaves the reason in Problem().
@@ -64,24 +63,19 @@ class AgentClient {
   [[nodiscard]] const std::string& Problem() const { return problem_; }
 
  private:
-  explicit AgentClient(BusPtr bus) : bus_(std::move(bus)) {}
+  explicit AgentClient(Bus::Connection bus) : bus_(std::move(bus)) {}
 
-  [[nodiscard]] BusMessagePtr NewCall(const BusService& service, const char* method,
-                                      const std::vector<std::string>& arguments);
-  [[nodiscard]] BusMessagePtr Call(const BusService& service, const char* method,
-                                   const std::vector<std::string>& arguments,
-                                   std::chrono::microseconds timeOut);
-  // The result of a call, read by `read`, which returns a negative error code on failure.
-  template <class Result, class Reader>
-  [[nodiscard]] std::optional<Result> CallAndRead(const BusService& service, const char* method,
-                                                  const std::vector<std::string>& arguments, Reader read);
-  [[nodiscard]] std::optional<bool> CallForBoolean(const char* method,
-                                                   const std::vector<std::string>& arguments);
-  // Handles messages until the flag is set, which a handler does. False, and Problem() set, when the
-  // connection breaks; true also at the deadline.
-  [[nodiscard]] bool WaitFor(const bool& flag, std::chrono::steady_clock::time_point deadline);
-  void Fail(const std::string& what, int error);
+  template <class... Results, class... Arguments>
+  [[nodiscard]] std::optional<Bus::Reading<Results...>> Ask(const Bus::Service& service,
+                                                            const Bus::CallOptions& options,
+                                                            const char* method,
+                                                            const Arguments&... arguments);
+  // Handles messages until `done` answers true, which a handler brings about. False, and Problem() set, when
+  // the connection breaks; true also at the deadline.
+  [[nodiscard]] bool WaitFor(const std::function<bool()>& done,
+                             std::chrono::steady_clock::time_point deadline);
+  void Fail(const std::string& what, const Bus::Error& error);
 
-  BusPtr bus_;
+  Bus::Connection bus_;
   std::string problem_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
+#include "libs/Bus/EventLoop.h"
 
 #include <cstdint>
 #include <functional>
@@ -40,32 +41,28 @@ class AgentWatch {
   [[nodiscard]] const std::string& Problem() const { return problem_; }
 
  private:
-  struct Question;
-
-  [[nodiscard]] int Prepare();
-  [[nodiscard]] int WatchSignals();
-  [[nodiscard]] int AddMatches();
-  [[nodiscard]] int AddMatch(const std::string& match, sd_bus_message_handler_t handler);
-  [[nodiscard]] int StartAgent();
+  [[nodiscard]] Bus::Result<> Prepare();
+  [[nodiscard]] Bus::Result<> WatchSignals();
+  [[nodiscard]] Bus::Result<> AddMatches();
+  [[nodiscard]] Bus::Result<> AddMatch(const std::string& rule, Bus::Connection::MessageHandler handler);
+  [[nodiscard]] Bus::Result<> StartAgent();
   void WatchOutput();
-  [[nodiscard]] int AskForLocation(const std::string& storeURL);
+  void AskForLocation(const std::string& storeURL);
   void Tell(const AgentEvent& event);
-  int Finish(End end);
-  int FinishUnreachable(const std::string& problem);
+  void Finish(End end);
+  void FinishUnreachable(const std::string& problem);
 
-  static int HandleStart(sd_bus_message* reply, void* self, sd_bus_error* error);
-  static int HandleStoresUpdated(sd_bus_message* signal, void* self, sd_bus_error* error);
-  static int HandleLocationChanged(sd_bus_message* signal, void* self, sd_bus_error* error);
-  static int HandleLocation(sd_bus_message* reply, void* question, sd_bus_error* error);
-  static int HandleOwner(sd_bus_message* signal, void* self, sd_bus_error* error);
-  static int HandleDisconnected(sd_bus_message* signal, void* self, sd_bus_error* error);
-  static int HandleOutput(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+  void HandleStart(const Bus::Result<Bus::Message>& reply);
+  void HandleLocationChanged(const Bus::Message& signal);
+  void HandleLocation(const std::string& storeURL, const Bus::Result<Bus::Message>& reply);
+  void HandleOwner(const Bus::Message& signal);
 
   Report report_;
   std::string problem_;
   bool isWatching_ = false;  // what comes before belongs to the agent's start
   End end_ = End::Asked;
-  EventLoopPtr loop_;
-  BusPtr bus_;
-  std::vector<BusSlotPtr> slots_;
+  std::optional<Bus::EventLoop> loop_;
+  std::optional<Bus::Connection> bus_;
+  std::vector<Bus::Slot> slots_;
+  Bus::EventSource output_;
 };

@@ -1,20 +1,12 @@
 #include "bus/UserBus.h"
 
 #include <cerrno>
-#include <cstring>
+#include <utility>
 
-BusPtr OpenUserBus(std::string& problem) {
-  sd_bus* bus = nullptr;
-  if (const int status = sd_bus_open_user(&bus); status < 0) {
-    problem = "there is no session bus";
-    if (status != -ENOMEDIUM) problem += std::string(" (") + std::strerror(-status) + ")";
-    return nullptr;
-  }
-  return BusPtr(bus);
-}
-
-std::string MatchOwnerOf(const std::string& busName) {
-  return "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
-         "member='NameOwnerChanged',arg0='" +
-         busName + "'";
+std::optional<Bus::Connection> OpenUserBus(std::string& problem) {
+  Bus::Result<Bus::Connection> bus = Bus::Connection::ToUserBus();
+  if (bus) return std::move(*bus);
+  problem = "there is no session bus";
+  if (bus.Failure().code != ENOMEDIUM) problem += " (" + bus.Failure().text + ")";
+  return std::nullopt;
 }

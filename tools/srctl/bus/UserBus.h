@@ -1,11 +1,9 @@
 #pragma once
 
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
 
+#include <optional>
 #include <string>
 
-// A connection to the user's session bus; null, and the reason in `problem`, when there is none.
-[[nodiscard]] BusPtr OpenUserBus(std::string& problem);
-
-// What sd_bus_add_match takes for the bus name getting an owner or losing its owner.
-[[nodiscard]] std::string MatchOwnerOf(const std::string& busName);
+// A connection to the user's session bus; nothing, and the reason in `problem`, when there is none.
+[[nodiscard]] std::optional<Bus::Connection> OpenUserBus(std::string& problem);

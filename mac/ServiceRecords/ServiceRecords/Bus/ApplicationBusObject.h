@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Bus/BusObject.h"
+#include "libs/Bus/Connection.h"
 
 #include <functional>
 #include <string>
@@ -14,15 +14,11 @@ class ApplicationBusObject {
 
   explicit ApplicationBusObject(FileOpenHandler openFile) : openFile_(std::move(openFile)) {}
 
-  // False when the connection does not take the object.
-  [[nodiscard]] bool Serve(sd_bus& bus);
+  [[nodiscard]] Bus::Result<> Serve(Bus::Connection& bus);
 
  private:
-  static int Activate(sd_bus_message* call, void* self, sd_bus_error* error);
-  static int Open(sd_bus_message* call, void* self, sd_bus_error* error);
-  static int ActivateAction(sd_bus_message* call, void* self, sd_bus_error* error);
-  static const sd_bus_vtable kMethods[];
+  void Open(const std::vector<std::string>& uris) const;
 
   const FileOpenHandler openFile_;
-  BusSlotPtr slot_;
+  Bus::Slot object_;
 };

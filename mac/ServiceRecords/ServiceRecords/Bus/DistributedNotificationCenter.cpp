@@ -1,35 +1,28 @@
 #include "Bus/DistributedNotificationCenter.h"
 
-#include "Bus/BusMarshalling.h"
-#include "Bus/BusObject.h"
 #include "Process/MainLoop.h"
+#include "libs/Bus/BusText.h"
 #include "libs/Bus/ServiceNames.h"
 #include "libs/Text/TextHelpers.h"
 
-namespace {
-
-const sd_bus_vtable kSignals[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_SIGNAL_WITH_NAMES("Posted", "ss", SD_BUS_PARAM(name) SD_BUS_PARAM(object), 0), SD_BUS_VTABLE_END};
-
-}  // namespace
+#include <utility>
 
 DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
   static DistributedNotificationCenter center;
   return center;
 }
 
-int DistributedNotificationCenter::Connect(sd_bus& bus) {
-  sd_bus_slot* object = nullptr;
-  int result = sd_bus_add_object_vtable(&bus, &object, ServiceNames::kNotificationsPath,
-                                        ServiceNames::kNotificationsInterface, kSignals, this);
-  if (result < 0) return result;
-  object_.reset(object);
+Bus::Result<> DistributedNotificationCenter::Connect(Bus::Connection& bus) {
+  Bus::Interface interface(ServiceNames::kNotificationsInterface);
+  interface.Signal<std::string, std::string>("Posted", {"name", "object"});
+  Bus::Result<Bus::Slot> object = bus.Serve(ServiceNames::kNotificationsPath, std::move(interface));
+  if (!object) return object.Failure();
+  object_ = std::move(*object);
   bus_ = &bus;
   for (auto& [name, observer] : observers_) {
-    if (result = Observe(name, observer); result < 0) return result;
+    if (const Bus::Result<> observed = Observe(name, observer); !observed) return observed;
   }
-  return 0;
+  return Bus::Nothing{};
 }
 
 void DistributedNotificationCenter::Disconnect() {
@@ -45,34 +38,22 @@ void DistributedNotificationCenter::postNotificationName(const std::string& name
 
 void DistributedNotificationCenter::Send(const std::string& name, const std::string& object) {
   if (bus_ == nullptr) return;
-  sd_bus_emit_signal(bus_, ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface, "Posted",
-                     "ss", name.c_str(), BusText(util::widen(object)).c_str());
+  static_cast<void>(bus_->Emit(ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface,
+                               "Posted", name, Bus::Text(util::widen(object))));
 }
 
 void DistributedNotificationCenter::addObserver(const std::string& name, std::function<void()> handler) {
   Observer& observer = observers_[name];
   observer.handler = std::move(handler);
-  if (bus_ != nullptr) Observe(name, observer);
+  if (bus_ != nullptr) static_cast<void>(Observe(name, observer));
 }
 
 void DistributedNotificationCenter::removeObserver(const std::string& name) {
   observers_.erase(name);
 }
 
-int DistributedNotificationCenter::Observe(const std::string& name, Observer& observer) {
-  const std::string rule = ServiceNames::NotificationMatch(name);
-  sd_bus_slot* match = nullptr;
-  const int result = sd_bus_add_match(bus_, &match, rule.c_str(), HandleSignal, &observer);
-  observer.match.reset(match);
-  return result;
-}
-
-int DistributedNotificationCenter::HandleSignal(sd_bus_message* /*message*/, void* observer,
-                                                sd_bus_error* error) {
-  return AnswerCall(error, [observer] {
-    const std::function<void()> handler =
-        static_cast<Observer*>(observer)->handler;  // which may remove itself
-    handler();
-    return 0;
-  });
+Bus::Result<> DistributedNotificationCenter::Observe(const std::string& name, Observer& observer) {
+  return Bus::Keep(observer.match,
+                   bus_->Match(ServiceNames::NotificationMatch(name),
+                               [handler = observer.handler](const Bus::Message& /*signal*/) { handler(); }));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
 
 #include <functional>
 #include <map>
@@ -12,9 +12,8 @@ class DistributedNotificationCenter {
   // The center of the process, made on first use.
   static DistributedNotificationCenter& defaultCenter();
 
-  // Sends and receives over this connection from now on, as long as the connection lives. Main thread.
-  // Answers the bus library's negative error code on failure.
-  [[nodiscard]] int Connect(sd_bus& bus);
+  // Sends and receives over this connection from now on, until Disconnect. Main thread.
+  [[nodiscard]] Bus::Result<> Connect(Bus::Connection& bus);
   // Main thread; before the connection goes.
   void Disconnect();
 
@@ -30,14 +29,13 @@ class DistributedNotificationCenter {
  private:
   struct Observer {
     std::function<void()> handler;
-    BusSlotPtr match;
+    Bus::Slot match;
   };
 
   void Send(const std::string& name, const std::string& object);
-  int Observe(const std::string& name, Observer& observer);
-  static int HandleSignal(sd_bus_message* message, void* observer, sd_bus_error* error);
+  Bus::Result<> Observe(const std::string& name, Observer& observer);
 
-  sd_bus* bus_ = nullptr;
-  BusSlotPtr object_;
+  Bus::Connection* bus_ = nullptr;
+  Bus::Slot object_;
   std::map<std::string, Observer> observers_;
 };

@@ -1,33 +1,11 @@
 #include "Bus/PendingChanges.h"
 
-#include "Bus/BusObject.h"
-
 #include <utility>
 
-namespace {
-
-std::string SenderOf(sd_bus_message* call) {
-  const char* sender = sd_bus_message_get_sender(call);
-  return sender == nullptr ? "" : sender;
-}
-
-// As the bus library does it for a call that is answered at once.
-void AnswerLate(sd_bus_message* call, const PendingChanges::Answer& answer,
-                const PendingChanges::Stores& stores) {
-  sd_bus_error error = SD_BUS_ERROR_NULL;
-  const int result = AnswerCall(&error, [&] { return answer(call, stores); });
-  if (result < 0) sd_bus_reply_method_errno(call, result, &error);
-  sd_bus_error_free(&error);
-}
-
-}  // namespace
-
-// The reply is made now, because the call may be large.
-std::uint64_t PendingChanges::Begin(sd_bus_message* call, const char* resultTypes) {
-  Change change{SenderOf(call), NewReply(call), resultTypes, {}};
+std::uint64_t PendingChanges::Begin(const std::string& caller, Reply reply) {
   const std::uint64_t number = next_++;
-  latest_[change.sender] = number;
-  changes_.emplace(number, std::move(change));
+  latest_[caller] = number;
+  changes_.emplace(number, Change{caller, std::move(reply), {}});
   return number;
 }
 
@@ -35,17 +13,15 @@ void PendingChanges::End(std::uint64_t number, const Outcome& outcome) {
   const auto ended = changes_.extract(number);
   if (!ended) return;
   const Change& change = ended.mapped();
-  const auto latest = latest_.find(change.sender);
+  const auto latest = latest_.find(change.caller);
   if (latest != latest_.end() && latest->second == number) latest_.erase(latest);
-  if (sd_bus_message_append(change.reply.get(), change.resultTypes, static_cast<int>(outcome.changed)) >= 0) {
-    sd_bus_send(nullptr, change.reply.get(), nullptr);
-  }
-  for (const Kept& kept : change.behind) AnswerLate(kept.call.get(), kept.answer, outcome.stores);
+  change.reply(outcome.changed);
+  for (const Answer& answer : change.behind) answer(outcome.stores);
 }
 
-bool PendingChanges::KeepBehind(sd_bus_message* call, const Answer& answer) {
-  const auto latest = latest_.find(SenderOf(call));
+bool PendingChanges::KeepBehind(const std::string& caller, const Answer& answer) {
+  const auto latest = latest_.find(caller);
   if (latest == latest_.end()) return false;
-  changes_.at(latest->second).behind.push_back({BusMessagePtr(sd_bus_message_ref(call)), answer});
+  changes_.at(latest->second).behind.push_back(answer);
   return true;
 }

@@ -1,17 +1,21 @@
 #include "Bus/ServiceRecordsBusObject.h"
 
-#include "Bus/BusMarshalling.h"
 #include "MRVServiceRecordsSvr.h"
 #include "Process/BackgroundTasks.h"
 #include "Process/ChangeQueue.h"
 #include "Process/MainLoop.h"
 #include "SRLib/SRProvider.h"
+#include "libs/Bus/BusText.h"
 #include "libs/Bus/ServiceNames.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 
+using Bus::Deferred;
+using PropertyList::Dictionary;
+using PropertyList::SharedDictionaries;
 using ServiceRecords::SRProvider;
 
 namespace {
@@ -30,116 +34,102 @@ class AtEnd {
   const std::function<void(bool result)> report_;
 };
 
+PendingChanges::Reply WhetherChanged(const Deferred<bool>& call) {
+  return [call](bool changed) { call.Answer(changed); };
+}
+
 }  // namespace
 
-const sd_bus_vtable ServiceRecordsBusObject::kMethods[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD_WITH_ARGS("allStores", SD_BUS_NO_ARGS, SD_BUS_RESULT("aa{sv}", stores),
-                            InTurn<&ServiceRecordsBusObject::AllStores>, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("storeForID", SD_BUS_ARGS("s", storeID), SD_BUS_RESULT("a{sv}", store),
-                            InTurn<&ServiceRecordsBusObject::StoreForID>, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("setDefaultGatewayForStoreURLTo", SD_BUS_ARGS("s", storeURL, "s", gatewayName),
-                            SD_BUS_RESULT("b", changed),
-                            AtOnce<&ServiceRecordsBusObject::SetDefaultGatewayForStoreURL>,
-                            SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("setDefaultGatewayForStoreIDTo", SD_BUS_ARGS("s", storeID, "s", gatewayName),
-                            SD_BUS_RESULT("b", changed),
-                            AtOnce<&ServiceRecordsBusObject::SetDefaultGatewayForStoreID>,
-                            SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("uiBundlePath", SD_BUS_NO_ARGS, SD_BUS_RESULT("s", path),
-                            InTurn<&ServiceRecordsBusObject::UIBundlePath>, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("deleteStore", SD_BUS_ARGS("s", storeID), SD_BUS_RESULT("b", deleted),
-                            AtOnce<&ServiceRecordsBusObject::DeleteStore>, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("handleServiceRecordFTA", SD_BUS_ARGS("s", path), SD_BUS_NO_RESULT,
-                            InTurn<&ServiceRecordsBusObject::HandleServiceRecordFTA>,
-                            SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_METHOD_WITH_ARGS("handleDiscoveryDocument", SD_BUS_ARGS("s", document), SD_BUS_NO_RESULT,
-                            AtOnce<&ServiceRecordsBusObject::HandleDiscoveryDocument>,
-                            SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_PROPERTY("stateOfSavedStores", "s", StateOfSavedStores, 0, 0),
-    SD_BUS_VTABLE_END};
-
-bool ServiceRecordsBusObject::Serve(sd_bus& bus) {
-  slot_ = AddInterface(bus, ServiceNames::kServiceRecordsPath, ServiceNames::kServiceRecordsInterface,
-                       kMethods, this);
-  return slot_ != nullptr;
+Bus::Result<> ServiceRecordsBusObject::Serve(Bus::Connection& bus) {
+  Bus::Interface interface(ServiceNames::kServiceRecordsInterface);
+  AddStores(interface);
+  AddDefaultGateways(interface);
+  interface.Method("uiBundlePath", {}, {"path"}, [this](const Deferred<std::string>& call) {
+    Answer(call,
+           [this](const Stores& /*stores*/) { return Bus::Text(util::widen(service_.uiBundlePath())); });
+  });
+  interface.Method(
+      "deleteStore", {"storeID"}, {"deleted"}, [this](const Deferred<bool>& call, const std::string& id) {
+        Change(call.Caller(), WhetherChanged(call), [this, id] { return service_.deleteStore(id); });
+      });
+  AddDocuments(interface);
+  interface.Property("stateOfSavedStores", [this] { return service_.stateOfSavedStores(); });
+  return Bus::Keep(object_, bus.Serve(ServiceNames::kServiceRecordsPath, std::move(interface)));
 }
 
-int ServiceRecordsBusObject::AnswerInTurn(sd_bus_message* call, MethodInTurn method) {
-  const auto answer = [this, method](sd_bus_message* turn, const Stores& stores) {
-    return (this->*method)(turn, stores);
-  };
-  if (pendingChanges_.KeepBehind(call, answer)) return 1;
-  return answer(call, SRProvider::Instance().Snapshot());
+void ServiceRecordsBusObject::AddStores(Bus::Interface& interface) {
+  interface.Method("allStores", {}, {"stores"}, [this](const Deferred<SharedDictionaries>& call) {
+    Answer(
+        call, [this](const Stores& stores) -> const auto& { return service_.allStores(stores); });
+  });
+  interface.Method("storeForID", {"storeID"}, {"store"},
+                   [this](const Deferred<std::optional<Dictionary>>& call, const std::string& id) {
+                     Answer(call,
+                            [this, id](const Stores& stores) { return service_.storeForID(id, stores); });
+                   });
 }
 
-int ServiceRecordsBusObject::AllStores(sd_bus_message* call, const Stores& stores) {
-  const PropertyList::SharedDictionaries& dictionaries = service_.allStores(stores);
-  return ReplyWith(call, [&](sd_bus_message* reply) { return AppendDictionaries(reply, dictionaries); });
+void ServiceRecordsBusObject::AddDefaultGateways(Bus::Interface& interface) {
+  interface.Method("setDefaultGatewayForStoreURLTo", {"storeURL", "gatewayName"}, {"changed"},
+                   [this](const Deferred<bool>& call, const std::string& url, const std::string& gateway) {
+                     Change(call.Caller(), WhetherChanged(call), [this, url, gateway] {
+                       return service_.setDefaultGatewayForStoreURLTo(url, gateway);
+                     });
+                   });
+  interface.Method("setDefaultGatewayForStoreIDTo", {"storeID", "gatewayName"}, {"changed"},
+                   [this](const Deferred<bool>& call, const std::string& id, const std::string& gateway) {
+                     Change(call.Caller(), WhetherChanged(call), [this, id, gateway] {
+                       return service_.setDefaultGatewayForStoreIDTo(id, gateway);
+                     });
+                   });
 }
 
-int ServiceRecordsBusObject::StoreForID(sd_bus_message* call, const Stores& stores) {
-  return ReplyWithDictionary(call, service_.storeForID(ReadText(call), stores));
+void ServiceRecordsBusObject::AddDocuments(Bus::Interface& interface) {
+  interface.Method(
+      "handleServiceRecordFTA", {"path"}, {}, [this](const Deferred<>& call, const std::string& path) {
+        InTurn(call.Caller(),
+               [this, call, path](const Stores& /*stores*/) { call.Try([&] { HandleFile(call, path); }); });
+      });
+  interface.Method("handleDiscoveryDocument", {"document"}, {},
+                   [this](const Deferred<>& call, std::string document) {
+                     const auto reply = [call](bool /*changed*/) { call.Answer(); };
+                     Change(call.Caller(), reply, [this, document = std::move(document)] {
+                       service_.handleDiscoveryDocument(document);
+                       return true;
+                     });
+                   });
 }
 
-int ServiceRecordsBusObject::UIBundlePath(sd_bus_message* call, const Stores& /*stores*/) {
-  return sd_bus_reply_method_return(call, "s", BusText(util::widen(service_.uiBundlePath())).c_str());
-}
-
-int ServiceRecordsBusObject::StateOfSavedStores(sd_bus* /*bus*/, const char* /*path*/,
-                                                const char* /*interface*/, const char* /*property*/,
-                                                sd_bus_message* reply, void* self, sd_bus_error* error) {
-  return AnswerCall(error, [&] {
-    return sd_bus_message_append(reply, "s", Self(self).service_.stateOfSavedStores().c_str());
+template <class Result, class Read>
+void ServiceRecordsBusObject::Answer(const Deferred<Result>& call, Read read) {
+  InTurn(call.Caller(), [call, read](const Stores& stores) {
+    call.AnswerWith([&]() -> decltype(auto) { return read(stores); });
   });
 }
 
-int ServiceRecordsBusObject::SetDefaultGatewayForStoreURL(sd_bus_message* call) {
-  std::string storeURL = ReadText(call);
-  return Change(call, "b", [this, storeURL = std::move(storeURL), gateway = ReadText(call)] {
-    return service_.setDefaultGatewayForStoreURLTo(storeURL, gateway);
-  });
+void ServiceRecordsBusObject::InTurn(const std::string& caller, const PendingChanges::Answer& answer) {
+  if (!pendingChanges_.KeepBehind(caller, answer)) answer(SRProvider::Instance().Snapshot());
 }
 
-int ServiceRecordsBusObject::SetDefaultGatewayForStoreID(sd_bus_message* call) {
-  std::string storeID = ReadText(call);
-  return Change(call, "b", [this, storeID = std::move(storeID), gateway = ReadText(call)] {
-    return service_.setDefaultGatewayForStoreIDTo(storeID, gateway);
-  });
-}
-
-int ServiceRecordsBusObject::DeleteStore(sd_bus_message* call) {
-  return Change(call, "b", [this, id = ReadText(call)] { return service_.deleteStore(id); });
-}
-
-int ServiceRecordsBusObject::HandleDiscoveryDocument(sd_bus_message* call) {
-  return Change(call, "", [this, document = ReadText(call)] {
-    service_.handleDiscoveryDocument(document);
-    return true;
-  });
-}
-
-int ServiceRecordsBusObject::Change(sd_bus_message* call, const char* resultTypes,
-                                    std::function<bool()> change) {
-  const std::uint64_t number = pendingChanges_.Begin(call, resultTypes);
+void ServiceRecordsBusObject::Change(const std::string& caller, PendingChanges::Reply reply,
+                                     std::function<bool()> change) {
+  const std::uint64_t number = pendingChanges_.Begin(caller, std::move(reply));
   const auto end = std::make_shared<AtEnd>([this, number](bool changed) {
     const PendingChanges::Outcome outcome{changed, SRProvider::Instance().Snapshot()};
     MainLoop::Main().Post([this, number, outcome] { pendingChanges_.End(number, outcome); });
   });
   changes_.Add([change = std::move(change), end] { end->result = change(); });
-  return 1;
 }
 
-int ServiceRecordsBusObject::HandleServiceRecordFTA(sd_bus_message* call, const Stores& /*stores*/) {
+void ServiceRecordsBusObject::HandleFile(const Deferred<>& call, const std::string& path) {
   const std::uint64_t number = nextFile_++;
-  pendingFiles_.emplace(number, BusMessagePtr(sd_bus_message_ref(call)));
+  pendingFiles_.emplace(number, call);
   const auto reply = std::make_shared<AtEnd>(
       [this, number](bool) { MainLoop::Main().Post([this, number] { ReplyAboutFile(number); }); });
-  tasks_.Start([this, path = ReadText(call), reply] { service_.handleServiceRecordFTA(path); });
-  return 1;  // the reply follows when the file has been handled
+  tasks_.Start([this, path, reply] { service_.handleServiceRecordFTA(path); });
 }
 
 void ServiceRecordsBusObject::ReplyAboutFile(std::uint64_t call) {
   const auto pending = pendingFiles_.extract(call);
-  if (pending) sd_bus_reply_method_return(pending.mapped().get(), nullptr);
+  if (pending) pending.mapped().Answer();
 }

@@ -1,10 +1,9 @@
 #include "Process/ClientApplication.h"
 
+#include "Process/MainLoop.h"
 #include "libs/Bus/ServiceNames.h"
 #include "libs/Files/Bundle.h"
 #include "libs/Termination/TerminationEvent.h"
-
-#include <sys/epoll.h>
 
 #include <algorithm>
 #include <string>
@@ -21,25 +20,18 @@ std::string ObjectPath(std::string identifier) {
 }  // namespace
 
 void ClientApplication::BringForward() {
-  sd_bus_message* message = nullptr;
-  if (sd_bus_message_new_method_call(&bus_, &message, kIdentifier, ObjectPath(kIdentifier).c_str(),
-                                     ServiceNames::kApplicationInterface, "Activate") < 0) {
-    return;
-  }
-  const BusMessagePtr call(message);
-  sd_bus_message_set_auto_start(message, 0);
-  sd_bus_slot* slot = nullptr;
-  if (sd_bus_message_append(message, "a{sv}", 0) >= 0 &&
-      sd_bus_call_async(&bus_, &slot, message, HandleActivated, this, 0) >= 0) {
-    activation_.reset(slot);
-  }
+  const std::string path = ObjectPath(kIdentifier);
+  const Bus::Service application{kIdentifier, path.c_str(), ServiceNames::kApplicationInterface};
+  static_cast<void>(
+      Bus::Keep(activation_, bus_.CallAsync(
+                                 application, {.startsService = false}, "Activate",
+                                 [this](const Bus::Result<Bus::Message>& reply) { HandleActivated(reply); },
+                                 PropertyList::Dictionary())));
 }
 
-int ClientApplication::HandleActivated(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) {
-  const bool isRunning = sd_bus_message_is_method_error(reply, SD_BUS_ERROR_NAME_HAS_NO_OWNER) == 0 &&
-                         sd_bus_message_is_method_error(reply, SD_BUS_ERROR_SERVICE_UNKNOWN) == 0;
-  if (!isRunning && !TerminationEvent::Requested()) static_cast<ClientApplication*>(self)->Launch();
-  return 0;
+void ClientApplication::HandleActivated(const Bus::Result<Bus::Message>& reply) {
+  const bool isRunning = reply || !reply.Failure().IsForWantOfOwner();
+  if (!isRunning && !TerminationEvent::Requested()) Launch();
 }
 
 // By a program that lies beside the agent, so that nothing of the launch stays here.
@@ -48,15 +40,8 @@ void ClientApplication::Launch() {
   auto program = HelperProcess::Start(Bundle::Main().Path() / "servicerecord-launch", {kIdentifier});
   if (!program) return;
   launch_.emplace(std::move(*program));
-  sd_event_source* source = nullptr;
-  sd_event_add_io(sd_bus_get_event(&bus_), &source, launch_->Ended(), EPOLLIN, HandleLaunched, this);
-  launchEnd_.reset(source);
-}
-
-int ClientApplication::HandleLaunched(sd_event_source* /*source*/, int /*descriptor*/,
-                                      std::uint32_t /*events*/, void* self) {
-  auto& client = *static_cast<ClientApplication*>(self);
-  client.launchEnd_.reset();
-  client.launch_.reset();
-  return 0;
+  launchEnd_ = MainLoop::Main().Watch(launch_->Ended(), [this] {
+    launchEnd_.reset();
+    launch_.reset();
+  });
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
+#include "libs/Bus/EventLoop.h"
 #include "libs/HelperProgram/HelperProcess.h"
 
-#include <cstdint>
 #include <optional>
 
 // The main client application. Main thread.
@@ -11,19 +11,18 @@ class ClientApplication {
  public:
   static constexpr char kIdentifier[] = "com.morvane.quillon.velt";
 
-  // The connection is served by an event loop.
-  explicit ClientApplication(sd_bus& bus) : bus_(bus) {}
+  // The main loop serves the connection.
+  explicit ClientApplication(Bus::Connection& bus) : bus_(bus) {}
 
   // Brings the client forward when it runs, otherwise launches it; waits neither for it nor for the bus.
   void BringForward();
 
  private:
+  void HandleActivated(const Bus::Result<Bus::Message>& reply);
   void Launch();
-  static int HandleActivated(sd_bus_message* reply, void* self, sd_bus_error* error);
-  static int HandleLaunched(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
 
-  sd_bus& bus_;
-  BusSlotPtr activation_;                // until it is answered
+  Bus::Connection& bus_;
+  Bus::Slot activation_;                 // until it is answered
   std::optional<HelperProcess> launch_;  // while it goes on
-  EventSourcePtr launchEnd_;
+  Bus::EventSource launchEnd_;
 };

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
+#include "libs/Bus/EventLoop.h"
+#include "libs/Files/EventFd.h"
 
 #include <chrono>
 #include <deque>
@@ -14,7 +16,6 @@
 class MainLoop {
  public:
   MainLoop();
-  ~MainLoop();
   MainLoop(const MainLoop&) = delete;
   MainLoop& operator=(const MainLoop&) = delete;
 
@@ -30,7 +31,10 @@ class MainLoop {
   void PutOff(std::chrono::microseconds time, std::function<void()> work);
 
   // Serves the connection from now on; false when the loop cannot take it.
-  [[nodiscard]] bool Attach(sd_bus& bus);
+  [[nodiscard]] bool Attach(Bus::Connection& bus);
+  // Calls the handler, on the main thread, whenever the descriptor is readable. Main thread; null when the
+  // loop cannot.
+  [[nodiscard]] Bus::EventSource Watch(int descriptor, std::function<void()> handler);
 
   // Runs what was posted so far; false when that was nothing.
   bool RunPosted();
@@ -45,17 +49,15 @@ class MainLoop {
  private:
   void StartTimer(std::chrono::microseconds time);
 
-  static int HandlePosted(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
-  static int HandleTime(sd_event_source* source, std::uint64_t time, void* self);
-  static int HandleTermination(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
-
-  EventLoopPtr loop_;
+  const EventFd wakeUp_;
+  Bus::EventLoop loop_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
-  const int wakeUp_;
   std::mutex mutex_;
   std::deque<std::function<void()>> posted_;
   bool terminating_ = false;
   // Both are the main thread's.
   std::function<void()> putOff_;
-  EventSourcePtr timer_;
+  Bus::EventSource timer_;
+  Bus::EventSource postedWork_;
+  Bus::EventSource termination_;
 };

@@ -1,0 +1,18 @@
+#include "support/PrivateBus.h"
+
+#include <csignal>
+
+namespace testsupport {
+
+PrivateBus::PrivateBus()
+    : daemon_({"dbus-daemon", "--session", "--nofork", "--nosyslog", "--address=" + Address(),
+               "--print-address"}) {
+  daemon_.WaitForOutput("unix:path=");
+}
+
+void PrivateBus::Terminate() {
+  daemon_.Signal(SIGTERM);
+  daemon_.Wait();
+}
+
+}  // namespace testsupport
