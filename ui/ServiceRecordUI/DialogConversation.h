@@ -1,9 +1,8 @@
 #pragma once
 
 #include "DialogWire.h"
-#include "libs/HelperProgram/HelperProcess.h"
+#include "libs/HelperProgram/HelperConversation.h"
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -21,16 +20,10 @@ class DialogConversation {
   void AwaitEnd();
 
  private:
-  // Waits for the next event. False on termination.
-  [[nodiscard]] bool Wait();
-  // Sends what the program takes now and reads what is there now.
-  void Exchange();
+  // Reads what is there now, up to the longest reply.
+  void Read();
 
-  HelperProcess program_;
+  HelperConversation conversation_;
   std::string request_;
-  std::size_t sent_ = 0;
   std::string reply_;
-  int terminationDescriptor_;
-  bool outputOpen_ = true;
-  bool ended_ = false;
 };

@@ -2,10 +2,8 @@
 
 #include "libs/CredentialWire/CredentialMessage.h"
 #include "libs/CredentialWire/Secret.h"
-#include "libs/HelperProgram/HelperProcess.h"
+#include "libs/HelperProgram/HelperConversation.h"
 
-#include <chrono>
-#include <cstddef>
 #include <optional>
 
 namespace Warden {
@@ -21,19 +19,11 @@ class CredentialConversation {
   [[nodiscard]] std::optional<CredentialMessage> AwaitReply(int limitMilliseconds);
 
  private:
-  using Clock = std::chrono::steady_clock;
-
-  // Waits for the next event. False on cancellation and when the time is over.
-  [[nodiscard]] bool Wait(std::optional<Clock::time_point> deadline);
   void ReadAll();
 
-  HelperProcess program_;
+  HelperConversation conversation_;
   Secret request_;
   Secret reply_;
-  std::size_t sent_ = 0;
-  int cancellationDescriptor_;
-  bool outputOpen_ = true;
-  bool ended_ = false;
 };
 
 }  // namespace Warden
