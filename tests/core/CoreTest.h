@@ -4,6 +4,7 @@
 #include "core/RecordFiles.h"
 #include "fakes/FakeConfigurator.h"
 #include "fakes/FakeCriticalSections.h"
+#include "support/CapturedSystemLog.h"
 #include "support/CapturedTrace.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@ namespace testsupport {
 using Texts = std::vector<std::string>;
 using Records = std::vector<TraceRecord>;
 
-// A configuration and a trace log of the test's own, and the schemas in the current directory.
+// A configuration and logs of the test's own, and the schemas in the current directory.
 class CoreTest : public ::testing::Test {
  protected:
   CoreTest() { std::filesystem::current_path(SR_SOURCE_DIR "/resources"); }
@@ -29,6 +30,7 @@ class CoreTest : public ::testing::Test {
   FakeConfigurator configuration_;  // the user's
   // What is written inside a critical section is marked.
   CapturedTrace trace_{InsideCriticalSection};
+  CapturedSystemLog systemLog_;
 };
 
 }  // namespace testsupport

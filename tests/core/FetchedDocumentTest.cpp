@@ -1,5 +1,4 @@
 #include "core/ProviderTest.h"
-#include "support/SystemLogFake.h"
 
 namespace {
 
@@ -15,7 +14,6 @@ class FetchedDocumentTest : public ProviderTest {
  protected:
   FetchedDocumentTest() {
     location_.AnswerWith(1);
-    static_cast<void>(SystemLogFake::TakeLines());
     Hold({asked_, Store(L"other", L"https://other.example/discovery")});
   }
 
@@ -54,7 +52,7 @@ TEST_F(FetchedDocumentTest, MayChangeTheStoreThatWasAsked) {
   EXPECT_TRUE(Answers(At(L"asked", L"https://asked.example/b")));
   EXPECT_EQ(URL(L"asked"), L"https://asked.example/b");
   EXPECT_THAT(PassedOver(), IsEmpty());
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(FetchedDocumentTest, MayChangeAnotherStoreOfTheSameServer) {
@@ -80,7 +78,7 @@ TEST_F(FetchedDocumentTest, ChangesNoStoreOfAnotherServer) {
   EXPECT_EQ(URL(L"other"), L"https://other.example/discovery");
   EXPECT_FALSE(WasSaved());
   EXPECT_EQ(PassedOver(), (Records{{2, kProviderFile, "..." + Foreign("other")}}));
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("other")));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(Foreign("other")));
 }
 
 TEST_F(FetchedDocumentTest, ChangesNoStoreOfAnotherServerAlsoWhereItLeavesItsAddress) {
@@ -93,7 +91,7 @@ TEST_F(FetchedDocumentTest, ChangesNoStoreOfAnotherServerAlsoWhereItLeavesItsAdd
 TEST_F(FetchedDocumentTest, InsertsNoStoreOnTheServerOfAnother) {
   EXPECT_FALSE(Answers(At(L"new", L"https://OTHER.example:443/x")));
   EXPECT_EQ(URL(L"new"), L"none");
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("new")));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(Foreign("new")));
 }
 
 TEST_F(FetchedDocumentTest, SpellsNoServerOfAnotherSoThatItPassesForADifferentOne) {
@@ -101,7 +99,7 @@ TEST_F(FetchedDocumentTest, SpellsNoServerOfAnotherSoThatItPassesForADifferentOn
   EXPECT_FALSE(Answers(At(L"n1", L"https://other.example:/x") + At(L"n2", L"https://%6Fther.example/x") +
                        At(L"n3", L"https://xn--bcher-kva.example/y") +
                        At(L"n4", L"https://other.example./x")));
-  EXPECT_THAT(SystemLogFake::TakeLines(),
+  EXPECT_THAT(systemLog_.TakeLines(),
               ElementsAre(Foreign("n1"), Foreign("n2"), Foreign("n3"), Foreign("n4")));
 }
 
@@ -110,13 +108,13 @@ TEST_F(FetchedDocumentTest, ServersWithoutAReadableAddressAreDifferentOnes) {
   Hold({Store(L"odd", L"https://me@odd.example/x")});
   EXPECT_TRUE(Answers(At(L"n1", L"https://me@odd.example/y") + At(L"n2", L"https://me@new.example/y")));
   EXPECT_EQ(Ids(provider_.GetStores()), (Wide{L"asked", L"n2", L"odd", L"other"}));
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("n1")));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(Foreign("n1")));
 }
 
 TEST_F(FetchedDocumentTest, MovesNoStoreOntoTheServerOfAnother) {
   EXPECT_FALSE(Answers(At(L"asked", L"https://other.example/a")));
   EXPECT_EQ(URL(L"asked"), asked_.GetStoreURL());
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("asked")));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(Foreign("asked")));
 }
 
 TEST_F(FetchedDocumentTest, SchemeAndPortBelongToTheServer) {
@@ -126,7 +124,7 @@ TEST_F(FetchedDocumentTest, SchemeAndPortBelongToTheServer) {
   EXPECT_EQ(URL(L"asked"), L"https://asked.example/b");
   EXPECT_EQ(URL(L"plain"), L"http://asked.example/a");
   EXPECT_EQ(URL(L"port"), L"https://asked.example:8443/a");
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(Foreign("plain"), Foreign("port")));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(Foreign("plain"), Foreign("port")));
 }
 
 TEST_F(FetchedDocumentTest, WhatItHasASayInIsTakenBesideWhatIsPassedOver) {
@@ -191,7 +189,7 @@ TEST_F(FetchedDocumentTest, AStoreThatIsDeletedMeanwhileStaysDeleted) {
             (Records{{2, kProviderFile,
                       "...Passed over store asked in the discovery document of store asked: it was deleted "
                       "meanwhile"}}));
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(FetchedDocumentTest, AStoreThatWasNeverHeldIsInserted) {

@@ -1,5 +1,4 @@
 #include "core/ProviderTest.h"
-#include "support/SystemLogFake.h"
 #include "support/TemporaryFolder.h"
 
 #include <fstream>
@@ -23,7 +22,6 @@ class ProviderSavingTest : public ProviderTest {
 
   ProviderSavingTest() {
     provider_.RetryWith(Timer(), [this] { ReadAtLast(); });
-    static_cast<void>(SystemLogFake::TakeLines());
   }
 
   SavedStores::StartTimer Timer() {
@@ -68,7 +66,7 @@ TEST_F(ProviderSavingTest, ASaveThatSucceedsNeedsNoOther) {
   EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
   EXPECT_FALSE(WasSaved());
   EXPECT_EQ(delays_, Delays{});
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(ProviderSavingTest, ASaveThatFailsIsTriedAgainAfterLongerAndLongerTimesUntilItSucceeds) {
@@ -105,7 +103,7 @@ TEST_F(ProviderSavingTest, ASaveThatThrowsIsOneThatFailsWhereverItDoes) {
     EXPECT_EQ(provider_.Snapshot()->ByID(L"a"), nullptr);
     ASSERT_EQ(publications_.All().size(), 1U);
     EXPECT_EQ(Ids(publications_.All().front().stores), (Wide{L"b"}));
-    EXPECT_THAT(SystemLogFake::TakeLines(),
+    EXPECT_THAT(systemLog_.TakeLines(),
                 ElementsAre("the stores cannot be saved, which is tried again: std::bad_alloc"));
     EXPECT_EQ(std::exchange(delays_, {}), Seconds({1}));
     LetTimePass(1);
@@ -123,11 +121,11 @@ TEST_F(ProviderSavingTest, AFailingTimeIsSaidOnceInTheSystemLog) {
     provider_.RemoveStore(id);
     LetTimePass(3);
     provider_.SaveAllStores();
-    EXPECT_THAT(SystemLogFake::TakeLines(),
+    EXPECT_THAT(systemLog_.TakeLines(),
                 ElementsAre("the stores cannot be saved, which is tried again: the file cannot be written"));
     configuration_.FailWrites(false);
     LetTimePass(1);
-    EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+    EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
   }
 }
 
@@ -248,7 +246,7 @@ TEST_F(UnreadableListTest, TheListIsReadAgainAfterLongerAndLongerTimesAndPublish
   LetTimePass(3);
   EXPECT_EQ(delays_, Seconds({1, 2, 4, 8}));
   EXPECT_THAT(
-      SystemLogFake::TakeLines(),
+      systemLog_.TakeLines(),
       ElementsAre("the stores cannot be read, and are not changed until they can: the file cannot be read"));
   Forget();
   configuration_.FailReads(false);

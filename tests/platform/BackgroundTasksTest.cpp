@@ -1,5 +1,5 @@
 #include "Process/BackgroundTasks.h"
-#include "support/SystemLogFake.h"
+#include "support/CapturedSystemLog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -273,8 +273,9 @@ TEST_F(WithoutThreadsDeathTest, WhatNobodyCouldStartLaterIsDropped) {
   EXPECT_EXIT(
       {
         const NoFreeThread limit;
+        testsupport::CapturedSystemLog systemLog;
         StartWork(1);
-        const bool isLogged = SystemLogFake::TakeLines().size() == 1;
+        const bool isLogged = systemLog.TakeLines().size() == 1;
         ExitWell(tasks_.Finish(std::chrono::seconds(0)) && isLogged && Worked().empty());
       },
       testing::ExitedWithCode(0), "");

@@ -1,5 +1,5 @@
 #include "Process/ChangeQueue.h"
-#include "support/SystemLogFake.h"
+#include "support/CapturedSystemLog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -76,13 +76,13 @@ TEST_F(ChangeQueueTest, ChangesAreMadeOneAfterTheOtherInTheirOrder) {
 }
 
 TEST_F(ChangeQueueTest, AChangeThatFailsIsLoggedAndKeepsNoOtherBack) {
-  static_cast<void>(SystemLogFake::TakeLines());
+  testsupport::CapturedSystemLog systemLog;
   queue_.Add([] { throw std::runtime_error("no memory"); });
   queue_.Add([] { throw 1; });  // NOLINT: whatever is thrown
   queue_.Add(Noted(1));
   ASSERT_TRUE(WaitForNotes(2));
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre("changing the list of stores failed: no memory",
-                                                      "changing the list of stores failed"));
+  EXPECT_THAT(systemLog.TakeLines(), ElementsAre("changing the list of stores failed: no memory",
+                                                 "changing the list of stores failed"));
 }
 
 TEST_F(ChangeQueueTest, AtTheEndWhatHasNotBegunIsDroppedInItsOrderBehindWhatHas) {

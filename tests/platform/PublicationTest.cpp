@@ -1,6 +1,5 @@
 #include "MacWayfinderProxy.h"
 #include "libs/Wayfinder/Wayfinder.h"
-#include "platform/RecordingWayfinder.h"
 #include "support/StoreBuilders.h"
 
 #include <gmock/gmock.h>
@@ -24,25 +23,29 @@ using testsupport::Store;
 class PublicationTest : public testing::Test {
  protected:
   // The one list that the library got.
-  static SharedDictionaries HandedOver(const std::shared_ptr<const StoreSnapshot>& stores) {
-    static_cast<void>(RecordingWayfinder::TakeLists());
-    ServiceRecords::SetAllServiceRecordsToList(stores);
-    const auto lists = RecordingWayfinder::TakeLists();
-    EXPECT_EQ(lists.size(), 1U);
-    return lists.size() == 1 && lists.front() ? *lists.front() : SharedDictionaries();
+  SharedDictionaries HandedOver(const std::shared_ptr<const StoreSnapshot>& stores) {
+    lists_.clear();
+    proxy_.SetStores(stores);
+    EXPECT_EQ(lists_.size(), 1U);
+    return lists_.size() == 1 && lists_.front() ? *lists_.front() : SharedDictionaries();
   }
-  static Array Published(const StoreMap& stores) {
+  Array Published(const StoreMap& stores) {
     Array list;
     for (const auto& dictionary : HandedOver(std::make_shared<const StoreSnapshot>(stores)))
       list.emplace_back(*dictionary);
     return list;
   }
+
+  std::vector<std::optional<SharedDictionaries>> lists_;
+  std::map<std::string, std::uint32_t> locations_;
+  ServiceRecords::MacWayfinderProxy proxy_{
+      {.setStores = [this](auto stores) { lists_.push_back(std::move(stores)); },
+       .locationRelativeTo = [this](const auto& url) { return locations_.at(url); }}};
 };
 
 TEST_F(PublicationTest, AnEmptyMapHandsOverNothing) {
-  static_cast<void>(RecordingWayfinder::TakeLists());
-  ServiceRecords::SetAllServiceRecordsToList(std::make_shared<const StoreSnapshot>());
-  EXPECT_THAT(RecordingWayfinder::TakeLists(), ElementsAre(std::nullopt));
+  proxy_.SetStores(std::make_shared<const StoreSnapshot>());
+  EXPECT_THAT(lists_, ElementsAre(std::nullopt));
 }
 
 TEST_F(PublicationTest, AStoreWithoutListsHasFourKeys) {
@@ -135,9 +138,8 @@ TEST_F(PublicationTest, TextIsUtf8) {
 }
 
 TEST_F(PublicationTest, TheLibrarysAnswerIsGivenForTheUrlInUtf8) {
-  RecordingWayfinder::SetLocation("https://\xC3\xBC", Wayfinder::kHotspot);
-  EXPECT_EQ(ServiceRecords::LocationRelativeToStoreURL(L"https://\u00FC"), Wayfinder::kHotspot);
-  EXPECT_EQ(ServiceRecords::LocationRelativeToStoreURL(L"https://u"), Wayfinder::kNone);
+  locations_["https://\xC3\xBC"] = Wayfinder::kHotspot;
+  EXPECT_EQ(proxy_.LocationRelativeTo(L"https://\u00FC"), Wayfinder::kHotspot);
 }
 
 }  // namespace

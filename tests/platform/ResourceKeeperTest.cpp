@@ -1,6 +1,6 @@
 #include "ResourceKeeper.h"
 #include "libs/Text/TextHelpers.h"
-#include "support/SystemLogFake.h"
+#include "support/CapturedSystemLog.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestFiles.h"
 
@@ -25,7 +25,6 @@ class ResourceKeeperTest : public testing::Test {
   ResourceKeeperTest() {
     WriteTable("1600 = TITLE\n1624 =  \tREACHED \n");
     WriteMessages("en", Block("TITLE", "The title") + Block("REACHED", "First line\nsecond line"));
-    static_cast<void>(SystemLogFake::TakeLines());
   }
 
   void WriteTable(const std::string& content) { WriteFile(folder_.Path() / "MessagesIdName.txt", content); }
@@ -33,6 +32,7 @@ class ResourceKeeperTest : public testing::Test {
     WriteFile(folder_.Path() / (language + ".lproj") / "Messages.mc", content);
   }
 
+  testsupport::CapturedSystemLog systemLog_;
   testsupport::TemporaryFolder folder_;
   std::vector<std::string> languages_{"en"};
   ResourceKeeper keeper_{folder_.Path(), [this] { return languages_; }};
@@ -86,25 +86,25 @@ TEST_F(ResourceKeeperTest, AnUnknownNumberExplainsItselfInHexadecimal) {
 
 TEST_F(ResourceKeeperTest, AFoundMessageLeavesTheSystemLogAlone) {
   EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(ResourceKeeperTest, AnUnknownNumberIsOneLineOfTheSystemLog) {
   EXPECT_EQ(keeper_.messageFromResource(5), "Failed to find resource name for id: 5");
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre("Failed to find resource name for id: 5"));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre("Failed to find resource name for id: 5"));
 }
 
 TEST_F(ResourceKeeperTest, AnUnknownNameIsOneLineOfTheSystemLog) {
   WriteTable("1600 = OTHER\n");
   EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find localized message for resource name: OTHER");
-  EXPECT_THAT(SystemLogFake::TakeLines(),
+  EXPECT_THAT(systemLog_.TakeLines(),
               ElementsAre("Failed to find localized message for resource name: OTHER"));
 }
 
 TEST_F(ResourceKeeperTest, AMissingTableIsALineOfItsOwnBeforeTheFailure) {
   fs::remove(folder_.Path() / "MessagesIdName.txt");
   EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find resource name for id: 640");
-  EXPECT_THAT(SystemLogFake::TakeLines(),
+  EXPECT_THAT(systemLog_.TakeLines(),
               ElementsAre("Failed to read MessagesIdName.txt file. Error: No such file or directory",
                           "Failed to find resource name for id: 640"));
 }
@@ -113,7 +113,7 @@ TEST_F(ResourceKeeperTest, AMissingFileOfTheLanguageIsLoggedAndTheEnglishTextUse
   languages_ = {"fr"};
   EXPECT_EQ(keeper_.messageFromResource(1600), "The title");
   EXPECT_THAT(
-      SystemLogFake::TakeLines(),
+      systemLog_.TakeLines(),
       ElementsAre("Failed to read Messages.mc file for locale: fr. Error: No such file or directory"));
 }
 

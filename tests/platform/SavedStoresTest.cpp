@@ -3,10 +3,10 @@
 #include "SRLib/Provider/SavedStores.h"
 #include "SRLib/SRRegistryConfig.h"
 #include "platform/PreferencesFolder.h"
+#include "support/CapturedSystemLog.h"
 #include "support/FileSystemFaults.h"
 #include "support/FullDisk.h"
 #include "support/StoreBuilders.h"
-#include "support/SystemLogFake.h"
 #include "support/TestFiles.h"
 
 #include <gmock/gmock.h>
@@ -54,7 +54,6 @@ class SavedStoresTest : public testing::Test {
   SavedStoresTest() {
     fs::remove_all(file_.parent_path());
     fs::create_directories(file_.parent_path());
-    static_cast<void>(SystemLogFake::TakeLines());
   }
 
   static SRStore FullStore(const std::wstring& id) {
@@ -78,6 +77,7 @@ class SavedStoresTest : public testing::Test {
     return std::move(reading.stores);
   }
 
+  CapturedSystemLog systemLog_;
   const fs::path file_ = preferenceFile(true);
   SavedStores saved_{kConfiguration};
 };
@@ -125,7 +125,7 @@ TEST_F(SavedStoresTest, WhicheverReadFailsTheListIsWholeOrNotRead) {
     failed += restored.has_value() ? 0 : 1;
   }
   EXPECT_EQ(failed, 2) << "the file is read once: its content, and the end of it";
-  EXPECT_THAT(SystemLogFake::TakeLines(),
+  EXPECT_THAT(systemLog_.TakeLines(),
               ElementsAre("the stores cannot be read, and are not changed until they can: " + file_.string() +
                           ": Input/output error"))
       << "once for all these tries, none of which succeeded before the last";
@@ -143,12 +143,12 @@ TEST_F(SavedStoresTest, ASaveThatFailedAnywhereIsKnownAndDoneAgain) {
   }
   EXPECT_EQ(saved_.CurrentState(), SavedStores::State::Unsaved);
   EXPECT_EQ(ReadFile(file_), before);
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre("the stores cannot be saved, which is tried again: " +
-                                                      file_.string() + ": File too large"));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre("the stores cannot be saved, which is tried again: " +
+                                                  file_.string() + ": File too large"));
   saved_.Save(stores);
   EXPECT_EQ(saved_.CurrentState(), SavedStores::State::Good);
   EXPECT_EQ(Ids(SRRegistryConfig(kConfiguration).RestoreStores()), (Wide{L"two"}));
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(SavedStoresTest, AListIsSavedByOneReplacementOfTheFile) {
@@ -228,7 +228,6 @@ TEST_F(SavedStoresTest, OnADiskWithTooLittleRoomTheListStaysAsItWas) {
   EXPECT_GT(room, before.size());
   EXPECT_EQ(Ids(SRRegistryConfig(kConfiguration).RestoreStores()), (Wide{L"one", L"three", L"two"}));
   EXPECT_THAT(NamesIn(file_.parent_path()), ElementsAre(file_.filename().string()));
-  static_cast<void>(SystemLogFake::TakeLines());
 }
 
 }  // namespace

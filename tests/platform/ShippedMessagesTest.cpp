@@ -1,8 +1,8 @@
 #include "ResourceKeeper.h"
 #include "SRLib/Platform/Messages.h"
 #include "libs/Text/TextHelpers.h"
+#include "support/CapturedSystemLog.h"
 #include "support/EnvironmentVariable.h"
-#include "support/SystemLogFake.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,10 +47,10 @@ TEST(MessageFromResourceTest, APointerStaysGoodWhileTheTextIsTheSame) {
 TEST(MessageFromResourceTest, TheTextIsThatOfTheApplicationsCatalogue) {
   const testsupport::EnvironmentVariable languages("LANGUAGE", std::nullopt);
   const testsupport::EnvironmentVariable locale("LC_ALL", "en_GB.UTF-8");
-  static_cast<void>(SystemLogFake::TakeLines());
+  testsupport::CapturedSystemLog systemLog;
   EXPECT_EQ(util::MessageFromResourceW(util::kMessageStoreTitle),
             std::wstring(L"The store could not be set up"));
-  EXPECT_THAT(SystemLogFake::TakeLines(), testing::IsEmpty());
+  EXPECT_THAT(systemLog.TakeLines(), testing::IsEmpty());
 }
 
 }  // namespace

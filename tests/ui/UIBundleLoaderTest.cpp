@@ -1,5 +1,5 @@
 #include "Dialogs/UIBundleLoader.h"
-#include "support/SystemLogFake.h"
+#include "support/CapturedSystemLog.h"
 #include "ui/RecordingUI.h"
 #include "ui/TestBundle.h"
 
@@ -23,8 +23,6 @@ const SRUIProtocol* PrincipalClassIn(const std::filesystem::path& plugIns) {
 
 class UIBundleLoaderTest : public ::testing::Test {
  protected:
-  void SetUp() override { static_cast<void>(SystemLogFake::TakeLines()); }
-
   // The whole of the one line expected for a bundle that is not what it should be.
   [[nodiscard]] std::string NotConforming() const {
     return "caller() - " + bundle_.Path().string() + " does not conform to protocol";
@@ -36,6 +34,7 @@ class UIBundleLoaderTest : public ::testing::Test {
     return module != nullptr;
   }
 
+  testsupport::CapturedSystemLog systemLog_;
   TestBundle bundle_;
 };
 
@@ -48,7 +47,7 @@ TEST_F(UIBundleLoaderTest, LoadsAModuleThatConformsToTheProtocol) {
   ASSERT_NE(entryPoints, nullptr);
   EXPECT_EQ(entryPoints->version, SRUI_PROTOCOL_VERSION);
   EXPECT_EQ(entryPoints->addStore("details"), 0);
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(UIBundleLoaderTest, HandsTheTerminationDescriptorToTheModule) {
@@ -86,7 +85,7 @@ TEST_F(UIBundleLoaderTest, LooksAfreshAtEveryCall) {
 
 TEST_F(UIBundleLoaderTest, ReportsThatThereIsNoPath) {
   EXPECT_EQ(PrincipalClassIn({}), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(),
+  EXPECT_THAT(systemLog_.TakeLines(),
               ElementsAre("caller() - Failed to create the path for the ServiceRecordUI bundle"));
 }
 
@@ -94,7 +93,7 @@ TEST_F(UIBundleLoaderTest, ReportsAMissingBundle) {
   std::filesystem::remove_all(bundle_.Path());
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(),
+  EXPECT_THAT(systemLog_.TakeLines(),
               ElementsAre("caller() - Could not load the bundle from " + bundle_.Path().string()));
 }
 
@@ -102,7 +101,7 @@ TEST_F(UIBundleLoaderTest, ReportsABundleWithoutADescription) {
   bundle_.AddModule(SR_RECORDING_UI);
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(),
+  EXPECT_THAT(systemLog_.TakeLines(),
               ElementsAre("caller() - Could not load the bundle from " + bundle_.Path().string()));
 }
 
@@ -111,7 +110,7 @@ TEST_F(UIBundleLoaderTest, DoesNotLoadAModuleThatDeclaresAnotherProtocol) {
   bundle_.AddModule(SR_RECORDING_UI);
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming()));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(NotConforming()));
   EXPECT_FALSE(ModuleIsLoaded());
 }
 
@@ -119,7 +118,7 @@ TEST_F(UIBundleLoaderTest, PassesOverAMissingModuleInSilence) {
   bundle_.Describe("SRUIProtocol");
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(UIBundleLoaderTest, PassesOverAFileThatIsNoModuleInSilence) {
@@ -127,7 +126,7 @@ TEST_F(UIBundleLoaderTest, PassesOverAFileThatIsNoModuleInSilence) {
   std::ofstream(bundle_.Module()) << "not a module";
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(UIBundleLoaderTest, ReportsAModuleWithoutAPrincipalClass) {
@@ -135,7 +134,7 @@ TEST_F(UIBundleLoaderTest, ReportsAModuleWithoutAPrincipalClass) {
   bundle_.AddModule(SR_UNRELATED_MODULE);
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming()));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(NotConforming()));
 }
 
 TEST_F(UIBundleLoaderTest, ReportsAModuleThatRefusesTheHost) {
@@ -143,7 +142,7 @@ TEST_F(UIBundleLoaderTest, ReportsAModuleThatRefusesTheHost) {
   bundle_.AddModule(SR_REFUSING_UI);
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming()));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(NotConforming()));
 }
 
 TEST_F(UIBundleLoaderTest, ReportsAModuleThatLacksOneOfTheEntryPoints) {
@@ -154,7 +153,7 @@ TEST_F(UIBundleLoaderTest, ReportsAModuleThatLacksOneOfTheEntryPoints) {
        {"addStore", "replaceStore", "errorMessage", "SRStoreDetailsViewWithDetailsDictionary"}) {
     ::setenv("INCOMPLETE_UI_WITHOUT", missing, 1);
     EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr) << missing;
-    EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming())) << missing;
+    EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(NotConforming())) << missing;
   }
   ::unsetenv("INCOMPLETE_UI_WITHOUT");
   EXPECT_NE(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
@@ -165,7 +164,7 @@ TEST_F(UIBundleLoaderTest, ReportsAnotherProtocolEvenOfAModuleThatDoesNotLoad) {
   std::ofstream(bundle_.Module()) << "not a module";
 
   EXPECT_EQ(PrincipalClassIn(bundle_.PlugInsFolder()), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(), ElementsAre(NotConforming()));
+  EXPECT_THAT(systemLog_.TakeLines(), ElementsAre(NotConforming()));
 }
 
 TEST_F(UIBundleLoaderTest, LoadsNothingWhenTheModuleHasNoAbsolutePath) {
@@ -178,7 +177,7 @@ TEST_F(UIBundleLoaderTest, LoadsNothingWhenTheModuleHasNoAbsolutePath) {
   std::filesystem::remove(removed);
 
   EXPECT_EQ(PrincipalClassIn(".."), nullptr);
-  EXPECT_THAT(SystemLogFake::TakeLines(), IsEmpty());
+  EXPECT_THAT(systemLog_.TakeLines(), IsEmpty());
   std::filesystem::current_path(before);
 }
 

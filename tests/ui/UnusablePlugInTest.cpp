@@ -1,6 +1,6 @@
 #include "MacISRNotificationManager.h"
 #include "libs/Files/Bundle.h"
-#include "support/SystemLogFake.h"
+#include "support/CapturedSystemLog.h"
 
 #include <gmock/gmock.h>
 
@@ -13,25 +13,30 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
+class UnusablePlugInTest : public ::testing::Test {
+ protected:
+  testsupport::CapturedSystemLog systemLog_;
+};
+
 auto NamesTheBundle() {
   const auto bundle = Bundle::Main().BuiltInPlugInsPath() / "ServiceRecordUI.bundle";
   return ElementsAre(AllOf(HasSubstr("MacIServiceRecordsNotifications::SRUIClass()"),
                            EndsWith(" - " + bundle.string() + " does not conform to protocol")));
 }
 
-TEST(UnusablePlugInTest, TheTrustDialogDeclinesAndTheSystemLogNamesTheBundle) {
+TEST_F(UnusablePlugInTest, TheTrustDialogDeclinesAndTheSystemLogNamesTheBundle) {
   EXPECT_EQ(MacIServiceRecordsNotifications().ShowTrustDialog(L"c", L"p", L"n", L"u", {L"g", L"h"}, {}), 0);
-  EXPECT_THAT(SystemLogFake::TakeLines(), NamesTheBundle());
+  EXPECT_THAT(systemLog_.TakeLines(), NamesTheBundle());
 }
 
-TEST(UnusablePlugInTest, TheReplaceDialogDeclinesAndTheSystemLogNamesTheBundle) {
+TEST_F(UnusablePlugInTest, TheReplaceDialogDeclinesAndTheSystemLogNamesTheBundle) {
   EXPECT_EQ(MacIServiceRecordsNotifications().ShowStoreReplaceDialog(L"n"), 0);
-  EXPECT_THAT(SystemLogFake::TakeLines(), NamesTheBundle());
+  EXPECT_THAT(systemLog_.TakeLines(), NamesTheBundle());
 }
 
-TEST(UnusablePlugInTest, TheErrorDialogIsSkipped) {
+TEST_F(UnusablePlugInTest, TheErrorDialogIsSkipped) {
   EXPECT_EQ(MacIServiceRecordsNotifications().ShowSRErrorDialog(L"t", L"m"), -1);
-  EXPECT_THAT(SystemLogFake::TakeLines(), NamesTheBundle());
+  EXPECT_THAT(systemLog_.TakeLines(), NamesTheBundle());
 }
 
 }  // namespace

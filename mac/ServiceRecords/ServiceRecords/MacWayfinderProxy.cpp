@@ -1,28 +1,37 @@
 #include "MacWayfinderProxy.h"
 
-#include "Bus/StoreDictionaries.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 namespace ServiceRecords {
 namespace {
 
-// Under the provider's lock, as the publication is.
-StoreDictionaries& PublishedDictionaries() {
-  static StoreDictionaries dictionaries(BeaconKeys::Included);
-  return dictionaries;
+MacWayfinderProxy& SharedLibrary() {
+  static MacWayfinderProxy proxy(
+      {.setStores = [](auto stores) { Wayfinder::sharedInstance().setAllServiceRecordsToList(stores); },
+       .locationRelativeTo =
+           [](const auto& url) { return Wayfinder::sharedInstance().locationRelativeToStoreURL(url); }});
+  return proxy;
 }
 
 }  // namespace
 
+void MacWayfinderProxy::SetStores(const std::shared_ptr<const StoreSnapshot>& stores) {
+  const PropertyList::SharedDictionaries& list = dictionaries_.Of(stores);
+  if (list.empty()) return library_.setStores(std::nullopt);
+  library_.setStores(list);
+}
+
+std::uint32_t MacWayfinderProxy::LocationRelativeTo(const std::wstring& storeURL) const {
+  return library_.locationRelativeTo(util::narrow(storeURL));
+}
+
 void SetAllServiceRecordsToList(const std::shared_ptr<const StoreSnapshot>& stores) {
-  const PropertyList::SharedDictionaries& list = PublishedDictionaries().Of(stores);
-  if (list.empty()) return Wayfinder::sharedInstance().setAllServiceRecordsToList(std::nullopt);
-  return Wayfinder::sharedInstance().setAllServiceRecordsToList(list);
+  SharedLibrary().SetStores(stores);
 }
 
 std::uint32_t LocationRelativeToStoreURL(const std::wstring& storeURL) {
-  return Wayfinder::sharedInstance().locationRelativeToStoreURL(util::narrow(storeURL));
+  return SharedLibrary().LocationRelativeTo(storeURL);
 }
 
 }  // namespace ServiceRecords

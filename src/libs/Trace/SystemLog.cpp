@@ -6,10 +6,13 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 
 namespace SystemLog {
 namespace {
+
+constinit std::atomic<Log*> g_log = nullptr;
 
 // The service manager names the file, so that nobody has to write each line twice.
 bool StandardErrorIsTheJournal() {
@@ -19,9 +22,7 @@ bool StandardErrorIsTheJournal() {
          journal == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
 }
 
-}  // namespace
-
-void Error(const std::string& line) {
+void WriteToSystemLog(const std::string& line) {
   static const bool opened = [] {
     const bool isWrittenTwice = StandardErrorIsTheJournal() && ::access("/dev/log", W_OK) == 0;
     ::openlog("ServiceRecords", LOG_PID | (isWrittenTwice ? 0 : LOG_PERROR), LOG_USER);
@@ -29,6 +30,18 @@ void Error(const std::string& line) {
   }();
   static_cast<void>(opened);
   ::syslog(LOG_ERR, "%s", LogText::Line(line).c_str());
+}
+
+}  // namespace
+
+void Error(const std::string& line) {
+  Log* const log = g_log;
+  if (log != nullptr) return log->Write(line);
+  WriteToSystemLog(line);
+}
+
+Log* LeadTo(Log* log) {
+  return g_log.exchange(log);
 }
 
 }  // namespace SystemLog
