@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
 
 #include <chrono>
 #include <cstdint>
@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-// Has the agent's names on a bus and answers about the network what a test sets. Throws std::system_error on
-// failure. One thread; it answers only while ServeUntil runs.
+// Has the agent's names on a bus and answers about the network what a test sets. Throws on failure. One
+// thread; it answers only while ServeUntil runs.
 class StandInAgent {
  public:
   explicit StandInAgent(const std::string& address);
@@ -30,8 +30,7 @@ class StandInAgent {
                                 std::chrono::milliseconds limit = std::chrono::seconds(20));
 
  private:
-  static int Answer(sd_bus_message* message, void* self, sd_bus_error* error);
-
-  BusPtr bus_;
+  Bus::Connection bus_;
+  Bus::Slot object_;
   std::vector<std::string> questions_;
 };
