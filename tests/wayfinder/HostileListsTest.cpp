@@ -45,6 +45,7 @@ TEST(HostileLists, TenThousandBeaconsMakeNoAnswerLateAndLeaveNothingBehind) {
     EXPECT_LE(RunningThreads(), threads + 1);
     EXPECT_LE(OpenDescriptors(), descriptors + 100);
     EXPECT_TRUE(service.WaitForMessage("store https://store: none, 0 of 10000 internal beacons answered"));
+    EXPECT_TRUE(service.WaitForMessage("repetition 1")) << "the round has not ended";
   }
   EXPECT_EQ(OpenDescriptors(), descriptors);
   EXPECT_TRUE(ComesTrue([threads] { return RunningThreads() <= threads; }));
