@@ -11,15 +11,9 @@ using PropertyList::Array;
 using PropertyList::Dictionary;
 using PropertyList::Value;
 
-// The library answers 0 where the message, or the container, has no further value.
-int ReadBasic(sd_bus_message* message, char type, void* value) {
-  const int result = sd_bus_message_read_basic(message, type, value);
-  return result == 0 ? -ENXIO : result;
-}
-
 int ReadText(sd_bus_message* message, char type, std::string& text) {
   const char* read = nullptr;
-  const int result = ReadBasic(message, type, &read);
+  const int result = sd_bus_message_read_basic(message, type, &read);
   if (result >= 0) text = read;
   return result;
 }
@@ -106,8 +100,7 @@ int Close(sd_bus_message* message) {
 }
 
 int Enter(sd_bus_message* message, char type, const std::string& contents) {
-  const int result = sd_bus_message_enter_container(message, type, contents.c_str());
-  return result == 0 ? -ENXIO : result;
+  return sd_bus_message_enter_container(message, type, contents.c_str());
 }
 
 int Exit(sd_bus_message* message) {
@@ -143,7 +136,7 @@ int Codec<bool>::Append(sd_bus_message* message, const bool& truth) {
 
 int Codec<bool>::Read(sd_bus_message* message, bool& truth) {
   int flag = 0;
-  const int result = ReadBasic(message, 'b', &flag);
+  const int result = sd_bus_message_read_basic(message, 'b', &flag);
   truth = flag != 0;
   return result;
 }
@@ -153,7 +146,7 @@ int Codec<std::uint32_t>::Append(sd_bus_message* message, const std::uint32_t& n
 }
 
 int Codec<std::uint32_t>::Read(sd_bus_message* message, std::uint32_t& number) {
-  return ReadBasic(message, 'u', &number);
+  return sd_bus_message_read_basic(message, 'u', &number);
 }
 
 int Codec<std::uint64_t>::Append(sd_bus_message* message, const std::uint64_t& number) {
@@ -161,7 +154,7 @@ int Codec<std::uint64_t>::Append(sd_bus_message* message, const std::uint64_t& n
 }
 
 int Codec<std::uint64_t>::Read(sd_bus_message* message, std::uint64_t& number) {
-  return ReadBasic(message, 't', &number);
+  return sd_bus_message_read_basic(message, 't', &number);
 }
 
 int Codec<Dictionary>::Append(sd_bus_message* message, const Dictionary& dictionary) {
@@ -194,7 +187,7 @@ int ReadValue(sd_bus_message* message, std::optional<Value>& value) {
   char type = 0;
   const char* contents = nullptr;
   const int result = sd_bus_message_peek_type(message, &type, &contents);
-  if (result <= 0) return result == 0 ? -ENXIO : result;
+  if (result < 0) return result;
   switch (type) {
     case 's':
       return ReadAs<std::string>(message, value);
