@@ -6,6 +6,7 @@
 #include "SRLib/SRProvider.h"
 #include "libs/Bus/BusText.h"
 #include "libs/Text/TextHelpers.h"
+#include "libs/Wayfinder/NetworkLocationName.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
 using ServiceRecords::SRGateway;
@@ -17,27 +18,6 @@ namespace {
 constexpr std::size_t kMaximumURLBytes = std::size_t{64} << 10;
 
 }  // namespace
-
-const char* NetworkLocationName(std::uint64_t location) {
-  switch (location) {
-    case Wayfinder::kDeciding:
-      return "NETWORK_LOCATION_DECIDING";
-    case Wayfinder::kLAN:
-      return "NETWORK_LOCATION_LAN";
-    case Wayfinder::kOutside:
-      return "NETWORK_LOCATION_OUTSIDE";
-    case Wayfinder::kNone:
-      return "NETWORK_LOCATION_NONE";
-    case Wayfinder::kVPN:
-      return "NETWORK_LOCATION_VPN";
-    case Wayfinder::kHotspot:
-      return "NETWORK_LOCATION_HOTSPOT";
-    case Wayfinder::kPartlyInternal:
-      return "NETWORK_LOCATION_PARTLY_INTERNAL";
-    default:
-      return "NETWORK_LOCATION_UNDEFINED";
-  }
-}
 
 MrvBeaconSvr* NewMrvBeaconService() {
   return new MrvBeaconSvr;

@@ -29,8 +29,5 @@ class MrvBeaconSvr {
   [[nodiscard]] std::uint32_t networkReachabilityFlags();
 };
 
-// The name under which a network location value is logged.
-[[nodiscard]] const char* NetworkLocationName(std::uint64_t location);
-
 // A new object, owned by the caller.
 extern "C" [[nodiscard]] MrvBeaconSvr* NewMrvBeaconService();

@@ -1,6 +1,6 @@
 #include "print/NetworkWords.h"
 
-#include "libs/Wayfinder/Wayfinder.h"
+#include "libs/Wayfinder/NetworkLocationName.h"
 
 #include <array>
 
@@ -15,25 +15,24 @@ const char* WordAt(const std::array<const char*, count>& words, std::uint64_t nu
 }  // namespace
 
 LocationWords OfLocation(std::uint64_t location) {
+  const char* const name = NetworkLocationName(location);
   switch (location) {
     case Wayfinder::kDeciding:
-      return {"NETWORK_LOCATION_DECIDING", "deciding", "it is not decided yet where this machine stands"};
+      return {name, "deciding", "it is not decided yet where this machine stands"};
     case Wayfinder::kLAN:
-      return {"NETWORK_LOCATION_LAN", "LAN", "this machine is in the store's network"};
+      return {name, "LAN", "this machine is in the store's network"};
     case Wayfinder::kOutside:
-      return {"NETWORK_LOCATION_OUTSIDE", "outside", "this machine is outside the store's network"};
+      return {name, "outside", "this machine is outside the store's network"};
     case Wayfinder::kNone:
-      return {"NETWORK_LOCATION_NONE", "none",
-              "there is no network, or nothing that belongs to the store answers in it"};
+      return {name, "none", "there is no network, or nothing that belongs to the store answers in it"};
     case Wayfinder::kVPN:
-      return {"NETWORK_LOCATION_VPN", "VPN", "this machine is in the store's network through a VPN"};
+      return {name, "VPN", "this machine is in the store's network through a VPN"};
     case Wayfinder::kHotspot:
-      return {"NETWORK_LOCATION_HOTSPOT", "hotspot", "this machine is behind a hotspot's sign-in page"};
+      return {name, "hotspot", "this machine is behind a hotspot's sign-in page"};
     case Wayfinder::kPartlyInternal:
-      return {"NETWORK_LOCATION_PARTLY_INTERNAL", "partly internal",
-              "this machine reaches only a part of the store's network"};
+      return {name, "partly internal", "this machine reaches only a part of the store's network"};
     default:
-      return {"NETWORK_LOCATION_UNDEFINED", "undefined", "the agent's answer is a number without a meaning"};
+      return {name, "undefined", "the agent's answer is a number without a meaning"};
   }
 }
 
