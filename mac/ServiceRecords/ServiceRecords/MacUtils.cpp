@@ -1,6 +1,7 @@
 #include "MacUtils.h"
 
 #include "libs/DomLib/DocumentSize.h"
+#include "libs/Files/FileDescriptor.h"
 #include "libs/Termination/TerminationEvent.h"
 #include "libs/Text/TextHelpers.h"
 
@@ -16,11 +17,11 @@ namespace util {
 namespace {
 
 // The whole content, but at most one byte more than a document may have.
-std::string ReadDocument(int file) {
+std::string ReadDocument(const FileDescriptor& file) {
   std::string content;
   char buffer[65536];
   while (content.size() <= kMaximumDocumentBytes) {
-    const ssize_t count = ::read(file, buffer, sizeof buffer);
+    const ssize_t count = ::read(file.Get(), buffer, sizeof buffer);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) break;
     content.append(buffer, static_cast<std::size_t>(count));
@@ -34,12 +35,11 @@ std::string ReadDocument(int file) {
 bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
   // Not blocking, so that a pipe put in a document's place cannot hold the caller; a terminal there must not
   // become the caller's, whose hang-up would end it.
-  const int file = ::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (file < 0) return false;
+  const FileDescriptor file(::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!file) return false;
   struct stat status {};
-  const bool regular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+  const bool regular = ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
   if (regular) text = widen(ReadDocument(file));
-  ::close(file);
   return regular;
 }
 
