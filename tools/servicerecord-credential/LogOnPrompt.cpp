@@ -6,6 +6,7 @@
 
 #include <string.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -18,11 +19,7 @@ constexpr std::string_view kCodeQuestion = "  Code: ";
 constexpr std::string_view kRememberQuestion = "  Keep user name and password for the next time? [y/N] ";
 
 bool IsFit(std::string_view text) {
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < 0x20 || byte == 0x7F) return false;
-  }
-  return util::IsUTF8(text);
+  return std::ranges::none_of(text, util::IsAsciiControl) && util::IsUTF8(text);
 }
 
 std::optional<Secret> AskFor(Terminal& terminal, std::string_view question, Terminal::Echo echo) {

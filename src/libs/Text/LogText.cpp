@@ -1,5 +1,7 @@
 #include "libs/Text/LogText.h"
 
+#include "libs/Text/TextHelpers.h"
+
 #include <algorithm>
 
 namespace LogText {
@@ -29,9 +31,8 @@ std::string PublicWord(std::string_view word) {
 
 // The length of the control character or line separator at the start of the text; 0 when there is none.
 std::size_t ControlLength(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text[0]);
-  if (first < 0x20 || first == 0x7F) return 1;
-  if (first == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) - 0x80U < 0x20U) return 2;
+  if (util::IsAsciiControl(text[0])) return 1;
+  if (text[0] == '\xC2' && text.size() > 1 && static_cast<unsigned char>(text[1]) - 0x80U < 0x20U) return 2;
   return text.starts_with("\xE2\x80\xA8") || text.starts_with("\xE2\x80\xA9") ? 3 : 0;
 }
 

@@ -40,6 +40,12 @@ namespace util {
   return !isSpace && (character < 0x20 || (character >= 0x7F && character < 0xA0));
 }
 
+// The same of one byte of a text, tabs and the ends of lines counted: none belongs into one line.
+[[nodiscard]] constexpr bool IsAsciiControl(char character) {
+  const auto byte = static_cast<unsigned char>(character);
+  return byte < 0x20 || byte == 0x7F;
+}
+
 // The part of the text between the blanks and newlines at its ends.
 [[nodiscard]] constexpr std::string_view Trimmed(std::string_view text) {
   constexpr std::string_view kBlanksAndNewlines = " \t\r\n";

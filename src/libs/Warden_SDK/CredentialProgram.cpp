@@ -1,11 +1,13 @@
 #include "libs/Warden_SDK/CredentialProgram.h"
 
 #include "libs/CredentialWire/CredentialMessage.h"
+#include "libs/Text/TextHelpers.h"
 #include "libs/Warden_SDK/Cancellation.h"
 #include "libs/Warden_SDK/CredentialConversation.h"
 #include "libs/Warden_SDK/WaitNotice.h"
 #include "libs/Warden_SDK/WardenLog.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -31,11 +33,7 @@ bool SetKey(CredentialMessage& message, const CredentialKey& key) {
 
 // A control character in a header line would end it, and a server may take it for anything.
 bool HasControlCharacter(std::string_view text) {
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < 0x20 || byte == 0x7F) return true;
-  }
-  return false;
+  return std::ranges::any_of(text, util::IsAsciiControl);
 }
 
 void LogSecretService(const CredentialMessage& reply) {

@@ -13,8 +13,7 @@ constexpr std::size_t kLongestLine = std::size_t{64} * 1024;
 constexpr std::size_t kMostLines = 1000;
 
 bool IsForbidden(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  return (byte < 0x20 && character != '\t') || byte == 0x7F;
+  return util::IsAsciiControl(character) && character != '\t';
 }
 
 bool IsNameCharacter(char character) {
