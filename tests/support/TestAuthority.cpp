@@ -1,6 +1,5 @@
 #include "support/TestAuthority.h"
 
-#include "support/ChildProcess.h"
 #include "support/WebServer.h"
 
 namespace testsupport {
@@ -10,10 +9,8 @@ const TestAuthority& TestAuthority::Shared() {
   return authority;
 }
 
-TestAuthority::TestAuthority() {
-  ChildProcess script({SR_SOURCE_DIR "/scripts/make-test-authority", folder_.Path()}, {},
-                      {.captureErrors = true});
-  if (script.Wait() != 0) throw std::runtime_error("no test authority: " + script.Output());
+std::filesystem::path TestAuthority::File(const std::string& name) const {
+  return std::filesystem::path(SR_TEST_AUTHORITY) / name;
 }
 
 std::string TestAuthority::TlsServerBlock(const std::string& certificate,

@@ -5,11 +5,8 @@
 namespace testsupport {
 
 const TestAuthority& TrustedAuthority() {
-  static const TestAuthority& authority = []() -> const TestAuthority& {
-    const TestAuthority& shared = TestAuthority::Shared();
-    ::setenv("SSL_CERT_FILE", shared.Root().c_str(), 1);
-    return shared;
-  }();
+  const TestAuthority& authority = TestAuthority::Shared();
+  ::setenv("SSL_CERT_FILE", authority.Root().c_str(), 1);
   return authority;
 }
 

@@ -4,8 +4,7 @@
 
 namespace testsupport {
 
-// The test program's authority. From the first use on, every transfer of the program trusts it, and nobody
-// else.
+// The tests' authority. From the first use on, every transfer of the case trusts it, and nobody else.
 const TestAuthority& TrustedAuthority();
 
 }  // namespace testsupport
