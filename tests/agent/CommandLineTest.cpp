@@ -3,7 +3,6 @@
 #include <filesystem>
 
 using testing::AllOf;
-using testing::AnyOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -19,12 +18,6 @@ class CommandLine : public AgentTest {
     EXPECT_FALSE(agent_.Bus().HasOwner("com.morvane.ServiceRecords"));
     EXPECT_FALSE(std::filesystem::exists(agent_.Home() / "Library"));
     EXPECT_TRUE(std::filesystem::is_empty(agent_.ConfigFolder()));
-  }
-
-  [[nodiscard]] testsupport::ChildProcess RunWithDescriptors(int limit) const {
-    return testsupport::ChildProcess({"sh", "-c", "ulimit -n " + std::to_string(limit) + " && exec \"$0\"",
-                                      (agent_.BundleFolder() / "ServiceRecords").string()},
-                                     agent_.Environment(), kWithErrors);
   }
 };
 
@@ -61,28 +54,5 @@ TEST_F(CommandLine, AFileWhoseNameIsNotUTF8IsRefused) {
   }
   EXPECT_THAT(agent_.Dialogs(), IsEmpty());
 }
-
-// The sanitizer of undefined behaviour needs descriptors of its own, and reports what it cannot look at.
-#ifndef __SANITIZE_ADDRESS__
-TEST_F(CommandLine, WithTooFewDescriptorsTheStartFailsWithAMessage) {
-  int failed = 0;
-  for (const int limit : {3, 4, 5, 6, 8, 10, 11, 12, 14, 16, 20, 24, 28, 32, 36, 40, 48, 64}) {
-    auto program = RunWithDescriptors(limit);
-    ASSERT_TRUE(agent_.Bus().WaitUntil(
-        [&] { return !program.IsRunning() || agent_.Bus().HasOwner("com.morvane.ServiceRecords"); }));
-    if (program.IsRunning()) {
-      program.Signal(SIGTERM);
-      EXPECT_EQ(program.Wait(), 0) << limit;
-      continue;
-    }
-    // The loader of the libraries has a status of its own.
-    EXPECT_THAT(program.Wait(), AnyOf(1, 127)) << limit;
-    EXPECT_THAT(program.Output(), AnyOf(HasSubstr("oo many open files"), HasSubstr("shared libraries")))
-        << limit;
-    if (program.Wait() == 1) ++failed;
-  }
-  EXPECT_GE(failed, 10);
-}
-#endif
 
 }  // namespace

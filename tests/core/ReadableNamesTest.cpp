@@ -89,9 +89,9 @@ TEST_F(ReadableNamesTest, CharactersThatAreNoTextAreRefusedInAnIdOrAGatewaysName
   for (const wchar_t* character :
        {L"&#1;", L"&#8;", L"&#11;x", L"&#31;", L"&#127;", L"&#128;", L"&#159;", L"&#xFDD0;", L"&#xFDEF;"}) {
     EXPECT_FALSE(IsRead(ServiceAt(L"trusted" + std::wstring(character), L"https://h"), version11))
-        << Narrow(character);
+        << character;
     EXPECT_FALSE(IsRead(WithGateway(L"trusted" + std::wstring(character), L"https://gw"), version11))
-        << Narrow(character);
+        << character;
   }
 }
 

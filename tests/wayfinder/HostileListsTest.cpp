@@ -47,7 +47,7 @@ TEST(HostileLists, TenThousandBeaconsMakeNoAnswerLateAndLeaveNothingBehind) {
     EXPECT_TRUE(service.WaitForMessage("store https://store: none, 0 of 10000 internal beacons answered"));
     EXPECT_TRUE(service.WaitForMessage("repetition 1")) << "the round has not ended";
   }
-  EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_LE(OpenDescriptors(), descriptors);
   EXPECT_TRUE(ComesTrue([threads] { return RunningThreads() <= threads; }));
 }
 
@@ -72,7 +72,7 @@ TEST(HostileLists, NamesThatAreNeverFoundMakeNoAnswerLateAndLeaveNothingBehind) 
   }
   resolver.Release();
   EXPECT_TRUE(ComesTrue([threads] { return RunningThreads() <= threads; }));
-  EXPECT_TRUE(ComesTrue([descriptors] { return OpenDescriptors() == descriptors; }));
+  EXPECT_TRUE(ComesTrue([descriptors] { return OpenDescriptors() <= descriptors; }));
 }
 
 TEST(HostileLists, NamesThatHangKeepNoOtherStoreWaiting) {
@@ -153,7 +153,7 @@ TEST(HostileLists, TheEndWaitsForNoTransfer) {
   service.SetStores({{"https://store", HostileBeacons(1'000, silent.port), {}}});
   ASSERT_TRUE(service.WaitForMessage("network"));
   service.End();
-  EXPECT_EQ(OpenDescriptors(), descriptors) << "the thread has not ended, or not its transfers";
+  EXPECT_LE(OpenDescriptors(), descriptors) << "the thread has not ended, or not its transfers";
 }
 
 TEST(HostileLists, AnAddressCannotForgeAMessage) {

@@ -31,6 +31,9 @@ class WayfinderTest : public testing::Test {
   ~WayfinderTest() override {
     WFSetCustomLogFunc(nullptr);
     WFSetLocationFunc(nullptr);
+    wayfinder_.setAllServiceRecordsToList(std::nullopt);
+    g_messages.clear();
+    g_locations.clear();
   }
 
   Wayfinder& wayfinder_ = Wayfinder::sharedInstance();
