@@ -1,19 +1,18 @@
 #pragma once
 
+#include "SRLib/Platform/GenericCS.h"
 #include "SRLib/Provider/HeldStores.h"
 #include "SRLib/Provider/ProviderParts.h"
 #include "SRLib/Provider/SavedStores.h"
 #include "SRLib/SRStore.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
-
-class CGenericCS;
 
 namespace ServiceRecords {
 
@@ -61,7 +60,7 @@ class SRProvider {
   // Merges `incoming`, which may be changed, into the list; the caller holds the lock, saves and publishes.
   // Without `dsTrusted` the user is asked before a store already held is replaced. Nothing is merged when the
   // list would pass a bound with it.
-  void MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated);
+  void MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated) SR_REQUIRES(*lock_);
 
   // True when a store of that id was removed; the change is saved and published.
   bool RemoveStore(const std::wstring& id);
@@ -95,7 +94,8 @@ class SRProvider {
   bool VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled);
   // Merges the stores of the documents, not `stores`, wherever they lie. The caller holds the lock, saves and
   // publishes.
-  void MergeDiscoveryDocs(const StoreMap& stores, const std::vector<std::wstring>& documents, bool& updated);
+  void MergeDiscoveryDocs(const StoreMap& stores, const std::vector<std::wstring>& documents, bool& updated)
+      SR_REQUIRES(*lock_);
   // Fetches the store's discovery response (StoreConnection.h).
   bool MakeConnection(SRStore& store, std::wstring& response, bool& canceled);
 
@@ -115,25 +115,25 @@ class SRProvider {
   // The document's stores; none when the list would pass a bound with them.
   [[nodiscard]] StoreMap ReadDocument(const std::wstring& document, bool dsTrusted) const;
   void MergeFetchedDocuments(const std::vector<FetchedDocument>& documents,
-                             const std::set<std::wstring>& removed, bool& updated);
-  void MergeConfirmed(StoreMap& confirmed, bool& updated);
+                             const std::set<std::wstring>& removed, bool& updated) SR_REQUIRES(*lock_);
+  void MergeConfirmed(StoreMap& confirmed, bool& updated) SR_REQUIRES(*lock_);
   // The ids that are removed from now on, for as long as the result is kept. To be read under the lock.
   [[nodiscard]] std::shared_ptr<const std::set<std::wstring>> WatchRemovals();
   // Takes what was read into the list and publishes it. The caller holds the lock.
-  void TakeReading(SavedStores::Reading reading);
+  void TakeReading(SavedStores::Reading reading) SR_REQUIRES(*lock_);
   // These three are called without the lock. Reads the saved stores, which could not be read before; true
   // when they are in the list now.
-  bool ReadAgain();
+  bool ReadAgain() SR_EXCLUDES(*lock_);
   // Whether the saved stores have been read; tries to read them when they have not.
-  bool MayChange();
+  bool MayChange() SR_EXCLUDES(*lock_);
   // The same; tells the user when not, under the title with that id.
-  bool MayChangeOrTell(int title);
+  bool MayChangeOrTell(int title) SR_EXCLUDES(*lock_);
 
-  void Save();
-  void SaveAndPublish();
-  void Publish();
+  void Save() SR_REQUIRES(*lock_);
+  void SaveAndPublish() SR_REQUIRES(*lock_);
+  void Publish() SR_REQUIRES(*lock_);
   // MergeStores; false when nothing was merged because the list would pass a bound.
-  bool MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated);
+  bool MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated) SR_REQUIRES(*lock_);
   [[nodiscard]] bool MergeAccepted(StoreMap& stores, StoreMap& accepted);
   void ShowError(int title, int message) const;
   // Tells the user that an opened file counts as one without stores.
@@ -142,13 +142,13 @@ class SRProvider {
                               const std::wstring& gatewayName);
 
   const ProviderParts parts_;
-  HeldStores stores_;
-  mutable std::mutex publishedMutex_;  // held for as long as a pointer is copied
-  std::shared_ptr<const StoreSnapshot> published_ = stores_.Snapshot();
-  SavedStores saved_;
-  std::function<void()> listWasRead_;
-  std::vector<std::weak_ptr<std::set<std::wstring>>> removalWatches_;
   const std::unique_ptr<CGenericCS> lock_;
+  HeldStores stores_ SR_GUARDED_BY(*lock_);
+  mutable Mutex publishedMutex_;  // held for as long as a pointer is copied
+  std::shared_ptr<const StoreSnapshot> published_ SR_GUARDED_BY(publishedMutex_) = stores_.Snapshot();
+  SavedStores saved_;
+  std::function<void()> listWasRead_ SR_GUARDED_BY(*lock_);
+  std::vector<std::weak_ptr<std::set<std::wstring>>> removalWatches_ SR_GUARDED_BY(*lock_);
   IServiceRecordsNotifications* notifications_ = nullptr;
 };
 

@@ -43,7 +43,7 @@ void SRProvider::SaveAllStores() {
 }
 
 void SRProvider::Save() {
-  WhileNotSaving([this] { saved_.Save(stores_.Change()); });
+  WhileNotSaving([this]() SR_REQUIRES(*lock_) { saved_.Save(stores_.Change()); });
 }
 
 void SRProvider::SaveAndPublish() {
@@ -54,14 +54,14 @@ void SRProvider::SaveAndPublish() {
 void SRProvider::Publish() {
   const std::shared_ptr<const StoreSnapshot> snapshot = stores_.Snapshot();
   {
-    const std::lock_guard lock(publishedMutex_);
+    const MutexLock lock(publishedMutex_);
     published_ = snapshot;
   }
   parts_.publish(snapshot);
 }
 
 std::shared_ptr<const StoreSnapshot> SRProvider::Snapshot() const {
-  const std::lock_guard lock(publishedMutex_);
+  const MutexLock lock(publishedMutex_);
   return published_;
 }
 

@@ -3,7 +3,7 @@
 namespace Wayfinding {
 
 bool StoreLocations::Replace(std::vector<StoreBeacons> stores) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (stores == *stores_) return false;
   ++number_;
   std::map<std::string, Place> places;
@@ -32,13 +32,13 @@ StoreLocations::Place StoreLocations::PlaceInNextList(const std::string& key, St
 }
 
 StoreLocations::Snapshot StoreLocations::Current() const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return {.stores = stores_, .number = number_};
 }
 
 std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& url, TimePoint now) const {
   const std::string key = StoreKey(url);
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto place = places_.find(key);
   if (place == places_.end()) return std::nullopt;
   const bool decided = place->second.decision.location != NetworkLocation::Deciding;
@@ -47,7 +47,7 @@ std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& ur
 }
 
 void StoreLocations::ForgetDecisions() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   for (auto& [key, place] : places_) place.decision = {};
   mayHaveChanged_ = true;
 }
@@ -55,7 +55,7 @@ void StoreLocations::ForgetDecisions() {
 void StoreLocations::Decide(std::uint64_t number, const std::string& storeURL,
                             const LocationDecision& decision, TimePoint now) {
   const std::string key = StoreKey(storeURL);
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto place = places_.find(key);
   if (place == places_.end() || (*stores_)[place->second.store].since > number) return;
   place->second.decision = decision;
@@ -64,7 +64,7 @@ void StoreLocations::Decide(std::uint64_t number, const std::string& storeURL,
 }
 
 std::vector<std::pair<std::string, NetworkLocation>> StoreLocations::TakeChanges() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   std::vector<std::pair<std::string, NetworkLocation>> changes;
   if (!std::exchange(mayHaveChanged_, false)) return changes;
   for (auto& [key, place] : places_) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libs/ThreadSafety/ThreadSafety.h"
 #include "libs/Wayfinder/NetworkLocation.h"
 #include "libs/Wayfinder/StoreBeacons.h"
 
@@ -7,7 +8,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -60,14 +60,14 @@ class StoreLocations {
     TimePoint decided;
   };
 
-  // The caller holds the mutex. What is known of the store; says since when the store is as it is.
-  [[nodiscard]] Place PlaceInNextList(const std::string& key, StoreBeacons& store) const;
+  // What is known of the store; says since when the store is as it is.
+  [[nodiscard]] Place PlaceInNextList(const std::string& key, StoreBeacons& store) const SR_REQUIRES(mutex_);
 
-  mutable std::mutex mutex_;
-  StoreList stores_ = std::make_shared<const std::vector<StoreBeacons>>();
-  std::uint64_t number_ = 0;
-  std::map<std::string, Place> places_;
-  bool mayHaveChanged_ = false;
+  mutable Mutex mutex_;
+  StoreList stores_ SR_GUARDED_BY(mutex_) = std::make_shared<const std::vector<StoreBeacons>>();
+  std::uint64_t number_ SR_GUARDED_BY(mutex_) = 0;
+  std::map<std::string, Place> places_ SR_GUARDED_BY(mutex_);
+  bool mayHaveChanged_ SR_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace Wayfinding

@@ -9,24 +9,6 @@
 
 namespace {
 
-// Of both scopes. Held only as long as copying takes, never while a file is read or written.
-void SyncLock(bool lock) {
-  static NoDestructor<std::mutex> mutex;
-  if (lock) {
-    mutex->lock();
-  } else {
-    mutex->unlock();
-  }
-}
-
-class SyncGuard {
- public:
-  SyncGuard() { SyncLock(true); }
-  ~SyncGuard() { SyncLock(false); }
-  SyncGuard(const SyncGuard&) = delete;
-  SyncGuard& operator=(const SyncGuard&) = delete;
-};
-
 const PropertyListFile& FileOf(bool perUser) {
   static const NoDestructor<PropertyListFile> user(preferenceFile(true));
   static const NoDestructor<PropertyListFile> machine(preferenceFile(false));
@@ -39,6 +21,27 @@ std::string Reason(const std::error_code& error) {
 }
 
 }  // namespace
+
+Mutex& ConfigurationFile::SyncMutex() {
+  static NoDestructor<Mutex> mutex;
+  return *mutex;
+}
+
+void ConfigurationFile::SyncLock(bool lock) {
+  if (lock) {
+    SyncMutex().lock();
+  } else {
+    SyncMutex().unlock();
+  }
+}
+
+class SR_SCOPED_CAPABILITY ConfigurationFile::SyncGuard {
+ public:
+  SyncGuard() SR_ACQUIRE(SyncMutex()) SR_NO_THREAD_SAFETY_ANALYSIS { SyncLock(true); }
+  ~SyncGuard() SR_RELEASE() SR_NO_THREAD_SAFETY_ANALYSIS { SyncLock(false); }
+  SyncGuard(const SyncGuard&) = delete;
+  SyncGuard& operator=(const SyncGuard&) = delete;
+};
 
 ConfigurationFile& ConfigurationFile::OfScope(bool perUser) {
   static NoDestructor<ConfigurationFile> user(true);
@@ -67,7 +70,7 @@ PropertyListFile::Reading ConfigurationFile::Read() {
 }
 
 void ConfigurationFile::Replace(const Change& change) {
-  const std::lock_guard turn(turnOfWriters_);
+  const MutexLock turn(turnOfWriters_);
   PropertyListFile::Reading reading = Read();
   PropertyList::Dictionary tree = *reading.Root();
   if (change(tree)) PutPellContainer(std::move(reading), std::move(tree));

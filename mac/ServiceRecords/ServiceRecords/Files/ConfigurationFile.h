@@ -2,8 +2,7 @@
 
 #include "SRLib/Repository/ConfigurationStorage.h"
 #include "libs/Files/PropertyListFile.h"
-
-#include <mutex>
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 // The file behind one scope of the configuration. Who only reads takes what was read or put in place last;
 // who replaces it waits for the others who do.
@@ -21,13 +20,18 @@ class ConfigurationFile : public Config::ConfigurationStorage {
   [[nodiscard]] Config::StorageFailures Failures() const override;
 
  private:
+  // Of both scopes. Held only as long as copying takes, never while a file is read or written.
+  static Mutex& SyncMutex();
+  static void SyncLock(bool lock) SR_NO_THREAD_SAFETY_ANALYSIS;
+  class SyncGuard;
+
   PropertyListFile::Reading Read();
-  void PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree);
+  void PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree)
+      SR_REQUIRES(turnOfWriters_);
   void Count(std::uint64_t Config::StorageFailures::*kind, const std::error_code& error);
 
   const bool perUser_;
-  std::mutex turnOfWriters_;
-  // Both are guarded by SyncLock.
-  PropertyListFile::Reading wholeFile_;
-  Config::StorageFailures failures_;
+  Mutex turnOfWriters_;
+  PropertyListFile::Reading wholeFile_ SR_GUARDED_BY(SyncMutex());
+  Config::StorageFailures failures_ SR_GUARDED_BY(SyncMutex());
 };

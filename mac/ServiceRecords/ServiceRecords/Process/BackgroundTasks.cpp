@@ -15,13 +15,13 @@ thread_local BackgroundTasks* g_tasksOfThisThread = nullptr;
 
 BackgroundTasks::~BackgroundTasks() {
   const std::deque<Work> dropped = Drop();
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return running_.empty(); });
+  const MutexLock lock(mutex_);
+  changed_.wait(mutex_, [this]() SR_REQUIRES(mutex_) { return running_.empty(); });
   JoinEnded();
 }
 
 void BackgroundTasks::Start(Work work) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (finishing_) return;
   waiting_.push_back(std::move(work));
   StartWaiting();
@@ -57,7 +57,7 @@ void BackgroundTasks::Run(Threads::iterator thread, Work work) {
   g_tasksOfThisThread = this;
   RunAndLogFailure("handling a file", work);
   work = nullptr;  // what it holds ends with it
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   JoinEnded();
   ended_.splice(ended_.end(), running_, thread);
   LeaveRoom();
@@ -70,9 +70,9 @@ void BackgroundTasks::LeaveRoom() {
 }
 
 void BackgroundTasks::AwaitTurn() {
-  std::unique_lock lock(mutex_);
+  const MutexLock lock(mutex_);
   const std::uint64_t number = drawn_++;
-  changed_.wait(lock, [&] { return finishing_ || (number == next_ && HasRoom()); });
+  changed_.wait(mutex_, [&]() SR_REQUIRES(mutex_) { return finishing_ || (number == next_ && HasRoom()); });
   ++next_;
   ++worked_;
   StartWaiting();
@@ -87,7 +87,7 @@ void BackgroundTasks::JoinEnded() {
 }
 
 std::deque<BackgroundTasks::Work> BackgroundTasks::Drop() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   finishing_ = true;
   changed_.notify_all();
   return std::exchange(waiting_, {});
@@ -95,15 +95,16 @@ std::deque<BackgroundTasks::Work> BackgroundTasks::Drop() {
 
 bool BackgroundTasks::Finish(std::chrono::milliseconds limit) {
   Drop();
-  std::unique_lock lock(mutex_);
-  if (!changed_.wait_for(lock, limit, [this] { return running_.empty(); })) return false;
+  const MutexLock lock(mutex_);
+  if (!changed_.wait_for(mutex_, limit, [this]() SR_REQUIRES(mutex_) { return running_.empty(); }))
+    return false;
   JoinEnded();
   return true;
 }
 
 BackgroundTasks::UserWait::UserWait(End end) : tasks_(g_tasksOfThisThread), end_(end) {
   if (tasks_ == nullptr) return;
-  const std::lock_guard lock(tasks_->mutex_);
+  const MutexLock lock(tasks_->mutex_);
   tasks_->LeaveRoom();
 }
 
@@ -112,7 +113,7 @@ BackgroundTasks::UserWait::~UserWait() {
   if (end_ == End::InTurn) {
     tasks_->AwaitTurn();
   } else {
-    const std::lock_guard lock(tasks_->mutex_);
+    const MutexLock lock(tasks_->mutex_);
     ++tasks_->worked_;
   }
 }

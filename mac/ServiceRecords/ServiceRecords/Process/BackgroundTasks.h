@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/ThreadSafety/ThreadSafety.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -7,7 +9,6 @@
 #include <deque>
 #include <functional>
 #include <list>
-#include <mutex>
 #include <thread>
 
 // Pieces of work, such as files to be handled, each on a new thread of its own. Only some are worked on at a
@@ -53,23 +54,23 @@ class BackgroundTasks {
   using Threads = std::list<std::thread>;
   using Work = std::function<void()>;
 
-  [[nodiscard]] bool HasRoom() const { return worked_ < kWorkedOnAtATime; }
-  void StartWaiting();
-  [[nodiscard]] bool StartThread(const Work& work);
+  [[nodiscard]] bool HasRoom() const SR_REQUIRES(mutex_) { return worked_ < kWorkedOnAtATime; }
+  void StartWaiting() SR_REQUIRES(mutex_);
+  [[nodiscard]] bool StartThread(const Work& work) SR_REQUIRES(mutex_);
   void Run(Threads::iterator thread, Work work);
-  void LeaveRoom();
+  void LeaveRoom() SR_REQUIRES(mutex_);
   void AwaitTurn();
-  void JoinEnded();
+  void JoinEnded() SR_REQUIRES(mutex_);
   std::deque<Work> Drop();
 
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<Work> waiting_;
-  bool finishing_ = false;
-  Threads running_;
-  Threads ended_;           // but for their last instructions
-  std::size_t worked_ = 0;  // of the running ones
+  Mutex mutex_;
+  std::condition_variable_any changed_;
+  std::deque<Work> waiting_ SR_GUARDED_BY(mutex_);
+  bool finishing_ SR_GUARDED_BY(mutex_) = false;
+  Threads running_ SR_GUARDED_BY(mutex_);
+  Threads ended_ SR_GUARDED_BY(mutex_);           // but for their last instructions
+  std::size_t worked_ SR_GUARDED_BY(mutex_) = 0;  // of the running ones
   // Whoever comes back from the user draws a number; the one whose number is next goes first.
-  std::uint64_t drawn_ = 0;
-  std::uint64_t next_ = 0;
+  std::uint64_t drawn_ SR_GUARDED_BY(mutex_) = 0;
+  std::uint64_t next_ SR_GUARDED_BY(mutex_) = 0;
 };

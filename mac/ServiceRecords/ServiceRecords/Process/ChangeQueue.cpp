@@ -13,22 +13,22 @@ ChangeQueue::~ChangeQueue() {
 }
 
 void ChangeQueue::Add(Change change) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (closed_) return;
   waiting_.push_back(std::move(change));
   changed_.notify_all();
 }
 
 void ChangeQueue::Close() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   closed_ = true;
   changed_.notify_all();
 }
 
 bool ChangeQueue::Finish(std::chrono::milliseconds limit) {
   {
-    std::unique_lock lock(mutex_);
-    if (changed_.wait_for(lock, limit, [this] { return ended_; })) thread_.join();
+    const MutexLock lock(mutex_);
+    if (changed_.wait_for(mutex_, limit, [this]() SR_REQUIRES(mutex_) { return ended_; })) thread_.join();
   }
   Drop();
   return !thread_.joinable();
@@ -38,7 +38,7 @@ bool ChangeQueue::Finish(std::chrono::milliseconds limit) {
 void ChangeQueue::Drop() {
   std::deque<Change> dropped;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     dropped.swap(waiting_);
   }
   for (Change& change : dropped) change = nullptr;
@@ -52,8 +52,8 @@ void ChangeQueue::Work() {
 }
 
 ChangeQueue::Change ChangeQueue::AwaitNext() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return closed_ || !waiting_.empty(); });
+  const MutexLock lock(mutex_);
+  changed_.wait(mutex_, [this]() SR_REQUIRES(mutex_) { return closed_ || !waiting_.empty(); });
   if (closed_ || isOver_()) {
     ended_ = true;
     changed_.notify_all();

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "libs/ThreadSafety/ThreadSafety.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 // What changes the list of stores, done one after the other, in the order of the calls, on one thread of its
@@ -39,10 +40,10 @@ class ChangeQueue {
   void Drop();
 
   const std::function<bool()> isOver_;
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<Change> waiting_;
-  bool closed_ = false;
-  bool ended_ = false;
+  Mutex mutex_;
+  std::condition_variable_any changed_;
+  std::deque<Change> waiting_ SR_GUARDED_BY(mutex_);
+  bool closed_ SR_GUARDED_BY(mutex_) = false;
+  bool ended_ SR_GUARDED_BY(mutex_) = false;
   std::thread thread_;
 };
