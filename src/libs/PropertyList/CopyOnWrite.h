@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Lifetime/NoDestructor.h"
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -26,8 +28,8 @@ class CopyOnWrite {
   }
 
   [[nodiscard]] const Content& Get() const {
-    static const Content& empty = *new Content;
-    return shared_ != nullptr ? shared_->content : empty;
+    static const NoDestructor<Content> empty;
+    return shared_ != nullptr ? shared_->content : *empty;
   }
 
   // For one change: nobody else holds what the result refers to, until the next copy is made.
