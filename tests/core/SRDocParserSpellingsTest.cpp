@@ -20,7 +20,7 @@ class SRDocParserSpellingsTest : public ParserTest {
     return records.empty() ? TraceRecord{} : records.front();
   }
 
-  const SRDocParser parser_;
+  const SRDocParser parser_{};
 };
 
 TEST_F(SRDocParserSpellingsTest, TheKindIsReadInAnyLetterCase) {

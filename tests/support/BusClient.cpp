@@ -112,7 +112,7 @@ BusMessagePtr BusClient::NewCall(const std::string& name, const std::string& pat
 }
 
 BusMessagePtr BusClient::Send(const BusMessagePtr& call) {
-  sd_bus_error error = SD_BUS_ERROR_NULL;
+  sd_bus_error error{};
   sd_bus_message* reply = nullptr;
   if (sd_bus_call(bus_.get(), call.get(), 60'000'000, &error, &reply) >= 0) return BusMessagePtr(reply);
   const BusError failure(error.name == nullptr ? "" : error.name,

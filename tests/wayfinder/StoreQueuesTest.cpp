@@ -29,15 +29,15 @@ Taken TakeAtMost(StoreQueues& queues, int most) {
 
 TEST(StoreQueues, StoresTakeTurns) {
   StoreQueues queues(2);
-  for (const std::size_t thing : {0, 1, 2}) queues.Add(thing, {0});
+  for (const std::size_t thing : {0U, 1U, 2U}) queues.Add(thing, {0});
   queues.Add(3, {1});
   EXPECT_THAT(TakeAtMost(queues, 9), ElementsAre(Pair(0, 0), Pair(3, 1), Pair(1, 0), Pair(2, 0)));
 }
 
 TEST(StoreQueues, AStoreThatMayTakeNoMoreKeepsNoOtherWaiting) {
   StoreQueues queues(2);
-  for (const std::size_t thing : {0, 1, 2}) queues.Add(thing, {0});
-  for (const std::size_t thing : {3, 4, 5}) queues.Add(thing, {1});
+  for (const std::size_t thing : {0U, 1U, 2U}) queues.Add(thing, {0});
+  for (const std::size_t thing : {3U, 4U, 5U}) queues.Add(thing, {1});
   EXPECT_THAT(TakeAtMost(queues, 2), ElementsAre(Pair(0, 0), Pair(3, 1), Pair(1, 0), Pair(4, 1)));
   EXPECT_THAT(TakeAtMost(queues, 2), ElementsAre(Pair(2, 0), Pair(5, 1))) << "what was refused stays";
 }

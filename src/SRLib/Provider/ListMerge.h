@@ -19,8 +19,10 @@ class IncomingIndex {
     places_.reserve(incoming.size());
     for (const Item& item : incoming) places_.push_back({key(item), nullptr});
     std::ranges::sort(places_, {}, &Place::key);
-    const auto repeated = std::ranges::unique(places_, {}, &Place::key);
-    places_.erase(repeated.begin(), repeated.end());
+    const auto repeated =
+        std::unique(places_.begin(), places_.end(),
+                    [](const Place& one, const Place& other) { return one.key == other.key; });
+    places_.erase(repeated, places_.end());
   }
 
   // Where the own one stands, null at first; null when none has come by that key.
