@@ -67,6 +67,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     return;
   }
   _thisInstanceIsAgent = true;
+  // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): who exits on the way leaves them to the system.
   std::unique_ptr<Bus::Connection> notifications = OpenConnection();
   LookAtNames(notifications.get());
   changes_ = std::make_unique<ChangeQueue>(TerminationEvent::Requested);
@@ -78,6 +79,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   _serviceRecordsServer.reset(NewMrvServiceRecordsServer());
   _beaconsConnection = connectionForService(ServiceNames::kBeacons, OpenConnection());
   _serviceRecordsConnection = connectionForService(ServiceNames::kServiceRecords, std::move(notifications));
+  // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
   ServeConnections();
 }
 

@@ -35,6 +35,7 @@ struct Variant {
 template <class Type>
 struct Codec;
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the argument is a type.
 #define SR_BUS_CODEC(TYPE, SIGNATURE)                              \
   template <>                                                      \
   struct Codec<TYPE> {                                             \
@@ -49,6 +50,7 @@ SR_BUS_CODEC(std::uint32_t, "u");
 SR_BUS_CODEC(std::uint64_t, "t");
 SR_BUS_CODEC(PropertyList::Dictionary, "a{sv}");
 #undef SR_BUS_CODEC
+// NOLINTEND(bugprone-macro-parentheses)
 
 // The bodies of the templates below.
 namespace Container {

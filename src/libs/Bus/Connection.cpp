@@ -219,7 +219,7 @@ Result<> Connection::Wait(microseconds limit) {
 Result<bool> Connection::ProcessUntil(const std::function<bool()>& done, steady_clock::time_point deadline) {
   while (!done()) {
     const Result<bool> progress = Process();
-    if (!progress) return progress;
+    if (!progress) return progress.Failure();
     if (*progress) continue;
     const microseconds left = TimeUntil(deadline);
     if (left.count() <= 0) return false;

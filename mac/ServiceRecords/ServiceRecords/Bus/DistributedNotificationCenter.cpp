@@ -20,7 +20,7 @@ Bus::Result<> DistributedNotificationCenter::Connect(Bus::Connection& bus) {
   object_ = std::move(*object);
   bus_ = &bus;
   for (auto& [name, observer] : observers_) {
-    if (const Bus::Result<> observed = Observe(name, observer); !observed) return observed;
+    if (const Bus::Result<> observed = Observe(name, observer); !observed) return observed.Failure();
   }
   return Bus::Nothing{};
 }

@@ -30,13 +30,9 @@ void BackgroundTasks::Start(Work work) {
 // Those who come back from the user were there before.
 void BackgroundTasks::StartWaiting() {
   while (!waiting_.empty() && HasRoom() && next_ == drawn_ && running_.size() < kThreads) {
-    if (StartThread(waiting_.front())) {
-      waiting_.pop_front();
-    } else if (running_.empty()) {
-      waiting_.pop_front();  // nobody would start it later
-    } else {
-      return;
-    }
+    const bool started = StartThread(waiting_.front());
+    if (!started && !running_.empty()) return;
+    waiting_.pop_front();  // also without a thread, when nobody would start one later
   }
 }
 
