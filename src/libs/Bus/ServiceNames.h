@@ -14,6 +14,18 @@ inline constexpr char kServiceRecords[] = "com.morvane.ServiceRecords";
 inline constexpr char kServiceRecordsPath[] = "/com/morvane/ServiceRecords";
 inline constexpr char kServiceRecordsInterface[] = "com.morvane.MrvServiceRecordsService";
 
+// What becomes of an opened file, and of the list: also the names of its signals.
+inline constexpr char kOpeningsPath[] = "/com/morvane/ServiceRecords/Openings";
+inline constexpr char kOpeningsInterface[] = "com.morvane.ServiceRecords.Openings";
+inline constexpr char kFinishedSignal[] = "Finished";
+inline constexpr char kStoresChangedSignal[] = "StoresChanged";
+
+// The stores window: its bus name, application identifier and desktop entry, and the action that shows one
+// store, of which it takes the id.
+inline constexpr char kStoresWindow[] = "com.morvane.ServiceRecords.Stores";
+inline constexpr char kStoresWindowPath[] = "/com/morvane/ServiceRecords/Stores";
+inline constexpr char kShowStoreAction[] = "show-store";
+
 inline constexpr char kApplicationInterface[] = "org.freedesktop.Application";
 
 // Where distributed notifications come from, whoever posts them: the signal Posted(s name, s object).
