@@ -1,5 +1,7 @@
 #include "srctl/DoctorTest.h"
 
+#include <sstream>
+
 using nlohmann::json;
 using testing::AllOf;
 using testing::HasSubstr;
@@ -257,6 +259,37 @@ TEST_F(DoctorOfStores, JsonNamesTheStore) {
   EXPECT_EQ(findings["problems"], 0);
   EXPECT_EQ(findings["checks"][5]["store"], "s1");
   EXPECT_EQ(findings["checks"][5]["check"], "server");
+}
+
+TEST_F(DoctorOfStores, OneStoreIsLookedAtAlone) {
+  GiveStores({WorkingStore("s1", "One"), WorkingStore("s2", "Two")});
+  const SrctlRun run = Srctl({"doctor", "--store", "s2"});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_THAT(run.output, AllOf(StartsWith("ok: store \"Two\" (s2), server: "), Not(HasSubstr("One")),
+                                HasSubstr("\nNothing is wrong.\n")));
+}
+
+TEST_F(DoctorOfStores, RefusesAStoreThatIsNotInTheList) {
+  const SrctlRun run = Srctl({"doctor", "--store", "s9", "--json-lines"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.output, IsEmpty());
+  EXPECT_EQ(run.errors, "srctl: There is no store with the id \"s9\". Ids: srctl list\n");
+}
+
+TEST_F(DoctorOfStores, JsonLinesTellOneFindingEach) {
+  StoreText store = WorkingStore("s1", "One");
+  store.url = NobodysAddress();
+  GiveStores({store});
+  const SrctlRun run = Srctl({"doctor", "--store", "s1", "--json-lines"});
+  EXPECT_EQ(run.status, 1);
+  std::vector<std::string> told;
+  std::istringstream lines(run.output);
+  for (std::string line; std::getline(lines, line);) {
+    const json finding = json::parse(line);
+    EXPECT_EQ(finding["store"], "s1");
+    told.push_back(finding["result"].get<std::string>() + " " + finding["check"].get<std::string>());
+  }
+  EXPECT_THAT(told, testing::ElementsAre("problem server", "note discovery document", "ok location"));
 }
 
 }  // namespace

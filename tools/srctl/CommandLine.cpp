@@ -27,9 +27,11 @@ struct Arguments {
   std::string url;
   std::string wait;  // seconds
   bool json = false;
+  bool jsonLines = false;
   Status status = Status::Done;
 
   [[nodiscard]] printing::Format Format() const {
+    if (jsonLines) return printing::Format::JsonLines;
     return json ? printing::Format::Json : printing::Format::Text;
   }
 };
@@ -164,7 +166,16 @@ void AddDoctor(CLI::App& app, Arguments& arguments) {
   CLI::App* command =
       app.add_subcommand("doctor", "Check the agent, its files and every store, and say what to do");
   AddJson(*command, arguments);
-  command->callback([&arguments] { arguments.status = commands::Doctor(arguments.Format()); });
+  command
+      ->add_flag("--json-lines", arguments.jsonLines,
+                 "Print each finding as a JSON object in a line of its own")
+      ->excludes("--json");
+  CLI::Option* const store =
+      command->add_option("--store", arguments.id, "Only the store with this id")->check(kIsText);
+  command->callback([&arguments, store] {
+    arguments.status = store->count() > 0 ? commands::DoctorOfStore(arguments.id, arguments.Format())
+                                          : commands::Doctor(arguments.Format());
+  });
 }
 
 }  // namespace

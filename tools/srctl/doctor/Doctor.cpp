@@ -84,6 +84,11 @@ void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const
   }
 }
 
+Status Finish(printing::FindingPrinter& printer) {
+  printer.Finish();
+  return printer.Problems() == 0 ? Status::Done : Status::Refused;
+}
+
 }  // namespace
 
 Status Doctor(printing::Format format) {
@@ -106,8 +111,19 @@ Status Doctor(printing::Format format) {
   } else {
     CheckStores(*agent, *answers.stores, report);
   }
-  printer.Finish();
-  return printer.Problems() == 0 ? Status::Done : Status::Refused;
+  return Finish(printer);
+}
+
+Status DoctorOfStore(const std::string& id, printing::Format format) {
+  return WithAgent([&](AgentClient& agent) {
+    const auto store = agent.StoreForID(id);
+    if (!store) return ReportUnreachable(agent.Problem());
+    if (store->id.empty())
+      return RefuseForList(agent, "There is no store with the id " + Quoted(id) + ". Ids: srctl list");
+    printing::FindingPrinter printer(std::cout, format);
+    CheckStores(agent, {*store}, [&printer](const Finding& finding) { printer.Print(finding); });
+    return Finish(printer);
+  });
 }
 
 }  // namespace commands

@@ -2,10 +2,14 @@
 
 #include "Commands.h"
 
+#include <string>
+
 namespace commands {
 
 // Looks at everything that the stores need, and prints what it finds as it finds it (as a whole in JSON).
 // Refused when something is wrong.
 [[nodiscard]] Status Doctor(printing::Format format);
+// The same of one store of the list alone.
+[[nodiscard]] Status DoctorOfStore(const std::string& id, printing::Format format);
 
 }  // namespace commands

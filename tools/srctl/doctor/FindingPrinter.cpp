@@ -27,6 +27,14 @@ Json TextOrNull(const std::string& text) {
   return text.empty() ? Json(nullptr) : Json(text);
 }
 
+Json Object(const Finding& finding) {
+  return {{"result", WordFor(finding.result)},
+          {"check", finding.check},
+          {"store", TextOrNull(finding.storeID)},
+          {"text", finding.text},
+          {"next", TextOrNull(finding.next)}};
+}
+
 std::string Line(const Finding& finding) {
   std::string line = std::string(WordFor(finding.result)) + ": ";
   if (!finding.storeID.empty()) line += "store \"" + finding.storeName + "\" (" + finding.storeID + "), ";
@@ -43,16 +51,19 @@ void FindingPrinter::Print(const Finding& finding) {
     out_ << Line(finding) << std::endl;  // the next check may take a while
     return;
   }
-  checks_.push_back({{"result", WordFor(finding.result)},
-                     {"check", finding.check},
-                     {"store", TextOrNull(finding.storeID)},
-                     {"text", finding.text},
-                     {"next", TextOrNull(finding.next)}});
+  if (format_ == Format::Json) {
+    checks_.push_back(Object(finding));
+  } else {
+    jsonoutput::PrintLine(out_, Object(finding));
+    out_.flush();
+  }
 }
 
 void FindingPrinter::Finish() {
   if (format_ == Format::Json) {
     jsonoutput::Print(out_, {{"problems", problems_}, {"checks", checks_}});
+  } else if (format_ == Format::JsonLines) {
+    return;
   } else if (problems_ == 0) {
     out_ << "Nothing is wrong.\n";
   } else {

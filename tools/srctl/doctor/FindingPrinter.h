@@ -10,7 +10,8 @@ struct Finding;
 
 namespace printing {
 
-// Prints findings: text at once, one line for each, that begins with its result in a word; JSON at the end.
+// Prints findings: text at once, one line for each, that begins with its result in a word; JSON at the end,
+// or at once as a line for each.
 class FindingPrinter {
  public:
   FindingPrinter(std::ostream& out, Format format) : out_(out), format_(format) {}

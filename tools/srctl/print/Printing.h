@@ -9,7 +9,9 @@
 // of a document to the terminal; JSON is ASCII throughout.
 namespace printing {
 
-enum class Format { Text, Json };
+// JsonLines: what else is told in one object at the end is told in a line for each part, as soon as it is
+// known.
+enum class Format { Text, Json, JsonLines };
 
 void PrintStores(std::ostream& out, const std::vector<StoreInfo>& stores, Format format);
 void PrintStore(std::ostream& out, const StoreInfo& store, Format format);
