@@ -1,4 +1,7 @@
+#include "libs/Files/FileDescriptor.h"
 #include "support/CapturedSyslog.h"
+#include "support/EnvironmentVariable.h"
+#include "support/PseudoTerminal.h"
 #include "ui/LoadedModule.h"
 
 #include <fcntl.h>
@@ -14,6 +17,7 @@
 #include <csignal>
 #include <cstdint>
 #include <fstream>
+#include <future>
 #include <set>
 #include <string>
 #include <thread>
@@ -36,6 +40,14 @@ class DialogModuleTest : public ::testing::Test {
   int AnswerOfProgram(const std::string& script) {
     module_.Bundle().ScriptDialogProgram(script);
     return module_.EntryPoints().addStore(kDetails);
+  }
+
+  // The answer to a question that this thread asks for a host with that context.
+  [[nodiscard]] int AddStoreFor(int terminal, int withdrawal) const {
+    SRUIHost host = module_.Host();
+    host.terminalDescriptor = terminal;
+    host.withdrawalDescriptor = withdrawal;
+    return module_.EntryPointsFor(host)->addStore(kDetails);
   }
 
   // A named pipe through which the dialog program tells that it has got somewhere.
@@ -106,10 +118,13 @@ TEST_F(DialogModuleTest, AcceptsWhenTheProgramRepliesThatTheUserAccepted) {
   EXPECT_EQ(AnswerOfProgram("readRequest; echo accepted"), 1);
 }
 
-TEST_F(DialogModuleTest, EveryOtherReplyIsNoConsent) {
+TEST_F(DialogModuleTest, DeclinesWhenTheProgramRepliesThatTheUserDeclined) {
   EXPECT_EQ(AnswerOfProgram("readRequest; echo declined"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'no display'"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'unknown request'"), 0);
+}
+
+TEST_F(DialogModuleTest, NobodyWasAskedWithoutADisplayOrByAProgramThatDoesNotUnderstand) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'no display'"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'unknown request'"), SRUI_COULD_NOT_ASK);
 }
 
 TEST_F(DialogModuleTest, ARequestHasAVersionedHeaderAndTheWholeDictionary) {
@@ -146,50 +161,50 @@ TEST_F(DialogModuleTest, AProgramThatDoesNotReadItsRequestMayStillReply) {
   EXPECT_EQ(module_.EntryPoints().addStore(details.c_str()), 1);
 }
 
-TEST_F(DialogModuleTest, AProgramThatDiesWithoutAReplyIsNoConsent) {
-  EXPECT_EQ(AnswerOfProgram("exit 0"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; exit 3"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; kill -KILL $$"), 0);
+TEST_F(DialogModuleTest, AProgramThatDiesWithoutAReplyMeansThatNobodyWasAsked) {
+  EXPECT_EQ(AnswerOfProgram("exit 0"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; exit 3"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; kill -KILL $$"), SRUI_COULD_NOT_ASK);
 }
 
-TEST_F(DialogModuleTest, AProgramThatDiesIsNoConsentEvenWhenAChildKeepsItsOutputOpen) {
-  EXPECT_EQ(AnswerOfProgram("readRequest; { read -r never <&3; } 3<&0 & exit 0"), 0);
+TEST_F(DialogModuleTest, AProgramThatDiesMeansThatNobodyWasAskedEvenWhenAChildKeepsItsOutputOpen) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; { read -r never <&3; } 3<&0 & exit 0"), SRUI_COULD_NOT_ASK);
 }
 
-TEST_F(DialogModuleTest, AReplyThatIsCutOffIsNoConsent) {
-  EXPECT_EQ(AnswerOfProgram("readRequest; printf accepted"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; printf accep; kill -KILL $$"), 0);
+TEST_F(DialogModuleTest, AReplyThatIsCutOffMeansThatNobodyWasAsked) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf accepted"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf accep; kill -KILL $$"), SRUI_COULD_NOT_ASK);
 }
 
-TEST_F(DialogModuleTest, AnyOtherOutputIsNoConsent) {
-  EXPECT_EQ(AnswerOfProgram("readRequest; echo"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; echo Accepted"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'accepted '"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; printf 'noise\\naccepted\\n'"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; printf 'accepted\\0\\n'"), 0);
+TEST_F(DialogModuleTest, AnyOtherOutputMeansThatNobodyWasAsked) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo Accepted"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo 'accepted '"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf 'noise\\naccepted\\n'"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf 'accepted\\0\\n'"), SRUI_COULD_NOT_ASK);
 }
 
-TEST_F(DialogModuleTest, AnOverlongReplyIsNoConsent) {
-  EXPECT_EQ(AnswerOfProgram("readRequest; printf '%1000s' x; echo; echo accepted"), 0);
-  EXPECT_EQ(AnswerOfProgram("readRequest; while printf x; do :; done"), 0);
+TEST_F(DialogModuleTest, AnOverlongReplyMeansThatNobodyWasAsked) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; printf '%1000s' x; echo; echo accepted"), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(AnswerOfProgram("readRequest; while printf x; do :; done"), SRUI_COULD_NOT_ASK);
 }
 
-TEST_F(DialogModuleTest, AProgramThatHangsUpIsNoConsentAndEnds) {
-  EXPECT_EQ(AnswerOfProgram("readRequest; echo $$ >id; exec >&-; read -r never"), 0);
+TEST_F(DialogModuleTest, AProgramThatHangsUpMeansThatNobodyWasAskedAndEnds) {
+  EXPECT_EQ(AnswerOfProgram("readRequest; echo $$ >id; exec >&-; read -r never"), SRUI_COULD_NOT_ASK);
   EXPECT_TRUE(IsGone(std::stoi(ContentOf(module_.Bundle().File("id")))));
 }
 
-TEST_F(DialogModuleTest, AProgramThatCannotBeStartedIsNoConsent) {
-  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 0);
+TEST_F(DialogModuleTest, AProgramThatCannotBeStartedMeansThatNobodyWasAsked) {
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), SRUI_COULD_NOT_ASK);
   std::ofstream(module_.Bundle().File("servicerecord-dialog")) << "#!/bin/bash\necho accepted\n";
-  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 0);
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), SRUI_COULD_NOT_ASK);
 }
 
-TEST_F(DialogModuleTest, NoDictionaryIsNoConsent) {
+TEST_F(DialogModuleTest, NoDictionaryMeansThatNobodyWasAsked) {
   module_.Bundle().ScriptDialogProgram("echo accepted");
 
-  EXPECT_EQ(module_.EntryPoints().addStore(nullptr), 0);
-  EXPECT_EQ(module_.EntryPoints().replaceStore(nullptr), 0);
+  EXPECT_EQ(module_.EntryPoints().addStore(nullptr), SRUI_COULD_NOT_ASK);
+  EXPECT_EQ(module_.EntryPoints().replaceStore(nullptr), SRUI_COULD_NOT_ASK);
 }
 
 TEST_F(DialogModuleTest, AnOpenDialogClosesAsDeclinedOnTermination) {
@@ -241,6 +256,88 @@ TEST_F(DialogModuleTest, TheProgramInheritsNothingButItsStandardDescriptors) {
   EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
   ::close(leaked);
   ::close(high);
+}
+
+TEST_F(DialogModuleTest, AWithdrawnQuestionClosesAsDeclined) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never; echo accepted");
+  const FileDescriptor withdrawal(::eventfd(0, EFD_CLOEXEC));
+  auto answer = std::async(std::launch::async, [&] { return AddStoreFor(-1, withdrawal.Get()); });
+  const pid_t id = std::stoi(NextEvent());
+
+  ::eventfd_write(withdrawal.Get(), 1);
+
+  EXPECT_EQ(answer.get(), 0);
+  EXPECT_TRUE(IsGone(id));
+}
+
+TEST_F(DialogModuleTest, AWithdrawalCountsForTheThreadThatGaveItAndUntilItsNextCall) {
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
+  const FileDescriptor withdrawn(::eventfd(1, EFD_CLOEXEC));
+
+  EXPECT_EQ(AddStoreFor(-1, withdrawn.Get()), 0);
+  EXPECT_EQ(module_.AddStore(kDetails).Answer(), 1);
+  EXPECT_EQ(AddStoreFor(-1, -1), 1);
+}
+
+TEST_F(DialogModuleTest, TheTerminalProgramGetsTheTerminalThatIsGivenAndNoOtherDescriptor) {
+  const PseudoTerminal terminal;
+  const FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
+  module_.Bundle().ScriptWindowProgram("readRequest; echo declined");
+  module_.Bundle().ScriptDialogProgram(
+      "readRequest; [ \"$1\" = --terminal=3 ] && [ \"$(readlink /proc/$$/fd/3)\" = " + terminal.Path() +
+      " ] && [ ! -e /proc/$$/fd/4 ] && echo accepted");
+  const testsupport::EnvironmentVariable display("DISPLAY", ":7");
+
+  EXPECT_EQ(AddStoreFor(given.Get(), -1), 1);
+}
+
+TEST_F(DialogModuleTest, AWindowIsPreferredWhereThereMayBeADisplay) {
+  module_.Bundle().ScriptWindowProgram("readRequest; echo accepted");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo declined");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 0);
+  for (const char* const variable : {"DISPLAY", "WAYLAND_DISPLAY"}) {
+    const testsupport::EnvironmentVariable display(variable, "display");
+    EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
+  }
+}
+
+TEST_F(DialogModuleTest, ATerminalIsLookedForWhenThereIsNoDisplayAfterAll) {
+  const testsupport::EnvironmentVariable display("DISPLAY", ":7");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
+  module_.Bundle().ScriptWindowProgram("readRequest; echo no display");
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
+}
+
+TEST_F(DialogModuleTest, AWindowThatBreaksIsNotFollowedByAnotherQuestion) {
+  const testsupport::EnvironmentVariable display("DISPLAY", ":7");
+  module_.Bundle().ScriptWindowProgram("readRequest; exit 1");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), SRUI_COULD_NOT_ASK);
+}
+
+TEST_F(DialogModuleTest, AHostOfTheFirstVersionHasNoContextToGive) {
+  struct FirstHost {
+    std::uint32_t version;
+    int terminationDescriptor;
+    int behind[2];  // not of the structure
+  } first{1, module_.Host().terminationDescriptor, {0, STDIN_FILENO}};
+  module_.Bundle().ScriptDialogProgram("readRequest; [ $# = 0 ] && echo accepted");
+
+  const SRUIProtocol* entryPoints = module_.EntryPointsFor(reinterpret_cast<const SRUIHost&>(first));
+
+  ASSERT_NE(entryPoints, nullptr);
+  EXPECT_EQ(entryPoints->addStore(kDetails), 1);
+}
+
+TEST_F(DialogModuleTest, AHostWithoutAVersionIsNone) {
+  SRUIHost host = module_.Host();
+  host.version = 0;
+  EXPECT_EQ(module_.EntryPointsFor(host), nullptr);
 }
 
 TEST_F(DialogModuleTest, TheProgramGetsNoArguments) {

@@ -1,7 +1,9 @@
 #include "ui/LoadedModule.h"
 
 #include "Dialogs/UIBundleLoader.h"
+#include "libs/Lifetime/UniqueHandle.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -25,6 +27,17 @@ const SRUIProtocol& LoadedModule::EntryPoints() const {
       UIBundleLoader(bundle_.PlugInsFolder(), terminationDescriptor_).PrincipalClass("test");
   if (entryPoints == nullptr) throw std::runtime_error("the module does not load");
   return *entryPoints;
+}
+
+SRUIHost LoadedModule::Host() const {
+  return {SRUI_PROTOCOL_VERSION, terminationDescriptor_, -1, -1};
+}
+
+const SRUIProtocol* LoadedModule::EntryPointsFor(const SRUIHost& host) const {
+  const UniqueHandle<void, ::dlclose> module(::dlopen(bundle_.Module().c_str(), RTLD_NOW));
+  const auto principalClass = reinterpret_cast<decltype(&ServiceRecordUIPrincipalClass)>(
+      ::dlsym(module.get(), "ServiceRecordUIPrincipalClass"));
+  return principalClass(&host);
 }
 
 OpenDialog LoadedModule::AddStore(std::string details) const {

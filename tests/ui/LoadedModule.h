@@ -41,6 +41,12 @@ class LoadedModule {
   // The entry points, asked for anew. Never null.
   [[nodiscard]] const SRUIProtocol& EntryPoints() const;
 
+  // What a host offers that has neither a terminal nor a withdrawal to give.
+  [[nodiscard]] SRUIHost Host() const;
+  // The entry points for that host, whose context counts for the calling thread. Null when the module does
+  // not work with it.
+  [[nodiscard]] const SRUIProtocol* EntryPointsFor(const SRUIHost& host) const;
+
   [[nodiscard]] OpenDialog AddStore(std::string details) const;
   [[nodiscard]] OpenDialog ReplaceStore(std::string details) const;
   // Makes the termination descriptor readable.

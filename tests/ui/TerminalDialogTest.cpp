@@ -1,3 +1,4 @@
+#include "libs/Files/FileDescriptor.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/Text/TextHelpers.h"
 #include "support/PseudoTerminal.h"
@@ -12,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -325,7 +327,7 @@ TEST_F(TerminalDialogTest, ADialogThatWaitsForItsTurnClosesOnTermination) {
 TEST_F(TerminalDialogTest, WithoutATerminalNothingIsAccepted) {
   ::setenv("SERVICERECORDS_TERMINAL", "/dev/null", 1);
   OpenDialog dialog = AddStore(Store());
-  EXPECT_EQ(dialog.Answer(), 0);
+  EXPECT_EQ(dialog.Answer(), SRUI_COULD_NOT_ASK);
 }
 
 // The dialog program alone, its input from a file.
@@ -372,6 +374,35 @@ TEST_F(DialogReplyTest, WhatItDoesNotUnderstandIsAnUnknownRequest) {
   EXPECT_EQ(ReplyTo("ServiceRecordUI 1 addStore 5000\n" + details_), "unknown request\n");
   EXPECT_EQ(ReplyTo(std::string(5000, 'x')), "unknown request\n");
   EXPECT_EQ(ReplyTo(""), "unknown request\n");
+}
+
+TEST_F(TerminalDialogTest, AsksOnTheTerminalThatTheHostGives) {
+  ::setenv("SERVICERECORDS_TERMINAL", "/dev/null", 1);
+  const FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
+  auto answer = std::async(std::launch::async, [&] {
+    SRUIHost host = module_.Host();
+    host.terminalDescriptor = given.Get();
+    return module_.EntryPointsFor(host)->addStore(PropertyList::Write(Store()).c_str());
+  });
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+
+  terminal_.Type("y\n");
+
+  EXPECT_EQ(answer.get(), 1);
+}
+
+TEST_F(TerminalDialogTest, LeavesTheGivenTerminalBlockingForItsOwner) {
+  const FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
+  auto answer = std::async(std::launch::async, [&] {
+    SRUIHost host = module_.Host();
+    host.terminalDescriptor = given.Get();
+    return module_.EntryPointsFor(host)->addStore(PropertyList::Write(Store()).c_str());
+  });
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+
+  EXPECT_EQ(::fcntl(given.Get(), F_GETFL) & O_NONBLOCK, 0);
+  terminal_.Type("n\n");
+  EXPECT_EQ(answer.get(), 0);
 }
 
 }  // namespace

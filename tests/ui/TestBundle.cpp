@@ -34,11 +34,19 @@ void TestBundle::AddDialogProgram(const std::filesystem::path& file) const {
 }
 
 void TestBundle::ScriptDialogProgram(const std::string& body) const {
-  Write(File(kDialogProgram),
+  Script(kDialogProgram, body);
+}
+
+void TestBundle::ScriptWindowProgram(const std::string& body) const {
+  Script("servicerecord-dialog-window", body);
+}
+
+void TestBundle::Script(const char* program, const std::string& body) const {
+  Write(File(program),
         "#!/bin/bash\nexport LC_ALL=C\ncd \"${0%/*}\" || exit 1\n"
         "readRequest() { read -r word version dialog size; head -c \"$size\" >details; }\n" +
             body + "\n");
-  std::filesystem::permissions(File(kDialogProgram), std::filesystem::perms::owner_all);
+  std::filesystem::permissions(File(program), std::filesystem::perms::owner_all);
 }
 
 std::string ContentOf(const std::filesystem::path& file) {

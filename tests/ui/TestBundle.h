@@ -22,8 +22,12 @@ class TestBundle {
   // A dialog program in bash that runs in the bundle's folder. "readRequest" takes the request apart: the
   // words of the header are in $word, $version, $dialog and $size, the dictionary in the file "details".
   void ScriptDialogProgram(const std::string& body) const;
+  // The same in the place of the one with a window.
+  void ScriptWindowProgram(const std::string& body) const;
 
  private:
+  void Script(const char* program, const std::string& body) const;
+
   testsupport::TemporaryFolder folder_;
 };
 

@@ -5,8 +5,9 @@
 #include <string_view>
 #include <utility>
 
-DialogConversation::DialogConversation(HelperProcess program, std::string request, int terminationDescriptor)
-    : conversation_(std::move(program), terminationDescriptor), request_(std::move(request)) {
+DialogConversation::DialogConversation(HelperProcess program, std::string request, int termination,
+                                       int withdrawal)
+    : conversation_(std::move(program), termination, withdrawal), request_(std::move(request)) {
   reply_.reserve(DialogWire::kMaximumReply);
 }
 

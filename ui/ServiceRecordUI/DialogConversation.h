@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DialogWire.h"
+#include "libs/DialogWire/DialogWire.h"
 #include "libs/HelperProgram/HelperConversation.h"
 
 #include <optional>
@@ -9,14 +9,14 @@
 // One dialog: the request goes out, the reply comes in. Belongs to the thread that runs it.
 class DialogConversation {
  public:
-  // `terminationDescriptor` is only polled.
-  DialogConversation(HelperProcess program, std::string request, int terminationDescriptor);
+  // The descriptors are only polled.
+  DialogConversation(HelperProcess program, std::string request, int termination, int withdrawal);
 
   // Blocks until the program has replied. Nothing when it ended, closed its output or said anything but one
-  // of the replies, and when termination was requested first.
+  // of the replies, and when termination was requested or the question withdrawn first.
   [[nodiscard]] std::optional<DialogWire::Reply> AwaitReply();
 
-  // Blocks until the program has ended or termination was requested; what it says does not matter.
+  // Blocks until the program has ended or is no longer wanted; what it says does not matter.
   void AwaitEnd();
 
  private:

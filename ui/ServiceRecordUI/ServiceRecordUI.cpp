@@ -1,14 +1,13 @@
 #include "DialogConversation.h"
-#include "DialogWire.h"
+#include "DialogProgram.h"
 #include "ErrorBoxes.h"
-#include "libs/HelperProgram/HelperProcess.h"
+#include "libs/DialogWire/DialogWire.h"
 #include "libs/SRUIProtocol/SRUIProtocol.h"
 
-#include <dlfcn.h>
 #include <poll.h>
 
 #include <atomic>
-#include <filesystem>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,43 +16,60 @@
 
 namespace {
 
-constexpr const char* kDialogProgram = "servicerecord-dialog";
+using DialogWire::Reply;
+
 constexpr std::string_view kTooMany = "Too many error messages are open for this one";
 constexpr std::string_view kNotShown = "This error message could not be shown";
+constexpr std::uint32_t kFirstWithContext = 2;
+constexpr int kNone = -1;
 
-std::atomic<int> g_terminationDescriptor{-1};
+// What the host offers for the dialogs of the thread that asks.
+struct Context {
+  int terminal = kNone;
+  int withdrawal = kNone;
+};
+
+std::atomic<int> g_terminationDescriptor{kNone};
+thread_local Context t_context;
+
+bool IsReadable(int descriptor) {
+  pollfd state{descriptor, POLLIN, 0};
+  return ::poll(&state, 1, 0) > 0;
+}
 
 bool IsTerminating() {
-  pollfd termination{g_terminationDescriptor.load(), POLLIN, 0};
-  return ::poll(&termination, 1, 0) > 0;
+  return IsReadable(g_terminationDescriptor.load());
 }
 
-// The dialog program lies beside the module.
-std::optional<std::filesystem::path> DialogProgramPath() {
-  Dl_info module{};
-  if (::dladdr(reinterpret_cast<const void*>(&ServiceRecordUIPrincipalClass), &module) == 0)
-    return std::nullopt;
-  return std::filesystem::path(module.dli_fname).parent_path() / kDialogProgram;
+bool IsWanted() {
+  return !IsTerminating() && !IsReadable(t_context.withdrawal);
 }
 
-std::optional<DialogConversation> Begin(std::string_view dialog, const char* details) {
-  const std::optional<std::filesystem::path> path = DialogProgramPath();
-  if (!path || details == nullptr) return std::nullopt;
-  std::optional<HelperProcess> program = HelperProcess::Start(*path);
-  if (!program) return std::nullopt;
-  return std::optional<DialogConversation>(std::in_place, std::move(*program),
-                                           DialogWire::RequestFor(dialog, details),
-                                           g_terminationDescriptor.load());
+std::optional<DialogConversation> Begin(const DialogProgram& program, std::string_view dialog,
+                                        const char* details, int withdrawal) {
+  return program.Begin(DialogWire::RequestFor(dialog, details), g_terminationDescriptor.load(), withdrawal);
+}
+
+// A question that nobody wants answered any more counts as declined.
+int ResultOf(std::optional<Reply> reply) {
+  if (reply == Reply::Accepted) return 1;
+  return reply == Reply::Declined || !IsWanted() ? 0 : SRUI_COULD_NOT_ASK;
 }
 
 // Nothing may be thrown across the C boundary; whatever goes wrong is no consent.
 int Ask(std::string_view dialog, const char* details) noexcept {
+  if (details == nullptr) return SRUI_COULD_NOT_ASK;
   try {
-    std::optional<DialogConversation> conversation = Begin(dialog, details);
-    return conversation && conversation->AwaitReply() == DialogWire::Reply::Accepted ? 1 : 0;
+    for (const DialogProgram& program : DialogProgram::For(t_context.terminal)) {
+      std::optional<DialogConversation> conversation = Begin(program, dialog, details, t_context.withdrawal);
+      if (!conversation) continue;
+      const std::optional<Reply> reply = conversation->AwaitReply();
+      if (reply != Reply::NoDisplay) return ResultOf(reply);
+    }
   } catch (...) {
-    return 0;
+    return SRUI_COULD_NOT_ASK;
   }
+  return SRUI_COULD_NOT_ASK;
 }
 
 int AddStore(const char* details) {
@@ -73,7 +89,7 @@ struct ErrorBox {
 // Until the program is gone, or termination closes the box.
 void Keep(ErrorBox& box) noexcept {
   try {
-    if (box.conversation.AwaitReply() == DialogWire::Reply::NoDisplay) {
+    if (box.conversation.AwaitReply() == Reply::NoDisplay) {
       ErrorBoxes::LogMessage(kNotShown, box.details.c_str());
     }
     box.conversation.AwaitEnd();
@@ -89,7 +105,8 @@ void ErrorMessage(const char* details) {
   try {
     ErrorBoxes::Place place = ErrorBoxes::TakePlace();
     if (place == nullptr) return ErrorBoxes::LogMessage(kTooMany, details);
-    std::optional<DialogConversation> conversation = Begin(DialogWire::kErrorMessage, details);
+    std::optional<DialogConversation> conversation =
+        Begin(DialogProgram::For(t_context.terminal).back(), DialogWire::kErrorMessage, details, kNone);
     if (!conversation) return ErrorBoxes::LogMessage(kNotShown, details);
     std::thread([box = ErrorBox{std::move(place), std::move(*conversation), details}]() mutable {
       Keep(box);
@@ -109,7 +126,10 @@ constexpr SRUIProtocol kEntryPoints{SRUI_PROTOCOL_VERSION, AddStore, ReplaceStor
 }  // namespace
 
 const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host) {
-  if (host == nullptr || host->version < SRUI_PROTOCOL_VERSION) return nullptr;
+  if (host == nullptr || host->version == 0) return nullptr;
   g_terminationDescriptor = host->terminationDescriptor;
+  t_context = host->version < kFirstWithContext
+                  ? Context()
+                  : Context{host->terminalDescriptor, host->withdrawalDescriptor};
   return &kEntryPoints;
 }

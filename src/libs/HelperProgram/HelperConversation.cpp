@@ -25,7 +25,8 @@ bool HelperConversation::Continue(std::string_view request, std::optional<Clock:
 }
 
 bool HelperConversation::Wait(bool hasUnsent, std::optional<Clock::time_point> deadline) {
-  std::array<pollfd, 4> events{{{interruption_, POLLIN, 0},
+  std::array<pollfd, 5> events{{{interruptions_[0], POLLIN, 0},
+                                {interruptions_[1], POLLIN, 0},
                                 {program_.Ended(), POLLIN, 0},
                                 {outputOpen_ ? program_.Output() : -1, POLLIN, 0},
                                 {hasUnsent ? program_.Input() : -1, POLLOUT, 0}}};
@@ -33,8 +34,8 @@ bool HelperConversation::Wait(bool hasUnsent, std::optional<Clock::time_point> d
   do {
     ready = ::poll(events.data(), events.size(), MillisecondsUntil(deadline));
   } while (ready < 0 && errno == EINTR);
-  ended_ = events[1].revents != 0;
-  return ready > 0 && events[0].revents == 0;
+  ended_ = events[2].revents != 0;
+  return ready > 0 && events[0].revents == 0 && events[1].revents == 0;
 }
 
 std::size_t HelperConversation::ReadSome(std::span<char> buffer) {

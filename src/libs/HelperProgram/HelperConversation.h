@@ -2,6 +2,7 @@
 
 #include "libs/HelperProgram/HelperProcess.h"
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <optional>
@@ -14,12 +15,12 @@ class HelperConversation {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // `interruption` is only polled.
-  HelperConversation(HelperProcess program, int interruption)
-      : program_(std::move(program)), interruption_(interruption) {}
+  // The interruptions are only polled; -1: none.
+  HelperConversation(HelperProcess program, int interruption, int furtherInterruption = -1)
+      : program_(std::move(program)), interruptions_{interruption, furtherInterruption} {}
 
   // Waits until the program takes more of the request, has written something or has ended, and sends what it
-  // takes. The request is the same at each call. False on interruption and when the time is over.
+  // takes. The request begins the same at each call. False on interruption and when the time is over.
   [[nodiscard]] bool Continue(std::string_view request,
                               std::optional<Clock::time_point> deadline = std::nullopt);
   // How many bytes of its output are there now, read into `buffer`.
@@ -33,7 +34,7 @@ class HelperConversation {
   [[nodiscard]] bool Wait(bool hasUnsent, std::optional<Clock::time_point> deadline);
 
   HelperProcess program_;
-  int interruption_;
+  std::array<int, 2> interruptions_;
   std::size_t sent_ = 0;
   bool outputOpen_ = true;
   bool ended_ = false;

@@ -40,6 +40,12 @@ FileDescriptor PastStandard(int descriptor) {
   return FileDescriptor(::fcntl(low.Get(), F_DUPFD_CLOEXEC, kFirstDescriptorPastStandard));
 }
 
+// Past all places, so that none is overwritten before it is put into its own.
+FileDescriptor CopyOfGiven(int descriptor) {
+  return FileDescriptor(
+      descriptor < 0 ? -1 : ::fcntl(descriptor, F_DUPFD_CLOEXEC, HelperProcess::kGivenDescriptor + 1));
+}
+
 bool MakeNonBlocking(const FileDescriptor& descriptor) {
   const int flags = ::fcntl(descriptor.Get(), F_GETFL);
   return flags >= 0 && ::fcntl(descriptor.Get(), F_SETFL, flags | O_NONBLOCK) == 0;
@@ -58,10 +64,21 @@ Channel MakeOutput() {
   return {PastStandard(ends[0]), PastStandard(ends[1])};
 }
 
-bool FillFileActions(posix_spawn_file_actions_t* actions, int input, int output) {
-  return ::posix_spawn_file_actions_adddup2(actions, input, STDIN_FILENO) == 0 &&
-         ::posix_spawn_file_actions_adddup2(actions, output, STDOUT_FILENO) == 0 &&
-         ::posix_spawn_file_actions_addclosefrom_np(actions, kFirstDescriptorPastStandard) == 0;
+struct Descriptors {
+  int input;
+  int output;
+  int given;
+};
+
+// The given one last: its place may be that of one of the others until then.
+bool FillFileActions(posix_spawn_file_actions_t* actions, const Descriptors& descriptors) {
+  const bool isGiven = descriptors.given >= 0;
+  return ::posix_spawn_file_actions_adddup2(actions, descriptors.input, STDIN_FILENO) == 0 &&
+         ::posix_spawn_file_actions_adddup2(actions, descriptors.output, STDOUT_FILENO) == 0 &&
+         (!isGiven || ::posix_spawn_file_actions_adddup2(actions, descriptors.given,
+                                                         HelperProcess::kGivenDescriptor) == 0) &&
+         ::posix_spawn_file_actions_addclosefrom_np(
+             actions, isGiven ? HelperProcess::kGivenDescriptor + 1 : kFirstDescriptorPastStandard) == 0;
 }
 
 bool FillAttributes(posix_spawnattr_t* attributes) {
@@ -82,14 +99,14 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-std::optional<pid_t> Spawn(std::vector<std::string> command, int input, int output) {
+std::optional<pid_t> Spawn(std::vector<std::string> command, const Descriptors& descriptors) {
   posix_spawn_file_actions_t actionsStorage;
   posix_spawnattr_t attributesStorage;
   if (::posix_spawn_file_actions_init(&actionsStorage) != 0) return std::nullopt;
   const FileActionsPtr actions(&actionsStorage);
   if (::posix_spawnattr_init(&attributesStorage) != 0) return std::nullopt;
   const SpawnAttributesPtr attributes(&attributesStorage);
-  if (!FillFileActions(actions.get(), input, output) || !FillAttributes(attributes.get())) {
+  if (!FillFileActions(actions.get(), descriptors) || !FillAttributes(attributes.get())) {
     return std::nullopt;
   }
 
@@ -130,13 +147,15 @@ bool WouldBlock(int error) {
 }  // namespace
 
 std::optional<HelperProcess> HelperProcess::Start(const std::filesystem::path& program,
-                                                  std::vector<std::string> arguments) {
+                                                  std::vector<std::string> arguments, int given) {
   Channel input = MakeInput();
   Channel output = MakeOutput();
   if (!input || !output || !MakeNonBlocking(input.ours) || !MakeNonBlocking(output.ours)) return std::nullopt;
 
+  const FileDescriptor copy = CopyOfGiven(given);
   arguments.insert(arguments.begin(), program.string());
-  const std::optional<pid_t> id = Spawn(std::move(arguments), input.theirs.Get(), output.theirs.Get());
+  const std::optional<pid_t> id =
+      Spawn(std::move(arguments), {input.theirs.Get(), output.theirs.Get(), copy.Get()});
   if (!id) return std::nullopt;
   FileDescriptor process(::pidfd_open(*id, 0));
   if (!process) {

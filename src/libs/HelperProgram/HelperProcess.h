@@ -13,14 +13,18 @@
 #include <vector>
 
 // A running program that serves one conversation, and the two ends of its standard input and output. It
-// inherits no other descriptor than standard error and no blocked signal. Ends with the object. One thread at
-// a time.
+// inherits no blocked signal, and no other descriptor than standard error and the one it is given. Ends with
+// the object. One thread at a time.
 class HelperProcess {
  public:
-  // Its arguments are its name and `arguments`, which everybody on the machine can read. Nothing when the
-  // program cannot be started.
+  // The number under which the program finds the descriptor that it is given.
+  static constexpr int kGivenDescriptor = 3;
+
+  // Its arguments are its name and `arguments`, which everybody on the machine can read. `given` is shared
+  // with the program; -1: none. Nothing when the program cannot be started.
   [[nodiscard]] static std::optional<HelperProcess> Start(const std::filesystem::path& program,
-                                                          std::vector<std::string> arguments = {});
+                                                          std::vector<std::string> arguments = {},
+                                                          int given = -1);
 
   HelperProcess(HelperProcess&&) noexcept;
   HelperProcess& operator=(HelperProcess&&) = delete;

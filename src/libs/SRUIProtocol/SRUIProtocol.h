@@ -25,7 +25,7 @@
 extern "C" {
 #endif
 
-#define SRUI_PROTOCOL_VERSION 1u
+#define SRUI_PROTOCOL_VERSION 2u
 #define SRUI_EXPORT __attribute__((visibility("default")))
 
 /* What the agent offers the module. A later version only appends members. */
@@ -37,25 +37,57 @@ typedef struct SRUIHost {
    * to be polled: never read, written or closed by the module. Open until the process ends.
    */
   int terminationDescriptor;
+
+  /*
+   * Since version 2. Both count for the dialogs that the calling thread asks until it calls
+   * ServiceRecordUIPrincipalClass again, and stay open until then.
+   *
+   * The terminal on which they are to be asked, open for reading and writing; -1: the module chooses where.
+   */
+  int terminalDescriptor;
+  /*
+   * Like terminationDescriptor, but for these questions only: becomes readable when nobody wants their answer
+   * any more. -1: never.
+   */
+  int withdrawalDescriptor;
 } SRUIHost;
 
-/* The entry points, none of them NULL. A later version only appends members. */
+/* What addStore and replaceStore return when nobody could be asked; since version 2. */
+#define SRUI_COULD_NOT_ASK (-1)
+
+/*
+ * The entry points, none of them NULL. A later version only appends members.
+ *
+ * Each dictionary holds the keys named at the entry point. Since version 2 there may be further ones, which a
+ * module may pass over: OpeningID (integer, the same for all dialogs of one opened document) and DocumentPath
+ * (string) for every dialog, and what stands at each entry point under "may hold". Strings unless said.
+ */
 typedef struct SRUIProtocol {
   /* SRUI_PROTOCOL_VERSION of the module. */
   uint32_t version;
 
   /*
-   * Asks whether a new store is trusted. Keys: StoreName, StoreProvider, CertificateName, StoreURL (strings);
-   * StoreGateways (array, missing when empty) of dictionaries with GatewayName, GatewayURL (strings) and
-   * IsDefault (boolean). Returns 1 when the user accepts; 0 when the user declines, or cannot be asked, or
-   * the agent is about to end. Anything but 1 counts as 0.
+   * Asks whether a new store is trusted. Keys: StoreName, StoreProvider (who operates the server that was
+   * verified), CertificateName (who issued its certificate), StoreURL; StoreGateways (array, missing when
+   * empty) of dictionaries with GatewayName, GatewayURL and IsDefault (boolean). May hold StoreHost (as
+   * people write it), StoreHostASCII (only where it differs), VerifiedHost and VerifiedServer ("gateway" or
+   * "store"). Returns 1 when the user accepts; 0 when the user declines, the question is withdrawn or the
+   * agent is about to end; SRUI_COULD_NOT_ASK. Anything but 1 is no consent.
    */
   int (*addStore)(const char* details);
 
-  /* Asks whether a known store is replaced. Key: StoreName (string). Result as for addStore. */
+  /*
+   * Asks whether a known store is replaced. Key: StoreName. May hold HeldStore and NewStore, dictionaries
+   * with StoreName, StoreURL, StoreHost, StoreHostASCII and StoreGateways as for addStore, and
+   * InternalBeacons and ExternalBeacons (arrays of strings). Result as for addStore.
+   */
   int (*replaceStore)(const char* details);
 
-  /* Shows a message and returns without waiting for the user. Keys: ErrorTitle, ErrorMessage (strings). */
+  /*
+   * Shows a message and returns without waiting for the user. Keys: ErrorTitle, ErrorMessage. May hold Server
+   * (host[:port] that it is about), ErrorReason (a sentence that says why) and ErrorDetails (for those who
+   * are to help).
+   */
   void (*errorMessage)(const char* details);
 
   /*
@@ -67,8 +99,9 @@ typedef struct SRUIProtocol {
 } SRUIProtocol;
 
 /*
- * The module's entry points, or NULL when it cannot work with this host. Called before every dialog; `host`
- * is good only during the call, the returned table until the process ends.
+ * The module's entry points, or NULL when it cannot work with this host. Called before every dialog, by the
+ * thread that asks it; `host` is good only during the call, the returned table until the process ends. Host
+ * and module may be of different versions: each uses what both have.
  */
 SRUI_EXPORT const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host);
 

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 
 namespace {
 
@@ -41,6 +42,11 @@ bool Interrupted(int error) {
   return error == EINTR || error == EAGAIN;
 }
 
+// An opening of its own, so that waiting for it is nobody else's matter.
+FileDescriptor OpenPath(const char* path) {
+  return FileDescriptor(::open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+}
+
 // A file of the user's own rather than the terminal: others may lock /dev/tty as well.
 FileDescriptor OpenTurnFile() {
   const char* folder = std::getenv("XDG_RUNTIME_DIR");
@@ -53,8 +59,17 @@ FileDescriptor OpenTurnFile() {
 
 std::optional<Terminal> Terminal::Open(int interruption) {
   const char* named = std::getenv("SERVICERECORDS_TERMINAL");
-  const char* path = named != nullptr && *named != '\0' ? named : "/dev/tty";
-  FileDescriptor terminal(::open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  return On(OpenPath(named != nullptr && *named != '\0' ? named : "/dev/tty"), interruption);
+}
+
+std::optional<Terminal> Terminal::OpenAgain(int descriptor, int interruption) {
+  FileDescriptor terminal = OpenPath(("/proc/self/fd/" + std::to_string(descriptor)).c_str());
+  // After a change of the user it may not be opened, only used.
+  if (!terminal) terminal = FileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+  return On(std::move(terminal), interruption);
+}
+
+std::optional<Terminal> Terminal::On(FileDescriptor terminal, int interruption) {
   if (!terminal || ::isatty(terminal.Get()) == 0) return std::nullopt;
   return Terminal(std::move(terminal), interruption);
 }

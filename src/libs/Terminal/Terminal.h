@@ -18,6 +18,9 @@ class Terminal {
   // opened or is no terminal. `interruption` is only polled: it is readable when no more is to be asked.
   [[nodiscard]] static std::optional<Terminal> Open(int interruption = -1);
 
+  // The terminal that the descriptor, which stays the caller's, is open on.
+  [[nodiscard]] static std::optional<Terminal> OpenAgain(int descriptor, int interruption = -1);
+
   // Waits until no other dialog of this user is on a terminal, so that no answer goes to another dialog's
   // question. From then on the terminal edits and echoes lines, whatever mode it was in; both the turn and
   // the mode last as long as the object lives.
@@ -47,6 +50,9 @@ class Terminal {
     void operator()(termios* mode) const;
   };
   using SavedMode = std::unique_ptr<termios, ModeRestorer>;
+
+  // Nothing when it is no terminal.
+  [[nodiscard]] static std::optional<Terminal> On(FileDescriptor terminal, int interruption);
 
   Terminal(FileDescriptor terminal, int interruption)
       : terminal_(std::move(terminal)), interruption_(interruption) {}

@@ -1,6 +1,6 @@
 #include "dialog/DialogRequest.h"
 
-#include "DialogWire.h"
+#include "libs/DialogWire/DialogWire.h"
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
-#include "DialogWire.h"
 #include "dialog/DialogRequest.h"
 #include "dialog/Questions.h"
+#include "libs/DialogWire/DialogWire.h"
 #include "libs/Terminal/Terminal.h"
 
 #include <unistd.h>
@@ -15,10 +15,11 @@ namespace {
 
 using DialogWire::Reply;
 
-Reply Converse() {
+// `given` is the descriptor of the terminal that the program was given.
+Reply Converse(std::optional<int> given) {
   const std::optional<DialogRequest> request = ReadRequest(STDIN_FILENO);
   if (!request) return Reply::UnknownRequest;
-  std::optional<Terminal> terminal = Terminal::Open();
+  std::optional<Terminal> terminal = given ? Terminal::OpenAgain(*given) : Terminal::Open();
   if (!terminal) return Reply::NoDisplay;
   if (!terminal->TakeTurn()) return Reply::Declined;
 
@@ -36,12 +37,13 @@ Reply Converse() {
 }  // namespace
 
 // Shows one dialog of the UI module on a terminal and replies on standard output.
-int main() {
+int main(int count, char** arguments) {
   // In the background a terminal stops its readers and writers; they shall fail instead.
   std::signal(SIGTTIN, SIG_IGN);
   std::signal(SIGTTOU, SIG_IGN);
   try {
-    const std::string reply = DialogWire::LineOf(Converse());
+    const std::string reply =
+        DialogWire::LineOf(Converse(count == 2 ? DialogWire::TerminalOf(arguments[1]) : std::nullopt));
     return ::write(STDOUT_FILENO, reply.data(), reply.size()) == static_cast<ssize_t>(reply.size()) ? 0 : 1;
   } catch (const std::exception&) {
     return 1;

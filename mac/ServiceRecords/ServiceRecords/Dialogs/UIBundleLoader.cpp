@@ -6,12 +6,17 @@
 
 #include <dlfcn.h>
 
+#include <cstdint>
 #include <optional>
 #include <utility>
 
 namespace {
 
 using ModulePtr = UniqueHandle<void, ::dlclose>;
+
+// Of the first version on every module has all the entry points.
+constexpr std::uint32_t kOldestModule = 1;
+constexpr int kNone = -1;
 
 using PrincipalClassFunction = decltype(&ServiceRecordUIPrincipalClass);
 
@@ -21,7 +26,7 @@ ModulePtr Load(const std::filesystem::path& module) {
 }
 
 bool Conforms(const SRUIProtocol& entryPoints) {
-  return entryPoints.version >= SRUI_PROTOCOL_VERSION && entryPoints.addStore != nullptr &&
+  return entryPoints.version >= kOldestModule && entryPoints.addStore != nullptr &&
          entryPoints.replaceStore != nullptr && entryPoints.errorMessage != nullptr &&
          entryPoints.SRStoreDetailsViewWithDetailsDictionary != nullptr;
 }
@@ -36,7 +41,8 @@ const SRUIProtocol* ConformingClass(const ModulePtr& module, const SRUIHost& hos
 }  // namespace
 
 UIBundleLoader::UIBundleLoader(std::filesystem::path plugInsFolder, int terminationDescriptor)
-    : plugInsFolder_(std::move(plugInsFolder)), host_{SRUI_PROTOCOL_VERSION, terminationDescriptor} {}
+    : plugInsFolder_(std::move(plugInsFolder)),
+      host_{SRUI_PROTOCOL_VERSION, terminationDescriptor, kNone, kNone} {}
 
 const SRUIProtocol* UIBundleLoader::PrincipalClass(const std::string& caller) const {
   if (plugInsFolder_.empty()) {

@@ -1,16 +1,18 @@
 #pragma once
 
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
-// What the module and the dialog program say to each other. The module writes one request to the program's
-// standard input: a header line "ServiceRecordUI <version> <dialog> <byte count>\n", then that many bytes of
-// an XML property list; the input stays open while the dialog may. The program writes one reply line to its
-// standard output.
+// What a dialog program and whoever starts it say to each other. One request goes to the program's standard
+// input: a header line "ServiceRecordUI <version> <dialog> <byte count>\n", then that many bytes of an XML
+// property list; the input stays open while the dialog may. The program writes one reply line to its standard
+// output. The one that asks on a terminal may be given it as a descriptor, whose number is its only argument.
 namespace DialogWire {
 
 inline constexpr std::string_view kHeaderWord = "ServiceRecordUI";
@@ -55,6 +57,22 @@ inline constexpr std::size_t kMaximumReply = 64;
   request += dialog;
   request += ' ' + std::to_string(details.size()) + '\n';
   return request += details;
+}
+
+inline constexpr std::string_view kTerminalOption = "--terminal=";
+
+[[nodiscard]] inline std::string TerminalArgument(int descriptor) {
+  return std::string(kTerminalOption) + std::to_string(descriptor);
+}
+
+// Nothing when the argument names no descriptor.
+[[nodiscard]] inline std::optional<int> TerminalOf(std::string_view argument) {
+  if (!argument.starts_with(kTerminalOption)) return std::nullopt;
+  const std::string_view number = argument.substr(kTerminalOption.size());
+  int descriptor = -1;
+  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), descriptor);
+  if (error != std::errc() || end != number.data() + number.size() || descriptor < 0) return std::nullopt;
+  return descriptor;
 }
 
 }  // namespace DialogWire

@@ -1,0 +1,52 @@
+#include "DialogProgram.h"
+
+#include "libs/DialogWire/DialogWire.h"
+#include "libs/HelperProgram/HelperProcess.h"
+#include "libs/SRUIProtocol/SRUIProtocol.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <utility>
+
+namespace {
+
+constexpr const char* kTerminalProgram = "servicerecord-dialog";
+constexpr const char* kWindowProgram = "servicerecord-dialog-window";
+
+bool IsSet(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+bool MayHaveDisplay() {
+  return IsSet("WAYLAND_DISPLAY") || IsSet("DISPLAY");
+}
+
+std::optional<std::filesystem::path> BesideModule(const char* name) {
+  Dl_info module{};
+  if (::dladdr(reinterpret_cast<const void*>(&ServiceRecordUIPrincipalClass), &module) == 0)
+    return std::nullopt;
+  return std::filesystem::path(module.dli_fname).parent_path() / name;
+}
+
+}  // namespace
+
+std::vector<DialogProgram> DialogProgram::For(int terminal) {
+  if (terminal >= 0) return {DialogProgram(kTerminalProgram, terminal)};
+  if (MayHaveDisplay()) return {DialogProgram(kWindowProgram), DialogProgram(kTerminalProgram)};
+  return {DialogProgram(kTerminalProgram)};
+}
+
+std::optional<DialogConversation> DialogProgram::Begin(std::string request, int termination,
+                                                       int withdrawal) const {
+  const std::optional<std::filesystem::path> path = BesideModule(name_);
+  if (!path) return std::nullopt;
+  std::vector<std::string> arguments;
+  if (terminal_ >= 0) arguments.push_back(DialogWire::TerminalArgument(HelperProcess::kGivenDescriptor));
+  std::optional<HelperProcess> program = HelperProcess::Start(*path, std::move(arguments), terminal_);
+  if (!program) return std::nullopt;
+  return std::optional<DialogConversation>(std::in_place, std::move(*program), std::move(request),
+                                           termination, withdrawal);
+}

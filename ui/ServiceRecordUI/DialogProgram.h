@@ -1,0 +1,25 @@
+#pragma once
+
+#include "DialogConversation.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// A program beside the module that can show a dialog.
+class DialogProgram {
+ public:
+  // Those that may show it, the best one first: the one on that terminal, when one is given; else the one
+  // with a window, when there may be a display, and then the one that looks for a terminal itself.
+  [[nodiscard]] static std::vector<DialogProgram> For(int terminal);
+
+  // Starts it for that request; the descriptors are only polled. Nothing when it cannot be started.
+  [[nodiscard]] std::optional<DialogConversation> Begin(std::string request, int termination,
+                                                        int withdrawal) const;
+
+ private:
+  explicit DialogProgram(const char* name, int terminal = -1) : name_(name), terminal_(terminal) {}
+
+  const char* name_;
+  int terminal_;
+};
