@@ -95,6 +95,12 @@ TEST_F(Tunnels, ATapThatNetworkManagerCallsAVPNIsOne) {
   ExpectLocation(Wayfinder::kVPN);
 }
 
+TEST_F(Tunnels, ALinkThatAVPNRunsOverIsNone) {
+  if (!Connect(true)) GTEST_SKIP() << "the machine makes no tap links";
+  const FakeNetworkManager manager({.link = "vpn0", .address = "10.9.0.1"});
+  ExpectLocation(Wayfinder::kLAN);
+}
+
 TEST_F(Tunnels, NetworkManagerIsAskedOnceForALink) {
   if (!Connect(true)) GTEST_SKIP() << "the machine makes no tap links";
   const FakeNetworkManager silent({.link = "vpn0", .address = "10.8.0.1"}, true);

@@ -270,8 +270,8 @@ bool LocationRound::IsTunnel(const NetworkLink& link) {
   if (sense != TunnelSense::AskNetworkManager) return sense == TunnelSense::Yes;
   const auto [verdict, isNew] = verdicts_.try_emplace(link.index);
   if (isNew) {
-    verdict->second = NetworkManagerCallsVPN(
-        link.name, network_ ? AddressesOf(*network_, link.name) : std::vector<std::string>());
+    verdict->second =
+        NetworkManagerCallsVPN(network_ ? AddressesOf(*network_, link.name) : std::vector<std::string>());
   }
   return verdict->second;
 }
