@@ -1,6 +1,7 @@
 #include "libs/Terminal/TerminalText.h"
 
 #include "libs/Address/SplitURL.h"
+#include "libs/Text/HiddenCharacters.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
@@ -19,30 +20,14 @@ struct Range {
   wchar_t last;
 };
 
-constexpr std::array kUnfit{
-    Range{0x00, 0x1F},       Range{0x7F, 0x9F},       Range{0xAD, 0xAD},      Range{0x034F, 0x034F},
-    Range{0x061C, 0x061C},   Range{0x115F, 0x1160},   Range{0x17B4, 0x17B5},  Range{0x180B, 0x180F},
-    Range{0x200B, 0x200F},   Range{0x2028, 0x202E},   Range{0x2060, 0x206F},  Range{0x3164, 0x3164},
-    Range{0xFE00, 0xFE0F},   Range{0xFEFF, 0xFEFF},   Range{0xFFA0, 0xFFA0},  Range{0xFFF9, 0xFFFB},
-    Range{0x1BCA0, 0x1BCA3}, Range{0x1D173, 0x1D17A}, Range{0xE0000, 0xE0FFF}};
-
 constexpr std::array kBlanks{Range{0x20, 0x20},     Range{0xA0, 0xA0},     Range{0x1680, 0x1680},
                              Range{0x2000, 0x200A}, Range{0x202F, 0x202F}, Range{0x205F, 0x205F},
                              Range{0x2800, 0x2800}, Range{0x3000, 0x3000}};
 
-template <std::size_t count>
-bool IsIn(const std::array<Range, count>& ranges, wchar_t character) {
-  return std::any_of(ranges.begin(), ranges.end(), [character](const Range& range) {
+bool IsBlank(wchar_t character) {
+  return std::any_of(kBlanks.begin(), kBlanks.end(), [character](const Range& range) {
     return character >= range.first && character <= range.last;
   });
-}
-
-bool IsUnfit(wchar_t character) {
-  return IsIn(kUnfit, character);
-}
-
-bool IsBlank(wchar_t character) {
-  return IsIn(kBlanks, character);
 }
 
 std::wstring Cut(std::wstring text, std::size_t maximumCharacters) {
@@ -85,7 +70,7 @@ bool IsAddress(std::string_view line) {
 
 std::string OneLine(std::string_view utf8, std::size_t maximumCharacters) {
   std::wstring text = Cut(util::widen(utf8), maximumCharacters);
-  std::replace_if(text.begin(), text.end(), IsUnfit, kReplacement);
+  std::replace_if(text.begin(), text.end(), util::IsHidden, kReplacement);
   return util::narrow(text);
 }
 

@@ -1,0 +1,4 @@
+#pragma once
+
+// The toolkit.
+#include <gtk/gtk.h>

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Shared/Gtk.h"
+#include "libs/Lifetime/UniqueHandle.h"
+
+// One reference on an object.
+template <class Object>
+using ObjectPtr = UniqueHandle<Object, g_object_unref>;
+
+using TextPtr = UniqueHandle<char, g_free>;
+using ErrorPtr = UniqueHandle<GError, g_error_free>;
+using VariantPtr = UniqueHandle<GVariant, g_variant_unref>;
+
+// One more reference on an object that somebody else holds.
+template <class Object>
+[[nodiscard]] ObjectPtr<Object> Shared(Object* object) {
+  g_object_ref(object);
+  return ObjectPtr<Object>(object);
+}

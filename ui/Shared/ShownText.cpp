@@ -1,0 +1,94 @@
+#include "Shared/ShownText.h"
+
+#include "libs/Address/SplitURL.h"
+#include "libs/Terminal/TerminalText.h"
+#include "libs/Text/HiddenCharacters.h"
+#include "libs/Text/TextHelpers.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace ShownText {
+namespace {
+
+constexpr wchar_t kEllipsis = L'\u2026';
+constexpr std::string_view kFirstStrongIsolate = "\u2068";
+constexpr std::string_view kPopDirectionalIsolate = "\u2069";
+
+std::string CodeOf(wchar_t character) {
+  std::array<char, 16> code{};
+  std::snprintf(code.data(), code.size(), "<U+%04X>", static_cast<unsigned>(character));
+  return code.data();
+}
+
+std::string WithHiddenShown(std::wstring_view text) {
+  std::string shown;
+  for (const wchar_t character : text) {
+    shown += util::IsHidden(character) ? CodeOf(character) : util::narrow({&character, 1});
+  }
+  return shown;
+}
+
+const Place* PlaceAt(std::string_view pattern, std::initializer_list<Place> places) {
+  const std::string_view name = pattern.substr(0, pattern.find('}'));
+  const Place* const found =
+      std::find_if(places.begin(), places.end(), [name](const Place& place) { return place.name == name; });
+  return found != places.end() ? found : nullptr;
+}
+
+}  // namespace
+
+std::string Whole(std::string_view foreign) {
+  return WithHiddenShown(util::widen(TerminalText::SingleBlanks(foreign)));
+}
+
+std::string Name(std::string_view foreign) {
+  std::wstring text = util::widen(TerminalText::SingleBlanks(foreign));
+  const bool isLong = text.size() > kLongestName;
+  if (isLong) text.resize(kLongestName);
+  std::string shown = WithHiddenShown(text);
+  if (isLong) shown += util::narrow({&kEllipsis, 1});
+  return shown;
+}
+
+std::string Lines(std::string_view foreign) {
+  std::string lines;
+  while (true) {
+    const std::size_t end = std::min(foreign.find('\n'), foreign.size());
+    lines += Whole(foreign.substr(0, end));
+    if (end == foreign.size()) return lines;
+    lines += '\n';
+    foreign.remove_prefix(end + 1);
+  }
+}
+
+std::string Isolated(std::string_view shown) {
+  std::string isolated(kFirstStrongIsolate);
+  isolated += shown;
+  return isolated += kPopDirectionalIsolate;
+}
+
+std::string Sentence(std::string_view pattern, std::initializer_list<Place> places) {
+  std::string sentence;
+  while (!pattern.empty()) {
+    const std::size_t begin = std::min(pattern.find('{'), pattern.size());
+    sentence += pattern.substr(0, begin);
+    pattern.remove_prefix(begin);
+    if (pattern.empty()) break;
+    if (const Place* const place = PlaceAt(pattern.substr(1), places)) {
+      sentence += Isolated(place->shown);
+      pattern.remove_prefix(place->name.size() + 2);
+    } else {
+      sentence += pattern.front();
+      pattern.remove_prefix(1);
+    }
+  }
+  return sentence;
+}
+
+std::string HostOf(std::string_view url) {
+  return url.empty() ? std::string() : Whole(Address::SplitURL(url).server);
+}
+
+}  // namespace ShownText

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Shared/Gtk.h"
+
+#include <string>
+
+// Pieces of our windows. Texts are shown as they are: what somebody else wrote comes here by ShownText.
+namespace Widgets {
+
+// The one name, and the description, by which assistive technologies know the widget.
+void SetAccessibleName(GtkWidget* widget, const std::string& name);
+void SetAccessibleDescription(GtkWidget* widget, const std::string& description);
+
+// A label that wraps anywhere, without hyphens of its own: of a host its end is always there.
+[[nodiscard]] GtkWidget* MakeWrappingLabel(const std::string& text);
+// Makes such a label of one that stands in an interface.
+void Wrap(GtkLabel* label);
+
+// A row for a boxed list: what the value is, and below it the value.
+[[nodiscard]] GtkWidget* MakePropertyRow(const std::string& caption, const std::string& value);
+
+}  // namespace Widgets
