@@ -30,6 +30,10 @@ void SetAccessibleName(GtkWidget* widget, const std::string& name) {
   SetAccessibleText(widget, GTK_ACCESSIBLE_PROPERTY_LABEL, name);
 }
 
+void NameByLabel(GtkWidget* button) {
+  SetAccessibleName(button, gtk_label_get_text(GTK_LABEL(gtk_button_get_child(GTK_BUTTON(button)))));
+}
+
 void SetAccessibleDescription(GtkWidget* widget, const std::string& description) {
   SetAccessibleText(widget, GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, description);
 }

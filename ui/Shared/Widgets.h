@@ -9,6 +9,8 @@ namespace Widgets {
 
 // The one name, and the description, by which assistive technologies know the widget.
 void SetAccessibleName(GtkWidget* widget, const std::string& name);
+// The name of a button whose child is a label: the label's text, without its mnemonic's mark.
+void NameByLabel(GtkWidget* button);
 void SetAccessibleDescription(GtkWidget* widget, const std::string& description);
 
 // A label that wraps anywhere, without hyphens of its own: of a host its end is always there.

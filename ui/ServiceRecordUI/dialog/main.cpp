@@ -1,7 +1,7 @@
-#include "dialog/DialogRequest.h"
 #include "dialog/Questions.h"
 #include "libs/DialogWire/DialogWire.h"
 #include "libs/Terminal/Terminal.h"
+#include "request/DialogRequest.h"
 
 #include <unistd.h>
 

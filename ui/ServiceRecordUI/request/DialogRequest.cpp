@@ -1,4 +1,4 @@
-#include "dialog/DialogRequest.h"
+#include "request/DialogRequest.h"
 
 #include "libs/DialogWire/DialogWire.h"
 

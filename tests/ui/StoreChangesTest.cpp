@@ -1,0 +1,129 @@
+#include "ui/FactPrinting.h"
+#include "view/StoreChanges.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+namespace {
+
+using PropertyList::Array;
+using PropertyList::Dictionary;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+Dictionary Gateway(const char* name, const char* url, bool isDefault = false) {
+  return {{"GatewayName", name}, {"GatewayURL", url}, {"IsDefault", isDefault}};
+}
+
+Dictionary Store() {
+  return {{"StoreName", "Sales"},
+          {"StoreURL", "https://store.example"},
+          {"StoreHost", "store.example"},
+          {"StoreGateways", Array{Gateway("Main", "https://main", true), Gateway("Other", "https://other")}},
+          {"InternalBeacons", Array{"http://inside"}},
+          {"ExternalBeacons", Array{"https://one", "https://two"}}};
+}
+
+std::string HeldAndNew(const std::string& held, const std::string& replacement) {
+  return "Held: \u2068" + held + "\u2069\nNew: \u2068" + replacement + "\u2069";
+}
+
+StoreChanges Between(const Dictionary& held, const Dictionary& replacement) {
+  return StoreChanges::Of({{"StoreName", "Sales"}, {"HeldStore", held}, {"NewStore", replacement}});
+}
+
+// The changes when the new record has another value under the key.
+std::vector<Fact> ChangesWith(const char* key, PropertyList::Value value) {
+  Dictionary replacement = Store();
+  replacement.Set(key, std::move(value));
+  return Between(Store(), replacement).changes;
+}
+
+TEST(StoreChangesTest, TwoRecordsThatHoldTheSameDifferInNothing) {
+  const StoreChanges same = Between(Store(), Store());
+  EXPECT_TRUE(same.isKnown);
+  EXPECT_THAT(same.changes, IsEmpty());
+}
+
+TEST(StoreChangesTest, TellWhichStoreIsHeld) {
+  Dictionary held = Store();
+  held.Set("StoreName", "Held");
+  const StoreChanges changes = Between(held, Store());
+
+  EXPECT_EQ(changes.name, "Held");
+  EXPECT_THAT(changes.held, ElementsAre(Fact{"Name", "Held"}, Fact{"Address", "https://store.example"}));
+}
+
+TEST(StoreChangesTest, AnotherNameAndAnotherAddress) {
+  EXPECT_THAT(ChangesWith("StoreName", "Shop"), ElementsAre(Fact{"Name", HeldAndNew("Sales", "Shop")}));
+  EXPECT_THAT(
+      ChangesWith("StoreURL", "https://store.example/other"),
+      ElementsAre(Fact{"Address", HeldAndNew("https://store.example", "https://store.example/other")}));
+}
+
+TEST(StoreChangesTest, FormsOfAHostThatItsAddressDoesNotShowStandBelowIt) {
+  const Dictionary store{{"StoreName", "S"},
+                         {"StoreURL", "https://xn--mnchen-3ya.example"},
+                         {"StoreHost", "münchen.example"},
+                         {"StoreHostASCII", "xn--mnchen-3ya.example"}};
+  EXPECT_EQ(Between(store, store).held[1].value, "https://xn--mnchen-3ya.example\nmünchen.example");
+}
+
+TEST(StoreChangesTest, GatewaysThatCameWentAndMoved) {
+  EXPECT_THAT(
+      ChangesWith("StoreGateways",
+                  Array{Gateway("Main", "https://moved", true), Gateway("Third", "https://third")}),
+      ElementsAre(
+          Fact{"Gateway with another address", "Main\n" + HeldAndNew("https://main", "https://moved")},
+          Fact{"Gateway added", "Third\nhttps://third"}, Fact{"Gateway removed", "Other\nhttps://other"}));
+}
+
+TEST(StoreChangesTest, AnotherDefaultGateway) {
+  EXPECT_THAT(ChangesWith("StoreGateways",
+                          Array{Gateway("Main", "https://main"), Gateway("Other", "https://other", true)}),
+              ElementsAre(Fact{"Default gateway", HeldAndNew("Main", "Other")}));
+  EXPECT_THAT(
+      ChangesWith("StoreGateways", Array{Gateway("Main", "https://main"), Gateway("Other", "https://other")}),
+      ElementsAre(Fact{"Default gateway", HeldAndNew("Main", "None")}));
+}
+
+TEST(StoreChangesTest, BeaconsThatCameAndWent) {
+  EXPECT_THAT(ChangesWith("InternalBeacons", Array{"http://inside", "http://more"}),
+              ElementsAre(Fact{"Internal beacon added", "http://more"}));
+  EXPECT_THAT(ChangesWith("ExternalBeacons", Array{"https://two", "https://three"}),
+              ElementsAre(Fact{"External beacon added", "https://three"},
+                          Fact{"External beacon removed", "https://one"}));
+}
+
+TEST(StoreChangesTest, TheOrderOfGatewaysAndBeaconsIsNoChange) {
+  EXPECT_THAT(ChangesWith("ExternalBeacons", Array{"https://two", "https://one"}), IsEmpty());
+  EXPECT_THAT(ChangesWith("StoreGateways",
+                          Array{Gateway("Other", "https://other"), Gateway("Main", "https://main", true)}),
+              IsEmpty());
+}
+
+TEST(StoreChangesTest, OfAnOlderAgentOnlyTheNameIsKnown) {
+  const StoreChanges changes = StoreChanges::Of({{"StoreName", "Sal\u202Ees"}});
+
+  EXPECT_EQ(changes.name, "Sal<U+202E>es");
+  EXPECT_FALSE(changes.isKnown);
+  EXPECT_THAT(changes.held, IsEmpty());
+  EXPECT_THAT(changes.changes, IsEmpty());
+}
+
+TEST(StoreChangesTest, NothingThatSomebodyElseWroteIsHiddenOrReordered) {
+  const Dictionary evil{{"StoreName", "\u202E1"},
+                        {"StoreURL", "\u202E2"},
+                        {"StoreGateways", Array{Gateway("\u202E3", "\u202E4", true)}},
+                        {"InternalBeacons", Array{"\u202E5"}},
+                        {"ExternalBeacons", Array{"\u202E6"}}};
+  for (const StoreChanges& changes : {Between(evil, Store()), Between(Store(), evil)}) {
+    for (const Fact& fact : changes.changes) {
+      EXPECT_EQ(fact.value.find("\u202E"), std::string::npos) << fact.caption;
+    }
+    EXPECT_GE(changes.changes.size(), 7U);
+  }
+}
+
+}  // namespace

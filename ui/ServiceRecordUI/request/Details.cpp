@@ -1,0 +1,52 @@
+#include "request/Details.h"
+
+namespace Details {
+
+using PropertyList::Array;
+using PropertyList::Dictionary;
+using PropertyList::Value;
+
+namespace {
+
+const Array& ItemsOf(const Dictionary& details, std::string_view key) {
+  static const Array none;
+  const Value* value = details.Find(key);
+  const Array* items = value != nullptr ? value->As<Array>() : nullptr;
+  return items != nullptr ? *items : none;
+}
+
+std::string TextOf(const Value* value) {
+  const std::string* text = value != nullptr ? value->As<std::string>() : nullptr;
+  return text != nullptr ? *text : std::string();
+}
+
+Gateway GatewayOf(const Value& item) {
+  const Dictionary* gateway = item.As<Dictionary>();
+  if (gateway == nullptr) return {};
+  return {Text(*gateway, "GatewayName"), Text(*gateway, "GatewayURL"), Mark(*gateway, "IsDefault")};
+}
+
+}  // namespace
+
+std::string Text(const Dictionary& details, std::string_view key) {
+  return TextOf(details.Find(key));
+}
+
+bool Mark(const Dictionary& details, std::string_view key) {
+  const Value* value = details.Find(key);
+  return value != nullptr && value->AsNumber().value_or(0) != 0;
+}
+
+std::vector<std::string> Texts(const Dictionary& details, std::string_view key) {
+  std::vector<std::string> texts;
+  for (const Value& item : ItemsOf(details, key)) texts.push_back(TextOf(&item));
+  return texts;
+}
+
+std::vector<Gateway> Gateways(const Dictionary& details) {
+  std::vector<Gateway> gateways;
+  for (const Value& item : ItemsOf(details, "StoreGateways")) gateways.push_back(GatewayOf(item));
+  return gateways;
+}
+
+}  // namespace Details

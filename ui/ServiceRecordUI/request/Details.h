@@ -1,0 +1,25 @@
+#pragma once
+
+#include "libs/PropertyList/PropertyList.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// What a dialog's dictionary holds, as its writer left it: a value that is missing or of another kind is
+// empty.
+namespace Details {
+
+[[nodiscard]] std::string Text(const PropertyList::Dictionary& details, std::string_view key);
+[[nodiscard]] bool Mark(const PropertyList::Dictionary& details, std::string_view key);
+[[nodiscard]] std::vector<std::string> Texts(const PropertyList::Dictionary& details, std::string_view key);
+
+struct Gateway {
+  std::string name;
+  std::string url;
+  bool isDefault = false;
+};
+// Of StoreGateways, in its order.
+[[nodiscard]] std::vector<Gateway> Gateways(const PropertyList::Dictionary& details);
+
+}  // namespace Details

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Shared/Gtk.h"
+#include "view/StoreFacts.h"
+
+// A widget that tells what is known of a store, without its name: its host large, which server was verified
+// and whose it is, and the gateways. Floating. Needs nothing but GTK.
+[[nodiscard]] GtkWidget* MakeStoreView(const StoreFacts& facts);
+
+// A heading and below it the facts as rows; the heading is the list's name.
+[[nodiscard]] GtkWidget* MakeFactGroup(const char* heading, const std::vector<Fact>& facts);

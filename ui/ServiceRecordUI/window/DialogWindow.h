@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Shared/Interface.h"
+
+#include <functional>
+
+// A dialog's window, designed in a `.ui` file with the object "window". Closing it, by Escape, by the desktop
+// or by Close, ends it. One thread.
+class DialogWindow {
+ public:
+  DialogWindow(const char* interface, std::function<void()> onClosed);
+  ~DialogWindow();
+  DialogWindow(const DialogWindow&) = delete;
+  DialogWindow& operator=(const DialogWindow&) = delete;
+
+  [[nodiscard]] const Interface& Parts() const { return parts_; }
+  template <class Object = GtkWidget>
+  [[nodiscard]] Object* Get(const char* id) const {
+    return parts_.Get<Object>(id);
+  }
+
+  // Shows it, with the ring around what has the focus.
+  void Present() const;
+  void Close() const;
+
+ private:
+  Interface parts_;
+  GtkWindow* window_;  // of the toolkit until it is destroyed
+};

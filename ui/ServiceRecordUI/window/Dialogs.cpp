@@ -1,0 +1,35 @@
+#include "window/Dialogs.h"
+
+#include "libs/DialogWire/DialogWire.h"
+#include "window/Conversation.h"
+#include "window/ReplaceWindow.h"
+#include "window/TrustWindow.h"
+
+namespace Dialogs {
+namespace {
+
+using DialogWire::Reply;
+
+template <class Window>
+void Ask(const DialogRequest& request, Conversation& conversation) {
+  const Window window(request.details, [&conversation](bool accepted) {
+    if (conversation.IsOver()) return;
+    conversation.Reply(accepted ? Reply::Accepted : Reply::Declined);
+    conversation.End();
+  });
+  // There is one question to a program.
+  conversation.Watch([&window](const DialogRequest& /*further*/) { window.Close(); },
+                     [&window] { window.Close(); });
+  window.Present();
+  conversation.Run();
+}
+
+}  // namespace
+
+void Show(const DialogRequest& request, Conversation& conversation) {
+  if (request.dialog == DialogWire::kAddStore) return Ask<TrustWindow>(request, conversation);
+  if (request.dialog == DialogWire::kReplaceStore) return Ask<ReplaceWindow>(request, conversation);
+  conversation.Reply(Reply::UnknownRequest);
+}
+
+}  // namespace Dialogs

@@ -1,0 +1,39 @@
+#include "window/ReplaceWindow.h"
+
+#include "Shared/ShownText.h"
+#include "Shared/Translations.h"
+#include "Shared/Widgets.h"
+#include "view/StoreChanges.h"
+#include "view/StoreView.h"
+
+#include <utility>
+
+namespace {
+
+std::string HeadingFor(const std::string& name) {
+  if (name.empty()) return Translated("Replace this store?");
+  return ShownText::Sentence(Translated("Replace “{store}”?"), {{"store", name}});
+}
+
+void AppendChanges(GtkBox* content, const StoreChanges& changes) {
+  if (!changes.held.empty()) {
+    gtk_box_append(content, MakeFactGroup(Translated("The store that you have"), changes.held));
+  }
+  if (!changes.changes.empty()) {
+    gtk_box_append(content, MakeFactGroup(Translated("What the new record changes"), changes.changes));
+  } else if (changes.isKnown) {
+    gtk_box_append(content, Widgets::MakeWrappingLabel(Translated(
+                                "The new record has the same name, address, gateways and beacons.")));
+  }
+}
+
+}  // namespace
+
+ReplaceWindow::ReplaceWindow(const PropertyList::Dictionary& details,
+                             std::function<void(bool accepted)> onAnswer)
+    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/replace.ui", std::move(onAnswer)) {
+  const StoreChanges changes = StoreChanges::Of(details);
+  gtk_label_set_text(Get<GtkLabel>("heading"), HeadingFor(changes.name).c_str());
+  AppendChanges(Get<GtkBox>("content"), changes);
+  AppendFile(Get<GtkBox>("content"), details);
+}

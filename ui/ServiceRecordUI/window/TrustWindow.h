@@ -1,0 +1,10 @@
+#pragma once
+
+#include "libs/PropertyList/PropertyList.h"
+#include "window/QuestionWindow.h"
+
+// Whether a new store is trusted.
+class TrustWindow : public QuestionWindow {
+ public:
+  TrustWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer);
+};

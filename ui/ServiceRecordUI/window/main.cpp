@@ -1,0 +1,40 @@
+#include "Shared/Adwaita.h"
+#include "Shared/Program.h"
+#include "libs/DialogWire/DialogWire.h"
+#include "request/DialogRequest.h"
+#include "window/Conversation.h"
+#include "window/Dialogs.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <optional>
+
+namespace {
+
+constexpr const char* kApplicationId = "com.morvane.ServiceRecords";
+
+void Converse(Conversation& conversation) {
+  const std::optional<DialogRequest> request = ReadRequest(STDIN_FILENO);
+  if (!request) return conversation.Reply(DialogWire::Reply::UnknownRequest);
+  Program::Prepare(kApplicationId, SR_CATALOGUES);
+  if (gtk_init_check() == FALSE) return conversation.Reply(DialogWire::Reply::NoDisplay);
+  adw_init();
+  Dialogs::Show(*request, conversation);
+}
+
+}  // namespace
+
+// Shows one dialog in a window and replies on standard output.
+int main() {
+  // Whoever asked may be gone; writing shall fail then.
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    Conversation conversation;
+    Converse(conversation);
+    return conversation.IsWritten() ? 0 : 1;
+  } catch (const std::exception&) {
+    return 1;
+  }
+}
