@@ -152,6 +152,17 @@ TEST_F(PortalOfOnePage, IsRememberedWhenAStoreComesLater) {
   ExpectNeverOnLAN(service);
 }
 
+TEST_F(PortalOfOnePage, IsForgottenWithTheStoreThatShowedItThoughAnotherOneAsksAgain) {
+  RecordedService service(EveryHostAt({"10.1.0.254"}));
+  service.StopTime();  // so that nothing is repeated
+  const testsupport::StoreAndBeacons store{kStore, {"http://intranet.example/"}, {}};
+  service.SetStores({store, {kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}}});
+  ASSERT_TRUE(service.WaitForLocation(kStore, Wayfinder::kNone))
+      << testing::PrintToString(service.Messages());
+  service.SetStores({store, {"https://third.example/Main", {"http://intranet.example/"}, {}}});
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN)) << testing::PrintToString(service.Messages());
+}
+
 TEST_F(PortalOfOnePage, IsSeenWhateverItSaysInTheExternalBeaconsName) {
   Serve(outside_, "10.1.0.254", 8080, testsupport::kUnavailable);
   std::optional<AddressServer> noise;

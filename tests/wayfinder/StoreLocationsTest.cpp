@@ -8,22 +8,29 @@ using testing::IsEmpty;
 using testing::Pair;
 using Wayfinding::LocationDecision;
 using Wayfinding::NetworkLocation;
+using Wayfinding::StoreBeacons;
 using Wayfinding::StoreLocations;
+using Wayfinding::StorePtr;
 
 namespace {
 
 class StoreLocationsTest : public testing::Test {
  protected:
-  StoreLocationsTest() {
-    EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+  StoreLocationsTest() { EXPECT_TRUE(Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}})); }
+
+  bool Replace(const std::vector<StoreBeacons>& stores) {
+    std::map<std::string, StoreBeacons> byKey;
+    for (const StoreBeacons& store : stores) byKey.emplace(Wayfinding::StoreKey(store.url), store);
+    return locations_.Replace(std::move(byKey));
   }
 
   NetworkLocation Find(const std::string& url) {
     return locations_.Find(url, now_).value().decision.location;
   }
+  // In the order of their keys.
+  StorePtr StoreAt(std::size_t place) { return locations_.Current()->at(place); }
   void Decide(std::size_t store, NetworkLocation location) {
-    const StoreLocations::Snapshot list = locations_.Current();
-    locations_.Decide(list.number, (*list.stores)[store].url, {location, "why"}, now_);
+    locations_.Decide(StoreAt(store), {location, "why"}, now_);
   }
 
   StoreLocations locations_;
@@ -40,7 +47,7 @@ TEST_F(StoreLocationsTest, AStoreIsUndecidedUntilItIsDecided) {
 TEST_F(StoreLocationsTest, TheReasonIsOfTheDecisionAndGoesWithIt) {
   const auto reason = [this] { return locations_.Find("two", now_)->decision.reason; };
   const auto decide = [this](const LocationDecision& decision) {
-    locations_.Decide(locations_.Current().number, "two", decision, now_);
+    locations_.Decide(locations_.Current()->back(), decision, now_);
   };
   EXPECT_EQ(reason(), "");
   decide({NetworkLocation::LAN, "LAN, first"});
@@ -50,7 +57,7 @@ TEST_F(StoreLocationsTest, TheReasonIsOfTheDecisionAndGoesWithIt) {
   locations_.ForgetDecisions();
   EXPECT_EQ(reason(), "");
   decide({NetworkLocation::LAN, "LAN, third"});
-  EXPECT_TRUE(locations_.Replace({{"two", {"c"}, {}}}));
+  EXPECT_TRUE(Replace({{"two", {"c"}, {}}}));
   EXPECT_EQ(reason(), "");
 }
 
@@ -70,18 +77,19 @@ TEST_F(StoreLocationsTest, AnAnswerIsOldAfterFiveMinutes) {
 
 TEST_F(StoreLocationsTest, TheSameListChangesNothing) {
   Decide(0, NetworkLocation::LAN);
-  const auto number = locations_.Current().number;
-  EXPECT_FALSE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+  const auto list = locations_.Current();
+  EXPECT_FALSE(Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
   EXPECT_EQ(Find("https://one/X"), NetworkLocation::LAN);
-  EXPECT_EQ(locations_.Current().number, number);
+  EXPECT_EQ(locations_.Current(), list);
+  EXPECT_FALSE(Replace({{"two", {"b"}, {}}, {"https://one/X", {"a"}, {}}})) << "the order does not count";
 }
 
 TEST_F(StoreLocationsTest, AStoreKeepsItsLocationWhenOthersComeGoAndChange) {
   Decide(1, NetworkLocation::LAN);
-  EXPECT_TRUE(locations_.Replace({{"https://one/X", {"c"}, {}}, {"new", {}, {}}, {"two", {"b"}, {}}}));
+  EXPECT_TRUE(Replace({{"https://one/X", {"c"}, {}}, {"new", {}, {}}, {"two", {"b"}, {}}}));
   EXPECT_EQ(Find("two"), NetworkLocation::LAN);
   EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
-  EXPECT_TRUE(locations_.Replace({{"two", {"b"}, {}}}));
+  EXPECT_TRUE(Replace({{"two", {"b"}, {}}}));
   EXPECT_EQ(Find("two"), NetworkLocation::LAN);
   EXPECT_FALSE(locations_.Find("https://one/X", now_));
   EXPECT_TRUE(locations_.Find("two", now_ + minutes(5))->isOld) << "it is as old as before";
@@ -90,35 +98,35 @@ TEST_F(StoreLocationsTest, AStoreKeepsItsLocationWhenOthersComeGoAndChange) {
 }
 
 TEST_F(StoreLocationsTest, AStoreThatChangesInAnyWayIsUndecidedAgain) {
-  for (const Wayfinding::StoreBeacons& changed : std::vector<Wayfinding::StoreBeacons>{
+  for (const StoreBeacons& changed : std::vector<StoreBeacons>{
            {"TWO", {"b"}, {}}, {"two", {"b", "b"}, {}}, {"two", {"c"}, {}}, {"two", {"b"}, {"x"}}}) {
     Decide(1, NetworkLocation::LAN);
     ASSERT_EQ(Find("two"), NetworkLocation::LAN);
-    EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, changed}));
+    EXPECT_TRUE(Replace({{"https://one/X", {"a"}, {}}, changed}));
     EXPECT_EQ(Find("two"), NetworkLocation::Deciding);
-    EXPECT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+    EXPECT_TRUE(Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
   }
 }
 
-TEST_F(StoreLocationsTest, AStoreThatCameBackIsNewer) {
-  const auto since = [this](std::size_t store) { return (*locations_.Current().stores)[store].since; };
-  const auto first = locations_.Current().number;
-  EXPECT_EQ(since(1), first);
-  ASSERT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}}));
-  ASSERT_TRUE(locations_.Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
-  EXPECT_EQ(since(0), first);
-  EXPECT_EQ(since(1), locations_.Current().number);
+TEST_F(StoreLocationsTest, AStoreThatCameBackIsAnother) {
+  const StorePtr one = StoreAt(0);
+  const StorePtr two = StoreAt(1);
+  ASSERT_TRUE(Replace({{"https://one/X", {"a"}, {}}}));
+  ASSERT_TRUE(Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
+  EXPECT_EQ(StoreAt(0), one);
+  EXPECT_NE(StoreAt(1), two);
 }
 
 TEST_F(StoreLocationsTest, ADecisionCountsForAStoreThatHasNotChangedSince) {
-  const auto number = locations_.Current().number;
-  ASSERT_TRUE(locations_.Replace({{"new", {}, {}}, {"two", {"b"}, {}}, {"https://one/X", {"c"}, {}}}));
-  locations_.Decide(number, "two", {NetworkLocation::LAN}, now_);
+  const StorePtr one = StoreAt(0);
+  const StorePtr two = StoreAt(1);
+  ASSERT_TRUE(Replace({{"new", {}, {}}, {"two", {"b"}, {}}, {"https://one/X", {"c"}, {}}}));
+  locations_.Decide(two, {NetworkLocation::LAN}, now_);
   EXPECT_EQ(Find("two"), NetworkLocation::LAN);
-  locations_.Decide(number, "https://one/X", {NetworkLocation::LAN}, now_);
+  locations_.Decide(one, {NetworkLocation::LAN}, now_);
   EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding) << "it has other beacons now";
-  ASSERT_TRUE(locations_.Replace({{"new", {}, {}}}));
-  locations_.Decide(number, "two", {NetworkLocation::LAN}, now_);
+  ASSERT_TRUE(Replace({{"new", {}, {}}}));
+  locations_.Decide(two, {NetworkLocation::LAN}, now_);
   EXPECT_FALSE(locations_.Find("two", now_)) << "it is no more";
 }
 

@@ -66,14 +66,14 @@ void LocationLoop::Run() {
 }
 
 void LocationLoop::TakeOrders() {
-  StoreLocations::Snapshot list = board_.locations.Current();
-  if (list.number != list_.number) TakeStores(std::move(list));
-  if (board_.refresh.exchange(false) && !list_.stores->empty()) schedule_.TakeOldAge(parts_.now());
+  StoreLocations::StoreList list = board_.locations.Current();
+  if (list != list_) TakeStores(std::move(list));
+  if (board_.refresh.exchange(false) && !list_->empty()) schedule_.TakeOldAge(parts_.now());
 }
 
-void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
-  const std::uint64_t numberBefore = std::exchange(list_, std::move(list)).number;
-  if (list_.stores->empty()) {
+void LocationLoop::TakeStores(StoreLocations::StoreList list) {
+  list_ = std::move(list);
+  if (list_->empty()) {
     DropRound();
     monitor_.reset();
     networkWasLost_ = false;
@@ -82,9 +82,8 @@ void LocationLoop::TakeStores(StoreLocations::Snapshot list) {
     return;
   }
   if (round_ == nullptr) return schedule_.TakeNewStores(parts_.now());
-  round_->TakeList(*list_.stores, numberBefore);
-  unanswered_ = round_->Unanswered();
-  if (schedule_.IsRunning() || round_->HasOpenStores()) schedule_.TakeFurtherStores(parts_.now());
+  round_->TakeList(*list_);
+  schedule_.TakeFurtherStores(parts_.now());
 }
 
 void LocationLoop::OpenMonitor() {
@@ -151,13 +150,12 @@ void LocationLoop::StartRound() {
 
 void LocationLoop::MakeRound() {
   round_ = std::make_unique<LocationRound>(
-      network_, board_.lookups, [this](std::size_t store, const LocationDecision& decision) {
-        const std::string& url = (*list_.stores)[store].url;
+      network_, board_.lookups, [this](const StorePtr& store, const LocationDecision& decision) {
         const std::string reason = LogText::Line(decision.reason);
-        board_.locations.Decide(list_.number, url, {decision.location, reason}, parts_.now());
-        parts_.log("store " + LogText::Address(url) + ": " + reason);
+        board_.locations.Decide(store, {decision.location, reason}, parts_.now());
+        parts_.log("store " + LogText::Address(store->url) + ": " + reason);
       });
-  round_->TakeList(*list_.stores, 0);
+  round_->TakeList(*list_);
   round_->Ask();
 }
 
@@ -169,7 +167,7 @@ void LocationLoop::AdvanceRound() {
 }
 
 void LocationLoop::EndRound() {
-  const std::set<std::size_t> before = std::exchange(unanswered_, round_->Unanswered());
+  const std::set<StorePtr> before = std::exchange(unanswered_, round_->Unanswered());
   if (unanswered_.empty()) return schedule_.TakeEnd();
   const bool withNewStore =
       !std::includes(before.begin(), before.end(), unanswered_.begin(), unanswered_.end());

@@ -61,7 +61,7 @@ class LocationLoop {
 
  private:
   void TakeOrders();
-  void TakeStores(StoreLocations::Snapshot list);
+  void TakeStores(StoreLocations::StoreList list);
   void OpenMonitor();
   void TakeNetworkEvents();
   void TakeLoss();
@@ -82,10 +82,10 @@ class LocationLoop {
   std::unique_ptr<NetworkMonitor> monitor_;
   std::optional<NetworkState> network_;
   bool networkWasLost_ = false;  // and perhaps came back as another one that looks the same
-  StoreLocations::Snapshot list_;
+  StoreLocations::StoreList list_;
   RoundSchedule schedule_;
   std::unique_ptr<LocationRound> round_;  // kept for its repetition and for further stores
-  std::set<std::size_t> unanswered_;      // stores without an answer in the last round
+  std::set<StorePtr> unanswered_;         // stores without an answer in the last round
 };
 
 }  // namespace Wayfinding

@@ -60,7 +60,7 @@ LocationService::~LocationService() {
 }
 
 void LocationService::SetStores(const PropertyList::SharedDictionaries& stores) {
-  std::vector<StoreBeacons> list = ReadStoreList(stores);
+  std::map<std::string, StoreBeacons> list = ReadStoreList(stores);
   const bool hasStores = !list.empty();
   const bool isNew = board_->locations.Replace(std::move(list));
   if (hasStores) StartThread();  // with the same list again, too: it may not have been possible before

@@ -2,8 +2,8 @@
 
 #include "libs/Text/TextHelpers.h"
 
-#include <map>
 #include <string_view>
+#include <utility>
 
 namespace Wayfinding {
 namespace {
@@ -40,17 +40,12 @@ std::string StoreKey(const std::string& url) {
   return util::AsciiLowerCased(std::string_view(url).substr(0, url.find_last_not_of('/') + 1));
 }
 
-std::vector<StoreBeacons> ReadStoreList(const PropertyList::SharedDictionaries& list) {
-  std::vector<StoreBeacons> stores;
-  std::map<std::string, std::size_t> places;
+std::map<std::string, StoreBeacons> ReadStoreList(const PropertyList::SharedDictionaries& list) {
+  std::map<std::string, StoreBeacons> stores;
   for (const auto& dictionary : list) {
     StoreBeacons store = ReadStore(*dictionary);
-    const auto [place, isNew] = places.try_emplace(StoreKey(store.url), stores.size());
-    if (isNew) {
-      stores.push_back(std::move(store));
-    } else {
-      stores[place->second] = std::move(store);
-    }
+    std::string key = StoreKey(store.url);
+    stores.insert_or_assign(std::move(key), std::move(store));
   }
   return stores;
 }

@@ -2,7 +2,8 @@
 
 #include "libs/PropertyList/PropertyList.h"
 
-#include <cstdint>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,17 +14,17 @@ struct StoreBeacons {
   std::string url;
   std::vector<std::string> internal;  // the store's own URL when the dictionary names none
   std::vector<std::string> external;
-  std::uint64_t since = 0;  // the number of the list since which it is as it is; not compared
 
-  bool operator==(const StoreBeacons& other) const {
-    return url == other.url && internal == other.internal && external == other.external;
-  }
+  bool operator==(const StoreBeacons&) const = default;
 };
+
+// The same object as long as the store is in each list as it is.
+using StorePtr = std::shared_ptr<const StoreBeacons>;
 
 // Two URLs with equal keys are the same store's: letter case and slashes at the end do not count.
 [[nodiscard]] std::string StoreKey(const std::string& url);
 
-// The stores of a list, in its order. Of several stores with one URL the last counts.
-[[nodiscard]] std::vector<StoreBeacons> ReadStoreList(const PropertyList::SharedDictionaries& list);
+// The stores of a list by their keys. Of several with one key the last counts.
+[[nodiscard]] std::map<std::string, StoreBeacons> ReadStoreList(const PropertyList::SharedDictionaries& list);
 
 }  // namespace Wayfinding

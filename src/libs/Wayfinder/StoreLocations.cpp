@@ -2,38 +2,29 @@
 
 namespace Wayfinding {
 
-bool StoreLocations::Replace(std::vector<StoreBeacons> stores) {
+bool StoreLocations::Replace(std::map<std::string, StoreBeacons> stores) {
   const MutexLock lock(mutex_);
-  if (stores == *stores_) return false;
-  ++number_;
+  auto list = std::make_shared<std::vector<StorePtr>>();
   std::map<std::string, Place> places;
-  for (std::size_t i = 0; i < stores.size(); ++i) {
-    std::string key = StoreKey(stores[i].url);
-    const Place place = PlaceInNextList(key, stores[i]);
-    places.emplace(std::move(key), place).first->second.store = i;
+  for (auto& [key, store] : stores) {
+    Place& place = places[key];
+    if (const auto before = places_.find(key); before != places_.end()) place = before->second;
+    if (place.store == nullptr || *place.store != store) {
+      place.store = std::make_shared<const StoreBeacons>(std::move(store));
+      place.decision = {};
+    }
+    list->push_back(place.store);
   }
+  if (*list == *stores_) return false;
+  stores_ = std::move(list);
   places_ = std::move(places);
-  stores_ = std::make_shared<const std::vector<StoreBeacons>>(std::move(stores));
   mayHaveChanged_ = true;
   return true;
 }
 
-StoreLocations::Place StoreLocations::PlaceInNextList(const std::string& key, StoreBeacons& store) const {
-  store.since = number_;
-  const auto before = places_.find(key);
-  if (before == places_.end()) return {};
-  Place place = before->second;
-  if (const StoreBeacons& own = (*stores_)[place.store]; own == store) {
-    store.since = own.since;
-  } else {
-    place.decision = {};
-  }
-  return place;
-}
-
-StoreLocations::Snapshot StoreLocations::Current() const {
+StoreLocations::StoreList StoreLocations::Current() const {
   const MutexLock lock(mutex_);
-  return {.stores = stores_, .number = number_};
+  return stores_;
 }
 
 std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& url, TimePoint now) const {
@@ -52,12 +43,11 @@ void StoreLocations::ForgetDecisions() {
   mayHaveChanged_ = true;
 }
 
-void StoreLocations::Decide(std::uint64_t number, const std::string& storeURL,
-                            const LocationDecision& decision, TimePoint now) {
-  const std::string key = StoreKey(storeURL);
+void StoreLocations::Decide(const StorePtr& store, const LocationDecision& decision, TimePoint now) {
+  const std::string key = StoreKey(store->url);
   const MutexLock lock(mutex_);
   const auto place = places_.find(key);
-  if (place == places_.end() || (*stores_)[place->second.store].since > number) return;
+  if (place == places_.end() || place->second.store != store) return;
   place->second.decision = decision;
   place->second.decided = now;
   mayHaveChanged_ = true;
@@ -70,7 +60,7 @@ std::vector<std::pair<std::string, NetworkLocation>> StoreLocations::TakeChanges
   for (auto& [key, place] : places_) {
     if (place.taken == place.decision.location) continue;
     place.taken = place.decision.location;
-    changes.emplace_back((*stores_)[place.store].url, place.taken);
+    changes.emplace_back(place.store->url, place.taken);
   }
   return changes;
 }

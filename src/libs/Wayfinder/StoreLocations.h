@@ -5,7 +5,6 @@
 #include "libs/Wayfinder/StoreBeacons.h"
 
 #include <chrono>
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -19,15 +18,9 @@ namespace Wayfinding {
 class StoreLocations {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
-  using StoreList = std::shared_ptr<const std::vector<StoreBeacons>>;
+  using StoreList = std::shared_ptr<const std::vector<StorePtr>>;
 
   static constexpr std::chrono::minutes kOldAge{5};
-
-  // A list and its number, under which decisions about its stores are taken.
-  struct Snapshot {
-    StoreList stores;
-    std::uint64_t number = 0;
-  };
 
   struct Answer {
     LocationDecision decision;
@@ -35,18 +28,18 @@ class StoreLocations {
   };
 
   // Replaces the list; a store that is in it as it was before keeps its location, any other is undecided.
-  // False, and nothing changes, when it is the same.
-  [[nodiscard]] bool Replace(std::vector<StoreBeacons> stores);
-  [[nodiscard]] Snapshot Current() const;
+  // False, and nothing changes, when it is the same. `stores`: by their keys.
+  [[nodiscard]] bool Replace(std::map<std::string, StoreBeacons> stores);
+  // The same object until the list is replaced.
+  [[nodiscard]] StoreList Current() const;
 
   // Nothing for an unknown store.
   [[nodiscard]] std::optional<Answer> Find(const std::string& url, TimePoint now) const;
 
   // Every store is undecided again.
   void ForgetDecisions();
-  // Dropped when the store is no more, or not as it was in the list with that number.
-  void Decide(std::uint64_t number, const std::string& storeURL, const LocationDecision& decision,
-              TimePoint now);
+  // Dropped when the list does not hold this store any more.
+  void Decide(const StorePtr& store, const LocationDecision& decision, TimePoint now);
 
   // The stores whose location differs from the one taken last, with the URL of the list. A store begins
   // undecided.
@@ -54,18 +47,14 @@ class StoreLocations {
 
  private:
   struct Place {
-    std::size_t store = 0;
+    StorePtr store;
     LocationDecision decision;
     NetworkLocation taken = NetworkLocation::Deciding;
     TimePoint decided;
   };
 
-  // What is known of the store; says since when the store is as it is.
-  [[nodiscard]] Place PlaceInNextList(const std::string& key, StoreBeacons& store) const SR_REQUIRES(mutex_);
-
   mutable Mutex mutex_;
-  StoreList stores_ SR_GUARDED_BY(mutex_) = std::make_shared<const std::vector<StoreBeacons>>();
-  std::uint64_t number_ SR_GUARDED_BY(mutex_) = 0;
+  StoreList stores_ SR_GUARDED_BY(mutex_) = std::make_shared<const std::vector<StorePtr>>();
   std::map<std::string, Place> places_ SR_GUARDED_BY(mutex_);
   bool mayHaveChanged_ SR_GUARDED_BY(mutex_) = false;
 };

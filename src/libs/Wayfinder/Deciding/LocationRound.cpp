@@ -27,84 +27,64 @@ bool IsUsable(const std::optional<NetworkState>& network) {
 
 }  // namespace
 
-// Fills a round's beacons and stores.
-class LocationRound::Planner {
+// Reads the beacons of stores that are new.
+class LocationRound::Reader {
  public:
-  explicit Planner(LocationRound& round) : round_(round) {}
+  explicit Reader(std::map<std::string, Beacon>& beacons) : beacons_(beacons) {}
 
   // Internal and external beacons in turns, so that a store with many of one kind has the other asked, too.
-  void Add(const StoreBeacons& named) {
-    round_.stores_.push_back({.url = named.url});
-    const std::size_t levels = std::max(named.internal.size(), named.external.size());
+  [[nodiscard]] Store Read(const StorePtr& named) {
+    Store store{.named = named};
+    const std::size_t levels = std::max(named->internal.size(), named->external.size());
     for (std::size_t level = 0; level < levels; ++level) {
-      if (level < named.internal.size()) AddMention(named.internal[level], true);
-      if (level < named.external.size()) AddMention(named.external[level], false);
+      if (level < named->internal.size()) store.beacons.push_back({Find(named->internal[level]), true});
+      if (level < named->external.size()) store.beacons.push_back({Find(named->external[level]), false});
     }
+    return store;
   }
 
  private:
-  void AddMention(const std::string& text, bool isInternal) {
+  Beacon* Find(const std::string& text) {
     const auto [known, isNew] = texts_.try_emplace(text);
-    if (isNew) known->second = PlaceOfAddress(text);
-    Store& store = round_.stores_.back();
-    (isInternal ? store.internal : store.external).push_back(known->second);
-    round_.beacons_[known->second].owners.push_back(
-        {.store = round_.stores_.size() - 1, .isInternal = isInternal});
+    if (isNew) {
+      BeaconAddress address = ParseBeaconAddress(text).value_or(BeaconAddress());
+      const std::string key = address.Key();
+      known->second = &beacons_.try_emplace(key, Beacon{std::move(address), text}).first->second;
+      known->second->outcome.reset();
+    }
+    return known->second;
   }
 
-  std::size_t PlaceOfAddress(const std::string& text) {
-    const BeaconAddress address = ParseBeaconAddress(text).value_or(BeaconAddress());
-    const auto [place, isNew] = places_.try_emplace(address.Key(), round_.beacons_.size());
-    if (isNew) round_.beacons_.push_back({.address = address, .text = text, .owners = {}, .outcome = {}});
-    return place->second;
-  }
-
-  LocationRound& round_;
+  std::map<std::string, Beacon>& beacons_;
   // Stores of one company name the same beacons, and to read an address takes long.
-  std::unordered_map<std::string, std::size_t> texts_;
-  std::map<std::string, std::size_t> places_;
+  std::unordered_map<std::string, Beacon*> texts_;
 };
 
 LocationRound::LocationRound(std::optional<NetworkState> network, HostLookups& lookups, Decided decided)
     : network_(std::move(network)), lookups_(lookups), decided_(std::move(decided)) {}
 
-void LocationRound::TakeList(const std::vector<StoreBeacons>& stores, std::uint64_t number) {
+void LocationRound::TakeList(const std::vector<StorePtr>& list) {
   probes_.reset();
   toDecide_.clear();
-  std::map<std::string, std::optional<ProbeOutcome>> heard;
-  for (Beacon& beacon : std::exchange(beacons_, {}))
-    heard.emplace(beacon.address.Key(), std::move(beacon.outcome));
-  std::map<std::string, Store> before;
-  for (Store& store : std::exchange(stores_, {})) before.emplace(store.url, std::move(store));
-  Planner planner(*this);
-  for (const StoreBeacons& store : stores) planner.Add(store);
-  for (Beacon& beacon : beacons_) {
-    const auto own = heard.find(beacon.address.Key());
-    if (own != heard.end()) beacon.outcome = std::move(own->second);
+  for (auto& [key, beacon] : beacons_) beacon.owners.clear();
+  std::map<StorePtr, Store> before;
+  for (Store& store : std::exchange(stores_, {})) before.emplace(store.named, std::move(store));
+  Reader reader(beacons_);
+  for (const StorePtr& named : list) {
+    const auto own = before.find(named);
+    const Store& store =
+        stores_.emplace_back(own == before.end() ? reader.Read(named) : std::move(own->second));
+    for (const Mention& mention : store.beacons)
+      mention.beacon->owners.push_back({.store = stores_.size() - 1, .isInternal = mention.isInternal});
   }
-  for (std::size_t i = 0; i < stores.size(); ++i) {
-    if (stores[i].since > number || !HasHeardAll(stores_[i])) continue;
-    const Store& own = before.at(stores[i].url);
-    stores_[i].wasAsked = own.wasAsked;
-    stores_[i].leans = own.leans;
-    stores_[i].location = own.location;
-  }
-}
-
-bool LocationRound::HasHeardAll(const Store& store) const {
-  const auto heard = [this](std::size_t beacon) { return beacons_[beacon].outcome.has_value(); };
-  return std::all_of(store.internal.begin(), store.internal.end(), heard) &&
-         std::all_of(store.external.begin(), store.external.end(), heard);
-}
-
-bool LocationRound::HasOpenStores() const {
-  return std::any_of(stores_.begin(), stores_.end(),
-                     [](const Store& store) { return store.leans || !store.location; });
+  std::erase_if(beacons_, [](const auto& entry) { return entry.second.owners.empty(); });
 }
 
 void LocationRound::Repeat() {
   for (Store& store : stores_) {
-    if (store.wasAsked && !store.HasAnswer()) store.location.reset();
+    if (!IsUnanswered(store)) continue;
+    store.location.reset();
+    for (const Mention& mention : store.beacons) mention.beacon->outcome.reset();
   }
   Ask();
 }
@@ -112,55 +92,44 @@ void LocationRound::Repeat() {
 void LocationRound::Ask() {
   exposed_.clear();
   vouched_.clear();
-  standingsChanged_ = true;  // also where those are gone that gave a standing
   tunnels_.clear();
   verdicts_.clear();
-  std::vector<std::string> urls;
-  for (Store& store : stores_) {
-    urls.push_back(store.url);
-    if (store.location) continue;
-    store.openInternal = store.internal.size();
-    store.openExternal = store.external.size();
-    store.wasAsked = store.leans = false;
+  standingsChanged_ = true;  // also where those are gone that gave a standing
+  for (auto& [key, beacon] : beacons_) {
+    if (beacon.outcome) {
+      TakeStanding(beacon);
+    } else if (!CanBeAsked(beacon)) {
+      Settle(beacon,
+             {.reason = beacon.text + (beacon.address.urls.empty() ? ": no address" : ": not asked")});
+    }
   }
-  probes_.emplace(ChooseQuestions(), std::move(urls), lookups_,
-                  [this](std::size_t question, ProbeOutcome outcome) {
-                    Settle(beacons_[asked_[question]], std::move(outcome));
-                  });
+  std::vector<std::string> urls;
+  for (const Store& store : stores_) urls.push_back(store.named->url);
+  probes_.emplace(
+      ChooseQuestions(), std::move(urls), lookups_,
+      [this](std::size_t question, ProbeOutcome outcome) { Settle(*asked_[question], std::move(outcome)); });
 }
 
 std::vector<ProbeRound::Question> LocationRound::ChooseQuestions() {
   std::vector<ProbeRound::Question> questions;
+  std::unordered_map<const Beacon*, std::size_t> places;
   asked_.clear();
-  for (std::size_t i = 0; i < beacons_.size(); ++i) {
-    Beacon& beacon = beacons_[i];
-    std::vector<std::size_t> owners = UndecidedOwners(beacon);
-    if (owners.empty()) {
-      TakeStanding(beacon);
-    } else if (std::string reason = WhyNotAsked(beacon); !reason.empty()) {
-      Settle(beacon, {.reason = std::move(reason)});
-    } else {
-      beacon.outcome.reset();
-      for (const std::size_t owner : owners) stores_[owner].wasAsked = true;
-      asked_.push_back(i);
-      questions.push_back({.beacon = beacon.address, .stores = std::move(owners)});
+  for (std::size_t i = 0; i < stores_.size(); ++i) {
+    for (const Mention& mention : stores_[i].beacons) {
+      if (mention.beacon->outcome) continue;
+      const auto [place, isNew] = places.try_emplace(mention.beacon, questions.size());
+      if (isNew) {
+        asked_.push_back(mention.beacon);
+        questions.push_back({.beacon = mention.beacon->address});
+      }
+      questions[place->second].stores.push_back(i);
     }
   }
   return questions;
 }
 
-std::vector<std::size_t> LocationRound::UndecidedOwners(const Beacon& beacon) const {
-  std::vector<std::size_t> owners;
-  for (const Owner& owner : beacon.owners) {
-    if (stores_[owner.store].location || (!owners.empty() && owners.back() == owner.store)) continue;
-    owners.push_back(owner.store);
-  }
-  return owners;
-}
-
-std::string LocationRound::WhyNotAsked(const Beacon& beacon) const {
-  if (beacon.address.urls.empty()) return beacon.text + ": no address";
-  return IsUsable(network_) || beacon.address.isLoopback ? std::string() : beacon.text + ": not asked";
+bool LocationRound::CanBeAsked(const Beacon& beacon) const {
+  return !beacon.address.urls.empty() && (IsUsable(network_) || beacon.address.isLoopback);
 }
 
 void LocationRound::Advance() {
@@ -171,7 +140,7 @@ void LocationRound::Advance() {
 
 void LocationRound::CutOff() {
   probes_.reset();
-  for (Beacon& beacon : beacons_) {
+  for (auto& [key, beacon] : beacons_) {
     if (!beacon.outcome) Settle(beacon, {.reason = beacon.text + ": no answer in time"});
   }
   DecideStores();
@@ -181,14 +150,8 @@ void LocationRound::CutOff() {
 void LocationRound::Settle(Beacon& beacon, ProbeOutcome outcome) {
   beacon.outcome = std::move(outcome);
   TakeStanding(beacon);
-  const bool isPlain = beacon.outcome->answer == ProbeAnswer::Answered && !beacon.outcome->proven;
   for (const Owner& owner : beacon.owners) {
-    Store& store = stores_[owner.store];
-    if (isPlain && owner.isInternal) store.leans = true;
-    if (store.location) continue;
-    --(owner.isInternal ? store.openInternal : store.openExternal);
-    if (store.openInternal == 0 && (owner.isInternal || store.openExternal == 0))
-      toDecide_.insert(owner.store);
+    if (stores_[owner.store].CanBeJudged()) toDecide_.insert(owner.store);
   }
 }
 
@@ -205,7 +168,7 @@ void LocationRound::TakeStanding(const Beacon& beacon) {
 void LocationRound::DecideStores() {
   if (std::exchange(standingsChanged_, false)) {
     for (std::size_t i = 0; i < stores_.size(); ++i) {
-      if (stores_[i].leans && stores_[i].location) toDecide_.insert(i);
+      if (stores_[i].CanBeJudged()) toDecide_.insert(i);
     }
   }
   for (const std::size_t store : std::exchange(toDecide_, {})) Decide(store);
@@ -214,28 +177,32 @@ void LocationRound::DecideStores() {
 void LocationRound::Decide(std::size_t place) {
   Store& store = stores_[place];
   const std::optional<LocationDecision> decision = DecideLocation(
-      {.internal = OutcomesOf(store.internal),
-       .external = OutcomesOf(store.external),
+      {.internal = store.Outcomes(true),
+       .external = store.Outcomes(false),
        .networkIsUsable = IsUsable(network_)},
       [this](const std::string& address) { return StandingOf(address); },
       [this](const std::string& address) { return TunnelTo(address); });
   if (!decision) {
-    if (store.leans) toDecide_.insert(place);  // what it waits for need not be its own beacon
+    if (store.Leans()) toDecide_.insert(place);  // what it waits for need not be its own beacon
     return;
   }
   if (store.location == decision->location) return;
   store.location = decision->location;
-  decided_(place, *decision);
+  decided_(store.named, *decision);
 }
 
-std::vector<const ProbeOutcome*> LocationRound::OutcomesOf(const std::vector<std::size_t>& beacons) const {
-  std::vector<const ProbeOutcome*> outcomes;
-  outcomes.reserve(beacons.size());
-  for (const std::size_t beacon : beacons) {
-    const std::optional<ProbeOutcome>& outcome = beacons_[beacon].outcome;
-    outcomes.push_back(outcome ? &*outcome : nullptr);
-  }
-  return outcomes;
+bool LocationRound::Store::Leans() const {
+  return std::any_of(beacons.begin(), beacons.end(), [](const Mention& mention) {
+    const std::optional<ProbeOutcome>& outcome = mention.beacon->outcome;
+    return mention.isInternal && outcome && outcome->answer == ProbeAnswer::Answered && !outcome->proven;
+  });
+}
+
+bool LocationRound::Store::CanBeJudged() const {
+  const auto isOpenInside = [](const Mention& mention) {
+    return mention.isInternal && !mention.beacon->outcome;
+  };
+  return (!location || Leans()) && std::none_of(beacons.begin(), beacons.end(), isOpenInside);
 }
 
 // Behind a portal the beacons themselves are still silent, whatever it says in their names.
@@ -243,10 +210,25 @@ bool LocationRound::Store::HasAnswer() const {
   return location && *location != NetworkLocation::None && *location != NetworkLocation::Hotspot;
 }
 
-std::set<std::size_t> LocationRound::Unanswered() const {
-  std::set<std::size_t> unanswered;
-  for (std::size_t i = 0; i < stores_.size(); ++i) {
-    if (stores_[i].wasAsked && !stores_[i].HasAnswer()) unanswered.insert(i);
+std::vector<const ProbeOutcome*> LocationRound::Store::Outcomes(bool internal) const {
+  std::vector<const ProbeOutcome*> outcomes;
+  for (const Mention& mention : beacons) {
+    if (mention.isInternal == internal)
+      outcomes.push_back(mention.beacon->outcome ? &*mention.beacon->outcome : nullptr);
+  }
+  return outcomes;
+}
+
+bool LocationRound::IsUnanswered(const Store& store) const {
+  return !store.HasAnswer() &&
+         std::any_of(store.beacons.begin(), store.beacons.end(),
+                     [this](const Mention& mention) { return CanBeAsked(*mention.beacon); });
+}
+
+std::set<StorePtr> LocationRound::Unanswered() const {
+  std::set<StorePtr> unanswered;
+  for (const Store& store : stores_) {
+    if (IsUnanswered(store)) unanswered.insert(store.named);
   }
   return unanswered;
 }

@@ -24,21 +24,19 @@ class HostLookups;
 // soon as they allow. One network, one thread.
 class LocationRound {
  public:
-  using Decided = std::function<void(std::size_t store, const LocationDecision& decision)>;
+  using Decided = std::function<void(const StorePtr& store, const LocationDecision& decision)>;
 
   // `network`: nothing when it is not known, which counts as usable. Without a usable network only loopback
   // beacons are asked. `decided` is called for each store, from Advance or CutOff, and again if what another
   // store's beacon says later gives the lie to it.
   LocationRound(std::optional<NetworkState> network, HostLookups& lookups, Decided decided);
 
-  // Takes another list in place of the one with that number, and asks nobody any more. What was heard stands
-  // for the stores that have not changed since, unless it is not yet all.
-  void TakeList(const std::vector<StoreBeacons>& stores, std::uint64_t number);
-  // Whether there are stores that Ask would ask for, or judge again.
-  [[nodiscard]] bool HasOpenStores() const;
-  // Asks for the stores that are undecided, and judges those again for which other stores' answers count.
+  // Takes a list in place of the one before, and asks nobody any more. What was heard stands for the stores
+  // that are in both.
+  void TakeList(const std::vector<StorePtr>& list);
+  // Asks the beacons that are open, and judges those stores again for which other stores' answers count.
   void Ask();
-  // Asks once more for those that were asked for and have no answer.
+  // Asks once more for the stores without an answer.
   void Repeat();
 
   // Does what can be done without waiting; while it is asking.
@@ -51,8 +49,8 @@ class LocationRound {
     probes_->Wait(descriptors, limit);
   }
 
-  // The stores that were asked for and have no answer or a portal's.
-  [[nodiscard]] std::set<std::size_t> Unanswered() const;
+  // The stores that can be asked for and have no answer or a portal's.
+  [[nodiscard]] std::set<StorePtr> Unanswered() const;
   // May ask NetworkManager, once for a link each time that beacons are asked.
   [[nodiscard]] bool IsTunnel(const NetworkLink& link);
 
@@ -66,41 +64,43 @@ class LocationRound {
   struct Beacon {
     BeaconAddress address;  // without URLs: nothing that could be asked
     std::string text;       // as the first store that names it spells it
-    std::vector<Owner> owners;
-    std::optional<ProbeOutcome> outcome;
+    std::vector<Owner> owners = {};
+    std::optional<ProbeOutcome> outcome = {};  // nothing while it is open
+  };
+  struct Mention {
+    Beacon* beacon = nullptr;
+    bool isInternal = false;
   };
   struct Store {
-    std::string url;
-    std::vector<std::size_t> internal = {};  // beacons
-    std::vector<std::size_t> external = {};
-    std::size_t openInternal = 0;
-    std::size_t openExternal = 0;
-    bool wasAsked = false;
-    bool leans = false;  // on internal answers that could be a portal's
+    StorePtr named;
+    std::vector<Mention> beacons = {};  // in the order of asking
     std::optional<NetworkLocation> location = {};
 
+    // On internal answers that could be a portal's.
+    [[nodiscard]] bool Leans() const;
+    // Whether a decision, or another one, may be possible.
+    [[nodiscard]] bool CanBeJudged() const;
     [[nodiscard]] bool HasAnswer() const;
+    [[nodiscard]] std::vector<const ProbeOutcome*> Outcomes(bool internal) const;
   };
-  class Planner;
+  class Reader;
 
-  [[nodiscard]] bool HasHeardAll(const Store& store) const;
+  [[nodiscard]] bool CanBeAsked(const Beacon& beacon) const;
+  [[nodiscard]] bool IsUnanswered(const Store& store) const;
   std::vector<ProbeRound::Question> ChooseQuestions();
-  [[nodiscard]] std::vector<std::size_t> UndecidedOwners(const Beacon& beacon) const;
-  [[nodiscard]] std::string WhyNotAsked(const Beacon& beacon) const;
   void Settle(Beacon& beacon, ProbeOutcome outcome);
   void TakeStanding(const Beacon& beacon);
   void DecideStores();
   void Decide(std::size_t place);
-  [[nodiscard]] std::vector<const ProbeOutcome*> OutcomesOf(const std::vector<std::size_t>& beacons) const;
   [[nodiscard]] PeerStanding StandingOf(const std::string& address) const;
   [[nodiscard]] std::string TunnelTo(const std::string& address);
 
   std::optional<NetworkState> network_;
   HostLookups& lookups_;
   Decided decided_;
-  std::vector<Beacon> beacons_;
+  std::map<std::string, Beacon> beacons_;  // by their addresses' keys
   std::vector<Store> stores_;
-  std::vector<std::size_t> asked_;              // beacons, in the order of asking
+  std::vector<Beacon*> asked_;                  // by the number of the question
   std::set<std::string> exposed_;               // addresses that said anything in an external beacon's place
   std::set<std::string> vouched_;               // addresses that proved to be a beacon
   bool standingsChanged_ = false;               // of either kind
