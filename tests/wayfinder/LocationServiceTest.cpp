@@ -410,7 +410,6 @@ TEST(LocationServiceEnd, DoesNotWaitForEverForAThreadThatIsHeldUp) {
   const long threads = testsupport::RunningThreads();
   const auto hold = std::make_shared<Hold>();
   Wayfinding::LocationParts parts = Wayfinding::LocationParts::Defaults();
-  parts.changesAreWanted = [] { return true; };
   parts.changed = [hold](const std::string& /*storeURL*/, Wayfinding::NetworkLocation /*location*/) {
     hold->reached.set_value();
     hold->released.get_future().wait();

@@ -1,4 +1,4 @@
-#include "libs/Wayfinder/Deciding/RoundSchedule.h"
+#include "libs/Wayfinder/LocationLoop.h"
 #include "libs/Wayfinder/Network/NetworkMonitor.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "support/TemporaryFolder.h"
@@ -79,7 +79,7 @@ TEST_F(NetworkChanges, TheAnswerOfALostNetworkIsNotServed) {
   IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
   EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kDeciding));
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
-  service_.PassTime(Wayfinding::RoundSchedule::kGatheringTime);
+  service_.PassTime(Wayfinding::LocationLoop::kGatheringTime);
   EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
 }
 
@@ -95,6 +95,30 @@ TEST_F(NetworkChanges, ALossDuringARoundBeginsItAfresh) {
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN));
   EXPECT_THAT(service.Changes(), testing::ElementsAre(Pair(kStore, Wayfinder::kLAN)));
+}
+
+TEST_F(NetworkChanges, AStoreIsDecidedTenSecondsAfterTheFirstEvent) {
+  testsupport::HangingResolver hanging;
+  std::atomic<bool> hangs = false;
+  RecordedService service([&hangs, hang = hanging.Resolver()](const std::string& host) {
+    return hangs ? hang(host) : std::vector<std::string>{"10.1.0.2"};
+  });
+  std::vector<std::string> beacons;  // more than are looked up at once
+  for (int i = 0; i < 50; ++i) beacons.push_back("http://host" + std::to_string(i) + ".example/");
+  service.StopTime();
+  service.SetStores({{kStore, beacons, {}}});
+  ASSERT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN)) << testing::PrintToString(service.Messages());
+  hangs = true;
+  IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
+  ASSERT_TRUE(service.WaitForLocation(kStore, Wayfinder::kDeciding));
+  IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
+  service.PassTime(std::chrono::seconds(1));
+  ASSERT_TRUE(testsupport::ComesTrue([&hanging] { return !hanging.Asked().empty(); }));
+  service.PassTime(std::chrono::seconds(8));
+  EXPECT_EQ(service.LocationOf(kStore), Wayfinder::kDeciding);
+  service.PassTime(std::chrono::seconds(1));
+  EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kNone))
+      << testing::PrintToString(service.Messages());
 }
 
 TEST_F(NetworkChanges, WhatALinkOutsideTheNetworkLosesDoesNotCount) {

@@ -47,10 +47,6 @@ Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolv
   parts.chance = [] { return 0.0; };
   parts.resolver = resolver ? std::move(resolver) : findNothing;
   parts.log = [this](const std::string& message) { Record(message); };
-  parts.changesAreWanted = [this] {
-    if (fails_.exchange(false)) throw std::runtime_error("a failure of the test's");
-    return true;
-  };
   parts.changed = [this](const std::string& url, Wayfinding::NetworkLocation location) {
     const std::lock_guard lock(mutex_);
     changes_.emplace_back(url, static_cast<std::uint32_t>(location));
@@ -60,6 +56,7 @@ Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolv
 }
 
 void RecordedService::Record(const std::string& message) {
+  if (fails_.exchange(false)) throw std::runtime_error("a failure of the test's");
   {
     const std::lock_guard lock(mutex_);
     messages_.push_back(message);

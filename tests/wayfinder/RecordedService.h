@@ -44,7 +44,7 @@ class RecordedService {
     work_ = std::move(work);
   }
 
-  // The service's thread meets an exception at its next turn.
+  // The service's thread meets an exception at its next message.
   void FailOnce() { fails_ = true; }
   [[nodiscard]] std::uint32_t Flags() const { return service_->Flags(); }
 

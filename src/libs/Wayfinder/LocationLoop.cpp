@@ -43,7 +43,6 @@ LocationParts LocationParts::Defaults() {
           .chance = [engine] { return std::uniform_real_distribution<>(0, 1)(*engine); },
           .resolver = ResolveWithSystem,
           .log = [](const std::string& /*message*/) {},
-          .changesAreWanted = [] { return false; },
           .changed = [](const std::string& /*storeURL*/, NetworkLocation /*location*/) {},
           .pauseAfterFailure = std::chrono::seconds(3)};
 }
@@ -57,8 +56,8 @@ void LocationLoop::Run() {
     if (board_.stop) return;  // looked at after the event is cleared, or the order could be missed
     TakeOrders();
     TakeNetworkEvents();
-    if (schedule_.TakeLook(parts_.now())) LookAtNetwork();
-    if (schedule_.TakeStart(parts_.now())) StartRound();
+    if (gatheringSince_ && parts_.now() >= *gatheringSince_ + kGatheringTime) LookAtNetwork();
+    AskWhatIsDue();
     AdvanceRound();
     GiveOutChanges();
     Wait();
@@ -68,7 +67,8 @@ void LocationLoop::Run() {
 void LocationLoop::TakeOrders() {
   StoreLocations::StoreList list = board_.locations.Current();
   if (list != list_) TakeStores(std::move(list));
-  if (board_.refresh.exchange(false) && !list_->empty()) schedule_.TakeOldAge(parts_.now());
+  const bool isBeingDone = asksAll_ && IsAsking();
+  if (board_.refresh.exchange(false) && !isBeingDone) round_.reset();
 }
 
 void LocationLoop::TakeStores(StoreLocations::StoreList list) {
@@ -76,14 +76,17 @@ void LocationLoop::TakeStores(StoreLocations::StoreList list) {
   if (list_->empty()) {
     DropRound();
     monitor_.reset();
+    gatheringSince_.reset();
     networkWasLost_ = false;
     board_.outsideTunnel = 0;
-    schedule_.Stop();
-    return;
   }
-  if (round_ == nullptr) return schedule_.TakeNewStores(parts_.now());
+  if (!IsNetworkKnown()) round_.reset();
+  if (round_ == nullptr) return;
+  const TimePoint since = parts_.now();
+  asksAll_ = false;
   round_->TakeList(*list_);
-  schedule_.TakeFurtherStores(parts_.now());
+  round_->Ask();
+  BeginAsking(since);
 }
 
 void LocationLoop::OpenMonitor() {
@@ -100,19 +103,16 @@ void LocationLoop::TakeNetworkEvents() {
   if (monitor_ == nullptr) return;
   const NetworkEvents events = monitor_->Take();
   if (!events.any) return;
-  schedule_.TakeNetworkEvent(parts_.now());
-  if (!networkWasLost_ && WasLost(network_, events)) TakeLoss();
-}
-
-// The next network has its round when the events are gathered; until then the lost one's answers are wrong.
-void LocationLoop::TakeLoss() {
+  if (!gatheringSince_) gatheringSince_ = parts_.now();
+  if (networkWasLost_ || !WasLost(network_, events)) return;
+  // The next network is asked when the events are gathered; until then the lost one's answers are wrong.
   networkWasLost_ = true;
   ForgetDecisions();
-  schedule_.TakeLoss();
 }
 
 void LocationLoop::DropRound() {
   round_.reset();
+  repetition_.Forget();
   unanswered_.clear();
 }
 
@@ -123,68 +123,87 @@ void LocationLoop::ForgetDecisions() {
 }
 
 void LocationLoop::LookAtNetwork() {
+  const TimePoint since = *std::exchange(gatheringSince_, std::nullopt);
   std::optional<NetworkState> network = ReadNetworkState();
   const bool wasLost = std::exchange(networkWasLost_, false);
   if (network == network_ && !wasLost) return;
   network_ = std::move(network);
   parts_.log("network changed: " + (network_ ? network_->Description() : "it cannot be read"));
   ForgetDecisions();
-  schedule_.TakeNewNetwork(parts_.now());
+  MakeRound();
+  BeginAsking(since);
 }
 
-void LocationLoop::StartRound() {
-  // A network that cannot be watched or read is at least looked at anew for each round.
-  const bool isNetworkKnown = monitor_ != nullptr && network_;
-  if (!isNetworkKnown) OpenMonitor();
-  const RoundSchedule::Scope scope = schedule_.CurrentScope();
-  if (!isNetworkKnown || round_ == nullptr || scope == RoundSchedule::Scope::All) {
-    MakeRound();
-  } else if (scope == RoundSchedule::Scope::Further) {
-    round_->Ask();
-  } else {
+void LocationLoop::AskWhatIsDue() {
+  if (list_->empty() || networkWasLost_ || IsAsking()) return;
+  const TimePoint since = parts_.now();
+  if (round_ != nullptr && !repetition_.Take(since)) return;
+  if (round_ != nullptr && IsNetworkKnown()) {
+    asksAll_ = false;
     round_->Repeat();
+  } else {
+    MakeRound();
   }
-  const bool byTunnel = network_ && network_->outside && round_->IsTunnel(network_->outside->link);
-  board_.outsideTunnel = byTunnel ? network_->outside->link.index : 0;
+  BeginAsking(since);
 }
 
 void LocationLoop::MakeRound() {
+  // A network that cannot be watched or read is at least looked at anew for each round.
+  if (!IsNetworkKnown()) OpenMonitor();
   round_ = std::make_unique<LocationRound>(
       network_, board_.lookups, [this](const StorePtr& store, const LocationDecision& decision) {
         const std::string reason = LogText::Line(decision.reason);
         board_.locations.Decide(store, {decision.location, reason}, parts_.now());
         parts_.log("store " + LogText::Address(store->url) + ": " + reason);
       });
+  asksAll_ = true;
+  repetition_.Cancel();
   round_->TakeList(*list_);
   round_->Ask();
 }
 
+void LocationLoop::BeginAsking(TimePoint since) {
+  deadline_ = since + kRoundTime;
+  const bool byTunnel = network_ && network_->outside && round_->IsTunnel(network_->outside->link);
+  board_.outsideTunnel = byTunnel ? network_->outside->link.index : 0;
+}
+
+bool LocationLoop::IsAsking() const {
+  return round_ != nullptr && round_->IsAsking();
+}
+
 void LocationLoop::AdvanceRound() {
-  if (!schedule_.IsRunning()) return;
+  if (!IsAsking()) return;
   round_->Advance();
-  if (round_->IsAsking() && parts_.now() >= schedule_.Deadline()) round_->CutOff();
+  if (round_->IsAsking() && parts_.now() >= deadline_) round_->CutOff();
   if (!round_->IsAsking()) EndRound();
 }
 
 void LocationLoop::EndRound() {
   const std::set<StorePtr> before = std::exchange(unanswered_, round_->Unanswered());
-  if (unanswered_.empty()) return schedule_.TakeEnd();
   const bool withNewStore =
       !std::includes(before.begin(), before.end(), unanswered_.begin(), unanswered_.end());
-  const milliseconds delay = schedule_.TakeFailure(parts_.now(), parts_.chance(), withNewStore);
+  if (unanswered_.empty() || withNewStore) repetition_.Forget();
+  if (unanswered_.empty()) return;
+  const milliseconds delay = repetition_.Plan(parts_.now(), parts_.chance());
   parts_.log("stores without an answer: " + std::to_string(unanswered_.size()) + ", repetition " +
-             std::to_string(schedule_.Attempts()) + " in " + Seconds(delay));
+             std::to_string(repetition_.Attempts()) + " in " + Seconds(delay));
 }
 
 void LocationLoop::GiveOutChanges() {
-  if (!parts_.changesAreWanted()) return;
   for (const auto& [url, location] : board_.locations.TakeChanges()) parts_.changed(url, location);
 }
 
 milliseconds LocationLoop::TimeToNextDue() const {
-  const auto due = schedule_.NextDue();
-  if (!due) return kForEver;
-  const auto left = std::chrono::ceil<milliseconds>(*due - parts_.now());
+  TimePoint due = TimePoint::max();
+  if (gatheringSince_) due = *gatheringSince_ + kGatheringTime;
+  if (IsAsking()) {
+    due = std::min(due, deadline_);
+  } else if (repetition_.Due()) {
+    due = std::min(due, *repetition_.Due());
+  }
+  if (due == TimePoint::max()) return kForEver;
+  const auto left = std::chrono::ceil<milliseconds>(due - parts_.now());
   return std::clamp(left, milliseconds(0), kForEver);
 }
 
@@ -192,7 +211,7 @@ void LocationLoop::Wait() {
   const milliseconds limit = TimeToNextDue();
   const std::array<int, 2> descriptors = {board_.wake.Descriptor(),
                                           monitor_ == nullptr ? -1 : monitor_->Descriptor()};
-  if (schedule_.IsRunning()) {
+  if (IsAsking()) {
     round_->Wait(std::span(descriptors).first(monitor_ == nullptr ? 1 : 2), limit);
     return;
   }

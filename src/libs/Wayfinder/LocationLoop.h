@@ -1,7 +1,7 @@
 #pragma once
 
 #include "libs/Files/EventFd.h"
-#include "libs/Wayfinder/Deciding/RoundSchedule.h"
+#include "libs/Wayfinder/Deciding/Repetition.h"
 #include "libs/Wayfinder/Network/NetworkState.h"
 #include "libs/Wayfinder/Probing/HostLookups.h"
 #include "libs/Wayfinder/StoreLocations.h"
@@ -25,7 +25,6 @@ struct LocationParts {
   std::function<double()> chance;  // evenly spread over [0, 1)
   HostLookups::Resolver resolver;
   std::function<void(const std::string& message)> log;
-  std::function<bool()> changesAreWanted;
   std::function<void(const std::string& storeURL, NetworkLocation location)> changed;
   std::chrono::milliseconds pauseAfterFailure;
 
@@ -51,6 +50,11 @@ struct LocationBoard {
 // nothing is due. Lives and is used on that thread.
 class LocationLoop {
  public:
+  using TimePoint = std::chrono::steady_clock::time_point;
+
+  static constexpr std::chrono::seconds kGatheringTime{1};  // events of the network come in bursts
+  static constexpr std::chrono::seconds kRoundTime{10};     // from the change to the last answer that counts
+
   explicit LocationLoop(LocationBoard& board);
   ~LocationLoop();
   LocationLoop(const LocationLoop&) = delete;
@@ -64,16 +68,18 @@ class LocationLoop {
   void TakeStores(StoreLocations::StoreList list);
   void OpenMonitor();
   void TakeNetworkEvents();
-  void TakeLoss();
+  void LookAtNetwork();
   void ForgetDecisions();
   void DropRound();
-  void LookAtNetwork();
-  void StartRound();
+  void AskWhatIsDue();
   void MakeRound();
+  void BeginAsking(TimePoint since);
   void AdvanceRound();
   void EndRound();
   void GiveOutChanges();
   void Wait();
+  [[nodiscard]] bool IsNetworkKnown() const { return monitor_ != nullptr && network_; }
+  [[nodiscard]] bool IsAsking() const;
   [[nodiscard]] std::chrono::milliseconds TimeToNextDue() const;
 
   LocationBoard& board_;
@@ -81,11 +87,15 @@ class LocationLoop {
 
   std::unique_ptr<NetworkMonitor> monitor_;
   std::optional<NetworkState> network_;
-  bool networkWasLost_ = false;  // and perhaps came back as another one that looks the same
+  std::optional<TimePoint> gatheringSince_;  // the first event since the network was looked at
+  // And perhaps came back as another one that looks the same. Nothing is asked before the look.
+  bool networkWasLost_ = false;
   StoreLocations::StoreList list_;
-  RoundSchedule schedule_;
   std::unique_ptr<LocationRound> round_;  // kept for its repetition and for further stores
-  std::set<StorePtr> unanswered_;         // stores without an answer in the last round
+  bool asksAll_ = false;
+  TimePoint deadline_;  // when it is cut off
+  Repetition repetition_;
+  std::set<StorePtr> unanswered_;  // stores without an answer in the last round
 };
 
 }  // namespace Wayfinding

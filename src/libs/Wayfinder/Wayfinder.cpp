@@ -24,7 +24,6 @@ void GiveOut(const std::string& storeURL, Wayfinding::NetworkLocation location) 
 Wayfinding::LocationParts Parts() {
   Wayfinding::LocationParts parts = Wayfinding::LocationParts::Defaults();
   parts.log = Log;
-  parts.changesAreWanted = [] { return g_locationFunction != nullptr; };
   parts.changed = GiveOut;
   return parts;
 }
