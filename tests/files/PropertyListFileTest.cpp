@@ -269,6 +269,18 @@ TEST_F(KnownFileTest, BytesThatWereParsedOrWrittenLastAreNotParsedAgain) {
   EXPECT_EQ(Loaded(), "three");
 }
 
+TEST_F(KnownFileTest, AChangeOfWhatAnotherProgramWroteIsWrittenWhole) {
+  const Dictionary inner{{"a", 1}, {"b", 2}};
+  WriteFile(file_.Path(),
+            " " + PropertyList::Write(Dictionary{{"inner", inner}, {"other", "text"}}).substr(39));
+  for (int value = 5; value < 8; ++value) {
+    Dictionary tree = Load();
+    tree.Find("inner")->As<Dictionary>()->Set("a", value);
+    ASSERT_FALSE(Save(tree));
+    EXPECT_EQ(ReadFile(file_.Path()), PropertyList::Write(tree));
+  }
+}
+
 TEST_F(KnownFileTest, ADamagedFileIsKnownAgainAsDamaged) {
   WriteFile(file_.Path(), "garbage");
   age_ = 10;

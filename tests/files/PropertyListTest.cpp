@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <random>
 #include <utility>
@@ -23,6 +24,7 @@ using PropertyList::Entry;
 using PropertyList::Read;
 using PropertyList::Value;
 using PropertyList::Write;
+using PropertyList::WriteChange;
 
 std::string Document(const std::string& content) {
   return "<plist version=\"1.0\">" + content + "</plist>";
@@ -489,6 +491,98 @@ TEST(PropertyListTest, CopiesStayAsTheyAreWhenOneOfThemChanges) {
   EXPECT_EQ(first, (Dictionary{{"inner", Dictionary{{"a", 1}}}, {"other", "text"}}));
   EXPECT_EQ(second, (Dictionary{{"inner", Dictionary{{"a", 2}}}, {"other", "text"}}));
   EXPECT_EQ(third, (Dictionary{{"other", "changed"}}));
+}
+
+// Names that occur on every level, and texts that look like lines of the file.
+Dictionary TreeToChange() {
+  const Dictionary leaf{{"name", "\n\t\t<key>b</key>\n"}, {"a", 1}, {"real", 0.0}, {"list", Array{"a", 2}}};
+  const Dictionary branch{{"b", leaf}, {"<&>", leaf}, {"a", Dictionary()}, {"last", leaf}};
+  return {{"a", branch}, {"b", branch}, {"none", Dictionary()}, {"flag", true}};
+}
+
+Dictionary& Inner(Dictionary& tree, std::initializer_list<std::string_view> path) {
+  Dictionary* inner = &tree;
+  for (const std::string_view name : path) inner = inner->Find(name)->As<Dictionary>();
+  return *inner;
+}
+
+void ExpectTextOfChange(const std::function<void(Dictionary&)>& change) {
+  const Dictionary before = TreeToChange();
+  Dictionary tree = before;
+  change(tree);
+  EXPECT_EQ(WriteChange(tree, before, Write(before)), Write(tree));
+}
+
+TEST(PropertyListTest, TheTextOfAChangeIsThatOfTheWholeTree) {
+  ExpectTextOfChange([](Dictionary&) {});
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b", "b"}).Set("a", 7); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"a", "last"}).Set("a", 7); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b", "<&>"}).Set("new", "text"); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b", "<&>"}).Erase("name"); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b"}).Erase("b"); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b"}).Set("new", Dictionary{{"a", 1}}); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b", "a"}).Set("a", 1); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b"}).Set("b", Dictionary()); });
+  ExpectTextOfChange([](Dictionary& tree) { Inner(tree, {"b"}).Set("b", "text"); });
+  ExpectTextOfChange([](Dictionary& tree) { tree.Set("flag", false); });
+  ExpectTextOfChange([](Dictionary& tree) { tree = Dictionary(); });
+  ExpectTextOfChange([](Dictionary& tree) {
+    Inner(tree, {"b"}).Erase("last");
+    Inner(tree, {"b"}).Set("renamed", Dictionary{{"a", 1}});
+  });
+}
+
+TEST(PropertyListTest, TheTextOfSeveralChangesIsThatOfTheWholeTree) {
+  ExpectTextOfChange([](Dictionary& tree) {
+    Inner(tree, {"a", "b"}).Set("a", 7);
+    Inner(tree, {"b", "b"}).Set("a", 7);
+  });
+  ExpectTextOfChange([](Dictionary& tree) {
+    Inner(tree, {"b", "b"}).Set("a", 7);
+    Inner(tree, {"b"}).Set("a", "text");
+  });
+  ExpectTextOfChange([](Dictionary& tree) {
+    tree.Set("flag", false);
+    Inner(tree, {"b", "b"}).Set("a", 7);
+  });
+  ExpectTextOfChange([](Dictionary& tree) {
+    Inner(tree, {"b", "b"}).Set("inner", Dictionary{{"a", 1}});
+    Inner(tree, {"b", "b"}).Set("real", -0.0);
+  });
+}
+
+TEST(PropertyListTest, AChangeOfOneZeroIntoTheOtherIsWritten) {
+  const Dictionary before{{"real", 0.0}, {"inner", Dictionary{{"a", 1}}}};
+  Dictionary tree = before;
+  tree.Set("real", -0.0);
+  Inner(tree, {"inner"}).Set("a", 2);
+  EXPECT_EQ(WriteChange(tree, before, Write(before)), Write(tree));
+}
+
+TEST(PropertyListTest, TheTextOfATreeThatSharesNothingIsThatOfTheWholeTree) {
+  const Dictionary before = TreeToChange();
+  EXPECT_EQ(WriteChange(TreeToChange(), before, Write(before)), Write(before));
+  EXPECT_EQ(WriteChange(before, Dictionary(), Write(Dictionary())), Write(before));
+}
+
+TEST(PropertyListTest, WhatAChangeLeavesAloneIsNotWrittenAgain) {
+  const Dictionary before = TreeToChange();
+  Dictionary tree = before;
+  Inner(tree, {"b", "b"}).Set("a", 7);
+  std::string marked = Write(before);
+  marked.replace(marked.find("<true/>"), 7, "<mark/>");
+  EXPECT_NE(WriteChange(tree, before, marked).find("<mark/>"), std::string::npos);
+}
+
+TEST(PropertyListTest, AChangeAtTheDeepestLevelIsWritten) {
+  Dictionary before{{"value", 1}};
+  for (std::size_t level = 1; level < PropertyList::kMaximumDepth + 1; ++level)
+    before = Dictionary{{"inner", std::move(before)}, {"value", 1}};
+  Dictionary tree = before;
+  for (Dictionary* inner = &tree; inner != nullptr;
+       inner = inner->Find("inner") != nullptr ? inner->Find("inner")->As<Dictionary>() : nullptr)
+    if (inner->Find("inner") == nullptr) inner->Set("value", 2);
+  EXPECT_EQ(WriteChange(tree, before, Write(before)), Write(tree));
 }
 
 }  // namespace

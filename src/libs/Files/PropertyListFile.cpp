@@ -40,18 +40,22 @@ void PropertyListFile::Reading::Parse(std::string bytes) {
   bytes_ = std::make_shared<std::string>(std::move(bytes));
 }
 
+std::string PropertyListFile::Reading::TextWith(const PropertyList::Dictionary& root) const {
+  if (isWritten_) return PropertyList::WriteChange(root, *root_, *bytes_);
+  return PropertyList::Write(root, bytes_ != nullptr ? bytes_->size() : 0);
+}
+
 std::error_code PropertyListFile::Save(Reading& reading, PropertyList::Dictionary root) const {
   if (reading.failure_) return reading.failure_;
   if (reading.isDamaged_) {
     if (const std::error_code error = AtomicFile::KeepBeside(file_, DamagedNames())) return error;
   }
-  const auto tree = std::make_shared<const PropertyList::Value>(std::move(root));
-  const std::size_t sizeBefore = reading.bytes_ != nullptr ? reading.bytes_->size() : 0;
-  auto bytes = std::make_shared<const std::string>(PropertyList::Write(*tree, sizeBefore));
+  auto bytes = std::make_shared<const std::string>(reading.TextWith(root));
   if (const std::error_code error = AtomicFile::Replace(file_, *bytes)) return error;
   reading = Reading();
-  reading.root_ = {tree, tree->As<PropertyList::Dictionary>()};
+  reading.root_ = std::make_shared<PropertyList::Dictionary>(std::move(root));
   reading.bytes_ = std::move(bytes);
+  reading.isWritten_ = true;
   return {};
 }
 

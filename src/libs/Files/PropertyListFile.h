@@ -30,11 +30,14 @@ class PropertyListFile {
    private:
     friend class PropertyListFile;
     void Parse(std::string bytes);
+    // The file's text when this becomes its root.
+    [[nodiscard]] std::string TextWith(const PropertyList::Dictionary& root) const;
 
     std::shared_ptr<const PropertyList::Dictionary> root_;
     std::error_code failure_;
     bool isDamaged_ = false;
     std::shared_ptr<const std::string> bytes_;
+    bool isWritten_ = false;  // the bytes are what Write gave for the root
     std::optional<AtomicFile::Stamp> stamp_;
   };
 

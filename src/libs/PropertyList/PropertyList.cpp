@@ -142,6 +142,10 @@ bool Dictionary::Empty() const {
   return Entries().empty();
 }
 
+bool Dictionary::SharesEntriesWith(const Dictionary& other) const {
+  return &content_.Get() == &other.content_.Get();
+}
+
 bool Dictionary::operator==(const Dictionary& other) const {
   return Entries() == other.Entries();
 }

@@ -58,6 +58,9 @@ class Dictionary {
   [[nodiscard]] const std::vector<Entry>& Entries() const;
   [[nodiscard]] bool Empty() const;
 
+  // Whether the two are copies of which none has been changed since. What is equal need not be shared.
+  [[nodiscard]] bool SharesEntriesWith(const Dictionary& other) const;
+
   // Equal entries in the same order.
   bool operator==(const Dictionary& other) const;
 
@@ -126,6 +129,12 @@ using SharedDictionaries = std::vector<std::shared_ptr<const Dictionary>>;
 // WritableText, and containers deeper than the limit are left out with their names. Room for about as many
 // bytes as expected is made at once.
 [[nodiscard]] std::string Write(const Value& root, std::size_t expectedBytes = 0);
+
+// The same text as Write(root), made from the text that Write gave for `before`: where all differences lie in
+// one dictionary that was changed in a copy of `before`, only that one is written anew. All texts have to be
+// WritableText.
+[[nodiscard]] std::string WriteChange(const Dictionary& root, const Dictionary& before,
+                                      std::string_view textBefore);
 
 // Whether XML can hold the character: neither a control character other than white space, U+FFFE or U+FFFF,
 // nor what is no character at all.

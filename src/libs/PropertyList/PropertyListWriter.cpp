@@ -6,6 +6,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <functional>
+#include <optional>
 
 namespace PropertyList {
 namespace {
@@ -87,21 +89,21 @@ std::string Base64Text(const Data& data) {
 
 class Writer {
  public:
-  std::string Document(const Value& root, std::size_t expectedBytes) {
+  explicit Writer(std::size_t expectedBytes) {
     constexpr std::size_t kRoomToGrow = 4096;
     out_.reserve(expectedBytes + kRoomToGrow);
-    out_ = kHeader;
-    WriteValue(root, 0);
-    out_ += "</plist>\n";
-    return std::move(out_);
   }
 
- private:
+  // Appends what is a part of the document already.
+  void Append(std::string_view lines) { out_ += lines; }
+  [[nodiscard]] std::string Document() { return std::move(out_); }
+
   // The depth is the number of containers around the value, and its indentation.
   void WriteValue(const Value& value, std::size_t depth) {
     std::visit([this, depth](const auto& kind) { Write(kind, depth); }, value.Get());
   }
 
+ private:
   static bool IsTooDeep(const Value& value, std::size_t depth) {
     return depth >= kMaximumDepth && (value.As<Dictionary>() != nullptr || value.As<Array>() != nullptr);
   }
@@ -164,10 +166,81 @@ class Writer {
   std::string out_;
 };
 
+// Whether the two are known to be written alike, without looking into containers. Reals that are equal need
+// not be: there are two zeros.
+bool AreSame(const Value& one, const Value& other) {
+  if (one.As<Array>() != nullptr || one.As<double>() != nullptr) return false;
+  const auto* const dictionary = one.As<Dictionary>();
+  const auto* const otherDictionary = other.As<Dictionary>();
+  if (dictionary == nullptr || otherDictionary == nullptr) return one == other;
+  return dictionary->SharesEntriesWith(*otherDictionary);
+}
+
+// A dictionary and what was under its name before.
+struct ChangedDictionary {
+  std::string_view key;
+  const Dictionary* now;
+  const Dictionary* before;
+};
+
+// The one dictionary in which all differences lie, when neither it nor what it was is empty.
+std::optional<ChangedDictionary> OnlyChange(const Dictionary& now, const Dictionary& before) {
+  const auto isSame = [](const Entry& one, const Entry& other) {
+    return one.key == other.key && AreSame(one.value, other.value);
+  };
+  const auto [entry, entryBefore] = std::ranges::mismatch(now.Entries(), before.Entries(), isSame);
+  if (entry == now.Entries().end() || entryBefore == before.Entries().end()) return std::nullopt;
+  if (entry->key != entryBefore->key) return std::nullopt;
+  if (!std::ranges::equal(entry + 1, now.Entries().end(), entryBefore + 1, before.Entries().end(), isSame))
+    return std::nullopt;
+  const ChangedDictionary change{entry->key, entry->value.As<Dictionary>(),
+                                 entryBefore->value.As<Dictionary>()};
+  if (change.now == nullptr || change.before == nullptr || change.now->Empty() || change.before->Empty())
+    return std::nullopt;
+  return change;
+}
+
+// The line of the name of an entry at `depth`. Nothing else in a document looks like it: a text has no tags,
+// and what lies deeper has more tabs.
+std::string NameLine(std::string_view key, std::size_t depth) {
+  std::string line = "\n";
+  line.append(depth, '\t').append("<key>");
+  AppendEscaped(key, line);
+  return line += "</key>\n";
+}
+
+// What is left behind the piece. Skips through the text, in which lines begin everywhere.
+std::string_view Behind(std::string_view piece, std::string_view text) {
+  const std::boyer_moore_horspool_searcher search(piece.begin(), piece.end());
+  return {search(text.begin(), text.end()).second, text.end()};
+}
+
 }  // namespace
 
 std::string Write(const Value& root, std::size_t expectedBytes) {
-  return Writer().Document(root, expectedBytes);
+  Writer writer(expectedBytes);
+  writer.Append(kHeader);
+  writer.WriteValue(root, 0);
+  writer.Append("</plist>\n");
+  return writer.Document();
+}
+
+std::string WriteChange(const Dictionary& root, const Dictionary& before, std::string_view textBefore) {
+  const Dictionary* changed = &root;
+  std::string_view rest = textBefore.substr(kHeader.size());
+  std::size_t depth = 0;
+  for (auto change = OnlyChange(root, before); change && depth + 1 < kMaximumDepth;
+       change = OnlyChange(*change->now, *change->before)) {
+    rest = Behind(NameLine(change->key, ++depth), rest);
+    changed = change->now;
+  }
+  if (depth == 0) return Write(root, textBefore.size());
+  Writer writer(textBefore.size());
+  writer.Append({textBefore.begin(), rest.begin()});
+  writer.WriteValue(*changed, depth);
+  const std::string lastLine = '\n' + std::string(depth, '\t') + "</dict>\n";
+  writer.Append(Behind(lastLine, rest));
+  return writer.Document();
 }
 
 std::string WritableText(std::string_view text) {
