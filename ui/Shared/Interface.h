@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Shared/Gtk.h"
 #include "Shared/Owners.h"
 
 // An interface that was designed in a `.ui` file of the program's resources, its texts translated. What is in

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Shared/Gtk.h"
+#include "Shared/Gio.h"
 #include "libs/Lifetime/UniqueHandle.h"
 
 // One reference on an object.

@@ -1,0 +1,4 @@
+#pragma once
+
+// What GTK stands on: objects, the bus, processes.
+#include <gio/gio.h>
