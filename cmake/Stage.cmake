@@ -6,4 +6,4 @@ add_custom_target(stage ALL
   COMMENT "Staging the application's folder"
   VERBATIM)
 add_dependencies(stage ServiceRecords srctl ServiceRecordUI servicerecord-dialog servicerecord-dialog-window
-  Warden_SDK servicerecord-credential servicerecord-launch)
+  Warden_SDK servicerecord-credential servicerecord-launch servicerecords-stores)

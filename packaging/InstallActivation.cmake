@@ -4,12 +4,14 @@ set(prefix ${CMAKE_INSTALL_PREFIX})
 cmake_path(ABSOLUTE_PATH prefix NORMALIZE)
 string(REGEX REPLACE "/$" "" prefix "${prefix}")
 set(SR_PROGRAM ${prefix}/${bundleFolder}/ServiceRecords)
+set(SR_STORES_PROGRAM ${prefix}/${binFolder}/servicerecords-stores)
 
 if(SR_PROGRAM MATCHES "[\"'`$%\\;]")
   message(FATAL_ERROR "The prefix ${prefix} holds a character that unit and desktop files reserve; choose another.")
 endif()
 if(SR_PROGRAM MATCHES " ")
   set(SR_PROGRAM "\"${SR_PROGRAM}\"")
+  set(SR_STORES_PROGRAM "\"${SR_STORES_PROGRAM}\"")
 endif()
 
 function(install_configured template folder)
@@ -21,8 +23,10 @@ endfunction()
 
 install_configured(dbus/com.morvane.Beacons.service.in ${dataFolder}/dbus-1/services)
 install_configured(dbus/com.morvane.ServiceRecords.service.in ${dataFolder}/dbus-1/services)
+install_configured(dbus/com.morvane.ServiceRecords.Stores.service.in ${dataFolder}/dbus-1/services)
 install_configured(systemd/servicerecords.service.in lib/systemd/user)
 install_configured(desktop/com.morvane.ServiceRecords.desktop.in ${dataFolder}/applications)
+install_configured(desktop/com.morvane.ServiceRecords.Stores.desktop.in ${dataFolder}/applications)
 
 # A package is unpacked elsewhere, and its databases are the business of the package manager there.
 if(NOT "$ENV{DESTDIR}" STREQUAL "")
@@ -42,3 +46,7 @@ endfunction()
 
 update_database(update-mime-database ${prefix}/${dataFolder}/mime)
 update_database(update-desktop-database ${prefix}/${dataFolder}/applications)
+# A cache that is older than the icons would hide them; without a cache they are found, too.
+if(EXISTS ${prefix}/${dataFolder}/icons/hicolor/icon-theme.cache)
+  update_database(gtk4-update-icon-cache ${prefix}/${dataFolder}/icons/hicolor)
+endif()

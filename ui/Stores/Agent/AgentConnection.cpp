@@ -1,0 +1,167 @@
+#include "Agent/AgentConnection.h"
+
+#include "Agent/Reading.h"
+#include "libs/Bus/ServiceNames.h"
+
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+// The agent may first have to be started.
+constexpr int kSoon = 60 * 1000;
+constexpr int kAtLast = G_MAXINT;
+
+constexpr char kOpeningsPath[] = "/com/morvane/ServiceRecords/Openings";
+constexpr char kOpeningsInterface[] = "com.morvane.ServiceRecords.Openings";
+
+std::string TextOf(GError* error) {
+  g_dbus_error_strip_remote_error(error);
+  return error->message;
+}
+
+// For a reply that holds one value.
+template <class Result, class Read>
+auto ReadingOne(const AgentConnection::Answer<Result>& answer, Read read) {
+  return [answer, read](GVariant* reply, const std::string& problem) {
+    if (reply == nullptr) return answer(std::nullopt, problem);
+    const VariantPtr value(g_variant_get_child_value(reply, 0));
+    answer(read(value.get()), problem);
+  };
+}
+
+bool ReadBool(GVariant* value) {
+  return g_variant_get_boolean(value) != FALSE;
+}
+
+SavedState ReadState(GVariant* property) {
+  const VariantPtr value(g_variant_get_variant(property));
+  const bool isWord = g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING) != FALSE;
+  return isWord ? reading::StateOf(g_variant_get_string(value.get(), nullptr)) : SavedState::Good;
+}
+
+}  // namespace
+
+const AgentConnection::Service AgentConnection::kStores{
+    ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath, ServiceNames::kServiceRecordsInterface};
+const AgentConnection::Service AgentConnection::kBeacons{ServiceNames::kBeacons, ServiceNames::kBeaconsPath,
+                                                         ServiceNames::kBeaconsInterface};
+const AgentConnection::Service AgentConnection::kOpenings{ServiceNames::kServiceRecords, kOpeningsPath,
+                                                          kOpeningsInterface};
+const AgentConnection::Service AgentConnection::kProperties{
+    ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath, "org.freedesktop.DBus.Properties"};
+
+AgentConnection::AgentConnection(GDBusConnection* bus, Observer observer)
+    : bus_(Shared(bus)), observer_(std::move(observer)) {
+  Subscribe();
+  ownerWatch_ =
+      g_bus_watch_name_on_connection(bus, ServiceNames::kServiceRecords, G_BUS_NAME_WATCHER_FLAGS_NONE,
+                                     &NoteOwner, &NoteNoOwner, this, nullptr);
+}
+
+AgentConnection::~AgentConnection() {
+  g_cancellable_cancel(gone_.get());
+  g_bus_unwatch_name(ownerWatch_);
+}
+
+void AgentConnection::Subscribe() {
+  subscriptions_.emplace_back(bus_.get(),
+                              SignalRule{.interface = ServiceNames::kNotificationsInterface,
+                                         .member = "Posted",
+                                         .path = ServiceNames::kNotificationsPath},
+                              "(ss)", [this](GVariant* parameters) { NoteNotification(parameters); });
+  const auto ofOpenings = [](const char* member) {
+    return SignalRule{.sender = ServiceNames::kServiceRecords,
+                      .interface = kOpeningsInterface,
+                      .member = member,
+                      .path = kOpeningsPath};
+  };
+  subscriptions_.emplace_back(bus_.get(), ofOpenings("StoresChanged"), "(aa{sv})",
+                              [this](GVariant* /*parameters*/) { observer_.storesChanged(); });
+  subscriptions_.emplace_back(bus_.get(), ofOpenings("Finished"), "(tsaa{sv})", [this](GVariant* parameters) {
+    observer_.openingFinished(reading::FinishedOpening(parameters));
+  });
+}
+
+void AgentConnection::NoteOwner(GDBusConnection* /*bus*/, const char* /*name*/, const char* /*owner*/,
+                                gpointer self) {
+  static_cast<AgentConnection*>(self)->observer_.agentCame();
+}
+
+void AgentConnection::NoteNoOwner(GDBusConnection* /*bus*/, const char* /*name*/, gpointer self) {
+  static_cast<AgentConnection*>(self)->observer_.agentWent();
+}
+
+void AgentConnection::NoteNotification(GVariant* parameters) {
+  const char* name = nullptr;
+  const char* object = nullptr;
+  g_variant_get(parameters, "(&s&s)", &name, &object);
+  const std::string_view notification = name;
+  if (notification == ServiceNames::kStoresUpdatedNotification) {
+    observer_.storesChanged();
+  } else if (notification == ServiceNames::kLocationChangedNotification) {
+    observer_.locationChanged(object);
+  } else if (notification == ServiceNames::kLoggingNotification) {
+    observer_.loggingChanged();
+  }
+}
+
+void AgentConnection::TakeReply(GObject* bus, GAsyncResult* result, gpointer handler) {
+  const std::unique_ptr<ReplyHandler> owner(static_cast<ReplyHandler*>(handler));
+  ErrorPtr error;
+  const VariantPtr reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, Out(error)));
+  if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED)) return;
+  (*owner)(reply.get(), error ? TextOf(error.get()) : std::string());
+}
+
+void AgentConnection::Call(const Service& service, const char* method, GVariant* arguments,
+                           const char* replyType, int timeOutMilliseconds, ReplyHandler handler) {
+  g_dbus_connection_call(bus_.get(), service.name, service.path, service.interface, method, arguments,
+                         G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, timeOutMilliseconds, gone_.get(),
+                         &TakeReply, std::make_unique<ReplyHandler>(std::move(handler)).release());
+}
+
+void AgentConnection::AllStores(const Answer<std::vector<Store>>& answer) {
+  Call(kStores, "allStores", nullptr, "(aa{sv})", kSoon,
+       ReadingOne(answer, [](GVariant* value) { return reading::Stores(value); }));
+}
+
+void AgentConnection::StateOfSavedStores(const Answer<SavedState>& answer) {
+  Call(kProperties, "Get", g_variant_new("(ss)", kStores.interface, "stateOfSavedStores"), "(v)", kSoon,
+       ReadingOne(answer, ReadState));
+}
+
+void AgentConnection::LocationForStore(const std::string& url, const Answer<Location>& answer) {
+  Call(kBeacons, "explainLocationForStore", g_variant_new("(s)", url.c_str()), "(ts)", kSoon,
+       [answer](GVariant* reply, const std::string& problem) {
+         if (reply == nullptr) return answer(std::nullopt, problem);
+         Location location;
+         const char* reason = nullptr;
+         g_variant_get(reply, "(t&s)", &location.number, &reason);
+         location.reason = reason;
+         answer(location, problem);
+       });
+}
+
+void AgentConnection::DeleteStore(const std::string& id, const Answer<bool>& answer) {
+  Call(kStores, "deleteStore", g_variant_new("(s)", id.c_str()), "(b)", kAtLast,
+       ReadingOne(answer, ReadBool));
+}
+
+void AgentConnection::SetDefaultGateway(const std::string& id, const std::string& gateway,
+                                        const Answer<bool>& answer) {
+  Call(kStores, "setDefaultGatewayForStoreIDTo", g_variant_new("(ss)", id.c_str(), gateway.c_str()), "(b)",
+       kAtLast, ReadingOne(answer, ReadBool));
+}
+
+void AgentConnection::OpenFile(const std::string& absolutePath, const Answer<std::uint64_t>& answer) {
+  Call(kOpenings, "Open", g_variant_new("(sa{sv})", absolutePath.c_str(), nullptr), "(t)", kSoon,
+       ReadingOne(answer, [](GVariant* value) { return std::uint64_t{g_variant_get_uint64(value)}; }));
+}
+
+void AgentConnection::AnnounceLogging() {
+  g_dbus_connection_emit_signal(bus_.get(), nullptr, ServiceNames::kNotificationsPath,
+                                ServiceNames::kNotificationsInterface, "Posted",
+                                g_variant_new("(ss)", ServiceNames::kLoggingNotification, ""), nullptr);
+}

@@ -1,0 +1,88 @@
+#include "Model/OutcomeSentences.h"
+
+#include "Shared/ShownText.h"
+#include "Shared/Translations.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace outcomesentences {
+namespace {
+
+constexpr std::size_t kMostNamed = 6;
+
+struct Pattern {
+  std::string_view outcome;
+  const char* ofStore;
+  const char* ofFile;
+};
+
+#define N_(text) text
+
+constexpr std::array kPatterns{
+    Pattern{"added", N_("“{store}” was added."), N_("The stores of “{file}” were added.")},
+    Pattern{"replaced", N_("“{store}” was replaced by what the file describes."),
+            N_("Stores were replaced by what “{file}” describes.")},
+    Pattern{"declined", N_("“{store}” was not added, because you decided against it."),
+            N_("“{file}” was not opened, because you decided against it.")},
+    Pattern{"server-not-verified", N_("“{store}” was not added, because its server could not be verified."),
+            N_("No store of “{file}” was added, because no server could be verified.")},
+    Pattern{"not-a-service-record", N_("“{store}” was not added, because its description is not complete."),
+            N_("“{file}” is not a service record. Open the file that your administrator gave you.")},
+    Pattern{"could-not-ask", N_("“{store}” was not added, because its question could not be shown."),
+            N_("“{file}” was not opened, because its question could not be shown.")},
+    Pattern{"not-saved", N_("“{store}” could not be saved."),
+            N_("The stores of “{file}” could not be saved.")},
+    Pattern{"ended", N_("“{store}” was not added, because the agent was ended."),
+            N_("“{file}” was not opened, because the agent was ended.")}};
+
+const Pattern* PatternFor(std::string_view outcome) {
+  const auto* const found =
+      std::find_if(kPatterns.begin(), kPatterns.end(),
+                   [outcome](const Pattern& pattern) { return pattern.outcome == outcome; });
+  return found != kPatterns.end() ? found : nullptr;
+}
+
+std::string OfFile(const Finished& finished, const std::string& fileName) {
+  const std::string shown = ShownText::Name(fileName);
+  const Pattern* const pattern = PatternFor(finished.outcome);
+  const char* const text = pattern ? pattern->ofFile : N_("“{file}” was opened.");
+  return ShownText::Sentence(Translated(text), {{"file", shown}});
+}
+
+std::string OfStore(const StoreOutcome& store) {
+  const std::string shown = ShownText::Name(store.name);
+  const Pattern* const pattern = PatternFor(store.outcome);
+  const char* const text = pattern ? pattern->ofStore : N_("“{store}” was looked at.");
+  std::string sentence = ShownText::Sentence(Translated(text), {{"store", shown}});
+  if (!store.reason.empty()) sentence += " " + ShownText::Isolated(ShownText::Whole(store.reason));
+  return sentence;
+}
+
+std::string OfTheRest(std::size_t count) {
+  return ShownText::Sentence(
+      TranslatedCount("The file has {count} more store.", "The file has {count} more stores.",
+                      static_cast<unsigned long>(count)),
+      {{"count", std::to_string(count)}});
+}
+
+}  // namespace
+
+std::string Of(const Finished& finished, const std::string& fileName) {
+  if (finished.stores.empty()) return OfFile(finished, fileName);
+  const std::size_t named = std::min(finished.stores.size(), kMostNamed);
+  std::string lines;
+  for (std::size_t index = 0; index < named; ++index) {
+    if (index > 0) lines += '\n';
+    lines += OfStore(finished.stores[index]);
+  }
+  if (named < finished.stores.size()) lines += '\n' + OfTheRest(finished.stores.size() - named);
+  return lines;
+}
+
+bool IsGood(const Finished& finished) {
+  return finished.outcome == "added" || finished.outcome == "replaced";
+}
+
+}  // namespace outcomesentences

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Model/Store.h"
+
+#include <string>
+
+// What became of a file that was opened, in sentences in the user's language, fit for a window.
+namespace outcomesentences {
+
+// A sentence for each store, in lines of their own, or one for the file where it has no stores. Of many
+// stores only the first few are named. `fileName`: as a person calls the file.
+[[nodiscard]] std::string Of(const Finished& finished, const std::string& fileName);
+
+// Whether all went as the user wanted.
+[[nodiscard]] bool IsGood(const Finished& finished);
+
+}  // namespace outcomesentences

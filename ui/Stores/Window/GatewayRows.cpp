@@ -1,0 +1,56 @@
+#include "Window/GatewayRows.h"
+
+#include "Shared/ShownText.h"
+#include "Shared/Signals.h"
+#include "Shared/Widgets.h"
+#include "Window/Rows.h"
+
+#include <algorithm>
+
+namespace {
+
+bool IsSame(const Gateway& left, const Gateway& right) {
+  return left.name == right.name && left.url == right.url;
+}
+
+}  // namespace
+
+void GatewayRows::Show(const std::vector<Gateway>& gateways) {
+  gtk_widget_set_visible(GTK_WIDGET(group_), !gateways.empty());
+  isFilling_ = true;
+  // Rows that stay keep the focus.
+  if (!std::equal(gateways.begin(), gateways.end(), shown_.begin(), shown_.end(), IsSame)) Fill(gateways);
+  for (std::size_t index = 0; index < gateways.size(); ++index) {
+    gtk_check_button_set_active(buttons_[index], gateways[index].isDefault);
+  }
+  isFilling_ = false;
+}
+
+void GatewayRows::Fill(const std::vector<Gateway>& gateways) {
+  Clear();
+  for (const Gateway& gateway : gateways) Add(gateway);
+  shown_ = gateways;
+}
+
+void GatewayRows::Clear() {
+  for (AdwActionRow* row : rows_) adw_preferences_group_remove(group_, GTK_WIDGET(row));
+  rows_.clear();
+  buttons_.clear();
+}
+
+void GatewayRows::Add(const Gateway& gateway) {
+  const std::string name = ShownText::Name(gateway.name);
+  AdwActionRow* const row = rows::Make(name, ShownText::HostOf(gateway.url));
+  GtkWidget* const button = gtk_check_button_new();
+  Widgets::SetAccessibleName(button, name);
+  if (!buttons_.empty()) gtk_check_button_set_group(GTK_CHECK_BUTTON(button), buttons_.front());
+  gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
+  adw_action_row_add_prefix(row, button);
+  adw_action_row_set_activatable_widget(row, button);
+  Signals::Connect(button, "toggled", [this, button, gatewayName = gateway.name] {
+    if (!isFilling_ && gtk_check_button_get_active(GTK_CHECK_BUTTON(button))) choose_(gatewayName);
+  });
+  adw_preferences_group_add(group_, GTK_WIDGET(row));
+  rows_.push_back(row);
+  buttons_.push_back(GTK_CHECK_BUTTON(button));
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "Shared/Adwaita.h"
+
+#include <functional>
+#include <string>
+
+// Asks whether the store of that name is to be removed, and calls `remove` when it is.
+void AskWhetherToRemove(GtkWindow* parent, const std::string& storeName, const std::function<void()>& remove);

@@ -1,0 +1,20 @@
+#include "Window/Rows.h"
+
+#include "Shared/Widgets.h"
+
+namespace rows {
+
+void SetTexts(AdwActionRow* row, const std::string& title, const std::string& subtitle) {
+  adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title.c_str());
+  adw_action_row_set_subtitle(row, subtitle.c_str());
+  Widgets::SetAccessibleDescription(GTK_WIDGET(row), subtitle);
+}
+
+AdwActionRow* Make(const std::string& title, const std::string& subtitle) {
+  AdwActionRow* const row = ADW_ACTION_ROW(adw_action_row_new());
+  adw_preferences_row_set_use_markup(ADW_PREFERENCES_ROW(row), FALSE);
+  SetTexts(row, title, subtitle);
+  return row;
+}
+
+}  // namespace rows

@@ -1,0 +1,53 @@
+#include "Window/StoreDetails.h"
+
+#include "Model/LocationWords.h"
+#include "Shared/ShownText.h"
+#include "Window/Rows.h"
+
+StoreDetails::StoreDetails(const Parts& parts)
+    : gateways_(interface_.Get<AdwPreferencesGroup>("gateways"),
+                [this, choose = parts.chooseGateway](const std::string& gatewayName) {
+                  choose(StoreOf(item_.get()).id, gatewayName);
+                }),
+      check_(interface_, parts.checkProgram) {}
+
+StoreDetails::~StoreDetails() {
+  Forget();
+}
+
+void StoreDetails::SetItem(StoreItem* item) {
+  if (item == item_.get()) return;
+  Forget();
+  item_ = Shared(item);
+  const auto show = [](StoreDetails* self) { self->Show(); };
+  changed_ = g_signal_connect_swapped(item, "changed", G_CALLBACK(+show), this);
+  check_.SetStore(StoreOf(item).id);
+  Show();
+}
+
+void StoreDetails::Refresh() {
+  if (item_) gateways_.Show(StoreOf(item_.get()).gateways);
+}
+
+void StoreDetails::Forget() {
+  if (item_) g_signal_handler_disconnect(item_.get(), changed_);
+  item_.reset();
+}
+
+void StoreDetails::Show() {
+  const Store& store = StoreOf(item_.get());
+  gtk_label_set_text(interface_.Get<GtkLabel>("name"), ShownText::Name(store.name).c_str());
+  gtk_label_set_text(interface_.Get<GtkLabel>("host"), ShownText::HostOf(store.url).c_str());
+  adw_action_row_set_subtitle(interface_.Get<AdwActionRow>("address"), ShownText::Whole(store.url).c_str());
+  adw_action_row_set_subtitle(interface_.Get<AdwActionRow>("identifier"), ShownText::Whole(store.id).c_str());
+  gateways_.Show(store.gateways);
+  ShowLocation();
+}
+
+void StoreDetails::ShowLocation() {
+  const auto& location = LocationOf(item_.get());
+  const locationwords::Words words = locationwords::Of(location ? location->number : 0);
+  rows::SetTexts(interface_.Get<AdwActionRow>("location"), words.sentence,
+                 location ? ShownText::Whole(location->reason) : std::string());
+  gtk_image_set_from_icon_name(interface_.Get<GtkImage>("locationIcon"), words.icon);
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Model/StoreItem.h"
+#include "Shared/Interface.h"
+#include "Window/CheckView.h"
+#include "Window/GatewayRows.h"
+
+#include <functional>
+#include <string>
+
+// Everything about one store.
+class StoreDetails {
+ public:
+  struct Parts {
+    std::string checkProgram;  // the path of srctl
+    std::function<void(const std::string& storeID, const std::string& gatewayName)> chooseGateway;
+  };
+
+  explicit StoreDetails(const Parts& parts);
+  ~StoreDetails();
+  StoreDetails(const StoreDetails&) = delete;
+  StoreDetails& operator=(const StoreDetails&) = delete;
+
+  [[nodiscard]] GtkWidget* Widget() const { return interface_.Get("details"); }
+
+  // Shows that store from now on, with its changes.
+  void SetItem(StoreItem* item);
+  // The same again, after something that the user chose could not be done.
+  void Refresh();
+  // Null before the first.
+  [[nodiscard]] StoreItem* Item() const { return item_.get(); }
+
+ private:
+  void Forget();
+  void Show();
+  void ShowLocation();
+
+  const Interface interface_{"/com/morvane/ServiceRecords/Stores/store-details.ui"};
+  GatewayRows gateways_;
+  CheckView check_;
+  ObjectPtr<StoreItem> item_;
+  gulong changed_ = 0;
+};
