@@ -27,13 +27,22 @@ namespace {
 using ::testing::AllOf;
 using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 constexpr const char* kDetails = "<plist version=\"1.0\"><dict/></plist>";
 constexpr const char* kMessage =
     "<plist version=\"1.0\"><dict><key>ErrorTitle</key><string>Bad file</string>"
     "<key>ErrorMessage</key><string>It cannot be read.</string></dict></plist>";
+
+// A box that tells which program shows what.
+constexpr const char* kShowsMessages =
+    "while read -r word version dialog size; do\n"
+    "details=$(head -c \"$size\"); text=${details##*<key>ErrorMessage</key><string>}\n"
+    "echo \"$$ ${text%%<*}\" >event; echo accepted; done";
 
 class DialogModuleTest : public ::testing::Test {
  protected:
@@ -48,6 +57,13 @@ class DialogModuleTest : public ::testing::Test {
     host.terminalDescriptor = terminal;
     host.withdrawalDescriptor = withdrawal;
     return module_.EntryPointsFor(host)->addStore(kDetails);
+  }
+
+  void ShowError(int opening, const std::string& text) const {
+    module_.EntryPoints().errorMessage(
+        ("<plist version=\"1.0\"><dict><key>OpeningID</key><integer>" + std::to_string(opening) +
+         "</integer><key>ErrorMessage</key><string>" + text + "</string></dict></plist>")
+            .c_str());
   }
 
   // A named pipe through which the dialog program tells that it has got somewhere.
@@ -411,7 +427,7 @@ TEST_F(DialogModuleTest, FourErrorBoxesAreOpenAtATimeAndTheRestIsLogged) {
 
 TEST_F(DialogModuleTest, AnErrorBoxThatIsClosedMakesPlaceForAnother) {
   MakeEventPipe();
-  module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted; echo $$ >event; read -r never");
   static_cast<void>(CapturedSyslog::TakeLines());
   for (int i = 0; i < 3; ++i) module_.EntryPoints().errorMessage(kDetails);
   for (int i = 0; i < 3; ++i) static_cast<void>(NextEvent());
@@ -426,10 +442,13 @@ TEST_F(DialogModuleTest, AnErrorBoxThatIsClosedMakesPlaceForAnother) {
 }
 
 TEST_F(DialogModuleTest, ErrorBoxesThatCannotBeStartedTakeNoPlace) {
-  for (int i = 0; i < 8; ++i) module_.EntryPoints().errorMessage(kDetails);
+  static_cast<void>(CapturedSyslog::TakeLines());
+  for (int i = 0; i < 8; ++i) {
+    module_.EntryPoints().errorMessage(kMessage);
+    EXPECT_THAT(NextLogLine(), StartsWith("This error message could not be shown"));
+  }
   MakeEventPipe();
   module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never");
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   for (int i = 0; i < 4; ++i) module_.EntryPoints().errorMessage(kDetails);
 
@@ -469,14 +488,91 @@ TEST_F(DialogModuleTest, AnErrorMessageThatWasShownIsNotLogged) {
 TEST_F(DialogModuleTest, AnErrorBoxThatCannotBeStartedLeavesNoProcessBehindAndIsLogged) {
   static_cast<void>(CapturedSyslog::TakeLines());
 
-  module_.EntryPoints().errorMessage(kMessage);
   module_.EntryPoints().errorMessage(nullptr);
+  module_.EntryPoints().errorMessage(kMessage);
 
-  EXPECT_THAT(CapturedSyslog::TakeLines(),
-              ElementsAre("This error message could not be shown: Bad file: It cannot be read."));
-
+  EXPECT_EQ(NextLogLine(), "This error message could not be shown: Bad file: It cannot be read.");
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
   EXPECT_EQ(errno, ECHILD);
+}
+
+TEST_F(DialogModuleTest, TheErrorMessagesOfOneOpeningGatherInOneBox) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(kShowsMessages);
+
+  for (const char* const text : {"one", "two", "three"}) ShowError(7, text);
+
+  const std::string first = NextEvent();
+  const std::string program = first.substr(0, first.find(' '));
+  EXPECT_EQ(first, program + " one\n");
+  EXPECT_EQ(NextEvent(), program + " two\n");
+  EXPECT_EQ(NextEvent(), program + " three\n");
+}
+
+TEST_F(DialogModuleTest, AnotherOpeningsErrorMessageHasABoxOfItsOwn) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(kShowsMessages);
+
+  ShowError(7, "one");
+  const pid_t first = std::stoi(NextEvent());
+  ShowError(8, "two");
+  EXPECT_NE(std::stoi(NextEvent()), first);
+  ShowError(7, "three");
+  EXPECT_EQ(std::stoi(NextEvent()), first);
+}
+
+TEST_F(DialogModuleTest, AnErrorMessageThatComesAsTheBoxClosesIsShownInAnother) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(
+      "readRequest; echo \"$$ $(cat details)\" >event; echo accepted; read -r next");
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  ShowError(7, "one");
+  const std::string first = NextEvent();
+  ShowError(7, "two");
+  const std::string second = NextEvent();
+
+  EXPECT_THAT(first, HasSubstr("one"));
+  EXPECT_THAT(second, AllOf(HasSubstr("two"), Not(StartsWith(first.substr(0, first.find(' ') + 1)))));
+  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+}
+
+TEST_F(DialogModuleTest, ABoxThatWasClosedIsOpenedAgainForTheNextMessageOfItsOpening) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted; echo $$ >event");
+
+  for (int i = 0; i < 8; ++i) {
+    ShowError(7, "again");
+    EXPECT_TRUE(IsGoneSoon(std::stoi(NextEvent())));
+  }
+}
+
+TEST_F(DialogModuleTest, OneOpeningHasAtMost32ErrorMessages) {
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(kShowsMessages);
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  for (int i = 0; i < 35; ++i) ShowError(7, "text");
+
+  for (int i = 0; i < 32; ++i) EXPECT_NE(NextEvent(), "");
+  EXPECT_THAT(CapturedSyslog::TakeLines(),
+              AllOf(SizeIs(3), Each("Too many error messages are open for this one: : text")));
+  EXPECT_FALSE(HasEvent());
+}
+
+TEST_F(DialogModuleTest, AnErrorMessageKeepsTheTerminalThatItWasGiven) {
+  const PseudoTerminal terminal;
+  MakeEventPipe();
+  module_.Bundle().ScriptDialogProgram(
+      "readRequest; readlink /proc/$$/fd/3 >event; echo accepted; read -r never");
+  SRUIHost host = module_.Host();
+  {
+    const FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
+    host.terminalDescriptor = given.Get();
+    module_.EntryPointsFor(host)->errorMessage(kMessage);
+  }
+
+  EXPECT_EQ(NextEvent(), terminal.Path() + "\n");
 }
 
 TEST_F(DialogModuleTest, TheModuleHasNoViewOfAStore) {

@@ -5,29 +5,30 @@
 #include <string_view>
 #include <utility>
 
-DialogConversation::DialogConversation(HelperProcess program, std::string request, int termination,
-                                       int withdrawal)
-    : conversation_(std::move(program), termination, withdrawal), request_(std::move(request)) {
+DialogConversation::DialogConversation(HelperProcess program, std::string request, int interruption,
+                                       int furtherInterruption)
+    : conversation_(std::move(program), interruption, furtherInterruption), request_(std::move(request)) {
   reply_.reserve(DialogWire::kMaximumReply);
 }
 
 std::optional<DialogWire::Reply> DialogConversation::AwaitReply() {
-  while (conversation_.Continue(request_)) {
+  while (!isOver_) {
+    if (const std::optional<DialogWire::Reply> reply = TakeReply()) return reply;
+    if (isOver_ || !conversation_.Continue(request_)) return std::nullopt;
     Read();
-    if (const std::size_t end = reply_.find('\n'); end != std::string::npos) {
-      return DialogWire::ReplyOf(std::string_view(reply_).substr(0, end));
-    }
-    if (conversation_.IsOver() || reply_.size() >= DialogWire::kMaximumReply) return std::nullopt;
+    const bool isWhole = reply_.find('\n') != std::string::npos;
+    isOver_ = !isWhole && (conversation_.IsOver() || reply_.size() >= DialogWire::kMaximumReply);
   }
   return std::nullopt;
 }
 
-void DialogConversation::AwaitEnd() {
-  reply_.clear();
-  while (!conversation_.HasEnded() && conversation_.Continue(request_)) {
-    Read();
-    reply_.clear();
-  }
+std::optional<DialogWire::Reply> DialogConversation::TakeReply() {
+  const std::size_t end = reply_.find('\n');
+  if (end == std::string::npos) return std::nullopt;
+  const std::optional<DialogWire::Reply> reply = DialogWire::ReplyOf(std::string_view(reply_).substr(0, end));
+  reply_.erase(0, end + 1);
+  isOver_ = !reply;
+  return reply;
 }
 
 void DialogConversation::Read() {

@@ -39,8 +39,8 @@ std::vector<DialogProgram> DialogProgram::For(int terminal) {
   return {DialogProgram(kTerminalProgram)};
 }
 
-std::optional<DialogConversation> DialogProgram::Begin(std::string request, int termination,
-                                                       int withdrawal) const {
+std::optional<DialogConversation> DialogProgram::Begin(std::string request, int interruption,
+                                                       int furtherInterruption) const {
   const std::optional<std::filesystem::path> path = BesideModule(name_);
   if (!path) return std::nullopt;
   std::vector<std::string> arguments;
@@ -48,5 +48,5 @@ std::optional<DialogConversation> DialogProgram::Begin(std::string request, int 
   std::optional<HelperProcess> program = HelperProcess::Start(*path, std::move(arguments), terminal_);
   if (!program) return std::nullopt;
   return std::optional<DialogConversation>(std::in_place, std::move(*program), std::move(request),
-                                           termination, withdrawal);
+                                           interruption, furtherInterruption);
 }

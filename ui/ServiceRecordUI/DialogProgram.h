@@ -13,9 +13,10 @@ class DialogProgram {
   // with a window, when there may be a display, and then the one that looks for a terminal itself.
   [[nodiscard]] static std::vector<DialogProgram> For(int terminal);
 
-  // Starts it for that request; the descriptors are only polled. Nothing when it cannot be started.
-  [[nodiscard]] std::optional<DialogConversation> Begin(std::string request, int termination,
-                                                        int withdrawal) const;
+  // Starts it for that request; the interruptions are descriptors that are only polled. Nothing when it
+  // cannot be started.
+  [[nodiscard]] std::optional<DialogConversation> Begin(std::string request, int interruption,
+                                                        int furtherInterruption) const;
 
  private:
   explicit DialogProgram(const char* name, int terminal = -1) : name_(name), terminal_(terminal) {}

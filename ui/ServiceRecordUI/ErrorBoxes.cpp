@@ -1,42 +1,53 @@
 #include "ErrorBoxes.h"
 
+#include "ErrorBox.h"
+#include "ErrorLog.h"
+#include "libs/Lifetime/NoDestructor.h"
 #include "libs/PropertyList/PropertyList.h"
-#include "libs/Terminal/TerminalText.h"
-#include "libs/Trace/SystemLog.h"
 
-#include <cstddef>
-#include <optional>
-#include <string>
-#include <string_view>
+#include <algorithm>
+#include <thread>
 #include <utility>
 
-namespace ErrorBoxes {
 namespace {
 
-constexpr std::size_t kLongestLine = 1000;
-
-std::atomic<int> g_taken{0};
-
-std::string TextOf(const PropertyList::Dictionary& details, std::string_view key) {
-  const PropertyList::Value* value = details.Find(key);
-  const std::string* text = value != nullptr ? value->As<std::string>() : nullptr;
-  return text != nullptr ? *text : std::string();
+std::optional<std::uint64_t> OpeningOf(const std::string& details) {
+  const std::optional<PropertyList::Value> root = PropertyList::Read(details);
+  const auto* dictionary = root ? root->As<PropertyList::Dictionary>() : nullptr;
+  const PropertyList::Value* id = dictionary != nullptr ? dictionary->Find("OpeningID") : nullptr;
+  return id != nullptr ? id->AsNumber() : std::nullopt;
 }
 
 }  // namespace
 
-Place TakePlace() {
-  Place place(&g_taken);
-  return ++g_taken > kMostOpen ? nullptr : std::move(place);
+ErrorBoxes& ErrorBoxes::Instance() {
+  static NoDestructor<ErrorBoxes> boxes;
+  return *boxes;
 }
 
-void LogMessage(std::string_view reason, const char* details) {
-  const std::optional<PropertyList::Value> root = PropertyList::Read(details);
-  const auto* dictionary = root ? root->As<PropertyList::Dictionary>() : nullptr;
-  if (dictionary == nullptr) return;
-  const std::string text = TextOf(*dictionary, "ErrorTitle") + ": " + TextOf(*dictionary, "ErrorMessage");
-  SystemLog::Error(std::string(reason) + ": " +
-                   TerminalText::OneLine(TerminalText::SingleBlanks(text), kLongestLine));
+void ErrorBoxes::Show(std::string details, int terminal, int termination) {
+  const Opening opening = OpeningOf(details);
+  if (!Take(opening, details, terminal, termination)) ErrorLog::Write(ErrorLog::kTooMany, details);
 }
 
-}  // namespace ErrorBoxes
+bool ErrorBoxes::Take(const Opening& opening, std::string details, int terminal, int termination) {
+  const MutexLock lock(mutex_);
+  std::erase_if(open_, [](const Open& open) { return open.box->IsClosed(); });
+  if (ErrorBox* const box = BoxOf(opening)) {
+    const ErrorBox::Adding adding = box->Add(details);
+    if (adding != ErrorBox::Adding::Closed) return adding == ErrorBox::Adding::Taken;
+  }
+  if (open_.size() >= kMostOpen) return false;
+  const auto box = std::make_shared<ErrorBox>(terminal, termination);
+  if (box->Add(std::move(details)) != ErrorBox::Adding::Taken) return false;
+  // The box outlives the call, so a thread of its own keeps the program's input open and reaps the program.
+  std::thread([box] { box->Keep(); }).detach();
+  open_.push_back({opening, box});
+  return true;
+}
+
+ErrorBox* ErrorBoxes::BoxOf(const Opening& opening) {
+  if (!opening) return nullptr;
+  const auto found = std::ranges::find(open_, opening, &Open::opening);
+  return found != open_.end() ? found->box.get() : nullptr;
+}

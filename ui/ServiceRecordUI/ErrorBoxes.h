@@ -1,27 +1,41 @@
 #pragma once
 
-#include "libs/Lifetime/UniqueHandle.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
-#include <atomic>
-#include <string_view>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
-// Only a few error boxes are open at a time, so that many bad documents bury neither the user's screen nor
-// the machine under them; further messages go to the system log. Any thread.
-namespace ErrorBoxes {
+class ErrorBox;
 
-inline constexpr int kMostOpen = 4;
+// The error boxes that are open, one for each opening. There are only a few at a time, so that many bad
+// documents bury neither the user's screen nor the machine under them; further messages go to the system log.
+// Any thread.
+class ErrorBoxes {
+ public:
+  static constexpr std::size_t kMostOpen = 4;
 
-inline void GiveBack(std::atomic<int>* taken) {
-  --*taken;
-}
-// The place of one open box.
-using Place = UniqueHandle<std::atomic<int>, GiveBack>;
+  [[nodiscard]] static ErrorBoxes& Instance();
 
-// Null when all places are taken.
-[[nodiscard]] Place TakePlace();
+  // Shows the message with the details of an error dialog, in the box of its opening or in one of its own.
+  // Returns without waiting for the user. `terminal` and `termination` as for ErrorBox.
+  void Show(std::string details, int terminal, int termination);
 
-// Writes the title and the message of an error dialog's details into the system log, as one line behind the
-// reason why there is no box.
-void LogMessage(std::string_view reason, const char* details);
+ private:
+  // Nothing for a message that belongs to no opening.
+  using Opening = std::optional<std::uint64_t>;
+  struct Open {
+    Opening opening;
+    std::shared_ptr<ErrorBox> box;
+  };
 
-}  // namespace ErrorBoxes
+  // False when the opening has no box that is open, and there is no place for another one.
+  [[nodiscard]] bool Take(const Opening& opening, std::string details, int terminal, int termination);
+  [[nodiscard]] ErrorBox* BoxOf(const Opening& opening) SR_REQUIRES(mutex_);
+
+  Mutex mutex_;
+  std::vector<Open> open_ SR_GUARDED_BY(mutex_);
+};

@@ -25,17 +25,21 @@ GtkWidget* MakeHost(const StoreFacts& facts) {
 
 }  // namespace
 
-GtkWidget* MakeFactGroup(const char* heading, const std::vector<Fact>& facts) {
-  GtkWidget* const group = gtk_box_new(GTK_ORIENTATION_VERTICAL, kBetweenLines);
-  gtk_box_append(GTK_BOX(group), MakeStyledLabel(heading, "heading"));
+GtkWidget* MakeFactList(const char* name, const std::vector<Fact>& facts) {
   GtkWidget* const list = gtk_list_box_new();
   gtk_list_box_set_selection_mode(GTK_LIST_BOX(list), GTK_SELECTION_NONE);
   gtk_widget_add_css_class(list, "boxed-list");
   for (const Fact& fact : facts) {
     gtk_list_box_append(GTK_LIST_BOX(list), Widgets::MakePropertyRow(fact.caption, fact.value));
   }
-  Widgets::SetAccessibleName(list, heading);
-  gtk_box_append(GTK_BOX(group), list);
+  Widgets::SetAccessibleName(list, name);
+  return list;
+}
+
+GtkWidget* MakeFactGroup(const char* heading, const std::vector<Fact>& facts) {
+  GtkWidget* const group = gtk_box_new(GTK_ORIENTATION_VERTICAL, kBetweenLines);
+  gtk_box_append(GTK_BOX(group), MakeStyledLabel(heading, "heading"));
+  gtk_box_append(GTK_BOX(group), MakeFactList(heading, facts));
   return group;
 }
 

@@ -2,6 +2,7 @@
 
 #include "libs/DialogWire/DialogWire.h"
 #include "window/Conversation.h"
+#include "window/ErrorWindow.h"
 #include "window/ReplaceWindow.h"
 #include "window/TrustWindow.h"
 
@@ -24,11 +25,27 @@ void Ask(const DialogRequest& request, Conversation& conversation) {
   conversation.Run();
 }
 
+// The reply to a message says that it is shown; the window stays until the user closes it.
+void Tell(const DialogRequest& request, Conversation& conversation) {
+  ErrorWindow window(request.details, [&conversation] { conversation.End(); });
+  window.Present();
+  conversation.Reply(Reply::Accepted);
+  conversation.Watch(
+      [&window, &conversation](const DialogRequest& further) {
+        if (further.dialog != DialogWire::kErrorMessage) return conversation.Reply(Reply::UnknownRequest);
+        window.Add(further.details);
+        conversation.Reply(Reply::Accepted);
+      },
+      [&window] { window.Close(); });
+  conversation.Run();
+}
+
 }  // namespace
 
 void Show(const DialogRequest& request, Conversation& conversation) {
   if (request.dialog == DialogWire::kAddStore) return Ask<TrustWindow>(request, conversation);
   if (request.dialog == DialogWire::kReplaceStore) return Ask<ReplaceWindow>(request, conversation);
+  if (request.dialog == DialogWire::kErrorMessage) return Tell(request, conversation);
   conversation.Reply(Reply::UnknownRequest);
 }
 

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Error messages that are in no box. Any thread.
+namespace ErrorLog {
+
+inline constexpr std::string_view kTooMany = "Too many error messages are open for this one";
+inline constexpr std::string_view kNotShown = "This error message could not be shown";
+
+// Writes the title and the message of an error dialog's details into the system log, as one line behind the
+// reason why there is no box.
+void Write(std::string_view reason, const std::string& details);
+
+}  // namespace ErrorLog

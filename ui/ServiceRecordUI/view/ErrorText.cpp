@@ -1,0 +1,39 @@
+#include "view/ErrorText.h"
+
+#include "Shared/ShownText.h"
+#include "Shared/Translations.h"
+#include "request/Details.h"
+
+namespace {
+
+using PropertyList::Dictionary;
+
+void AddLine(std::string& text, const std::string& line) {
+  if (!line.empty()) text += line + "\n";
+}
+
+void AddLabelled(std::string& text, const char* label, const std::string& value) {
+  if (!value.empty()) AddLine(text, std::string(label) + ": " + value);
+}
+
+}  // namespace
+
+ErrorText ErrorText::Of(const Dictionary& details) {
+  ErrorText text;
+  text.title = ShownText::Name(Details::Text(details, "ErrorTitle"));
+  text.message = ShownText::Lines(Details::Text(details, "ErrorMessage"));
+  text.reason = ShownText::Whole(Details::Text(details, "ErrorReason"));
+  text.server = ShownText::Whole(Details::Text(details, "Server"));
+  text.file = ShownText::Whole(Details::Text(details, "DocumentPath"));
+  text.details = ShownText::Lines(Details::Text(details, "ErrorDetails"));
+  return text;
+}
+
+std::string ErrorText::ForCopying() const {
+  std::string text;
+  for (const std::string& line : {title, message, reason}) AddLine(text, line);
+  AddLabelled(text, Translated("Server"), server);
+  AddLabelled(text, Translated("File"), file);
+  AddLine(text, details);
+  return text;
+}

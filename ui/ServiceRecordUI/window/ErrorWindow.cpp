@@ -1,0 +1,81 @@
+#include "window/ErrorWindow.h"
+
+#include "Shared/Signals.h"
+#include "Shared/Translations.h"
+#include "Shared/Widgets.h"
+#include "view/ErrorText.h"
+#include "view/StoreView.h"
+
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr int kBetweenLines = 12;
+constexpr int kWidth = 480;
+
+using Action = std::function<void()>;
+
+void AppendLabel(GtkBox* box, const std::string& text, const char* style) {
+  if (text.empty()) return;
+  GtkWidget* const label = Widgets::MakeWrappingLabel(text);
+  gtk_widget_add_css_class(label, style);
+  gtk_box_append(box, label);
+}
+
+GtkWidget* MakeMessage(const ErrorText& text) {
+  GtkWidget* const message = gtk_box_new(GTK_ORIENTATION_VERTICAL, kBetweenLines);
+  AppendLabel(GTK_BOX(message), text.title, "title-2");
+  AppendLabel(GTK_BOX(message), text.message, "body");
+  AppendLabel(GTK_BOX(message), text.reason, "body");
+  if (!text.server.empty()) {
+    gtk_box_append(GTK_BOX(message),
+                   MakeFactList(Translated("Server"), {{Translated("Server"), text.server}}));
+  }
+  return message;
+}
+
+void Finish(GObject* clipboard, GAsyncResult* result, gpointer data) {
+  const std::unique_ptr<Action> onDone(static_cast<Action*>(data));
+  gdk_clipboard_store_finish(GDK_CLIPBOARD(clipboard), result, nullptr);
+  (*onDone)();
+}
+
+// What a program has copied goes with it, unless the desktop takes it over first.
+void HandOverClipboard(GtkWidget* window, Action onDone) {
+  gdk_clipboard_store_async(gtk_widget_get_clipboard(window), G_PRIORITY_DEFAULT, nullptr, Finish,
+                            std::make_unique<Action>(std::move(onDone)).release());
+}
+
+}  // namespace
+
+ErrorWindow::ErrorWindow(const PropertyList::Dictionary& details, std::function<void()> onClosed)
+    : DialogWindow("/com/morvane/ServiceRecords/dialogs/error.ui", [this, onClosed = std::move(onClosed)] {
+        gtk_widget_set_visible(Get("window"), FALSE);
+        HandOverClipboard(Get("window"), onClosed);
+      }) {
+  for (const char* const button : {"copy", "close"}) Widgets::NameByLabel(Get(button));
+  Signals::Connect(Get("close"), "clicked", [this] { Close(); });
+  Signals::Connect(Get("copy"), "clicked", [this] { Copy(); });
+  const std::string file = ErrorText::Of(details).file;
+  if (!file.empty()) {
+    gtk_box_append(Get<GtkBox>("content"),
+                   MakeFactGroup(Translated("Service record"), {{Translated("File"), file}}));
+  }
+  Add(details);
+}
+
+void ErrorWindow::Add(const PropertyList::Dictionary& details) {
+  const ErrorText text = ErrorText::Of(details);
+  gtk_box_append(Get<GtkBox>("messages"), MakeMessage(text));
+  if (!copied_.empty()) copied_ += '\n';
+  copied_ += text.ForCopying();
+  // As high as it takes again.
+  gtk_window_set_default_size(Get<GtkWindow>("window"), kWidth, -1);
+}
+
+void ErrorWindow::Copy() {
+  gdk_clipboard_set_text(gtk_widget_get_clipboard(Get("window")), copied_.c_str());
+  gtk_label_set_text(Get<GtkLabel>("copyLabel"), Translated("Copied"));
+  Widgets::NameByLabel(Get("copy"));
+}
