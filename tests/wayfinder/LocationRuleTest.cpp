@@ -39,13 +39,13 @@ NetworkLocation Locate(const StoreFindings& findings, PeerStanding standing = Pe
 
 TEST(LocationRule, EveryInternalBeaconThatAnswersMakesALAN) {
   const auto decision = Decide({.internal = {&kProven, &kPlain}, .external = {&kSilent}});
-  EXPECT_EQ(decision.location, NetworkLocation::LAN);
+  EXPECT_EQ(decision.location, NetworkLocation::kLAN);
   EXPECT_EQ(decision.reason, "LAN, 2 of 2 internal beacons answered");
 }
 
 TEST(LocationRule, SomeInternalBeaconsMakeItPartlyInternal) {
   const auto decision = Decide({.internal = {&kProven, &kSilent}, .external = {&kProven}});
-  EXPECT_EQ(decision.location, NetworkLocation::PartlyInternal);
+  EXPECT_EQ(decision.location, NetworkLocation::kPartlyInternal);
   EXPECT_EQ(decision.reason,
             "partly internal, 1 of 2 internal beacons answered (https://a/: Timeout was reached)");
 }
@@ -53,30 +53,31 @@ TEST(LocationRule, SomeInternalBeaconsMakeItPartlyInternal) {
 TEST(LocationRule, ATunnelToAnAnsweringInternalBeaconMakesItAVPN) {
   EXPECT_EQ(Decide({.internal = {&kPlain, &kProven}, .external = {}}, "wg0 (wireguard)").reason,
             "VPN, 2 of 2 internal beacons answered, the route to 10.0.0.1 leaves through wg0 (wireguard)");
-  EXPECT_EQ(Decide({.internal = {&kSilent, &kProven}, .external = {}}, "wg0").location, NetworkLocation::VPN);
-  EXPECT_EQ(Decide({.internal = {&kPlain}, .external = {&kProven}}, "wg0").location, NetworkLocation::LAN);
+  EXPECT_EQ(Decide({.internal = {&kSilent, &kProven}, .external = {}}, "wg0").location,
+            NetworkLocation::kVPN);
+  EXPECT_EQ(Decide({.internal = {&kPlain}, .external = {&kProven}}, "wg0").location, NetworkLocation::kLAN);
   EXPECT_EQ(Decide({.internal = {&kSilent}, .external = {&kProven}}, "wg0").location,
-            NetworkLocation::Outside);
+            NetworkLocation::kOutside);
 }
 
 TEST(LocationRule, OnlyAnExternalAnswerMakesItOutside) {
   const auto decision = Decide({.internal = {&kSilent}, .external = {&kSilent, &kPlain}});
-  EXPECT_EQ(decision.location, NetworkLocation::Outside);
+  EXPECT_EQ(decision.location, NetworkLocation::kOutside);
   EXPECT_EQ(decision.reason,
             "outside, 0 of 1 internal beacons answered (https://a/: Timeout was reached), 1 of 2 external "
             "beacons answered (https://a/: Timeout was reached)");
 }
 
 TEST(LocationRule, NoAnswerAtAllMakesItNone) {
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kSilent}}), NetworkLocation::None);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {}}), NetworkLocation::None);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kSilent}}), NetworkLocation::kNone);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {}}), NetworkLocation::kNone);
   EXPECT_THAT(Decide({.internal = {&kSilent}, .external = {}, .networkIsUsable = false}).reason,
               testing::StartsWith("none, no usable network"));
 }
 
 TEST(LocationRule, SomebodyElseInTheExternalBeaconsPlaceMakesItAHotspot) {
   const auto decision = Decide({.internal = {&kSilent}, .external = {&kPortal}});
-  EXPECT_EQ(decision.location, NetworkLocation::Hotspot);
+  EXPECT_EQ(decision.location, NetworkLocation::kHotspot);
   EXPECT_EQ(
       decision.reason,
       "hotspot, 0 of 1 internal beacons answered (https://a/: Timeout was reached), an external one was "
@@ -84,29 +85,29 @@ TEST(LocationRule, SomebodyElseInTheExternalBeaconsPlaceMakesItAHotspot) {
 }
 
 TEST(LocationRule, SomebodyElseInAnInternalBeaconsPlaceIsNoAnswer) {
-  EXPECT_EQ(Locate({.internal = {&kPortal}, .external = {&kSilent}}), NetworkLocation::None);
-  EXPECT_EQ(Locate({.internal = {&kPortal}, .external = {&kProven}}), NetworkLocation::Outside);
+  EXPECT_EQ(Locate({.internal = {&kPortal}, .external = {&kSilent}}), NetworkLocation::kNone);
+  EXPECT_EQ(Locate({.internal = {&kPortal}, .external = {&kProven}}), NetworkLocation::kOutside);
 }
 
 TEST(LocationRule, APlainInternalAnswerFromAnExposedAddressDoesNotCount) {
-  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPortal}}), NetworkLocation::LAN);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPortal}}), NetworkLocation::kLAN);
   EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPortal}}, PeerStanding::Exposed),
-            NetworkLocation::Hotspot);
+            NetworkLocation::kHotspot);
   EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPlain}}, PeerStanding::Exposed),
-            NetworkLocation::Outside);
-  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {}}, PeerStanding::Exposed), NetworkLocation::None);
+            NetworkLocation::kOutside);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {}}, PeerStanding::Exposed), NetworkLocation::kNone);
   EXPECT_EQ(Locate({.internal = {&kPlain, &kProven}, .external = {}}, PeerStanding::Exposed),
-            NetworkLocation::PartlyInternal)
+            NetworkLocation::kPartlyInternal)
       << "a certificate cannot be faked";
   EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kPlain}}, PeerStanding::Vouched),
-            NetworkLocation::LAN);
+            NetworkLocation::kLAN);
 }
 
 TEST(LocationRule, AnAddressWhoseStandingIsOpenIsWaitedForIfItsAnswerMatters) {
   EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {&kProven}}, PeerStanding::Open),
-            NetworkLocation::Deciding);
+            NetworkLocation::kDeciding);
   EXPECT_EQ(Locate({.internal = {&kProven, &kSilent}, .external = {&kPlain}}, PeerStanding::Open),
-            NetworkLocation::PartlyInternal);
+            NetworkLocation::kPartlyInternal);
 }
 
 TEST(LocationRule, EachAddressHasAStandingOfItsOwn) {
@@ -117,10 +118,10 @@ TEST(LocationRule, EachAddressHasAStandingOfItsOwn) {
     return decision.value_or(LocationDecision{}).location;
   };
   const StoreFindings decided{.internal = {&kPlain, &kPortalPage}, .external = {&kSilent}};
-  EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Open), NetworkLocation::Deciding);
-  EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Exposed), NetworkLocation::PartlyInternal);
-  EXPECT_EQ(locate(decided, PeerStanding::Vouched, PeerStanding::Open), NetworkLocation::Deciding);
-  EXPECT_EQ(locate(decided, PeerStanding::Vouched, PeerStanding::Clear), NetworkLocation::LAN);
+  EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Open), NetworkLocation::kDeciding);
+  EXPECT_EQ(locate(decided, PeerStanding::Clear, PeerStanding::Exposed), NetworkLocation::kPartlyInternal);
+  EXPECT_EQ(locate(decided, PeerStanding::Vouched, PeerStanding::Open), NetworkLocation::kDeciding);
+  EXPECT_EQ(locate(decided, PeerStanding::Vouched, PeerStanding::Clear), NetworkLocation::kLAN);
 }
 
 TEST(LocationRule, TheReasonNamesTheFirstBeaconThatDidNotCount) {
@@ -136,21 +137,22 @@ TEST(LocationRule, TheReasonNamesTheFirstBeaconThatDidNotCount) {
 }
 
 TEST(LocationRule, APortalOutweighsPlainExternalAnswersAndAProvenOneOutweighsIt) {
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortalPage, &kPortal}}), NetworkLocation::Hotspot);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven}}), NetworkLocation::Outside);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortalPage, &kPortal}}),
+            NetworkLocation::kHotspot);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPortal, &kProven}}), NetworkLocation::kOutside);
 }
 
 TEST(LocationRule, APortalIsSeenByItsCertificateInAnInternalBeaconsPlaceToo) {
-  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {&kSilent}}), NetworkLocation::None);
+  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {&kSilent}}), NetworkLocation::kNone);
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {&kPortal}}),
-            NetworkLocation::Hotspot);
+            NetworkLocation::kHotspot);
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {}}, PeerStanding::Vouched),
-            NetworkLocation::PartlyInternal);
+            NetworkLocation::kPartlyInternal);
   EXPECT_EQ(Locate({.internal = {&kImpostor, &kPortalPage}, .external = {}}, PeerStanding::Open),
-            NetworkLocation::Deciding);
-  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPlain}, .external = {}}), NetworkLocation::PartlyInternal)
+            NetworkLocation::kDeciding);
+  EXPECT_EQ(Locate({.internal = {&kImpostor, &kPlain}, .external = {}}), NetworkLocation::kPartlyInternal)
       << "another machine's answer";
-  EXPECT_EQ(Locate({.internal = {&kPortal, &kPortalPage}, .external = {}}), NetworkLocation::PartlyInternal)
+  EXPECT_EQ(Locate({.internal = {&kPortal, &kPortalPage}, .external = {}}), NetworkLocation::kPartlyInternal)
       << "servers of one's own redirect";
 }
 
@@ -158,22 +160,23 @@ TEST(LocationRule, ServersOnTheLoopbackAddressAreNotTakenForAPortal) {
   const ProbeOutcome here{.answer = ProbeAnswer::Answered, .peer = "127.0.0.1"};
   const ProbeOutcome redirect{.answer = ProbeAnswer::SomebodyElse, .peer = "127.0.0.1"};
   EXPECT_EQ(Locate({.internal = {&here}, .external = {&redirect}}, PeerStanding::Exposed),
-            NetworkLocation::LAN);
+            NetworkLocation::kLAN);
 }
 
 TEST(LocationRule, WhereAnInternalBeaconAnswersTheExternalOnesAreNotWaitedFor) {
-  EXPECT_EQ(Locate({.internal = {&kProven}, .external = {kOpen}}), NetworkLocation::LAN);
-  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}), NetworkLocation::LAN);
-  EXPECT_EQ(Locate({.internal = {&kProven, &kSilent}, .external = {kOpen}}), NetworkLocation::PartlyInternal);
+  EXPECT_EQ(Locate({.internal = {&kProven}, .external = {kOpen}}), NetworkLocation::kLAN);
+  EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}), NetworkLocation::kLAN);
+  EXPECT_EQ(Locate({.internal = {&kProven, &kSilent}, .external = {kOpen}}),
+            NetworkLocation::kPartlyInternal);
 }
 
 TEST(LocationRule, WhatIsNeededIsWaitedFor) {
-  EXPECT_EQ(Locate({.internal = {kOpen, &kProven}, .external = {}}), NetworkLocation::Deciding);
-  EXPECT_EQ(Locate({.internal = {kOpen}, .external = {&kProven}}), NetworkLocation::Deciding);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPlain, kOpen}}), NetworkLocation::Deciding);
-  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kProven, kOpen}}), NetworkLocation::Deciding);
+  EXPECT_EQ(Locate({.internal = {kOpen, &kProven}, .external = {}}), NetworkLocation::kDeciding);
+  EXPECT_EQ(Locate({.internal = {kOpen}, .external = {&kProven}}), NetworkLocation::kDeciding);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kPlain, kOpen}}), NetworkLocation::kDeciding);
+  EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kProven, kOpen}}), NetworkLocation::kDeciding);
   EXPECT_EQ(Locate({.internal = {&kPlain}, .external = {kOpen}}, PeerStanding::Exposed),
-            NetworkLocation::Deciding);
+            NetworkLocation::kDeciding);
 }
 
 }  // namespace

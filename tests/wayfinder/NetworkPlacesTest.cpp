@@ -37,7 +37,7 @@ class NetworkPlaces : public testsupport::NetworkNamespaces {
   static Wayfinding::HostLookups::Resolver EveryHostAt(const std::vector<std::string>& addresses) {
     return [addresses](const std::string& /*host*/) { return addresses; };
   }
-  static std::uint32_t Flags() { return Wayfinding::ReachabilityFlags(); }
+  std::uint32_t Flags() const { return service_.Flags(); }
 
   std::optional<AddressServer> inside_;
   std::optional<AddressServer> outside_;

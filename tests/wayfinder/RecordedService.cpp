@@ -49,7 +49,7 @@ Wayfinding::LocationParts RecordedService::Parts(Wayfinding::HostLookups::Resolv
   parts.log = [this](const std::string& message) { Record(message); };
   parts.changed = [this](const std::string& url, Wayfinding::NetworkLocation location) {
     const std::lock_guard lock(mutex_);
-    changes_.emplace_back(url, static_cast<std::uint32_t>(location));
+    changes_.emplace_back(url, location);
     changed_.notify_all();
   };
   return parts;
@@ -73,7 +73,7 @@ void RecordedService::SetStores(const std::vector<StoreAndBeacons>& stores) {
 }
 
 std::uint32_t RecordedService::LocationOf(const std::string& url) {
-  return static_cast<std::uint32_t>(service_->DecisionOf(url).location);
+  return service_->DecisionOf(url).location;
 }
 
 bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t location) {

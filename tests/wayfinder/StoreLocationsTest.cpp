@@ -38,10 +38,10 @@ class StoreLocationsTest : public testing::Test {
 };
 
 TEST_F(StoreLocationsTest, AStoreIsUndecidedUntilItIsDecided) {
-  EXPECT_EQ(Find("two"), NetworkLocation::Deciding);
-  Decide(1, NetworkLocation::Outside);
-  EXPECT_EQ(Find("two"), NetworkLocation::Outside);
-  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
+  EXPECT_EQ(Find("two"), NetworkLocation::kDeciding);
+  Decide(1, NetworkLocation::kOutside);
+  EXPECT_EQ(Find("two"), NetworkLocation::kOutside);
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::kDeciding);
 }
 
 TEST_F(StoreLocationsTest, TheReasonIsOfTheDecisionAndGoesWithIt) {
@@ -50,60 +50,60 @@ TEST_F(StoreLocationsTest, TheReasonIsOfTheDecisionAndGoesWithIt) {
     locations_.Decide(locations_.Current()->back(), decision, now_);
   };
   EXPECT_EQ(reason(), "");
-  decide({NetworkLocation::LAN, "LAN, first"});
+  decide({NetworkLocation::kLAN, "LAN, first"});
   EXPECT_EQ(reason(), "LAN, first");
-  decide({NetworkLocation::LAN, "LAN, second"});
+  decide({NetworkLocation::kLAN, "LAN, second"});
   EXPECT_EQ(reason(), "LAN, second");
   locations_.ForgetDecisions();
   EXPECT_EQ(reason(), "");
-  decide({NetworkLocation::LAN, "LAN, third"});
+  decide({NetworkLocation::kLAN, "LAN, third"});
   EXPECT_TRUE(Replace({{"two", {"c"}, {}}}));
   EXPECT_EQ(reason(), "");
 }
 
 TEST_F(StoreLocationsTest, LetterCaseAndSlashesAtTheEndDoNotCount) {
-  Decide(0, NetworkLocation::LAN);
-  EXPECT_EQ(Find("HTTPS://ONE/x//"), NetworkLocation::LAN);
+  Decide(0, NetworkLocation::kLAN);
+  EXPECT_EQ(Find("HTTPS://ONE/x//"), NetworkLocation::kLAN);
   EXPECT_FALSE(locations_.Find("https://one", now_));
   EXPECT_FALSE(locations_.Find("", now_));
 }
 
 TEST_F(StoreLocationsTest, AnAnswerIsOldAfterFiveMinutes) {
-  Decide(0, NetworkLocation::LAN);
+  Decide(0, NetworkLocation::kLAN);
   EXPECT_FALSE(locations_.Find("https://one/x", now_ + minutes(5) - std::chrono::seconds(1))->isOld);
   EXPECT_TRUE(locations_.Find("https://one/x", now_ + minutes(5))->isOld);
   EXPECT_FALSE(locations_.Find("two", now_ + minutes(5))->isOld) << "it is still being decided";
 }
 
 TEST_F(StoreLocationsTest, TheSameListChangesNothing) {
-  Decide(0, NetworkLocation::LAN);
+  Decide(0, NetworkLocation::kLAN);
   const auto list = locations_.Current();
   EXPECT_FALSE(Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
-  EXPECT_EQ(Find("https://one/X"), NetworkLocation::LAN);
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::kLAN);
   EXPECT_EQ(locations_.Current(), list);
   EXPECT_FALSE(Replace({{"two", {"b"}, {}}, {"https://one/X", {"a"}, {}}})) << "the order does not count";
 }
 
 TEST_F(StoreLocationsTest, AStoreKeepsItsLocationWhenOthersComeGoAndChange) {
-  Decide(1, NetworkLocation::LAN);
+  Decide(1, NetworkLocation::kLAN);
   EXPECT_TRUE(Replace({{"https://one/X", {"c"}, {}}, {"new", {}, {}}, {"two", {"b"}, {}}}));
-  EXPECT_EQ(Find("two"), NetworkLocation::LAN);
-  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding);
+  EXPECT_EQ(Find("two"), NetworkLocation::kLAN);
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::kDeciding);
   EXPECT_TRUE(Replace({{"two", {"b"}, {}}}));
-  EXPECT_EQ(Find("two"), NetworkLocation::LAN);
+  EXPECT_EQ(Find("two"), NetworkLocation::kLAN);
   EXPECT_FALSE(locations_.Find("https://one/X", now_));
   EXPECT_TRUE(locations_.Find("two", now_ + minutes(5))->isOld) << "it is as old as before";
-  Decide(0, NetworkLocation::Outside);
-  EXPECT_EQ(Find("two"), NetworkLocation::Outside);
+  Decide(0, NetworkLocation::kOutside);
+  EXPECT_EQ(Find("two"), NetworkLocation::kOutside);
 }
 
 TEST_F(StoreLocationsTest, AStoreThatChangesInAnyWayIsUndecidedAgain) {
   for (const StoreBeacons& changed : std::vector<StoreBeacons>{
            {"TWO", {"b"}, {}}, {"two", {"b", "b"}, {}}, {"two", {"c"}, {}}, {"two", {"b"}, {"x"}}}) {
-    Decide(1, NetworkLocation::LAN);
-    ASSERT_EQ(Find("two"), NetworkLocation::LAN);
+    Decide(1, NetworkLocation::kLAN);
+    ASSERT_EQ(Find("two"), NetworkLocation::kLAN);
     EXPECT_TRUE(Replace({{"https://one/X", {"a"}, {}}, changed}));
-    EXPECT_EQ(Find("two"), NetworkLocation::Deciding);
+    EXPECT_EQ(Find("two"), NetworkLocation::kDeciding);
     EXPECT_TRUE(Replace({{"https://one/X", {"a"}, {}}, {"two", {"b"}, {}}}));
   }
 }
@@ -121,23 +121,23 @@ TEST_F(StoreLocationsTest, ADecisionCountsForAStoreThatHasNotChangedSince) {
   const StorePtr one = StoreAt(0);
   const StorePtr two = StoreAt(1);
   ASSERT_TRUE(Replace({{"new", {}, {}}, {"two", {"b"}, {}}, {"https://one/X", {"c"}, {}}}));
-  locations_.Decide(two, {NetworkLocation::LAN}, now_);
-  EXPECT_EQ(Find("two"), NetworkLocation::LAN);
-  locations_.Decide(one, {NetworkLocation::LAN}, now_);
-  EXPECT_EQ(Find("https://one/X"), NetworkLocation::Deciding) << "it has other beacons now";
+  locations_.Decide(two, {NetworkLocation::kLAN}, now_);
+  EXPECT_EQ(Find("two"), NetworkLocation::kLAN);
+  locations_.Decide(one, {NetworkLocation::kLAN}, now_);
+  EXPECT_EQ(Find("https://one/X"), NetworkLocation::kDeciding) << "it has other beacons now";
   ASSERT_TRUE(Replace({{"new", {}, {}}}));
-  locations_.Decide(two, {NetworkLocation::LAN}, now_);
+  locations_.Decide(two, {NetworkLocation::kLAN}, now_);
   EXPECT_FALSE(locations_.Find("two", now_)) << "it is no more";
 }
 
 TEST_F(StoreLocationsTest, EachChangeIsTakenOnce) {
   EXPECT_THAT(locations_.TakeChanges(), IsEmpty()) << "a store begins undecided";
-  Decide(0, NetworkLocation::LAN);
-  EXPECT_THAT(locations_.TakeChanges(), ElementsAre(Pair("https://one/X", NetworkLocation::LAN)));
-  Decide(0, NetworkLocation::LAN);
+  Decide(0, NetworkLocation::kLAN);
+  EXPECT_THAT(locations_.TakeChanges(), ElementsAre(Pair("https://one/X", NetworkLocation::kLAN)));
+  Decide(0, NetworkLocation::kLAN);
   EXPECT_THAT(locations_.TakeChanges(), IsEmpty());
   locations_.ForgetDecisions();
-  EXPECT_THAT(locations_.TakeChanges(), ElementsAre(Pair("https://one/X", NetworkLocation::Deciding)));
+  EXPECT_THAT(locations_.TakeChanges(), ElementsAre(Pair("https://one/X", NetworkLocation::kDeciding)));
 }
 
 }  // namespace

@@ -133,8 +133,7 @@ TEST_F(Tunnels, ADefaultRouteThroughALinkThatNetworkManagerCallsAVPNIsTransient)
 TEST_F(Tunnels, ADefaultRouteThroughATunnelIsTransient) {
   if (!Connect(false)) GTEST_SKIP() << "the machine makes no tun links";
   IP({"route", "add", "default", "dev", "vpn0"});
-  EXPECT_EQ(Wayfinding::ReachabilityFlags(),
-            Wayfinder::kTransientConnection | Wayfinder::kReachable | Wayfinder::kIsDirect);
+  EXPECT_EQ(service_.Flags(), Wayfinder::kTransientConnection | Wayfinder::kReachable | Wayfinder::kIsDirect);
 }
 
 TEST_F(Tunnels, SplitDefaultRoutesThroughATunnelAreSeen) {
@@ -143,7 +142,7 @@ TEST_F(Tunnels, SplitDefaultRoutesThroughATunnelAreSeen) {
   IP({"route", "add", "default", "via", "10.1.0.254"});
   IP({"route", "add", "0.0.0.0/1", "dev", "vpn0"});
   IP({"route", "add", "128.0.0.0/1", "dev", "vpn0"});
-  EXPECT_NE(Wayfinding::ReachabilityFlags() & Wayfinder::kTransientConnection, 0U);
+  EXPECT_NE(service_.Flags() & Wayfinder::kTransientConnection, 0U);
 }
 
 TEST_F(Tunnels, AWireGuardLinkIsATunnel) {

@@ -51,7 +51,7 @@ TEST_F(WayfinderTest, TheSharedInstanceDecidesAndTellsOfIt) {
               testing::IsSupersetOf({std::string("store list replaced, stores: 1"),
                                      "store " + url + ": LAN, 1 of 1 internal beacons answered"}));
   EXPECT_EQ(wayfinder_.locationRelativeToStoreURL(url), Wayfinder::kLAN);
-  const Wayfinder::Explanation explanation = wayfinder_.explainLocationRelativeToStoreURL(url);
+  const Wayfinding::LocationDecision explanation = wayfinder_.explainLocationRelativeToStoreURL(url);
   EXPECT_EQ(explanation.location, Wayfinder::kLAN);
   EXPECT_EQ(explanation.reason, "LAN, 1 of 1 internal beacons answered");
 }

@@ -34,7 +34,7 @@ std::uint64_t MrvBeaconSvr::checkLocationForStore(const std::string& storeURL) {
 LocationExplanation MrvBeaconSvr::explainLocationForStore(const std::string& storeURL) {
   constexpr char kMethod[] = "MrvBeaconSvr::explainLocationForStore";
   CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
-  const Wayfinder::Explanation explanation =
+  const Wayfinding::LocationDecision explanation =
       Wayfinder::sharedInstance().explainLocationRelativeToStoreURL(storeURL);
   CSRLog(0, "[-] %s (%@)", kMethod, NetworkLocationName(explanation.location));
   return {explanation.location, Bus::Text(util::widen(explanation.reason))};

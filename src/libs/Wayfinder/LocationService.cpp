@@ -72,16 +72,22 @@ LocationDecision LocationService::DecisionOf(const std::string& storeURL) {
   if (!answer) {
     const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
     return !network || network->IsUsable()
-               ? LocationDecision{NetworkLocation::Outside, "outside, no store has this address"}
-               : LocationDecision{NetworkLocation::None,
-                                  "none, no usable network, no store has this address"};
+               ? LocationDecision{kOutside, "outside, no store has this address"}
+               : LocationDecision{kNone, "none, no usable network, no store has this address"};
   }
   if (answer->isOld && !board_->refresh.exchange(true)) board_->wake.Raise();
   return answer->decision;
 }
 
 std::uint32_t LocationService::Flags() const {
-  return ReachabilityFlags(board_->outsideTunnel);
+  const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
+  if (!network || (!network->IsUsable() && !network->outside)) return 0;
+  if (!network->outside) return Wayfinder::kReachable | Wayfinder::kIsDirect;
+  const Route& route = *network->outside;
+  const bool tunnel = SenseOfLink(route.link.kind, route.link.arpType) == TunnelSense::Yes ||
+                      route.link.index == board_->outsideTunnel;
+  return Wayfinder::kReachable | (tunnel ? Wayfinder::kTransientConnection : 0) |
+         (route.isLocal ? Wayfinder::kIsLocalAddress : 0) | (route.hasGateway ? 0 : Wayfinder::kIsDirect);
 }
 
 void LocationService::StartThread() {
@@ -94,17 +100,6 @@ void LocationService::StartThread() {
   } catch (const std::system_error& error) {
     board_->parts.log(std::string("no location is decided: ") + error.what());
   }
-}
-
-std::uint32_t ReachabilityFlags(int tunnelLink) {
-  const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
-  if (!network || (!network->IsUsable() && !network->outside)) return 0;
-  if (!network->outside) return Wayfinder::kReachable | Wayfinder::kIsDirect;
-  const Route& route = *network->outside;
-  const bool tunnel =
-      SenseOfLink(route.link.kind, route.link.arpType) == TunnelSense::Yes || route.link.index == tunnelLink;
-  return Wayfinder::kReachable | (tunnel ? Wayfinder::kTransientConnection : 0) |
-         (route.isLocal ? Wayfinder::kIsLocalAddress : 0) | (route.hasGateway ? 0 : Wayfinder::kIsDirect);
 }
 
 }  // namespace Wayfinding

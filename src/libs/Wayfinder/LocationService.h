@@ -44,8 +44,4 @@ class LocationService {
   std::future<void> threadEnd_;
 };
 
-// As LocationService::Flags. `tunnelLink`: the index of a link that is a tunnel whatever the kernel says of
-// it; 0 for none. Any thread; asks the kernel.
-[[nodiscard]] std::uint32_t ReachabilityFlags(int tunnelLink = 0);
-
 }  // namespace Wayfinding

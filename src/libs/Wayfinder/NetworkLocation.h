@@ -6,19 +6,20 @@
 namespace Wayfinding {
 
 // Where this machine stands relative to a store. The values are the interface's.
-enum class NetworkLocation : std::uint32_t {
-  Deciding = 0,
-  LAN = 1,
-  Outside = 2,
-  None = 3,
-  VPN = 4,
-  Hotspot = 5,
-  PartlyInternal = 6,
+enum NetworkLocation : std::uint32_t {
+  kDeciding = 0,
+  kLAN = 1,
+  kOutside = 2,
+  kNone = 3,
+  kVPN = 4,
+  kHotspot = 5,
+  kPartlyInternal = 6,
 };
 
 struct LocationDecision {
-  NetworkLocation location = NetworkLocation::Deciding;
-  std::string reason = {};  // begins with the location, "LAN, 2 of 2 internal beacons answered"
+  NetworkLocation location = kDeciding;
+  // Why it is this one, in a line of UTF-8: "LAN, 2 of 2 internal beacons answered". Empty for kDeciding.
+  std::string reason = {};
 };
 
 }  // namespace Wayfinding

@@ -32,7 +32,7 @@ std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& ur
   const MutexLock lock(mutex_);
   const auto place = places_.find(key);
   if (place == places_.end()) return std::nullopt;
-  const bool decided = place->second.decision.location != NetworkLocation::Deciding;
+  const bool decided = place->second.decision.location != kDeciding;
   return Answer{.decision = place->second.decision,
                 .isOld = decided && now - place->second.decided >= kOldAge};
 }

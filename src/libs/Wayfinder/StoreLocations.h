@@ -49,7 +49,7 @@ class StoreLocations {
   struct Place {
     StorePtr store;
     LocationDecision decision;
-    NetworkLocation taken = NetworkLocation::Deciding;
+    NetworkLocation taken = kDeciding;
     TimePoint decided;
   };
 

@@ -18,7 +18,7 @@ void Log(const std::string& message) {
 
 void GiveOut(const std::string& storeURL, Wayfinding::NetworkLocation location) {
   const WFLocationFunc observer = g_locationFunction;
-  if (observer != nullptr) observer(storeURL.c_str(), static_cast<std::uint32_t>(location));
+  if (observer != nullptr) observer(storeURL.c_str(), location);
 }
 
 Wayfinding::LocationParts Parts() {
@@ -51,12 +51,11 @@ Wayfinder& Wayfinder::sharedInstance() {
 }
 
 std::uint32_t Wayfinder::locationRelativeToStoreURL(const std::string& url) {
-  return static_cast<std::uint32_t>(service_->DecisionOf(url).location);
+  return service_->DecisionOf(url).location;
 }
 
-Wayfinder::Explanation Wayfinder::explainLocationRelativeToStoreURL(const std::string& url) {
-  const Wayfinding::LocationDecision decision = service_->DecisionOf(url);
-  return {static_cast<std::uint32_t>(decision.location), decision.reason};
+Wayfinding::LocationDecision Wayfinder::explainLocationRelativeToStoreURL(const std::string& url) {
+  return service_->DecisionOf(url);
 }
 
 std::uint32_t Wayfinder::networkReachabilityFlags() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libs/PropertyList/PropertyList.h"
+#include "libs/Wayfinder/NetworkLocation.h"
 
 #include <cstdint>
 #include <memory>
@@ -37,14 +38,7 @@ void WFSetLocationFunc(WFLocationFunc locationFunction);
 // loopback address are asked even without a network.
 class Wayfinder {
  public:
-  // Network locations.
-  static constexpr std::uint32_t kDeciding = 0;
-  static constexpr std::uint32_t kLAN = 1;
-  static constexpr std::uint32_t kOutside = 2;
-  static constexpr std::uint32_t kNone = 3;
-  static constexpr std::uint32_t kVPN = 4;
-  static constexpr std::uint32_t kHotspot = 5;
-  static constexpr std::uint32_t kPartlyInternal = 6;
+  using enum Wayfinding::NetworkLocation;
 
   // Bits of networkReachabilityFlags.
   static constexpr std::uint32_t kTransientConnection = 1U << 0;  // through a tunnel
@@ -60,13 +54,9 @@ class Wayfinder {
   // network, kNone without.
   [[nodiscard]] std::uint32_t locationRelativeToStoreURL(const std::string& url);
 
-  struct Explanation {
-    std::uint32_t location = kDeciding;
-    std::string reason;
-  };
-  // The same location, and why it is this one: a line of UTF-8 as in the library's log ("LAN, 2 of 2 internal
-  // beacons answered"), without what addresses in it tell of users; empty for kDeciding.
-  [[nodiscard]] Explanation explainLocationRelativeToStoreURL(const std::string& url);
+  // The same location, and why it is this one, as the library's log has it: without what addresses tell of
+  // users.
+  [[nodiscard]] Wayfinding::LocationDecision explainLocationRelativeToStoreURL(const std::string& url);
 
   // How the outside is reached; 0 without a usable network. A tunnel that only NetworkManager knows for one
   // is told while there are stores.

@@ -207,7 +207,7 @@ bool LocationRound::Store::CanBeJudged() const {
 
 // Behind a portal the beacons themselves are still silent, whatever it says in their names.
 bool LocationRound::Store::HasAnswer() const {
-  return location && *location != NetworkLocation::None && *location != NetworkLocation::Hotspot;
+  return location && *location != kNone && *location != kHotspot;
 }
 
 std::vector<const ProbeOutcome*> LocationRound::Store::Outcomes(bool internal) const {

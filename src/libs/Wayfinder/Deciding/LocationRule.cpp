@@ -89,10 +89,10 @@ LocationDecision DecideInside(const Count& internal, const TunnelTo& tunnelTo) {
     if (tunnel.empty()) continue;
     std::string reason = "VPN, " + counts;
     reason.append(", the route to ").append(outcome->peer).append(" leaves through ").append(tunnel);
-    return {NetworkLocation::VPN, std::move(reason)};
+    return {kVPN, std::move(reason)};
   }
-  if (internal.AllAnswered()) return {NetworkLocation::LAN, "LAN, " + counts};
-  return {NetworkLocation::PartlyInternal, "partly internal, " + counts};
+  if (internal.AllAnswered()) return {kLAN, "LAN, " + counts};
+  return {kPartlyInternal, "partly internal, " + counts};
 }
 
 LocationDecision DecideOutside(const StoreFindings& findings, const Count& internal) {
@@ -101,14 +101,13 @@ LocationDecision DecideOutside(const StoreFindings& findings, const Count& inter
       std::find_if(findings.external.begin(), findings.external.end(),
                    [](const auto* outcome) { return outcome->answer == ProbeAnswer::SomebodyElse; });
   if (portal != findings.external.end() && !external.IsProven()) {
-    return {NetworkLocation::Hotspot, "hotspot, " + internal.Text("internal") +
-                                          ", an external one was answered by somebody else (" +
-                                          (*portal)->reason + ")"};
+    return {kHotspot, "hotspot, " + internal.Text("internal") +
+                          ", an external one was answered by somebody else (" + (*portal)->reason + ")"};
   }
   const std::string counts = internal.Text("internal") + ", " + external.Text("external");
-  if (!external.Answered().empty()) return {NetworkLocation::Outside, "outside, " + counts};
+  if (!external.Answered().empty()) return {kOutside, "outside, " + counts};
   const char* const network = findings.networkIsUsable ? "none, " : "none, no usable network, ";
-  return {NetworkLocation::None, network + counts};
+  return {kNone, network + counts};
 }
 
 }  // namespace
