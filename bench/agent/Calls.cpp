@@ -7,11 +7,11 @@
 #include <functional>
 #include <stdexcept>
 
-namespace bench {
+namespace Bench {
 namespace {
 
-using testsupport::ChildProcess;
-using testsupport::TestAgent;
+using TestSupport::ChildProcess;
+using TestSupport::TestAgent;
 
 constexpr char kBareName[] = "com.morvane.bench.BareService";
 constexpr std::size_t kLargestListAnswered = 1000;
@@ -106,7 +106,7 @@ void MeasureCallsWith(std::size_t stores, Outputs& outputs) {
 }
 
 void Delete(Caller& caller, const std::string& id) {
-  const BusMessagePtr reply = caller.Call("deleteStore", id);
+  const Bus::BusMessagePtr reply = caller.Call("deleteStore", id);
   int deleted = 0;
   sd_bus_message_read(reply.get(), "b", &deleted);
   if (deleted == 0) throw std::runtime_error("nothing was deleted");
@@ -118,7 +118,7 @@ void MeasureDeletionOf(std::size_t stores, Outputs& outputs) {
   served.Start();
   Caller caller(served.Agent().BusAddress(), Caller::ServiceRecords());
   const std::string id = StoreID(stores / 2);
-  const std::string document = testsupport::DiscoveryDocument({StoreAsText(stores / 2, ServedShape())});
+  const std::string document = TestSupport::DiscoveryDocument({StoreAsText(stores / 2, ServedShape())});
   const std::string content = ReadFile(served.Agent().StoresFile());
   const std::filesystem::path file = served.Agent().Home() / "floor.plist";
   Measure({.name = "DeleteStore",
@@ -138,4 +138,4 @@ void MeasureDeletion(Outputs& outputs) {
   for (const std::size_t stores : {10, 100, 1000}) MeasureDeletionOf(stores, outputs);
 }
 
-}  // namespace bench
+}  // namespace Bench

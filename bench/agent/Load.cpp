@@ -11,13 +11,13 @@
 #include <functional>
 #include <stdexcept>
 
-namespace bench {
+namespace Bench {
 namespace {
 
-using testsupport::StoreText;
-using testsupport::TestAgent;
-using testsupport::TestAuthority;
-using testsupport::WebServer;
+using TestSupport::StoreText;
+using TestSupport::TestAgent;
+using TestSupport::TestAuthority;
+using TestSupport::WebServer;
 
 constexpr std::size_t kStores = 10;
 constexpr std::size_t kFiles = 50;
@@ -55,8 +55,8 @@ class Desk {
     for (auto& gateway : store.gateways) gateway.location = server + "/" + gateway.name.substr(8);
     const std::filesystem::path document = server_.Document(id + "/discovery");
     std::filesystem::create_directories(document.parent_path());
-    std::ofstream(document) << testsupport::DiscoveryDocument({store});
-    return Agent().Write(id + ".cr", testsupport::ServiceRecordDocument({store})).string();
+    std::ofstream(document) << TestSupport::DiscoveryDocument({store});
+    return Agent().Write(id + ".cr", TestSupport::ServiceRecordDocument({store})).string();
   }
 
  private:
@@ -118,4 +118,4 @@ void MeasureLoad(Outputs& outputs) {
   MeasureWhileFilesAreOpened(other, otherCaller, outputs);
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 constexpr std::size_t kStores = 10;
@@ -32,4 +32,4 @@ void MeasureManyAgents(Outputs& outputs) {
   outputs.Add("EachFurtherAgent", (memory() - ofOne) / (kAgents - 1));
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <iostream>
 
-namespace bench {
+namespace Bench {
 
 Outputs::~Outputs() {
   std::cout << "{\"figures\": {" << text_ << "}}\n";
@@ -23,4 +23,4 @@ double Quantile(Times times, double share) {
   return static_cast<double>(times[place].count());
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace Bench {
 
 // Prints one figure of this program, as {"figures": {...}} once all have been added. One thread.
 class Outputs {
@@ -25,4 +25,4 @@ using Times = std::vector<std::chrono::nanoseconds>;
 // The time that the given share of them do not exceed, in nanoseconds: 0.5 for the median. Not of none.
 [[nodiscard]] double Quantile(Times times, double share);
 
-}  // namespace bench
+}  // namespace Bench

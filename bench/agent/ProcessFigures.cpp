@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 std::filesystem::path Folder(pid_t process) {
@@ -35,4 +35,4 @@ std::uint64_t Switches(pid_t process) {
   return switches;
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace bench {
+namespace Bench {
 
 // What the kernel says of a process of this user. They throw std::runtime_error when it has ended.
 
@@ -14,4 +14,4 @@ namespace bench {
 // How often its threads have been given a processor, since they began: each wake-up is one.
 [[nodiscard]] std::uint64_t Switches(pid_t process);
 
-}  // namespace bench
+}  // namespace Bench

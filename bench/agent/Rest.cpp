@@ -6,11 +6,11 @@
 #include <stdexcept>
 #include <thread>
 
-namespace bench {
+namespace Bench {
 namespace {
 
-using testsupport::ChildProcess;
-using testsupport::TestAgent;
+using TestSupport::ChildProcess;
+using TestSupport::TestAgent;
 
 constexpr std::size_t kStores = 10;
 constexpr char kBareName[] = "com.morvane.bench.BareName";
@@ -33,4 +33,4 @@ void MeasureRest(Outputs& outputs) {
   outputs.Add("PrivateDirtyFloor", Memory(bare.Pid(), "Private_Dirty"));
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace bench {
+namespace Bench {
 
 class Outputs;
 
@@ -20,4 +20,4 @@ void MeasureManyAgents(Outputs& outputs);
 // One announcement to 1,000 programs that watch.
 void MeasureWatchers(Outputs& outputs);
 
-}  // namespace bench
+}  // namespace Bench

@@ -8,12 +8,12 @@
 #include <set>
 #include <stdexcept>
 
-namespace bench {
+namespace Bench {
 namespace {
 
-using testsupport::CheckBus;
-using testsupport::ChildProcess;
-using testsupport::TestAgent;
+using TestSupport::CheckBus;
+using TestSupport::ChildProcess;
+using TestSupport::TestAgent;
 
 constexpr int kStarts = 15;
 constexpr char kBareName[] = "com.morvane.bench.BareName";
@@ -23,7 +23,7 @@ constexpr std::chrono::seconds kTimeToStart{30};
 class NameWatch {
  public:
   NameWatch(const std::string& address, const std::set<std::string>& names)
-      : bus_(testsupport::ConnectToBus(address)), missing_(names) {
+      : bus_(TestSupport::ConnectToBus(address)), missing_(names) {
     for (const std::string& name : names) {
       const std::string rule =
           "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + name + "'";
@@ -53,7 +53,7 @@ class NameWatch {
     return 0;
   }
 
-  const BusPtr bus_;
+  const Bus::BusPtr bus_;
   std::set<std::string> missing_;
 };
 
@@ -71,7 +71,7 @@ std::chrono::nanoseconds TimeOfStart(TestAgent& machine, const std::vector<std::
 
 std::chrono::nanoseconds TimeOfAgent(ServedAgent& agent) {
   return TimeOfStart(agent.Agent(), {(agent.Agent().BundleFolder() / "ServiceRecords").string()},
-                     {ServiceNames::kServiceRecords, ServiceNames::kBeacons});
+                     {Bus::ServiceNames::kServiceRecords, Bus::ServiceNames::kBeacons});
 }
 
 // Of the machine's list, by a process that has just started, as the agent has.
@@ -115,4 +115,4 @@ void MeasureStart(Outputs& outputs) {
   large.Tell(outputs);
 }
 
-}  // namespace bench
+}  // namespace Bench

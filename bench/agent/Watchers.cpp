@@ -12,10 +12,10 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace bench {
+namespace Bench {
 namespace {
 
-using testsupport::CheckBus;
+using TestSupport::CheckBus;
 
 constexpr std::size_t kStores = 10;
 constexpr std::size_t kWatchers = 1000;
@@ -38,19 +38,20 @@ int Count(sd_bus_message* /*message*/, void* counter, sd_bus_error* /*error*/) {
 
 // A program that watches the list.
 struct Watcher {
-  explicit Watcher(const std::string& address) : bus(testsupport::ConnectToBus(address)) {
-    const std::string rule = ServiceNames::NotificationMatch(ServiceNames::kStoresUpdatedNotification);
+  explicit Watcher(const std::string& address) : bus(TestSupport::ConnectToBus(address)) {
+    const std::string rule =
+        Bus::ServiceNames::NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification);
     CheckBus(sd_bus_add_match(bus.get(), nullptr, rule.c_str(), Count, &announcements), rule);
   }
 
-  BusPtr bus;
+  Bus::BusPtr bus;
   int announcements = 0;
 };
 
 // Sees every message that leaves the agent, as the bus gets it.
 class Monitor {
  public:
-  Monitor(const std::string& address, const std::string& sender) : bus_(testsupport::ConnectToBus(address)) {
+  Monitor(const std::string& address, const std::string& sender) : bus_(TestSupport::ConnectToBus(address)) {
     const std::string rule = "sender='" + sender + "'";
     CheckBus(sd_bus_add_filter(bus_.get(), nullptr, Take, this), "filter");
     CheckBus(sd_bus_call_method(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
@@ -75,15 +76,15 @@ class Monitor {
     if (sd_bus_message_is_method_call(message, nullptr, nullptr) == 0 &&
         sd_bus_message_is_signal(message, nullptr, nullptr) == 0) {
       ++monitor.replies_;
-    } else if (sd_bus_message_is_signal(message, ServiceNames::kNotificationsInterface, "Posted") > 0 &&
+    } else if (sd_bus_message_is_signal(message, Bus::ServiceNames::kNotificationsInterface, "Posted") > 0 &&
                sd_bus_message_read(message, "s", &name) > 0 &&
-               std::string_view(name) == ServiceNames::kStoresUpdatedNotification) {
+               std::string_view(name) == Bus::ServiceNames::kStoresUpdatedNotification) {
       ++monitor.announcements_;
     }
     return 1;  // nobody answers what is only overheard
   }
 
-  const BusPtr bus_;
+  const Bus::BusPtr bus_;
   int replies_ = 0;
   int announcements_ = 0;
 };
@@ -100,10 +101,10 @@ std::size_t CountReached(std::deque<Watcher>& watchers) {
   return reached;
 }
 
-std::string UniqueName(testsupport::BusClient& client) {
+std::string UniqueName(TestSupport::BusClient& client) {
   return client
       .Call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner",
-            {ServiceNames::kServiceRecords})
+            {Bus::ServiceNames::kServiceRecords})
       .get<std::string>();
 }
 
@@ -119,11 +120,11 @@ void MeasureWatchers(Outputs& outputs) {
   Monitor monitor(address, UniqueName(agent.Agent().Bus()));
   Caller caller(address, Caller::ServiceRecords());
   caller.Call("handleDiscoveryDocument",
-              testsupport::DiscoveryDocument({StoreAsText(kStores, ServedShape())}));
+              TestSupport::DiscoveryDocument({StoreAsText(kStores, ServedShape())}));
   outputs.Add("UnreachedWatchers", static_cast<double>(kWatchers - CountReached(watchers)));
   caller.Ping();
   monitor.WaitForReplies(2);
   outputs.Add("AnnouncementMessages", monitor.Announcements());
 }
 
-}  // namespace bench
+}  // namespace Bench

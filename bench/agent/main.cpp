@@ -9,17 +9,17 @@
 #include <string>
 
 int main(int argc, char** argv) {
-  const std::map<std::string, void (*)(bench::Outputs&)> scenarios{
-      {"calls", bench::MeasureCalls},      {"delete", bench::MeasureDeletion},
-      {"start", bench::MeasureStart},      {"load", bench::MeasureLoad},
-      {"rest", bench::MeasureRest},        {"agents", bench::MeasureManyAgents},
-      {"watchers", bench::MeasureWatchers}};
+  const std::map<std::string, void (*)(Bench::Outputs&)> scenarios{
+      {"calls", Bench::MeasureCalls},      {"delete", Bench::MeasureDeletion},
+      {"start", Bench::MeasureStart},      {"load", Bench::MeasureLoad},
+      {"rest", Bench::MeasureRest},        {"agents", Bench::MeasureManyAgents},
+      {"watchers", Bench::MeasureWatchers}};
   const auto chosen = scenarios.find(argc == 2 ? argv[1] : "");
   if (chosen == scenarios.end()) {
     std::cerr << "usage: agent_bench calls|delete|start|load|rest|agents|watchers\n";
     return 2;
   }
-  bench::Outputs outputs;
+  Bench::Outputs outputs;
   try {
     chosen->second(outputs);
     return 0;

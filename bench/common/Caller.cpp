@@ -8,42 +8,42 @@
 #include <system_error>
 #include <utility>
 
-namespace bench {
+namespace Bench {
 namespace {
 
-using testsupport::CheckBus;
+using TestSupport::CheckBus;
 
 constexpr std::chrono::microseconds kTimeOfCall = std::chrono::seconds(60);
 
 }  // namespace
 
 Caller::Target Caller::ServiceRecords() {
-  return {ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
-          ServiceNames::kServiceRecordsInterface};
+  return {Bus::ServiceNames::kServiceRecords, Bus::ServiceNames::kServiceRecordsPath,
+          Bus::ServiceNames::kServiceRecordsInterface};
 }
 
 Caller::Target Caller::Beacons() {
-  return {ServiceNames::kBeacons, ServiceNames::kBeaconsPath, ServiceNames::kBeaconsInterface};
+  return {Bus::ServiceNames::kBeacons, Bus::ServiceNames::kBeaconsPath, Bus::ServiceNames::kBeaconsInterface};
 }
 
 Caller::Caller(const std::string& busAddress, Target target)
-    : bus_(testsupport::ConnectToBus(busAddress)), target_(std::move(target)) {}
+    : bus_(TestSupport::ConnectToBus(busAddress)), target_(std::move(target)) {}
 
-BusMessagePtr Caller::Send(const char* interface, const char* method, const std::string* argument,
-                           std::chrono::microseconds limit) {
+Bus::BusMessagePtr Caller::Send(const char* interface, const char* method, const std::string* argument,
+                                std::chrono::microseconds limit) {
   sd_bus_message* message = nullptr;
   CheckBus(sd_bus_message_new_method_call(bus_.get(), &message, target_.name.c_str(), target_.path.c_str(),
                                           interface, method),
            method);
-  const BusMessagePtr call(message);
+  const Bus::BusMessagePtr call(message);
   if (argument != nullptr) CheckBus(sd_bus_message_append_basic(message, 's', argument->c_str()), method);
   sd_bus_message* reply = nullptr;
   CheckBus(sd_bus_call(bus_.get(), message, static_cast<std::uint64_t>(limit.count()), nullptr, &reply),
            method);
-  return BusMessagePtr(reply);
+  return Bus::BusMessagePtr(reply);
 }
 
-BusMessagePtr Caller::Call(const char* method, const std::string* argument) {
+Bus::BusMessagePtr Caller::Call(const char* method, const std::string* argument) {
   return Send(target_.interface.c_str(), method, argument, kTimeOfCall);
 }
 
@@ -62,4 +62,4 @@ std::chrono::nanoseconds Caller::TimeOf(const char* method, std::chrono::microse
   return std::chrono::steady_clock::now() - begin;
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <string>
 
-namespace bench {
+namespace Bench {
 
 // A program on the bus that calls one interface of one service and waits for each reply. Throws
 // std::system_error. One thread.
@@ -22,8 +22,8 @@ class Caller {
   Caller(const std::string& busAddress, Target target);
 
   // The calls take text, or nothing.
-  BusMessagePtr Call(const char* method, const std::string* argument = nullptr);
-  BusMessagePtr Call(const char* method, const std::string& argument) { return Call(method, &argument); }
+  Bus::BusMessagePtr Call(const char* method, const std::string* argument = nullptr);
+  Bus::BusMessagePtr Call(const char* method, const std::string& argument) { return Call(method, &argument); }
   // The peer interface's, which every service has.
   void Ping();
   // How long the call takes; the limit itself when it takes longer.
@@ -32,11 +32,11 @@ class Caller {
   [[nodiscard]] sd_bus& Bus() { return *bus_; }
 
  private:
-  BusMessagePtr Send(const char* interface, const char* method, const std::string* argument,
-                     std::chrono::microseconds limit);
+  Bus::BusMessagePtr Send(const char* interface, const char* method, const std::string* argument,
+                          std::chrono::microseconds limit);
 
-  const BusPtr bus_;
+  const Bus::BusPtr bus_;
   const Target target_;
 };
 
-}  // namespace bench
+}  // namespace Bench

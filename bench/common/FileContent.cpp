@@ -10,7 +10,7 @@
 #include <iterator>
 #include <system_error>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 void Check(bool succeeded, const std::filesystem::path& file) {
@@ -40,7 +40,8 @@ void PutFile(const std::filesystem::path& file, std::string_view content) {
 
 void ReplaceDurably(const std::filesystem::path& file, std::string_view content) {
   const std::filesystem::path written = Beside(file);
-  const FileDescriptor descriptor(::open(written.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  const Files::FileDescriptor descriptor(
+      ::open(written.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   Check(descriptor.Get() >= 0, written);
   for (std::string_view left = content; !left.empty();) {
     const ssize_t count = ::write(descriptor.Get(), left.data(), left.size());
@@ -49,8 +50,8 @@ void ReplaceDurably(const std::filesystem::path& file, std::string_view content)
   }
   Check(::fsync(descriptor.Get()) == 0, written);
   Check(::rename(written.c_str(), file.c_str()) == 0, file);
-  const FileDescriptor folder(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const Files::FileDescriptor folder(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   Check(folder.Get() >= 0 && ::fsync(folder.Get()) == 0, file.parent_path());
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace bench {
+namespace Bench {
 
 // All of them throw std::runtime_error, or what the library throws, on failure.
 [[nodiscard]] std::string ReadFile(const std::filesystem::path& file);
@@ -13,4 +13,4 @@ void PutFile(const std::filesystem::path& file, std::string_view content);
 // Writes the bytes once, flushes them, renames the file to its place and flushes the folder.
 void ReplaceDurably(const std::filesystem::path& file, std::string_view content);
 
-}  // namespace bench
+}  // namespace Bench

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using PropertyList::Dictionary;
@@ -28,12 +28,12 @@ std::vector<std::string> Beacons(const StoreShape& shape, const std::string& sid
   return beacons;
 }
 
-SRStore Record(const testsupport::StoreText& text) {
+SRStore Record(const TestSupport::StoreText& text) {
   SRStore store;
   store.SetStoreID(util::widen(text.id));
   store.SetStoreName(util::widen(text.name));
   store.SetStoreURL(util::widen(text.url));
-  for (const testsupport::GatewayText& each : text.gateways) {
+  for (const TestSupport::GatewayText& each : text.gateways) {
     SRGateway gateway;
     gateway.SetName(util::widen(each.name));
     gateway.SetLocation(util::widen(each.location));
@@ -96,8 +96,8 @@ std::string StoreURL(std::size_t number) {
   return "https://" + StoreID(number) + ".example/Example/Main/discovery";
 }
 
-testsupport::StoreText StoreAsText(std::size_t number, const StoreShape& shape) {
-  testsupport::StoreText store{.id = StoreID(number),
+TestSupport::StoreText StoreAsText(std::size_t number, const StoreShape& shape) {
+  TestSupport::StoreText store{.id = StoreID(number),
                                .name = "Store " + Padded(number),
                                .url = StoreURL(number),
                                .gateways = {},
@@ -112,8 +112,8 @@ testsupport::StoreText StoreAsText(std::size_t number, const StoreShape& shape) 
   return store;
 }
 
-std::vector<testsupport::StoreText> StoresAsText(std::size_t count, const StoreShape& shape) {
-  std::vector<testsupport::StoreText> stores;
+std::vector<TestSupport::StoreText> StoresAsText(std::size_t count, const StoreShape& shape) {
+  std::vector<TestSupport::StoreText> stores;
   for (std::size_t i = 0; i < count; ++i) stores.push_back(StoreAsText(i, shape));
   return stores;
 }
@@ -134,4 +134,4 @@ std::string ListFile(const ServiceRecords::StoreMap& stores) {
   return PropertyList::Write(tree);
 }
 
-}  // namespace bench
+}  // namespace Bench

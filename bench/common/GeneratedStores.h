@@ -8,7 +8,7 @@
 #include <vector>
 
 // The lists that are measured with: `count` stores whose texts are equally long, whatever their number.
-namespace bench {
+namespace Bench {
 
 struct StoreShape {
   std::size_t gateways = 2;
@@ -21,12 +21,12 @@ struct StoreShape {
 [[nodiscard]] std::string StoreURL(std::size_t number);
 
 // One of them, and all of them, as a document's author would write them.
-[[nodiscard]] testsupport::StoreText StoreAsText(std::size_t number, const StoreShape& shape = {});
-[[nodiscard]] std::vector<testsupport::StoreText> StoresAsText(std::size_t count,
+[[nodiscard]] TestSupport::StoreText StoreAsText(std::size_t number, const StoreShape& shape = {});
+[[nodiscard]] std::vector<TestSupport::StoreText> StoresAsText(std::size_t count,
                                                                const StoreShape& shape = {});
 
 // The same as records, and as the file in which the agent keeps them.
 [[nodiscard]] ServiceRecords::StoreMap Stores(std::size_t count, const StoreShape& shape = {});
 [[nodiscard]] std::string ListFile(const ServiceRecords::StoreMap& stores);
 
-}  // namespace bench
+}  // namespace Bench

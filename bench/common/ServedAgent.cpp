@@ -6,7 +6,7 @@
 #include <chrono>
 #include <stdexcept>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 constexpr std::chrono::seconds kTimeToDecide{60};
@@ -14,7 +14,7 @@ constexpr std::chrono::seconds kTimeToDecide{60};
 }  // namespace
 
 const std::string& BeaconServer() {
-  static const testsupport::WebServer server(testsupport::ServerBlock("", "location / { return 204; }"));
+  static const TestSupport::WebServer server(TestSupport::ServerBlock("", "location / { return 204; }"));
   static const std::string address = "http://127.0.0.1:" + std::to_string(server.Port());
   return address;
 }
@@ -39,4 +39,4 @@ void ServedAgent::Start() {
   if (!agent_.Bus().WaitUntil(isDecided, kTimeToDecide)) throw std::runtime_error("stores stay undecided");
 }
 
-}  // namespace bench
+}  // namespace Bench

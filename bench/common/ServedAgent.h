@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-namespace bench {
+namespace Bench {
 
 // The address of a server of this process at which all beacons answer, so that every store is decided.
 [[nodiscard]] const std::string& BeaconServer();
@@ -22,11 +22,11 @@ class ServedAgent {
   // Starts the agent, and waits until the location of every store is decided.
   void Start();
 
-  [[nodiscard]] testsupport::TestAgent& Agent() { return agent_; }
+  [[nodiscard]] TestSupport::TestAgent& Agent() { return agent_; }
 
  private:
   const std::size_t stores_;
-  testsupport::TestAgent agent_;
+  TestSupport::TestAgent agent_;
 };
 
-}  // namespace bench
+}  // namespace Bench

@@ -23,10 +23,10 @@ void operator delete(void* block, std::size_t /*size*/) noexcept {
   std::free(block);
 }
 
-namespace bench {
+namespace Bench {
 
 std::uint64_t AllocatedBytes() {
   return allocatedBytes;
 }
 
-}  // namespace bench
+}  // namespace Bench

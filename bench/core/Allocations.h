@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-namespace bench {
+namespace Bench {
 
 // What the calling thread has asked the heap for since it began.
 [[nodiscard]] std::uint64_t AllocatedBytes();
 
-}  // namespace bench
+}  // namespace Bench

@@ -1,6 +1,6 @@
 #include "core/CountingConfiguration.h"
 
-namespace bench {
+namespace Bench {
 
 bool CountingConfiguration::GetUInt(const std::wstring& key, std::uint32_t fallback,
                                     std::uint32_t& value) const {
@@ -50,4 +50,4 @@ bool CountingConfiguration::EnumContainers(const std::wstring& key, std::uint32_
   return CMacConfiguration::EnumContainers(key, index, name);
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace bench {
+namespace Bench {
 
 // The user's configuration as it is, and how often it is called.
 class CountingConfiguration : public CMacConfiguration {
@@ -28,4 +28,4 @@ class CountingConfiguration : public CMacConfiguration {
   mutable std::uint64_t calls_ = 0;
 };
 
-}  // namespace bench
+}  // namespace Bench

@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using ServiceRecords::SRProvider;
@@ -25,7 +25,7 @@ std::size_t Count(const benchmark::State& state) {
 ServiceRecords::ProviderParts Parts() {
   ServiceRecords::MacSRHTTPRequestFactory::Init();
   ServiceRecords::MacSSLValidationFactory::Init();
-  return PlatformParts();
+  return Agent::PlatformParts();
 }
 
 // A provider of its own, whose list is not saved anywhere.
@@ -124,4 +124,4 @@ void MergeStores(benchmark::State& state) {
 BENCHMARK(MergeStores)->Arg(10)->Arg(100)->Arg(1000)->Apply(kComputing);
 
 }  // namespace
-}  // namespace bench
+}  // namespace Bench

@@ -15,7 +15,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using ServiceRecords::SRRegistryConfig;
@@ -59,7 +59,8 @@ const CountingConfiguration& Configuration() {
 
 // The floors write what the agent does, or they would measure something else.
 void DemandSavedBytes(const std::string& expected) {
-  if (ReadFile(preferenceFile(true)) != expected) throw std::runtime_error("the file holds other bytes");
+  if (ReadFile(Agent::preferenceFile(true)) != expected)
+    throw std::runtime_error("the file holds other bytes");
 }
 
 void SaveStores(benchmark::State& state) {
@@ -76,7 +77,7 @@ BENCHMARK(SaveStores)->Arg(10)->Arg(100)->Arg(1000)->Apply(kWaiting);
 
 void SaveStoresFloor(benchmark::State& state) {
   TwoFiles files(Count(state));
-  for (auto _ : state) ReplaceDurably(preferenceFile(true), files.Next());
+  for (auto _ : state) ReplaceDurably(Agent::preferenceFile(true), files.Next());
 }
 BENCHMARK(SaveStoresFloor)->Arg(10)->Arg(100)->Arg(1000)->Apply(kWaiting);
 
@@ -85,7 +86,7 @@ void RestoreStores(benchmark::State& state) {
   TwoFiles files(Count(state));
   for (auto _ : state) {
     state.PauseTiming();
-    PutFile(preferenceFile(true), files.Next());
+    PutFile(Agent::preferenceFile(true), files.Next());
     state.ResumeTiming();
     if (SRRegistryConfig(Configuration()).RestoreStores().size() != Count(state))
       state.SkipWithError("stores are missing");
@@ -97,9 +98,9 @@ void RestoreStoresFloor(benchmark::State& state) {
   TwoFiles files(Count(state));
   for (auto _ : state) {
     state.PauseTiming();
-    PutFile(preferenceFile(true), files.Next());
+    PutFile(Agent::preferenceFile(true), files.Next());
     state.ResumeTiming();
-    benchmark::DoNotOptimize(PropertyList::Read(ReadFile(preferenceFile(true))));
+    benchmark::DoNotOptimize(PropertyList::Read(ReadFile(Agent::preferenceFile(true))));
   }
 }
 BENCHMARK(RestoreStoresFloor)->Arg(10)->Arg(100)->Arg(1000)->Apply(kWaiting);
@@ -110,7 +111,7 @@ std::wstring KeyOfValue() {
 
 // The file of a list that nobody changes, once for both: so old that its times are to be trusted.
 void PutOldFile() {
-  PutFile(preferenceFile(true), ListFile(Stores(kStoresOfValue)));
+  PutFile(Agent::preferenceFile(true), ListFile(Stores(kStoresOfValue)));
   std::this_thread::sleep_for(kAgeOfUnchangedFile);
 }
 
@@ -130,7 +131,7 @@ BENCHMARK(GetUInt)->Apply(kComputing);
 
 void GetUIntFloor(benchmark::State& state) {
   DemandOldFile();
-  const std::string file = preferenceFile(true);
+  const std::string file = Agent::preferenceFile(true);
   for (auto _ : state) {
     const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat status {};
@@ -141,7 +142,7 @@ void GetUIntFloor(benchmark::State& state) {
 BENCHMARK(GetUIntFloor)->Apply(kComputing);
 
 void SetUInt(benchmark::State& state) {
-  PutFile(preferenceFile(true), ListFile(Stores(kStoresOfValue)));
+  PutFile(Agent::preferenceFile(true), ListFile(Stores(kStoresOfValue)));
   const std::wstring key = KeyOfValue();
   std::uint32_t value = 0;
   for (auto _ : state) Configuration().SetUInt(key, value++ % 2);
@@ -150,9 +151,9 @@ BENCHMARK(SetUInt)->Apply(kWaiting);
 
 void SetUIntFloor(benchmark::State& state) {
   TwoFiles files(kStoresOfValue);
-  for (auto _ : state) ReplaceDurably(preferenceFile(true), files.Next());
+  for (auto _ : state) ReplaceDurably(Agent::preferenceFile(true), files.Next());
 }
 BENCHMARK(SetUIntFloor)->Apply(kWaiting);
 
 }  // namespace
-}  // namespace bench
+}  // namespace Bench

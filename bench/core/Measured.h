@@ -2,7 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
-namespace bench {
+namespace Bench {
 
 // How everything is measured: several times, of which the median counts. Short repetitions, so that what else
 // runs on the machine spoils some of them and not all.
@@ -17,4 +17,4 @@ inline constexpr auto kWaiting = [](auto* benchmark) {
   benchmark->UseRealTime()->MinTime(0.03)->Repetitions(25)->ReportAggregatesOnly(true);
 };
 
-}  // namespace bench
+}  // namespace Bench

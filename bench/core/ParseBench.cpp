@@ -5,11 +5,11 @@
 #include "floors/BareParse.h"
 #include "libs/Text/TextHelpers.h"
 
-namespace bench {
+namespace Bench {
 namespace {
 
 std::string Document(const benchmark::State& state) {
-  return testsupport::ServiceRecordDocument(StoresAsText(static_cast<std::size_t>(state.range(0))));
+  return TestSupport::ServiceRecordDocument(StoresAsText(static_cast<std::size_t>(state.range(0))));
 }
 
 void Parse(benchmark::State& state) {
@@ -31,4 +31,4 @@ void ParseFloor(benchmark::State& state) {
 BENCHMARK(ParseFloor)->Arg(1)->Arg(10)->Arg(100)->Arg(1000)->Apply(kComputing);
 
 }  // namespace
-}  // namespace bench
+}  // namespace Bench

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <string>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 // A piece of a record that is costly to build.
@@ -39,4 +39,4 @@ void TraceFloor(benchmark::State& state) {
 BENCHMARK(TraceFloor)->Apply(kComputing);
 
 }  // namespace
-}  // namespace bench
+}  // namespace Bench

@@ -22,10 +22,10 @@ void LiveIn(const std::filesystem::path& home) {
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-  const testsupport::TemporaryFolder home;
+  const TestSupport::TemporaryFolder home;
   LiveIn(home.Path());
   ServiceRecordUpdateLoggingFromPrefs();
-  const XercesPlatform xml;
+  const DomLib::XercesPlatform xml;
   // A process with one thread has cheaper locks than the agent.
   std::promise<void> end;
   std::thread other([&end] { end.get_future().wait(); });

@@ -11,7 +11,7 @@
 
 using namespace xercesc;
 
-namespace bench {
+namespace Bench {
 namespace {
 
 class SchemaResolver : public EntityResolver {
@@ -52,4 +52,4 @@ void BareParse(const std::string& utf8) {
   if (parser.getDocument() == nullptr) throw std::runtime_error("the document is not valid");
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -7,8 +7,8 @@
 
 namespace {
 
-using testsupport::GatewayText;
-using testsupport::StoreText;
+using TestSupport::GatewayText;
+using TestSupport::StoreText;
 
 using Stores = std::vector<StoreText>;
 
@@ -56,7 +56,7 @@ void AppendStore(sd_bus_message* reply, const StoreText& store) {
 int AllStores(sd_bus_message* call, void* stores, sd_bus_error* /*error*/) {
   sd_bus_message* message = nullptr;
   if (const int result = sd_bus_message_new_method_return(call, &message); result < 0) return result;
-  const BusMessagePtr reply(message);
+  const Bus::BusMessagePtr reply(message);
   sd_bus_message_open_container(message, 'a', "a{sv}");
   for (const StoreText& store : *static_cast<const Stores*>(stores)) AppendStore(message, store);
   const int result = sd_bus_message_close_container(message);
@@ -73,9 +73,9 @@ int main(int argc, char** argv) {
   sd_bus* bus = nullptr;
   sd_event* loop = nullptr;
   if (argc != 3 || sd_bus_open_user(&bus) < 0 || sd_event_default(&loop) < 0) return EXIT_FAILURE;
-  const EventLoopPtr ownedLoop(loop);
-  const BusPtr ownedBus(bus);
-  Stores stores = bench::StoresAsText(std::strtoul(argv[2], nullptr, 10));
+  const Bus::EventLoopPtr ownedLoop(loop);
+  const Bus::BusPtr ownedBus(bus);
+  Stores stores = Bench::StoresAsText(std::strtoul(argv[2], nullptr, 10));
   sd_bus_add_object_vtable(bus, nullptr, "/com/morvane/ServiceRecords",
                            "com.morvane.MrvServiceRecordsService", kMethods, &stores);
   if (sd_bus_request_name(bus, argv[1], 0) < 0) return EXIT_FAILURE;

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using nlohmann::json;
@@ -73,4 +73,4 @@ void AddFigures(std::string output, Figures& figures) {
   }
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-namespace bench {
+namespace Bench {
 
 // What was measured, by name: times in nanoseconds, sizes in bytes, everything else as its number.
 using Figures = std::map<std::string, double>;
@@ -14,4 +14,4 @@ using Figures = std::map<std::string, double>;
 // exceptions for what is no JSON, and std::runtime_error for JSON without figures.
 void AddFigures(std::string output, Figures& figures);
 
-}  // namespace bench
+}  // namespace Bench

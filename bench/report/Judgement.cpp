@@ -7,7 +7,7 @@
 #include <array>
 #include <stdexcept>
 
-namespace bench {
+namespace Bench {
 namespace {
 
 using nlohmann::json;
@@ -146,4 +146,4 @@ std::string PlotScript(const json& plot, const Figures& figures) {
                      plot.at("title").get<std::string>(), unit, !ofFloor.empty(), lines);
 }
 
-}  // namespace bench
+}  // namespace Bench

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace bench {
+namespace Bench {
 
 // One target of targets.json and what became of it. A target is met by a figure that is at most its limit:
 // `times` the floor, and what the target allows beside. What was not measured is missed.
@@ -38,4 +38,4 @@ struct Row {
 // "?" for a floor without a figure. Empty when no size has a figure.
 [[nodiscard]] std::string PlotScript(const nlohmann::json& plot, const Figures& figures);
 
-}  // namespace bench
+}  // namespace Bench

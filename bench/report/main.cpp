@@ -29,11 +29,11 @@ std::string Read(const std::string& file) {
 }
 
 // A program that was ended leaves an output that is empty or torn, and no figures.
-bench::Figures ReadFigures(const std::vector<std::string>& outputs) {
-  bench::Figures figures;
+Bench::Figures ReadFigures(const std::vector<std::string>& outputs) {
+  Bench::Figures figures;
   for (const std::string& output : outputs) {
     try {
-      bench::AddFigures(Read(output), figures);
+      Bench::AddFigures(Read(output), figures);
     } catch (const std::exception& exception) {
       std::cerr << "bench_report: " << output << ": " << exception.what() << '\n';
     }
@@ -47,13 +47,13 @@ void Write(const std::filesystem::path& file, const std::string& text) {
   if (!stream.flush()) throw std::runtime_error("cannot write " + file.string());
 }
 
-void WriteResults(const Arguments& arguments, const json& targets, const std::vector<bench::Row>& rows,
-                  const bench::Figures& figures) {
+void WriteResults(const Arguments& arguments, const json& targets, const std::vector<Bench::Row>& rows,
+                  const Bench::Figures& figures) {
   const std::filesystem::path folder = arguments.folder;
-  const json results{{"about", arguments.about}, {"targets", bench::AsJson(rows)}, {"figures", figures}};
+  const json results{{"about", arguments.about}, {"targets", Bench::AsJson(rows)}, {"figures", figures}};
   Write(folder / "results.json", results.dump(2) + "\n");
   for (const json& plot : targets.at("plots")) {
-    const std::string script = bench::PlotScript(plot, figures);
+    const std::string script = Bench::PlotScript(plot, figures);
     if (!script.empty()) Write(folder / (plot.at("name").get<std::string>() + ".gp"), script);
   }
 }
@@ -61,11 +61,11 @@ void WriteResults(const Arguments& arguments, const json& targets, const std::ve
 // 0 when the targets are met, or were not to be checked; 1 when one is missed.
 int Report(const Arguments& arguments) {
   const json targets = json::parse(Read(arguments.targets));
-  const bench::Figures figures = ReadFigures(arguments.outputs);
-  const auto rows = bench::Judge(targets, {arguments.groups.begin(), arguments.groups.end()}, figures);
-  std::cout << bench::Table(rows);
+  const Bench::Figures figures = ReadFigures(arguments.outputs);
+  const auto rows = Bench::Judge(targets, {arguments.groups.begin(), arguments.groups.end()}, figures);
+  std::cout << Bench::Table(rows);
   if (!arguments.folder.empty()) WriteResults(arguments, targets, rows, figures);
-  return arguments.check && !bench::AllMet(rows) ? 1 : 0;
+  return arguments.check && !Bench::AllMet(rows) ? 1 : 0;
 }
 
 }  // namespace

@@ -29,8 +29,8 @@ const DOMElement* AsElement(const DOMNode* node) {
 }
 
 bool IsGateway(const DOMNode& node) {
-  static const XString name = AsXString("Gateway");
-  return AreSameName(node.getNodeName(), name.c_str());
+  static const DomLib::XString name = AsXString("Gateway");
+  return DomLib::AreSameName(node.getNodeName(), name.c_str());
 }
 
 bool HasReadableLength(const std::wstring& text, const char* what) {
@@ -116,7 +116,7 @@ class SRDocParser::ServiceList : public DOMNodeList {
   }
 
   SRDocParser& parser_;
-  mutable DescendantWalk walk_;
+  mutable DomLib::DescendantWalk walk_;
   mutable std::vector<std::size_t> levels_;  // of services and gateways, from the root down to the element
   mutable std::vector<const DOMElement*> services_;
   mutable std::size_t complete_ = 0;   // how many of them have been walked through
@@ -170,7 +170,7 @@ bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out)
 }
 
 bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap& out) {
-  Descendants below;
+  DomLib::Descendants below;
   XMLSize_t index = 0;
   for (; DOMNode* node = services.item(index); ++index) {
     if (AsElement(node) == nullptr) continue;
@@ -191,8 +191,8 @@ bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap&
 }
 
 bool SRDocParser::IsService(const DOMNode& node) const {
-  static const XString name = AsXString("Service");
-  if (serviceNamespace_.empty()) return AreSameName(node.getNodeName(), name.c_str());
+  static const DomLib::XString name = AsXString("Service");
+  if (serviceNamespace_.empty()) return DomLib::AreSameName(node.getNodeName(), name.c_str());
   return XMLString::equals(node.getLocalName(), name.c_str()) &&
          XMLString::equals(node.getNamespaceURI(), serviceNamespace_.c_str());
 }
@@ -204,21 +204,22 @@ bool SRDocParser::IsLevel(const DOMNode& node) const {
 }
 
 void SRDocParser::RefuseDeepNesting(const DOMElement& element) const {
-  if (deepestLevel_ <= kMaximumServiceNesting) return;  // the way up is slow
+  if (deepestLevel_ <= DomLib::kMaximumServiceNesting) return;  // the way up is slow
   std::size_t levels = 0;
   for (const DOMNode* outer = &element; outer != nullptr; outer = outer->getParentNode()) {
     if (IsLevel(*outer)) ++levels;
   }
-  if (levels > kMaximumServiceNesting) {
-    throw std::runtime_error("the document nests more than " + std::to_string(kMaximumServiceNesting) +
+  if (levels > DomLib::kMaximumServiceNesting) {
+    throw std::runtime_error("the document nests more than " +
+                             std::to_string(DomLib::kMaximumServiceNesting) +
                              " services and gateways in one another");
   }
 }
 
-bool SRDocParser::DeserializeService(DOMElement& service, const Descendants& below, SRStore& store) {
-  std::wstring id = TextOf(below.First("SRID"));
-  std::wstring name = TextOf(below.First("Name"));
-  std::wstring address = TextOf(below.First("Address"));
+bool SRDocParser::DeserializeService(DOMElement& service, const DomLib::Descendants& below, SRStore& store) {
+  std::wstring id = DomLib::TextOf(below.First("SRID"));
+  std::wstring name = DomLib::TextOf(below.First("Name"));
+  std::wstring address = DomLib::TextOf(below.First("Address"));
   const std::wstring type = NonNullAttribute(service, "type");
   if (id.empty() || name.empty() || address.empty() || type.empty()) {
     SR_TRACE(2) << "SR XML Parsing error: required service element is missing.";
@@ -235,8 +236,8 @@ bool SRDocParser::DeserializeService(DOMElement& service, const Descendants& bel
   return true;
 }
 
-bool SRDocParser::DeserializeGateways(const Descendants& below, SRStore& store) {
-  Descendants::Items gateways = below.ItemsOfFirst("Gateways", "Gateway");
+bool SRDocParser::DeserializeGateways(const DomLib::Descendants& below, SRStore& store) {
+  DomLib::Descendants::Items gateways = below.ItemsOfFirst("Gateways", "Gateway");
   while (const DOMElement* element = gateways.Next()) {
     RefuseDeepNesting(*element);
     std::wstring name = NonNullAttribute(*element, "Name");
@@ -263,9 +264,9 @@ bool SRDocParser::DeserializeGateways(const Descendants& below, SRStore& store) 
   return true;
 }
 
-bool SRDocParser::DeserializeBeacons(const Descendants& below, SRStore& store, BeaconType type) {
+bool SRDocParser::DeserializeBeacons(const DomLib::Descendants& below, SRStore& store, BeaconType type) {
   const char* container = type == BeaconType::Internal ? "Internal" : "External";
-  Descendants::Items beacons = below.ItemsOfFirst(container, "Beacon");
+  DomLib::Descendants::Items beacons = below.ItemsOfFirst(container, "Beacon");
   while (const DOMElement* element = beacons.Next()) {
     const DOMNode* content = element->getFirstChild();
     if (content == nullptr) {

@@ -13,7 +13,9 @@ class DOMNode;
 class DOMNodeList;
 XERCES_CPP_NAMESPACE_END
 
+namespace DomLib {
 class Descendants;
+}
 
 namespace ServiceRecords {
 
@@ -50,22 +52,22 @@ class SRDocParser {
 
   [[nodiscard]] const xercesc::DOMElement* GetServicesElem(const std::wstring& text);
   bool DeserializeServiceNodes(const xercesc::DOMNodeList& services, StoreMap& out);
-  bool DeserializeGateways(const Descendants& below, SRStore& store);
-  bool DeserializeBeacons(const Descendants& below, SRStore& store, BeaconType type);
+  bool DeserializeGateways(const DomLib::Descendants& below, SRStore& store);
+  bool DeserializeBeacons(const DomLib::Descendants& below, SRStore& store, BeaconType type);
 
   DOMServices domServices_;
 
  private:
   class ServiceList;
 
-  bool DeserializeService(xercesc::DOMElement& service, const Descendants& below, SRStore& store);
+  bool DeserializeService(xercesc::DOMElement& service, const DomLib::Descendants& below, SRStore& store);
   [[nodiscard]] bool IsService(const xercesc::DOMNode& node) const;
   [[nodiscard]] bool IsLevel(const xercesc::DOMNode& node) const;
   void RefuseDeepNesting(const xercesc::DOMElement& element) const;
 
   xercesc::DOMDocument* document_ = nullptr;  // owned by domServices_
   std::size_t deepestLevel_ = 0;              // found so far, of services and gateways inside one another
-  const XString serviceNamespace_;            // empty: services are known by their tag name as written
+  const DomLib::XString serviceNamespace_;    // empty: services are known by their tag name as written
 };
 
 }  // namespace ServiceRecords

@@ -26,7 +26,7 @@ namespace {
 
 // Innermost but for the configuration's. It keeps the end of the process from a save.
 std::mutex& SaveLock() {
-  static NoDestructor<std::mutex> mutex;
+  static Lifetime::NoDestructor<std::mutex> mutex;
   return *mutex;
 }
 

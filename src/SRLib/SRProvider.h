@@ -144,7 +144,7 @@ class SRProvider {
   const ProviderParts parts_;
   const std::unique_ptr<CGenericCS> lock_;
   HeldStores stores_ SR_GUARDED_BY(*lock_);
-  mutable Mutex publishedMutex_;  // held for as long as a pointer is copied
+  mutable ThreadSafety::Mutex publishedMutex_;  // held for as long as a pointer is copied
   std::shared_ptr<const StoreSnapshot> published_ SR_GUARDED_BY(publishedMutex_) = stores_.Snapshot();
   SavedStores saved_;
   std::function<void()> listWasRead_ SR_GUARDED_BY(*lock_);

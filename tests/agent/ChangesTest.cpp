@@ -45,9 +45,9 @@ class Changes : public AgentTest {
 
   // Besides "s1", about which the question is.
   void HoldStores(const std::vector<std::string>& ids) {
-    std::vector<testsupport::StoreText> stores;
+    std::vector<TestSupport::StoreText> stores;
     for (const std::string& id : ids) stores.push_back(Store(id, id));
-    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {testsupport::DiscoveryDocument(stores)});
+    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {TestSupport::DiscoveryDocument(stores)});
   }
 
   static std::vector<std::string> IDs(const json& stores) {
@@ -74,7 +74,7 @@ TEST_F(Changes, OfOneSenderAreAnsweredInOrderTogetherWithItsReads) {
   HoldStores({"s2", "s3"});
   AskToReplace();
   const std::size_t before = Begun().size();
-  testsupport::BusClient& bus = agent_.Bus();
+  TestSupport::BusClient& bus = agent_.Bus();
   const std::vector<std::uint64_t> calls = {
       bus.StartServiceRecords("deleteStore", {"s2"}),
       bus.StartServiceRecords("allStores"),
@@ -106,7 +106,7 @@ TEST_F(Changes, OfOneSenderKeepNoOtherOnesReadsWaiting) {
   AskToReplace();
   const std::uint64_t mine = agent_.Bus().StartServiceRecords("deleteStore", {"s2"});
   AwaitArrival(agent_.Bus());
-  testsupport::BusClient other(agent_.BusAddress());
+  TestSupport::BusClient other(agent_.BusAddress());
   EXPECT_THAT(IDs(other.ServiceRecords("allStores")), ElementsAre("s1", "s2"));
   EXPECT_FALSE(agent_.Bus().HasReply(mine));
   agent_.Release("declined");
@@ -117,7 +117,7 @@ TEST_F(Changes, OfOneSenderKeepNoOtherOnesReadsWaiting) {
 TEST_F(Changes, WaitForNoChangeButOnesOwn) {
   HoldStores({"s2"});
   AskToReplace();
-  testsupport::BusClient other(agent_.BusAddress());
+  TestSupport::BusClient other(agent_.BusAddress());
   const std::uint64_t mine = agent_.Bus().StartServiceRecords("deleteStore", {"s2"});
   AwaitArrival(agent_.Bus());
   const std::uint64_t theirs = other.StartServiceRecords("deleteStore", {"s1"});
@@ -134,9 +134,9 @@ TEST_F(Changes, OfAllSendersAreMadeInTheOrderOfTheirArrival) {
   HoldStores({"s2", "s3"});
   AskToReplace();
   const std::size_t before = Begun().size();
-  testsupport::BusClient first(agent_.BusAddress());
-  testsupport::BusClient second(agent_.BusAddress());
-  const std::string document = testsupport::DiscoveryDocument({Store("s2", "Again")});
+  TestSupport::BusClient first(agent_.BusAddress());
+  TestSupport::BusClient second(agent_.BusAddress());
+  const std::string document = TestSupport::DiscoveryDocument({Store("s2", "Again")});
   const std::uint64_t calls[] = {first.StartServiceRecords("deleteStore", {"s2"}),
                                  first.StartServiceRecords("allStores")};
   AwaitArrival(first);
@@ -161,7 +161,7 @@ TEST_F(Changes, OfAProgramThatHasGoneAreMade) {
   HoldStores({"s2", "s3"});
   AskToReplace();
   {
-    testsupport::BusClient leaving(agent_.BusAddress());
+    TestSupport::BusClient leaving(agent_.BusAddress());
     leaving.StartServiceRecords("deleteStore", {"s2"});
     leaving.StartServiceRecords("allStores");
     leaving.StartServiceRecords("deleteStore", {"s3"});
@@ -174,7 +174,7 @@ TEST_F(Changes, OfAProgramThatHasGoneAreMade) {
 
 TEST_F(Changes, AreSeenByTheReadsOfBothServicesAfterTheReply) {
   HoldStores({"s1"});
-  testsupport::BusClient other(agent_.BusAddress());
+  TestSupport::BusClient other(agent_.BusAddress());
   for (const std::string gateway : {"Branch", "Head Office", "Branch", "Head Office", "Branch"}) {
     EXPECT_EQ(agent_.Bus().ServiceRecords("setDefaultGatewayForStoreIDTo", {"s1", gateway}), true);
     EXPECT_EQ(other.Beacons("getCurrentGatewayForStore", {Store("s1", "").url})["GatewayName"], gateway);
@@ -187,7 +187,7 @@ TEST_F(Changes, ThatHaveNotBegunAtTheEndAreAnsweredAndNotMade) {
   HoldStores({"s2", "s3"});
   AskToReplace();
   const std::size_t before = Begun().size();
-  testsupport::BusClient& bus = agent_.Bus();
+  TestSupport::BusClient& bus = agent_.Bus();
   const std::uint64_t begun = bus.StartServiceRecords("deleteStore", {"s2"});
   std::vector<std::uint64_t> calls = {begun};
   for (int i = 0; i < 50; ++i) {
@@ -196,7 +196,7 @@ TEST_F(Changes, ThatHaveNotBegunAtTheEndAreAnsweredAndNotMade) {
   calls.push_back(bus.StartServiceRecords("deleteStore", {"s3"}));
   const std::uint64_t read = bus.StartServiceRecords("allStores");
   const std::uint64_t discovery = bus.StartServiceRecords(
-      "handleDiscoveryDocument", {testsupport::DiscoveryDocument({Store("s4", "Four")})});
+      "handleDiscoveryDocument", {TestSupport::DiscoveryDocument({Store("s4", "Four")})});
   AwaitArrival(bus);
   ASSERT_TRUE(AwaitBegun(before + 1));
 
@@ -216,7 +216,7 @@ TEST_F(Changes, DoNotBeginAfterTheSignalWhateverTheMainThreadIsDoing) {
   HoldStores({"s2", "s3"});
   AskToReplace();
   const std::size_t before = Begun().size();
-  testsupport::BusClient& bus = agent_.Bus();
+  TestSupport::BusClient& bus = agent_.Bus();
   const std::uint64_t begun = bus.StartServiceRecords("deleteStore", {"s2"});
   const std::uint64_t next = bus.StartServiceRecords("deleteStore", {"s3"});
   AwaitArrival(bus);
@@ -239,7 +239,7 @@ TEST_F(Changes, DoNotBeginAfterTheSignalWhateverTheMainThreadIsDoing) {
 // Its calls are in the agent's socket when it is told to end.
 TEST_F(Changes, ThatArriveWithTheEndAreAnswered) {
   HoldStores({"s1"});
-  testsupport::BusClient& bus = agent_.Bus();
+  TestSupport::BusClient& bus = agent_.Bus();
   ::kill(agent_.Pid(), SIGSTOP);
   const std::uint64_t change = bus.StartServiceRecords("deleteStore", {"s1"});
   const std::uint64_t read = bus.StartServiceRecords("allStores");
@@ -256,7 +256,7 @@ TEST_F(Changes, ThatArriveWithTheEndAreAnswered) {
 
 TEST_F(Changes, ThatArriveBehindTheEndAreAnsweredWithAllThatComesBehindThem) {
   HoldStores({"s1"});
-  testsupport::BusClient& bus = agent_.Bus();
+  TestSupport::BusClient& bus = agent_.Bus();
   ::kill(agent_.Pid(), SIGSTOP);
   ::kill(agent_.Pid(), SIGTERM);
   const std::vector<std::uint64_t> calls = {
@@ -273,11 +273,11 @@ TEST_F(Changes, ThatArriveBehindTheEndAreAnsweredWithAllThatComesBehindThem) {
 TEST_F(Changes, AndTheRetryOfASaveWaitForNoFileThatIsBeingHandled) {
   constexpr std::size_t kFiles = 8;  // so many are worked on at a time
   std::atomic<std::size_t> contacted = 0;
-  const testsupport::RawServer silent([&contacted] { ++contacted; });
+  const TestSupport::RawServer silent([&contacted] { ++contacted; });
   auto store = Store("silent", "Silent");
   store.gateways.clear();
   store.url = "http://127.0.0.1:" + std::to_string(silent.Port()) + "/";
-  const std::string uri = agent_.URI(agent_.Write("silent.cr", testsupport::ServiceRecordDocument({store})));
+  const std::string uri = agent_.URI(agent_.Write("silent.cr", TestSupport::ServiceRecordDocument({store})));
   agent_.Bus().OpenFiles(std::vector<std::string>(kFiles, uri));
   ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return contacted == kFiles; }));
 

@@ -11,7 +11,7 @@ namespace {
 
 class CommandLine : public AgentTest {
  protected:
-  static constexpr testsupport::ChildOptions kWithErrors{.captureErrors = true};
+  static constexpr TestSupport::ChildOptions kWithErrors{.captureErrors = true};
 
   // Nothing was started, and nothing made in the user's home.
   void ExpectNoAgent() {

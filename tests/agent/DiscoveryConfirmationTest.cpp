@@ -12,13 +12,13 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using testsupport::DiscoveryDocument;
-using testsupport::LoopbackListener;
-using testsupport::RawServer;
-using testsupport::ScriptedCredentials;
-using testsupport::StoreText;
-using testsupport::TestAuthority;
-using testsupport::WebServer;
+using TestSupport::DiscoveryDocument;
+using TestSupport::LoopbackListener;
+using TestSupport::RawServer;
+using TestSupport::ScriptedCredentials;
+using TestSupport::StoreText;
+using TestSupport::TestAuthority;
+using TestSupport::WebServer;
 
 namespace {
 
@@ -43,7 +43,7 @@ class DiscoveryConfirmation : public AgentTest {
 
   // The file of a store whose discovery document says something else, or does not exist.
   std::string FileOnly(const StoreText& store) {
-    return agent_.Write(store.id + ".cr", testsupport::ServiceRecordDocument({store})).string();
+    return agent_.Write(store.id + ".cr", TestSupport::ServiceRecordDocument({store})).string();
   }
 
   // Opens the store, whose discovery fails, and expects that it stays as the user confirmed it.
@@ -135,13 +135,13 @@ TEST_F(DiscoveryConfirmation, AfterAFailedConfirmationTheClientIsBroughtForwardA
 TEST_F(DiscoveryConfirmation, AServerWhoseCertificateDoesNotVerifyIsAFailedConnection) {
   for (const char* certificate : {"expired", "wrong-host", "unknown-issuer"}) {
     const WebServer untrusted(TestAuthority::Shared().TlsServerBlock(certificate));
-    testsupport::TestAgent other(
+    TestSupport::TestAgent other(
         std::vector<std::string>{"SSL_CERT_FILE=" + TestAuthority::Shared().Root().string()});
     other.Start();
     StoreText store = Store("s1", "One");
     store.url = untrusted.Address("https") + "/discovery";
     std::ofstream(untrusted.Document("discovery")) << DiscoveryDocument({store});
-    const auto file = other.Write("a.cr", testsupport::ServiceRecordDocument({store}));
+    const auto file = other.Write("a.cr", TestSupport::ServiceRecordDocument({store}));
     other.Bus().ServiceRecords("handleServiceRecordFTA", {file.string()});
     ASSERT_TRUE(other.Bus().WaitUntil([&] { return other.Dialogs().size() == 2; }));
     EXPECT_THAT(*other.Dialogs()[1].second.Find("ErrorMessage")->As<std::string>(), HasSubstr(kNotReached));
@@ -253,7 +253,7 @@ TEST_F(DiscoveryThroughTheGateway, ACancelledLogOnShowsNothingAndKeepsTheStore) 
 TEST_F(DiscoveryThroughTheGateway, OfTwoStoresOneCancellationIsEnough) {
   credentials_.WillReply("status=cancelled");
   const std::string file =
-      agent_.Write("two.cr", testsupport::ServiceRecordDocument({Behind("s1"), Behind("s2")})).string();
+      agent_.Write("two.cr", TestSupport::ServiceRecordDocument({Behind("s1"), Behind("s2")})).string();
   Open(file);
   EXPECT_THAT(credentials_.Actions(), ElementsAre("get"));
   EXPECT_THAT(agent_.LogMessages(), Contains("...DS trust verification was canceled by user for store: s2"));

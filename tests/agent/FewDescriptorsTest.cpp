@@ -9,8 +9,8 @@ namespace {
 
 class FewDescriptors : public AgentTest {
  protected:
-  [[nodiscard]] testsupport::ChildProcess RunWithDescriptors(int limit) const {
-    return testsupport::ChildProcess({"sh", "-c", "ulimit -n " + std::to_string(limit) + " && exec \"$0\"",
+  [[nodiscard]] TestSupport::ChildProcess RunWithDescriptors(int limit) const {
+    return TestSupport::ChildProcess({"sh", "-c", "ulimit -n " + std::to_string(limit) + " && exec \"$0\"",
                                       (agent_.BundleFolder() / "ServiceRecords").string()},
                                      agent_.Environment(), {.captureErrors = true});
   }

@@ -46,7 +46,7 @@ TEST_F(HangingPlugIn, InAnErrorBoxKeepsOnesOwnReadsBehindTheLatestChange) {
   ASSERT_TRUE(WaitForHanging(1));
   agent_.Bus().StartServiceRecords("allStores");
   AwaitArrival(agent_.Bus());
-  testsupport::BusClient other(agent_.BusAddress());
+  TestSupport::BusClient other(agent_.BusAddress());
   EXPECT_EQ(other.ServiceRecords("allStores"), nlohmann::json::array());
   EXPECT_EQ(agent_.Bus().AnsweredCalls(), std::vector<std::uint64_t>{first});
   EXPECT_EQ(agent_.Terminate(), 0);

@@ -14,13 +14,13 @@ namespace {
 class PendingChangesTest : public testing::Test {
  protected:
   Bus::Interface Interface() {
-    Bus::Interface interface(ServiceNames::kServiceRecordsInterface);
+    Bus::Interface interface(Bus::ServiceNames::kServiceRecordsInterface);
     interface.Method(
         kChange, {"id"}, {"changed"}, [this](const Bus::Deferred<bool>& call, const std::string& /*id*/) {
           numbers_.push_back(changes_.Begin(call.Caller(), [call](bool changed) { call.Answer(changed); }));
         });
     interface.Method(kRead, {}, {"count"}, [this](const Bus::Deferred<std::string>& call) {
-      const auto answer = [call](const PendingChanges::Stores& stores) {
+      const auto answer = [call](const Agent::PendingChanges::Stores& stores) {
         call.Answer(std::to_string(stores->size()));
       };
       if (!changes_.KeepBehind(call.Caller(), answer)) answer(Stores(0));
@@ -28,10 +28,10 @@ class PendingChangesTest : public testing::Test {
     return interface;
   }
 
-  static PendingChanges::Stores Stores(std::size_t count) {
+  static Agent::PendingChanges::Stores Stores(std::size_t count) {
     ServiceRecords::StoreMap stores;
     for (std::size_t i = 0; i < count; ++i)
-      stores.emplace(std::to_wstring(i), testsupport::Store(std::to_wstring(i), L"https://s"));
+      stores.emplace(std::to_wstring(i), TestSupport::Store(std::to_wstring(i), L"https://s"));
     return std::make_shared<const ServiceRecords::StoreSnapshot>(stores);
   }
 
@@ -52,7 +52,7 @@ class PendingChangesTest : public testing::Test {
   static constexpr const char* kChange = "deleteStore";
   static constexpr const char* kRead = "allStores";
 
-  PendingChanges changes_;
+  Agent::PendingChanges changes_;
   std::vector<std::uint64_t> numbers_;
   ServiceOnBus service_{Interface()};
 };

@@ -6,7 +6,7 @@
 namespace {
 
 Bus::Interface CallingFor(const std::function<void()>& handler) {
-  Bus::Interface interface(ServiceNames::kServiceRecordsInterface);
+  Bus::Interface interface(Bus::ServiceNames::kServiceRecordsInterface);
   interface.Method("allStores", {}, {}, [handler] { handler(); });
   return interface;
 }

@@ -34,29 +34,29 @@ class ProcessLife : public AgentTest {
     return names;
   }
 
-  [[nodiscard]] testsupport::ChildProcess RunOnBus(const testsupport::LoopbackListener& bus) const {
+  [[nodiscard]] TestSupport::ChildProcess RunOnBus(const TestSupport::LoopbackListener& bus) const {
     auto environment = agent_.Environment();
     std::erase_if(environment, [](const std::string& assignment) { return assignment.starts_with("DBUS_"); });
     environment.push_back("DBUS_SESSION_BUS_ADDRESS=tcp:host=127.0.0.1,port=" + std::to_string(bus.port));
-    return testsupport::ChildProcess({Program()}, environment);
+    return TestSupport::ChildProcess({Program()}, environment);
   }
 
   // The next connection, on which the other side has begun to speak.
-  static FileDescriptor AcceptConnection(const testsupport::LoopbackListener& bus) {
-    FileDescriptor connection(::accept(bus.socket.Get(), nullptr, nullptr));
+  static Files::FileDescriptor AcceptConnection(const TestSupport::LoopbackListener& bus) {
+    Files::FileDescriptor connection(::accept(bus.socket.Get(), nullptr, nullptr));
     char first = 1;
     EXPECT_EQ(::recv(connection.Get(), &first, 1, 0), 1);
     return connection;
   }
 
   // Before its first instruction a program can only be killed by a signal, or have it kept back.
-  [[nodiscard]] testsupport::ChildProcess RunWithTerminationBlocked() {
+  [[nodiscard]] TestSupport::ChildProcess RunWithTerminationBlocked() {
     sigset_t termination;
     sigset_t before;
     ::sigemptyset(&termination);
     ::sigaddset(&termination, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &termination, &before);
-    testsupport::ChildProcess agent = agent_.Run();
+    TestSupport::ChildProcess agent = agent_.Run();
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return agent;
   }
@@ -103,7 +103,7 @@ TEST_F(ProcessLife, TerminationEndsWithStatusZero) {
 }
 
 TEST_F(ProcessLife, ASignalThatCameBeforeTheProgramEndsItWithStatusZero) {
-  testsupport::ChildProcess agent(
+  TestSupport::ChildProcess agent(
       {"env", "--block-signal=TERM", "sh", "-c", "kill -TERM $$ && exec \"$0\"", Program()},
       agent_.Environment());
   EXPECT_EQ(agent.Wait(), 0);
@@ -111,7 +111,7 @@ TEST_F(ProcessLife, ASignalThatCameBeforeTheProgramEndsItWithStatusZero) {
 
 TEST_F(ProcessLife, ASignalAtAnyMomentOfTheStartEndsItWithStatusZero) {
   for (int moment = 0; moment < 60; moment += 2) {
-    testsupport::ChildProcess agent = RunWithTerminationBlocked();
+    TestSupport::ChildProcess agent = RunWithTerminationBlocked();
     EXPECT_EQ(agent.WaitFor(std::chrono::milliseconds(moment)), std::nullopt);
     agent.Signal(SIGTERM);
     EXPECT_EQ(agent.Wait(), 0) << moment;
@@ -119,18 +119,18 @@ TEST_F(ProcessLife, ASignalAtAnyMomentOfTheStartEndsItWithStatusZero) {
 }
 
 TEST_F(ProcessLife, WhileTheBusDoesNotAnswerTerminationEndsTheStartWithStatusZero) {
-  const testsupport::LoopbackListener bus;
-  testsupport::ChildProcess agent = RunOnBus(bus);
-  const FileDescriptor connection = AcceptConnection(bus);
+  const TestSupport::LoopbackListener bus;
+  TestSupport::ChildProcess agent = RunOnBus(bus);
+  const Files::FileDescriptor connection = AcceptConnection(bus);
   agent.Signal(SIGTERM);
   EXPECT_EQ(agent.Wait(), 0);
 }
 
 // As at the end of a session.
 TEST_F(ProcessLife, ABusThatEndsTogetherWithTheStartMakesItNoFailure) {
-  testsupport::LoopbackListener bus;
-  testsupport::ChildProcess agent = RunOnBus(bus);
-  FileDescriptor connection = AcceptConnection(bus);
+  TestSupport::LoopbackListener bus;
+  TestSupport::ChildProcess agent = RunOnBus(bus);
+  Files::FileDescriptor connection = AcceptConnection(bus);
   agent.Signal(SIGTERM);
   bus.socket.Close();
   connection.Close();
@@ -138,13 +138,13 @@ TEST_F(ProcessLife, ABusThatEndsTogetherWithTheStartMakesItNoFailure) {
 }
 
 TEST_F(ProcessLife, WithoutABusTheStartIsAFailure) {
-  testsupport::LoopbackListener bus;
+  TestSupport::LoopbackListener bus;
   bus.socket.Close();
   EXPECT_EQ(RunOnBus(bus).Wait(), 1);
 }
 
 TEST_F(ProcessLife, AnInterruptEndsTheAgentThoughAShellHadItIgnored) {
-  testsupport::ChildProcess agent({"sh", "-c", "trap '' INT TERM && exec \"$0\"", Program()},
+  TestSupport::ChildProcess agent({"sh", "-c", "trap '' INT TERM && exec \"$0\"", Program()},
                                   agent_.Environment());
   ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
   agent.Signal(SIGINT);
@@ -331,7 +331,7 @@ TEST_F(ProcessLife, NothingOfALaunchStaysWithTheAgentOrIsInheritedByTheClient) {
 }
 
 TEST_F(ProcessLife, WithoutStandardDescriptorsTheirNumbersGoToNoFileOfTheAgent) {
-  const testsupport::ChildProcess agent({"sh", "-c", "exec \"$0\" <&- >&- 2>&-", Program()},
+  const TestSupport::ChildProcess agent({"sh", "-c", "exec \"$0\" <&- >&- 2>&-", Program()},
                                         agent_.Environment());
   ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
   for (const char* number : {"0", "1", "2"}) {

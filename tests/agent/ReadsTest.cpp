@@ -8,7 +8,7 @@ namespace {
 class Reads : public AgentTest {
  protected:
   void ExpectAnswersAbout(const std::string& id, const std::string& name) {
-    testsupport::BusClient reader(agent_.BusAddress());
+    TestSupport::BusClient reader(agent_.BusAddress());
     const std::string url = Store(id, name).url;
     EXPECT_EQ(reader.ServiceRecords("storeForID", {id})["StoreName"], name);
     EXPECT_EQ(reader.ServiceRecords("allStores").size(), 1U);
@@ -76,7 +76,7 @@ TEST_F(Reads, AreAnsweredWhileAHostileDocumentOfTenMebibytesIsParsed) {
   agent_.EnableLog();
   agent_.Start();
   agent_.Bus().ServiceRecords("handleDiscoveryDocument",
-                              {testsupport::DiscoveryDocument({Store("s1", "One")})});
+                              {TestSupport::DiscoveryDocument({Store("s1", "One")})});
   const std::uint64_t hostile =
       agent_.Bus().StartServiceRecords("handleDiscoveryDocument", {EndlessDocument()});
   const std::uint64_t behind = agent_.Bus().StartServiceRecords("deleteStore", {"s1"});

@@ -19,8 +19,8 @@ class ServiceCalls : public AgentTest {
     agent_.Start();
   }
 
-  void Discover(const std::vector<testsupport::StoreText>& stores) {
-    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {testsupport::DiscoveryDocument(stores)});
+  void Discover(const std::vector<TestSupport::StoreText>& stores) {
+    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {TestSupport::DiscoveryDocument(stores)});
   }
   // Without those that the location library writes from its own thread.
   [[nodiscard]] std::vector<std::string> RecordsOfCalls() const {
@@ -212,7 +212,7 @@ TEST_F(ServiceCalls, ANotificationIsPostedAlsoWhereTheBusRefusesACharacterOfItsO
 TEST_F(ServiceCalls, AnIdThatCouldReachItsNeighbourIsNotTaken) {
   Discover({Store("trusted", "One")});
   Discover({Store("trusted\\Addr", "Evil")});
-  const std::string document = testsupport::DiscoveryDocument({Store("trusted&#1;", "Evil")});
+  const std::string document = TestSupport::DiscoveryDocument({Store("trusted&#1;", "Evil")});
   agent_.Bus().ServiceRecords("handleDiscoveryDocument",
                               {"<?xml version=\"1.1\"" + document.substr(document.find(" encoding="))});
   EXPECT_THAT(StoreIDs(), ElementsAre("trusted"));

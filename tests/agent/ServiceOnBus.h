@@ -12,13 +12,13 @@ class ServiceOnBus {
   // The service's connection. Its calls are handled when the test has it processed.
   [[nodiscard]] Bus::Connection& Connection() { return connection_; }
   // Another program, which calls the service.
-  [[nodiscard]] testsupport::BusClient& Client() { return client_; }
+  [[nodiscard]] TestSupport::BusClient& Client() { return client_; }
   // Returns when the bus has passed on what the client has sent.
   void AwaitPassedOn();
 
  private:
-  testsupport::PrivateBus bus_;
+  TestSupport::PrivateBus bus_;
   Bus::Connection connection_;
   Bus::Slot object_;
-  testsupport::BusClient client_;
+  TestSupport::BusClient client_;
 };

@@ -10,7 +10,7 @@
 #include <random>
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using testing::IsEmpty;
 
 namespace {
@@ -21,9 +21,9 @@ std::shared_ptr<const StoreSnapshot> Snapshot(const StoreMap& stores, const Stor
 
 using Dictionaries = std::vector<PropertyList::Dictionary>;
 
-Dictionaries MadeAnew(const StoreSnapshot& stores, BeaconKeys beacons = BeaconKeys::Omitted) {
+Dictionaries MadeAnew(const StoreSnapshot& stores, Agent::BeaconKeys beacons = Agent::BeaconKeys::Omitted) {
   Dictionaries dictionaries;
-  for (const SRStore& store : stores) dictionaries.push_back(StoreDictionary(store, beacons));
+  for (const SRStore& store : stores) dictionaries.push_back(Agent::StoreDictionary(store, beacons));
   return dictionaries;
 }
 
@@ -41,7 +41,7 @@ SRStore LongStore(const std::wstring& id, const std::wstring& name) {
 }
 
 TEST(StoreDictionariesTest, OfNoStoresAreNone) {
-  StoreDictionaries dictionaries(BeaconKeys::Omitted);
+  Agent::StoreDictionaries dictionaries(Agent::BeaconKeys::Omitted);
   EXPECT_THAT(dictionaries.Of(Snapshot({})), IsEmpty());
 }
 
@@ -49,22 +49,22 @@ TEST(StoreDictionariesTest, AreTheStoresInTheirOrderWithBeaconsWhereTheyAreInclu
   SRStore store = LongStore(L"b", L"B\u00fc");
   store.AddBeacon(Beacon(L"https://in"), BeaconType::Internal);
   const auto stores = Snapshot(Map({store, LongStore(L"a", L"A")}));
-  for (const BeaconKeys beacons : {BeaconKeys::Omitted, BeaconKeys::Included}) {
-    StoreDictionaries dictionaries(beacons);
+  for (const Agent::BeaconKeys beacons : {Agent::BeaconKeys::Omitted, Agent::BeaconKeys::Included}) {
+    Agent::StoreDictionaries dictionaries(beacons);
     EXPECT_EQ(Values(dictionaries.Of(stores)), MadeAnew(*stores, beacons));
   }
 }
 
 TEST(StoreDictionariesTest, TextHasTheirForm) {
   const auto stores = Snapshot(Map({LongStore(L"a", L"N\uFDD0me")}));
-  StoreDictionaries dictionaries(BeaconKeys::Omitted, Bus::Text);
+  Agent::StoreDictionaries dictionaries(Agent::BeaconKeys::Omitted, Bus::Text);
   EXPECT_EQ(*dictionaries.Of(stores)[0]->Find("StoreName"), PropertyList::Value("N\uFFFDme"));
 }
 
 TEST(StoreDictionariesTest, OfAStoreThatDidNotChangeIsKept) {
   StoreMap stores = Map({LongStore(L"a", L"A"), LongStore(L"b", L"B"), LongStore(L"c", L"C")});
   const auto before = Snapshot(stores);
-  StoreDictionaries dictionaries(BeaconKeys::Omitted);
+  Agent::StoreDictionaries dictionaries(Agent::BeaconKeys::Omitted);
   const auto kept = dictionaries.Of(before)[2];
   stores.erase(L"a");
   stores.at(L"b").SetStoreName(L"New");
@@ -86,7 +86,7 @@ TEST(StoreDictionariesTest, AreThoseOfEachListHoweverListsFollowOneAnother) {
     }
     lists.push_back(Snapshot(stores, *lists.back()));
   }
-  StoreDictionaries dictionaries(BeaconKeys::Omitted);
+  Agent::StoreDictionaries dictionaries(Agent::BeaconKeys::Omitted);
   for (int i = 0; i < 400; ++i) {
     const auto& list = lists[random() % lists.size()];
     ASSERT_EQ(Values(dictionaries.Of(list)), MadeAnew(*list));

@@ -6,11 +6,11 @@
 
 namespace {
 
-using bench::Figures;
+using Bench::Figures;
 
 Figures FiguresOf(const std::string& output) {
   Figures figures;
-  bench::AddFigures(output, figures);
+  Bench::AddFigures(output, figures);
   return figures;
 }
 

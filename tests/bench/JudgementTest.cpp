@@ -6,7 +6,7 @@
 
 namespace {
 
-using bench::Figures;
+using Bench::Figures;
 using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -19,7 +19,7 @@ json Target(const json& fields) {
 }
 
 bool IsMet(const json& target, const Figures& figures) {
-  return bench::AllMet(bench::Judge(Target(target), {}, figures));
+  return Bench::AllMet(Bench::Judge(Target(target), {}, figures));
 }
 
 TEST(Judgement, AllowsTimesTheFloorAndNoMore) {
@@ -46,13 +46,13 @@ TEST(Judgement, MissesWhatWasNotMeasured) {
 
 TEST(Judgement, TakesOnlyTheGroupsThatAreNamed) {
   const json targets = Target({{"times", 2}});
-  EXPECT_EQ(bench::Judge(targets, {"g"}, {}).size(), 1U);
-  EXPECT_TRUE(bench::Judge(targets, {"another"}, {}).empty());
+  EXPECT_EQ(Bench::Judge(targets, {"g"}, {}).size(), 1U);
+  EXPECT_TRUE(Bench::Judge(targets, {"another"}, {}).empty());
 }
 
 TEST(Judgement, PutsAmountsAndVerdictsIntoTheTable) {
   const auto table = [](const Figures& figures) {
-    return bench::Table(bench::Judge(Target({{"times", 2}}), {}, figures));
+    return Bench::Table(Bench::Judge(Target({{"times", 2}}), {}, figures));
   };
   EXPECT_THAT(table({{"It", 2500}, {"ItFloor", 1000}}),
               HasSubstr("| it   | 1 us  | 2.50 us  | 2.50  | words  | 2 us    | MISSED  |"));
@@ -62,7 +62,7 @@ TEST(Judgement, PutsAmountsAndVerdictsIntoTheTable) {
 }
 
 TEST(Judgement, KeepsWhatWasNotMeasuredAsNothing) {
-  const json rows = bench::AsJson(bench::Judge(Target({{"times", 2}}), {}, {{"It", 3}}));
+  const json rows = Bench::AsJson(Bench::Judge(Target({{"times", 2}}), {}, {{"It", 3}}));
   EXPECT_EQ(rows[0]["measured"], 3);
   EXPECT_TRUE(rows[0]["floor"].is_null());
   EXPECT_FALSE(rows[0]["met"]);
@@ -71,9 +71,9 @@ TEST(Judgement, KeepsWhatWasNotMeasuredAsNothing) {
 TEST(PlotScript, HasALineForEverySizeThatWasMeasured) {
   const json plot{
       {"title", "It"}, {"unit", "us"}, {"measured", "It"}, {"floor", "ItFloor"}, {"sizes", {10, 100, 1000}}};
-  EXPECT_EQ(bench::PlotScript(plot, {{"It/10", 1000}, {"ItFloor/10", 500}, {"It/1000", 3000}}),
+  EXPECT_EQ(Bench::PlotScript(plot, {{"It/10", 1000}, {"ItFloor/10", 500}, {"It/1000", 3000}}),
             "title = 'It'\nunit = 'us'\nfloor = 1\n$data << end\n10 1 0.5\n1000 3 ?\nend\n");
-  EXPECT_EQ(bench::PlotScript(plot, {}), "");
+  EXPECT_EQ(Bench::PlotScript(plot, {}), "");
 }
 
 }  // namespace

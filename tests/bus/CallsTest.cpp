@@ -91,8 +91,8 @@ TEST_F(CallsTest, TheHandlerOfAReplyMayLetItsSlotGoAndThrow) {
 
 TEST_F(CallsTest, AConnectionIsReadyOrItsTimeIsOver) {
   EXPECT_TRUE(caller_.AwaitReady(std::chrono::steady_clock::now() + 20s));
-  const testsupport::LoopbackListener silent;
-  const testsupport::EnvironmentVariable address("DBUS_SYSTEM_BUS_ADDRESS",
+  const TestSupport::LoopbackListener silent;
+  const TestSupport::EnvironmentVariable address("DBUS_SYSTEM_BUS_ADDRESS",
                                                  "tcp:host=127.0.0.1,port=" + std::to_string(silent.port));
   auto connection = Bus::Connection::ToSystemBus();
   ASSERT_TRUE(connection);

@@ -32,7 +32,7 @@ class CodecTest : public TwoPrograms {
     EXPECT_TRUE(message);
     sd_bus* const bus = sd_bus_message_get_bus(message->Get());
     EXPECT_GE(sd_bus_message_new_signal(bus, &made, "/", "a.b", "C"), 0);
-    const Bus::Message owned{BusMessagePtr(made)};
+    const Bus::Message owned{Bus::BusMessagePtr(made)};
     EXPECT_GE(write(made), 0);
     EXPECT_GE(sd_bus_message_seal(made, 1, 0), 0);
     const Bus::Result<Array> values = owned.Values();

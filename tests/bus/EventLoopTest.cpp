@@ -12,7 +12,7 @@ namespace {
 class EventLoopTest : public TwoPrograms {
  protected:
   Bus::EventLoop loop_ = std::move(*Bus::EventLoop::Make());
-  EventFd event_;
+  Files::EventFd event_;
 };
 
 TEST_F(EventLoopTest, CallsTheHandlerWheneverTheDescriptorIsReadable) {

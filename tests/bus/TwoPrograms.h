@@ -61,7 +61,7 @@ class TwoPrograms : public testing::Test {
     return (*reply)->template Read<Results...>();
   }
 
-  testsupport::PrivateBus bus_;
+  TestSupport::PrivateBus bus_;
   Bus::Connection service_ = std::move(*Bus::Connection::To(bus_.Address()));
   Bus::Connection caller_ = std::move(*Bus::Connection::To(bus_.Address()));
   Bus::Slot object_;

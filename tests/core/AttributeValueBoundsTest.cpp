@@ -2,7 +2,7 @@
 
 namespace {
 
-using namespace testsupport;
+using namespace TestSupport;
 
 class AttributeValueBoundsTest : public BoundsTest {
  protected:

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 constexpr std::size_t kMiB = std::size_t{1} << 20;
 
@@ -36,7 +36,7 @@ class BoundsTest : public ParserTest {
   }
 
   // Why a parse with these bounds refuses the text; empty when it does not.
-  static std::string Refusal(const ParseBounds& bounds, const std::wstring& text) {
+  static std::string Refusal(const DomLib::ParseBounds& bounds, const std::wstring& text) {
     DOMServices dom(bounds);
     try {
       static_cast<void>(dom.GetDocument(text));
@@ -46,14 +46,14 @@ class BoundsTest : public ParserTest {
     return "";
   }
 
-  static ParseBounds WithTime(std::chrono::milliseconds time) {
-    ParseBounds bounds;
+  static DomLib::ParseBounds WithTime(std::chrono::milliseconds time) {
+    DomLib::ParseBounds bounds;
     bounds.time = time;
     return bounds;
   }
 
-  static ParseBounds WithMemory(std::size_t memory) {
-    ParseBounds bounds;
+  static DomLib::ParseBounds WithMemory(std::size_t memory) {
+    DomLib::ParseBounds bounds;
     bounds.memory = memory;
     return bounds;
   }
@@ -73,4 +73,4 @@ class BoundsTest : public ParserTest {
   }
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

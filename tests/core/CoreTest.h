@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 using Texts = std::vector<std::string>;
 using Records = std::vector<TraceRecord>;
@@ -33,4 +33,4 @@ class CoreTest : public ::testing::Test {
   CapturedSystemLog systemLog_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

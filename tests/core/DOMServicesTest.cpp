@@ -13,7 +13,7 @@
 
 namespace {
 
-using namespace testsupport;
+using namespace TestSupport;
 
 class DOMServicesTest : public CoreTest {
  protected:
@@ -182,9 +182,11 @@ TEST_F(DOMServicesTest, EntitiesBecomeTextAndTextBecomesOneNode) {
   const auto* document =
       dom_.GetDocument(L"<!DOCTYPE a [<!ENTITY e 'middle'>]><a><b>front &e;&#32;&amp; back</b></a>");
   EXPECT_EQ(SubNodeText(*document->getDocumentElement(), "b"), L"front middle & back");
-  EXPECT_EQ(
-      DescendantWalk(*document->getDocumentElement()).Next(XName("b").Get())->getChildNodes()->getLength(),
-      1U);
+  EXPECT_EQ(DomLib::DescendantWalk(*document->getDocumentElement())
+                .Next(DomLib::XName("b").Get())
+                ->getChildNodes()
+                ->getLength(),
+            1U);
 }
 
 // Which is why a document without entities need not be gone through for them.

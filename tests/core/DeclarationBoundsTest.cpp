@@ -2,7 +2,7 @@
 
 namespace {
 
-using namespace testsupport;
+using namespace TestSupport;
 
 class DeclarationBoundsTest : public BoundsTest {
  protected:

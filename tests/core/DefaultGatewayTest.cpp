@@ -4,7 +4,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using Wide = std::vector<std::wstring>;
 
 constexpr wchar_t kChoice[] = L"SR\\UserSelectedGatewayName";

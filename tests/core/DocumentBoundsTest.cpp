@@ -4,7 +4,7 @@
 
 namespace {
 
-using namespace testsupport;
+using namespace TestSupport;
 
 class DocumentBoundsTest : public BoundsTest {
  protected:

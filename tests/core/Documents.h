@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A service-record document that names its schema.
 inline std::wstring ServiceRecord(const std::wstring& services) {
@@ -52,4 +52,4 @@ inline std::wstring Repeated(const std::wstring& text, std::size_t times) {
   return result;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

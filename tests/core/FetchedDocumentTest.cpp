@@ -4,7 +4,7 @@ namespace {
 
 using namespace ServiceRecords;
 using namespace std::string_literals;
-using namespace testsupport;
+using namespace TestSupport;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 

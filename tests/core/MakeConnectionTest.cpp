@@ -3,7 +3,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using ::testing::Contains;
 using ::testing::Not;
 using ::testing::StartsWith;

@@ -9,7 +9,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 namespace fs = std::filesystem;
 
 // The ways in which a document can name a file.

@@ -6,7 +6,7 @@ namespace {
 
 using namespace ServiceRecords;
 using namespace std::string_literals;
-using namespace testsupport;
+using namespace TestSupport;
 
 class OutboundDSConfirmTest : public ProviderTest {
  protected:

@@ -10,7 +10,7 @@ namespace {
 
 using namespace ServiceRecords;
 using namespace std::string_literals;
-using namespace testsupport;
+using namespace TestSupport;
 using ::testing::Return;
 
 class OutboundUserConfirmTest : public ProviderTest {

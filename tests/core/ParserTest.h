@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // What a parser makes of one document.
 class ParserTest : public CoreTest {
@@ -48,4 +48,4 @@ class ParserTest : public CoreTest {
   ServiceRecords::StoreMap stores_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -10,7 +10,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using State = SavedStores::State;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A provider of the test's own with an empty repository, whose dialogs the test expects one by one.
 class ProviderTest : public CoreTest {
@@ -88,4 +88,4 @@ inline std::string Narrow(const std::wstring& ascii) {
   return std::string(ascii.begin(), ascii.end());
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -7,7 +7,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 // What readers get who wait for nobody.
 class PublishedSnapshotTest : public ProviderTest {

@@ -3,7 +3,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 // Which ids, names and addresses make a service one that cannot be read.
 class ReadableNamesTest : public ParserTest {

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace testsupport {
+namespace TestSupport {
 
 // The files whose names the core's records bear.
 inline constexpr char kDocParserFile[] = "SRDocParser.cpp";
@@ -11,4 +11,4 @@ inline constexpr char kStoreFile[] = "SRStore.cpp";
 inline constexpr char kTrustedRequestFile[] = "SRTrustedHTTPRequest.cpp";
 inline constexpr char kXMLProviderFile[] = "SRXMLProvider.cpp";
 
-}  // namespace testsupport
+}  // namespace TestSupport

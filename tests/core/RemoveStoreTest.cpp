@@ -5,7 +5,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 class RemoveStoreTest : public ProviderTest {};
 

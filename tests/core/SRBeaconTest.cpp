@@ -5,7 +5,7 @@
 
 namespace {
 
-using testsupport::Beacon;
+using TestSupport::Beacon;
 using Beacons = std::list<ServiceRecords::SRBeacon>;
 
 TEST(SRBeaconTest, ANewBeaconIsEmptyAndNotConfirmed) {

@@ -10,7 +10,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 class SRDocParserServicesTest : public ParserTest {};
 

@@ -5,7 +5,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using Edition = SRGateway::GatewayEdition;
 using Authentication = SRGateway::GatewayAuthentication;
 using Mode = SRGateway::AGMode;

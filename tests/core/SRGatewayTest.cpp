@@ -7,7 +7,7 @@
 namespace {
 
 using ServiceRecords::SRGateway;
-using testsupport::Gateway;
+using TestSupport::Gateway;
 using Edition = SRGateway::GatewayEdition;
 using Authentication = SRGateway::GatewayAuthentication;
 using AGMode = SRGateway::AGMode;

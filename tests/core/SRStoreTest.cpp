@@ -5,7 +5,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using Wide = std::vector<std::wstring>;
 
 class SRStoreTest : public CoreTest {};

@@ -4,7 +4,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 class SRXMLProviderTest : public ParserTest {
  protected:

@@ -6,7 +6,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 // Notes what it was given and answers as told.
 class StubValidation : public SSLValidation {

@@ -5,7 +5,7 @@
 
 namespace {
 
-using namespace testsupport;
+using namespace TestSupport;
 
 // Whatever the bound, a document that names a schema is read or refused, and nothing else happens.
 class SchemaBoundsTest : public BoundsTest {

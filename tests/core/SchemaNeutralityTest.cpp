@@ -3,7 +3,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 // White space wherever a document may have it.
 constexpr wchar_t kSpacedService[] =

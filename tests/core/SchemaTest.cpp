@@ -7,7 +7,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 // What the two schemas allow and what they report.
 class SchemaTest : public ParserTest {

@@ -3,7 +3,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 class ServiceNestingTest : public ParserTest {
  protected:

@@ -12,7 +12,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 // The look-up as it reads in three plain passes over the list, and what it writes.
 class PlainLookup {

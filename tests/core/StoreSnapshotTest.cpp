@@ -8,7 +8,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using testing::ElementsAre;
 
 // A list of three stores with all that a store can hold.

@@ -5,7 +5,7 @@ namespace {
 
 using namespace ServiceRecords;
 using namespace std::string_literals;
-using namespace testsupport;
+using namespace TestSupport;
 using ::testing::Return;
 using Labels = std::vector<GatewayLabel>;
 

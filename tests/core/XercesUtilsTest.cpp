@@ -32,11 +32,11 @@ TEST(XercesUtilsTest, NoTextIsEmptyText) {
 }
 
 TEST(XercesUtilsTest, BytesAreSignExtendedIntoUnits) {
-  EXPECT_EQ(AsXString("a\x80\xFF"), (XString{u'a', 0xFF80, 0xFFFF}));
+  EXPECT_EQ(AsXString("a\x80\xFF"), (DomLib::XString{u'a', 0xFF80, 0xFFFF}));
 }
 
 TEST(XercesUtilsTest, WideCharactersAreCutToSixteenBits) {
-  EXPECT_EQ(AsXString(std::wstring(L"a\U0001F600")), (XString{u'a', 0xF600}));
+  EXPECT_EQ(AsXString(std::wstring(L"a\U0001F600")), (DomLib::XString{u'a', 0xF600}));
 }
 
 TEST(XercesUtilsTest, OnlyLowerCaseTrueAndOneAreTrue) {
@@ -53,7 +53,7 @@ TEST(XercesUtilsTest, TrimRemovesWhatTheLocaleCallsSpaceFromBothEnds) {
   EXPECT_EQ(trim(L"", std::locale::classic()), L"");
 }
 
-class ElementTest : public testsupport::CoreTest {
+class ElementTest : public TestSupport::CoreTest {
  protected:
   const DOMElement& Root(const std::wstring& text) { return *dom_.GetDocument(text)->getDocumentElement(); }
 
@@ -104,26 +104,26 @@ TEST_F(ElementTest, WithoutSuchAnElementTheTextIsEmpty) {
 
 TEST_F(ElementTest, ElementsBehindTheElementAreNotItsDescendants) {
   const DOMElement& root = Root(L"<a><c><d/></c><b>outside</b></a>");
-  EXPECT_EQ(SubNodeText(*DescendantWalk(root).Next(XName("c").Get()), "b"), L"");
+  EXPECT_EQ(SubNodeText(*DomLib::DescendantWalk(root).Next(DomLib::XName("c").Get()), "b"), L"");
 }
 
 TEST_F(ElementTest, DescendantsFollowEachOtherInDocumentOrder) {
   const DOMElement& root = Root(L"<a><b n='1'><b n='2'/></b><c><b n='3'/></c><b n='4'/></a>");
   std::wstring order;
-  DescendantWalk walk(root);
-  while (const DOMElement* next = walk.Next(XName("b").Get())) order += NonNullAttribute(*next, "n");
+  DomLib::DescendantWalk walk(root);
+  while (const DOMElement* next = walk.Next(DomLib::XName("b").Get())) order += NonNullAttribute(*next, "n");
   EXPECT_EQ(order, L"1234");
   EXPECT_EQ(walk.Next(), nullptr) << "the walk is over";
 }
 
 TEST_F(ElementTest, AWalkIsOfTheElementsBelowItsRootAlone) {
   const DOMElement& root = Root(L"<a><c>text<d/><!-- --><e>t</e></c><b/></a>");
-  const DOMElement* inner = DescendantWalk(root).Next(XName("c").Get());
+  const DOMElement* inner = DomLib::DescendantWalk(root).Next(DomLib::XName("c").Get());
   ASSERT_NE(inner, nullptr);
-  DescendantWalk walk(*inner);
+  DomLib::DescendantWalk walk(*inner);
   for (const char* name : {"d", "e"}) EXPECT_EQ(walk.Next()->getNodeName(), AsXString(name));
   EXPECT_EQ(walk.Next(), nullptr);
-  EXPECT_EQ(DescendantWalk(*inner).Next(XName("b").Get()), nullptr);
+  EXPECT_EQ(DomLib::DescendantWalk(*inner).Next(DomLib::XName("b").Get()), nullptr);
 }
 
 }  // namespace

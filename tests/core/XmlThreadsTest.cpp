@@ -8,7 +8,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 constexpr int kThreads = 8;
 

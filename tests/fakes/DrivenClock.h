@@ -2,7 +2,7 @@
 
 #include <functional>
 
-namespace testsupport {
+namespace TestSupport {
 
 // The seconds for which the core waits, which pass at once. One thread.
 class DrivenClock {
@@ -22,4 +22,4 @@ class DrivenClock {
   int seconds_ = 0;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -4,7 +4,7 @@
 
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 void Describe(const PropertyList::Dictionary& container, const std::wstring& path,
@@ -42,4 +42,4 @@ bool FakeConfigurator::SetBinary(const std::wstring& /*key*/, const std::uint8_t
   throw std::logic_error("the configuration does not offer this operation");
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A configuration tree that is stored in memory. `beforeWrite` is called before each text is set, too.
 class FakeConfigurator : private MemoryStorage, public Config::ConfigurationTree {
@@ -27,4 +27,4 @@ class FakeConfigurator : private MemoryStorage, public Config::ConfigurationTree
   [[nodiscard]] Config::StorageFailures Failures() const override { return MemoryStorage::Failures(); }
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 thread_local int entered = 0;
@@ -48,4 +48,4 @@ int CriticalSectionEntries() {
   return entries;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Manufactures recursive critical sections that know which thread is inside.
 class FakeCriticalSectionFactory : public CGenericCSFactory {
@@ -18,4 +18,4 @@ class FakeCriticalSectionFactory : public CGenericCSFactory {
 // How often the calling thread has entered such a section.
 [[nodiscard]] int CriticalSectionEntries();
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 struct Pass {
@@ -170,20 +170,20 @@ std::vector<std::string> FakeWarden::PassCalls() const {
 }
 
 ServiceRecords::WardenFunctions FakeWarden::Functions() {
-  return {.Initialize = testsupport::Initialize,
-          .Uninitialize = testsupport::Uninitialize,
-          .CreateConnection = testsupport::CreateConnection,
-          .DestroyConnection = testsupport::DestroyConnection,
-          .CreateRequestContext = testsupport::CreateRequestContext,
-          .DestroyContext = testsupport::DestroyContext,
-          .ForceRoute = testsupport::ForceRoute,
-          .Prepare2 = testsupport::Prepare2,
-          .GetTranslatedUrl = testsupport::GetTranslatedUrl,
-          .FreeTranslatedUrl = testsupport::FreeTranslatedUrl,
-          .GetHeaders = testsupport::GetHeaders,
-          .FreeHeaders = testsupport::FreeHeaders,
-          .SetAnsweringUrl = testsupport::SetAnsweringUrl,
-          .ReportHttpResponse = testsupport::ReportHttpResponse};
+  return {.Initialize = TestSupport::Initialize,
+          .Uninitialize = TestSupport::Uninitialize,
+          .CreateConnection = TestSupport::CreateConnection,
+          .DestroyConnection = TestSupport::DestroyConnection,
+          .CreateRequestContext = TestSupport::CreateRequestContext,
+          .DestroyContext = TestSupport::DestroyContext,
+          .ForceRoute = TestSupport::ForceRoute,
+          .Prepare2 = TestSupport::Prepare2,
+          .GetTranslatedUrl = TestSupport::GetTranslatedUrl,
+          .FreeTranslatedUrl = TestSupport::FreeTranslatedUrl,
+          .GetHeaders = TestSupport::GetHeaders,
+          .FreeHeaders = TestSupport::FreeHeaders,
+          .SetAnsweringUrl = TestSupport::SetAnsweringUrl,
+          .ReportHttpResponse = TestSupport::ReportHttpResponse};
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

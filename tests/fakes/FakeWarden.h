@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // An authentication manager whose functions are answered by a script as long as this object lives. Any
 // thread, for requests that do not overlap.
@@ -31,4 +31,4 @@ class FakeWarden {
   [[nodiscard]] std::vector<std::string> PassCalls() const;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 
 void MemoryStorage::Clear() {
   const std::lock_guard lock(mutex_);
@@ -61,4 +61,4 @@ void MemoryStorage::Replace(const Change& change) {
   ++writes_;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

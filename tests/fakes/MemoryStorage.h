@@ -5,7 +5,7 @@
 #include <functional>
 #include <mutex>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Stores a configuration's tree in memory, and fails as a file does when it is told to. Any thread.
 class MemoryStorage : public Config::ConfigurationStorage {
@@ -41,4 +41,4 @@ class MemoryStorage : public Config::ConfigurationStorage {
   bool writesFail_ = false;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace testsupport {
+namespace TestSupport {
 
 class MockNotifications : public ServiceRecords::IServiceRecordsNotifications {
  public:
@@ -20,4 +20,4 @@ class MockNotifications : public ServiceRecords::IServiceRecordsNotifications {
               (override));
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

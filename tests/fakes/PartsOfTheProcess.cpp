@@ -10,7 +10,7 @@
 
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 
 ServiceRecords::ProviderParts PartsOfTheProcess(std::function<void()> published) {
   static FakeCriticalSectionFactory criticalSections;
@@ -30,4 +30,4 @@ ServiceRecords::ProviderParts PartsOfTheProcess(std::function<void()> published)
           .validations = validations};
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -4,10 +4,10 @@
 
 #include <functional>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Parts for the provider of a test program's process, which is there until the process ends, as they are.
 // The configuration holds one store, "a". `published` is called for each publication.
 [[nodiscard]] ServiceRecords::ProviderParts PartsOfTheProcess(std::function<void()> published);
 
-}  // namespace testsupport
+}  // namespace TestSupport

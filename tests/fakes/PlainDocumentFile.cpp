@@ -6,7 +6,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace testsupport {
+namespace TestSupport {
 
 bool ReadPlainDocument(const std::wstring& path, std::wstring& text) {
   const std::filesystem::path file(util::narrow(path));
@@ -18,4 +18,4 @@ bool ReadPlainDocument(const std::wstring& path, std::wstring& text) {
   return true;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

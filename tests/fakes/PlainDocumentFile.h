@@ -2,9 +2,9 @@
 
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // The content of an ordinary file, whatever its size.
 [[nodiscard]] bool ReadPlainDocument(const std::wstring& path, std::wstring& text);
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 ServiceRecords::StoreMap MapOf(const ServiceRecords::StoreSnapshot& snapshot) {
@@ -42,4 +42,4 @@ void RecordedPublications::Add(const std::shared_ptr<const ServiceRecords::Store
   publications_.push_back({MapOf(*stores), stores, InsideCriticalSection(), writes_(), traceRecords_()});
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

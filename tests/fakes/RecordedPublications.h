@@ -8,7 +8,7 @@
 #include <mutex>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // One list that the core handed to the network-location library.
 struct Publication {
@@ -40,4 +40,4 @@ class RecordedPublications {
   bool failNext_ = false;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -3,7 +3,7 @@
 #include "SRLib/SRHTTPRequest.h"
 #include "fakes/FakeCriticalSections.h"
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 class StubHTTPRequest : public ServiceRecords::SRHTTPRequest {
@@ -42,4 +42,4 @@ HTTPAnswer StubHTTPRequestFactory::Take(const SentRequest& request) {
   return answer;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

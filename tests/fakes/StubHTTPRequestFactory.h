@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // What a server answers to one request.
 struct HTTPAnswer {
@@ -48,4 +48,4 @@ class StubHTTPRequestFactory : public ServiceRecords::SRHTTPRequestFactory {
   bool insideCriticalSection_ = false;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -2,7 +2,7 @@
 
 #include "SRLib/Platform/Messages.h"
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 bool HasArgument(int id) {
@@ -16,4 +16,4 @@ std::wstring StubMessage(int id) {
   return L"message " + std::to_wstring(id) + (HasArgument(id) ? L" about %S" : L"");
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

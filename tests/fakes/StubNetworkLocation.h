@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Where the machine stands relative to the stores.
 class StubNetworkLocation {
@@ -27,4 +27,4 @@ class StubNetworkLocation {
   std::map<std::wstring, std::uint32_t> byURL_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

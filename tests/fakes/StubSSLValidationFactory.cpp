@@ -4,7 +4,7 @@
 #include "fakes/FakeCriticalSections.h"
 #include "fakes/StubMessages.h"
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 using ServiceRecords::SSLValidationDetails;
@@ -45,4 +45,4 @@ std::unique_ptr<ServiceRecords::SSLValidation> StubSSLValidationFactory::Create(
   return std::make_unique<StubSSLValidation>(url, notContacted);
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // What a validation of one server finds out.
 struct SSLOutcome {
@@ -39,4 +39,4 @@ class StubSSLValidationFactory : public ServiceRecords::SSLValidationFactory {
   bool insideCriticalSection_ = false;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

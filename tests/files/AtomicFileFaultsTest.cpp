@@ -14,11 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testsupport::FileSystemFaults;
-using testsupport::ModeOf;
-using testsupport::NamesIn;
-using testsupport::ReadFile;
-using testsupport::WriteFile;
+using TestSupport::FileSystemFaults;
+using TestSupport::ModeOf;
+using TestSupport::NamesIn;
+using TestSupport::ReadFile;
+using TestSupport::WriteFile;
 
 class AtomicFileFaultsTest : public testing::Test {
  protected:
@@ -31,7 +31,7 @@ class AtomicFileFaultsTest : public testing::Test {
     }
   }
 
-  testsupport::TemporaryFolder folder_;
+  TestSupport::TemporaryFolder folder_;
   const fs::path file_ = folder_.Path() / "file.plist";
   const std::vector<std::string> names_{"a", "b"};
 };
@@ -44,9 +44,9 @@ int FailForFolders(int descriptor) {
 TEST_F(AtomicFileFaultsTest, AFolderThatCannotBeOpenedFailsWhileNothingHasChanged) {
   std::error_code error;
   {
-    const testsupport::OrdinaryUser user(folder_.Path());
+    const TestSupport::OrdinaryUser user(folder_.Path());
     ASSERT_EQ(::chmod(folder_.Path().c_str(), 0300), 0);
-    error = AtomicFile::Replace(file_, "new");
+    error = Files::AtomicFile::Replace(file_, "new");
     ASSERT_EQ(::chmod(folder_.Path().c_str(), 0700), 0);
   }
   EXPECT_EQ(error, std::errc::permission_denied);
@@ -57,14 +57,14 @@ TEST_F(AtomicFileFaultsTest, AFolderThatCannotBeOpenedFailsWhileNothingHasChange
 TEST_F(AtomicFileFaultsTest, AReplacedFileIsNoFailureWhenTheFolderCannotBeFlushed) {
   FileSystemFaults faults;
   faults.fsync = FailForFolders;
-  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_FALSE(Files::AtomicFile::Replace(file_, "new"));
   EXPECT_EQ(ReadFile(file_), "new");
 }
 
 TEST_F(AtomicFileFaultsTest, ContentThatCannotBeFlushedIsAFailureAndTheOldFileStays) {
   FileSystemFaults faults;
   faults.fsync = [](int) { return EIO; };
-  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::io_error);
+  EXPECT_EQ(Files::AtomicFile::Replace(file_, "new"), std::errc::io_error);
   EXPECT_EQ(ReadFile(file_), "old");
   EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
 }
@@ -72,7 +72,7 @@ TEST_F(AtomicFileFaultsTest, ContentThatCannotBeFlushedIsAFailureAndTheOldFileSt
 TEST_F(AtomicFileFaultsTest, AFileSystemThatCountsNoNamesIsWrittenTo) {
   FileSystemFaults faults;
   faults.fstat = [](struct stat& status) { status.st_nlink = 0; };
-  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_FALSE(Files::AtomicFile::Replace(file_, "new"));
   EXPECT_EQ(ReadFile(file_), "new");
   EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
 }
@@ -84,7 +84,7 @@ TEST_F(AtomicFileFaultsTest, AWriterWhoseTemporaryIsSweptTakesAnother) {
     if (rounds++ == 0) SweepTemporaries();
     return 0;
   };
-  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_FALSE(Files::AtomicFile::Replace(file_, "new"));
   EXPECT_EQ(rounds, 2);
   EXPECT_EQ(ReadFile(file_), "new");
 }
@@ -96,7 +96,7 @@ TEST_F(AtomicFileFaultsTest, AWriterWhoseTemporariesAreAllSweptGivesUp) {
     if (rounds++ < 1000) SweepTemporaries();
     return 0;
   };
-  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::resource_unavailable_try_again);
+  EXPECT_EQ(Files::AtomicFile::Replace(file_, "new"), std::errc::resource_unavailable_try_again);
   EXPECT_EQ(ReadFile(file_), "old");
   EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
 }
@@ -104,7 +104,7 @@ TEST_F(AtomicFileFaultsTest, AWriterWhoseTemporariesAreAllSweptGivesUp) {
 TEST_F(AtomicFileFaultsTest, AWriterThatDoesNotKnowItsTemporariesAgainLeavesNone) {
   FileSystemFaults faults;
   faults.fstat = [](struct stat& status) { ++status.st_ino; };
-  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::resource_unavailable_try_again);
+  EXPECT_EQ(Files::AtomicFile::Replace(file_, "new"), std::errc::resource_unavailable_try_again);
   EXPECT_EQ(ReadFile(file_), "old");
   EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
 }
@@ -113,7 +113,7 @@ TEST_F(AtomicFileFaultsTest, WithoutSecondNamesACopyIsKeptBeside) {
   WriteFile(folder_.Path() / "a", "earlier");
   FileSystemFaults faults;
   faults.linkat = [](int) { return EPERM; };
-  EXPECT_FALSE(AtomicFile::KeepBeside(file_, names_));
+  EXPECT_FALSE(Files::AtomicFile::KeepBeside(file_, names_));
   EXPECT_EQ(ReadFile(folder_.Path() / "a"), "earlier");
   EXPECT_EQ(ReadFile(folder_.Path() / "b"), "old");
   EXPECT_EQ(ModeOf(folder_.Path() / "b"), 0600U);
@@ -124,12 +124,12 @@ TEST_F(AtomicFileFaultsTest, ACopyThatCannotBeWrittenWholeIsNotLeftBehind) {
   faults.linkat = [](int) { return EPERM; };
   std::error_code error;
   {
-    const testsupport::FullDisk full(2);
-    error = AtomicFile::KeepBeside(file_, names_);
+    const TestSupport::FullDisk full(2);
+    error = Files::AtomicFile::KeepBeside(file_, names_);
   }
   EXPECT_EQ(error, std::errc::file_too_large);
   faults.fsync = [](int) { return EIO; };
-  EXPECT_EQ(AtomicFile::KeepBeside(file_, names_), std::errc::io_error);
+  EXPECT_EQ(Files::AtomicFile::KeepBeside(file_, names_), std::errc::io_error);
   EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist"));
 }
 
@@ -138,7 +138,7 @@ TEST_F(AtomicFileFaultsTest, AFileSystemThatRefusesModesIsWrittenTo) {
   for (const int refusal : {EPERM, ENOTSUP}) {
     FileSystemFaults faults;
     faults.fchmod = [refusal](int) { return refusal; };
-    EXPECT_FALSE(AtomicFile::Replace(file_, std::to_string(refusal)));
+    EXPECT_FALSE(Files::AtomicFile::Replace(file_, std::to_string(refusal)));
     EXPECT_EQ(ReadFile(file_), std::to_string(refusal));
     ASSERT_EQ(::chmod(file_.c_str(), 0640), 0);
   }
@@ -152,7 +152,7 @@ TEST_F(AtomicFileFaultsTest, AFileOfAnotherSizeThanTheFileSystemTellsIsReadWhole
       FileSystemFaults faults;
       faults.fstat = [told](struct stat& status) { status.st_size = told; };
       std::error_code error;
-      EXPECT_EQ(AtomicFile::Read(file_, error), content) << told;
+      EXPECT_EQ(Files::AtomicFile::Read(file_, error), content) << told;
     }
   }
 }
@@ -161,7 +161,7 @@ TEST_F(AtomicFileFaultsTest, AModeThatIsRightIsNotSetAgain) {
   ASSERT_EQ(::chmod(file_.c_str(), 0600), 0);
   FileSystemFaults faults;
   faults.fchmod = [](int) { return EIO; };
-  EXPECT_FALSE(AtomicFile::Replace(file_, "new"));
+  EXPECT_FALSE(Files::AtomicFile::Replace(file_, "new"));
   EXPECT_EQ(ModeOf(file_), 0600U);
 }
 
@@ -169,7 +169,7 @@ TEST_F(AtomicFileFaultsTest, AnyOtherFailureToSetTheModeIsAFailure) {
   ASSERT_EQ(::chmod(file_.c_str(), 0640), 0);
   FileSystemFaults faults;
   faults.fchmod = [](int) { return EIO; };
-  EXPECT_EQ(AtomicFile::Replace(file_, "new"), std::errc::io_error);
+  EXPECT_EQ(Files::AtomicFile::Replace(file_, "new"), std::errc::io_error);
   EXPECT_EQ(ReadFile(file_), "old");
 }
 

@@ -11,8 +11,8 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testsupport::EnvironmentVariable;
-using testsupport::WriteFile;
+using TestSupport::EnvironmentVariable;
+using TestSupport::WriteFile;
 
 class BundleTest : public testing::Test {
  protected:
@@ -27,10 +27,10 @@ class BundleTest : public testing::Test {
   }
 
   [[nodiscard]] std::vector<std::string> Preferred() const {
-    return Bundle::WithPath(folder_.Path())->PreferredLocalizations();
+    return Files::Bundle::WithPath(folder_.Path())->PreferredLocalizations();
   }
 
-  testsupport::TemporaryFolder folder_;
+  TestSupport::TemporaryFolder folder_;
   EnvironmentVariable language_{"LANGUAGE", std::nullopt};
   EnvironmentVariable all_{"LC_ALL", std::nullopt};
   EnvironmentVariable messages_{"LC_MESSAGES", std::nullopt};
@@ -38,7 +38,7 @@ class BundleTest : public testing::Test {
 };
 
 TEST_F(BundleTest, StringsOfTheDescriptionAreFoundByName) {
-  const auto bundle = Bundle::WithPath(folder_.Path());
+  const auto bundle = Files::Bundle::WithPath(folder_.Path());
   ASSERT_TRUE(bundle);
   EXPECT_EQ(bundle->InfoString("Text"), "text");
   EXPECT_EQ(bundle->InfoString("Number"), "");
@@ -46,7 +46,7 @@ TEST_F(BundleTest, StringsOfTheDescriptionAreFoundByName) {
 }
 
 TEST_F(BundleTest, ResourcesAndPlugInsAreInsideTheFolder) {
-  const auto bundle = Bundle::WithPath(folder_.Path());
+  const auto bundle = Files::Bundle::WithPath(folder_.Path());
   ASSERT_TRUE(bundle);
   EXPECT_EQ(bundle->Path(), folder_.Path());
   EXPECT_EQ(bundle->ResourcesPath(), folder_.Path() / "Resources");
@@ -54,16 +54,16 @@ TEST_F(BundleTest, ResourcesAndPlugInsAreInsideTheFolder) {
 }
 
 TEST_F(BundleTest, AFolderWithoutAReadableDescriptionIsNoBundle) {
-  EXPECT_FALSE(Bundle::WithPath(folder_.Path() / "missing"));
+  EXPECT_FALSE(Files::Bundle::WithPath(folder_.Path() / "missing"));
   for (const char* content : {"", "garbage", "<plist><array/></plist>"}) {
     WriteFile(folder_.Path() / "Info.plist", content);
-    EXPECT_FALSE(Bundle::WithPath(folder_.Path())) << content;
+    EXPECT_FALSE(Files::Bundle::WithPath(folder_.Path())) << content;
   }
 }
 
 TEST_F(BundleTest, TheMainBundleIsTheFolderOfTheProgram) {
-  EXPECT_EQ(Bundle::Main().Path(), fs::read_symlink("/proc/self/exe").parent_path());
-  EXPECT_EQ(Bundle::Main().InfoString("CFBundleIdentifier"), "");
+  EXPECT_EQ(Files::Bundle::Main().Path(), fs::read_symlink("/proc/self/exe").parent_path());
+  EXPECT_EQ(Files::Bundle::Main().InfoString("CFBundleIdentifier"), "");
 }
 
 TEST_F(BundleTest, PreferredLanguagesAreThoseOfTheUserThatTheBundleHas) {

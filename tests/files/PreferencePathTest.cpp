@@ -9,14 +9,14 @@
 namespace {
 
 namespace fs = std::filesystem;
-using testsupport::EnvironmentVariable;
+using TestSupport::EnvironmentVariable;
 
 TEST(PreferencePathTest, LiesInTheFolderOfTheUserOrOfTheMachineAndCreatesNeither) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   const EnvironmentVariable user("XDG_CONFIG_HOME", (folder.Path() / "user").string());
   const EnvironmentVariable machine("XDG_CONFIG_DIRS", (folder.Path() / "machine").string());
-  EXPECT_EQ(PreferencePath(true), folder.Path() / "user/Morvane/ServiceRecords.plist");
-  EXPECT_EQ(PreferencePath(false), folder.Path() / "machine/Morvane/ServiceRecords.plist");
+  EXPECT_EQ(Files::PreferencePath(true), folder.Path() / "user/Morvane/ServiceRecords.plist");
+  EXPECT_EQ(Files::PreferencePath(false), folder.Path() / "machine/Morvane/ServiceRecords.plist");
   EXPECT_TRUE(fs::is_empty(folder.Path()));
 }
 
@@ -26,7 +26,7 @@ TEST(PreferencePathTest, OfAUserWithoutAFolderIsTheMachinesUnderTheHome) {
   const EnvironmentVariable machine("XDG_CONFIG_DIRS", "/machine");
   const passwd* const entry = ::getpwuid(::getuid());
   ASSERT_NE(entry, nullptr);
-  EXPECT_EQ(PreferencePath(true), fs::path(entry->pw_dir) / "machine/Morvane/ServiceRecords.plist");
+  EXPECT_EQ(Files::PreferencePath(true), fs::path(entry->pw_dir) / "machine/Morvane/ServiceRecords.plist");
 }
 
 }  // namespace

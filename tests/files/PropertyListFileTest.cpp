@@ -16,10 +16,10 @@ namespace {
 namespace fs = std::filesystem;
 using PropertyList::Dictionary;
 using testing::ElementsAre;
-using testsupport::ModeOf;
-using testsupport::NamesIn;
-using testsupport::ReadFile;
-using testsupport::WriteFile;
+using TestSupport::ModeOf;
+using TestSupport::NamesIn;
+using TestSupport::ReadFile;
+using TestSupport::WriteFile;
 
 class PropertyListFileTest : public testing::Test {
  protected:
@@ -30,9 +30,9 @@ class PropertyListFileTest : public testing::Test {
   }
   std::error_code Save(const Dictionary& root) { return file_.Save(reading_, root); }
 
-  testsupport::TemporaryFolder folder_;
-  const PropertyListFile file_{folder_.Path() / "file.plist"};
-  PropertyListFile::Reading reading_;
+  TestSupport::TemporaryFolder folder_;
+  const Files::PropertyListFile file_{folder_.Path() / "file.plist"};
+  Files::PropertyListFile::Reading reading_;
 };
 
 TEST_F(PropertyListFileTest, WhatIsSavedIsLoaded) {
@@ -85,7 +85,7 @@ TEST_F(PropertyListFileTest, ADamagedFileThatCannotBeReplacedYetIsKeptOnce) {
   WriteFile(file_.Path(), "garbage");
   for (int attempt = 0; attempt < 3; ++attempt) {
     EXPECT_TRUE(Load().Empty());
-    const testsupport::FullDisk full(20);
+    const TestSupport::FullDisk full(20);
     EXPECT_TRUE(Save({{"name", "value"}}));
   }
   EXPECT_THAT(NamesIn(folder_.Path()), ElementsAre("file.plist", "file.plist.damaged"));
@@ -95,7 +95,7 @@ TEST_F(PropertyListFileTest, AFileThatCannotBeReadForAPassingReasonIsNotReplaced
   const Dictionary held{{"name", "held"}};
   ASSERT_FALSE(Save(held));
   {
-    const testsupport::NoFreeDescriptor none;
+    const TestSupport::NoFreeDescriptor none;
     EXPECT_TRUE(Load().Empty());
   }
   EXPECT_EQ(Save({{"name", "new"}}), std::errc::too_many_files_open);
@@ -108,7 +108,7 @@ TEST_F(PropertyListFileTest, AReadErrorIsNeitherDamageNorAMissingFile) {
   const Dictionary held{{"name", "held"}};
   ASSERT_FALSE(Save(held));
   {
-    testsupport::FileSystemFaults faults;
+    TestSupport::FileSystemFaults faults;
     faults.read = [](int) { return EIO; };
     EXPECT_TRUE(Load().Empty());
   }
@@ -132,14 +132,14 @@ TEST_F(PropertyListFileTest, WhatIsNoFileIsNeitherDamagedNorReplaced) {
 
 TEST_F(PropertyListFileTest, AFileInAFoldersPlaceMeansThatThereIsNoFile) {
   WriteFile(file_.Path(), "no folder");
-  const PropertyListFile below(file_.Path() / "file.plist");
-  const PropertyListFile::Reading reading = below.Load();
+  const Files::PropertyListFile below(file_.Path() / "file.plist");
+  const Files::PropertyListFile::Reading reading = below.Load();
   EXPECT_TRUE(reading.Root()->Empty());
   EXPECT_FALSE(reading.Failure());
 }
 
 TEST_F(PropertyListFileTest, AFileOfTheUsersOwnGetsTheRightToBeReadOnce) {
-  const testsupport::OrdinaryUser user(folder_.Path());
+  const TestSupport::OrdinaryUser user(folder_.Path());
   const Dictionary held{{"name", "held"}};
   ASSERT_FALSE(Save(held));
   ASSERT_EQ(::chmod(file_.Path().c_str(), 0), 0);
@@ -158,7 +158,7 @@ TEST_F(PropertyListFileTest, AFileOfSomebodyElseThatMayNotBeReadIsNotReplaced) {
   WriteFile(file_.Path(), "somebody else's");
   ASSERT_EQ(::chmod(file_.Path().c_str(), 0), 0);
   {
-    const testsupport::OrdinaryUser user(folder_.Path());
+    const TestSupport::OrdinaryUser user(folder_.Path());
     EXPECT_TRUE(Load().Empty());
     EXPECT_EQ(Save({}), std::errc::permission_denied);
   }
@@ -171,7 +171,7 @@ TEST_F(PropertyListFileTest, AFailedSaveLeavesTheOldFileWhole) {
   ASSERT_FALSE(Save(old));
   std::error_code error;
   {
-    const testsupport::FullDisk full(20);
+    const TestSupport::FullDisk full(20);
     error = Save({{"name", "new"}});
   }
   EXPECT_TRUE(error);
@@ -205,7 +205,7 @@ class KnownFileTest : public PropertyListFileTest {
   time_t age_ = 0;
   std::function<void(struct stat&)> change_;
   int reads_ = 0;
-  testsupport::FileSystemFaults faults_;
+  TestSupport::FileSystemFaults faults_;
 };
 
 TEST_F(KnownFileTest, AFileThatChangedASecondAgoIsReadOnce) {

@@ -8,27 +8,27 @@
 namespace {
 
 namespace fs = std::filesystem;
-using testsupport::EnvironmentVariable;
-using testsupport::ModeOf;
+using TestSupport::EnvironmentVariable;
+using TestSupport::ModeOf;
 
 TEST(StandardDirectoriesTest, TheUsersFolderIsTheConfigurationHomeElseUnderTheHome) {
   const EnvironmentVariable home("HOME", "/home/somebody");
   {
     const EnvironmentVariable configuration("XDG_CONFIG_HOME", "/somewhere");
-    EXPECT_EQ(StandardDirectories::UserApplicationSupport(), "/somewhere");
+    EXPECT_EQ(Files::StandardDirectories::UserApplicationSupport(), "/somewhere");
   }
   for (const char* relative : {"", "relative/folder"}) {
     const EnvironmentVariable configuration("XDG_CONFIG_HOME", relative);
-    EXPECT_EQ(StandardDirectories::UserApplicationSupport(), "/home/somebody/.config");
+    EXPECT_EQ(Files::StandardDirectories::UserApplicationSupport(), "/home/somebody/.config");
   }
   const EnvironmentVariable configuration("XDG_CONFIG_HOME", std::nullopt);
-  EXPECT_EQ(StandardDirectories::UserApplicationSupport(), "/home/somebody/.config");
+  EXPECT_EQ(Files::StandardDirectories::UserApplicationSupport(), "/home/somebody/.config");
 }
 
 TEST(StandardDirectoriesTest, WithoutAHomeTheUserHasNoFolder) {
   const EnvironmentVariable home("HOME", std::nullopt);
   const EnvironmentVariable configuration("XDG_CONFIG_HOME", std::nullopt);
-  EXPECT_EQ(StandardDirectories::UserApplicationSupport(), std::nullopt);
+  EXPECT_EQ(Files::StandardDirectories::UserApplicationSupport(), std::nullopt);
 }
 
 TEST(StandardDirectoriesTest, TheMachinesFolderIsTheFirstAbsoluteOne) {
@@ -39,15 +39,15 @@ TEST(StandardDirectoriesTest, TheMachinesFolderIsTheFirstAbsoluteOne) {
                                                                       {":relative:/second", "/second"}};
   for (const auto& [value, expected] : cases) {
     const EnvironmentVariable folders("XDG_CONFIG_DIRS", value);
-    EXPECT_EQ(StandardDirectories::MachineApplicationSupport(), expected) << value.value_or("not set");
+    EXPECT_EQ(Files::StandardDirectories::MachineApplicationSupport(), expected) << value.value_or("not set");
   }
 }
 
 TEST(StandardDirectoriesTest, CreatedFoldersAreForTheirOwnerOnlyUnderAnyUmask) {
   for (const mode_t mask : {0U, 077U, 0277U}) {
-    const testsupport::TemporaryFolder folder;
-    const testsupport::Umask umask(mask);
-    EXPECT_FALSE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
+    const TestSupport::TemporaryFolder folder;
+    const TestSupport::Umask umask(mask);
+    EXPECT_FALSE(Files::StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
     EXPECT_EQ(ModeOf(folder.Path() / "a"), 0700U) << mask;
     EXPECT_EQ(ModeOf(folder.Path() / "a" / "b"), 0700U) << mask;
   }
@@ -55,10 +55,10 @@ TEST(StandardDirectoriesTest, CreatedFoldersAreForTheirOwnerOnlyUnderAnyUmask) {
 
 TEST(StandardDirectoriesTest, FoldersForAllAreReadableByAllUnderAnyUmask) {
   for (const mode_t mask : {0U, 077U}) {
-    const testsupport::TemporaryFolder folder;
-    const testsupport::Umask umask(mask);
-    EXPECT_FALSE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b",
-                                                        StandardDirectories::kSharedFolder));
+    const TestSupport::TemporaryFolder folder;
+    const TestSupport::Umask umask(mask);
+    EXPECT_FALSE(Files::StandardDirectories::CreateDirectories(folder.Path() / "a" / "b",
+                                                               Files::StandardDirectories::kSharedFolder));
     EXPECT_EQ(ModeOf(folder.Path() / "a"), 0755U) << mask;
     EXPECT_EQ(ModeOf(folder.Path() / "a" / "b"), 0755U) << mask;
   }
@@ -69,23 +69,23 @@ TEST(StandardDirectoriesTest, TheLogsAreUnderTheHomeAndNeverRelative) {
       {"/home/somebody", "/home/somebody/Library/Logs"}, {"", "/Library/Logs"}, {std::nullopt, std::nullopt}};
   for (const auto& [value, expected] : cases) {
     const EnvironmentVariable home("HOME", value);
-    EXPECT_EQ(StandardDirectories::Logs(), expected) << value.value_or("not set");
+    EXPECT_EQ(Files::StandardDirectories::Logs(), expected) << value.value_or("not set");
   }
 }
 
 TEST(StandardDirectoriesTest, AFolderThatIsThereKeepsItsMode) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   fs::create_directory(folder.Path() / "a");
   ASSERT_EQ(::chmod((folder.Path() / "a").c_str(), 0750), 0);
-  EXPECT_FALSE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
+  EXPECT_FALSE(Files::StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
   EXPECT_EQ(ModeOf(folder.Path() / "a"), 0750U);
 }
 
 TEST(StandardDirectoriesTest, AFileInTheWayIsAnError) {
-  const testsupport::TemporaryFolder folder;
-  testsupport::WriteFile(folder.Path() / "a", "file");
-  EXPECT_TRUE(StandardDirectories::CreateDirectories(folder.Path() / "a"));
-  EXPECT_TRUE(StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
+  const TestSupport::TemporaryFolder folder;
+  TestSupport::WriteFile(folder.Path() / "a", "file");
+  EXPECT_TRUE(Files::StandardDirectories::CreateDirectories(folder.Path() / "a"));
+  EXPECT_TRUE(Files::StandardDirectories::CreateDirectories(folder.Path() / "a" / "b"));
 }
 
 }  // namespace

@@ -10,10 +10,10 @@
 
 namespace {
 
-using testsupport::EnvironmentVariable;
-using testsupport::ModeOf;
-using testsupport::ReadFile;
-using testsupport::WriteFile;
+using TestSupport::EnvironmentVariable;
+using TestSupport::ModeOf;
+using TestSupport::ReadFile;
+using TestSupport::WriteFile;
 
 class UserDefaultsTest : public testing::Test {
  protected:
@@ -22,9 +22,9 @@ class UserDefaultsTest : public testing::Test {
                          "</dict></plist>");
   }
 
-  testsupport::TemporaryFolder folder_;
+  TestSupport::TemporaryFolder folder_;
   const std::filesystem::path file_ = folder_.Path() / "new" / "defaults.plist";
-  const UserDefaults defaults_{file_};
+  const Files::UserDefaults defaults_{file_};
 };
 
 TEST_F(UserDefaultsTest, AMissingFileOrValueIsZero) {
@@ -74,7 +74,7 @@ TEST_F(UserDefaultsTest, AFileThatCannotBeReadIsNotReplaced) {
   WriteDefault("<string>old</string>");
   const std::string before = ReadFile(file_);
   {
-    testsupport::FileSystemFaults faults;
+    TestSupport::FileSystemFaults faults;
     faults.read = [](int) { return EIO; };
     EXPECT_EQ(defaults_.Integer("LogLevel"), 0);
     EXPECT_FALSE(defaults_.SetInteger("LogLevel", 1));
@@ -89,15 +89,15 @@ TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenIsAFailure) {
 
 TEST_F(UserDefaultsTest, TheUsersFileIsInTheConfigurationFolder) {
   const EnvironmentVariable configuration("XDG_CONFIG_HOME", folder_.Path().string());
-  EXPECT_TRUE(UserDefaults::Standard().SetInteger("LogLevel", 7));
-  EXPECT_EQ(UserDefaults(folder_.Path() / "com.morvane.ServiceRecords.plist").Integer("LogLevel"), 7);
+  EXPECT_TRUE(Files::UserDefaults::Standard().SetInteger("LogLevel", 7));
+  EXPECT_EQ(Files::UserDefaults(folder_.Path() / "com.morvane.ServiceRecords.plist").Integer("LogLevel"), 7);
 }
 
 TEST_F(UserDefaultsTest, AUserWithoutAFolderHasNoDefaults) {
   const EnvironmentVariable home("HOME", std::nullopt);
   const EnvironmentVariable configuration("XDG_CONFIG_HOME", std::nullopt);
-  EXPECT_EQ(UserDefaults::Standard().Integer("LogLevel"), 0);
-  EXPECT_FALSE(UserDefaults::Standard().SetInteger("LogLevel", 1));
+  EXPECT_EQ(Files::UserDefaults::Standard().Integer("LogLevel"), 0);
+  EXPECT_FALSE(Files::UserDefaults::Standard().SetInteger("LogLevel", 1));
 }
 
 }  // namespace

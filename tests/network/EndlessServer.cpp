@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 
 EndlessServer::EndlessServer(std::string beginning, const std::string& repeated) {
   // Many at a time, so that the client is what takes the time.
@@ -29,7 +29,7 @@ std::uint64_t EndlessServer::Sent() {
 }
 
 void EndlessServer::Serve(const std::string& beginning, const std::string& repeated) {
-  const FileDescriptor connection(::accept4(listener_.socket.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+  const Files::FileDescriptor connection(::accept4(listener_.socket.Get(), nullptr, nullptr, SOCK_CLOEXEC));
   std::array<char, 4096> request;
   if (::recv(connection.Get(), request.data(), request.size(), 0) <= 0) return;
   const timeval look{.tv_sec = 0, .tv_usec = 50'000};
@@ -49,4 +49,4 @@ bool EndlessServer::Send(int connection, const std::string& bytes) {
   return !ending_;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

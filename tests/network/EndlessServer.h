@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Answers its first connection without an end. Its own thread, which ends with this object or when the client
 // closes the connection.
@@ -34,4 +34,4 @@ class EndlessServer {
   std::thread thread_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 
 LevelCapture::LevelCapture() {
   const std::lock_guard lock(trace::wdbgMutex);
@@ -24,4 +24,4 @@ std::wstreambuf::int_type LevelCapture::overflow(int_type character) {
   return traits_type::not_eof(character);
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

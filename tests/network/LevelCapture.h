@@ -3,7 +3,7 @@
 #include <set>
 #include <streambuf>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Takes the place of the trace log, all levels, as long as it lives, and keeps the levels of its records. One
 // thread.
@@ -24,4 +24,4 @@ class LevelCapture : private std::wstreambuf {
   bool verboseBefore_ = false;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

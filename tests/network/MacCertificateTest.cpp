@@ -30,7 +30,7 @@ void SetName(X509_NAME* name, const std::vector<Entry>& entries) {
 
 MacCertificate Certificate(const std::vector<Entry>& subject, const std::vector<Entry>& issuer,
                            const char* alternativeNames = nullptr) {
-  const X509Ptr certificate(X509_new());
+  const Transfer::X509Ptr certificate(X509_new());
   SetName(X509_get_subject_name(certificate.get()), subject);
   SetName(X509_get_issuer_name(certificate.get()), issuer);
   if (alternativeNames != nullptr) {

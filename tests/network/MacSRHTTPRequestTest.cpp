@@ -29,16 +29,16 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-using testsupport::EndlessServer;
-using testsupport::EnvironmentVariable;
-using testsupport::kEmptyAnswer;
-using testsupport::LevelCapture;
-using testsupport::LoopbackListener;
-using testsupport::RawServer;
-using testsupport::ServerBlock;
-using testsupport::TraceCapture;
-using testsupport::TrustedAuthority;
-using testsupport::WebServer;
+using TestSupport::EndlessServer;
+using TestSupport::EnvironmentVariable;
+using TestSupport::kEmptyAnswer;
+using TestSupport::LevelCapture;
+using TestSupport::LoopbackListener;
+using TestSupport::RawServer;
+using TestSupport::ServerBlock;
+using TestSupport::TraceCapture;
+using TestSupport::TrustedAuthority;
+using TestSupport::WebServer;
 
 constexpr std::uintmax_t kBodyBound = 16 * 1024 * 1024;
 
@@ -243,7 +243,7 @@ TEST(MacSRHTTPRequest, DoesNotWaitForAHeaderForEver) {
 
 TEST(MacSRHTTPRequest, HasALimitForAllThatFollowsTheFirstHeader) {
   const std::uint64_t endless = std::uint64_t{1} << 60;
-  const TransferLimits limits{
+  const Transfer::TransferLimits limits{
       .afterFirstHeader = milliseconds(50), .mostBodyBytes = endless, .mostHeaderBytes = endless};
   for (const std::string beginning : {"HTTP/1.1 302 Found\r\nLocation: /new\r\n\r\n", ""}) {
     EndlessServer server(beginning, "HTTP/1.1 103 Early Hints\r\n\r\n");
@@ -266,7 +266,7 @@ TEST(MacSRHTTPRequest, MeasuresNoBodyWhileItWaitsForTheNextHeader) {
   for (const std::string interim : {"", "HTTP/1.1 103 Early Hints\r\n\r\n"}) {
     const LoopbackListener slow;
     std::thread slowServer([&slow, &window, &interim] {
-      const FileDescriptor connection(::accept(slow.socket.Get(), nullptr, nullptr));
+      const Files::FileDescriptor connection(::accept(slow.socket.Get(), nullptr, nullptr));
       ::send(connection.Get(), interim.data(), interim.size(), MSG_NOSIGNAL);
       std::this_thread::sleep_for(4 * window);
       ::send(connection.Get(), kEmptyAnswer, std::string_view(kEmptyAnswer).size(), MSG_NOSIGNAL);

@@ -27,15 +27,15 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-using testsupport::ChildProcess;
-using testsupport::EnvironmentVariable;
-using testsupport::kEmptyAnswer;
-using testsupport::LevelCapture;
-using testsupport::RawServer;
-using testsupport::ServerBlock;
-using testsupport::TraceCapture;
-using testsupport::TrustedAuthority;
-using testsupport::WebServer;
+using TestSupport::ChildProcess;
+using TestSupport::EnvironmentVariable;
+using TestSupport::kEmptyAnswer;
+using TestSupport::LevelCapture;
+using TestSupport::RawServer;
+using TestSupport::ServerBlock;
+using TestSupport::TraceCapture;
+using TestSupport::TrustedAuthority;
+using TestSupport::WebServer;
 
 std::string StapledAnswer(const std::string& certificate) {
   return "ssl_stapling on; ssl_stapling_file " + TrustedAuthority().File(certificate + ".ocsp").string() +
@@ -168,7 +168,7 @@ TEST(MacSSLValidation, RejectsAnOldProtocol) {
       TrustedAuthority().TlsServerBlock("good", "ssl_protocols TLSv1.1; ssl_ciphers ALL:@SECLEVEL=0;"));
   const Outcome outcome(server.Address("https"));
   outcome.ExpectCertificatesNotFetched();
-  EXPECT_EQ(outcome.validation.ErrorCode(), StreamErrorCode::kProtocolMismatch);
+  EXPECT_EQ(outcome.validation.ErrorCode(), Transfer::StreamErrorCode::kProtocolMismatch);
 }
 
 TEST(MacSSLValidation, CountsTLSToAPlainPortAsATlsFailure) {
@@ -211,7 +211,7 @@ TEST(MacSSLValidation, DoesNotTakeAnAnswerAboutAnotherCertificate) {
 }
 
 TEST(MacSSLValidation, CannotContactAServerThatRefusesConnections) {
-  const std::uint16_t port = testsupport::LoopbackListener().port;
+  const std::uint16_t port = TestSupport::LoopbackListener().port;
   const Outcome outcome("https://localhost:" + std::to_string(port) + "/discovery");
   outcome.ExpectServerNotContacted();
   EXPECT_THAT(outcome.log, HasSubstr("Read Stream failed with "));
@@ -239,7 +239,7 @@ TEST(MacSSLValidation, ReportsTheCodesBesideTheTlsRangeAsServerNotContacted) {
 }
 
 TEST(MacSSLValidation, LogsFailuresAtLevelTwo) {
-  const std::uint16_t port = testsupport::LoopbackListener().port;
+  const std::uint16_t port = TestSupport::LoopbackListener().port;
   const WebServer expired(TrustedAuthority().TlsServerBlock("expired"));
   for (const std::string& address : {"https://localhost:" + std::to_string(port), expired.Address("https")}) {
     const LevelCapture trace;
@@ -265,7 +265,7 @@ TEST(MacSSLValidation, ContactsNobodyForAnAddressThatIsReadAsAnotherServers) {
         "http://0x7f.1:" + port + "/", "http://127.0.0.1:" + port + "?bank.example/"}) {
     const Outcome outcome(address);
     outcome.ExpectCertificatesNotFetched("");
-    EXPECT_EQ(outcome.validation.ErrorCode(), StreamErrorCode::kAnotherServer);
+    EXPECT_EQ(outcome.validation.ErrorCode(), Transfer::StreamErrorCode::kAnotherServer);
     EXPECT_THAT(outcome.log, Not(HasSubstr("Read Stream failed")));
   }
   EXPECT_THAT(server.Requests(), IsEmpty());

@@ -17,12 +17,12 @@
 
 namespace {
 
-using testsupport::GeneratedAddresses;
-using testsupport::ReachedServers;
+using TestSupport::GeneratedAddresses;
+using TestSupport::ReachedServers;
 
 // Another tool's idea of the name that is looked up for a host as it stands in an address.
 std::string LookedUpName(const std::string& host) {
-  const UTF8Thread utf8;
+  const util::UTF8Thread utf8;
   const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url(curl_url(), curl_url_cleanup);
   int length = 0;
   const std::unique_ptr<char, decltype(&curl_free)> decoded(

@@ -16,7 +16,7 @@ namespace {
 using ServiceRecords::BeaconType;
 using ServiceRecords::SRStore;
 using ServiceRecords::StoreSnapshot;
-using testsupport::Beacon;
+using TestSupport::Beacon;
 
 std::mutex g_locationMutex;
 std::condition_variable g_locationChanged;
@@ -40,7 +40,7 @@ class PublishedStoresTest : public testing::Test {
   // The first location that is decided for the store.
   static std::uint32_t LocationOf(const SRStore& store) {
     ServiceRecords::SetAllServiceRecordsToList(
-        std::make_shared<const StoreSnapshot>(testsupport::Map({store})));
+        std::make_shared<const StoreSnapshot>(TestSupport::Map({store})));
     const std::string url = util::narrow(store.GetStoreURL());
     std::unique_lock lock(g_locationMutex);
     const bool decided = g_locationChanged.wait_for(lock, std::chrono::seconds(30), [&url] {
@@ -50,18 +50,18 @@ class PublishedStoresTest : public testing::Test {
     return ServiceRecords::LocationRelativeToStoreURL(store.GetStoreURL());
   }
 
-  const testsupport::RawServer server_{{testsupport::kEmptyAnswer}};
+  const TestSupport::RawServer server_{{TestSupport::kEmptyAnswer}};
 };
 
 TEST_F(PublishedStoresTest, AStoresInternalBeaconIsAsked) {
-  SRStore store = testsupport::Store(L"s", L"http://127.0.0.1:9/in");
+  SRStore store = TestSupport::Store(L"s", L"http://127.0.0.1:9/in");
   store.AddBeacon(Beacon(server_.Address()), BeaconType::Internal);
   EXPECT_EQ(LocationOf(store), Wayfinder::kLAN);
   EXPECT_FALSE(server_.Requests().empty());
 }
 
 TEST_F(PublishedStoresTest, AStoresExternalBeaconIsAsked) {
-  SRStore store = testsupport::Store(L"s", L"http://127.0.0.1:9/out");
+  SRStore store = TestSupport::Store(L"s", L"http://127.0.0.1:9/out");
   store.AddBeacon(Beacon(server_.Address()), BeaconType::External);
   EXPECT_EQ(LocationOf(store), Wayfinder::kOutside);
   EXPECT_FALSE(server_.Requests().empty());

@@ -11,7 +11,7 @@
 #include <cerrno>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 ReachedServers* g_reached = nullptr;
@@ -43,14 +43,14 @@ void ReachedServers::Add(Server server) {
   servers_.push_back(std::move(server));
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport
 
 #pragma GCC visibility push(default)
 
 extern "C" int getaddrinfo(const char* name, const char* service, const addrinfo* /*hints*/,
                            addrinfo** /*result*/) {
-  if (testsupport::g_reached != nullptr)
-    testsupport::g_reached->Add({name != nullptr ? name : "", service != nullptr ? service : ""});
+  if (TestSupport::g_reached != nullptr)
+    TestSupport::g_reached->Add({name != nullptr ? name : "", service != nullptr ? service : ""});
   return EAI_NONAME;
 }
 
@@ -58,8 +58,8 @@ extern "C" int connect(int socket, const sockaddr* address, socklen_t size) {
   const bool isInternet = address->sa_family == AF_INET || address->sa_family == AF_INET6;
   if (!isInternet) return static_cast<int>(::syscall(SYS_connect, socket, address, size));
   const std::uint16_t port = ntohs(reinterpret_cast<const sockaddr_in*>(address)->sin_port);
-  if (testsupport::g_reached != nullptr)
-    testsupport::g_reached->Add({testsupport::NumberOf(address), std::to_string(port)});
+  if (TestSupport::g_reached != nullptr)
+    TestSupport::g_reached->Add({TestSupport::NumberOf(address), std::to_string(port)});
   errno = ECONNREFUSED;
   return -1;
 }

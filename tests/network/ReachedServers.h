@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Stands before the network as long as it lives: keeps which servers this program turns to, by name or by
 // number, and lets it reach none of them. The calls of the C library are this test program's own. One object
@@ -31,4 +31,4 @@ class ReachedServers {
   std::vector<Server> servers_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

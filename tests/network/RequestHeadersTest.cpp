@@ -11,7 +11,7 @@ namespace {
 
 // What the server receives between "Accept" and the blank line.
 std::string AddedLines(const std::wstring& extraHeaders) {
-  const testsupport::RawServer server({testsupport::kEmptyAnswer});
+  const TestSupport::RawServer server({TestSupport::kEmptyAnswer});
   ServiceRecords::MacSRHTTPRequest request(server.Address() + L"/discovery");
   EXPECT_TRUE(request.SendHTTPRequest(extraHeaders));
   const std::string received = server.Requests().at(0);

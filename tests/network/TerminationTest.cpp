@@ -19,7 +19,7 @@ constexpr unsigned int kHangsSeconds = 25;
 
 // Termination cannot be taken back, so each of these runs in a process of its own.
 [[noreturn]] void SendUntilTerminated() {
-  const testsupport::RawServer server(TerminationEvent::Request);
+  const TestSupport::RawServer server(Termination::Request);
   ServiceRecords::MacSRHTTPRequest request(server.Address() + L"/discovery");
   ::alarm(kHangsSeconds);
   const bool ended = !request.SendHTTPRequest(L"") && request.GetStatus() == 0;
@@ -27,7 +27,7 @@ constexpr unsigned int kHangsSeconds = 25;
 }
 
 [[noreturn]] void ValidateUntilTerminated() {
-  const testsupport::RawServer server(TerminationEvent::Request);
+  const TestSupport::RawServer server(Termination::Request);
   ServiceRecords::MacSSLValidation validation(server.Address());
   ServiceRecords::SSLValidationDetails details;
   ::alarm(kHangsSeconds);
@@ -36,19 +36,19 @@ constexpr unsigned int kHangsSeconds = 25;
 }
 
 [[noreturn]] void ValidateUntilTerminatedInTheHandshake() {
-  const testsupport::LoopbackListener listener;
+  const TestSupport::LoopbackListener listener;
   std::thread server([&listener] {
-    const FileDescriptor connection(::accept(listener.socket.Get(), nullptr, nullptr));
+    const Files::FileDescriptor connection(::accept(listener.socket.Get(), nullptr, nullptr));
     char first = 0;
     ::recv(connection.Get(), &first, 1, 0);
-    TerminationEvent::Request();
+    Termination::Request();
     ::pause();
   });
   ServiceRecords::MacSSLValidation validation(L"https://127.0.0.1:" + std::to_wstring(listener.port));
   ServiceRecords::SSLValidationDetails details;
   ::alarm(kHangsSeconds);
   const bool ended = !validation.ValidateURL(details) && details.Result == 1;
-  std::_Exit(ended && TerminationEvent::Requested() ? 0 : 1);
+  std::_Exit(ended && Termination::Requested() ? 0 : 1);
 }
 
 class TerminationDeathTest : public testing::Test {

@@ -17,15 +17,15 @@
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using UserWait = BackgroundTasks::UserWait;
+using UserWait = Agent::BackgroundTasks::UserWait;
 
 namespace {
 
 // Work that goes on step by step, as the test lets it.
 class BackgroundTasksTest : public testing::Test {
  protected:
-  static constexpr int kAtATime = BackgroundTasks::kWorkedOnAtATime;
-  static constexpr int kThreads = BackgroundTasks::kThreads;
+  static constexpr int kAtATime = Agent::BackgroundTasks::kWorkedOnAtATime;
+  static constexpr int kThreads = Agent::BackgroundTasks::kThreads;
 
   ~BackgroundTasksTest() override { LetAllGoOn(); }
 
@@ -87,7 +87,7 @@ class BackgroundTasksTest : public testing::Test {
   bool free_ = false;
   std::vector<int> worked_;  // what was begun to be worked on, in order
   std::vector<int> asked_;
-  BackgroundTasks tasks_;  // ends first
+  Agent::BackgroundTasks tasks_;  // ends first
 
  private:
   void Note(std::vector<int>& numbers, int number) {
@@ -273,7 +273,7 @@ TEST_F(WithoutThreadsDeathTest, WhatNobodyCouldStartLaterIsDropped) {
   EXPECT_EXIT(
       {
         const NoFreeThread limit;
-        testsupport::CapturedSystemLog systemLog;
+        TestSupport::CapturedSystemLog systemLog;
         StartWork(1);
         const bool isLogged = systemLog.TakeLines().size() == 1;
         ExitWell(tasks_.Finish(std::chrono::seconds(0)) && isLogged && Worked().empty());

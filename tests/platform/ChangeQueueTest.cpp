@@ -23,12 +23,12 @@ class ChangeQueueTest : public testing::Test {
   ~ChangeQueueTest() override { LetGoOn(); }
 
   // Notes its number when it is made, and its end when it has gone.
-  ChangeQueue::Change Noted(int number) {
+  Agent::ChangeQueue::Change Noted(int number) {
     const std::shared_ptr<void> end(nullptr, [this, number](void*) { Note(-number); });
     return [this, number, end] { Note(number); };
   }
   // The same, but once the test lets it go on.
-  ChangeQueue::Change Held(int number) {
+  Agent::ChangeQueue::Change Held(int number) {
     return [this, change = Noted(number)] {
       Note(0);
       std::unique_lock lock(mutex_);
@@ -62,7 +62,7 @@ class ChangeQueueTest : public testing::Test {
   std::vector<int> notes_;
   bool free_ = false;
   std::atomic<bool> isOver_ = false;
-  ChangeQueue queue_{[this] { return isOver_.load(); }};
+  Agent::ChangeQueue queue_{[this] { return isOver_.load(); }};
 };
 
 TEST_F(ChangeQueueTest, ChangesAreMadeOneAfterTheOtherInTheirOrder) {
@@ -76,7 +76,7 @@ TEST_F(ChangeQueueTest, ChangesAreMadeOneAfterTheOtherInTheirOrder) {
 }
 
 TEST_F(ChangeQueueTest, AChangeThatFailsIsLoggedAndKeepsNoOtherBack) {
-  testsupport::CapturedSystemLog systemLog;
+  TestSupport::CapturedSystemLog systemLog;
   queue_.Add([] { throw std::runtime_error("no memory"); });
   queue_.Add([] { throw 1; });  // NOLINT: whatever is thrown
   queue_.Add(Noted(1));

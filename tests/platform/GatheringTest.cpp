@@ -17,9 +17,9 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testsupport::FileSystemFaults;
-using testsupport::ReadFile;
-using testsupport::WriteFile;
+using TestSupport::FileSystemFaults;
+using TestSupport::ReadFile;
+using TestSupport::WriteFile;
 using Wide = std::vector<std::wstring>;
 
 std::wstring StringIn(const CMacConfiguration& configuration, const std::wstring& key) {
@@ -32,8 +32,8 @@ class GatheringTest : public testing::Test {
  protected:
   GatheringTest() {
     for (const bool perUser : {true, false}) {
-      fs::remove_all(preferenceFile(perUser).parent_path());
-      fs::create_directories(preferenceFile(perUser).parent_path());
+      fs::remove_all(Agent::preferenceFile(perUser).parent_path());
+      fs::create_directories(Agent::preferenceFile(perUser).parent_path());
     }
     configuration_.SetString(L"A", L"old");
     before_ = ReadFile(file_);
@@ -44,7 +44,7 @@ class GatheringTest : public testing::Test {
     return std::async(std::launch::async, [&] { return String(key); }).get();
   }
 
-  const fs::path file_ = preferenceFile(true);
+  const fs::path file_ = Agent::preferenceFile(true);
   const CMacConfiguration configuration_{true};
   std::string before_;
 };
@@ -163,7 +163,7 @@ TEST_F(GatheringTest, TheScopesGatherApart) {
   const auto gathering = configuration_.Gather();
   configuration_.SetString(L"A", L"user");
   machine.SetString(L"A", L"machine");
-  EXPECT_THAT(ReadFile(preferenceFile(false)), HasSubstr("machine"));
+  EXPECT_THAT(ReadFile(Agent::preferenceFile(false)), HasSubstr("machine"));
   EXPECT_EQ(ReadFile(file_), before_);
   EXPECT_EQ(StringIn(machine, L"A"), L"machine");
 }
@@ -186,7 +186,7 @@ TEST_F(GatheringTest, GatheringsOfTheScopesMayEndInAnyOrder) {
   configuration_.SetString(L"A", L"at once");
   machine.SetString(L"A", L"gathered");
   EXPECT_THAT(ReadFile(file_), HasSubstr("at once"));
-  EXPECT_FALSE(fs::exists(preferenceFile(false)));
+  EXPECT_FALSE(fs::exists(Agent::preferenceFile(false)));
 }
 
 TEST_F(GatheringTest, TheFileIsReadOnceHoweverMuchIsAsked) {
@@ -260,9 +260,9 @@ TEST_F(GatheringTest, NothingIsWrittenForAContainerThatIsThere) {
 
 TEST_F(GatheringTest, AReplacementThatFailsIsOneFailureAndOneLine) {
   const Config::StorageFailures before = configuration_.Failures();
-  const testsupport::TraceCapture trace;
+  const TestSupport::TraceCapture trace;
   {
-    const testsupport::FullDisk full(10);
+    const TestSupport::FullDisk full(10);
     const auto gathering = configuration_.Gather();
     for (const wchar_t* key : {L"A", L"B", L"C"}) configuration_.SetString(key, L"new");
     gathering->PutInPlace();

@@ -34,8 +34,8 @@ TEST(GenericFactoriesTest, TheConfigurationsAreTheUsersAndTheMachines) {
   auto& factories = CGenericFactories::Instance();
   factories.UserConfiguration().SetString(L"Scope", L"the user's");
   factories.MachineConfiguration().SetString(L"Scope", L"the machine's");
-  EXPECT_NE(testsupport::ReadFile(preferenceFile(true)).find("the user's"), std::string::npos);
-  EXPECT_NE(testsupport::ReadFile(preferenceFile(false)).find("the machine's"), std::string::npos);
+  EXPECT_NE(TestSupport::ReadFile(Agent::preferenceFile(true)).find("the user's"), std::string::npos);
+  EXPECT_NE(TestSupport::ReadFile(Agent::preferenceFile(false)).find("the machine's"), std::string::npos);
 }
 
 }  // namespace

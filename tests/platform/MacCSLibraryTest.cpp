@@ -22,7 +22,7 @@ class MacCSLibraryTest : public testing::Test {
     return entered;
   }
 
-  testsupport::TraceCapture trace_;
+  TestSupport::TraceCapture trace_;
   CMacCS section_;
 };
 
@@ -58,14 +58,14 @@ TEST_F(MacCSLibraryTest, ADeletedSectionCanNeitherBeEnteredNorLeft) {
 
 TEST_F(MacCSLibraryTest, ALockThatCouldNotEnterDoesNotLeave) {
   EXPECT_TRUE(section_.Delete());
-  { const CriticalSectionLock lock(section_); }
+  { const ServiceRecords::CriticalSectionLock lock(section_); }
   EXPECT_THAT(trace_.Text(), HasSubstr("CMacCS::Enter() no mutex\n"));
   EXPECT_THAT(trace_.Text(), Not(HasSubstr("CMacCS::Leave()")));
 }
 
 TEST_F(MacCSLibraryTest, ALockIsInsideForAsLongAsItLives) {
   {
-    const CriticalSectionLock lock(section_);
+    const ServiceRecords::CriticalSectionLock lock(section_);
     EXPECT_FALSE(TryFromAnotherThread());
   }
   EXPECT_TRUE(TryFromAnotherThread());

@@ -20,15 +20,15 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testsupport::ReadFile;
-using testsupport::WriteFile;
+using TestSupport::ReadFile;
+using TestSupport::WriteFile;
 
 class MacConfigurationTest : public testing::Test {
  protected:
   MacConfigurationTest() {
     for (const bool perUser : {true, false}) {
-      fs::remove_all(preferenceFile(perUser).parent_path());
-      fs::create_directories(preferenceFile(perUser).parent_path());
+      fs::remove_all(Agent::preferenceFile(perUser).parent_path());
+      fs::create_directories(Agent::preferenceFile(perUser).parent_path());
     }
   }
 
@@ -53,15 +53,15 @@ class MacConfigurationTest : public testing::Test {
     return value;
   }
 
-  const fs::path file_ = preferenceFile(true);
+  const fs::path file_ = Agent::preferenceFile(true);
   const CMacConfiguration configuration_{true};
 };
 
 TEST_F(MacConfigurationTest, EachScopeHasItsFileInItsApplicationSupportFolder) {
-  EXPECT_EQ(preferenceFile(true),
-            testsupport::PreferencesFolder::Path() / "user/Morvane/ServiceRecords.plist");
-  EXPECT_EQ(preferenceFile(false),
-            testsupport::PreferencesFolder::Path() / "machine/Morvane/ServiceRecords.plist");
+  EXPECT_EQ(Agent::preferenceFile(true),
+            TestSupport::PreferencesFolder::Path() / "user/Morvane/ServiceRecords.plist");
+  EXPECT_EQ(Agent::preferenceFile(false),
+            TestSupport::PreferencesFolder::Path() / "machine/Morvane/ServiceRecords.plist");
 }
 
 TEST_F(MacConfigurationTest, TheScopesDoNotShareValues) {
@@ -269,7 +269,7 @@ TEST_F(MacConfigurationTest, AKeyTooDeepForTheFileIsRefusedWithoutHarmToTheRest)
   configuration_.SetString(L"A", L"text");
   std::wstring deep;
   for (int i = 0; i < 50000; ++i) deep += L"d\\";
-  const testsupport::TraceCapture trace;
+  const TestSupport::TraceCapture trace;
   EXPECT_TRUE(configuration_.SetString(deep + L"e", L"deep"));
   EXPECT_TRUE(configuration_.CreateContainer(deep + L"e"));
   EXPECT_EQ(String(deep + L"e"), L"(none)");
@@ -301,9 +301,9 @@ TEST_F(MacConfigurationTest, ADamagedFileReadsAsEmptyAndIsKeptBesideWhenItIsRepl
 TEST_F(MacConfigurationTest, AFailedWriteIsLoggedAndLeavesTheOldFileWhole) {
   configuration_.SetString(L"A", L"old");
   const std::string before = ReadFile(file_);
-  const testsupport::TraceCapture trace;
+  const TestSupport::TraceCapture trace;
   {
-    const testsupport::FullDisk full(10);
+    const TestSupport::FullDisk full(10);
     EXPECT_TRUE(configuration_.SetString(L"A", L"new"));
   }
   EXPECT_EQ(ReadFile(file_), before);
@@ -315,7 +315,7 @@ TEST_F(MacConfigurationTest, AWriteThatFailedIsCountedThoughTheSetterSaysTrue) {
   configuration_.SetString(L"A", L"old");
   const Config::StorageFailures before = configuration_.Failures();
   {
-    const testsupport::FullDisk full(10);
+    const TestSupport::FullDisk full(10);
     EXPECT_TRUE(configuration_.SetString(L"A", L"new"));
     EXPECT_TRUE(configuration_.CreateContainer(L"B"));
     EXPECT_TRUE(configuration_.DeleteContainer(L"A"));
@@ -333,7 +333,7 @@ TEST_F(MacConfigurationTest, AFileThatCannotBeReadIsNotWrittenByAnySetter) {
   const std::string whole = ReadFile(file_);
   const Config::StorageFailures before = configuration_.Failures();
   {
-    testsupport::FileSystemFaults faults;
+    TestSupport::FileSystemFaults faults;
     faults.read = [](int) { return EIO; };
     EXPECT_EQ(String(L"A\\B"), L"(none)");
     EXPECT_EQ(configuration_.Failures().writes, before.writes);
@@ -355,7 +355,7 @@ TEST_F(MacConfigurationTest, AFileThatCannotBeReadIsNotWrittenByAnySetter) {
 TEST_F(MacConfigurationTest, TheScopesCountTheirFailuresApart) {
   const std::uint64_t before = CMacConfiguration(false).Failures().writes;
   {
-    const testsupport::FullDisk full(10);
+    const TestSupport::FullDisk full(10);
     configuration_.SetString(L"A", L"new");
   }
   EXPECT_EQ(CMacConfiguration(false).Failures().writes, before);
@@ -363,7 +363,7 @@ TEST_F(MacConfigurationTest, TheScopesCountTheirFailuresApart) {
 
 TEST_F(MacConfigurationTest, ADamagedFileWithoutAFreeNameForItsCopyIsAFailureWithItsReason) {
   WriteFile(file_, "damaged");
-  for (const std::string& name : PropertyListFile(file_).DamagedNames()) {
+  for (const std::string& name : Files::PropertyListFile(file_).DamagedNames()) {
     WriteFile(file_.parent_path() / name, name);
   }
   EXPECT_TRUE(configuration_.SetString(L"A", L"new"));
@@ -374,7 +374,7 @@ TEST_F(MacConfigurationTest, ADamagedFileWithoutAFreeNameForItsCopyIsAFailureWit
 
 TEST_F(MacConfigurationTest, AMissingFolderFailsTheWriteWithARecord) {
   fs::remove_all(file_.parent_path());
-  const testsupport::TraceCapture trace;
+  const TestSupport::TraceCapture trace;
   EXPECT_TRUE(configuration_.SetString(L"A", L"text"));
   EXPECT_EQ(String(L"A"), L"(none)");
   EXPECT_THAT(trace.Text(), HasSubstr("failed to write preferences to: "));
@@ -384,7 +384,7 @@ TEST_F(MacConfigurationTest, AKeyThatTheFileCannotHoldReachesNoOther) {
   configuration_.SetString(L"SR\\trusted\\Addr", L"https://mine");
   for (const wchar_t* container : {L"SR\\trusted\x01", L"SR\\trus\xFFFFted", L"SR\\tr\xD800usted"}) {
     const std::wstring key = container + std::wstring(L"\\Addr");
-    const testsupport::TraceCapture trace;
+    const TestSupport::TraceCapture trace;
     EXPECT_EQ(String(key), L"(none)");
     EXPECT_TRUE(configuration_.SetString(key, L"https://evil"));
     EXPECT_TRUE(configuration_.DeleteContainer(container));
@@ -395,9 +395,9 @@ TEST_F(MacConfigurationTest, AKeyThatTheFileCannotHoldReachesNoOther) {
 }
 
 TEST_F(MacConfigurationTest, TheFileIsForItsOwnerOnly) {
-  const testsupport::Umask open(0);
+  const TestSupport::Umask open(0);
   configuration_.SetString(L"A", L"text");
-  EXPECT_EQ(testsupport::ModeOf(file_), 0600U);
+  EXPECT_EQ(TestSupport::ModeOf(file_), 0600U);
 }
 
 TEST_F(MacConfigurationTest, ConcurrentSettersLoseNothing) {
@@ -424,7 +424,7 @@ TEST_F(MacConfigurationTest, ConcurrentSettersLoseNothing) {
 }
 
 TEST_F(MacConfigurationTest, SettingABinaryIsLoggedAndFails) {
-  const testsupport::TraceCapture trace;
+  const TestSupport::TraceCapture trace;
   const std::uint8_t byte = 0;
   EXPECT_FALSE(configuration_.SetBinary(L"A", &byte, 1));
   EXPECT_THAT(trace.Text(),

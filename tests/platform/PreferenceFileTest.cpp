@@ -12,7 +12,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using testsupport::WriteFile;
+using TestSupport::WriteFile;
 
 // The place of the files is decided once for a process, so each of these starts a process of its own, whose
 // standard error carries what it found.
@@ -20,25 +20,25 @@ class PreferenceFileTest : public testing::Test {
  protected:
   PreferenceFileTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
-  static fs::path Folder() { return testsupport::PreferencesFolder::Path(); }
+  static fs::path Folder() { return TestSupport::PreferencesFolder::Path(); }
 };
 
 void PrintTraceOfFirstUse() {
-  const testsupport::TraceCapture trace;
-  const fs::path user = preferenceFile(true);
-  std::cerr << trace.Text() << "user=" << user.string() << "\nmachine=" << preferenceFile(false).string()
-            << "\n";
-  fs::remove_all(testsupport::PreferencesFolder::Path());
+  const TestSupport::TraceCapture trace;
+  const fs::path user = Agent::preferenceFile(true);
+  std::cerr << trace.Text() << "user=" << user.string()
+            << "\nmachine=" << Agent::preferenceFile(false).string() << "\n";
+  fs::remove_all(TestSupport::PreferencesFolder::Path());
   std::_Exit(0);
 }
 
 TEST_F(PreferenceFileTest, TheFirstUseCreatesTheUsersFolderForTheOwnerAndTheMachinesForAll) {
   const auto firstUse = [] {
-    const testsupport::Umask open(0);
-    static_cast<void>(preferenceFile(true));
-    std::cerr << std::oct << "user " << testsupport::ModeOf(Folder() / "user/Morvane") << " machine "
-              << testsupport::ModeOf(Folder() / "machine/Morvane") << " above "
-              << testsupport::ModeOf(Folder() / "machine");
+    const TestSupport::Umask open(0);
+    static_cast<void>(Agent::preferenceFile(true));
+    std::cerr << std::oct << "user " << TestSupport::ModeOf(Folder() / "user/Morvane") << " machine "
+              << TestSupport::ModeOf(Folder() / "machine/Morvane") << " above "
+              << TestSupport::ModeOf(Folder() / "machine");
     PrintTraceOfFirstUse();
   };
   EXPECT_EXIT(firstUse(), testing::ExitedWithCode(0), "user 700 machine 755 above 755");
@@ -48,7 +48,7 @@ TEST_F(PreferenceFileTest, TheFirstUseSweepsWhatAKilledProcessLeft) {
   const auto firstUse = [] {
     const fs::path left = Folder() / "user/Morvane/.ServiceRecords.plist.tmp-aB3xYz";
     WriteFile(left, "left");
-    static_cast<void>(preferenceFile(true));
+    static_cast<void>(Agent::preferenceFile(true));
     std::cerr << (fs::exists(left) ? "still there" : "swept");
     PrintTraceOfFirstUse();
   };

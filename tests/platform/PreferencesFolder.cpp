@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 class PreferencesEnvironment : public testing::Environment {
@@ -26,4 +26,4 @@ const std::filesystem::path& PreferencesFolder::Path() {
   return folder.Path();
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-namespace testsupport {
+namespace TestSupport {
 
 // The configuration files of this test process, whose place is decided once for a process: under a temporary
 // folder that the environment names before the first test runs.
@@ -13,4 +13,4 @@ class PreferencesFolder {
   static const std::filesystem::path& Path();
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

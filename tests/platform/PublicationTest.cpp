@@ -14,10 +14,10 @@ using ServiceRecords::SRStore;
 using ServiceRecords::StoreMap;
 using ServiceRecords::StoreSnapshot;
 using testing::ElementsAre;
-using testsupport::Beacon;
-using testsupport::Gateway;
-using testsupport::Map;
-using testsupport::Store;
+using TestSupport::Beacon;
+using TestSupport::Gateway;
+using TestSupport::Map;
+using TestSupport::Store;
 
 // What the location library gets from the one that publishes.
 class PublicationTest : public testing::Test {

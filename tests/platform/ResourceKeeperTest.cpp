@@ -14,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testsupport::WriteFile;
+using TestSupport::WriteFile;
 
 std::string Block(const std::string& name, const std::string& text) {
   return "MessageId=1\nSymbolicName=" + name + "\nLanguage        =English\n" + text + "\n.\n";
@@ -32,8 +32,8 @@ class ResourceKeeperTest : public testing::Test {
     WriteFile(folder_.Path() / (language + ".lproj") / "Messages.mc", content);
   }
 
-  testsupport::CapturedSystemLog systemLog_;
-  testsupport::TemporaryFolder folder_;
+  TestSupport::CapturedSystemLog systemLog_;
+  TestSupport::TemporaryFolder folder_;
   std::vector<std::string> languages_{"en"};
   ResourceKeeper keeper_{folder_.Path(), [this] { return languages_; }};
 };
@@ -154,7 +154,7 @@ TEST_F(ResourceKeeperTest, NoTextOfTheOldLanguageIsLeft) {
 }
 
 TEST_F(ResourceKeeperTest, FailuresAreNotKept) {
-  const std::string table = testsupport::ReadFile(folder_.Path() / "MessagesIdName.txt");
+  const std::string table = TestSupport::ReadFile(folder_.Path() / "MessagesIdName.txt");
   fs::remove(folder_.Path() / "MessagesIdName.txt");
   EXPECT_EQ(keeper_.messageFromResource(1600), "Failed to find resource name for id: 640");
   WriteTable(table);

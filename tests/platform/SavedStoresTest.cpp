@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Wide = std::vector<std::wstring>;
@@ -78,7 +78,7 @@ class SavedStoresTest : public testing::Test {
   }
 
   CapturedSystemLog systemLog_;
-  const fs::path file_ = preferenceFile(true);
+  const fs::path file_ = Agent::preferenceFile(true);
   SavedStores saved_{kConfiguration};
 };
 

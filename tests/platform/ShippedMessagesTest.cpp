@@ -45,9 +45,9 @@ TEST(MessageFromResourceTest, APointerStaysGoodWhileTheTextIsTheSame) {
 }
 
 TEST(MessageFromResourceTest, TheTextIsThatOfTheApplicationsCatalogue) {
-  const testsupport::EnvironmentVariable languages("LANGUAGE", std::nullopt);
-  const testsupport::EnvironmentVariable locale("LC_ALL", "en_GB.UTF-8");
-  testsupport::CapturedSystemLog systemLog;
+  const TestSupport::EnvironmentVariable languages("LANGUAGE", std::nullopt);
+  const TestSupport::EnvironmentVariable locale("LC_ALL", "en_GB.UTF-8");
+  TestSupport::CapturedSystemLog systemLog;
   EXPECT_EQ(util::MessageFromResourceW(util::kMessageStoreTitle),
             std::wstring(L"The store could not be set up"));
   EXPECT_THAT(systemLog.TakeLines(), testing::IsEmpty());

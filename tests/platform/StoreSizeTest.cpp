@@ -13,7 +13,7 @@
 namespace {
 
 using namespace ServiceRecords;
-using namespace testsupport;
+using namespace TestSupport;
 
 GVariant* AsVariant(const PropertyList::Dictionary& dictionary);
 
@@ -42,7 +42,7 @@ GVariant* AsVariant(const PropertyList::Dictionary& dictionary) {
 
 // The bytes of a call that carries these stores as the service's answer does, in another library's writing.
 std::size_t BytesOnTheBus(const PropertyList::Array& stores) {
-  const UniqueHandle<GDBusMessage, g_object_unref> message(
+  const Lifetime::UniqueHandle<GDBusMessage, g_object_unref> message(
       g_dbus_message_new_method_call(nullptr, "/", nullptr, "m"));
   GVariant* list = AsVariant(stores);
   g_dbus_message_set_body(message.get(), g_variant_new_tuple(&list, 1));
@@ -60,7 +60,7 @@ TEST(StoreSize, IsTheMostThatTheStoreTakesOnTheBus) {
       const std::wstring text(length, L'x');
       SRStore store = Store(text, text, std::list(gateways, Gateway(text, text, true)));
       store.SetStoreName(text);
-      const PropertyList::Array stores(kCount, StoreDictionary(store, BeaconKeys::Omitted));
+      const PropertyList::Array stores(kCount, Agent::StoreDictionary(store, Agent::BeaconKeys::Omitted));
       const std::size_t bytes = BytesOnTheBus(stores) - BytesOnTheBus({});
       ASSERT_GE(kCount * SizeInList(store), bytes) << length;
       leastSpare = std::min(leastSpare, kCount * SizeInList(store) - bytes);

@@ -3,8 +3,8 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testsupport::DiscoveryDocument;
-using testsupport::ServiceRecordDocument;
+using TestSupport::DiscoveryDocument;
+using TestSupport::ServiceRecordDocument;
 
 namespace {
 

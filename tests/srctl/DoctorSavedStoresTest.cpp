@@ -35,9 +35,9 @@ class DoctorOfSavedStores : public DoctorTest {
   }
 
   [[nodiscard]] bool IsSaved() {
-    return agent_.Bus().Call(ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
+    return agent_.Bus().Call(Bus::ServiceNames::kServiceRecords, Bus::ServiceNames::kServiceRecordsPath,
                              "org.freedesktop.DBus.Properties", "Get",
-                             {ServiceNames::kServiceRecordsInterface, "stateOfSavedStores"}) == "good";
+                             {Bus::ServiceNames::kServiceRecordsInterface, "stateOfSavedStores"}) == "good";
   }
 
   [[nodiscard]] bool SavesWithoutHelp(const std::string& id) {
@@ -114,11 +114,11 @@ TEST_F(DoctorOfSavedStores, AFileThatCannotBeReadIsToldAndReadWhenItCan) {
 }
 
 TEST_F(DoctorOfSavedStores, NoCommandTakesAFileThatCannotBeReadForAListWithoutStores) {
-  const testsupport::StoreText store = WorkingStore("s1", "One");
+  const TestSupport::StoreText store = WorkingStore("s1", "One");
   GiveStores({store});
   StartWithoutTheFile();
-  const std::string file = agent_.Write("a.cr", testsupport::ServiceRecordDocument({store})).string();
-  const std::string document = agent_.Write("d.xml", testsupport::DiscoveryDocument({store})).string();
+  const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
+  const std::string document = agent_.Write("d.xml", TestSupport::DiscoveryDocument({store})).string();
   for (const std::vector<std::string>& command :
        std::vector<std::vector<std::string>>{{"list"},
                                              {"list", "--json"},

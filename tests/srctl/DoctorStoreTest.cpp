@@ -8,10 +8,10 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-using testsupport::ServerBlock;
-using testsupport::StoreText;
-using testsupport::TestAuthority;
-using testsupport::WebServer;
+using TestSupport::ServerBlock;
+using TestSupport::StoreText;
+using TestSupport::TestAuthority;
+using TestSupport::WebServer;
 
 namespace {
 
@@ -106,7 +106,7 @@ TEST_F(DoctorOfStores, ExplainsAServerThatSpeaksNoTls) {
 
 TEST_F(DoctorOfStores, ExplainsAServerThatDemandsAClientCertificate) {
   const TestAuthority& authority = TestAuthority::Shared();
-  testsupport::ChildProcess other({"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert",
+  TestSupport::ChildProcess other({"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert",
                                    authority.File("good.pem"), "-key", authority.File("good.key"), "-CAfile",
                                    authority.Root(), "-Verify", "1", "-verify_return_error", "-www"},
                                   {}, {.captureErrors = true});
@@ -156,7 +156,7 @@ TEST_F(DoctorOfStores, ExplainsAnAddressThatLeadsElsewhereThanItShows) {
 TEST_F(DoctorOfStores, NotesAServerWithoutTls) {
   const WebServer other(ServerBlock("", ""));
   const StoreText store = StoreAt(other.Address("http"));
-  WriteDocument(other, "s1", testsupport::DiscoveryDocument({store}));
+  WriteDocument(other, "s1", TestSupport::DiscoveryDocument({store}));
   GiveStores({store});
   const SrctlRun run = Srctl({"doctor"});
   EXPECT_EQ(run.status, 0) << run.output;

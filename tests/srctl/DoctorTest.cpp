@@ -8,13 +8,13 @@
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using testsupport::StoreText;
+using TestSupport::StoreText;
 
 DoctorTest::DoctorTest() {
   agent_.Start();
 }
 
-void DoctorTest::WriteDocument(const testsupport::WebServer& server, const std::string& id,
+void DoctorTest::WriteDocument(const TestSupport::WebServer& server, const std::string& id,
                                const std::string& content) {
   std::filesystem::create_directories(server.Document(id));
   std::ofstream(server.Document(id + "/discovery")) << content;
@@ -22,7 +22,7 @@ void DoctorTest::WriteDocument(const testsupport::WebServer& server, const std::
 
 StoreText DoctorTest::WorkingStore(const std::string& id, const std::string& name) const {
   const StoreText store = Store(id, name);
-  WriteDocument(server_, id, testsupport::DiscoveryDocument({store}));
+  WriteDocument(server_, id, TestSupport::DiscoveryDocument({store}));
   return store;
 }
 
@@ -33,7 +33,7 @@ StoreText DoctorTest::StoreAt(const std::string& address) const {
 }
 
 std::string DoctorTest::NobodysAddress() {
-  return "https://localhost:" + std::to_string(testsupport::LoopbackListener().port);
+  return "https://localhost:" + std::to_string(TestSupport::LoopbackListener().port);
 }
 
 std::string DoctorTest::Line(const SrctlRun& run, const std::string& check) {

@@ -10,12 +10,12 @@ class DoctorTest : public SrctlTest {
   DoctorTest();
 
   // A store at the trusted server, which serves its discovery document.
-  [[nodiscard]] testsupport::StoreText WorkingStore(const std::string& id, const std::string& name) const;
+  [[nodiscard]] TestSupport::StoreText WorkingStore(const std::string& id, const std::string& name) const;
   // The same at another server, whose address is scheme://host:port.
-  [[nodiscard]] testsupport::StoreText StoreAt(const std::string& address) const;
+  [[nodiscard]] TestSupport::StoreText StoreAt(const std::string& address) const;
   // https://localhost with a port on which nobody listens.
   [[nodiscard]] static std::string NobodysAddress();
-  static void WriteDocument(const testsupport::WebServer& server, const std::string& id,
+  static void WriteDocument(const TestSupport::WebServer& server, const std::string& id,
                             const std::string& content);
 
   // The line about a check; the check of the store s1 named One when it is one of a store. Empty when there

@@ -6,7 +6,7 @@
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testsupport::StoreText;
+using TestSupport::StoreText;
 
 namespace {
 

@@ -5,7 +5,7 @@ using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testsupport::ChildProcess;
+using TestSupport::ChildProcess;
 
 namespace {
 

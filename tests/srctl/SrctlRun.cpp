@@ -20,7 +20,7 @@ std::string ReadFile(const std::filesystem::path& file) {
 
 SrctlRun RunSrctl(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
                   const SrctlSetting& setting) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   std::ofstream(folder.Path() / "input", std::ios::binary) << setting.input;
   std::vector<std::string> command{"env"};
   if (!setting.folder.empty()) command.insert(command.end(), {"-C", setting.folder});
@@ -33,7 +33,7 @@ SrctlRun RunSrctl(const std::vector<std::string>& arguments, const std::vector<s
   command.push_back("SR_TEST_RUN=" + folder.Path().string());
   command.insert(command.end(), {"sh", "-c", kRedirected, SR_STAGE_DIR "/bin/srctl"});
   command.insert(command.end(), arguments.begin(), arguments.end());
-  testsupport::ChildProcess child(command);
+  TestSupport::ChildProcess child(command);
   const int status = child.Wait();
   return {status, child.Output(), ReadFile(folder.Path() / "errors")};
 }

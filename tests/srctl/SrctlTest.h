@@ -18,13 +18,13 @@ class SrctlTest : public AgentTest {
   }
 
   // The same, without waiting for its end; standard error goes to the output.
-  [[nodiscard]] testsupport::ChildProcess StartSrctl(const std::vector<std::string>& arguments) const {
+  [[nodiscard]] TestSupport::ChildProcess StartSrctl(const std::vector<std::string>& arguments) const {
     std::vector<std::string> command{SR_STAGE_DIR "/bin/srctl"};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return testsupport::ChildProcess(command, agent_.Environment(), {.captureErrors = true});
+    return TestSupport::ChildProcess(command, agent_.Environment(), {.captureErrors = true});
   }
 
-  void GiveStores(const std::vector<testsupport::StoreText>& stores) {
-    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {testsupport::DiscoveryDocument(stores)});
+  void GiveStores(const std::vector<TestSupport::StoreText>& stores) {
+    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {TestSupport::DiscoveryDocument(stores)});
   }
 };

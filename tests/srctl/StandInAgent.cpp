@@ -17,20 +17,20 @@ Value Got(Bus::Result<Value> result) {
 }  // namespace
 
 StandInAgent::StandInAgent(const std::string& address) : bus_(Got(Bus::Connection::To(address))) {
-  Bus::Interface interface(ServiceNames::kBeaconsInterface);
+  Bus::Interface interface(Bus::ServiceNames::kBeaconsInterface);
   interface.Method("networkReachabilityFlags", {}, {}, [this] { return flags; });
   interface.Method("checkLocationForStore", {}, {}, [this](const std::string& storeURL) {
     questions_.push_back(storeURL);
     return location;
   });
-  object_ = Got(bus_.Serve(ServiceNames::kBeaconsPath, std::move(interface)));
-  for (const char* name : {ServiceNames::kBeacons, ServiceNames::kServiceRecords})
+  object_ = Got(bus_.Serve(Bus::ServiceNames::kBeaconsPath, std::move(interface)));
+  for (const char* name : {Bus::ServiceNames::kBeacons, Bus::ServiceNames::kServiceRecords})
     Got(bus_.RequestName(name));
 }
 
 void StandInAgent::AnnounceLocation(const std::string& storeURL) {
-  Got(bus_.Emit(ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface, "Posted",
-                std::string(ServiceNames::kLocationChangedNotification), storeURL));
+  Got(bus_.Emit(Bus::ServiceNames::kNotificationsPath, Bus::ServiceNames::kNotificationsInterface, "Posted",
+                std::string(Bus::ServiceNames::kLocationChangedNotification), storeURL));
 }
 
 bool StandInAgent::ServeUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {

@@ -18,12 +18,12 @@ class SrctlWithoutAgent : public testing::Test {
  protected:
   // Each command that needs the agent.
   [[nodiscard]] Commands CommandsForTheAgent() {
-    testsupport::StoreText store;
+    TestSupport::StoreText store;
     store.id = "s1";
     store.name = "One";
     store.url = "https://one.example";
-    const std::string file = agent_.Write("a.cr", testsupport::ServiceRecordDocument({store})).string();
-    const std::string document = agent_.Write("d.xml", testsupport::DiscoveryDocument({store})).string();
+    const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
+    const std::string document = agent_.Write("d.xml", TestSupport::DiscoveryDocument({store})).string();
     return {{"list"},
             {"list", "--json"},
             {"show", "s1"},
@@ -63,7 +63,7 @@ class SrctlWithoutAgent : public testing::Test {
     return environment;
   }
 
-  testsupport::TestAgent agent_;
+  TestSupport::TestAgent agent_;
 };
 
 TEST_F(SrctlWithoutAgent, EveryCommandSaysThatThereIsNoBus) {

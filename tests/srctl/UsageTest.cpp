@@ -115,7 +115,7 @@ TEST(SrctlUsage, EscapeSequencesAreNotEchoed) {
 }
 
 TEST(SrctlUsage, OutputThatNobodyTakesIsAFailure) {
-  testsupport::ChildProcess child({"sh", "-c", "exec \"$0\" --version >/dev/full", SR_STAGE_DIR "/bin/srctl"},
+  TestSupport::ChildProcess child({"sh", "-c", "exec \"$0\" --version >/dev/full", SR_STAGE_DIR "/bin/srctl"},
                                   {}, {.captureErrors = true});
   EXPECT_EQ(child.Wait(), 1);
   EXPECT_THAT(child.Output(), StartsWith("srctl: The output could not be written. "));

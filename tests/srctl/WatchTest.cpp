@@ -8,7 +8,7 @@ using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using testsupport::ChildProcess;
+using TestSupport::ChildProcess;
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
-using testsupport::StoreText;
-using testsupport::TestAuthority;
+using TestSupport::StoreText;
+using TestSupport::TestAuthority;
 
 AgentTest::AgentTest()
     : server_(TestAuthority::Shared().TlsServerBlock("good")),
@@ -31,8 +31,8 @@ void AgentTest::Serve(const StoreText& store, const std::string& content) const 
 }
 
 std::string AgentTest::OpenableFile(const std::string& name, const std::vector<StoreText>& stores) {
-  for (const StoreText& store : stores) Serve(store, testsupport::DiscoveryDocument({store}));
-  return agent_.Write(name, testsupport::ServiceRecordDocument(stores)).string();
+  for (const StoreText& store : stores) Serve(store, TestSupport::DiscoveryDocument({store}));
+  return agent_.Write(name, TestSupport::ServiceRecordDocument(stores)).string();
 }
 
 void AgentTest::Open(const std::string& file) {
@@ -67,7 +67,7 @@ void AgentTest::AskToReplace() {
   ASSERT_EQ(agent_.Dialogs().back().first, "replaceStore");
 }
 
-void AgentTest::AwaitArrival(testsupport::BusClient& sender) {
+void AgentTest::AwaitArrival(TestSupport::BusClient& sender) {
   sender.Call("com.morvane.ServiceRecords", "/com/morvane/ServiceRecords", "org.freedesktop.DBus.Peer",
               "Ping");
 }
@@ -83,7 +83,7 @@ std::vector<std::string> AgentTest::StoreIDs() {
   return ids;
 }
 
-std::string AgentTest::StateOfSavedStores(testsupport::BusClient& reader) {
+std::string AgentTest::StateOfSavedStores(TestSupport::BusClient& reader) {
   return reader.Call("com.morvane.ServiceRecords", "/com/morvane/ServiceRecords",
                      "org.freedesktop.DBus.Properties", "Get",
                      {"com.morvane.MrvServiceRecordsService", "stateOfSavedStores"});

@@ -19,13 +19,13 @@ class AgentTest : public testing::Test {
   AgentTest();
 
   // A store whose server is the trusted one, with two gateways of which the second is the default.
-  [[nodiscard]] testsupport::StoreText Store(const std::string& id, const std::string& name) const;
+  [[nodiscard]] TestSupport::StoreText Store(const std::string& id, const std::string& name) const;
   // A file with these stores, whose discovery documents say the same from then on.
   [[nodiscard]] std::string OpenableFile(const std::string& name,
-                                         const std::vector<testsupport::StoreText>& stores);
+                                         const std::vector<TestSupport::StoreText>& stores);
 
   // What the server answers at the store's URL.
-  void Serve(const testsupport::StoreText& store, const std::string& content) const;
+  void Serve(const TestSupport::StoreText& store, const std::string& content) const;
 
   // Hands the file to the agent and waits until it has been handled.
   void Open(const std::string& file);
@@ -38,11 +38,11 @@ class AgentTest : public testing::Test {
   // Leaves the question open whether "New" replaces "Old", the store "s1". Whoever changes the list waits.
   void AskToReplace();
   // Returns when the agent has taken up everything that this program has sent to its main service.
-  static void AwaitArrival(testsupport::BusClient& sender);
+  static void AwaitArrival(TestSupport::BusClient& sender);
   [[nodiscard]] std::size_t CountNotifications();
   [[nodiscard]] std::vector<std::string> StoreIDs();
-  [[nodiscard]] static std::string StateOfSavedStores(testsupport::BusClient& reader);
+  [[nodiscard]] static std::string StateOfSavedStores(TestSupport::BusClient& reader);
 
-  testsupport::WebServer server_;
-  testsupport::TestAgent agent_;
+  TestSupport::WebServer server_;
+  TestSupport::TestAgent agent_;
 };

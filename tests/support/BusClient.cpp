@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 using nlohmann::json;
@@ -97,24 +97,24 @@ BusClient::BusClient(const std::string& address) : bus_(ConnectToBus(address)) {
            "match");
 }
 
-BusMessagePtr BusClient::NewCall(const std::string& name, const std::string& path,
-                                 const std::string& interface, const std::string& method,
-                                 const std::vector<std::string>& arguments) {
+Bus::BusMessagePtr BusClient::NewCall(const std::string& name, const std::string& path,
+                                      const std::string& interface, const std::string& method,
+                                      const std::vector<std::string>& arguments) {
   sd_bus_message* message = nullptr;
   CheckBus(sd_bus_message_new_method_call(bus_.get(), &message, name.c_str(), path.c_str(), interface.c_str(),
                                           method.c_str()),
            method);
-  BusMessagePtr call(message);
+  Bus::BusMessagePtr call(message);
   for (const std::string& argument : arguments) {
     CheckBus(sd_bus_message_append_basic(message, SD_BUS_TYPE_STRING, argument.c_str()), method);
   }
   return call;
 }
 
-BusMessagePtr BusClient::Send(const BusMessagePtr& call) {
+Bus::BusMessagePtr BusClient::Send(const Bus::BusMessagePtr& call) {
   sd_bus_error error{};
   sd_bus_message* reply = nullptr;
-  if (sd_bus_call(bus_.get(), call.get(), 60'000'000, &error, &reply) >= 0) return BusMessagePtr(reply);
+  if (sd_bus_call(bus_.get(), call.get(), 60'000'000, &error, &reply) >= 0) return Bus::BusMessagePtr(reply);
   const BusError failure(error.name == nullptr ? "" : error.name,
                          error.message == nullptr ? "" : error.message);
   sd_bus_error_free(&error);
@@ -123,7 +123,7 @@ BusMessagePtr BusClient::Send(const BusMessagePtr& call) {
 
 json BusClient::Call(const std::string& name, const std::string& path, const std::string& interface,
                      const std::string& method, const std::vector<std::string>& arguments) {
-  const BusMessagePtr reply = Send(NewCall(name, path, interface, method, arguments));
+  const Bus::BusMessagePtr reply = Send(NewCall(name, path, interface, method, arguments));
   return ReadResult(reply.get());
 }
 
@@ -139,8 +139,8 @@ json BusClient::Beacons(const std::string& method, const std::vector<std::string
 
 std::uint64_t BusClient::StartServiceRecords(const std::string& method,
                                              const std::vector<std::string>& arguments) {
-  const BusMessagePtr message = NewCall(kServiceRecordsName, kServiceRecordsPath,
-                                        "com.morvane.MrvServiceRecordsService", method, arguments);
+  const Bus::BusMessagePtr message = NewCall(kServiceRecordsName, kServiceRecordsPath,
+                                             "com.morvane.MrvServiceRecordsService", method, arguments);
   const std::uint64_t number = nextCall_++;
   StartedCall& call = started_.emplace(number, StartedCall{this, number, {}, {}}).first->second;
   CheckBus(sd_bus_call_async(bus_.get(), nullptr, message.get(), RecordReply, &call, UINT64_MAX), method);
@@ -175,7 +175,7 @@ std::vector<std::uint64_t> BusClient::AnsweredCalls() {
 }
 
 void BusClient::OpenFiles(const std::vector<std::string>& uris) {
-  const BusMessagePtr call =
+  const Bus::BusMessagePtr call =
       NewCall(kServiceRecordsName, kServiceRecordsPath, "org.freedesktop.Application", "Open", {});
   CheckBus(sd_bus_message_open_container(call.get(), SD_BUS_TYPE_ARRAY, "s"), "Open");
   for (const std::string& uri : uris) CheckBus(sd_bus_message_append(call.get(), "s", uri.c_str()), "Open");
@@ -240,4 +240,4 @@ bool BusClient::WaitUntilOwned(const std::string& name, bool owned) {
   return WaitUntil([&] { return HasOwner(name) == owned; });
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 struct BusError : std::runtime_error {
   BusError(std::string errorName, const std::string& text)
@@ -69,16 +69,16 @@ class BusClient {
   };
 
   static int RecordReply(sd_bus_message* message, void* call, sd_bus_error* error);
-  BusMessagePtr NewCall(const std::string& name, const std::string& path, const std::string& interface,
-                        const std::string& method, const std::vector<std::string>& arguments);
-  BusMessagePtr Send(const BusMessagePtr& call);
+  Bus::BusMessagePtr NewCall(const std::string& name, const std::string& path, const std::string& interface,
+                             const std::string& method, const std::vector<std::string>& arguments);
+  Bus::BusMessagePtr Send(const Bus::BusMessagePtr& call);
   void ProcessPending();
 
-  BusPtr bus_;
+  Bus::BusPtr bus_;
   std::vector<std::string> notifications_;
   std::map<std::uint64_t, StartedCall> started_;
   std::vector<std::uint64_t> answered_;
   std::uint64_t nextCall_ = 1;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

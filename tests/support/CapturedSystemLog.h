@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Takes the place of the system log as long as it lives. Any thread.
-class CapturedSystemLog : private SystemLog::Log {
+class CapturedSystemLog : private trace::SystemLog::Log {
  public:
-  CapturedSystemLog() : before_(SystemLog::LeadTo(this)) {}
-  ~CapturedSystemLog() override { SystemLog::LeadTo(before_); }
+  CapturedSystemLog() : before_(trace::SystemLog::LeadTo(this)) {}
+  ~CapturedSystemLog() override { trace::SystemLog::LeadTo(before_); }
   CapturedSystemLog(const CapturedSystemLog&) = delete;
   CapturedSystemLog& operator=(const CapturedSystemLog&) = delete;
 
@@ -31,7 +31,7 @@ class CapturedSystemLog : private SystemLog::Log {
 
   std::mutex mutex_;
   std::vector<std::string> lines_;
-  SystemLog::Log* const before_;
+  trace::SystemLog::Log* const before_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

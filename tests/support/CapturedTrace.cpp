@@ -6,7 +6,7 @@
 #include <mutex>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 
 void PrintTo(const TraceRecord& record, std::ostream* stream) {
   *stream << "{" << record.level << ", " << record.file << ", \"" << record.text.substr(0, 500) << "\"}";
@@ -90,4 +90,4 @@ void CapturedTrace::End() {
   open_.pop_back();
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // One finished record of the trace log: its level, the name of the source file that it bears and its text
 // (UTF-8, without the line's prefix).
@@ -63,4 +63,4 @@ class CapturedTrace : private std::wstreambuf {
   bool verboseBefore_ = false;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

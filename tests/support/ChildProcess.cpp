@@ -16,7 +16,7 @@
 #include <system_error>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -59,17 +59,17 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 }
 
 // A file rather than a pipe, so that a child whose output nobody reads is never held up.
-FileDescriptor MakeOutput() {
+Files::FileDescriptor MakeOutput() {
   std::string name = "/tmp/servicerecords-test-output-XXXXXX";
-  FileDescriptor file(Checked(::mkostemp(name.data(), O_CLOEXEC | O_APPEND), "mkostemp"));
+  Files::FileDescriptor file(Checked(::mkostemp(name.data(), O_CLOEXEC | O_APPEND), "mkostemp"));
   ::unlink(name.c_str());
   return file;
 }
 
 // Readable when the file has changed. All programs of a user share few of these: nobody keeps one, and where
 // there is none to be had the result is empty.
-FileDescriptor WatchChanges(const FileDescriptor& file) {
-  FileDescriptor changes(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+Files::FileDescriptor WatchChanges(const Files::FileDescriptor& file) {
+  Files::FileDescriptor changes(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
   const std::string name = "/proc/self/fd/" + std::to_string(file.Get());
   if (changes) Checked(::inotify_add_watch(changes.Get(), name.c_str(), IN_MODIFY), "inotify_add_watch");
   return changes;
@@ -111,7 +111,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
     Become(const_cast<char**>(argumentPointers.data()), const_cast<char**>(environmentPointers.data()),
            output_.Get(), options);
   }
-  process_ = FileDescriptor(Checked(OpenProcess(pid_), "pidfd_open"));
+  process_ = Files::FileDescriptor(Checked(OpenProcess(pid_), "pidfd_open"));
 }
 
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept
@@ -165,7 +165,7 @@ std::string ChildProcess::Output() const {
 
 std::string ChildProcess::WaitForOutput(const std::string& text) {
   const Clock::time_point deadline = Clock::now() + kOutputLimit;
-  const FileDescriptor changes = WatchChanges(output_);
+  const Files::FileDescriptor changes = WatchChanges(output_);
   for (;;) {
     SkipChanges(changes.Get());
     // What a child that has ended had to say was said before.
@@ -178,4 +178,4 @@ std::string ChildProcess::WaitForOutput(const std::string& text) {
   }
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 struct ChildOptions {
   bool captureErrors = false;      // takes standard error together with standard output
@@ -52,8 +52,8 @@ class ChildProcess {
 
   pid_t pid_ = -1;
   std::optional<int> status_;
-  FileDescriptor process_;
-  FileDescriptor output_;
+  Files::FileDescriptor process_;
+  Files::FileDescriptor output_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

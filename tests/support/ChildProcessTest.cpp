@@ -8,7 +8,7 @@
 
 namespace {
 
-using testsupport::ChildProcess;
+using TestSupport::ChildProcess;
 
 TEST(ChildProcess, GivesTheExitStatusAndTheOutput) {
   ChildProcess child({"sh", "-c", "echo out; echo err >&2; exit 3"}, {}, {.captureErrors = true});

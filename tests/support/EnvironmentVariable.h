@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Sets an environment variable, or takes it away, until this object goes. Only while no other thread runs.
 class EnvironmentVariable {
@@ -31,4 +31,4 @@ class EnvironmentVariable {
   std::optional<std::string> before_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A file system that answers otherwise than the one of the test's folder, until this object goes. The calls
 // of the C library are this test program's own, which ask the functions here first. Only while no other
@@ -30,4 +30,4 @@ class FileSystemFaults {
   std::function<void(struct stat& status)> fstat;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

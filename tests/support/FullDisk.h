@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Lets every write beyond the first bytes of a file fail until this object goes, as on a full disk.
 class FullDisk {
@@ -26,4 +26,4 @@ class FullDisk {
   void (*signalBefore_)(int);
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -1,6 +1,6 @@
 #include "support/GeneratedAddresses.h"
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 constexpr const char* kSchemes[] = {
@@ -78,4 +78,4 @@ void GeneratedAddresses::Damage(std::string& text) {
   text.insert(at, OneOf(kMarks));
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -3,7 +3,7 @@
 #include <random>
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Texts that could pass for addresses of two servers at once; the same ones in every run. One thread.
 class GeneratedAddresses {
@@ -23,4 +23,4 @@ class GeneratedAddresses {
   std::mt19937 random_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

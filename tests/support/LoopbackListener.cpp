@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
-namespace testsupport {
+namespace TestSupport {
 
 LoopbackListener::LoopbackListener() : socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
@@ -22,4 +22,4 @@ LoopbackListener::LoopbackListener() : socket(::socket(AF_INET, SOCK_STREAM | SO
   port = ntohs(address.sin_port);
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

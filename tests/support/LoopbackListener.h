@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A TCP socket that listens on a free port of 127.0.0.1. Connections queue from the moment on which it
 // exists.
@@ -12,8 +12,8 @@ struct LoopbackListener {
   // Throws std::system_error.
   LoopbackListener();
 
-  FileDescriptor socket;
+  Files::FileDescriptor socket;
   std::uint16_t port = 0;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

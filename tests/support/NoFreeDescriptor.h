@@ -2,7 +2,7 @@
 
 #include <sys/resource.h>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Lets every call that opens a file fail until this object goes, as in a process with too many open files.
 class NoFreeDescriptor {
@@ -20,4 +20,4 @@ class NoFreeDescriptor {
   rlimit before_{};
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Whom the modes of files bind: a test that root runs goes on as another user, who owns the folder, until
 // this object goes.
@@ -27,4 +27,4 @@ class OrdinaryUser {
   bool isRoot_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-namespace testsupport {
+namespace TestSupport {
 
 PrivateBus::PrivateBus()
     : daemon_({"dbus-daemon", "--session", "--nofork", "--nosyslog", "--address=" + Address(),
@@ -15,4 +15,4 @@ void PrivateBus::Terminate() {
   daemon_.Wait();
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A session bus of the test's own.
 class PrivateBus {
@@ -21,4 +21,4 @@ class PrivateBus {
   ChildProcess daemon_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

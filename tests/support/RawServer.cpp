@@ -6,7 +6,7 @@
 #include <array>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 std::string ReadRequest(int connection) {
@@ -50,13 +50,13 @@ std::vector<std::string> RawServer::Requests() const {
 
 void RawServer::Serve() {
   for (std::size_t number = 0;; ++number) {
-    FileDescriptor connection(::accept4(listener_.socket.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    Files::FileDescriptor connection(::accept4(listener_.socket.Get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (connection.Get() < 0) return;
     Answer(std::move(connection), number);
   }
 }
 
-void RawServer::Answer(FileDescriptor connection, std::size_t number) {
+void RawServer::Answer(Files::FileDescriptor connection, std::size_t number) {
   std::string request = ReadRequest(connection.Get());
   {
     const std::lock_guard lock(mutex_);
@@ -75,4 +75,4 @@ void RawServer::Answer(FileDescriptor connection, std::size_t number) {
   }
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 inline constexpr const char* kEmptyAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
 
@@ -32,15 +32,15 @@ class RawServer {
 
  private:
   void Serve();
-  void Answer(FileDescriptor connection, std::size_t number);
+  void Answer(Files::FileDescriptor connection, std::size_t number);
 
   LoopbackListener listener_;
   std::vector<std::string> responses_;
   std::function<void()> onRequest_;
   mutable std::mutex mutex_;
   std::vector<std::string> requests_;
-  std::vector<FileDescriptor> unanswered_;
+  std::vector<Files::FileDescriptor> unanswered_;
   std::thread thread_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

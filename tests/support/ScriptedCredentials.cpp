@@ -6,7 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 
 const char* const ScriptedCredentials::kScript = R"(#!/bin/sh
 here=${0%/*}
@@ -77,4 +77,4 @@ std::vector<std::string> ScriptedCredentials::Actions() const {
   return actions;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

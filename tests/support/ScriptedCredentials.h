@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // What the scripted credential program in a folder replies, and what it was asked.
 class ScriptedCredentials {
@@ -33,4 +33,4 @@ class ScriptedCredentials {
   int replies_ = 0;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -1,6 +1,6 @@
 #include "support/ServiceRecordDocument.h"
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 constexpr char kDeclaration[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
@@ -54,4 +54,4 @@ std::string DiscoveryDocument(const std::vector<StoreText>& stores) {
          Services(stores, " xmlns=\"urn:morvane:servicerecord\"") + "</Discovery>\n";
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 struct GatewayText {
   std::string name;
@@ -25,4 +25,4 @@ struct StoreText {
 // A valid discovery document with these stores.
 [[nodiscard]] std::string DiscoveryDocument(const std::vector<StoreText>& stores);
 
-}  // namespace testsupport
+}  // namespace TestSupport

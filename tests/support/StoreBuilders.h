@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 inline ServiceRecords::SRGateway Gateway(const std::wstring& name, const std::wstring& location = L"",
                                          bool isDefault = false) {
@@ -67,4 +67,4 @@ inline std::vector<std::wstring> Marked(const std::list<ServiceRecords::SRGatewa
   return names;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

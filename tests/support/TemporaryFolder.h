@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A new empty folder that is removed, with all it holds, when this object goes.
 class TemporaryFolder {
@@ -29,4 +29,4 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -12,7 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 namespace fs = std::filesystem;
@@ -225,4 +225,4 @@ std::vector<std::string> TestAgent::LogMessages() const {
   return messages;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

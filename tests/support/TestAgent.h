@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // One user's machine in a folder: a private session bus, an installed copy of the staged tree whose dialogs
 // are scripted, a home. The agent is started directly, or by the bus when something calls it. Everything ends
@@ -87,4 +87,4 @@ class TestAgent {
   std::unique_ptr<BusClient> client_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -2,7 +2,7 @@
 
 #include "support/WebServer.h"
 
-namespace testsupport {
+namespace TestSupport {
 
 const TestAuthority& TestAuthority::Shared() {
   static const TestAuthority authority;
@@ -20,4 +20,4 @@ std::string TestAuthority::TlsServerBlock(const std::string& certificate,
                                 directives);
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

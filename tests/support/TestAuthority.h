@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A throw-away certificate authority and the server certificates that scripts/make-test-authority makes:
 // good, gateway, chained, plain, international, expired, wrong-host, unknown-issuer, revoked. The build makes
@@ -24,4 +24,4 @@ class TestAuthority {
   TestAuthority() = default;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

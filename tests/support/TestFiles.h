@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 inline void WriteFile(const std::filesystem::path& file, const std::string& content) {
   std::filesystem::create_directories(file.parent_path());
@@ -47,4 +47,4 @@ class Umask {
   mode_t before_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Leads the trace log, all levels, into a text for as long as it lives.
 class TraceCapture {
@@ -39,4 +39,4 @@ class TraceCapture {
   bool verboseBefore_ = false;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

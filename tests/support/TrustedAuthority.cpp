@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-namespace testsupport {
+namespace TestSupport {
 
 const TestAuthority& TrustedAuthority() {
   const TestAuthority& authority = TestAuthority::Shared();
@@ -10,4 +10,4 @@ const TestAuthority& TrustedAuthority() {
   return authority;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

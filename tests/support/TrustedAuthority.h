@@ -2,9 +2,9 @@
 
 #include "support/TestAuthority.h"
 
-namespace testsupport {
+namespace TestSupport {
 
 // The tests' authority. From the first use on, every transfer of the case trusts it, and nobody else.
 const TestAuthority& TrustedAuthority();
 
-}  // namespace testsupport
+}  // namespace TestSupport

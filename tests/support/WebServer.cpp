@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 // Documents lie in a folder of the test's user, whom the worker would otherwise not stay.
@@ -68,4 +68,4 @@ std::string WebServer::Address(const std::string& scheme) const {
   return scheme + "://localhost:" + std::to_string(port_);
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A server block for WebServer: listens with these listen parameters ("ssl" or none), serves the documents
 // folder, and whatever `directives` add.
@@ -39,4 +39,4 @@ class WebServer {
   std::optional<ChildProcess> process_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -8,11 +8,11 @@
 
 namespace {
 
-using TerminalText::AddressLines;
-using TerminalText::Folded;
-using TerminalText::Indented;
-using TerminalText::OneLine;
-using TerminalText::SingleBlanks;
+using Terminal::AddressLines;
+using Terminal::Folded;
+using Terminal::Indented;
+using Terminal::OneLine;
+using Terminal::SingleBlanks;
 using ::testing::ElementsAre;
 
 const std::string kReplaced = "\xEF\xBF\xBD";
@@ -83,7 +83,7 @@ TEST(TerminalTextTest, LeavesOutBytesThatAreNotUtf8) {
 
 TEST(TerminalTextTest, MeasuresColumns) {
   ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
-  EXPECT_EQ(TerminalText::Width("a\xC3\xBC\xE6\x9D\xB1"), 4U);
+  EXPECT_EQ(Terminal::Width("a\xC3\xBC\xE6\x9D\xB1"), 4U);
 }
 
 TEST(TerminalTextTest, CutsWhatIsLongerThanTheLimit) {

@@ -35,8 +35,8 @@ class SystemLogTest : public testing::Test {
  protected:
   // Whether what is logged goes to standard error too, in an agent with this value of JOURNAL_STREAM.
   static bool GoesToStandardErrorToo(const std::optional<std::string>& journal) {
-    const testsupport::EnvironmentVariable variable("JOURNAL_STREAM", journal);
-    SystemLog::Error("a line");
+    const TestSupport::EnvironmentVariable variable("JOURNAL_STREAM", journal);
+    trace::SystemLog::Error("a line");
     return (g_openlogOptions & LOG_PERROR) != 0;
   }
   static std::string StandardError() {
@@ -66,7 +66,7 @@ TEST_F(SystemLogTest, AJournalGetsALineWhereThereIsNoOtherLog) {
 }
 
 TEST_F(SystemLogTest, ALineHoldsNoLineBreakOfOthers) {
-  SystemLog::Error("one\ntwo");
+  trace::SystemLog::Error("one\ntwo");
   EXPECT_THAT(CapturedSyslog::TakeLines(), ElementsAre("one two"));
 }
 

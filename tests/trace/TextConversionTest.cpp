@@ -98,7 +98,7 @@ TEST(ReadUTF8File, AMissingFileLeavesTheOutputAsItWas) {
 }
 
 TEST(ReadUTF8File, AnEmptyFileGivesEmptyText) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   WriteFile(folder.Path() / "empty", "");
   std::wstring text = L"old";
   EXPECT_TRUE(util::ReadUTF8File((folder.Path() / "empty").wstring(), text));
@@ -106,7 +106,7 @@ TEST(ReadUTF8File, AnEmptyFileGivesEmptyText) {
 }
 
 TEST(ReadUTF8File, AByteOrderMarkStays) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   WriteFile(folder.Path() / "bom", "\xEF\xBB\xBFx");
   std::wstring text;
   EXPECT_TRUE(util::ReadUTF8File((folder.Path() / "bom").wstring(), text));
@@ -114,14 +114,14 @@ TEST(ReadUTF8File, AByteOrderMarkStays) {
 }
 
 TEST(ReadUTF8File, ThePathMayHoldAnyCharacter) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   WriteFile(folder.Path() / "Stör \"e.cr", "x");
   std::wstring text;
   EXPECT_TRUE(util::ReadUTF8File(util::widen(folder.Path().string()) + L"/Stör \"e.cr", text));
 }
 
 TEST(ReadUTF8File, APipeOrAFolderIsNoFile) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   ASSERT_EQ(::mkfifo((folder.Path() / "pipe").c_str(), 0600), 0);
   std::wstring text = L"old";
   EXPECT_FALSE(util::ReadUTF8File((folder.Path() / "pipe").wstring(), text));
@@ -131,7 +131,7 @@ TEST(ReadUTF8File, APipeOrAFolderIsNoFile) {
 
 // A process without a terminal gets the first one that it opens, and is ended when that hangs up.
 TEST(ReadUTF8File, ATerminalIsNoFileAndDoesNotBecomeTheCallers) {
-  const FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  const Files::FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
   ASSERT_TRUE(terminal);
   ASSERT_EQ(::unlockpt(terminal.Get()), 0);
   const std::wstring path = util::widen(::ptsname(terminal.Get()));
@@ -149,12 +149,12 @@ TEST(ReadUTF8File, ATerminalIsNoFileAndDoesNotBecomeTheCallers) {
 }
 
 TEST(ReadUTF8File, ReadsNoMoreThanShowsThatAFileIsTooLarge) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   WriteFile(folder.Path() / "large", "");
-  std::filesystem::resize_file(folder.Path() / "large", kMaximumDocumentBytes * 4);
+  std::filesystem::resize_file(folder.Path() / "large", DomLib::kMaximumDocumentBytes * 4);
   std::wstring text;
   EXPECT_TRUE(util::ReadUTF8File((folder.Path() / "large").wstring(), text));
-  EXPECT_EQ(text.size(), kMaximumDocumentBytes + 1);
+  EXPECT_EQ(text.size(), DomLib::kMaximumDocumentBytes + 1);
 }
 
 TEST(WaitOneSecond, TakesASecond) {
@@ -166,7 +166,7 @@ TEST(WaitOneSecond, TakesASecond) {
 TEST(WaitOneSecondDeathTest, IsCutShortByTheEndOfTheProcess) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";
   const auto waitAtTheEnd = [] {
-    TerminationEvent::Request();
+    Termination::Request();
     std::_Exit(util::WaitOneSecond() ? 1 : 0);
   };
   EXPECT_EXIT(waitAtTheEnd(), testing::ExitedWithCode(0), "");

@@ -37,7 +37,7 @@ class TraceLog : public testing::Test {
   ~TraceLog() override { SetLogLevel(0); }
 
   static void SetLogLevel(std::int64_t level) {
-    ASSERT_TRUE(UserDefaults::Standard().SetInteger("LogLevel", level));
+    ASSERT_TRUE(Files::UserDefaults::Standard().SetInteger("LogLevel", level));
     ServiceRecordUpdateLoggingFromPrefs();
   }
 
@@ -64,7 +64,7 @@ class TraceLog : public testing::Test {
     return messages;
   }
 
-  testsupport::TemporaryFolder folder_;
+  TestSupport::TemporaryFolder folder_;
 };
 
 TEST_F(TraceLog, WithoutAPreferenceNoFileIsMadeOrTouched) {
@@ -229,10 +229,10 @@ TEST_F(TraceLog, AStatementMayCallWhatTracesInTurn) {
 TEST_F(TraceLog, LogAndBackupAreReadableByTheirOwnerOnlyUnderAnyUmask) {
   using std::filesystem::perms;
   for (const mode_t mask : {mode_t{0}, mode_t{0777}}) {
-    const testsupport::TemporaryFolder folder;
+    const TestSupport::TemporaryFolder folder;
     const std::string log = folder.Path() / "log";
     ::umask(mask);
-    LogFileBuffer buffer;
+    Agent::LogFileBuffer buffer;
     ASSERT_TRUE(buffer.OpenKeepingBackup(log));
     ASSERT_TRUE(buffer.OpenKeepingBackup(log));
     EXPECT_EQ(std::filesystem::status(log).permissions(), perms::owner_read | perms::owner_write);
@@ -263,7 +263,7 @@ TEST_F(TraceLog, OfLongerOldFilesNothingIsLeft) {
 TEST_F(TraceLog, WhatAnotherProcessWritesIsLeftToIt) {
   const std::string content = "the other one's log\n";
   std::ofstream(Log()) << content;
-  const FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
+  const Files::FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
   ASSERT_EQ(::flock(other.Get(), LOCK_EX | LOCK_NB), 0);
   SetLogLevel(1);
   SR_TRACE(2) << "a failure";
@@ -274,7 +274,7 @@ TEST_F(TraceLog, WhatAnotherProcessWritesIsLeftToIt) {
 TEST_F(TraceLog, TheLogIsHeldForAsLongAsItMayBeWritten) {
   SetLogLevel(1);
   SetLogLevel(0);
-  const FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
+  const Files::FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
   EXPECT_NE(::flock(other.Get(), LOCK_EX | LOCK_NB), 0);
 }
 
@@ -324,7 +324,7 @@ TEST_F(TraceLog, AtSixtyFourMebibytesTheLogBecomesTheBackupAndBeginsAnew) {
   ASSERT_EQ(messages.size(), 4U);
   EXPECT_THAT(messages[1], testing::StartsWith(" === Morvane Quillon logging started "));
   EXPECT_EQ(messages[3], "the first record");
-  const FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
+  const Files::FileDescriptor other(::open(Log().c_str(), O_WRONLY | O_CLOEXEC));
   EXPECT_NE(::flock(other.Get(), LOCK_EX | LOCK_NB), 0) << "it has its owner again";
 }
 
@@ -347,8 +347,8 @@ TEST_F(TraceLog, APipeInTheLogsPlaceHoldsNobody) {
 
 TEST_F(TraceLog, AFileThatIsNoLongerTheLogOnceItIsLockedIsLeftAlone) {
   std::ofstream(Log()) << "another agent's\n";
-  ASSERT_TRUE(UserDefaults::Standard().SetInteger("LogLevel", 1));
-  testsupport::FileSystemFaults faults;
+  ASSERT_TRUE(Files::UserDefaults::Standard().SetInteger("LogLevel", 1));
+  TestSupport::FileSystemFaults faults;
   faults.flock = [this](int /*descriptor*/) {
     std::filesystem::rename(Log(), Backup());
     return 0;
@@ -370,7 +370,7 @@ TEST_F(TraceLog, AFolderInTheLogsPlaceLeavesTheBackupAlone) {
 TEST_F(TraceLog, AfterAFullDiskEveryLineIsWholeAgain) {
   SetLogLevel(1);
   {
-    const testsupport::FullDisk full(std::filesystem::file_size(Log()) + 30);
+    const TestSupport::FullDisk full(std::filesystem::file_size(Log()) + 30);
     SR_TRACE(0) << "torn";
     SR_TRACE(0) << "lost";
   }

@@ -7,8 +7,8 @@
 
 namespace {
 
-using StreamErrorCode::FromTransfer;
-using StreamErrorCode::IsTlsFailure;
+using Transfer::StreamErrorCode::FromTransfer;
+using Transfer::StreamErrorCode::IsTlsFailure;
 
 TEST(StreamErrorCode, CountsBothEdgesOfTheRangeAsTlsFailures) {
   EXPECT_TRUE(IsTlsFailure(-9849));
@@ -16,13 +16,13 @@ TEST(StreamErrorCode, CountsBothEdgesOfTheRangeAsTlsFailures) {
 }
 
 TEST(StreamErrorCode, CountsAnAddressOfAnotherServerAsATlsFailure) {
-  EXPECT_TRUE(IsTlsFailure(StreamErrorCode::kAnotherServer));
+  EXPECT_TRUE(IsTlsFailure(Transfer::StreamErrorCode::kAnotherServer));
 }
 
 TEST(StreamErrorCode, CountsNothingOutsideTheRangeAsATlsFailure) {
   EXPECT_FALSE(IsTlsFailure(-9850));
   EXPECT_FALSE(IsTlsFailure(-9799));
-  EXPECT_FALSE(IsTlsFailure(StreamErrorCode::kNone));
+  EXPECT_FALSE(IsTlsFailure(Transfer::StreamErrorCode::kNone));
   EXPECT_FALSE(IsTlsFailure(std::numeric_limits<std::int64_t>::min()));
   EXPECT_FALSE(IsTlsFailure(std::numeric_limits<std::int64_t>::max()));
 }

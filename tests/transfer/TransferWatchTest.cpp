@@ -24,9 +24,9 @@ class TransferWatchTest : public testing::Test {
     return second;
   }
 
-  static TransferWatch::Time At(milliseconds when) { return TransferWatch::Time(when); }
+  static Transfer::TransferWatch::Time At(milliseconds when) { return Transfer::TransferWatch::Time(when); }
 
-  TransferWatch watch_{{}, At(seconds(0))};
+  Transfer::TransferWatch watch_{{}, At(seconds(0))};
 };
 
 TEST_F(TransferWatchTest, WaitsNinetySecondsForTheFirstHeader) {

@@ -12,7 +12,7 @@
 namespace {
 
 TEST(AutoAnswerTest, ItsTranscriptHasNothingThatControlsOrReordersTheTerminal) {
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   const std::string details = PropertyList::Write(PropertyList::Dictionary{
       {"StoreName",
        "a\xC2\x9B\xD8\x9C\xE2\x80\x8E\xE2\x80\xAE\xE2\x81\xA6\xE2\x81\xA9z \xC3\xBC\xE2\x80\xA6"}});

@@ -277,7 +277,7 @@ TEST_F(DialogModuleTest, TheProgramInheritsNothingButItsStandardDescriptors) {
 TEST_F(DialogModuleTest, AWithdrawnQuestionClosesAsDeclined) {
   MakeEventPipe();
   module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never; echo accepted");
-  const FileDescriptor withdrawal(::eventfd(0, EFD_CLOEXEC));
+  const Files::FileDescriptor withdrawal(::eventfd(0, EFD_CLOEXEC));
   auto answer = std::async(std::launch::async, [&] { return AddStoreFor(-1, withdrawal.Get()); });
   const pid_t id = std::stoi(NextEvent());
 
@@ -289,7 +289,7 @@ TEST_F(DialogModuleTest, AWithdrawnQuestionClosesAsDeclined) {
 
 TEST_F(DialogModuleTest, AWithdrawalCountsForTheThreadThatGaveItAndUntilItsNextCall) {
   module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
-  const FileDescriptor withdrawn(::eventfd(1, EFD_CLOEXEC));
+  const Files::FileDescriptor withdrawn(::eventfd(1, EFD_CLOEXEC));
 
   EXPECT_EQ(AddStoreFor(-1, withdrawn.Get()), 0);
   EXPECT_EQ(module_.AddStore(kDetails).Answer(), 1);
@@ -298,12 +298,12 @@ TEST_F(DialogModuleTest, AWithdrawalCountsForTheThreadThatGaveItAndUntilItsNextC
 
 TEST_F(DialogModuleTest, TheTerminalProgramGetsTheTerminalThatIsGivenAndNoOtherDescriptor) {
   const PseudoTerminal terminal;
-  const FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
+  const Files::FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
   module_.Bundle().ScriptWindowProgram("readRequest; echo declined");
   module_.Bundle().ScriptDialogProgram(
       "readRequest; [ \"$1\" = --terminal=3 ] && [ \"$(readlink /proc/$$/fd/3)\" = " + terminal.Path() +
       " ] && [ ! -e /proc/$$/fd/4 ] && echo accepted");
-  const testsupport::EnvironmentVariable display("DISPLAY", ":7");
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
 
   EXPECT_EQ(AddStoreFor(given.Get(), -1), 1);
 }
@@ -314,13 +314,13 @@ TEST_F(DialogModuleTest, AWindowIsPreferredWhereThereMayBeADisplay) {
 
   EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 0);
   for (const char* const variable : {"DISPLAY", "WAYLAND_DISPLAY"}) {
-    const testsupport::EnvironmentVariable display(variable, "display");
+    const TestSupport::EnvironmentVariable display(variable, "display");
     EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
   }
 }
 
 TEST_F(DialogModuleTest, ATerminalIsLookedForWhenThereIsNoDisplayAfterAll) {
-  const testsupport::EnvironmentVariable display("DISPLAY", ":7");
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
   module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
 
   EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
@@ -329,7 +329,7 @@ TEST_F(DialogModuleTest, ATerminalIsLookedForWhenThereIsNoDisplayAfterAll) {
 }
 
 TEST_F(DialogModuleTest, AWindowThatBreaksIsNotFollowedByAnotherQuestion) {
-  const testsupport::EnvironmentVariable display("DISPLAY", ":7");
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
   module_.Bundle().ScriptWindowProgram("readRequest; exit 1");
   module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
 
@@ -567,7 +567,7 @@ TEST_F(DialogModuleTest, AnErrorMessageKeepsTheTerminalThatItWasGiven) {
       "readRequest; readlink /proc/$$/fd/3 >event; echo accepted; read -r never");
   SRUIHost host = module_.Host();
   {
-    const FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
+    const Files::FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
     host.terminalDescriptor = given.Get();
     module_.EntryPointsFor(host)->errorMessage(kMessage);
   }

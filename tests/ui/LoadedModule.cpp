@@ -24,7 +24,7 @@ LoadedModule::~LoadedModule() {
 
 const SRUIProtocol& LoadedModule::EntryPoints() const {
   const SRUIProtocol* entryPoints =
-      UIBundleLoader(bundle_.PlugInsFolder(), terminationDescriptor_).PrincipalClass("test");
+      Agent::UIBundleLoader(bundle_.PlugInsFolder(), terminationDescriptor_).PrincipalClass("test");
   if (entryPoints == nullptr) throw std::runtime_error("the module does not load");
   return *entryPoints;
 }
@@ -34,7 +34,7 @@ SRUIHost LoadedModule::Host() const {
 }
 
 const SRUIProtocol* LoadedModule::EntryPointsFor(const SRUIHost& host) const {
-  const UniqueHandle<void, ::dlclose> module(::dlopen(bundle_.Module().c_str(), RTLD_NOW));
+  const Lifetime::UniqueHandle<void, ::dlclose> module(::dlopen(bundle_.Module().c_str(), RTLD_NOW));
   const auto principalClass = reinterpret_cast<decltype(&ServiceRecordUIPrincipalClass)>(
       ::dlsym(module.get(), "ServiceRecordUIPrincipalClass"));
   return principalClass(&host);

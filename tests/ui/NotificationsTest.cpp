@@ -26,7 +26,8 @@ class NotificationsTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_NE(MacIServiceRecordsNotifications::SRUIClass(), nullptr);
-    const auto path = Bundle::Main().BuiltInPlugInsPath() / "ServiceRecordUI.bundle" / "RecordingUI.so";
+    const auto path =
+        Files::Bundle::Main().BuiltInPlugInsPath() / "ServiceRecordUI.bundle" / "RecordingUI.so";
     module_.reset(::dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD));
     ASSERT_NE(module_, nullptr);
     const auto lastDialog = reinterpret_cast<decltype(&LastDialog)>(::dlsym(module_.get(), "LastDialog"));
@@ -53,7 +54,7 @@ class NotificationsTest : public ::testing::Test {
     return {{"GatewayName", name}, {"GatewayURL", url}, {"IsDefault", isDefault}};
   }
 
-  UniqueHandle<void, ::dlclose> module_;
+  Lifetime::UniqueHandle<void, ::dlclose> module_;
   RecordedDialog* last_ = nullptr;
   MacIServiceRecordsNotifications notifications_;
 };
@@ -140,11 +141,11 @@ TEST_F(NotificationsTest, NamesOutsideAsciiArriveIntact) {
 }
 
 TEST_F(NotificationsTest, TheModuleGetsTheAgentsTerminationDescriptor) {
-  EXPECT_EQ(last_->terminationDescriptor, TerminationEvent::Descriptor());
+  EXPECT_EQ(last_->terminationDescriptor, Termination::Descriptor());
 }
 
 TEST_F(NotificationsTest, InitMakesTheProviderUseThePlugIn) {
-  ServiceRecords::SRProvider::Register(testsupport::PartsOfTheProcess([] {}));
+  ServiceRecords::SRProvider::Register(TestSupport::PartsOfTheProcess([] {}));
   MacIServiceRecordsNotifications::Init();
 
   auto* registered = ServiceRecords::SRProvider::Instance().Notification();

@@ -94,7 +94,7 @@ class TerminalDialogTest : public ::testing::Test {
     return shown;
   }
 
-  testsupport::TemporaryFolder runtime_;
+  TestSupport::TemporaryFolder runtime_;
   PseudoTerminal terminal_;
   LoadedModule module_;
 };
@@ -378,7 +378,7 @@ TEST_F(DialogReplyTest, WhatItDoesNotUnderstandIsAnUnknownRequest) {
 
 TEST_F(TerminalDialogTest, AsksOnTheTerminalThatTheHostGives) {
   ::setenv("SERVICERECORDS_TERMINAL", "/dev/null", 1);
-  const FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
+  const Files::FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
   auto answer = std::async(std::launch::async, [&] {
     SRUIHost host = module_.Host();
     host.terminalDescriptor = given.Get();
@@ -392,7 +392,7 @@ TEST_F(TerminalDialogTest, AsksOnTheTerminalThatTheHostGives) {
 }
 
 TEST_F(TerminalDialogTest, LeavesTheGivenTerminalBlockingForItsOwner) {
-  const FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
+  const Files::FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
   auto answer = std::async(std::launch::async, [&] {
     SRUIHost host = module_.Host();
     host.terminalDescriptor = given.Get();

@@ -28,7 +28,7 @@ class TestBundle {
  private:
   void Script(const char* program, const std::string& body) const;
 
-  testsupport::TemporaryFolder folder_;
+  TestSupport::TemporaryFolder folder_;
 };
 
 [[nodiscard]] std::string ContentOf(const std::filesystem::path& file);

@@ -18,7 +18,7 @@ using ::testing::IsEmpty;
 constexpr int kDescriptor = 77;
 
 const SRUIProtocol* PrincipalClassIn(const std::filesystem::path& plugIns) {
-  return UIBundleLoader(plugIns, kDescriptor).PrincipalClass("caller()");
+  return Agent::UIBundleLoader(plugIns, kDescriptor).PrincipalClass("caller()");
 }
 
 class UIBundleLoaderTest : public ::testing::Test {
@@ -34,7 +34,7 @@ class UIBundleLoaderTest : public ::testing::Test {
     return module != nullptr;
   }
 
-  testsupport::CapturedSystemLog systemLog_;
+  TestSupport::CapturedSystemLog systemLog_;
   TestBundle bundle_;
 };
 

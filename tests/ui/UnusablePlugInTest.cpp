@@ -15,11 +15,11 @@ using ::testing::HasSubstr;
 
 class UnusablePlugInTest : public ::testing::Test {
  protected:
-  testsupport::CapturedSystemLog systemLog_;
+  TestSupport::CapturedSystemLog systemLog_;
 };
 
 auto NamesTheBundle() {
-  const auto bundle = Bundle::Main().BuiltInPlugInsPath() / "ServiceRecordUI.bundle";
+  const auto bundle = Files::Bundle::Main().BuiltInPlugInsPath() / "ServiceRecordUI.bundle";
   return ElementsAre(AllOf(HasSubstr("MacIServiceRecordsNotifications::SRUIClass()"),
                            EndsWith(" - " + bundle.string() + " does not conform to protocol")));
 }

@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 namespace fs = std::filesystem;
@@ -81,4 +81,4 @@ std::wstring ApacheServer::Address() const {
   return L"https://localhost:" + std::to_wstring(port_.Number());
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // The Apache web server behind TLS on a free port of the loopback address, serving the document "discovery".
 // It accepts connections from the moment on which this object exists, and ends with it. One thread.
@@ -34,4 +34,4 @@ class ApacheServer {
   std::optional<ChildProcess> process_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -35,7 +35,8 @@ class CredentialPromptTest : public testing::Test {
   }
 
   void Start(const std::string& action, const std::string& request) {
-    std::optional<HelperProcess> started = HelperProcess::Start(SR_CREDENTIAL_PROGRAM, {action});
+    std::optional<HelperProgram::HelperProcess> started =
+        HelperProgram::HelperProcess::Start(SR_CREDENTIAL_PROGRAM, {action});
     ASSERT_TRUE(started);
     program_.emplace(std::move(*started));
     const std::string text = request + "\n\n";
@@ -47,9 +48,9 @@ class CredentialPromptTest : public testing::Test {
   }
 
   // The reply, or an empty message when the program ends without one.
-  CredentialMessage Reply() {
+  CredentialWire::CredentialMessage Reply() {
     std::string text;
-    while (!CredentialMessage::LengthOf(text)) {
+    while (!CredentialWire::CredentialMessage::LengthOf(text)) {
       pollfd state{program_->Output(), POLLIN, 0};
       std::array<char, 4096> buffer;
       if (::poll(&state, 1, 30'000) <= 0) ADD_FAILURE() << "no reply";
@@ -57,7 +58,7 @@ class CredentialPromptTest : public testing::Test {
       if (count <= 0) break;
       text.append(buffer.data(), static_cast<std::size_t>(count));
     }
-    return CredentialMessage::Parse(text).value_or(CredentialMessage());
+    return CredentialWire::CredentialMessage::Parse(text).value_or(CredentialWire::CredentialMessage());
   }
 
   void Type(const std::string& prompt, const std::string& keys) {
@@ -70,9 +71,9 @@ class CredentialPromptTest : public testing::Test {
     return ::poll(&state, 1, 30'000) > 0;
   }
 
-  testsupport::TemporaryFolder runtime_;
+  TestSupport::TemporaryFolder runtime_;
   PseudoTerminal terminal_;
-  std::optional<HelperProcess> program_;
+  std::optional<HelperProgram::HelperProcess> program_;
   std::string shown_;
 };
 
@@ -80,7 +81,7 @@ TEST_F(CredentialPromptTest, GivesWhatTheUserTypes) {
   Ask();
   Type(kUserName, "DOMAIN\\user");
   Type("Password: ", " p=ss\xC3\xBC ");
-  const CredentialMessage reply = Reply();
+  const CredentialWire::CredentialMessage reply = Reply();
   EXPECT_EQ(reply.Get("status"), "ok");
   EXPECT_EQ(reply.Get("username"), "DOMAIN\\user");
   EXPECT_EQ(reply.Get("password"), " p=ss\xC3\xBC ");
@@ -96,7 +97,7 @@ TEST_F(CredentialPromptTest, PasswordAndCodeAreNotEchoed) {
   Type(kUserName, "user");
   Type("Password: ", "sEcReT");
   Type("Code: ", "987654");
-  const CredentialMessage reply = Reply();
+  const CredentialWire::CredentialMessage reply = Reply();
   EXPECT_EQ(reply.Get("password"), "sEcReT");
   EXPECT_EQ(reply.Get("code"), "987654");
   shown_ += terminal_.ReadNow();
@@ -233,7 +234,7 @@ TEST_F(CredentialPromptTest, WhatItDoesNotUnderstandIsABadRequest) {
 
 TEST_F(CredentialPromptTest, StoringWithoutASecretServiceFailsAndSaysWhy) {
   Start("store", "protocol=https\nhost=h\nrealm=r\nusername=u\npassword=p");
-  const CredentialMessage reply = Reply();
+  const CredentialWire::CredentialMessage reply = Reply();
   EXPECT_EQ(reply.Get("status"), "failed");
   EXPECT_EQ(reply.Get("secret-service"), "missing");
   EXPECT_NE(reply.Get("reason"), "");

@@ -21,7 +21,7 @@ std::optional<DigestChallenge> ChallengeOf(const std::string& value) {
 std::string AnswerTo(const std::string& challenge, const DigestRequest& request) {
   const std::optional<DigestChallenge> parsed = ChallengeOf(challenge);
   if (!parsed) return "not servable";
-  const std::optional<Secret> answer = DigestAnswer(*parsed, request);
+  const std::optional<CredentialWire::Secret> answer = DigestAnswer(*parsed, request);
   return answer ? std::string(answer->View()) : "no hash";
 }
 

@@ -12,10 +12,10 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
-using testsupport::ApacheServer;
-using testsupport::ScriptedCredentials;
-using testsupport::WardenLibrary;
-using testsupport::WardenRequest;
+using TestSupport::ApacheServer;
+using TestSupport::ScriptedCredentials;
+using TestSupport::WardenLibrary;
+using TestSupport::WardenRequest;
 
 constexpr const char* kRealm = "Stores, all = and more";
 

@@ -16,11 +16,11 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-using testsupport::ScriptedCredentials;
-using testsupport::TrustedAuthority;
-using testsupport::WardenLibrary;
-using testsupport::WardenRequest;
-using testsupport::WebServer;
+using TestSupport::ScriptedCredentials;
+using TestSupport::TrustedAuthority;
+using TestSupport::WardenLibrary;
+using TestSupport::WardenRequest;
+using TestSupport::WebServer;
 
 std::wstring Wide(const std::string& text) {
   return {text.begin(), text.end()};
@@ -116,7 +116,7 @@ TEST_F(GatewayTest, CredentialsDoNotFollowARedirectToAnotherServerAndAreNotAccep
 }
 
 TEST_F(GatewayTest, ARedirectToPlainHTTPIsNoAnswer) {
-  const WebServer other(testsupport::ServerBlock("", "location / { return 200; }"));
+  const WebServer other(TestSupport::ServerBlock("", "location / { return 200; }"));
   const WebServer redirecting(TrustedAuthority().TlsServerBlock(
       "good",
       "location / { if ($http_authorization = \"\") { add_header WWW-Authenticate 'Basic realm=x' always; "

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 constexpr const char* kClientConfiguration = R"([libdefaults]
@@ -87,4 +87,4 @@ void KerberosRealm::Run(const std::vector<std::string>& command) const {
   if (process.Wait() != 0) throw std::runtime_error(command.front() + ": " + process.Output());
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A Kerberos realm of its own, with one ticket server on the loopback address, the service HTTP/localhost and
 // the user "user". The test program's environment points there. Everything ends with this object.
@@ -32,4 +32,4 @@ class KerberosRealm {
   std::optional<ChildProcess> server_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 // No service files: nothing of the machine's own is started.
@@ -75,4 +75,4 @@ std::string KeyringSession::Run(const std::vector<std::string>& command) {
   return tool.Output();
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

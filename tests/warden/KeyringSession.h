@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A session bus of its own with the desktop's keyring on it, unlocked, and the test program's environment
 // pointing there. Everything ends with this object.
@@ -32,4 +32,4 @@ class KeyringSession {
   std::optional<ChildProcess> keyring_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

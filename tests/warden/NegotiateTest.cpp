@@ -21,11 +21,11 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
-using testsupport::ApacheServer;
-using testsupport::KerberosRealm;
-using testsupport::ScriptedCredentials;
-using testsupport::WardenLibrary;
-using testsupport::WardenRequest;
+using TestSupport::ApacheServer;
+using TestSupport::KerberosRealm;
+using TestSupport::ScriptedCredentials;
+using TestSupport::WardenLibrary;
+using TestSupport::WardenRequest;
 
 // What the service HTTP/localhost is asked for in a client's first token.
 struct AskedOfTheService {
@@ -87,7 +87,7 @@ TEST_F(NegotiateTest, ATicketIsAcceptedWithoutAskingTheUser) {
 TEST_F(NegotiateTest, AsksTheServerToAuthenticateItselfAndHandsNoTicketOn) {
   realm_.LogOn();
   Warden::NegotiateExchange exchange("localhost");
-  const std::optional<Secret> token = exchange.Next("");
+  const std::optional<CredentialWire::Secret> token = exchange.Next("");
   ASSERT_TRUE(token);
   const std::optional<std::string> bytes = Warden::FromBase64(token->View());
   ASSERT_TRUE(bytes);

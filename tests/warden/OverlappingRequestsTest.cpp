@@ -23,9 +23,9 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-using testsupport::RawServer;
-using testsupport::WardenLibrary;
-using testsupport::WardenRequest;
+using TestSupport::RawServer;
+using TestSupport::WardenLibrary;
+using TestSupport::WardenRequest;
 
 bool Answered(const std::wstring& url) {
   std::wstring response;
@@ -38,7 +38,7 @@ TEST(OverlappingRequests, AServerThatDoesNotAnswerKeepsNobodyElsesRequestWaiting
   ServiceRecords::MacSRHTTPRequestFactory::Init();
   std::latch asked(1);
   auto slow = std::make_optional<RawServer>([&] { asked.count_down(); });
-  const RawServer healthy({testsupport::kEmptyAnswer});
+  const RawServer healthy({TestSupport::kEmptyAnswer});
   std::future<bool> waiting = std::async(std::launch::async, Answered, slow->Address() + L"/");
   asked.wait();
   std::future<bool> other = std::async(std::launch::async, Answered, healthy.Address() + L"/");
@@ -77,8 +77,8 @@ class OverlappingQuestionsTest : public testing::Test {
     return action;
   }
 
-  testsupport::TemporaryFolder runtime_;
-  const FileDescriptor turns_{::inotify_init1(IN_CLOEXEC)};
+  TestSupport::TemporaryFolder runtime_;
+  const Files::FileDescriptor turns_{::inotify_init1(IN_CLOEXEC)};
   PseudoTerminal terminal_;
   WardenLibrary library_;
 };

@@ -18,10 +18,10 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-using testsupport::ScriptedCredentials;
-using testsupport::TestRoute;
-using testsupport::WardenLibrary;
-using testsupport::WardenRequest;
+using TestSupport::ScriptedCredentials;
+using TestSupport::TestRoute;
+using TestSupport::WardenLibrary;
+using TestSupport::WardenRequest;
 
 constexpr const wchar_t* kStore = L"https://store.example:8443/Example/Main";
 constexpr const wchar_t* kBasic = L"WWW-Authenticate: Basic realm=\"Stores\"";

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <system_error>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A TCP port of 127.0.0.1 that nobody is given while this object lives, but that a server which asks for it
 // by number gets.
@@ -34,8 +34,8 @@ class ReservedPort {
   [[nodiscard]] std::uint16_t Number() const { return number_; }
 
  private:
-  FileDescriptor socket_;
+  Files::FileDescriptor socket_;
   std::uint16_t number_ = 0;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -18,12 +18,12 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-using testsupport::KeyringSession;
-using testsupport::TestRoute;
-using testsupport::TrustedAuthority;
-using testsupport::WardenLibrary;
-using testsupport::WardenRequest;
-using testsupport::WebServer;
+using TestSupport::KeyringSession;
+using TestSupport::TestRoute;
+using TestSupport::TrustedAuthority;
+using TestSupport::WardenLibrary;
+using TestSupport::WardenRequest;
+using TestSupport::WebServer;
 
 constexpr const char* kUserName = "User name (empty to cancel): ";
 constexpr const char* kKeep = "for the next time? [y/N] ";

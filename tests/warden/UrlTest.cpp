@@ -60,7 +60,7 @@ TEST(Url, RefusesWhatLeadsElsewhereThanItShows) {
 }
 
 TEST(Url, ReadsGeneratedAddressesAsTheyAreShown) {
-  testsupport::GeneratedAddresses addresses;
+  TestSupport::GeneratedAddresses addresses;
   int taken = 0;
   for (int i = 0; i < 100'000; ++i) {
     const std::string text = addresses.Next();

@@ -13,9 +13,9 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-using testsupport::ChildProcess;
-using testsupport::ScriptedCredentials;
-using testsupport::WardenLibrary;
+using TestSupport::ChildProcess;
+using TestSupport::ScriptedCredentials;
+using TestSupport::WardenLibrary;
 
 class WardenInterfaceTest : public testing::Test {
  protected:

@@ -8,7 +8,7 @@
 #include <mutex>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 namespace fs = std::filesystem;
@@ -79,4 +79,4 @@ std::vector<std::string> WardenLibrary::Log() const {
   return g_log;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

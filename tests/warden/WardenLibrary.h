@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A copy of the shared library in a folder of its own, with a credential program beside it, loaded as a
 // program loads it. Log lines are kept. One at a time.
@@ -52,4 +52,4 @@ class WardenLibrary {
   void* handle_ = nullptr;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

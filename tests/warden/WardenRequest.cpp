@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 constexpr int kMostRequests = 50;
@@ -96,4 +96,4 @@ std::uint32_t WardenRequest::Run() {
   return 0;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

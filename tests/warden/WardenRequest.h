@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 class WardenLibrary;
 
@@ -49,4 +49,4 @@ class WardenRequest {
   int sent_ = 0;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

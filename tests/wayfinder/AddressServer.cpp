@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace testsupport {
+namespace TestSupport {
 
 AddressServer::AddressServer(const std::string& address, std::uint16_t port, std::string response)
     : response_(std::move(response)) {
@@ -20,7 +20,7 @@ AddressServer::AddressServer(const std::string& address, std::uint16_t port, std
   if (::getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &place) != 0)
     throw std::invalid_argument("no address: " + address);
   const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owned(place, ::freeaddrinfo);
-  listener_ = FileDescriptor(::socket(place->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  listener_ = Files::FileDescriptor(::socket(place->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (::bind(listener_.Get(), place->ai_addr, place->ai_addrlen) != 0 ||
       ::listen(listener_.Get(), SOMAXCONN) != 0)
     throw std::system_error(errno, std::generic_category(), "no server at " + address);
@@ -35,7 +35,7 @@ AddressServer::~AddressServer() {
 void AddressServer::Serve() {
   std::array<char, 4096> part;
   while (true) {
-    const FileDescriptor connection(::accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    const Files::FileDescriptor connection(::accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (connection.Get() < 0) return;
     if (::recv(connection.Get(), part.data(), part.size(), 0) <= 0) continue;
     ++requests_;
@@ -44,4 +44,4 @@ void AddressServer::Serve() {
   }
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

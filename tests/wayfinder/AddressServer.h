@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Answers every HTTP request on an address of the namespace in which it was made, with the same bytes. Its
 // own thread, which ends with this object.
@@ -22,10 +22,10 @@ class AddressServer {
  private:
   void Serve();
 
-  FileDescriptor listener_;
+  Files::FileDescriptor listener_;
   std::string response_;
   std::atomic<int> requests_ = 0;
   std::thread thread_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

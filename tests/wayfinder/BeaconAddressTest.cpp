@@ -66,7 +66,7 @@ TEST(BeaconAddress, WhatLeadsElsewhereThanItShowsIsNoAddress) {
 }
 
 TEST(BeaconAddress, GeneratedAddressesAreReadAsTheyAreShown) {
-  testsupport::GeneratedAddresses addresses;
+  TestSupport::GeneratedAddresses addresses;
   int taken = 0;
   for (int i = 0; i < 100'000; ++i) {
     const std::string text = addresses.Next();

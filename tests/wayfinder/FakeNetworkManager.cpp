@@ -10,7 +10,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 
 struct FakeNetworkManager::Properties {
   Connection first{.link = "eth0", .address = "192.0.2.2", .isVPN = false};
@@ -149,4 +149,4 @@ void FakeNetworkManager::Serve() {
   }
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

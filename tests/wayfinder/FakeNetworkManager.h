@@ -10,7 +10,7 @@
 
 struct sd_bus;
 
-namespace testsupport {
+namespace TestSupport {
 
 // A system bus of its own with a network manager on it, which has two active connections: an Ethernet one on
 // eth0, and one on `link` or with `address`. From its making on, the test program's system bus is this one.
@@ -43,4 +43,4 @@ class FakeNetworkManager {
   std::thread thread_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A name lookup that does not come back before it is released, at the latest when this object goes.
 class HangingResolver {
@@ -48,4 +48,4 @@ class HangingResolver {
   std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

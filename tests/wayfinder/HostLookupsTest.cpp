@@ -8,9 +8,9 @@
 #include <optional>
 #include <stdexcept>
 
-using testsupport::ComesTrue;
-using testsupport::HangingResolver;
-using testsupport::RunningThreads;
+using TestSupport::ComesTrue;
+using TestSupport::HangingResolver;
+using TestSupport::RunningThreads;
 using Wayfinding::HostLookups;
 
 namespace {

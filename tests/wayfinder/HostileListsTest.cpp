@@ -9,10 +9,10 @@
 #include <gmock/gmock.h>
 
 using std::chrono::seconds;
-using testsupport::ComesTrue;
-using testsupport::OpenDescriptors;
-using testsupport::RecordedService;
-using testsupport::RunningThreads;
+using TestSupport::ComesTrue;
+using TestSupport::OpenDescriptors;
+using TestSupport::RecordedService;
+using TestSupport::RunningThreads;
 
 namespace {
 
@@ -30,7 +30,7 @@ std::vector<std::string> HostileBeacons(std::size_t count, std::uint16_t silentP
 }
 
 TEST(HostileLists, TenThousandBeaconsMakeNoAnswerLateAndLeaveNothingBehind) {
-  const testsupport::LoopbackListener silent;
+  const TestSupport::LoopbackListener silent;
   const long descriptors = OpenDescriptors();
   const long threads = RunningThreads();
   {
@@ -54,7 +54,7 @@ TEST(HostileLists, TenThousandBeaconsMakeNoAnswerLateAndLeaveNothingBehind) {
 TEST(HostileLists, NamesThatAreNeverFoundMakeNoAnswerLateAndLeaveNothingBehind) {
   const long descriptors = OpenDescriptors();
   const long threads = RunningThreads();
-  testsupport::HangingResolver resolver;
+  TestSupport::HangingResolver resolver;
   {
     std::vector<std::string> beacons;
     for (int i = 0; i < 1000; ++i) beacons.push_back("https://host" + std::to_string(i) + ".example");
@@ -76,8 +76,8 @@ TEST(HostileLists, NamesThatAreNeverFoundMakeNoAnswerLateAndLeaveNothingBehind) 
 }
 
 TEST(HostileLists, NamesThatHangKeepNoOtherStoreWaiting) {
-  const testsupport::RawServer server({testsupport::kGood});
-  testsupport::HangingResolver hanging;
+  const TestSupport::RawServer server({TestSupport::kGood});
+  TestSupport::HangingResolver hanging;
   const auto resolve = [hang = hanging.Resolver()](const std::string& host) {
     return host == "good.example" ? std::vector<std::string>{"127.0.0.1"} : hang(host);
   };
@@ -96,12 +96,12 @@ TEST(HostileLists, NamesThatHangKeepNoOtherStoreWaiting) {
 }
 
 TEST(HostileLists, NamesOfThisMachineAreNotLookedUpHoweverTheyAreSpelt) {
-  const testsupport::RawServer server({testsupport::kGood});
+  const TestSupport::RawServer server({TestSupport::kGood});
   const std::string port = std::to_string(server.Port());
   std::vector<std::string> beacons;
   for (int i = 0; i < 50; ++i)
     beacons.push_back("http://store" + std::to_string(i) + ".localhost.:" + port + "/");
-  const testsupport::HangingResolver resolver;
+  const TestSupport::HangingResolver resolver;
   RecordedService service(resolver.Resolver());
   service.SetStores({{"https://store", beacons, {}}});
   EXPECT_TRUE(service.WaitForLocation("https://store", Wayfinder::kLAN))
@@ -109,7 +109,7 @@ TEST(HostileLists, NamesOfThisMachineAreNotLookedUpHoweverTheyAreSpelt) {
 }
 
 TEST(HostileLists, OneStoresManyBeaconsDoNotKeepAnotherStoreWaiting) {
-  const testsupport::LoopbackListener silent;
+  const TestSupport::LoopbackListener silent;
   RecordedService service;
   service.StopTime();  // so that nothing is cut off
   service.SetStores({{"https://many", HostileBeacons(4'000, silent.port), {}},
@@ -119,8 +119,8 @@ TEST(HostileLists, OneStoresManyBeaconsDoNotKeepAnotherStoreWaiting) {
 }
 
 TEST(HostileLists, ManyInternalBeaconsDoNotKeepAnExternalOneWaiting) {
-  const testsupport::LoopbackListener silent;
-  const testsupport::RawServer server({testsupport::kGood});
+  const TestSupport::LoopbackListener silent;
+  const TestSupport::RawServer server({TestSupport::kGood});
   RecordedService service;
   service.StopTime();  // so that nothing is cut off
   service.SetStores({{"https://store",
@@ -131,8 +131,8 @@ TEST(HostileLists, ManyInternalBeaconsDoNotKeepAnExternalOneWaiting) {
 }
 
 TEST(HostileLists, SilentServersLeaveAPlaceForABeaconWhoseNameIsFoundLater) {
-  const testsupport::LoopbackListener silent;
-  const testsupport::RawServer server({testsupport::kGood});
+  const TestSupport::LoopbackListener silent;
+  const TestSupport::RawServer server({TestSupport::kGood});
   const std::string silentBeacon = "http://127.0.0.1:" + std::to_string(silent.port) + "/";
   std::vector<std::string> many;
   for (int i = 0; i < 200; ++i) many.push_back(silentBeacon + std::to_string(i));
@@ -147,7 +147,7 @@ TEST(HostileLists, SilentServersLeaveAPlaceForABeaconWhoseNameIsFoundLater) {
 }
 
 TEST(HostileLists, TheEndWaitsForNoTransfer) {
-  const testsupport::LoopbackListener silent;
+  const TestSupport::LoopbackListener silent;
   const long descriptors = OpenDescriptors();
   RecordedService service;
   service.SetStores({{"https://store", HostileBeacons(1'000, silent.port), {}}});

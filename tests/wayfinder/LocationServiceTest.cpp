@@ -20,17 +20,17 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Pair;
-using testsupport::kGood;
-using testsupport::kStore;
-using testsupport::kToPortal;
-using testsupport::kUnavailable;
-using testsupport::LoopbackListener;
-using testsupport::RawServer;
-using testsupport::RecordedService;
-using testsupport::Response;
-using testsupport::ServerBlock;
-using testsupport::TrustedAuthority;
-using testsupport::WebServer;
+using TestSupport::kGood;
+using TestSupport::kStore;
+using TestSupport::kToPortal;
+using TestSupport::kUnavailable;
+using TestSupport::LoopbackListener;
+using TestSupport::RawServer;
+using TestSupport::RecordedService;
+using TestSupport::Response;
+using TestSupport::ServerBlock;
+using TestSupport::TrustedAuthority;
+using TestSupport::WebServer;
 
 namespace {
 
@@ -142,7 +142,7 @@ TEST_F(LocationServiceTest, ABeaconCountsAsOftenAsItIsNamedAndIsAskedOnce) {
 }
 
 TEST_F(LocationServiceTest, AStoreIsDecidedThoughAnotherListComesInBetween) {
-  const std::vector<testsupport::StoreAndBeacons> stores = {{kStore, {"no address"}, {}},
+  const std::vector<TestSupport::StoreAndBeacons> stores = {{kStore, {"no address"}, {}},
                                                             {"https://other", {"nor is this"}, {}}};
   service_.WhenItLogs(std::string("store ") + kStore, [&] {
     service_.SetStores({stores[0], stores[1], {"https://new", {At(good_)}, {}}});
@@ -178,7 +178,7 @@ class ChangedListTest : public LocationServiceTest {
  protected:
   static constexpr char kOther[] = "https://other";
 
-  testsupport::StoreAndBeacons Other(const RawServer& server) { return {kOther, {At(server)}, {}}; }
+  TestSupport::StoreAndBeacons Other(const RawServer& server) { return {kOther, {At(server)}, {}}; }
 
   std::size_t Given(const std::string& url, std::uint32_t location) const {
     const auto changes = service_.Changes();
@@ -190,7 +190,7 @@ class ChangedListTest : public LocationServiceTest {
 };
 
 TEST_F(ChangedListTest, OneStoreThatChangesIsAskedForAlone) {
-  const testsupport::StoreAndBeacons third{"https://third", {At(third_)}, {}};
+  const TestSupport::StoreAndBeacons third{"https://third", {At(third_)}, {}};
   service_.SetStores({{kStore, {At(good_)}, {}}, Other(second_), third});
   for (const char* url : {kStore, kOther, "https://third"})
     ASSERT_TRUE(service_.WaitForLocation(url, Wayfinder::kLAN));
@@ -273,7 +273,7 @@ TEST_F(ChangedListTest, AStoreThatGoesWhileItIsBeingAskedEndsTheAsking) {
   ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
   service_.SetStores({Other(second_)});
   service_.PassTime(std::chrono::minutes(5));
-  EXPECT_TRUE(testsupport::ComesTrue([this] {
+  EXPECT_TRUE(TestSupport::ComesTrue([this] {
     EXPECT_EQ(service_.LocationOf(kOther), Wayfinder::kLAN);
     return second_.Requests().size() == 2;
   }));
@@ -282,12 +282,12 @@ TEST_F(ChangedListTest, AStoreThatGoesWhileItIsBeingAskedEndsTheAsking) {
 TEST_F(ChangedListTest, TheAskingEndsWithItsStoreThoughNothingIsOpenAboutTheOthers) {
   const WebServer proven(TrustedAuthority().TlsServerBlock("good"));
   const LoopbackListener silent;
-  const testsupport::StoreAndBeacons other{kOther, {At(bad_)}, {proven.Address("https")}};
+  const TestSupport::StoreAndBeacons other{kOther, {At(bad_)}, {proven.Address("https")}};
   service_.SetStores({{kStore, {"http://127.0.0.1:" + std::to_string(silent.port)}, {}}, other});
   ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kOutside));
   service_.SetStores({other});
   service_.PassTime(std::chrono::minutes(5));
-  EXPECT_TRUE(testsupport::ComesTrue([this] {
+  EXPECT_TRUE(TestSupport::ComesTrue([this] {
     EXPECT_EQ(service_.LocationOf(kOther), Wayfinder::kOutside);
     return bad_.Requests().size() == 2;
   }));
@@ -296,7 +296,7 @@ TEST_F(ChangedListTest, TheAskingEndsWithItsStoreThoughNothingIsOpenAboutTheOthe
 TEST_F(ChangedListTest, ABeaconThatCouldNotMatterIsOpenStillWhenAnotherStoreComes) {
   const WebServer proven(TrustedAuthority().TlsServerBlock("good"));
   const LoopbackListener silent;
-  const testsupport::StoreAndBeacons other{
+  const TestSupport::StoreAndBeacons other{
       kOther, {proven.Address("https")}, {"http://127.0.0.1:" + std::to_string(silent.port)}};
   service_.SetStores({other});
   ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
@@ -323,7 +323,7 @@ TEST_F(ChangedListTest, AllAreAskedWhenTheAnswersAreOld) {
   ASSERT_TRUE(service_.WaitForLocation(kOther, Wayfinder::kLAN));
   service_.PassTime(std::chrono::minutes(5));
   EXPECT_EQ(service_.LocationOf(kStore), Wayfinder::kLAN);
-  EXPECT_TRUE(testsupport::ComesTrue(
+  EXPECT_TRUE(TestSupport::ComesTrue(
       [this] { return good_.Requests().size() == 2 && second_.Requests().size() == 2; }));
 }
 
@@ -393,13 +393,13 @@ TEST_F(LocationServiceTest, AFailureIsToldAndDoesNotEndTheDeciding) {
 }
 
 TEST_F(LocationServiceTest, TheEndDoesNotWaitAfterAFailure) {
-  const long threads = testsupport::RunningThreads();
+  const long threads = TestSupport::RunningThreads();
   RecordedService service({}, std::chrono::hours(1));
   service.FailOnce();
   service.SetStores({{kStore, {At(good_)}, {}}});
   ASSERT_TRUE(service.WaitForMessage("a failure of the test's"));
   service.End();
-  EXPECT_TRUE(testsupport::ComesTrue([threads] { return testsupport::RunningThreads() <= threads; }));
+  EXPECT_TRUE(TestSupport::ComesTrue([threads] { return TestSupport::RunningThreads() <= threads; }));
 }
 
 TEST(LocationServiceEnd, DoesNotWaitForEverForAThreadThatIsHeldUp) {
@@ -407,7 +407,7 @@ TEST(LocationServiceEnd, DoesNotWaitForEverForAThreadThatIsHeldUp) {
     std::promise<void> reached;
     std::promise<void> released;
   };
-  const long threads = testsupport::RunningThreads();
+  const long threads = TestSupport::RunningThreads();
   const auto hold = std::make_shared<Hold>();
   Wayfinding::LocationParts parts = Wayfinding::LocationParts::Defaults();
   parts.changed = [hold](const std::string& /*storeURL*/, Wayfinding::NetworkLocation /*location*/) {
@@ -421,7 +421,7 @@ TEST(LocationServiceEnd, DoesNotWaitForEverForAThreadThatIsHeldUp) {
     ASSERT_EQ(hold->reached.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
   }
   hold->released.set_value();
-  EXPECT_TRUE(testsupport::ComesTrue([threads] { return testsupport::RunningThreads() <= threads; }));
+  EXPECT_TRUE(TestSupport::ComesTrue([threads] { return TestSupport::RunningThreads() <= threads; }));
 }
 
 TEST_F(LocationServiceTest, NothingWakesTheThreadWhenNothingIsDue) {
@@ -443,10 +443,10 @@ TEST_F(LocationServiceTest, NothingWakesTheThreadWhenNothingIsDue) {
 }
 
 TEST_F(LocationServiceTest, ThereIsNoThreadWithoutAStore) {
-  const long threads = testsupport::RunningThreads();
+  const long threads = TestSupport::RunningThreads();
   service_.SetStores({});
   (void)service_.LocationOf(kStore);
-  EXPECT_EQ(testsupport::RunningThreads(), threads);
+  EXPECT_EQ(TestSupport::RunningThreads(), threads);
 }
 
 TEST_F(LocationServiceTest, AListWithoutStoresEndsTheAsking) {

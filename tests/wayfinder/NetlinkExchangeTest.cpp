@@ -5,13 +5,13 @@
 namespace {
 
 TEST(NetlinkExchange, OneThatGetsNoAnswerEnds) {
-  const NetlinkSocketPtr socket = Wayfinding::ConnectToKernel();
+  const Wayfinding::NetlinkSocketPtr socket = Wayfinding::ConnectToKernel();
   ASSERT_NE(socket, nullptr);
   EXPECT_EQ(nl_recvmsgs_default(socket.get()), -NLE_AGAIN) << "nothing was asked";
 }
 
 TEST(NetlinkExchange, OneThatIsAnsweredIsNotCutOff) {
-  const NetlinkSocketPtr socket = Wayfinding::ConnectToKernel();
+  const Wayfinding::NetlinkSocketPtr socket = Wayfinding::ConnectToKernel();
   ASSERT_NE(socket, nullptr);
   EXPECT_TRUE(Wayfinding::FindLink(*socket, 1));
 }

@@ -16,15 +16,15 @@
 #include <optional>
 
 using testing::Pair;
-using testsupport::AddressServer;
-using testsupport::kGood;
-using testsupport::kStore;
-using testsupport::RecordedService;
+using TestSupport::AddressServer;
+using TestSupport::kGood;
+using TestSupport::kStore;
+using TestSupport::RecordedService;
 
 namespace {
 
 // A store on whose network the machine is.
-class NetworkChanges : public testsupport::NetworkNamespaces {
+class NetworkChanges : public TestSupport::NetworkNamespaces {
  protected:
   void SetUp() override {
     NetworkNamespaces::SetUp();
@@ -84,13 +84,13 @@ TEST_F(NetworkChanges, TheAnswerOfALostNetworkIsNotServed) {
 }
 
 TEST_F(NetworkChanges, ALossDuringARoundBeginsItAfresh) {
-  testsupport::HangingResolver hanging;
+  TestSupport::HangingResolver hanging;
   std::atomic<int> lookups = 0;
   RecordedService service([&lookups, hang = hanging.Resolver()](const std::string& host) {
     return ++lookups == 1 ? hang(host) : std::vector<std::string>{"10.1.0.2"};
   });
   service.SetStores({{kStore, {"http://intranet.example/"}, {}}});
-  ASSERT_TRUE(testsupport::ComesTrue([&lookups] { return lookups == 1; }));
+  ASSERT_TRUE(TestSupport::ComesTrue([&lookups] { return lookups == 1; }));
   IP({"address", "delete", "10.1.0.1/24", "dev", "near0"});
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
   EXPECT_TRUE(service.WaitForLocation(kStore, Wayfinder::kLAN));
@@ -98,7 +98,7 @@ TEST_F(NetworkChanges, ALossDuringARoundBeginsItAfresh) {
 }
 
 TEST_F(NetworkChanges, AStoreIsDecidedTenSecondsAfterTheFirstEvent) {
-  testsupport::HangingResolver hanging;
+  TestSupport::HangingResolver hanging;
   std::atomic<bool> hangs = false;
   RecordedService service([&hangs, hang = hanging.Resolver()](const std::string& host) {
     return hangs ? hang(host) : std::vector<std::string>{"10.1.0.2"};
@@ -113,7 +113,7 @@ TEST_F(NetworkChanges, AStoreIsDecidedTenSecondsAfterTheFirstEvent) {
   ASSERT_TRUE(service.WaitForLocation(kStore, Wayfinder::kDeciding));
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
   service.PassTime(std::chrono::seconds(1));
-  ASSERT_TRUE(testsupport::ComesTrue([&hanging] { return !hanging.Asked().empty(); }));
+  ASSERT_TRUE(TestSupport::ComesTrue([&hanging] { return !hanging.Asked().empty(); }));
   service.PassTime(std::chrono::seconds(8));
   EXPECT_EQ(service.LocationOf(kStore), Wayfinder::kDeciding);
   service.PassTime(std::chrono::seconds(1));
@@ -134,7 +134,7 @@ TEST_F(NetworkChanges, WhatALinkOutsideTheNetworkLosesDoesNotCount) {
 TEST_F(NetworkChanges, EventsThatGotLostMayHaveBeenALoss) {
   const auto monitor = Wayfinding::NetworkMonitor::Open();
   ASSERT_TRUE(monitor);
-  const testsupport::TemporaryFolder folder;
+  const TestSupport::TemporaryFolder folder;
   const std::string batch = folder.Path() / "routes";
   std::ofstream commands(batch);
   for (int i = 0; i < 10'000; ++i)

@@ -9,13 +9,13 @@
 
 #include <cstdlib>
 
-using testsupport::FakeNetworkManager;
+using TestSupport::FakeNetworkManager;
 using Wayfinding::NetworkManagerCallsVPN;
 
 namespace {
 
-FileDescriptor ListenInSilence(const std::string& path) {
-  FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+Files::FileDescriptor ListenInSilence(const std::string& path) {
+  Files::FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un place{};
   place.sun_family = AF_UNIX;
   path.copy(place.sun_path, sizeof place.sun_path - 1);
@@ -49,8 +49,8 @@ TEST(NetworkManagerQuery, AManagerThatHangsIsNotWaitedForLong) {
 }
 
 TEST(NetworkManagerQuery, ABusThatHangsIsNotWaitedForLong) {
-  const testsupport::TemporaryFolder folder;
-  const FileDescriptor bus = ListenInSilence(folder.Path() / "bus");
+  const TestSupport::TemporaryFolder folder;
+  const Files::FileDescriptor bus = ListenInSilence(folder.Path() / "bus");
   ::setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder.Path() / "bus").string()).c_str(), 1);
   EXPECT_FALSE(NetworkManagerCallsVPN({"10.9.0.1"}));
   ::unsetenv("DBUS_SYSTEM_BUS_ADDRESS");

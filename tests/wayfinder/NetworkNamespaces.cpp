@@ -11,14 +11,14 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
-FileDescriptor CurrentNamespace() {
-  return FileDescriptor(::open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC));
+Files::FileDescriptor CurrentNamespace() {
+  return Files::FileDescriptor(::open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC));
 }
 
-void Enter(const FileDescriptor& network) {
+void Enter(const Files::FileDescriptor& network) {
   if (::setns(network.Get(), CLONE_NEWNET) != 0) throw std::runtime_error("cannot enter a namespace");
 }
 
@@ -34,7 +34,7 @@ std::string BecomeAdministrator() {
   return ::geteuid() == 0 ? std::string() : std::string("no user mapping");
 }
 
-std::string NewNamespace(FileDescriptor& made) {
+std::string NewNamespace(Files::FileDescriptor& made) {
   if (::unshare(CLONE_NEWNET) != 0) return std::string("no network namespace: ") + std::strerror(errno);
   made = CurrentNamespace();
   return {};
@@ -53,7 +53,7 @@ void NetworkNamespaces::SetUp() {
   const std::string refusal = BecomeAdministrator();
   if (!refusal.empty()) GTEST_SKIP() << refusal;
   original_ = CurrentNamespace();
-  for (FileDescriptor* const made : {&far_, &near_}) {
+  for (Files::FileDescriptor* const made : {&far_, &near_}) {
     const std::string reason = NewNamespace(*made);
     if (!reason.empty()) GTEST_SKIP() << reason;
     RunIP({"link", "set", "lo", "up"});
@@ -105,4 +105,4 @@ void NetworkNamespaces::ConnectByWire() {
   IP({"link", "set", "near0", "up"});
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

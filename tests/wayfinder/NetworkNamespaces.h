@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 // A case with two network namespaces of its own: it runs in the near one, which begins with nothing but a
 // loopback link, and the far one is the world. Skipped, with the reason, where the machine has none to give.
@@ -30,9 +30,9 @@ class NetworkNamespaces : public testing::Test {
   void ConnectByWire();
 
  private:
-  FileDescriptor original_;
-  FileDescriptor near_;
-  FileDescriptor far_;
+  Files::FileDescriptor original_;
+  Files::FileDescriptor near_;
+  Files::FileDescriptor far_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

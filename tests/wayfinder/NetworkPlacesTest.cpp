@@ -13,18 +13,18 @@
 #include <atomic>
 #include <optional>
 
-using testsupport::AddressServer;
-using testsupport::kGood;
-using testsupport::kStore;
-using testsupport::kToPortal;
-using testsupport::RecordedService;
+using TestSupport::AddressServer;
+using TestSupport::kGood;
+using TestSupport::kStore;
+using TestSupport::kToPortal;
+using TestSupport::RecordedService;
 
 namespace {
 
 constexpr char kInside[] = "http://10.1.0.2/";
 constexpr char kOutside[] = "http://10.1.0.3:8080/";
 
-class NetworkPlaces : public testsupport::NetworkNamespaces {
+class NetworkPlaces : public TestSupport::NetworkNamespaces {
  protected:
   void Serve(std::optional<AddressServer>& server, const char* address, std::uint16_t port,
              const std::string& response) {
@@ -142,7 +142,7 @@ TEST_F(PortalOfOnePage, IsRememberedWhenOnlyTheStoreWithoutAnAnswerIsAskedAgain)
 
 TEST_F(PortalOfOnePage, IsRememberedWhenAStoreComesLater) {
   RecordedService service(EveryHostAt({"10.1.0.254"}));
-  const testsupport::StoreAndBeacons other{kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}};
+  const TestSupport::StoreAndBeacons other{kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}};
   service.SetStores({other});
   EXPECT_TRUE(service.WaitForLocation(kOther, Wayfinder::kOutside))
       << testing::PrintToString(service.Messages());
@@ -155,7 +155,7 @@ TEST_F(PortalOfOnePage, IsRememberedWhenAStoreComesLater) {
 TEST_F(PortalOfOnePage, IsForgottenWithTheStoreThatShowedItThoughAnotherOneAsksAgain) {
   RecordedService service(EveryHostAt({"10.1.0.254"}));
   service.StopTime();  // so that nothing is repeated
-  const testsupport::StoreAndBeacons store{kStore, {"http://intranet.example/"}, {}};
+  const TestSupport::StoreAndBeacons store{kStore, {"http://intranet.example/"}, {}};
   service.SetStores({store, {kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}}});
   ASSERT_TRUE(service.WaitForLocation(kStore, Wayfinder::kNone))
       << testing::PrintToString(service.Messages());
@@ -164,7 +164,7 @@ TEST_F(PortalOfOnePage, IsForgottenWithTheStoreThatShowedItThoughAnotherOneAsksA
 }
 
 TEST_F(PortalOfOnePage, IsSeenWhateverItSaysInTheExternalBeaconsName) {
-  Serve(outside_, "10.1.0.254", 8080, testsupport::kUnavailable);
+  Serve(outside_, "10.1.0.254", 8080, TestSupport::kUnavailable);
   std::optional<AddressServer> noise;
   Serve(noise, "10.1.0.254", 443, "SSH-2.0-server\r\n");
   for (const char* external :
@@ -178,7 +178,7 @@ TEST_F(PortalOfOnePage, IsSeenWhateverItSaysInTheExternalBeaconsName) {
 }
 
 TEST_F(PortalOfOnePage, IsSeenLateWhereTheExternalBeaconsNameIsFoundLate) {
-  testsupport::HangingResolver hanging;
+  TestSupport::HangingResolver hanging;
   RecordedService service([hang = hanging.Resolver()](const std::string& host) {
     if (host == "gateway.example") hang(host);
     return std::vector<std::string>{"10.1.0.254"};
@@ -193,7 +193,7 @@ TEST_F(PortalOfOnePage, IsSeenLateWhereTheExternalBeaconsNameIsFoundLate) {
 }
 
 TEST_F(PortalOfOnePage, IsNoneWhereACertificateOfItsAddressVerifies) {
-  const testsupport::WebServer server(testsupport::TrustedAuthority().TlsServerBlock(
+  const TestSupport::WebServer server(TestSupport::TrustedAuthority().TlsServerBlock(
       "wrong-host", "listen 10.1.0.1:@PORT@ ssl;\nlisten 10.1.0.1:80;"));
   const std::string secure = "https://stores.example:" + std::to_string(server.Port()) + "/";
   RecordedService service([](const std::string& host) {

@@ -10,12 +10,12 @@
 
 #include <map>
 
-using testsupport::LoopbackListener;
-using testsupport::RawServer;
-using testsupport::Response;
-using testsupport::ServerBlock;
-using testsupport::TrustedAuthority;
-using testsupport::WebServer;
+using TestSupport::LoopbackListener;
+using TestSupport::RawServer;
+using TestSupport::Response;
+using TestSupport::ServerBlock;
+using TestSupport::TrustedAuthority;
+using TestSupport::WebServer;
 using Wayfinding::HostLookups;
 using Wayfinding::ParseBeaconAddress;
 using Wayfinding::ProbeAnswer;

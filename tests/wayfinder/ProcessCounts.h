@@ -6,7 +6,7 @@
 #include <iterator>
 #include <thread>
 
-namespace testsupport {
+namespace TestSupport {
 
 inline long CountEntries(const char* folder) {
   return std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator());
@@ -32,4 +32,4 @@ inline long RunningThreads() {
   return true;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

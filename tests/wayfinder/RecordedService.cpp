@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 using PropertyList::Array;
@@ -105,4 +105,4 @@ std::vector<RecordedService::Change> RecordedService::Changes() const {
   return changes_;
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

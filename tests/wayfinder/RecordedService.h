@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace testsupport {
+namespace TestSupport {
 
 inline constexpr char kStore[] = "https://store.example/Main";
 
@@ -74,4 +74,4 @@ class RecordedService {
   std::optional<Wayfinding::LocationService> service_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace testsupport {
+namespace TestSupport {
 
 // Whole HTTP responses that end their connection.
 inline std::string Response(const std::string& status, const std::string& headers = {}) {
@@ -12,4 +12,4 @@ inline const std::string kGood = Response("200 OK");
 inline const std::string kUnavailable = Response("503 Service Unavailable");
 inline const std::string kToPortal = Response("302 Found", "Location: http://portal.example/login\r\n");
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -9,7 +9,7 @@
 
 #include <array>
 
-namespace testsupport {
+namespace TestSupport {
 namespace {
 
 void CarryOne(int from, int to) {
@@ -26,7 +26,7 @@ TunnelEnd::TunnelEnd(const std::string& name, bool isTap)
   ifreq request{};
   request.ifr_flags = static_cast<short>((isTap ? IFF_TAP : IFF_TUN) | IFF_NO_PI);
   name.copy(request.ifr_name, IFNAMSIZ - 1);
-  if (device.Get() >= 0 && ::ioctl(device.Get(), TUNSETIFF, &request) != 0) device = FileDescriptor();
+  if (device.Get() >= 0 && ::ioctl(device.Get(), TUNSETIFF, &request) != 0) device = Files::FileDescriptor();
 }
 
 TunnelPair::TunnelPair(const TunnelEnd& near, const TunnelEnd& far)
@@ -49,4 +49,4 @@ void TunnelPair::Carry() {
   }
 }
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -5,14 +5,14 @@
 #include <string>
 #include <thread>
 
-namespace testsupport {
+namespace TestSupport {
 
 // One end of a tunnel: a tun or tap link of the namespace in which it is made.
 struct TunnelEnd {
   // Not open where the machine has none to give.
   TunnelEnd(const std::string& name, bool isTap);
 
-  FileDescriptor device;
+  Files::FileDescriptor device;
 };
 
 // Carries packets between two ends until it goes.
@@ -26,8 +26,8 @@ class TunnelPair {
 
   int near_;
   int far_;
-  FileDescriptor stop_;
+  Files::FileDescriptor stop_;
   std::thread thread_;
 };
 
-}  // namespace testsupport
+}  // namespace TestSupport

@@ -14,19 +14,19 @@
 #include <list>
 #include <optional>
 
-using testsupport::AddressServer;
-using testsupport::FakeNetworkManager;
-using testsupport::kGood;
-using testsupport::kStore;
-using testsupport::RecordedService;
-using testsupport::TunnelEnd;
-using testsupport::TunnelPair;
+using TestSupport::AddressServer;
+using TestSupport::FakeNetworkManager;
+using TestSupport::kGood;
+using TestSupport::kStore;
+using TestSupport::RecordedService;
+using TestSupport::TunnelEnd;
+using TestSupport::TunnelPair;
 
 namespace {
 
 constexpr char kBehindTunnel[] = "http://10.8.0.2/";
 
-class Tunnels : public testsupport::NetworkNamespaces {
+class Tunnels : public TestSupport::NetworkNamespaces {
  protected:
   void SetUp() override {
     NetworkNamespaces::SetUp();
@@ -113,7 +113,7 @@ TEST_F(Tunnels, NetworkManagerIsAskedOnceForALink) {
   }
   service_.SetStores({{kStore, beacons, {}}});
   EXPECT_TRUE(service_.WaitForLocation(kStore, Wayfinder::kLAN));
-  EXPECT_TRUE(testsupport::ComesTrue([&silent] { return silent.Questions() > 0; }));
+  EXPECT_TRUE(TestSupport::ComesTrue([&silent] { return silent.Questions() > 0; }));
   EXPECT_EQ(silent.Questions(), 1);
 }
 
@@ -125,7 +125,7 @@ TEST_F(Tunnels, ADefaultRouteThroughALinkThatNetworkManagerCallsAVPNIsTransient)
   ExpectLocation(Wayfinder::kVPN);
   EXPECT_NE(service_.Flags() & Wayfinder::kTransientConnection, 0U);
   service_.SetStores({});
-  EXPECT_TRUE(testsupport::ComesTrue([this] {
+  EXPECT_TRUE(TestSupport::ComesTrue([this] {
     return (service_.Flags() & Wayfinder::kTransientConnection) == 0;
   })) << "nobody watches the network any more";
 }

@@ -8,13 +8,15 @@
 #include <string>
 #include <utility>
 
+namespace Credential {
 namespace {
 
-namespace Words = CredentialWords;
+namespace Words = CredentialWire::CredentialWords;
 using State = CredentialStore::State;
 
 // Whether the reply is complete: a value with a line feed or a NUL cannot be sent.
-CredentialMessage WithStatus(CredentialMessage reply, std::string_view status) {
+CredentialWire::CredentialMessage WithStatus(CredentialWire::CredentialMessage reply,
+                                             std::string_view status) {
   static_cast<void>(reply.Set(Words::kStatus, status));
   return reply;
 }
@@ -33,14 +35,14 @@ std::string_view WordFor(State state) {
   return Words::kFailed;
 }
 
-void Describe(const CredentialStore& store, CredentialMessage& reply) {
+void Describe(const CredentialStore& store, CredentialWire::CredentialMessage& reply) {
   std::string reason = store.Reason();
   std::replace(reason.begin(), reason.end(), '\n', ' ');
   static_cast<void>(reply.Set(Words::kSecretService, WordFor(store.ServiceState())));
   if (!reason.empty()) static_cast<void>(reply.Set(Words::kReason, reason));
 }
 
-CredentialStore::Place PlaceOf(const CredentialMessage& request) {
+CredentialStore::Place PlaceOf(const CredentialWire::CredentialMessage& request) {
   return {std::string(request.Get(Words::kProtocol)), std::string(request.Get(Words::kHost)),
           std::string(request.Get(Words::kRealm))};
 }
@@ -52,29 +54,31 @@ bool NeedsCode(std::string_view authentication) {
 
 // The service is everybody's: what another program has put there may hold a line feed at its end.
 bool IsSendable(const CredentialStore::Login& login) {
-  CredentialMessage message;
+  CredentialWire::CredentialMessage message;
   return message.Set(Words::kUserName, login.userName) &&
          message.Set(Words::kPassword, login.password.View());
 }
 
-CredentialMessage Given(CredentialMessage reply, std::string_view source, const LogOn& logOn) {
+CredentialWire::CredentialMessage Given(CredentialWire::CredentialMessage reply, std::string_view source,
+                                        const LogOn& logOn) {
   const bool isSendable = reply.Set(Words::kSource, source) && reply.Set(Words::kUserName, logOn.userName) &&
                           reply.Set(Words::kPassword, logOn.password.View()) &&
                           reply.Set(Words::kCode, logOn.code.View()) &&
                           reply.Set(Words::kRemember, logOn.remember ? Words::kYes : Words::kNo);
   if (isSendable) return WithStatus(std::move(reply), Words::kOK);
-  CredentialMessage failure;
+  CredentialWire::CredentialMessage failure;
   return WithStatus(std::move(failure), Words::kFailed);
 }
 
-CredentialMessage AnswerGet(const CredentialMessage& request, int interruption) {
+CredentialWire::CredentialMessage AnswerGet(const CredentialWire::CredentialMessage& request,
+                                            int interruption) {
   const CredentialStore::Place place = PlaceOf(request);
   const bool wasRejected = request.Get(Words::kRejected) == Words::kYes;
   CredentialStore store;
   // A rejected one is looked up as well: that tells whether the next one can be kept.
   std::optional<CredentialStore::Login> stored = store.Find(place);
   if (wasRejected || (stored && !IsSendable(*stored))) stored.reset();
-  CredentialMessage reply;
+  CredentialWire::CredentialMessage reply;
   Describe(store, reply);
 
   LogOnQuestion question;
@@ -91,7 +95,7 @@ CredentialMessage AnswerGet(const CredentialMessage& request, int interruption) 
   question.canRemember = store.ServiceState() == State::Available;
   if (stored) question.knownUserName = stored->userName;
 
-  std::optional<Terminal> terminal = Terminal::Open(interruption);
+  std::optional<Terminal::Terminal> terminal = Terminal::Terminal::Open(interruption);
   if (!terminal) return WithStatus(std::move(reply), Words::kNoTerminal);
   std::optional<LogOn> logOn;
   if (terminal->TakeTurn()) logOn = AskToLogOn(*terminal, question);
@@ -100,27 +104,29 @@ CredentialMessage AnswerGet(const CredentialMessage& request, int interruption) 
   return Given(std::move(reply), stored ? Words::kStored : Words::kAsked, *logOn);
 }
 
-CredentialMessage AnswerStore(const CredentialMessage& request) {
+CredentialWire::CredentialMessage AnswerStore(const CredentialWire::CredentialMessage& request) {
   CredentialStore store;
   const CredentialStore::Login login{std::string(request.Get(Words::kUserName)),
-                                     Secret(request.Get(Words::kPassword))};
+                                     CredentialWire::Secret(request.Get(Words::kPassword))};
   const bool done = store.Store(PlaceOf(request), login);
-  CredentialMessage reply;
+  CredentialWire::CredentialMessage reply;
   Describe(store, reply);
   return WithStatus(std::move(reply), done ? Words::kOK : Words::kFailed);
 }
 
-CredentialMessage AnswerErase(const CredentialMessage& request) {
+CredentialWire::CredentialMessage AnswerErase(const CredentialWire::CredentialMessage& request) {
   CredentialStore store;
   const bool done = store.Erase(PlaceOf(request), std::string(request.Get(Words::kUserName)));
-  CredentialMessage reply;
+  CredentialWire::CredentialMessage reply;
   Describe(store, reply);
   return WithStatus(std::move(reply), done ? Words::kOK : Words::kFailed);
 }
 
 }  // namespace
 
-CredentialMessage AnswerTo(std::string_view action, const CredentialMessage& request, int interruption) {
+CredentialWire::CredentialMessage AnswerTo(std::string_view action,
+                                           const CredentialWire::CredentialMessage& request,
+                                           int interruption) {
   const bool namesPlace = !request.Get(Words::kProtocol).empty() && !request.Get(Words::kHost).empty();
   const bool namesUser = !request.Get(Words::kUserName).empty();
   if (namesPlace && action == Words::kGet) return AnswerGet(request, interruption);
@@ -128,3 +134,5 @@ CredentialMessage AnswerTo(std::string_view action, const CredentialMessage& req
   if (namesPlace && namesUser && action == Words::kErase) return AnswerErase(request);
   return WithStatus({}, Words::kBadRequest);
 }
+
+}  // namespace Credential

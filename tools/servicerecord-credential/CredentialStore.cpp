@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+namespace Credential {
 namespace {
 
 using State = CredentialStore::State;
@@ -19,12 +20,12 @@ constexpr const char* kHost = "host";
 constexpr const char* kRealm = "realm";
 constexpr const char* kUserName = "username";
 
-using TablePtr = UniqueHandle<GHashTable, g_hash_table_unref>;
-using ErrorPtr = UniqueHandle<GError, g_error_free>;
-using ServicePtr = UniqueHandle<SecretService, g_object_unref>;
-using CollectionPtr = UniqueHandle<SecretCollection, g_object_unref>;
-using ItemPtr = UniqueHandle<SecretItem, g_object_unref>;
-using ValuePtr = UniqueHandle<SecretValue, secret_value_unref>;
+using TablePtr = Lifetime::UniqueHandle<GHashTable, g_hash_table_unref>;
+using ErrorPtr = Lifetime::UniqueHandle<GError, g_error_free>;
+using ServicePtr = Lifetime::UniqueHandle<SecretService, g_object_unref>;
+using CollectionPtr = Lifetime::UniqueHandle<SecretCollection, g_object_unref>;
+using ItemPtr = Lifetime::UniqueHandle<SecretItem, g_object_unref>;
+using ValuePtr = Lifetime::UniqueHandle<SecretValue, secret_value_unref>;
 
 // Receives what a call of the library had to complain about.
 class Complaint {
@@ -104,12 +105,12 @@ std::string UserNameOf(SecretItem* item) {
   return name != nullptr ? static_cast<const char*>(name) : std::string();
 }
 
-Secret PasswordOf(SecretItem* item) {
+CredentialWire::Secret PasswordOf(SecretItem* item) {
   const ValuePtr value(secret_item_get_secret(item));
   if (!value) return {};
   gsize length = 0;
   const char* const bytes = secret_value_get(value.get(), &length);
-  return Secret(std::string_view(bytes, length));
+  return CredentialWire::Secret(std::string_view(bytes, length));
 }
 
 bool IsLocked(const ItemPtr& item) {
@@ -190,3 +191,5 @@ bool CredentialStore::Note(State state, std::string reason) {
   reason_ = std::move(reason);
   return state == State::Available;
 }
+
+}  // namespace Credential

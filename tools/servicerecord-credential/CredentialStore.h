@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+namespace Credential {
+
 // The credentials that the user's Secret Service keeps for this system. The one place that knows libsecret.
 // Never unlocks anything: that would open a window of somebody else's, or wait for one. One thread.
 class CredentialStore {
@@ -24,7 +26,7 @@ class CredentialStore {
   };
   struct Login {
     std::string userName;
-    Secret password;
+    CredentialWire::Secret password;
   };
 
   // Nothing when there is none, or it cannot be had. The service counts as available only where a new one
@@ -45,3 +47,5 @@ class CredentialStore {
   State state_ = State::Available;
   std::string reason_;
 };
+
+}  // namespace Credential

@@ -2,6 +2,8 @@
 
 #include "libs/Files/FileDescriptor.h"
 
+namespace Credential {
+
 // SIGINT, SIGTERM and SIGHUP as an event instead of the program's sudden end, so that a terminal gets its
 // mode back. Made before any thread starts.
 class Interruption {
@@ -12,5 +14,7 @@ class Interruption {
   [[nodiscard]] int Descriptor() const { return signals_.Get(); }
 
  private:
-  FileDescriptor signals_;
+  Files::FileDescriptor signals_;
 };
+
+}  // namespace Credential

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 
+namespace Credential {
 namespace {
 
 constexpr std::size_t kLongestAnswer = 1024;
@@ -22,9 +23,10 @@ bool IsFit(std::string_view text) {
   return std::ranges::none_of(text, util::IsAsciiControl) && util::IsUTF8(text);
 }
 
-std::optional<Secret> AskFor(Terminal& terminal, std::string_view question, Terminal::Echo echo) {
+std::optional<CredentialWire::Secret> AskFor(Terminal::Terminal& terminal, std::string_view question,
+                                             Terminal::Terminal::Echo echo) {
   std::array<char, kLongestAnswer> answer{};
-  std::optional<Secret> fit;
+  std::optional<CredentialWire::Secret> fit;
   while (const std::optional<std::size_t> length = terminal.Ask(question, answer, echo)) {
     const std::string_view text(answer.data(), *length);
     if (IsFit(text)) {
@@ -38,15 +40,14 @@ std::optional<Secret> AskFor(Terminal& terminal, std::string_view question, Term
 }
 
 std::string Shown(std::string_view text, std::size_t columns) {
-  const std::string clean =
-      TerminalText::SingleBlanks(TerminalText::OneLine(text, TerminalText::kLongestText));
-  return TerminalText::Indented(clean, columns) + "\n";
+  const std::string clean = Terminal::SingleBlanks(Terminal::OneLine(text, Terminal::kLongestText));
+  return Terminal::Indented(clean, columns) + "\n";
 }
 
 std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
   std::string text =
       question.isGateway ? "\nA gateway asks you to log on:\n\n" : "\nA store asks you to log on:\n\n";
-  text += TerminalText::Indented(question.server, columns) + "\n";
+  text += Terminal::Indented(question.server, columns) + "\n";
   if (!question.realm.empty())
     text += "\nIt calls what the password is for:\n\n" + Shown(question.realm, columns);
   if (question.wasRejected) text += "\nThe last answer was not accepted.\n";
@@ -57,27 +58,30 @@ std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
   return text + "\n";
 }
 
-bool AskForUserName(Terminal& terminal, LogOn& answer) {
-  const std::optional<Secret> name = AskFor(terminal, kUserNameQuestion, Terminal::Echo::On);
+bool AskForUserName(Terminal::Terminal& terminal, LogOn& answer) {
+  const std::optional<CredentialWire::Secret> name =
+      AskFor(terminal, kUserNameQuestion, Terminal::Terminal::Echo::On);
   if (name) answer.userName = util::Trimmed(name->View());
   return !answer.userName.empty();
 }
 
-bool AskForPassword(Terminal& terminal, LogOn& answer) {
-  std::optional<Secret> password = AskFor(terminal, kPasswordQuestion, Terminal::Echo::Off);
+bool AskForPassword(Terminal::Terminal& terminal, LogOn& answer) {
+  std::optional<CredentialWire::Secret> password =
+      AskFor(terminal, kPasswordQuestion, Terminal::Terminal::Echo::Off);
   if (password) answer.password = std::move(*password);
   return password.has_value();
 }
 
-bool AskForCode(Terminal& terminal, LogOn& answer) {
-  const std::optional<Secret> code = AskFor(terminal, kCodeQuestion, Terminal::Echo::Off);
-  if (code) answer.code = Secret(util::Trimmed(code->View()));
+bool AskForCode(Terminal::Terminal& terminal, LogOn& answer) {
+  const std::optional<CredentialWire::Secret> code =
+      AskFor(terminal, kCodeQuestion, Terminal::Terminal::Echo::Off);
+  if (code) answer.code = CredentialWire::Secret(util::Trimmed(code->View()));
   return !answer.code.IsEmpty();
 }
 
 }  // namespace
 
-std::optional<LogOn> AskToLogOn(Terminal& terminal, const LogOnQuestion& question) {
+std::optional<LogOn> AskToLogOn(Terminal::Terminal& terminal, const LogOnQuestion& question) {
   terminal.Forget();
   LogOn answer;
   answer.userName = question.knownUserName;
@@ -93,3 +97,5 @@ std::optional<LogOn> AskToLogOn(Terminal& terminal, const LogOnQuestion& questio
   answer.remember = question.canRemember && !isKnown && terminal.Confirm(kRememberQuestion);
   return answer;
 }
+
+}  // namespace Credential

@@ -6,7 +6,11 @@
 #include <string>
 #include <string_view>
 
+namespace Terminal {
 class Terminal;
+}
+
+namespace Credential {
 
 // What the user is asked to log on with. The texts come from a server and are made fit for the terminal; all
 // but the server, which is shown whole, are cut when they are long.
@@ -21,12 +25,14 @@ struct LogOnQuestion {
 };
 
 struct LogOn {
-  std::string userName;  // as known, where it was known
-  Secret password;       // empty where the user name was known
-  Secret code;
+  std::string userName;             // as known, where it was known
+  CredentialWire::Secret password;  // empty where the user name was known
+  CredentialWire::Secret code;
   bool remember = false;
 };
 
 // Asks on the terminal, which has taken its turn. Nothing when the user cancels: an empty user name or code,
 // or the end of the input.
-[[nodiscard]] std::optional<LogOn> AskToLogOn(Terminal& terminal, const LogOnQuestion& question);
+[[nodiscard]] std::optional<LogOn> AskToLogOn(Terminal::Terminal& terminal, const LogOnQuestion& question);
+
+}  // namespace Credential

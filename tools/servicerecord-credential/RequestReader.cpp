@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 
+namespace Credential {
 namespace {
 
 bool WaitFor(int input, int interruption) {
@@ -19,16 +20,20 @@ bool WaitFor(int input, int interruption) {
 
 }  // namespace
 
-std::optional<CredentialMessage> ReadRequest(int input, int interruption) {
-  Secret text;
-  while (text.View().size() <= CredentialMessage::kMaximumBytes && WaitFor(input, interruption)) {
+std::optional<CredentialWire::CredentialMessage> ReadRequest(int input, int interruption) {
+  CredentialWire::Secret text;
+  while (text.View().size() <= CredentialWire::CredentialMessage::kMaximumBytes &&
+         WaitFor(input, interruption)) {
     std::array<char, 4096> buffer;
     const ssize_t count = ::read(input, buffer.data(), buffer.size());
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
     if (count <= 0) return std::nullopt;
     text.Append({buffer.data(), static_cast<std::size_t>(count)});
     ::explicit_bzero(buffer.data(), buffer.size());
-    if (CredentialMessage::LengthOf(text.View())) return CredentialMessage::Parse(text.View());
+    if (CredentialWire::CredentialMessage::LengthOf(text.View()))
+      return CredentialWire::CredentialMessage::Parse(text.View());
   }
   return std::nullopt;
 }
+
+}  // namespace Credential

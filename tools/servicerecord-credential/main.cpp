@@ -23,10 +23,12 @@ bool WriteAll(int output, std::string_view text) {
 }
 
 int Converse(std::string_view action) {
-  const Interruption interruption;
-  std::optional<CredentialMessage> request = ReadRequest(STDIN_FILENO, interruption.Descriptor());
+  const Credential::Interruption interruption;
+  std::optional<CredentialWire::CredentialMessage> request =
+      Credential::ReadRequest(STDIN_FILENO, interruption.Descriptor());
   if (!request) request.emplace();
-  const CredentialMessage reply = AnswerTo(action, *request, interruption.Descriptor());
+  const CredentialWire::CredentialMessage reply =
+      Credential::AnswerTo(action, *request, interruption.Descriptor());
   return WriteAll(STDOUT_FILENO, reply.Text().View()) ? 0 : 1;
 }
 

@@ -24,5 +24,5 @@ int main(int argc, char** argv) {
   EnterHome();
   ::setsid();
   ::dup2(STDERR_FILENO, STDOUT_FILENO);  // this program's output ends at the agent
-  return DesktopIntegration::LaunchApplication(argv[1]) ? EXIT_SUCCESS : EXIT_FAILURE;
+  return Desktop::LaunchApplication(argv[1]) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -13,15 +13,16 @@
 #include <string>
 #include <vector>
 
+namespace Srctl {
 namespace {
 
-using commands::Status;
+using Commands::Status;
 
 // What the command line said, filled in by the parser.
 struct Arguments {
   std::string file;
   std::string id;
-  commands::StoreChoice store;
+  Commands::StoreChoice store;
   std::string gateway;
   std::string onOrOff;
   std::string url;
@@ -30,9 +31,9 @@ struct Arguments {
   bool jsonLines = false;
   Status status = Status::Done;
 
-  [[nodiscard]] printing::Format Format() const {
-    if (jsonLines) return printing::Format::JsonLines;
-    return json ? printing::Format::Json : printing::Format::Text;
+  [[nodiscard]] Printing::Format Format() const {
+    if (jsonLines) return Printing::Format::JsonLines;
+    return json ? Printing::Format::Json : Printing::Format::Text;
   }
 };
 
@@ -53,7 +54,7 @@ std::string UsageProblem(const CLI::App* app, const CLI::Error& error) {
         unknown.empty() ? "Name a command" : "There is no command or option \"" + unknown.front() + "\"";
   }
   const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
-  return "srctl: " + TerminalText::OneLine(problem) + ". How it is used: srctl " + command + "--help\n";
+  return "srctl: " + Terminal::OneLine(problem) + ". How it is used: srctl " + command + "--help\n";
 }
 
 void AddJson(CLI::App& command, Arguments& arguments) {
@@ -64,26 +65,26 @@ void AddOpen(CLI::App& app, Arguments& arguments) {
   CLI::App* command =
       app.add_subcommand("open", "Have the agent open a service-record file, and wait for the outcome");
   command->add_option("FILE", arguments.file, "The file, usually with the suffix cr")->required();
-  command->callback([&arguments] { arguments.status = commands::Open(arguments.file); });
+  command->callback([&arguments] { arguments.status = Commands::Open(arguments.file); });
 }
 
 void AddList(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("list", "List the stores");
   AddJson(*command, arguments);
-  command->callback([&arguments] { arguments.status = commands::List(arguments.Format()); });
+  command->callback([&arguments] { arguments.status = Commands::List(arguments.Format()); });
 }
 
 void AddShow(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("show", "Show one store with its gateways");
   command->add_option("ID", arguments.id, "The store's id, as in the list")->required()->check(kIsText);
   AddJson(*command, arguments);
-  command->callback([&arguments] { arguments.status = commands::Show(arguments.id, arguments.Format()); });
+  command->callback([&arguments] { arguments.status = Commands::Show(arguments.id, arguments.Format()); });
 }
 
 void AddDelete(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("delete", "Delete a store");
   command->add_option("ID", arguments.id, "The store's id, as in the list")->required()->check(kIsText);
-  command->callback([&arguments] { arguments.status = commands::Delete(arguments.id); });
+  command->callback([&arguments] { arguments.status = Commands::Delete(arguments.id); });
 }
 
 void AddDefaultGateway(CLI::App& app, Arguments& arguments) {
@@ -94,13 +95,13 @@ void AddDefaultGateway(CLI::App& app, Arguments& arguments) {
   store->require_option(1);
   command->add_option("NAME", arguments.gateway, "The gateway's name")->required()->check(kIsText);
   command->callback(
-      [&arguments] { arguments.status = commands::DefaultGateway(arguments.store, arguments.gateway); });
+      [&arguments] { arguments.status = Commands::DefaultGateway(arguments.store, arguments.gateway); });
 }
 
 void AddDiscover(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("discover", "Check a discovery document and hand it to the agent");
   command->add_option("FILE", arguments.file, "The document, or - for standard input")->required();
-  command->callback([&arguments] { arguments.status = commands::Discover(arguments.file); });
+  command->callback([&arguments] { arguments.status = Commands::Discover(arguments.file); });
 }
 
 void AddLogging(CLI::App& app, Arguments& arguments) {
@@ -109,8 +110,8 @@ void AddLogging(CLI::App& app, Arguments& arguments) {
   AddJson(*command, arguments);
   command->callback([&arguments] {
     arguments.status = arguments.onOrOff.empty()
-                           ? commands::ShowLogging(arguments.Format())
-                           : commands::SetLogging(arguments.onOrOff == "on", arguments.Format());
+                           ? Commands::ShowLogging(arguments.Format())
+                           : Commands::SetLogging(arguments.onOrOff == "on", arguments.Format());
   });
 }
 
@@ -137,7 +138,7 @@ void AddLocation(CLI::App& app, Arguments& arguments) {
   command->callback([&arguments, wait] {
     std::optional<std::chrono::seconds> limit;
     if (wait->count() > 0) limit = std::chrono::seconds(wait->as<unsigned>());
-    arguments.status = commands::Location(arguments.url, limit, arguments.Format());
+    arguments.status = Commands::Location(arguments.url, limit, arguments.Format());
   });
 }
 
@@ -146,20 +147,20 @@ void AddGateway(CLI::App& app, Arguments& arguments) {
   command->add_option("URL", arguments.url, "Any URL that points at the store")->required()->check(kIsText);
   AddJson(*command, arguments);
   command->callback(
-      [&arguments] { arguments.status = commands::Gateway(arguments.url, arguments.Format()); });
+      [&arguments] { arguments.status = Commands::Gateway(arguments.url, arguments.Format()); });
 }
 
 void AddReachability(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand("reachability", "Tell how the network is reached");
   AddJson(*command, arguments);
-  command->callback([&arguments] { arguments.status = commands::Reachability(arguments.Format()); });
+  command->callback([&arguments] { arguments.status = Commands::Reachability(arguments.Format()); });
 }
 
 void AddWatch(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand(
       "watch", "Print a line whenever the stores or a location change, until interrupted (Ctrl+C)");
   command->add_flag("--json", arguments.json, "Print a JSON object in each line");
-  command->callback([&arguments] { arguments.status = commands::Watch(arguments.Format()); });
+  command->callback([&arguments] { arguments.status = Commands::Watch(arguments.Format()); });
 }
 
 void AddDoctor(CLI::App& app, Arguments& arguments) {
@@ -173,8 +174,8 @@ void AddDoctor(CLI::App& app, Arguments& arguments) {
   CLI::Option* const store =
       command->add_option("--store", arguments.id, "Only the store with this id")->check(kIsText);
   command->callback([&arguments, store] {
-    arguments.status = store->count() > 0 ? commands::DoctorOfStore(arguments.id, arguments.Format())
-                                          : commands::Doctor(arguments.Format());
+    arguments.status = store->count() > 0 ? Commands::DoctorOfStore(arguments.id, arguments.Format())
+                                          : Commands::Doctor(arguments.Format());
   });
 }
 
@@ -199,3 +200,5 @@ int RunCommandLine(int argc, const char* const* argv) {
   }
   return static_cast<int>(arguments.status);
 }
+
+}  // namespace Srctl

@@ -16,7 +16,7 @@
 #include <fstream>
 #include <iostream>
 
-namespace commands {
+namespace Srctl::Commands {
 namespace {
 
 constexpr char kLogLevel[] = "LogLevel";
@@ -34,7 +34,7 @@ std::string ProblemWithFile(const std::string& file) {
 }
 
 bool ReadBounded(std::istream& in, std::string& content) {
-  content.resize(kMaximumDocumentBytes + 1);  // one more than allowed shows that there is too much
+  content.resize(DomLib::kMaximumDocumentBytes + 1);  // one more than allowed shows that there is too much
   in.read(content.data(), static_cast<std::streamsize>(content.size()));
   content.resize(static_cast<std::size_t>(in.gcount()));
   return !in.bad();
@@ -80,23 +80,23 @@ Status Open(const std::string& file) {
   });
 }
 
-Status List(printing::Format format) {
+Status List(Printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto stores = agent.AllStores();
     if (!stores) return ReportUnreachable(agent.Problem());
     if (stores->empty() && CannotReadStores(agent)) return RefuseWithoutStores();
-    printing::PrintStores(std::cout, *stores, format);
+    Printing::PrintStores(std::cout, *stores, format);
     return Status::Done;
   });
 }
 
-Status Show(const std::string& id, printing::Format format) {
+Status Show(const std::string& id, Printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto store = agent.StoreForID(id);
     if (!store) return ReportUnreachable(agent.Problem());
     if (store->id.empty())
       return RefuseForList(agent, "There is no store with the id " + Quoted(id) + ". Ids: srctl list");
-    printing::PrintStore(std::cout, *store, format);
+    Printing::PrintStore(std::cout, *store, format);
     return Status::Done;
   });
 }
@@ -132,7 +132,7 @@ Status Discover(const std::string& file) {
   if (const std::string problem = ReadDocument(file, document); !problem.empty()) {
     return Refuse(problem + " Name a file that holds a discovery document, or - for standard input.");
   }
-  const documentcheck::Result check = documentcheck::Check(document);
+  const DocumentCheck::Result check = DocumentCheck::Check(document);
   if (!check.problem.empty()) {
     return Refuse("The document was not handed over: " + check.problem + ".");
   }
@@ -147,37 +147,37 @@ Status Discover(const std::string& file) {
     if (CannotReadStores(agent)) return RefuseWithoutStores();
     for (const auto& [id, store] : check.stores) {
       std::cout << "Handed over the store " << Quoted(util::narrow(id)) << " ("
-                << TerminalText::OneLine(util::narrow(store.GetStoreName())) << ").\n";
+                << Terminal::OneLine(util::narrow(store.GetStoreName())) << ").\n";
     }
     return Status::Done;
   });
 }
 
-Status ShowLogging(printing::Format format) {
-  printing::PrintLogging(std::cout, UserDefaults::Standard().Integer(kLogLevel) != 0, format);
+Status ShowLogging(Printing::Format format) {
+  Printing::PrintLogging(std::cout, Files::UserDefaults::Standard().Integer(kLogLevel) != 0, format);
   return Status::Done;
 }
 
-Status SetLogging(bool on, printing::Format format) {
-  const auto folder = StandardDirectories::UserApplicationSupport();
+Status SetLogging(bool on, Printing::Format format) {
+  const auto folder = Files::StandardDirectories::UserApplicationSupport();
   if (!folder) return Refuse("There is no folder to save the setting in: HOME is not set.");
-  if (!UserDefaults::Standard().SetInteger(kLogLevel, on ? 1 : 0)) {
+  if (!Files::UserDefaults::Standard().SetInteger(kLogLevel, on ? 1 : 0)) {
     return Refuse("The setting could not be saved in " + Quoted(folder->string()) +
                   ". Check that it is a folder and that you may write there.");
   }
   const Status told = WithAgent([](AgentClient& agent) {
-    return agent.PostNotification(ServiceNames::kLoggingNotification, "")
+    return agent.PostNotification(Bus::ServiceNames::kLoggingNotification, "")
                ? Status::Done
                : ReportUnreachable(agent.Problem());
   });
   if (told != Status::Done) {
     std::cerr << "The setting is saved; an agent follows it from its next start.\n";
-  } else if (format == printing::Format::Json) {
-    printing::PrintLogging(std::cout, on, format);
+  } else if (format == Printing::Format::Json) {
+    Printing::PrintLogging(std::cout, on, format);
   } else {
     std::cout << "Logging is " << (on ? "on: ~/Library/Logs/ServiceRecord.log" : "off.") << '\n';
   }
   return told;
 }
 
-}  // namespace commands
+}  // namespace Srctl::Commands

@@ -6,7 +6,7 @@
 #include <string>
 
 // What each of srctl's commands does. Data goes to standard output, problems to standard error.
-namespace commands {
+namespace Srctl::Commands {
 
 enum class Status { Done = 0, Refused = 1, Usage = 2, Unreachable = 3 };
 
@@ -17,13 +17,13 @@ struct StoreChoice {
 };
 
 [[nodiscard]] Status Open(const std::string& file);
-[[nodiscard]] Status List(printing::Format format);
-[[nodiscard]] Status Show(const std::string& id, printing::Format format);
+[[nodiscard]] Status List(Printing::Format format);
+[[nodiscard]] Status Show(const std::string& id, Printing::Format format);
 [[nodiscard]] Status Delete(const std::string& id);
 [[nodiscard]] Status DefaultGateway(const StoreChoice& store, const std::string& gateway);
 // The file "-" is standard input.
 [[nodiscard]] Status Discover(const std::string& file);
-[[nodiscard]] Status ShowLogging(printing::Format format);
-[[nodiscard]] Status SetLogging(bool on, printing::Format format);
+[[nodiscard]] Status ShowLogging(Printing::Format format);
+[[nodiscard]] Status SetLogging(bool on, Printing::Format format);
 
-}  // namespace commands
+}  // namespace Srctl::Commands

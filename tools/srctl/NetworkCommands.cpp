@@ -10,7 +10,7 @@
 #include <csignal>
 #include <iostream>
 
-namespace commands {
+namespace Srctl::Commands {
 namespace {
 
 // The agent answers for every URL, so that a typing error would go unseen.
@@ -24,7 +24,7 @@ void TellThatNoStoreIsThere(AgentClient& agent, const std::string& url) {
 
 }  // namespace
 
-Status Location(const std::string& url, std::optional<std::chrono::seconds> wait, printing::Format format) {
+Status Location(const std::string& url, std::optional<std::chrono::seconds> wait, Printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto location = wait ? agent.DecidedLocationForStore(url, *wait) : agent.LocationForStore(url);
     if (!location) return ReportUnreachable(agent.Problem());
@@ -34,13 +34,13 @@ Status Location(const std::string& url, std::optional<std::chrono::seconds> wait
                     " is still not decided. Wait longer (--wait=SECONDS), or look for what holds it up: "
                     "srctl doctor");
     }
-    printing::PrintLocation(std::cout, url, *location, format);
+    Printing::PrintLocation(std::cout, url, *location, format);
     if (*location == Wayfinder::kOutside || *location == Wayfinder::kNone) TellThatNoStoreIsThere(agent, url);
     return Status::Done;
   });
 }
 
-Status Gateway(const std::string& url, printing::Format format) {
+Status Gateway(const std::string& url, Printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto found = agent.CurrentGatewayForStore(url);
     if (!found) return ReportUnreachable(agent.Problem());
@@ -49,24 +49,24 @@ Status Gateway(const std::string& url, printing::Format format) {
           agent, "There is no gateway for " + Quoted(url) +
                      ": no store has that address, or the store has no gateways. Stores: srctl list");
     }
-    printing::PrintCurrentGateway(std::cout, found->front(), format);
+    Printing::PrintCurrentGateway(std::cout, found->front(), format);
     return Status::Done;
   });
 }
 
-Status Reachability(printing::Format format) {
+Status Reachability(Printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto flags = agent.ReachabilityFlags();
     if (!flags) return ReportUnreachable(agent.Problem());
-    printing::PrintReachability(std::cout, *flags, format);
+    Printing::PrintReachability(std::cout, *flags, format);
     return Status::Done;
   });
 }
 
-Status Watch(printing::Format format) {
+Status Watch(Printing::Format format) {
   std::signal(SIGPIPE, SIG_IGN);  // output that nobody takes is told by the stream
   AgentWatch watch([format](const AgentEvent& event) {
-    printing::PrintEvent(std::cout, event, format);
+    Printing::PrintEvent(std::cout, event, format);
     return !std::cout.flush().fail();
   });
   switch (watch.Run()) {
@@ -81,4 +81,4 @@ Status Watch(printing::Format format) {
   return Status::Refused;
 }
 
-}  // namespace commands
+}  // namespace Srctl::Commands

@@ -5,8 +5,10 @@
 #include <string_view>
 #include <utility>
 
-DialogConversation::DialogConversation(HelperProcess program, std::string request, int interruption,
-                                       int furtherInterruption)
+namespace Dialogs {
+
+DialogConversation::DialogConversation(HelperProgram::HelperProcess program, std::string request,
+                                       int interruption, int furtherInterruption)
     : conversation_(std::move(program), interruption, furtherInterruption), request_(std::move(request)) {
   reply_.reserve(DialogWire::kMaximumReply);
 }
@@ -36,3 +38,5 @@ void DialogConversation::Read() {
   const std::span<char> free = std::span(buffer).first(buffer.size() - reply_.size());
   reply_.append(buffer.data(), conversation_.ReadSome(free));
 }
+
+}  // namespace Dialogs

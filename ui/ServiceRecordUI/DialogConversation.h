@@ -7,11 +7,14 @@
 #include <string>
 #include <string_view>
 
+namespace Dialogs {
+
 // What is said to one dialog program: requests go out, replies come in. Belongs to the thread that runs it.
 class DialogConversation {
  public:
   // The interruptions are descriptors that are only polled.
-  DialogConversation(HelperProcess program, std::string request, int interruption, int furtherInterruption);
+  DialogConversation(HelperProgram::HelperProcess program, std::string request, int interruption,
+                     int furtherInterruption);
 
   // Blocks until the program has replied to its first request that has no reply yet. Nothing when it ended,
   // closed its output or said anything but one of the replies, and when an interruption came first.
@@ -27,8 +30,10 @@ class DialogConversation {
   void Read();
   [[nodiscard]] std::optional<DialogWire::Reply> TakeReply();
 
-  HelperConversation conversation_;
+  HelperProgram::HelperConversation conversation_;
   std::string request_;
   std::string reply_;
   bool isOver_ = false;
 };
+
+}  // namespace Dialogs

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <utility>
 
+namespace Dialogs {
 namespace {
 
 constexpr const char* kTerminalProgram = "servicerecord-dialog";
@@ -44,9 +45,13 @@ std::optional<DialogConversation> DialogProgram::Begin(std::string request, int 
   const std::optional<std::filesystem::path> path = BesideModule(name_);
   if (!path) return std::nullopt;
   std::vector<std::string> arguments;
-  if (terminal_ >= 0) arguments.push_back(DialogWire::TerminalArgument(HelperProcess::kGivenDescriptor));
-  std::optional<HelperProcess> program = HelperProcess::Start(*path, std::move(arguments), terminal_);
+  if (terminal_ >= 0)
+    arguments.push_back(DialogWire::TerminalArgument(HelperProgram::HelperProcess::kGivenDescriptor));
+  std::optional<HelperProgram::HelperProcess> program =
+      HelperProgram::HelperProcess::Start(*path, std::move(arguments), terminal_);
   if (!program) return std::nullopt;
   return std::optional<DialogConversation>(std::in_place, std::move(*program), std::move(request),
                                            interruption, furtherInterruption);
 }
+
+}  // namespace Dialogs

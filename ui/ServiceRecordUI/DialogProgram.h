@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace Dialogs {
+
 // A program beside the module that can show a dialog.
 class DialogProgram {
  public:
@@ -24,3 +26,5 @@ class DialogProgram {
   const char* name_;
   int terminal_;
 };
+
+}  // namespace Dialogs

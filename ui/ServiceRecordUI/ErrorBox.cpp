@@ -10,11 +10,13 @@
 #include <optional>
 #include <utility>
 
+namespace Dialogs {
+
 ErrorBox::ErrorBox(int terminal, int termination)
     : terminal_(terminal < 0 ? -1 : ::fcntl(terminal, F_DUPFD_CLOEXEC, 0)), termination_(termination) {}
 
 ErrorBox::Adding ErrorBox::Add(std::string details) {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   if (isClosed_) return Adding::Closed;
   if (messages_.size() == kMostMessages) return Adding::Full;
   messages_.push_back(std::move(details));
@@ -36,12 +38,12 @@ void ErrorBox::Keep() noexcept {
 }
 
 bool ErrorBox::IsClosed() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   return isClosed_;
 }
 
 bool ErrorBox::IsDone() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   isClosed_ = shown_ == messages_.size();
   return isClosed_;
 }
@@ -71,19 +73,19 @@ bool ErrorBox::ShowBy(const DialogProgram& program) {
 
 void ErrorBox::SayMore(DialogConversation& conversation, std::size_t& said) {
   news_.Clear();
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   for (; said < messages_.size(); ++said) {
     conversation.Append(DialogWire::RequestFor(DialogWire::kErrorMessage, messages_[said]));
   }
 }
 
 std::size_t ErrorBox::Shown() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   return shown_;
 }
 
 void ErrorBox::CountShown() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   if (shown_ < messages_.size()) ++shown_;
 }
 
@@ -93,7 +95,9 @@ bool ErrorBox::IsTerminating() const {
 }
 
 std::vector<std::string> ErrorBox::Close() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   isClosed_ = true;
   return {messages_.begin() + static_cast<std::ptrdiff_t>(shown_), messages_.end()};
 }
+
+}  // namespace Dialogs

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace Dialogs {
+
 class DialogConversation;
 class DialogProgram;
 
@@ -43,11 +45,13 @@ class ErrorBox {
   [[nodiscard]] bool IsTerminating() const;
   [[nodiscard]] std::vector<std::string> Close();
 
-  FileDescriptor terminal_;
+  Files::FileDescriptor terminal_;
   int termination_;
-  EventFd news_;  // a message has come
-  Mutex mutex_;
+  Files::EventFd news_;  // a message has come
+  ThreadSafety::Mutex mutex_;
   std::vector<std::string> messages_ SR_GUARDED_BY(mutex_);
   std::size_t shown_ SR_GUARDED_BY(mutex_) = 0;  // the first ones
   bool isClosed_ SR_GUARDED_BY(mutex_) = false;
 };
+
+}  // namespace Dialogs

@@ -9,6 +9,7 @@
 #include <thread>
 #include <utility>
 
+namespace Dialogs {
 namespace {
 
 std::optional<std::uint64_t> OpeningOf(const std::string& details) {
@@ -21,7 +22,7 @@ std::optional<std::uint64_t> OpeningOf(const std::string& details) {
 }  // namespace
 
 ErrorBoxes& ErrorBoxes::Instance() {
-  static NoDestructor<ErrorBoxes> boxes;
+  static Lifetime::NoDestructor<ErrorBoxes> boxes;
   return *boxes;
 }
 
@@ -31,7 +32,7 @@ void ErrorBoxes::Show(std::string details, int terminal, int termination) {
 }
 
 bool ErrorBoxes::Take(const Opening& opening, std::string details, int terminal, int termination) {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   std::erase_if(open_, [](const Open& open) { return open.box->IsClosed(); });
   if (ErrorBox* const box = BoxOf(opening)) {
     const ErrorBox::Adding adding = box->Add(details);
@@ -51,3 +52,5 @@ ErrorBox* ErrorBoxes::BoxOf(const Opening& opening) {
   const auto found = std::ranges::find(open_, opening, &Open::opening);
   return found != open_.end() ? found->box.get() : nullptr;
 }
+
+}  // namespace Dialogs

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace Dialogs {
+
 class ErrorBox;
 
 // The error boxes that are open, one for each opening. There are only a few at a time, so that many bad
@@ -36,6 +38,8 @@ class ErrorBoxes {
   [[nodiscard]] bool Take(const Opening& opening, std::string details, int terminal, int termination);
   [[nodiscard]] ErrorBox* BoxOf(const Opening& opening) SR_REQUIRES(mutex_);
 
-  Mutex mutex_;
+  ThreadSafety::Mutex mutex_;
   std::vector<Open> open_ SR_GUARDED_BY(mutex_);
 };
+
+}  // namespace Dialogs

@@ -26,8 +26,8 @@ void Write(std::string_view reason, const std::string& details) {
   const auto* dictionary = root ? root->As<PropertyList::Dictionary>() : nullptr;
   if (dictionary == nullptr) return;
   const std::string text = TextOf(*dictionary, "ErrorTitle") + ": " + TextOf(*dictionary, "ErrorMessage");
-  SystemLog::Error(std::string(reason) + ": " +
-                   TerminalText::OneLine(TerminalText::SingleBlanks(text), kLongestLine));
+  trace::SystemLog::Error(std::string(reason) + ": " +
+                          Terminal::OneLine(Terminal::SingleBlanks(text), kLongestLine));
 }
 
 }  // namespace ErrorLog

@@ -50,8 +50,8 @@ int ResultOf(std::optional<Reply> reply) {
 int Ask(std::string_view dialog, const char* details) noexcept {
   if (details == nullptr) return SRUI_COULD_NOT_ASK;
   try {
-    for (const DialogProgram& program : DialogProgram::For(t_context.terminal)) {
-      std::optional<DialogConversation> conversation = program.Begin(
+    for (const Dialogs::DialogProgram& program : Dialogs::DialogProgram::For(t_context.terminal)) {
+      std::optional<Dialogs::DialogConversation> conversation = program.Begin(
           DialogWire::RequestFor(dialog, details), g_terminationDescriptor.load(), t_context.withdrawal);
       if (!conversation) continue;
       const std::optional<Reply> reply = conversation->AwaitReply();
@@ -74,7 +74,7 @@ int ReplaceStore(const char* details) {
 void ErrorMessage(const char* details) {
   if (details == nullptr || IsTerminating()) return;
   try {
-    ErrorBoxes::Instance().Show(details, t_context.terminal, g_terminationDescriptor.load());
+    Dialogs::ErrorBoxes::Instance().Show(details, t_context.terminal, g_terminationDescriptor.load());
   } catch (...) {
     return;
   }

@@ -5,11 +5,11 @@
 
 // One reference on an object.
 template <class Object>
-using ObjectPtr = UniqueHandle<Object, g_object_unref>;
+using ObjectPtr = Lifetime::UniqueHandle<Object, g_object_unref>;
 
-using TextPtr = UniqueHandle<char, g_free>;
-using ErrorPtr = UniqueHandle<GError, g_error_free>;
-using VariantPtr = UniqueHandle<GVariant, g_variant_unref>;
+using TextPtr = Lifetime::UniqueHandle<char, g_free>;
+using ErrorPtr = Lifetime::UniqueHandle<GError, g_error_free>;
+using VariantPtr = Lifetime::UniqueHandle<GVariant, g_variant_unref>;
 
 // One more reference on an object that somebody else holds.
 template <class Object>

@@ -40,11 +40,11 @@ const Place* PlaceAt(std::string_view pattern, std::initializer_list<Place> plac
 }  // namespace
 
 std::string Whole(std::string_view foreign) {
-  return WithHiddenShown(util::widen(TerminalText::SingleBlanks(foreign)));
+  return WithHiddenShown(util::widen(Terminal::SingleBlanks(foreign)));
 }
 
 std::string Name(std::string_view foreign) {
-  std::wstring text = util::widen(TerminalText::SingleBlanks(foreign));
+  std::wstring text = util::widen(Terminal::SingleBlanks(foreign));
   const bool isLong = text.size() > kLongestName;
   if (isLong) text.resize(kLongestName);
   std::string shown = WithHiddenShown(text);

@@ -5,7 +5,7 @@
 namespace Widgets {
 namespace {
 
-using AttributesPtr = UniqueHandle<PangoAttrList, pango_attr_list_unref>;
+using AttributesPtr = Lifetime::UniqueHandle<PangoAttrList, pango_attr_list_unref>;
 
 constexpr int kRowMargin = 12;
 constexpr int kRowEdge = 8;

@@ -31,13 +31,13 @@ namespace {
 // The rest of the time that the process has to end is for the last notifications and replies.
 constexpr std::chrono::seconds kTimeToFinish{4};
 
-constexpr Bus::Service kAgent{ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
-                              ServiceNames::kServiceRecordsInterface};
+constexpr Bus::Service kAgent{Bus::ServiceNames::kServiceRecords, Bus::ServiceNames::kServiceRecordsPath,
+                              Bus::ServiceNames::kServiceRecordsInterface};
 
 // A session that ends takes the bus along, which is no failure.
 [[noreturn]] void ExitWith(const std::string& line) {
-  SystemLog::Error(line);
-  std::exit(TerminationEvent::Requested() ? EXIT_SUCCESS : EXIT_FAILURE);
+  trace::SystemLog::Error(line);
+  std::exit(Termination::Requested() ? EXIT_SUCCESS : EXIT_FAILURE);
 }
 
 [[noreturn]] void ExitWithoutName(const std::string& name, const Bus::Error& error) {
@@ -63,22 +63,23 @@ AppDelegate::~AppDelegate() = default;
 void AppDelegate::applicationDidFinishLaunching() {
   forceFTAToThisAppForSuffix("cr");
   if (_respondingToFTA) {
-    TerminationEvent::Request();
+    Termination::Request();
     return;
   }
   _thisInstanceIsAgent = true;
   // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): who exits on the way leaves them to the system.
   std::unique_ptr<Bus::Connection> notifications = OpenConnection();
   LookAtNames(notifications.get());
-  changes_ = std::make_unique<ChangeQueue>(TerminationEvent::Requested);
+  changes_ = std::make_unique<Agent::ChangeQueue>(Termination::Requested);
   ServiceRecordInit();
   RetryInBackground();
   // Observed before either name is published, so that no notification is missed from then on.
   ObserveLoggingConfiguration(notifications.get());
   _beaconServer.reset(NewMrvBeaconService());
   _serviceRecordsServer.reset(NewMrvServiceRecordsServer());
-  _beaconsConnection = connectionForService(ServiceNames::kBeacons, OpenConnection());
-  _serviceRecordsConnection = connectionForService(ServiceNames::kServiceRecords, std::move(notifications));
+  _beaconsConnection = connectionForService(Bus::ServiceNames::kBeacons, OpenConnection());
+  _serviceRecordsConnection =
+      connectionForService(Bus::ServiceNames::kServiceRecords, std::move(notifications));
   // NOLINTEND(clang-analyzer-cplusplus.NewDeleteLeaks)
   ServeConnections();
 }
@@ -86,7 +87,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 // An agent that would end without its names must leave the other one's log and stores alone. Whoever takes a
 // name after this look loses it at the check-in, and the log to its lock.
 void AppDelegate::LookAtNames(Bus::Connection* bus) {
-  for (const char* name : {ServiceNames::kBeacons, ServiceNames::kServiceRecords}) {
+  for (const char* name : {Bus::ServiceNames::kBeacons, Bus::ServiceNames::kServiceRecords}) {
     if (bus != nullptr && bus->HasOwner(name)) ExitWithoutName(name, Bus::Error::OfResult(-EEXIST));
   }
 }
@@ -96,26 +97,26 @@ void AppDelegate::LookAtNames(Bus::Connection* bus) {
 void AppDelegate::RetryInBackground() {
   ServiceRecords::SRProvider::Instance().RetryWith(
       [this](std::chrono::seconds delay) {
-        MainLoop::Main().PutOff(delay, [this] { changes_->Add(TryAgain); });
+        Agent::MainLoop::Main().PutOff(delay, [this] { changes_->Add(TryAgain); });
       },
-      AnnounceStores);
+      Agent::AnnounceStores);
 }
 
 void AppDelegate::ObserveLoggingConfiguration(Bus::Connection* connection) {
-  DistributedNotificationCenter& center = DistributedNotificationCenter::defaultCenter();
-  center.addObserver(ServiceNames::kLoggingNotification, loggingConfigurationDidChange);
+  Agent::DistributedNotificationCenter& center = Agent::DistributedNotificationCenter::defaultCenter();
+  center.addObserver(Bus::ServiceNames::kLoggingNotification, loggingConfigurationDidChange);
   if (connection != nullptr && !center.Connect(*connection)) ExitWith("failed to observe notifications");
 }
 
 void AppDelegate::ServeConnections() {
   Bus::Connection& bus = *_serviceRecordsConnection;
-  beaconsObject_ = std::make_unique<BeaconsBusObject>(*_beaconServer);
+  beaconsObject_ = std::make_unique<Agent::BeaconsBusObject>(*_beaconServer);
   serviceRecordsObject_ =
-      std::make_unique<ServiceRecordsBusObject>(*_serviceRecordsServer, tasks_, *changes_);
+      std::make_unique<Agent::ServiceRecordsBusObject>(*_serviceRecordsServer, tasks_, *changes_);
   applicationObject_ =
-      std::make_unique<ApplicationBusObject>([this](const std::string& path) { openFile(path); });
-  client_ = std::make_unique<ClientApplication>(bus);
-  SetClientActivation([this] { client_->BringForward(); });
+      std::make_unique<Agent::ApplicationBusObject>([this](const std::string& path) { openFile(path); });
+  client_ = std::make_unique<Agent::ClientApplication>(bus);
+  Agent::SetClientActivation([this] { client_->BringForward(); });
   const bool served = beaconsObject_->Serve(*_beaconsConnection) && serviceRecordsObject_->Serve(bus) &&
                       applicationObject_->Serve(bus);
   if (!served) ExitWith("failed to serve the objects of the agent's services");
@@ -126,7 +127,7 @@ std::unique_ptr<Bus::Connection> AppDelegate::connectionForService(
   if (connection == nullptr) ExitWith("failed to create connection for service '" + name + "'");
   const Bus::Result<> named = connection->RequestName(name);
   if (!named) ExitWithoutName(name, named.Failure());
-  if (!MainLoop::Main().Attach(*connection)) {
+  if (!Agent::MainLoop::Main().Attach(*connection)) {
     ExitWith("failed getting receivePort for service '" + name + "'");
   }
   return connection;
@@ -145,22 +146,23 @@ bool AppDelegate::openFile(const std::string& path) {
 // A file that cannot be delivered is dropped silently.
 void AppDelegate::ForwardToAgent(const std::string& path) {
   const auto bus = OpenConnection();
-  if (bus == nullptr || !MainLoop::Main().Attach(*bus)) return;
+  if (bus == nullptr || !Agent::MainLoop::Main().Attach(*bus)) return;
   bool answered = false;
   // Without a time-out: the user may take as long as the dialogs are open.
   const Bus::Result<Bus::Slot> call = bus->CallAsync(
       kAgent, {.timeOut = Bus::kForEver}, "handleServiceRecordFTA",
       [&answered](const Bus::Result<Bus::Message>& /*reply*/) { answered = true; }, path);
-  if (call) MainLoop::Main().RunUntil([&answered] { return answered; });
+  if (call) Agent::MainLoop::Main().RunUntil([&answered] { return answered; });
   bus->Detach();  // the loop goes on, and its end is not this connection's
 }
 
 bool AppDelegate::forceFTAToThisAppForSuffix(const std::string& suffix) {
-  return DesktopIntegration::BecomeDefaultHandler(suffix);
+  return Desktop::BecomeDefaultHandler(suffix);
 }
 
 void AppDelegate::applicationWillTerminate() {
-  DistributedNotificationCenter::defaultCenter().removeObserver(ServiceNames::kLoggingNotification);
+  Agent::DistributedNotificationCenter::defaultCenter().removeObserver(
+      Bus::ServiceNames::kLoggingNotification);
 }
 
 void AppDelegate::loggingConfigurationDidChange() {
@@ -168,14 +170,14 @@ void AppDelegate::loggingConfigurationDidChange() {
 }
 
 void AppDelegate::Finish(int status) {
-  TerminationEvent::Request();  // also when the loop ended for another reason: a lost bus
+  Termination::Request();  // also when the loop ended for another reason: a lost bus
   MorvaneWarden_CancelRequests();
-  SetClientActivation(nullptr);
+  Agent::SetClientActivation(nullptr);
   WFSetLocationFunc(nullptr);
   const bool allEnded = FinishWork();
   SayLastWords();
   if (!allEnded) ServiceRecords::SRProvider::WhileNotSaving([status] { ::_exit(status); });
-  DistributedNotificationCenter::defaultCenter().Disconnect();
+  Agent::DistributedNotificationCenter::defaultCenter().Disconnect();
 }
 
 bool AppDelegate::FinishWork() {
@@ -190,12 +192,12 @@ bool AppDelegate::FinishWork() {
 // What the ended threads have left to be sent, and the answers to the calls that came until now: of which one
 // may be waiting for the other.
 void AppDelegate::SayLastWords() {
-  MainLoop::Main().RunPosted();
+  Agent::MainLoop::Main().RunPosted();
   Bus::Connection* const connections[] = {_beaconsConnection.get(), _serviceRecordsConnection.get()};
   for (Bus::Connection* const connection : connections) {
     if (connection != nullptr) connection->ProcessArrived();
   }
-  while (MainLoop::Main().RunPosted()) {
+  while (Agent::MainLoop::Main().RunPosted()) {
   }
   for (Bus::Connection* const connection : connections) {
     if (connection != nullptr) static_cast<void>(connection->Flush());

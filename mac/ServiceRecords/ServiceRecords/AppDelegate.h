@@ -6,13 +6,15 @@
 #include <memory>
 #include <string>
 
+namespace Agent {
 class ApplicationBusObject;
 class BeaconsBusObject;
 class ChangeQueue;
 class ClientApplication;
+class ServiceRecordsBusObject;
+}  // namespace Agent
 class MrvBeaconSvr;
 class MrvServiceRecordsSvr;
-class ServiceRecordsBusObject;
 
 // The life of the process: an instance started only to deliver a file forwards it and ends; any other becomes
 // the agent and serves both names until it is terminated. Main thread.
@@ -53,16 +55,16 @@ class AppDelegate {
   void SayLastWords();
 
   // Let go in the reverse order: objects before the connections that serve them, those before the servers.
-  BackgroundTasks tasks_;
-  std::unique_ptr<ChangeQueue> changes_;  // the agent's only
+  Agent::BackgroundTasks tasks_;
+  std::unique_ptr<Agent::ChangeQueue> changes_;  // the agent's only
   std::unique_ptr<MrvServiceRecordsSvr> _serviceRecordsServer;
   std::unique_ptr<MrvBeaconSvr> _beaconServer;
   std::unique_ptr<Bus::Connection> _serviceRecordsConnection;
   std::unique_ptr<Bus::Connection> _beaconsConnection;
-  std::unique_ptr<BeaconsBusObject> beaconsObject_;
-  std::unique_ptr<ServiceRecordsBusObject> serviceRecordsObject_;
-  std::unique_ptr<ApplicationBusObject> applicationObject_;
-  std::unique_ptr<ClientApplication> client_;
+  std::unique_ptr<Agent::BeaconsBusObject> beaconsObject_;
+  std::unique_ptr<Agent::ServiceRecordsBusObject> serviceRecordsObject_;
+  std::unique_ptr<Agent::ApplicationBusObject> applicationObject_;
+  std::unique_ptr<Agent::ClientApplication> client_;
   bool _respondingToFTA = false;
   bool _thisInstanceIsAgent = false;
 };

@@ -19,17 +19,17 @@ namespace {
 constexpr std::uint64_t kMaximumLogBytes = std::uint64_t{64} << 20;
 
 // Like the stream, they outlive every static object that may trace on its way out.
-NoDestructor<LogFileBuffer> g_wBuff;
-NoDestructor<std::string> g_logPath;
+Lifetime::NoDestructor<Agent::LogFileBuffer> g_wBuff;
+Lifetime::NoDestructor<std::string> g_logPath;
 bool g_logWasOpened = false;
 
 // Standard error is the console of a program without a window. A channel that cannot be opened drops what is
 // written to it.
-LogFileBuffer& ConsoleChannel() {
-  struct Channel : LogFileBuffer {
+Agent::LogFileBuffer& ConsoleChannel() {
+  struct Channel : Agent::LogFileBuffer {
     Channel() { OpenStandardError(); }
   };
-  static NoDestructor<Channel> channel;
+  static Lifetime::NoDestructor<Channel> channel;
   return *channel;
 }
 
@@ -59,10 +59,10 @@ std::string LogFolder() {
 }  // namespace
 
 void InitLog(const std::string& fileName) {
-  static NoDestructor<LogFile> log;
+  static Lifetime::NoDestructor<LogFile> log;
   const std::lock_guard lock(wdbgMutex);
   if (!NoTraceOption && !ConsoleOption) {
-    static_cast<void>(StandardDirectories::CreateDirectories(LogFolder()));
+    static_cast<void>(Files::StandardDirectories::CreateDirectories(LogFolder()));
     *g_logPath = LogFolder() + fileName;
     g_wBuff->OpenKeepingBackup(*g_logPath);
   }
@@ -87,9 +87,9 @@ std::string PrintfFormat(std::string_view format) {
 }
 
 // A format that does not fit its arguments is written as it stands: logging never fails its caller.
-std::string Formatted(std::string_view format, std::span<const LogArgument> arguments) {
+std::string Formatted(std::string_view format, std::span<const Agent::LogArgument> arguments) {
   fmt::dynamic_format_arg_store<fmt::printf_context> store;
-  for (const LogArgument& argument : arguments) {
+  for (const Agent::LogArgument& argument : arguments) {
     if (const auto* text = std::get_if<std::string_view>(&argument.Get())) {
       store.push_back(std::string(*text));
     } else {
@@ -113,14 +113,14 @@ std::string LossyASCII(const std::string& utf8) {
 
 }  // namespace
 
-void CSRLogv(std::uint32_t level, std::string_view format, std::span<const LogArgument> arguments) {
+void CSRLogv(std::uint32_t level, std::string_view format, std::span<const Agent::LogArgument> arguments) {
   if (trace::Statement statement(level, kLogModule, kLogLine); statement.Listens()) {
     statement << LossyASCII(Formatted(format, arguments));
   }
 }
 
 void ServiceRecordUpdateLoggingFromPrefs() {
-  const bool logging = UserDefaults::Standard().Integer("LogLevel") != 0;
+  const bool logging = Files::UserDefaults::Standard().Integer("LogLevel") != 0;
   // Held throughout, so that no other record comes between the last line and the switch.
   const std::lock_guard lock(trace::wdbgMutex);
   if (!logging && trace::IsEnabled()) CSRLog(0, "Logging Deactivated");
@@ -134,7 +134,7 @@ void ServiceRecordUpdateLoggingFromPrefs() {
     trace::InitLog("ServiceRecord.log");
     trace::g_logWasOpened = true;
   }
-  CSRLog(0, "Service Records Logging Active (v%@)", Bundle::Main().InfoString("MorvaneVersionString"));
+  CSRLog(0, "Service Records Logging Active (v%@)", Files::Bundle::Main().InfoString("MorvaneVersionString"));
 }
 
 void ServiceRecordWFLogFunc(const char* message) {

@@ -19,6 +19,8 @@ void InitLog(const std::string& fileName);
 
 }  // namespace trace
 
+namespace Agent {
+
 // One argument of a CSRLog format: text, which it borrows, or a whole number.
 class LogArgument {
  public:
@@ -32,13 +34,15 @@ class LogArgument {
   std::variant<std::string_view, long long> value_;
 };
 
+}  // namespace Agent
+
 // Writes one record with the fixed location of the agent's main module. The format is printf's, with %@ for
 // an object's description; characters outside ASCII are written as question marks.
-void CSRLogv(std::uint32_t level, std::string_view format, std::span<const LogArgument> arguments);
+void CSRLogv(std::uint32_t level, std::string_view format, std::span<const Agent::LogArgument> arguments);
 
 template <class... Arguments>
 void CSRLog(std::uint32_t level, std::string_view format, const Arguments&... arguments) {
-  const std::array<LogArgument, sizeof...(arguments)> packed{LogArgument(arguments)...};
+  const std::array<Agent::LogArgument, sizeof...(arguments)> packed{Agent::LogArgument(arguments)...};
   CSRLogv(level, format, packed);
 }
 

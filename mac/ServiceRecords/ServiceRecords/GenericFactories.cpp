@@ -5,8 +5,8 @@
 #include "libs/Lifetime/NoDestructor.h"
 
 CGenericFactories& CGenericFactories::Instance() {
-  static NoDestructor<CGenericFactories> instance(std::make_unique<CMacCSFactory>(),
-                                                  std::make_unique<CMacConfiguration>(true),
-                                                  std::make_unique<CMacConfiguration>(false));
+  static Lifetime::NoDestructor<CGenericFactories> instance(std::make_unique<CMacCSFactory>(),
+                                                            std::make_unique<CMacConfiguration>(true),
+                                                            std::make_unique<CMacConfiguration>(false));
   return *instance;
 }

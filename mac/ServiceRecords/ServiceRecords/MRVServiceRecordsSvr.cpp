@@ -42,7 +42,7 @@ std::string NameOf(SavedStores::State state) {
 
 }  // namespace
 
-MrvServiceRecordsSvr::MrvServiceRecordsSvr() : dictionaries_(BeaconKeys::Omitted, Bus::Text) {}
+MrvServiceRecordsSvr::MrvServiceRecordsSvr() : dictionaries_(Agent::BeaconKeys::Omitted, Bus::Text) {}
 
 MrvServiceRecordsSvr* NewMrvServiceRecordsServer() {
   return new MrvServiceRecordsSvr;
@@ -64,7 +64,7 @@ std::optional<PropertyList::Dictionary> MrvServiceRecordsSvr::storeForID(const s
   CSRLog(0, "[-] %s", kAllStores);
   std::optional<PropertyList::Dictionary> result;
   const ServiceRecords::SRStore* store = stores->ByID(util::widen(id));
-  if (store != nullptr) result = StoreDictionary(*store, BeaconKeys::Omitted, Bus::Text);
+  if (store != nullptr) result = Agent::StoreDictionary(*store, Agent::BeaconKeys::Omitted, Bus::Text);
   CSRLog(0, "[-] %s", kMethod);
   return result;
 }
@@ -84,7 +84,8 @@ bool MrvServiceRecordsSvr::setDefaultGatewayForStoreIDTo(const std::string& stor
 std::string MrvServiceRecordsSvr::uiBundlePath() {
   constexpr char kMethod[] = "MrvServiceRecordsSvr::uiBundlePath";
   CSRLog(0, "[+] %s", kMethod);
-  std::string path = Bundle::Main().BuiltInPlugInsPath().string() + "/" + PlugInDescription::kFolderName;
+  std::string path =
+      Files::Bundle::Main().BuiltInPlugInsPath().string() + "/" + SRUI::PlugInDescription::kFolderName;
   CSRLog(0, "[-] %s (%@)", kMethod, path);
   return path;
 }
@@ -119,7 +120,7 @@ void MrvServiceRecordsSvr::handleDiscoveryDocument(const std::string& xml) {
   SRProvider::Instance().InboundUpdate(util::widen(xml), updated);
   if (updated) {
     const std::lock_guard lock(_arrayLock);
-    if (_previousDiscoveryDocumentsXML.insert(Sha256(xml)).second) AnnounceStores();
+    if (_previousDiscoveryDocumentsXML.insert(Agent::Sha256(xml)).second) Agent::AnnounceStores();
   }
   CSRLog(0, "[-] %s", kMethod);
 }

@@ -41,10 +41,10 @@ class MrvServiceRecordsSvr {
   void handleDiscoveryDocument(const std::string& xml);
 
  private:
-  StoreDictionaries dictionaries_;  // the main thread's
+  Agent::StoreDictionaries dictionaries_;  // the main thread's
   std::mutex _arrayLock;
   // The documents already announced, each by its digest; never removed: deliberate.
-  std::set<Sha256Digest> _previousDiscoveryDocumentsXML;
+  std::set<Agent::Sha256Digest> _previousDiscoveryDocumentsXML;
 };
 
 // A new object, owned by the caller.

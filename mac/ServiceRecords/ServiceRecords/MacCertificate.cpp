@@ -15,23 +15,23 @@ std::string List(const std::vector<std::string>& items) {
 }  // namespace
 
 MacCertificate MacCertificate::certificateWithCertificateRef(X509* certificate) {
-  return MacCertificate(Retain(certificate));
+  return MacCertificate(Transfer::Retain(certificate));
 }
 
 std::optional<std::string> MacCertificate::commonName() const {
-  return CertificateNames::CommonName(certificateRef_.get());
+  return Transfer::CertificateNames::CommonName(certificateRef_.get());
 }
 
 std::optional<std::string> MacCertificate::organizationName() const {
-  return CertificateNames::Organization(certificateRef_.get());
+  return Transfer::CertificateNames::Organization(certificateRef_.get());
 }
 
 std::optional<std::string> MacCertificate::issuerName() const {
-  return CertificateNames::Issuer(certificateRef_.get());
+  return Transfer::CertificateNames::Issuer(certificateRef_.get());
 }
 
 std::vector<std::string> MacCertificate::dnsNames() const {
-  return CertificateNames::Hosts(certificateRef_.get());
+  return Transfer::CertificateNames::Hosts(certificateRef_.get());
 }
 
 bool MacCertificate::isSelfSigned() const {

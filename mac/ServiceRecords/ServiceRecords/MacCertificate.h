@@ -26,7 +26,7 @@ class MacCertificate {
   [[nodiscard]] std::string description() const;
 
  private:
-  explicit MacCertificate(X509Ptr certificate) : certificateRef_(std::move(certificate)) {}
+  explicit MacCertificate(Transfer::X509Ptr certificate) : certificateRef_(std::move(certificate)) {}
 
-  X509Ptr certificateRef_;
+  Transfer::X509Ptr certificateRef_;
 };

@@ -3,7 +3,8 @@
 #include "DbgTrace.h"
 #include "Files/ConfigurationFile.h"
 
-CMacConfiguration::CMacConfiguration(bool perUser) : ConfigurationTree(ConfigurationFile::OfScope(perUser)) {}
+CMacConfiguration::CMacConfiguration(bool perUser)
+    : ConfigurationTree(Agent::ConfigurationFile::OfScope(perUser)) {}
 
 bool CMacConfiguration::SetBinary(const std::wstring& /*key*/, const std::uint8_t* /*bytes*/,
                                   std::uint32_t /*size*/) const {

@@ -20,8 +20,9 @@ PropertyList::Array GatewayDictionaries(const GatewayLabel& defaultGateway,
   PropertyList::Array gateways;
   gateways.reserve(otherGateways.size() + 1);
   const auto& [defaultName, defaultURL] = defaultGateway;
-  if (!defaultURL.empty()) gateways.emplace_back(GatewayDictionary(defaultName, defaultURL, true));
-  for (const auto& [name, url] : otherGateways) gateways.emplace_back(GatewayDictionary(name, url, false));
+  if (!defaultURL.empty()) gateways.emplace_back(Agent::GatewayDictionary(defaultName, defaultURL, true));
+  for (const auto& [name, url] : otherGateways)
+    gateways.emplace_back(Agent::GatewayDictionary(name, url, false));
   return gateways;
 }
 
@@ -38,7 +39,7 @@ void MacIServiceRecordsNotifications::Init() {
 }
 
 const SRUIProtocol* MacIServiceRecordsNotifications::SRUIClass() {
-  return UIBundleLoader(Bundle::Main().BuiltInPlugInsPath(), TerminationEvent::Descriptor())
+  return Agent::UIBundleLoader(Files::Bundle::Main().BuiltInPlugInsPath(), Termination::Descriptor())
       .PrincipalClass(__PRETTY_FUNCTION__);
 }
 
@@ -54,7 +55,7 @@ std::int32_t MacIServiceRecordsNotifications::ShowTrustDialog(
                                    {"StoreURL", util::narrow(storeURL)}};
   PropertyList::Array gateways = GatewayDictionaries(defaultGateway, otherGateways);
   if (!gateways.empty()) details.Set("StoreGateways", std::move(gateways));
-  const BackgroundTasks::UserWait wait(BackgroundTasks::UserWait::End::InTurn);
+  const Agent::BackgroundTasks::UserWait wait(Agent::BackgroundTasks::UserWait::End::InTurn);
   return AnswerOf(userInterface->addStore(PropertyList::Write(details).c_str()));
 }
 
@@ -68,7 +69,7 @@ std::int32_t MacIServiceRecordsNotifications::ShowStoreReplaceDialog(const std::
   if (userInterface == nullptr) return kDeclined;
   const PropertyList::Dictionary details{{"StoreName", util::narrow(storeName)}};
   // Shown while the list is locked.
-  const BackgroundTasks::UserWait wait(BackgroundTasks::UserWait::End::AtOnce);
+  const Agent::BackgroundTasks::UserWait wait(Agent::BackgroundTasks::UserWait::End::AtOnce);
   return AnswerOf(userInterface->replaceStore(PropertyList::Write(details).c_str()));
 }
 

@@ -13,10 +13,10 @@ namespace ServiceRecords {
 namespace {
 
 // Null without memory.
-std::unique_ptr<GetRequest> MakeGet(const std::string& url, const TransferLimits& limits,
-                                    const std::wstring& extraHeaders) {
-  std::unique_ptr<GetRequest> request = GetRequest::Make(url, limits);
-  return request && AddHeaders(*request, extraHeaders) ? std::move(request) : nullptr;
+std::unique_ptr<Transfer::GetRequest> MakeGet(const std::string& url, const Transfer::TransferLimits& limits,
+                                              const std::wstring& extraHeaders) {
+  std::unique_ptr<Transfer::GetRequest> request = Transfer::GetRequest::Make(url, limits);
+  return request && Agent::AddHeaders(*request, extraHeaders) ? std::move(request) : nullptr;
 }
 
 // A redirect to the server itself names it as `pagelessURL` does, not in the ASCII form of its name in which
@@ -45,14 +45,14 @@ bool MacSRHTTPRequest::SendHTTPRequest(const std::wstring& extraHeaders) {
     CSRLog(2, "The URL passed to SendHTTPRequest was malformed (URL = %@)", address);
     return Failed();
   }
-  const std::unique_ptr<GetRequest> request = MakeGet(form.text, limits_, extraHeaders);
+  const std::unique_ptr<Transfer::GetRequest> request = MakeGet(form.text, limits_, extraHeaders);
   if (!request) {
     CSRLog(2, "Failed to create urlRequest in SendHTTPRequest (URL = %@)", address);
     return Failed();
   }
   status_ = request->Perform();
   if (status_ != 0) redirectedURL_ = AsWritten(request->RedirectedURL(), form.text, url_.GetPagelessURL());
-  if (status_ == GetRequest::kOK && util::IsUTF8(request->Body())) {
+  if (status_ == Transfer::GetRequest::kOK && util::IsUTF8(request->Body())) {
     body_ = util::widen(request->Body());
     return true;
   }

@@ -12,12 +12,12 @@ namespace ServiceRecords {
 // matter.
 class MacSRHTTPRequest : public SRHTTPRequest {
  public:
-  explicit MacSRHTTPRequest(const std::wstring& url, const TransferLimits& limits = {})
+  explicit MacSRHTTPRequest(const std::wstring& url, const Transfer::TransferLimits& limits = {})
       : SRHTTPRequest(url), limits_(limits) {}
   bool SendHTTPRequest(const std::wstring& extraHeaders) override;
 
  private:
-  TransferLimits limits_;
+  Transfer::TransferLimits limits_;
 };
 
 class MacSRHTTPRequestFactory : public SRHTTPRequestFactory {

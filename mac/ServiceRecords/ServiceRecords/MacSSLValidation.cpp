@@ -16,11 +16,11 @@ namespace ServiceRecords {
 bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
   assert(!downloading_);
   certificates_.clear();
-  errorCode_ = StreamErrorCode::kNone;
+  errorCode_ = Transfer::StreamErrorCode::kNone;
   const Address::SendingForm form = FormForSending(url_.GetSplitURL(), url_.GetPagelessURL());
   if (form.reading == Address::Reading::Same) DownloadHead(form.text);
   // Another server than the one to be shown: none of the store's other addresses may step in for that.
-  if (form.reading == Address::Reading::Other) errorCode_ = StreamErrorCode::kAnotherServer;
+  if (form.reading == Address::Reading::Other) errorCode_ = Transfer::StreamErrorCode::kAnotherServer;
   if (certificates_.empty()) {
     ReportFailure(errorCode_, details);
     return false;
@@ -31,14 +31,15 @@ bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
 }
 
 void MacSSLValidation::DownloadHead(const std::string& url) {
-  const std::unique_ptr<HeadRequest> stream = HeadRequest::Make(url);
+  const std::unique_ptr<Transfer::HeadRequest> stream = Transfer::HeadRequest::Make(url);
   if (!stream) return;
   downloading_ = true;
   const CURLcode result = stream->Perform();
   if (result == CURLE_OK) {
     TakeChain(stream->TrustedChain());
   } else {
-    errorCode_ = StreamErrorCode::FromTransfer(result, stream->Transfer().Trust().ReceivedFatalAlert());
+    errorCode_ =
+        Transfer::StreamErrorCode::FromTransfer(result, stream->Transfer().Trust().ReceivedFatalAlert());
     ReportReadError(stream->Reason());
   }
   downloading_ = false;
@@ -57,7 +58,7 @@ void MacSSLValidation::ReportReadError(const std::string& reason) const {
 
 void MacSSLValidation::ReportFailure(std::int64_t errorCode, SSLValidationDetails& details) const {
   const std::string address = url_.GetPagelessURL();
-  if (StreamErrorCode::IsTlsFailure(errorCode)) {
+  if (Transfer::StreamErrorCode::IsTlsFailure(errorCode)) {
     CSRLog(2, "Could not fetch certificates for URL %@", address);
     details.Result = SSLValidationDetails::kCertificatesNotFetched;
     details.AddError(Message(util::kMessageCertificatesNotFetched, url_.GetServer()));

@@ -17,16 +17,16 @@ namespace util {
 namespace {
 
 // The whole content, but at most one byte more than a document may have.
-std::string ReadDocument(const FileDescriptor& file) {
+std::string ReadDocument(const Files::FileDescriptor& file) {
   std::string content;
   char buffer[65536];
-  while (content.size() <= kMaximumDocumentBytes) {
+  while (content.size() <= DomLib::kMaximumDocumentBytes) {
     const ssize_t count = ::read(file.Get(), buffer, sizeof buffer);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) break;
     content.append(buffer, static_cast<std::size_t>(count));
   }
-  content.resize(std::min(content.size(), kMaximumDocumentBytes + 1));
+  content.resize(std::min(content.size(), DomLib::kMaximumDocumentBytes + 1));
   return content;
 }
 
@@ -35,7 +35,8 @@ std::string ReadDocument(const FileDescriptor& file) {
 bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
   // Not blocking, so that a pipe put in a document's place cannot hold the caller; a terminal there must not
   // become the caller's, whose hang-up would end it.
-  const FileDescriptor file(::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  const Files::FileDescriptor file(
+      ::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file) return false;
   struct stat status {};
   const bool regular = ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
@@ -48,7 +49,7 @@ bool WaitOneSecond() {
   const auto end = steady_clock::now() + std::chrono::seconds(1);
   // Rounded up, or the last part of the second would be spent in a busy loop.
   for (auto left = end - steady_clock::now(); left.count() > 0; left = end - steady_clock::now()) {
-    pollfd termination{TerminationEvent::Descriptor(), POLLIN, 0};
+    pollfd termination{Termination::Descriptor(), POLLIN, 0};
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
     if (::poll(&termination, 1, static_cast<int>(milliseconds)) > 0) return false;
   }

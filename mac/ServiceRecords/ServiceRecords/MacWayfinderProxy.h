@@ -29,7 +29,7 @@ class MacWayfinderProxy {
 
  private:
   const Library library_;
-  StoreDictionaries dictionaries_{BeaconKeys::Included};
+  Agent::StoreDictionaries dictionaries_{Agent::BeaconKeys::Included};
 };
 
 // Hands the whole list to the network-location library, which keeps it; an empty one hands over nothing. The

@@ -27,16 +27,16 @@ std::uint64_t MrvBeaconSvr::checkLocationForStore(const std::string& storeURL) {
   constexpr char kMethod[] = "MrvBeaconSvr::checkLocationForStore";
   CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
   const std::uint64_t location = Wayfinder::sharedInstance().locationRelativeToStoreURL(storeURL);
-  CSRLog(0, "[-] %s (%@)", kMethod, NetworkLocationName(location));
+  CSRLog(0, "[-] %s (%@)", kMethod, Wayfinding::NetworkLocationName(location));
   return location;
 }
 
-LocationExplanation MrvBeaconSvr::explainLocationForStore(const std::string& storeURL) {
+Agent::LocationExplanation MrvBeaconSvr::explainLocationForStore(const std::string& storeURL) {
   constexpr char kMethod[] = "MrvBeaconSvr::explainLocationForStore";
   CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
   const Wayfinding::LocationDecision explanation =
       Wayfinder::sharedInstance().explainLocationRelativeToStoreURL(storeURL);
-  CSRLog(0, "[-] %s (%@)", kMethod, NetworkLocationName(explanation.location));
+  CSRLog(0, "[-] %s (%@)", kMethod, Wayfinding::NetworkLocationName(explanation.location));
   return {explanation.location, Bus::Text(util::widen(explanation.reason))};
 }
 

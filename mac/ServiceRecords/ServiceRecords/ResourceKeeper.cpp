@@ -19,7 +19,7 @@ namespace {
 
 constexpr char kFallbackLanguage[] = "en";
 
-using ConverterPtr = UniqueHandle<void, ::iconv_close>;
+using ConverterPtr = Lifetime::UniqueHandle<void, ::iconv_close>;
 
 std::optional<std::string> UTF8FromUTF16(std::string text, const char* encoding) {
   const iconv_t opened = ::iconv_open("UTF-8", encoding);
@@ -47,7 +47,7 @@ std::optional<std::string> Decoded(std::string_view text) {
 }
 
 std::optional<std::string> ReadText(const std::filesystem::path& file, std::error_code& error) {
-  const std::optional<std::string> bytes = AtomicFile::Read(file, error);
+  const std::optional<std::string> bytes = Files::AtomicFile::Read(file, error);
   if (!bytes) return std::nullopt;
   std::optional<std::string> text = Decoded(*bytes);
   if (!text) error = std::make_error_code(std::errc::illegal_byte_sequence);
@@ -76,8 +76,8 @@ ResourceKeeper::ResourceKeeper(std::filesystem::path resources, Languages prefer
     : resources_(std::move(resources)), preferredLanguages_(std::move(preferredLanguages)) {}
 
 ResourceKeeper& ResourceKeeper::Main() {
-  static NoDestructor<ResourceKeeper> main(Bundle::Main().ResourcesPath(),
-                                           [] { return Bundle::Main().PreferredLocalizations(); });
+  static Lifetime::NoDestructor<ResourceKeeper> main(
+      Files::Bundle::Main().ResourcesPath(), [] { return Files::Bundle::Main().PreferredLocalizations(); });
   return *main;
 }
 
@@ -96,7 +96,7 @@ std::string ResourceKeeper::messageFromResource(int id) {
     }
     failure = "Failed to find localized message for resource name: " + name;
   }
-  SystemLog::Error(failure);
+  trace::SystemLog::Error(failure);
   return failure;
 }
 
@@ -114,7 +114,7 @@ std::optional<std::string> ResourceKeeper::resourceStringName(int id) const {
   std::error_code error;
   const std::optional<std::string> table = ReadText(resources_ / "MessagesIdName.txt", error);
   if (!table) {
-    SystemLog::Error("Failed to read MessagesIdName.txt file. Error: " + error.message());
+    trace::SystemLog::Error("Failed to read MessagesIdName.txt file. Error: " + error.message());
     return std::nullopt;
   }
   // Deliberately a plain search: the id is also found at the end of a longer one.
@@ -131,8 +131,8 @@ std::optional<std::string> ResourceKeeper::messagesMC(const std::string& country
   std::error_code error;
   std::optional<std::string> content = ReadText(resources_ / (countryCode + ".lproj") / "Messages.mc", error);
   if (!content) {
-    SystemLog::Error(fmt::format("Failed to read Messages.mc file for locale: {}. Error: {}", countryCode,
-                                 error.message()));
+    trace::SystemLog::Error(fmt::format("Failed to read Messages.mc file for locale: {}. Error: {}",
+                                        countryCode, error.message()));
   }
   return content;
 }
@@ -157,8 +157,8 @@ std::optional<std::string> ResourceKeeper::localizedMessage(const std::string& n
 namespace util {
 
 const wchar_t* MessageFromResourceW(int id) {
-  static NoDestructor<std::mutex> mutex;
-  static NoDestructor<std::map<int, std::wstring>> texts;
+  static Lifetime::NoDestructor<std::mutex> mutex;
+  static Lifetime::NoDestructor<std::map<int, std::wstring>> texts;
   const std::lock_guard lock(*mutex);
   std::wstring text = widen(ResourceKeeper::Main().messageFromResource(id));
   std::wstring& held = (*texts)[id];

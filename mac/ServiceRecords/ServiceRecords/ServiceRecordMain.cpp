@@ -28,8 +28,8 @@ std::function<void()>& ClientActivation() {
 
 // On the location library's thread.
 void AnnounceLocation(const char* storeURL, std::uint32_t /*location*/) {
-  DistributedNotificationCenter::defaultCenter().postNotificationName(
-      ServiceNames::kLocationChangedNotification, storeURL);
+  Agent::DistributedNotificationCenter::defaultCenter().postNotificationName(
+      Bus::ServiceNames::kLocationChangedNotification, storeURL);
 }
 
 void LogAuthentication(int level, const wchar_t* message) {
@@ -38,9 +38,9 @@ void LogAuthentication(int level, const wchar_t* message) {
 
 // On a thread that handles a file: the credential program may be asking the user.
 void NoteLogOn(int waits) noexcept {
-  thread_local std::optional<BackgroundTasks::UserWait> logOn;
+  thread_local std::optional<Agent::BackgroundTasks::UserWait> logOn;
   if (waits != 0) {
-    logOn.emplace(BackgroundTasks::UserWait::End::InTurn);
+    logOn.emplace(Agent::BackgroundTasks::UserWait::End::InTurn);
   } else {
     logOn.reset();
   }
@@ -48,14 +48,18 @@ void NoteLogOn(int waits) noexcept {
 
 }  // namespace
 
+namespace Agent {
+
 void AnnounceStores() {
   DistributedNotificationCenter::defaultCenter().postNotificationName(
-      ServiceNames::kStoresUpdatedNotification, ServiceNames::kStoresUpdatedObject);
+      Bus::ServiceNames::kStoresUpdatedNotification, Bus::ServiceNames::kStoresUpdatedObject);
 }
 
 void SetClientActivation(std::function<void()> bringForward) {
   ClientActivation() = std::move(bringForward);
 }
+
+}  // namespace Agent
 
 void ServiceRecordInit() {
   WFSetCustomLogFunc(ServiceRecordWFLogFunc);
@@ -65,7 +69,7 @@ void ServiceRecordInit() {
   ServiceRecordUpdateLoggingFromPrefs();
   MacSRHTTPRequestFactory::Init();
   MacSSLValidationFactory::Init();
-  SRProvider::Register(PlatformParts());
+  SRProvider::Register(Agent::PlatformParts());
   MacIServiceRecordsNotifications::Init();
 }
 
@@ -75,8 +79,8 @@ bool ServiceRecordHandleFTA(const char* path) {
   if (accepted.empty()) return false;
   bool updated = false;  // the announcement does not depend on it
   SRProvider::Instance().OutboundDSConfirm(accepted, updated);
-  AnnounceStores();
-  MainLoop::Main().Post([] {
+  Agent::AnnounceStores();
+  Agent::MainLoop::Main().Post([] {
     if (ClientActivation()) ClientActivation()();
   });
   return true;

@@ -14,9 +14,13 @@ void ServiceRecordInit();
 bool ServiceRecordHandleFTA(const char* path);
 }
 
+namespace Agent {
+
 // Posts that the list of stores is another. Any thread.
 void AnnounceStores();
 
 // What brings the main client forward after stores were accepted. Set once, on the main thread, before any
 // file is handled; called on the main thread.
 void SetClientActivation(std::function<void()> bringForward);
+
+}  // namespace Agent

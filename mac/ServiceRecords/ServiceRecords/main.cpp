@@ -1,5 +1,5 @@
 #include "Process/Application.h"
 
 int main(int argc, char** argv) {
-  return ApplicationMain(argc, argv);
+  return Agent::ApplicationMain(argc, argv);
 }

@@ -24,6 +24,8 @@ class CGenericCSFactory {
   [[nodiscard]] virtual std::unique_ptr<CGenericCS> ManufactureCriticalSection() = 0;
 };
 
+namespace ServiceRecords {
+
 // Inside the section for as long as this object lives, unless it could not be entered.
 class SR_SCOPED_CAPABILITY CriticalSectionLock {
  public:
@@ -40,3 +42,5 @@ class SR_SCOPED_CAPABILITY CriticalSectionLock {
   CGenericCS& section_;
   const bool entered_;
 };
+
+}  // namespace ServiceRecords

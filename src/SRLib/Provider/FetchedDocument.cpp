@@ -56,7 +56,7 @@ void PassOverStoresOfOthers(const FetchedDocument& document, const StoreMap& hel
     if (removed.contains(id)) {
       PassedOver(id, document, "it was deleted meanwhile");
     } else if (!own.Covers(id, store)) {
-      SystemLog::Error(PassedOver(id, document, "it belongs on another server"));
+      trace::SystemLog::Error(PassedOver(id, document, "it belongs on another server"));
     } else {
       return false;
     }

@@ -54,14 +54,14 @@ void SRProvider::SaveAndPublish() {
 void SRProvider::Publish() {
   const std::shared_ptr<const StoreSnapshot> snapshot = stores_.Snapshot();
   {
-    const MutexLock lock(publishedMutex_);
+    const ThreadSafety::MutexLock lock(publishedMutex_);
     published_ = snapshot;
   }
   parts_.publish(snapshot);
 }
 
 std::shared_ptr<const StoreSnapshot> SRProvider::Snapshot() const {
-  const MutexLock lock(publishedMutex_);
+  const ThreadSafety::MutexLock lock(publishedMutex_);
   return published_;
 }
 

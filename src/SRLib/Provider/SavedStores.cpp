@@ -22,7 +22,7 @@ bool SavedStores::TakeRetry() {
 }
 
 void SavedStores::WaitForRetry() {
-  delay_ = RetryDelay(attempts_++);
+  delay_ = util::RetryDelay(attempts_++);
   if (startTimer_) startTimer_(delay_);
 }
 
@@ -61,7 +61,7 @@ void SavedStores::TakeResult(State state, const std::string& problem) {
   const State before = state_.exchange(state);
   if (state != State::Good) SR_PROVIDER_TRACE(2) << problem.c_str();
   if (state == State::Good || before != State::Good) return;
-  SystemLog::Error(problem);
+  trace::SystemLog::Error(problem);
   attempts_ = 0;
   WaitForRetry();
 }

@@ -14,7 +14,7 @@ constexpr std::wstring_view kDiscoverySuffix = L"/discovery";
 
 // Where there is no UTF-8 locale, ASCII only.
 wchar_t LowerCasedCharacter(wchar_t character) {
-  const locale_t unicode = UTF8Locale();
+  const locale_t unicode = util::UTF8Locale();
   const wint_t wide = std::char_traits<wchar_t>::to_int_type(character);
   return static_cast<wchar_t>(unicode != nullptr ? ::towlower_l(wide, unicode) : ::towlower(wide));
 }

@@ -12,8 +12,8 @@
 namespace Address {
 namespace {
 
-using CurlUrlPtr = UniqueHandle<CURLU, curl_url_cleanup>;
-using CurlTextPtr = UniqueHandle<char, curl_free>;
+using CurlUrlPtr = Lifetime::UniqueHandle<CURLU, curl_url_cleanup>;
+using CurlTextPtr = Lifetime::UniqueHandle<char, curl_free>;
 
 // libcurl would write a blank in the query as a plus sign. One before the path makes the address no URL.
 std::string WithEncodedBlanks(std::string address) {
@@ -87,7 +87,7 @@ bool ReadsSame(CURLU& url, const SplitURL& own, const std::string& host) {
 SendingForm FormForSending(const SplitURL& own, const std::string& url) {
   // The C interface below would read only the part before it.
   if (url.find('\0') != std::string::npos) return {Reading::Other, {}};
-  const UTF8Thread utf8;
+  const util::UTF8Thread utf8;
   const CurlUrlPtr read = Parse(WithEncodedBlanks(url), CURLU_URLENCODE | CURLU_PATH_AS_IS);
   std::optional<std::string> text = read ? AsciiText(*read) : std::nullopt;
   if (!text) return {};

@@ -187,7 +187,7 @@ Result<Message> Connection::NewSignal(const char* path, const char* interface, c
 
 Result<Message> Connection::SendAndWait(const Message& call, const CallOptions& options) {
   sd_bus_error failure{};
-  const UniqueHandle<sd_bus_error, sd_bus_error_free> owned(&failure);
+  const Lifetime::UniqueHandle<sd_bus_error, sd_bus_error_free> owned(&failure);
   sd_bus_message* reply = nullptr;
   const int result = sd_bus_call(bus_.get(), call.Get(), LimitOf(options.timeOut), &failure, &reply);
   if (result < 0) return ErrorOf(failure, result);

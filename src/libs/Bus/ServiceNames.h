@@ -3,7 +3,7 @@
 #include <string>
 
 // The names by which other programs and the agent find one another on the session bus and on the desktop.
-namespace ServiceNames {
+namespace Bus::ServiceNames {
 
 inline constexpr char kBeacons[] = "com.morvane.Beacons";
 inline constexpr char kBeaconsPath[] = "/com/morvane/Beacons";
@@ -45,4 +45,4 @@ inline constexpr char kLocationChangedNotification[] = "MRVNetworkLocationChange
 inline constexpr char kLoggingNotification[] =
     "com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange";
 
-}  // namespace ServiceNames
+}  // namespace Bus::ServiceNames

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+namespace CredentialWire {
 namespace {
 
 constexpr std::string_view kNeverInAValue("\n\0", 2);
@@ -60,3 +61,5 @@ const CredentialMessage::Entry* CredentialMessage::Find(std::string_view key) co
       std::find_if(entries_.begin(), entries_.end(), [key](const Entry& entry) { return entry.key == key; });
   return found != entries_.end() ? &*found : nullptr;
 }
+
+}  // namespace CredentialWire

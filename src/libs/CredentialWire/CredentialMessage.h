@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace CredentialWire {
+
 // A request to the credential program or a reply of it: lines "key=value\n" in UTF-8, then an empty line. The
 // values are wiped from memory. docs/credentials.md says which keys there are.
 class CredentialMessage {
@@ -87,3 +89,5 @@ inline constexpr std::string_view kMissing = "missing";
 inline constexpr std::string_view kLocked = "locked";
 
 }  // namespace CredentialWords
+
+}  // namespace CredentialWire

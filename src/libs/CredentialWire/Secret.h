@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+namespace CredentialWire {
+
 // Memory that is wiped before it is given back.
 template <typename Value>
 struct WipingAllocator {
@@ -43,3 +45,5 @@ class Secret {
   // A vector keeps nothing in the object itself, as a string does with a short text.
   std::vector<char, WipingAllocator<char>> bytes_;
 };
+
+}  // namespace CredentialWire

@@ -8,14 +8,14 @@
 
 #include <string_view>
 
-namespace DesktopIntegration {
+namespace Desktop {
 namespace {
 
 constexpr std::string_view kContentType = "application/vnd.morvane.servicerecord+xml";
 
-using AppInfoPtr = UniqueHandle<GAppInfo, g_object_unref>;
-using BusPtr = UniqueHandle<GDBusConnection, g_object_unref>;
-using TextPtr = UniqueHandle<gchar, g_free>;
+using AppInfoPtr = Lifetime::UniqueHandle<GAppInfo, g_object_unref>;
+using BusPtr = Lifetime::UniqueHandle<GDBusConnection, g_object_unref>;
+using TextPtr = Lifetime::UniqueHandle<gchar, g_free>;
 
 std::string DesktopEntry(const std::string& identifier) {
   return identifier + ".desktop";
@@ -28,7 +28,7 @@ AppInfoPtr FindApplication(const std::string& identifier) {
 bool IsDefaultHandler(const gchar* type) {
   const AppInfoPtr handler(g_app_info_get_default_for_type(type, FALSE));
   return handler != nullptr &&
-         g_app_info_get_id(handler.get()) == DesktopEntry(ServiceNames::kServiceRecords);
+         g_app_info_get_id(handler.get()) == DesktopEntry(Bus::ServiceNames::kServiceRecords);
 }
 
 }  // namespace
@@ -39,7 +39,7 @@ bool BecomeDefaultHandler(const std::string& suffix) {
   // The type of another application is not ours to take.
   if (type == nullptr || type.get() != kContentType) return false;
   if (IsDefaultHandler(type.get())) return true;
-  const AppInfoPtr self = FindApplication(ServiceNames::kServiceRecords);
+  const AppInfoPtr self = FindApplication(Bus::ServiceNames::kServiceRecords);
   return self != nullptr && g_app_info_set_as_default_for_type(self.get(), type.get(), nullptr) == TRUE;
 }
 
@@ -60,4 +60,4 @@ std::optional<std::string> LocalPath(const std::string& uri) {
   return path != nullptr && isLocal ? std::optional<std::string>(path.get()) : std::nullopt;
 }
 
-}  // namespace DesktopIntegration
+}  // namespace Desktop

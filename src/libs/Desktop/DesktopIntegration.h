@@ -4,7 +4,7 @@
 #include <string>
 
 // What the desktop knows of files and applications. Synchronous, main thread.
-namespace DesktopIntegration {
+namespace Desktop {
 
 // Makes this application the default handler of the files with that suffix. The user's association is written
 // only when it names another handler. False for an empty suffix, a suffix whose type the desktop does not
@@ -19,4 +19,4 @@ namespace DesktopIntegration {
 // another host than this one, which is no host or "localhost".
 [[nodiscard]] std::optional<std::string> LocalPath(const std::string& uri);
 
-}  // namespace DesktopIntegration
+}  // namespace Desktop

@@ -15,6 +15,8 @@
 #include <stdexcept>
 #include <vector>
 
+namespace DomLib {
+
 using namespace xercesc;
 
 namespace {
@@ -24,11 +26,11 @@ namespace {
 }
 
 // Opens one step of the path without following a link; not open when there is nothing of that name.
-FileDescriptor OpenStep(const FileDescriptor& folder, const std::string& step, bool last,
-                        const std::string& name) {
+Files::FileDescriptor OpenStep(const Files::FileDescriptor& folder, const std::string& step, bool last,
+                               const std::string& name) {
   if (step == "..") Refuse(name, "does not lie below the current directory");
   const int flags = O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | (last ? 0 : O_DIRECTORY);
-  FileDescriptor next(::openat(folder.Get(), step.c_str(), flags));
+  Files::FileDescriptor next(::openat(folder.Get(), step.c_str(), flags));
   if (!next && errno == ELOOP) Refuse(name, "is reached through a link");
   if (!next && !last && errno == ENOTDIR) {
     struct stat status {};
@@ -39,9 +41,9 @@ FileDescriptor OpenStep(const FileDescriptor& folder, const std::string& step, b
   return next;
 }
 
-FileDescriptor OpenBelowCurrentDirectory(const std::string& name) {
+Files::FileDescriptor OpenBelowCurrentDirectory(const std::string& name) {
   if (name.starts_with('/')) Refuse(name, "does not lie below the current directory");
-  FileDescriptor place(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  Files::FileDescriptor place(::open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   for (std::size_t start = 0; place && start <= name.size();) {
     const std::size_t end = std::min(name.find('/', start), name.size());
     const std::string step = name.substr(start, end - start);
@@ -51,11 +53,11 @@ FileDescriptor OpenBelowCurrentDirectory(const std::string& name) {
   return place;
 }
 
-FileDescriptor OpenAnywhere(const std::string& name) {
-  return FileDescriptor(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+Files::FileDescriptor OpenAnywhere(const std::string& name) {
+  return Files::FileDescriptor(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
 }
 
-std::vector<XMLByte> ReadAll(const FileDescriptor& file, const std::string& name) {
+std::vector<XMLByte> ReadAll(const Files::FileDescriptor& file, const std::string& name) {
   struct stat status {};
   if (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) Refuse(name, "is not a regular file");
   std::vector<XMLByte> content(kMaximumNamedFileBytes + 1);
@@ -80,10 +82,12 @@ BoundedFileInputSource::BoundedFileInputSource(const XMLCh* identifier, FileOrig
 BinInputStream* BoundedFileInputSource::makeStream() const {
   const TranscodeToStr utf8(identifier_.c_str(), "UTF-8");
   const std::string name(reinterpret_cast<const char*>(utf8.str()));
-  const FileDescriptor file =
+  const Files::FileDescriptor file =
       origin_ == FileOrigin::Program ? OpenAnywhere(name) : OpenBelowCurrentDirectory(name);
   if (!file) return nullptr;
   const std::vector<XMLByte> content = ReadAll(file, name);
   return new (getMemoryManager())
       BinMemInputStream(content.data(), content.size(), BinMemInputStream::BufOpt_Copy, getMemoryManager());
 }
+
+}  // namespace DomLib

@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace DomLib {
+
 enum class FileOrigin { Document, Program };
 
 // A file that a parse needs: a regular one of at most 1 MiB. One that a document names lies below the current
@@ -22,3 +24,5 @@ class BoundedFileInputSource : public xercesc::LocalFileInputSource {
   const std::basic_string<XMLCh> identifier_;
   const FileOrigin origin_;
 };
+
+}  // namespace DomLib

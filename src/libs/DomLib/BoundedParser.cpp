@@ -24,6 +24,8 @@
 #include <stdexcept>
 #include <vector>
 
+namespace DomLib {
+
 using namespace xercesc;
 
 namespace {
@@ -302,3 +304,5 @@ void BoundedParser::Look() {
   meter_.blocksSinceLook = 0;
   if (meter_.ExceedsMemory(0) || meter_.IsLate()) Fail(meter_.Excess(0));
 }
+
+}  // namespace DomLib

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <string>
 
+namespace DomLib {
+
 // The DOM parser with bounds on what a document may cost. Used by one thread at a time.
 class BoundedParser : public xercesc::XercesDOMParser {
  public:
@@ -65,3 +67,5 @@ class BoundedParser : public xercesc::XercesDOMParser {
   xercesc::SecurityManager entityLimit_;
   bool hasExpandedEntity_ = false;
 };
+
+}  // namespace DomLib

@@ -2,6 +2,8 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+namespace DomLib {
+
 using namespace xercesc;
 
 DescendantWalk::DescendantWalk(const DOMElement& root) {
@@ -32,3 +34,5 @@ const DOMElement* DescendantWalk::Next(const XMLCh* name) {
   while (element != nullptr && !AreSameName(name, element->getNodeName())) element = Next();
   return element;
 }
+
+}  // namespace DomLib

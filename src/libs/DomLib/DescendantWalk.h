@@ -7,6 +7,8 @@
 #include <memory_resource>
 #include <vector>
 
+namespace DomLib {
+
 // The elements below an element, in document order. A walk over all of them takes linear time, unlike the
 // library's own lists, and asks no node for its parent, which is slow there. The document must not change.
 class DescendantWalk {
@@ -33,3 +35,5 @@ class DescendantWalk {
   std::pmr::vector<const xercesc::DOMNode*> path_{
       &memory_};  // from the root to the node before; empty at the end
 };
+
+}  // namespace DomLib

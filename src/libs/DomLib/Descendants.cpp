@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace DomLib {
+
 using namespace xercesc;
 
 void Descendants::Gather(const DOMElement& root) {
@@ -39,3 +41,5 @@ const DOMElement* Descendants::Items::Next() {
   }
   return nullptr;
 }
+
+}  // namespace DomLib

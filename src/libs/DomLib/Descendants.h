@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <vector>
 
+namespace DomLib {
+
 // The elements below an element, in document order, gathered by one walk for who looks for several of them.
 // The document must not change.
 class Descendants {
@@ -45,3 +47,5 @@ class Descendants {
 
   std::vector<Place> places_;
 };
+
+}  // namespace DomLib

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cstddef>
 
+namespace DomLib {
+
 // What a document may cost. A document past any of these has failed.
 inline constexpr std::size_t kMaximumNesting = 256;
 inline constexpr std::size_t kMaximumEntityExpansions = 1000;
@@ -19,3 +21,5 @@ inline constexpr std::size_t kMaximumModelComparisons = 200000000;  // elements 
 inline constexpr std::size_t kMaximumEnumerationCharacters = std::size_t{16} << 10;
 inline constexpr std::size_t kMaximumParserMemory = std::size_t{1} << 30;
 inline constexpr std::chrono::seconds kMaximumParseTime{10};
+
+}  // namespace DomLib

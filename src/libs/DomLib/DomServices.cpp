@@ -91,21 +91,21 @@ class MyResolver : public EntityResolver {
     // A schema may import a namespace without saying where it is to be found.
     if (systemId == nullptr) return nullptr;
     if (XMLString::compareIString(systemId, schemaName_.c_str()) == 0) {
-      return schemaFile_.empty() ? Open(schemaName_.c_str(), FileOrigin::Document)
-                                 : Open(schemaFile_.c_str(), FileOrigin::Program);
+      return schemaFile_.empty() ? Open(schemaName_.c_str(), DomLib::FileOrigin::Document)
+                                 : Open(schemaFile_.c_str(), DomLib::FileOrigin::Program);
     }
     const bool isImported = !importedFile_.empty() && importedFile_ == systemId;
-    return Open(systemId, isImported ? FileOrigin::Program : FileOrigin::Document);
+    return Open(systemId, isImported ? DomLib::FileOrigin::Program : DomLib::FileOrigin::Document);
   }
 
  private:
-  InputSource* Open(const XMLCh* name, FileOrigin origin) {
-    return new (&memory_) BoundedFileInputSource(name, origin, memory_);
+  InputSource* Open(const XMLCh* name, DomLib::FileOrigin origin) {
+    return new (&memory_) DomLib::BoundedFileInputSource(name, origin, memory_);
   }
 
-  const XString schemaName_;
-  const XString schemaFile_;
-  const XString importedFile_;
+  const DomLib::XString schemaName_;
+  const DomLib::XString schemaFile_;
+  const DomLib::XString importedFile_;
   MemoryManager& memory_;
 };
 
@@ -115,8 +115,8 @@ ParsingErrorHandler& Parsing(ErrorHandler& handler) {
 
 }  // namespace
 
-DOMServices::DOMServices(const ParseBounds& bounds)
-    : memory_(std::make_unique<MeteredMemoryManager>(meter_)),
+DOMServices::DOMServices(const DomLib::ParseBounds& bounds)
+    : memory_(std::make_unique<DomLib::MeteredMemoryManager>(meter_)),
       errorHandler_(std::make_unique<ParsingErrorHandler>()) {
   meter_.bounds = bounds;
 }
@@ -177,7 +177,7 @@ void DOMServices::PrepareParser() {
   if (parser_ != nullptr) {
     parser_->reset();
   } else {
-    parser_.reset(new (memory_.get()) BoundedParser(meter_, *memory_));
+    parser_.reset(new (memory_.get()) DomLib::BoundedParser(meter_, *memory_));
   }
 }
 

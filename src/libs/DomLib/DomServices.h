@@ -15,8 +15,10 @@ class ErrorHandler;
 class MemBufInputSource;
 XERCES_CPP_NAMESPACE_END
 
+namespace DomLib {
 class BoundedParser;
 class MeteredMemoryManager;
+}  // namespace DomLib
 
 // The one place where XML is parsed: a reusable DOM parser with schema validation. Problems are written to
 // the trace log and counted; they do not stop a parse. Used by one thread at a time; any number may exist at
@@ -24,7 +26,7 @@ class MeteredMemoryManager;
 class DOMServices {
  public:
   // Throws the library's XMLException when the XML library cannot be initialised.
-  explicit DOMServices(const ParseBounds& bounds = {});
+  explicit DOMServices(const DomLib::ParseBounds& bounds = {});
   ~DOMServices();
   DOMServices(const DOMServices&) = delete;
   DOMServices& operator=(const DOMServices&) = delete;
@@ -49,12 +51,12 @@ class DOMServices {
   void Parse(const xercesc::MemBufInputSource& source);
   void AbandonParser();
 
-  XercesPlatform platform_;  // the first to come, the last to go
-  ParseMeter meter_;
-  std::unique_ptr<MeteredMemoryManager> memory_;
+  DomLib::XercesPlatform platform_;  // the first to come, the last to go
+  DomLib::ParseMeter meter_;
+  std::unique_ptr<DomLib::MeteredMemoryManager> memory_;
   std::unique_ptr<xercesc::ErrorHandler> errorHandler_;
   std::unique_ptr<xercesc::EntityResolver> resolver_;
-  std::unique_ptr<BoundedParser> parser_;
+  std::unique_ptr<DomLib::BoundedParser> parser_;
   bool hasParsed_ = false;
   std::wstring schemaName_;
   std::wstring schemaFile_;

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+namespace DomLib {
+
 using namespace xercesc;
 
 namespace {
@@ -38,3 +40,5 @@ MeteredInputSource::MeteredInputSource(const InputSource& document, ParseMeter& 
 BinInputStream* MeteredInputSource::makeStream() const {
   return new (getMemoryManager()) MeteredStream(*content_, meter_);
 }
+
+}  // namespace DomLib

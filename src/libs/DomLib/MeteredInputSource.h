@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace DomLib {
+
 // A document as the parser reads it: from time to time, and each time it looks whether a single tag or
 // declaration has made too many blocks of memory, because what a tag costs is only seen when it has cost it.
 // For one parse.
@@ -22,3 +24,5 @@ class MeteredInputSource : public xercesc::InputSource {
   const std::unique_ptr<xercesc::BinInputStream> content_;
   ParseMeter& meter_;
 };
+
+}  // namespace DomLib

@@ -9,6 +9,8 @@
 #include <exception>
 #include <new>
 
+namespace DomLib {
+
 using namespace xercesc;
 
 namespace {
@@ -72,3 +74,5 @@ void MeteredMemoryManager::deallocate(void* pointer) {
 void MeteredMemoryManager::FreeAll() {
   while (blocks_.next != &blocks_) deallocate(blocks_.next + 1);
 }
+
+}  // namespace DomLib

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 
+namespace DomLib {
+
 // The library's memory manager with a meter on it: what a parser holds at one time is bounded, and a parse
 // that expands entities without telling anybody (in attribute values, in declarations) is seen here first.
 // One parser, one thread.
@@ -38,3 +40,5 @@ class MeteredMemoryManager : public xercesc::MemoryManager {
   ParseMeter& meter_;
   Header blocks_;  // of the ring of all blocks in use
 };
+
+}  // namespace DomLib

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <string>
 
+namespace DomLib {
+
 // What the parse of one document may cost.
 struct ParseBounds {
   std::size_t documentBytes = kMaximumDocumentBytes;
@@ -74,3 +76,5 @@ struct ParseMeter {
     return "the document takes longer than " + std::to_string(bounds.time.count()) + " ms to parse";
   }
 };
+
+}  // namespace DomLib

@@ -37,6 +37,8 @@ bool IsBlank(const XMLCh* text) {
 
 }  // namespace
 
+namespace DomLib {
+
 XercesPlatform::XercesPlatform() {
   const std::lock_guard lock(PlatformMutex());
   XMLPlatformUtils::Initialize();
@@ -46,6 +48,8 @@ XercesPlatform::~XercesPlatform() {
   const std::lock_guard lock(PlatformMutex());
   XMLPlatformUtils::Terminate();
 }
+
+}  // namespace DomLib
 
 std::wstring AsWString(const XMLCh* text) {
   return ConvertUnits<std::wstring>(text, XMLString::stringLen(text),
@@ -58,14 +62,17 @@ std::string AsString(const XMLCh* text) {
   });
 }
 
-XString AsXString(const char* text) {
-  return ConvertUnits<XString>(text, text == nullptr ? 0 : std::char_traits<char>::length(text), AsUnit);
+DomLib::XString AsXString(const char* text) {
+  return ConvertUnits<DomLib::XString>(text, text == nullptr ? 0 : std::char_traits<char>::length(text),
+                                       AsUnit);
 }
 
-XString AsXString(const std::wstring& text) {
-  return ConvertUnits<XString>(text.data(), text.size(),
-                               [](wchar_t character) { return static_cast<XMLCh>(character); });
+DomLib::XString AsXString(const std::wstring& text) {
+  return ConvertUnits<DomLib::XString>(text.data(), text.size(),
+                                       [](wchar_t character) { return static_cast<XMLCh>(character); });
 }
+
+namespace DomLib {
 
 XName::XName(const char* name) {
   const std::string_view text(name);
@@ -76,8 +83,10 @@ XName::XName(const char* name) {
   }
 }
 
+}  // namespace DomLib
+
 std::wstring NonNullAttribute(const DOMElement& element, const char* name) {
-  const XMLCh* value = element.getAttribute(XName(name).Get());
+  const XMLCh* value = element.getAttribute(DomLib::XName(name).Get());
   if (value == nullptr) throw "Null attribute value.";
   return AsWString(value);
 }
@@ -87,8 +96,10 @@ bool AsBool(const std::wstring& text) {
 }
 
 std::wstring SubNodeText(const DOMElement& element, const char* name) {
-  return TextOf(DescendantWalk(element).Next(XName(name).Get()));
+  return DomLib::TextOf(DomLib::DescendantWalk(element).Next(DomLib::XName(name).Get()));
 }
+
+namespace DomLib {
 
 std::wstring TextOf(const DOMElement* element) {
   if (element == nullptr) return {};
@@ -100,6 +111,8 @@ std::wstring TextOf(const DOMElement* element) {
   }
   return result;
 }
+
+}  // namespace DomLib
 
 std::wstring trim(std::wstring text, const std::locale& locale) {
   const auto& characters = std::use_facet<std::ctype<wchar_t>>(locale);

@@ -21,11 +21,18 @@ XERCES_CPP_NAMESPACE_END
 // Each unit is cut to 8 bits; null gives an empty string.
 [[nodiscard]] std::string AsString(const XMLCh* text);
 
+namespace DomLib {
+
 using XString = std::basic_string<XMLCh>;
+
+}  // namespace DomLib
+
 // Each byte becomes one unit, sign-extended; null gives an empty string.
-[[nodiscard]] XString AsXString(const char* text);
+[[nodiscard]] DomLib::XString AsXString(const char* text);
 // Each wide character is cut to 16 bits.
-[[nodiscard]] XString AsXString(const std::wstring& text);
+[[nodiscard]] DomLib::XString AsXString(const std::wstring& text);
+
+namespace DomLib {
 
 // A name out of the program in the library's units, as AsXString makes them, without asking the heap for room
 // that the usual short one does not need.
@@ -49,6 +56,8 @@ class XName {
   return *left == *right;
 }
 
+}  // namespace DomLib
+
 // The attribute's value; empty when the attribute is missing. Throws the C string "Null attribute value."
 // when the library has no value at all.
 [[nodiscard]] std::wstring NonNullAttribute(const xercesc::DOMElement& element, const char* name);
@@ -56,10 +65,15 @@ class XName {
 // True exactly for "true" and "1".
 [[nodiscard]] bool AsBool(const std::wstring& text);
 
+namespace DomLib {
+
 // The element's own text: a CDATA section as it stands, otherwise the last text child that is not blank,
 // trimmed. Empty for null.
 [[nodiscard]] std::wstring TextOf(const xercesc::DOMElement* element);
-// That of the first descendant element of that name.
+
+}  // namespace DomLib
+
+// The text of the first descendant element of that name.
 [[nodiscard]] std::wstring SubNodeText(const xercesc::DOMElement& element, const char* name);
 
 // The text without leading and trailing characters that the locale classifies as space.

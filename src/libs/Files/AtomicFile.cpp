@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace AtomicFile {
+namespace Files::AtomicFile {
 namespace {
 
 namespace fs = std::filesystem;
@@ -275,4 +275,4 @@ void SweepTemporaries(const fs::path& file) {
   for (const fs::path& temporary : temporaries) RemoveUnlessLocked(temporary);
 }
 
-}  // namespace AtomicFile
+}  // namespace Files::AtomicFile

@@ -10,7 +10,7 @@
 #include <system_error>
 
 // Small files that are replaced as a whole. Any thread; not coordinated between processes beyond the rename.
-namespace AtomicFile {
+namespace Files::AtomicFile {
 
 // The whole content of a regular file. Nothing, and `error` set, when it is missing or cannot be read.
 // IsMissing tells the two apart.
@@ -60,4 +60,4 @@ struct Content {
 // or another, stay.
 void SweepTemporaries(const std::filesystem::path& file);
 
-}  // namespace AtomicFile
+}  // namespace Files::AtomicFile

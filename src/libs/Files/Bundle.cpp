@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
+namespace Files {
 namespace {
 
 namespace fs = std::filesystem;
@@ -62,7 +63,7 @@ Bundle::Bundle(fs::path folder, PropertyList::Dictionary info)
 
 const Bundle& Bundle::Main() {
   // The log may ask for the version while the process exits.
-  static const NoDestructor<Bundle> main([] {
+  static const Lifetime::NoDestructor<Bundle> main([] {
     std::error_code unknown;
     const fs::path executable = fs::read_symlink("/proc/self/exe", unknown);
     if (unknown) return Bundle({}, {});
@@ -96,3 +97,5 @@ std::vector<std::string> Bundle::PreferredLocalizations() const {
   });
   return languages;
 }
+
+}  // namespace Files

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace Files {
+
 // A folder with an Info.plist: the application's own, or a plug-in's. Immutable; any thread.
 class Bundle {
  public:
@@ -36,3 +38,5 @@ class Bundle {
   std::filesystem::path path_;
   PropertyList::Dictionary info_;
 };
+
+}  // namespace Files

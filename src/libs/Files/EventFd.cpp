@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <system_error>
 
+namespace Files {
+
 EventFd::EventFd() : event_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!event_) throw std::system_error(errno, std::generic_category(), "eventfd");
 }
@@ -17,3 +19,5 @@ void EventFd::Clear() const noexcept {
   eventfd_t count = 0;
   eventfd_read(event_.Get(), &count);
 }
+
+}  // namespace Files

@@ -2,6 +2,8 @@
 
 #include "libs/Files/FileDescriptor.h"
 
+namespace Files {
+
 // A descriptor that becomes readable when any thread raises the event, and stays so until it is cleared.
 class EventFd {
  public:
@@ -15,3 +17,5 @@ class EventFd {
  private:
   FileDescriptor event_;
 };
+
+}  // namespace Files

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace Files {
+
 // Owns a file descriptor.
 class FileDescriptor {
  public:
@@ -34,3 +36,5 @@ class FileDescriptor {
  private:
   int descriptor_ = -1;
 };
+
+}  // namespace Files

@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+namespace Files {
 namespace {
 
 // "~" before an absolute path, expanded to the home folder that the user database gives.
@@ -29,3 +30,5 @@ std::filesystem::path PreferencePath(bool perUser) {
   const std::optional<std::filesystem::path> user = StandardDirectories::UserApplicationSupport();
   return user ? *user / name : UnderHome(machine);
 }
+
+}  // namespace Files

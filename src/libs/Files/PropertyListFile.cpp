@@ -2,6 +2,8 @@
 
 #include "libs/Lifetime/NoDestructor.h"
 
+namespace Files {
+
 std::optional<AtomicFile::Content> PropertyListFile::ReadUnlessKnown(
     const std::optional<AtomicFile::Stamp>& known, std::error_code& error) const {
   std::optional<AtomicFile::Content> content = AtomicFile::ReadUnlessKnown(file_, known, error);
@@ -26,7 +28,7 @@ PropertyListFile::Reading PropertyListFile::Load(const Reading& before) const {
 }
 
 PropertyListFile::Reading::Reading() {
-  static const NoDestructor<std::shared_ptr<const PropertyList::Dictionary>> empty(
+  static const Lifetime::NoDestructor<std::shared_ptr<const PropertyList::Dictionary>> empty(
       std::make_shared<PropertyList::Dictionary>());
   root_ = *empty;
 }
@@ -70,3 +72,5 @@ std::vector<std::string> PropertyListFile::DamagedNames() const {
 void PropertyListFile::SweepTemporaries() const {
   AtomicFile::SweepTemporaries(file_);
 }
+
+}  // namespace Files

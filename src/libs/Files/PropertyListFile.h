@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+namespace Files {
+
 // A property-list file whose root is a dictionary, read and replaced as a whole. Any thread; writers take
 // turns by themselves.
 class PropertyListFile {
@@ -71,3 +73,5 @@ class PropertyListFile {
   std::filesystem::path file_;
   mutable std::atomic<bool> gotRightToRead_ = false;
 };
+
+}  // namespace Files

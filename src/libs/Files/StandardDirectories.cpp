@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace StandardDirectories {
+namespace Files::StandardDirectories {
 namespace {
 
 // The folder in the environment variable; nothing when it is not set or relative.
@@ -68,4 +68,4 @@ std::error_code CreateDirectories(const std::filesystem::path& folder, mode_t mo
   return {};
 }
 
-}  // namespace StandardDirectories
+}  // namespace Files::StandardDirectories

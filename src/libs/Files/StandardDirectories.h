@@ -7,7 +7,7 @@
 #include <system_error>
 
 // The folders that the desktop assigns to programs, read from the environment at every call.
-namespace StandardDirectories {
+namespace Files::StandardDirectories {
 
 // $XDG_CONFIG_HOME, else $HOME/.config; nothing when neither is set. Relative values count as not set.
 [[nodiscard]] std::optional<std::filesystem::path> UserApplicationSupport();
@@ -27,4 +27,4 @@ inline constexpr mode_t kSharedFolder = 0755;
 [[nodiscard]] std::error_code CreateDirectories(const std::filesystem::path& folder,
                                                 mode_t mode = kPrivateFolder);
 
-}  // namespace StandardDirectories
+}  // namespace Files::StandardDirectories

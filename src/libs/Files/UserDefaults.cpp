@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+namespace Files {
 namespace {
 
 // The leading digits with their sign, as the preferences of a person may be typed; 0 without any.
@@ -44,3 +45,5 @@ bool UserDefaults::SetInteger(const std::string& key, std::int64_t value) const 
   defaults.Set(key, value);
   return !file.Save(reading, std::move(defaults));
 }
+
+}  // namespace Files

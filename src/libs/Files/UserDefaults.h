@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+namespace Files {
+
 // The user's preferences for the agent: com.morvane.ServiceRecords.plist in the per-user application-support
 // folder. Read afresh at every call, so that another program's change is seen. Any thread.
 class UserDefaults {
@@ -23,3 +25,5 @@ class UserDefaults {
  private:
   std::filesystem::path file_;
 };
+
+}  // namespace Files

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 
+namespace HelperProgram {
 namespace {
 
 // For poll: -1 without a deadline.
@@ -44,3 +45,5 @@ std::size_t HelperConversation::ReadSome(std::span<char> buffer) {
   outputOpen_ = count.has_value();
   return count.value_or(0);
 }
+
+}  // namespace HelperProgram

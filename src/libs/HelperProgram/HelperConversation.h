@@ -9,6 +9,8 @@
 #include <span>
 #include <string_view>
 
+namespace HelperProgram {
+
 // The two ways of one conversation with a running program: a request goes out while its answer comes in.
 // Belongs to the thread that runs it.
 class HelperConversation {
@@ -39,3 +41,5 @@ class HelperConversation {
   bool outputOpen_ = true;
   bool ended_ = false;
 };
+
+}  // namespace HelperProgram

@@ -18,35 +18,36 @@ extern "C" {
 #include <sys/pidfd.h>
 }
 
+namespace HelperProgram {
 namespace {
 
 constexpr int kTimeToEndMilliseconds = 1000;
 constexpr int kFirstDescriptorPastStandard = 3;
 
-using FileActionsPtr = UniqueHandle<posix_spawn_file_actions_t, ::posix_spawn_file_actions_destroy>;
-using SpawnAttributesPtr = UniqueHandle<posix_spawnattr_t, ::posix_spawnattr_destroy>;
+using FileActionsPtr = Lifetime::UniqueHandle<posix_spawn_file_actions_t, ::posix_spawn_file_actions_destroy>;
+using SpawnAttributesPtr = Lifetime::UniqueHandle<posix_spawnattr_t, ::posix_spawnattr_destroy>;
 
 struct Channel {
-  FileDescriptor ours;
-  FileDescriptor theirs;
+  Files::FileDescriptor ours;
+  Files::FileDescriptor theirs;
   explicit operator bool() const { return ours && theirs; }
 };
 
 // In a process without standard descriptors the new ones would take their numbers and overwrite each other
 // when they are put in place.
-FileDescriptor PastStandard(int descriptor) {
-  if (descriptor >= kFirstDescriptorPastStandard) return FileDescriptor(descriptor);
-  const FileDescriptor low(descriptor);
-  return FileDescriptor(::fcntl(low.Get(), F_DUPFD_CLOEXEC, kFirstDescriptorPastStandard));
+Files::FileDescriptor PastStandard(int descriptor) {
+  if (descriptor >= kFirstDescriptorPastStandard) return Files::FileDescriptor(descriptor);
+  const Files::FileDescriptor low(descriptor);
+  return Files::FileDescriptor(::fcntl(low.Get(), F_DUPFD_CLOEXEC, kFirstDescriptorPastStandard));
 }
 
 // Past all places, so that none is overwritten before it is put into its own.
-FileDescriptor CopyOfGiven(int descriptor) {
-  return FileDescriptor(
+Files::FileDescriptor CopyOfGiven(int descriptor) {
+  return Files::FileDescriptor(
       descriptor < 0 ? -1 : ::fcntl(descriptor, F_DUPFD_CLOEXEC, HelperProcess::kGivenDescriptor + 1));
 }
 
-bool MakeNonBlocking(const FileDescriptor& descriptor) {
+bool MakeNonBlocking(const Files::FileDescriptor& descriptor) {
   const int flags = ::fcntl(descriptor.Get(), F_GETFL);
   return flags >= 0 && ::fcntl(descriptor.Get(), F_SETFL, flags | O_NONBLOCK) == 0;
 }
@@ -152,12 +153,12 @@ std::optional<HelperProcess> HelperProcess::Start(const std::filesystem::path& p
   Channel output = MakeOutput();
   if (!input || !output || !MakeNonBlocking(input.ours) || !MakeNonBlocking(output.ours)) return std::nullopt;
 
-  const FileDescriptor copy = CopyOfGiven(given);
+  const Files::FileDescriptor copy = CopyOfGiven(given);
   arguments.insert(arguments.begin(), program.string());
   const std::optional<pid_t> id =
       Spawn(std::move(arguments), {input.theirs.Get(), output.theirs.Get(), copy.Get()});
   if (!id) return std::nullopt;
-  FileDescriptor process(::pidfd_open(*id, 0));
+  Files::FileDescriptor process(::pidfd_open(*id, 0));
   if (!process) {
     KillUnlessReaped(*id);
     return std::nullopt;
@@ -165,7 +166,8 @@ std::optional<HelperProcess> HelperProcess::Start(const std::filesystem::path& p
   return HelperProcess(*id, std::move(process), std::move(input.ours), std::move(output.ours));
 }
 
-HelperProcess::HelperProcess(pid_t id, FileDescriptor process, FileDescriptor input, FileDescriptor output)
+HelperProcess::HelperProcess(pid_t id, Files::FileDescriptor process, Files::FileDescriptor input,
+                             Files::FileDescriptor output)
     : id_(id), process_(std::move(process)), input_(std::move(input)), output_(std::move(output)) {}
 
 HelperProcess::HelperProcess(HelperProcess&& other) noexcept = default;
@@ -191,3 +193,5 @@ std::optional<std::size_t> HelperProcess::ReadSome(std::span<char> buffer) const
   if (count < 0 && WouldBlock(errno)) return 0;
   return std::nullopt;
 }
+
+}  // namespace HelperProgram

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+namespace HelperProgram {
+
 // A running program that serves one conversation, and the two ends of its standard input and output. It
 // inherits no blocked signal, and no other descriptor than standard error and the one it is given. Ends with
 // the object. One thread at a time.
@@ -46,10 +48,13 @@ class HelperProcess {
   [[nodiscard]] int Ended() const { return process_.Get(); }
 
  private:
-  HelperProcess(pid_t id, FileDescriptor process, FileDescriptor input, FileDescriptor output);
+  HelperProcess(pid_t id, Files::FileDescriptor process, Files::FileDescriptor input,
+                Files::FileDescriptor output);
 
   pid_t id_;
-  FileDescriptor process_;
-  FileDescriptor input_;
-  FileDescriptor output_;
+  Files::FileDescriptor process_;
+  Files::FileDescriptor input_;
+  Files::FileDescriptor output_;
 };
+
+}  // namespace HelperProgram

@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+namespace Lifetime {
+
 // A process-wide object that is never destroyed: at the end of the process a thread may still use it. Lies
 // where it is declared, usually as a static variable of a function, and takes no memory of its own.
 template <class Held>
@@ -27,3 +29,5 @@ class NoDestructor {
 
   alignas(Held) std::byte storage_[sizeof(Held)];
 };
+
+}  // namespace Lifetime

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+namespace Lifetime {
+
 template <auto Release>
 struct Releaser {
   template <class Handle>
@@ -14,3 +16,5 @@ struct Releaser {
 // std::unique_ptr, a null pointer is not given back.
 template <class Handle, auto Release>
 using UniqueHandle = std::unique_ptr<Handle, Releaser<Release>>;
+
+}  // namespace Lifetime

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+namespace Openings {
+
 // What became of an opened file or of one of its stores, from what concerns the user least to the gravest.
 enum class OpeningOutcome {
   Added,
@@ -33,3 +35,5 @@ inline constexpr std::array<std::string_view, 8> kOpeningOutcomeNames = {
   }
   return std::nullopt;
 }
+
+}  // namespace Openings

@@ -28,7 +28,7 @@ class CopyOnWrite {
   }
 
   [[nodiscard]] const Content& Get() const {
-    static const NoDestructor<Content> empty;
+    static const Lifetime::NoDestructor<Content> empty;
     return shared_ != nullptr ? shared_->content : *empty;
   }
 

@@ -3,8 +3,10 @@
 #include <system_error>
 #include <utility>
 
+namespace SRUI {
+
 std::optional<PlugInDescription> PlugInDescription::Read(const std::filesystem::path& folder) {
-  std::optional<Bundle> bundle = Bundle::WithPath(folder);
+  std::optional<Files::Bundle> bundle = Files::Bundle::WithPath(folder);
   if (!bundle) return std::nullopt;
   return PlugInDescription(std::move(*bundle));
 }
@@ -25,3 +27,5 @@ std::optional<std::filesystem::path> PlugInDescription::Module() const {
   if (error) return std::nullopt;
   return module;
 }
+
+}  // namespace SRUI

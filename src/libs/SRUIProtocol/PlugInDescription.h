@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <optional>
 
+namespace SRUI {
+
 // The plug-in of the dialogs as its folder describes it: by this it is accepted, before any code of it runs.
 // Immutable; any thread.
 class PlugInDescription {
@@ -24,7 +26,9 @@ class PlugInDescription {
   [[nodiscard]] std::optional<std::filesystem::path> Module() const;
 
  private:
-  explicit PlugInDescription(Bundle bundle) : bundle_(std::move(bundle)) {}
+  explicit PlugInDescription(Files::Bundle bundle) : bundle_(std::move(bundle)) {}
 
-  Bundle bundle_;
+  Files::Bundle bundle_;
 };
+
+}  // namespace SRUI

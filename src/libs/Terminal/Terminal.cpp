@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <string>
 
+namespace Terminal {
 namespace {
 
 constexpr int kTurnPollMilliseconds = 100;
@@ -43,16 +44,16 @@ bool Interrupted(int error) {
 }
 
 // An opening of its own, so that waiting for it is nobody else's matter.
-FileDescriptor OpenPath(const char* path) {
-  return FileDescriptor(::open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+Files::FileDescriptor OpenPath(const char* path) {
+  return Files::FileDescriptor(::open(path, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
 }
 
 // A file of the user's own rather than the terminal: others may lock /dev/tty as well.
-FileDescriptor OpenTurnFile() {
+Files::FileDescriptor OpenTurnFile() {
   const char* folder = std::getenv("XDG_RUNTIME_DIR");
   if (folder == nullptr || *folder == '\0') return {};
   const std::filesystem::path file = std::filesystem::path(folder) / "servicerecord-dialog.lock";
-  return FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+  return Files::FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
 }
 
 }  // namespace
@@ -63,13 +64,13 @@ std::optional<Terminal> Terminal::Open(int interruption) {
 }
 
 std::optional<Terminal> Terminal::OpenAgain(int descriptor, int interruption) {
-  FileDescriptor terminal = OpenPath(("/proc/self/fd/" + std::to_string(descriptor)).c_str());
+  Files::FileDescriptor terminal = OpenPath(("/proc/self/fd/" + std::to_string(descriptor)).c_str());
   // After a change of the user it may not be opened, only used.
-  if (!terminal) terminal = FileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+  if (!terminal) terminal = Files::FileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
   return On(std::move(terminal), interruption);
 }
 
-std::optional<Terminal> Terminal::On(FileDescriptor terminal, int interruption) {
+std::optional<Terminal> Terminal::On(Files::FileDescriptor terminal, int interruption) {
   if (!terminal || ::isatty(terminal.Get()) == 0) return std::nullopt;
   return Terminal(std::move(terminal), interruption);
 }
@@ -182,3 +183,5 @@ std::optional<std::size_t> Terminal::ReadLine(std::span<char> line) {
   }
   return std::nullopt;
 }
+
+}  // namespace Terminal

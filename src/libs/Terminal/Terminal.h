@@ -10,6 +10,8 @@
 
 struct termios;
 
+namespace Terminal {
+
 // The user's terminal, for one conversation. Every wait ends when the program's standard input closes, and
 // when the given interruption comes.
 class Terminal {
@@ -52,9 +54,9 @@ class Terminal {
   using SavedMode = std::unique_ptr<termios, ModeRestorer>;
 
   // Nothing when it is no terminal.
-  [[nodiscard]] static std::optional<Terminal> On(FileDescriptor terminal, int interruption);
+  [[nodiscard]] static std::optional<Terminal> On(Files::FileDescriptor terminal, int interruption);
 
-  Terminal(FileDescriptor terminal, int interruption)
+  Terminal(Files::FileDescriptor terminal, int interruption)
       : terminal_(std::move(terminal)), interruption_(interruption) {}
 
   // Nothing when the terminal is gone.
@@ -65,8 +67,10 @@ class Terminal {
   // The length of a line without its end; nothing at the end of the terminal's input.
   [[nodiscard]] std::optional<std::size_t> ReadLine(std::span<char> line);
 
-  FileDescriptor terminal_;
+  Files::FileDescriptor terminal_;
   int interruption_;
-  FileDescriptor turn_;
+  Files::FileDescriptor turn_;
   SavedMode savedMode_;  // declared last: put back before the turn ends
 };
+
+}  // namespace Terminal

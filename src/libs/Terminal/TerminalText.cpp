@@ -8,7 +8,7 @@
 #include <array>
 #include <cwchar>
 
-namespace TerminalText {
+namespace Terminal {
 namespace {
 
 constexpr wchar_t kReplacement = L'\uFFFD';
@@ -132,4 +132,4 @@ std::size_t Width(std::string_view utf8) {
   return width;
 }
 
-}  // namespace TerminalText
+}  // namespace Terminal

@@ -10,7 +10,7 @@
 // reorder or restyle what the program itself says (control characters, direction and invisible format
 // characters) becomes U+FFFD; bytes that are not UTF-8 are left out; text longer than the limit is cut and
 // ends in an ellipsis.
-namespace TerminalText {
+namespace Terminal {
 
 inline constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 // What a question shows of a name or a path, in characters.
@@ -39,4 +39,4 @@ inline constexpr std::size_t kLongestText = 200;
 // Columns that the text takes, for the process's LC_CTYPE.
 [[nodiscard]] std::size_t Width(std::string_view utf8);
 
-}  // namespace TerminalText
+}  // namespace Terminal

@@ -12,12 +12,12 @@
 #include <csignal>
 #include <system_error>
 
-namespace TerminationEvent {
+namespace Termination {
 namespace {
 
-FileDescriptor Checked(int descriptor, const char* what) {
-  if (descriptor < 0) throw std::system_error(LastError(), what);
-  return FileDescriptor(descriptor);
+Files::FileDescriptor Checked(int descriptor, const char* what) {
+  if (descriptor < 0) throw std::system_error(Files::LastError(), what);
+  return Files::FileDescriptor(descriptor);
 }
 
 // Readable as soon as one of its sources is, and for as long.
@@ -39,22 +39,22 @@ class Event {
   }
 
  private:
-  void Add(const FileDescriptor& source) const {
+  void Add(const Files::FileDescriptor& source) const {
     epoll_event interest{};
     interest.events = EPOLLIN;
     if (::epoll_ctl(any_.Get(), EPOLL_CTL_ADD, source.Get(), &interest) != 0) {
-      throw std::system_error(LastError(), "epoll_ctl");
+      throw std::system_error(Files::LastError(), "epoll_ctl");
     }
   }
 
-  const FileDescriptor any_;
-  const FileDescriptor request_;
-  FileDescriptor signals_;
+  const Files::FileDescriptor any_;
+  const Files::FileDescriptor request_;
+  Files::FileDescriptor signals_;
 };
 
 // Threads may still watch it while the process exits.
 Event& TheEvent() {
-  static NoDestructor<Event> event;
+  static Lifetime::NoDestructor<Event> event;
   return *event;
 }
 
@@ -83,4 +83,4 @@ void RaiseOnSignals() {
   TheEvent().Watch(signals);
 }
 
-}  // namespace TerminationEvent
+}  // namespace Termination

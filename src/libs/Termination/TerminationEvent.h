@@ -3,7 +3,7 @@
 // The agent's termination: raised once, by a signal or by the agent itself, and never taken back. Whoever
 // blocks (the main loop, a dialog, a transfer) watches the descriptor, so that termination reaches it
 // whatever the main thread is doing. Any thread.
-namespace TerminationEvent {
+namespace Termination {
 
 // Readable from the moment on which termination was requested. Never read from it; never close it. Throws
 // std::system_error when it cannot be made, which is at its first use.
@@ -17,4 +17,4 @@ void Request();
 // Programs that the agent starts must let them through again. Throws std::system_error.
 void RaiseOnSignals();
 
-}  // namespace TerminationEvent
+}  // namespace Termination

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace LogText {
+namespace util::LogText {
 namespace {
 
 constexpr std::string_view kSchemeEnd = "://";
@@ -63,4 +63,4 @@ std::string Address(std::string_view utf8) {
   return WithoutControls(PublicAddress(utf8));
 }
 
-}  // namespace LogText
+}  // namespace util::LogText

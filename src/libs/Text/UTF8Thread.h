@@ -2,6 +2,8 @@
 
 #include <locale.h>
 
+namespace util {
+
 // Null where it is missing. Any thread.
 inline locale_t UTF8Locale() {
   static const locale_t utf8 = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
@@ -20,3 +22,5 @@ class UTF8Thread {
  private:
   locale_t before_;
 };
+
+}  // namespace util

@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+namespace ThreadSafety {
+
 // Which lock must be held, said to the compiler: clang checks it (scripts/lint), others pass over it.
 #if defined(__clang__)
 #define SR_THREAD_SAFETY(attribute) __attribute__((attribute))
@@ -48,3 +50,5 @@ class SR_SCOPED_CAPABILITY MutexLock {
  private:
   Mutex& mutex_;
 };
+
+}  // namespace ThreadSafety

@@ -9,7 +9,7 @@
 #include <atomic>
 #include <cstdlib>
 
-namespace SystemLog {
+namespace trace::SystemLog {
 namespace {
 
 constinit std::atomic<Log*> g_log = nullptr;
@@ -29,7 +29,7 @@ void WriteToSystemLog(const std::string& line) {
     return true;
   }();
   static_cast<void>(opened);
-  ::syslog(LOG_ERR, "%s", LogText::Line(line).c_str());
+  ::syslog(LOG_ERR, "%s", util::LogText::Line(line).c_str());
 }
 
 }  // namespace
@@ -44,4 +44,4 @@ Log* LeadTo(Log* log) {
   return g_log.exchange(log);
 }
 
-}  // namespace SystemLog
+}  // namespace trace::SystemLog

@@ -5,7 +5,7 @@
 // The system log, for problems that the trace log may not show: services, plug-in, message resources, a list
 // that cannot be read or saved. The lines go to standard error too, unless that is the system log itself. Any
 // thread.
-namespace SystemLog {
+namespace trace::SystemLog {
 
 // Writes one line at error priority.
 void Error(const std::string& line);
@@ -20,4 +20,4 @@ class Log {
 // From now on the lines go there; null: to the system log. Returns where they went before.
 Log* LeadTo(Log* log);
 
-}  // namespace SystemLog
+}  // namespace trace::SystemLog

@@ -32,10 +32,10 @@ class NoLog : public Log {
 };
 
 // The stream objects outlive every static object that may trace on its way out.
-NoDestructor<NoLog> g_noLog;
+Lifetime::NoDestructor<NoLog> g_noLog;
 Log* g_log = &*g_noLog;
-NoDestructor<nul_buff> g_NullBuff;
-NoDestructor<std::wostream> g_stream(&g_noLog->File());
+Lifetime::NoDestructor<nul_buff> g_NullBuff;
+Lifetime::NoDestructor<std::wostream> g_stream(&g_noLog->File());
 
 int g_openRecords = 0;  // a piece of a record may write one in turn
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace CertificateNames {
+namespace Transfer::CertificateNames {
 namespace {
 
 std::optional<std::string> Text(const ASN1_STRING* value) {
@@ -51,4 +51,4 @@ std::vector<std::string> Hosts(const X509* certificate) {
   return hosts;
 }
 
-}  // namespace CertificateNames
+}  // namespace Transfer::CertificateNames

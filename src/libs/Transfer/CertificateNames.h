@@ -8,7 +8,7 @@
 
 // The names in an X.509 certificate, which must not be null. All text is UTF-8; what the certificate does not
 // have is nothing. Any thread.
-namespace CertificateNames {
+namespace Transfer::CertificateNames {
 
 [[nodiscard]] std::optional<std::string> CommonName(const X509* certificate);
 // The subject's organisation, or its common name when it has none.
@@ -18,4 +18,4 @@ namespace CertificateNames {
 // The host names of the subject's alternative names, in their order.
 [[nodiscard]] std::vector<std::string> Hosts(const X509* certificate);
 
-}  // namespace CertificateNames
+}  // namespace Transfer::CertificateNames

@@ -5,10 +5,12 @@
 #include <curl/curl.h>
 #include <string.h>
 
+namespace Transfer {
+
 // This folder's one place that includes libcurl: its handles as owning pointers.
-using CurlPtr = UniqueHandle<CURL, curl_easy_cleanup>;
-using CurlUrlPtr = UniqueHandle<CURLU, curl_url_cleanup>;
-using CurlTextPtr = UniqueHandle<char, curl_free>;
+using CurlPtr = Lifetime::UniqueHandle<CURL, curl_easy_cleanup>;
+using CurlUrlPtr = Lifetime::UniqueHandle<CURLU, curl_url_cleanup>;
+using CurlTextPtr = Lifetime::UniqueHandle<char, curl_free>;
 
 // Header lines may hold credentials.
 inline void WipeAndFreeLines(curl_slist* lines) noexcept {
@@ -17,4 +19,6 @@ inline void WipeAndFreeLines(curl_slist* lines) noexcept {
   }
   curl_slist_free_all(lines);
 }
-using CurlListPtr = UniqueHandle<curl_slist, WipeAndFreeLines>;
+using CurlListPtr = Lifetime::UniqueHandle<curl_slist, WipeAndFreeLines>;
+
+}  // namespace Transfer

@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+namespace Transfer {
 namespace {
 
 constexpr long kConnectSeconds = 30;
@@ -99,7 +100,7 @@ std::size_t CurlTransfer::TakeHeader(char* line, std::size_t /*one*/, std::size_
 int CurlTransfer::Progress(void* self, curl_off_t /*downloadTotal*/, curl_off_t downloaded,
                            curl_off_t /*uploadTotal*/, curl_off_t /*uploaded*/) noexcept {
   auto& transfer = *static_cast<CurlTransfer*>(self);
-  if (TerminationEvent::Requested()) return 1;
+  if (Termination::Requested()) return 1;
   std::optional<std::uint64_t> bodyBytes;
   if (transfer.HasHeader()) bodyBytes = static_cast<std::uint64_t>(downloaded);
   try {
@@ -108,3 +109,5 @@ int CurlTransfer::Progress(void* self, curl_off_t /*downloadTotal*/, curl_off_t 
     return 1;
   }
 }
+
+}  // namespace Transfer

@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+namespace Transfer {
+
 // A transfer as all of this program's are: http and https only, 30 s to connect, within its limits, no user
 // out of an address, servers verified against the system's trust store (SSL_CERT_FILE and SSL_CERT_DIR
 // replace it), proxies from the environment, an early end when termination is requested. One thread.
@@ -47,3 +49,5 @@ class CurlTransfer {
   CurlPtr handle_;               // its sessions refer to the trust
   long headersOfRedirect_ = -1;  // the number of redirects before the response whose header was the last
 };
+
+}  // namespace Transfer

@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+namespace Transfer {
 namespace {
 
 constexpr long kMaximumRedirects = 20;
@@ -83,3 +84,5 @@ std::size_t GetRequest::CollectBody(char* bytes, std::size_t /*one*/, std::size_
   }
   return count;
 }
+
+}  // namespace Transfer

@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+namespace Transfer {
+
 // A GET of a document: up to 20 redirects, to http and https only and never from https to http. Where the
 // system does not trust a server, nothing is sent to it. One thread.
 class GetRequest {
@@ -41,3 +43,5 @@ class GetRequest {
   std::unique_ptr<CurlTransfer> transfer_;
   std::string body_;
 };
+
+}  // namespace Transfer

@@ -1,5 +1,6 @@
 #include "libs/Transfer/HeadRequest.h"
 
+namespace Transfer {
 namespace {
 
 std::size_t DiscardBytes(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
@@ -25,3 +26,5 @@ const STACK_OF(X509) * HeadRequest::TrustedChain() const {
   const bool isTrusted = transfer_->IsSecure() && transfer_->Trust().Evaluate();
   return isTrusted ? transfer_->Trust().Chain() : nullptr;
 }
+
+}  // namespace Transfer

@@ -7,6 +7,8 @@
 #include <string>
 #include <utility>
 
+namespace Transfer {
+
 // A HEAD request to a server itself, without redirects, whose handshake gives the chain that the system
 // trusts. One thread.
 class HeadRequest {
@@ -31,3 +33,5 @@ class HeadRequest {
   std::array<char, CURL_ERROR_SIZE> reason_{};
   std::unique_ptr<CurlTransfer> transfer_;
 };
+
+}  // namespace Transfer

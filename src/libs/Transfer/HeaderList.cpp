@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+namespace Transfer {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
@@ -47,3 +48,5 @@ bool AppendHeader(CurlListPtr& list, std::string line) {
   ::explicit_bzero(line.data(), line.size());  // it may hold credentials
   return appended;
 }
+
+}  // namespace Transfer

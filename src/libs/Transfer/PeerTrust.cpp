@@ -1,5 +1,6 @@
 #include "libs/Transfer/PeerTrust.h"
 
+namespace Transfer {
 namespace {
 
 int OwnerIndex() {
@@ -86,3 +87,5 @@ bool PeerTrust::IsRevoked() const {
   const bool hasIssuer = sk_X509_num(chain_.get()) > 1;
   return SaysRevoked(answer.get(), certificate, hasIssuer ? sk_X509_value(chain_.get(), 1) : certificate);
 }
+
+}  // namespace Transfer

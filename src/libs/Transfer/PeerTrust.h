@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace Transfer {
+
 // The trust in a stream's peer: what the handshake verified, and the evaluation of it afterwards. One thread.
 class PeerTrust {
  public:
@@ -36,3 +38,5 @@ class PeerTrust {
   std::vector<unsigned char> stapledAnswer_;  // DER; empty when the peer sent none
   bool receivedFatalAlert_ = false;
 };
+
+}  // namespace Transfer

@@ -1,6 +1,6 @@
 #include "libs/Transfer/StreamErrorCode.h"
 
-namespace StreamErrorCode {
+namespace Transfer::StreamErrorCode {
 
 bool IsTlsFailure(std::int64_t errorCode) {
   // One unsigned comparison: what lies below the range wraps around to far above it.
@@ -30,4 +30,4 @@ std::int64_t FromTransfer(CURLcode result, bool receivedFatalAlert) {
   }
 }
 
-}  // namespace StreamErrorCode
+}  // namespace Transfer::StreamErrorCode

@@ -6,7 +6,7 @@
 
 // The error codes of a validation's stream. Those of TLS lie together in one range, kFirst to kLast; a
 // transport failure keeps libcurl's own number, which is positive.
-namespace StreamErrorCode {
+namespace Transfer::StreamErrorCode {
 
 inline constexpr std::int64_t kFirst = -9849;
 inline constexpr std::int64_t kLast = -9800;
@@ -28,4 +28,4 @@ inline constexpr std::int64_t kAnotherServer = -9843;
 // an alert, which a transfer past its handshake only knows as an error in reading.
 [[nodiscard]] std::int64_t FromTransfer(CURLcode result, bool receivedFatalAlert);
 
-}  // namespace StreamErrorCode
+}  // namespace Transfer::StreamErrorCode

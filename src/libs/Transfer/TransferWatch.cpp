@@ -1,5 +1,7 @@
 #include "libs/Transfer/TransferWatch.h"
 
+namespace Transfer {
+
 bool TransferWatch::TakeHeader(Time now, std::uint64_t bytes) {
   if (!firstHeader_) firstHeader_ = now;
   headerBytes_ += bytes;
@@ -29,3 +31,5 @@ bool TransferWatch::IsFastEnough(Sample latest) {
   return latest.time - oldest.time < limits_.bodyWindow ||
          latest.bytes - oldest.bytes >= limits_.leastBytesInWindow;
 }
+
+}  // namespace Transfer

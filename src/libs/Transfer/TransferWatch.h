@@ -5,6 +5,8 @@
 #include <deque>
 #include <optional>
 
+namespace Transfer {
+
 // What one transfer may cost, redirects included. Its headers are those of all responses; its body is that of
 // each response by itself, whatever its status.
 struct TransferLimits {
@@ -45,3 +47,5 @@ class TransferWatch {
   std::uint64_t headerBytes_ = 0;
   std::deque<Sample> window_;  // of the body, oldest first; that one stands where the window begins
 };
+
+}  // namespace Transfer

@@ -114,7 +114,7 @@ bool Authentication::TryNegotiate(const Site& site) {
   // A server that begins anew has refused what it got.
   const bool refused = negotiate_ && challenge->token.empty();
   if (!negotiate_) negotiate_ = std::make_unique<NegotiateExchange>(site.url.Host());
-  std::optional<Secret> token;
+  std::optional<CredentialWire::Secret> token;
   if (!refused) token = negotiate_->Next(challenge->token);
   if (!token) {
     WardenLog::Write(WardenLog::kProgress, refused ? "Warden: the ticket was refused"
@@ -125,7 +125,7 @@ bool Authentication::TryNegotiate(const Site& site) {
   scheme_ = Scheme::Negotiate;
   credentials_.reset();
   LogChoice(site, "Negotiate");
-  Secret value("Negotiate ");
+  CredentialWire::Secret value("Negotiate ");
   value.Append(token->View());
   SetHeaderLine(value.View());
   return true;
@@ -190,23 +190,24 @@ bool Authentication::CredentialsFit() const {
 bool Authentication::MakeHeaderLine(const Site& site) {
   if (!credentials_) return true;
   // A passcode is the password and the code in one.
-  Secret password(credentials_->password.View());
+  CredentialWire::Secret password(credentials_->password.View());
   password.Append(credentials_->code.View());
   if (scheme_ == Scheme::Digest) {
-    const std::optional<Secret> value = DigestValue(site, password.View());
+    const std::optional<CredentialWire::Secret> value = DigestValue(site, password.View());
     if (value) SetHeaderLine(value->View());
     return value.has_value();
   }
-  Secret pair(credentials_->userName);
+  CredentialWire::Secret pair(credentials_->userName);
   pair.Append(":");
   pair.Append(password.View());
-  Secret value("Basic ");
+  CredentialWire::Secret value("Basic ");
   value.Append(Base64(pair.View()).View());
   SetHeaderLine(value.View());
   return true;
 }
 
-std::optional<Secret> Authentication::DigestValue(const Site& site, std::string_view password) {
+std::optional<CredentialWire::Secret> Authentication::DigestValue(const Site& site,
+                                                                  std::string_view password) {
   if (countedNonce_ != digest_->nonce) {
     const std::optional<std::string> random = RandomDigits();
     if (!random) return std::nullopt;
@@ -221,7 +222,7 @@ std::optional<Secret> Authentication::DigestValue(const Site& site, std::string_
 }
 
 void Authentication::SetHeaderLine(std::string_view value) {
-  Secret line("Authorization: ");
+  CredentialWire::Secret line("Authorization: ");
   line.Append(value);
   headerLine_ = std::move(line);
 }
@@ -229,7 +230,7 @@ void Authentication::SetHeaderLine(std::string_view value) {
 void Authentication::Accepted() {
   if (credentials_ && credentials_->remember && !credentials_->isStored) program_.Store(key_, *credentials_);
   credentials_.reset();
-  headerLine_ = Secret();
+  headerLine_ = CredentialWire::Secret();
 }
 
 }  // namespace Warden

@@ -43,7 +43,7 @@ class Authentication {
   [[nodiscard]] MorvaneWardenAction Prepare(const Site& site);
 
   // Empty as long as there was no challenge.
-  [[nodiscard]] const Secret& HeaderLine() const { return headerLine_; }
+  [[nodiscard]] const CredentialWire::Secret& HeaderLine() const { return headerLine_; }
 
   // The request was answered: a credential to be remembered is stored.
   void Accepted();
@@ -60,7 +60,8 @@ class Authentication {
   [[nodiscard]] MorvaneWardenAction AskOnce(const Site& site);
   [[nodiscard]] bool CredentialsFit() const;
   [[nodiscard]] bool MakeHeaderLine(const Site& site);
-  [[nodiscard]] std::optional<Secret> DigestValue(const Site& site, std::string_view password);
+  [[nodiscard]] std::optional<CredentialWire::Secret> DigestValue(const Site& site,
+                                                                  std::string_view password);
   void SetHeaderLine(std::string_view value);
 
   const CredentialProgram& program_;
@@ -80,7 +81,7 @@ class Authentication {
   std::optional<Credentials> credentials_;
   int tries_ = 0;
   bool wasRejected_ = false;
-  Secret headerLine_;
+  CredentialWire::Secret headerLine_;
 };
 
 }  // namespace Warden

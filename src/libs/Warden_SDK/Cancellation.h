@@ -18,7 +18,7 @@ class Cancellation {
   void Request() const;
 
  private:
-  FileDescriptor event_;
+  Files::FileDescriptor event_;
 };
 
 }  // namespace Warden

@@ -8,18 +8,19 @@
 
 namespace Warden {
 
-CredentialConversation::CredentialConversation(HelperProcess program, Secret request,
-                                               int cancellationDescriptor)
+CredentialConversation::CredentialConversation(HelperProgram::HelperProcess program,
+                                               CredentialWire::Secret request, int cancellationDescriptor)
     : conversation_(std::move(program), cancellationDescriptor), request_(std::move(request)) {}
 
-std::optional<CredentialMessage> CredentialConversation::AwaitReply(int limitMilliseconds) {
-  using Clock = HelperConversation::Clock;
+std::optional<CredentialWire::CredentialMessage> CredentialConversation::AwaitReply(int limitMilliseconds) {
+  using Clock = HelperProgram::HelperConversation::Clock;
   std::optional<Clock::time_point> deadline;
   if (limitMilliseconds >= 0) deadline = Clock::now() + std::chrono::milliseconds(limitMilliseconds);
   while (conversation_.Continue(request_.View(), deadline)) {
     ReadAll();
-    if (CredentialMessage::LengthOf(reply_.View())) return CredentialMessage::Parse(reply_.View());
-    const bool isTooLong = reply_.View().size() >= CredentialMessage::kMaximumBytes;
+    if (CredentialWire::CredentialMessage::LengthOf(reply_.View()))
+      return CredentialWire::CredentialMessage::Parse(reply_.View());
+    const bool isTooLong = reply_.View().size() >= CredentialWire::CredentialMessage::kMaximumBytes;
     if (conversation_.IsOver() || isTooLong) return std::nullopt;
   }
   return std::nullopt;
@@ -27,7 +28,7 @@ std::optional<CredentialMessage> CredentialConversation::AwaitReply(int limitMil
 
 void CredentialConversation::ReadAll() {
   std::array<char, 4096> buffer;
-  while (reply_.View().size() < CredentialMessage::kMaximumBytes) {
+  while (reply_.View().size() < CredentialWire::CredentialMessage::kMaximumBytes) {
     const std::size_t count = conversation_.ReadSome(buffer);
     if (count == 0) break;
     reply_.Append({buffer.data(), count});

@@ -12,18 +12,19 @@ namespace Warden {
 class CredentialConversation {
  public:
   // `cancellationDescriptor` is only polled.
-  CredentialConversation(HelperProcess program, Secret request, int cancellationDescriptor);
+  CredentialConversation(HelperProgram::HelperProcess program, CredentialWire::Secret request,
+                         int cancellationDescriptor);
 
   // Blocks until the program has replied; a negative limit is none. Nothing when it ended, closed its output
   // or sent no message, on cancellation, and when the time is over.
-  [[nodiscard]] std::optional<CredentialMessage> AwaitReply(int limitMilliseconds);
+  [[nodiscard]] std::optional<CredentialWire::CredentialMessage> AwaitReply(int limitMilliseconds);
 
  private:
   void ReadAll();
 
-  HelperConversation conversation_;
-  Secret request_;
-  Secret reply_;
+  HelperProgram::HelperConversation conversation_;
+  CredentialWire::Secret request_;
+  CredentialWire::Secret reply_;
 };
 
 }  // namespace Warden

@@ -14,7 +14,7 @@
 namespace Warden {
 namespace {
 
-namespace Words = CredentialWords;
+namespace Words = CredentialWire::CredentialWords;
 
 constexpr int kNoLimit = -1;
 constexpr int kChangeLimitMilliseconds = 10'000;
@@ -26,7 +26,7 @@ std::string_view AuthenticationWord(std::uint32_t authentication) {
   return authentication < kAuthenticationWords.size() ? kAuthenticationWords[authentication] : Words::kNone;
 }
 
-bool SetKey(CredentialMessage& message, const CredentialKey& key) {
+bool SetKey(CredentialWire::CredentialMessage& message, const CredentialKey& key) {
   return message.Set(Words::kProtocol, key.protocol) && message.Set(Words::kHost, key.host) &&
          message.Set(Words::kRealm, key.realm);
 }
@@ -36,7 +36,7 @@ bool HasControlCharacter(std::string_view text) {
   return std::ranges::any_of(text, util::IsAsciiControl);
 }
 
-void LogSecretService(const CredentialMessage& reply) {
+void LogSecretService(const CredentialWire::CredentialMessage& reply) {
   const std::string_view state = reply.Get(Words::kSecretService);
   if (state.empty() || state == Words::kAvailable) return;
   std::string text = "Warden: the Secret Service is ";
@@ -54,12 +54,12 @@ CredentialOutcome Failed(std::string_view what) {
   return CredentialOutcome::Failed;
 }
 
-CredentialOutcome TakeCredentials(const CredentialMessage& reply, Credentials& credentials) {
+CredentialOutcome TakeCredentials(const CredentialWire::CredentialMessage& reply, Credentials& credentials) {
   const std::string_view userName = reply.Get(Words::kUserName);
   if (userName.empty() || HasControlCharacter(userName)) return Failed("gave no user name");
   credentials.userName = userName;
-  credentials.password = Secret(reply.Get(Words::kPassword));
-  credentials.code = Secret(reply.Get(Words::kCode));
+  credentials.password = CredentialWire::Secret(reply.Get(Words::kPassword));
+  credentials.code = CredentialWire::Secret(reply.Get(Words::kCode));
   credentials.isStored = reply.Get(Words::kSource) == Words::kStored;
   credentials.remember = reply.Get(Words::kRemember) == Words::kYes;
   WardenLog::Write(WardenLog::kProgress, credentials.isStored ? "Warden: using the stored credential"
@@ -73,14 +73,14 @@ CredentialProgram::CredentialProgram(std::filesystem::path program, const Cancel
     : program_(std::move(program)), cancellation_(cancellation) {}
 
 CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Credentials& credentials) const {
-  CredentialMessage request;
+  CredentialWire::CredentialMessage request;
   const std::string_view place = question.isGateway ? Words::kPlaceGateway : Words::kPlaceStore;
   if (!SetKey(request, question.key) || !request.Set(Words::kPlace, place) ||
       !request.Set(Words::kAuthentication, AuthenticationWord(question.authentication)) ||
       !request.Set(Words::kRejected, question.wasRejected ? Words::kYes : Words::kNo)) {
     return Failed("cannot be asked for this realm");
   }
-  const std::optional<CredentialMessage> reply = Ask(request);
+  const std::optional<CredentialWire::CredentialMessage> reply = Ask(request);
   if (!reply) return cancellation_.Requested() ? CredentialOutcome::Interrupted : Failed("did not answer");
   LogSecretService(*reply);
 
@@ -96,7 +96,8 @@ CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Cre
   return Failed("reports a failure");
 }
 
-std::optional<CredentialMessage> CredentialProgram::Ask(const CredentialMessage& request) const {
+std::optional<CredentialWire::CredentialMessage> CredentialProgram::Ask(
+    const CredentialWire::CredentialMessage& request) const {
   const WaitNotice notice;
   return Exchange(Words::kGet, request, kNoLimit);
 }
@@ -112,10 +113,10 @@ void CredentialProgram::Erase(const CredentialKey& key, const Credentials& crede
 void CredentialProgram::Change(std::string_view action, const CredentialKey& key,
                                const Credentials& credentials) const {
   const bool stores = action == Words::kStore;
-  CredentialMessage request;
+  CredentialWire::CredentialMessage request;
   const bool isComplete = SetKey(request, key) && request.Set(Words::kUserName, credentials.userName) &&
                           (!stores || request.Set(Words::kPassword, credentials.password.View()));
-  std::optional<CredentialMessage> reply;
+  std::optional<CredentialWire::CredentialMessage> reply;
   if (isComplete) reply = Exchange(action, request, kChangeLimitMilliseconds);
   if (reply) LogSecretService(*reply);
   const bool done = reply && reply->Get(Words::kStatus) == Words::kOK;
@@ -127,10 +128,10 @@ void CredentialProgram::Change(std::string_view action, const CredentialKey& key
   }
 }
 
-std::optional<CredentialMessage> CredentialProgram::Exchange(std::string_view action,
-                                                             const CredentialMessage& request,
-                                                             int limitMilliseconds) const {
-  std::optional<HelperProcess> process = HelperProcess::Start(program_, {std::string(action)});
+std::optional<CredentialWire::CredentialMessage> CredentialProgram::Exchange(
+    std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds) const {
+  std::optional<HelperProgram::HelperProcess> process =
+      HelperProgram::HelperProcess::Start(program_, {std::string(action)});
   if (!process) {
     WardenLog::Write(WardenLog::kFailure, "Warden: cannot start " + program_.string());
     return std::nullopt;

@@ -6,7 +6,9 @@
 #include <optional>
 #include <string_view>
 
+namespace CredentialWire {
 class CredentialMessage;
+}
 
 namespace Warden {
 
@@ -35,10 +37,10 @@ class CredentialProgram {
   void Erase(const CredentialKey& key, const Credentials& credentials) const;
 
  private:
-  [[nodiscard]] std::optional<CredentialMessage> Ask(const CredentialMessage& request) const;
-  [[nodiscard]] std::optional<CredentialMessage> Exchange(std::string_view action,
-                                                          const CredentialMessage& request,
-                                                          int limitMilliseconds) const;
+  [[nodiscard]] std::optional<CredentialWire::CredentialMessage> Ask(
+      const CredentialWire::CredentialMessage& request) const;
+  [[nodiscard]] std::optional<CredentialWire::CredentialMessage> Exchange(
+      std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds) const;
   void Change(std::string_view action, const CredentialKey& key, const Credentials& credentials) const;
 
   std::filesystem::path program_;

@@ -22,8 +22,8 @@ struct CredentialKey {
 
 struct Credentials {
   std::string userName;
-  Secret password;
-  Secret code;  // good once, never stored
+  CredentialWire::Secret password;
+  CredentialWire::Secret code;  // good once, never stored
   bool isStored = false;
   bool remember = false;
 };

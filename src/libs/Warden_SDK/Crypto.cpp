@@ -12,8 +12,8 @@
 namespace Warden {
 namespace {
 
-using HashContextPtr = UniqueHandle<EVP_MD_CTX, EVP_MD_CTX_free>;
-using HashPtr = UniqueHandle<EVP_MD, EVP_MD_free>;
+using HashContextPtr = Lifetime::UniqueHandle<EVP_MD_CTX, EVP_MD_CTX_free>;
+using HashPtr = Lifetime::UniqueHandle<EVP_MD, EVP_MD_free>;
 
 const unsigned char* Bytes(std::string_view text) {
   return reinterpret_cast<const unsigned char*>(text.data());
@@ -29,7 +29,8 @@ void AppendHexadecimal(const unsigned char* bytes, std::size_t count, auto& text
 
 }  // namespace
 
-std::optional<Secret> HexHash(HashAlgorithm algorithm, std::initializer_list<std::string_view> pieces) {
+std::optional<CredentialWire::Secret> HexHash(HashAlgorithm algorithm,
+                                              std::initializer_list<std::string_view> pieces) {
   const char* const name = algorithm == HashAlgorithm::SHA256 ? "SHA256" : "MD5";
   const HashPtr hash(EVP_MD_fetch(nullptr, name, nullptr));
   const HashContextPtr context(EVP_MD_CTX_new());
@@ -40,18 +41,20 @@ std::optional<Secret> HexHash(HashAlgorithm algorithm, std::initializer_list<std
   std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
   unsigned count = 0;
   if (EVP_DigestFinal_ex(context.get(), bytes.data(), &count) != 1) return std::nullopt;
-  Secret text;
+  CredentialWire::Secret text;
   auto append = [&text](std::string_view digits) { text.Append(digits); };
   AppendHexadecimal(bytes.data(), count, append);
   ::explicit_bzero(bytes.data(), bytes.size());
   return text;
 }
 
-Secret Base64(std::string_view bytes) {
+CredentialWire::Secret Base64(std::string_view bytes) {
   // The function ends its text with a NUL.
-  std::vector<unsigned char, WipingAllocator<unsigned char>> text((bytes.size() + 2) / 3 * 4 + 1);
+  std::vector<unsigned char, CredentialWire::WipingAllocator<unsigned char>> text((bytes.size() + 2) / 3 * 4 +
+                                                                                  1);
   const int length = EVP_EncodeBlock(text.data(), Bytes(bytes), static_cast<int>(bytes.size()));
-  return Secret({reinterpret_cast<const char*>(text.data()), static_cast<std::size_t>(length)});
+  return CredentialWire::Secret(
+      {reinterpret_cast<const char*>(text.data()), static_cast<std::size_t>(length)});
 }
 
 std::optional<std::string> FromBase64(std::string_view text) {

@@ -14,10 +14,10 @@ enum class HashAlgorithm { MD5, SHA256 };
 
 // The hash of the pieces, one behind the other, in lower-case hexadecimal. Nothing when the library does not
 // offer the algorithm.
-[[nodiscard]] std::optional<Secret> HexHash(HashAlgorithm algorithm,
-                                            std::initializer_list<std::string_view> pieces);
+[[nodiscard]] std::optional<CredentialWire::Secret> HexHash(HashAlgorithm algorithm,
+                                                            std::initializer_list<std::string_view> pieces);
 
-[[nodiscard]] Secret Base64(std::string_view bytes);
+[[nodiscard]] CredentialWire::Secret Base64(std::string_view bytes);
 // Nothing when the text is no Base64.
 [[nodiscard]] std::optional<std::string> FromBase64(std::string_view text);
 

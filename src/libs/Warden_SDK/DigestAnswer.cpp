@@ -76,16 +76,19 @@ std::string CountText(std::uint32_t count) {
   return text.data();
 }
 
-std::optional<Secret> KeyHash(const DigestChallenge& challenge, const DigestRequest& request) {
-  std::optional<Secret> key =
+std::optional<CredentialWire::Secret> KeyHash(const DigestChallenge& challenge,
+                                              const DigestRequest& request) {
+  std::optional<CredentialWire::Secret> key =
       HexHash(challenge.algorithm, {request.userName, ":", challenge.realm, ":", request.password});
   if (!key || !challenge.isSession) return key;
   return HexHash(challenge.algorithm, {key->View(), ":", challenge.nonce, ":", request.clientNonce});
 }
 
-std::optional<Secret> Response(const DigestChallenge& challenge, const DigestRequest& request) {
-  const std::optional<Secret> key = KeyHash(challenge, request);
-  const std::optional<Secret> message = HexHash(challenge.algorithm, {request.method, ":", request.target});
+std::optional<CredentialWire::Secret> Response(const DigestChallenge& challenge,
+                                               const DigestRequest& request) {
+  const std::optional<CredentialWire::Secret> key = KeyHash(challenge, request);
+  const std::optional<CredentialWire::Secret> message =
+      HexHash(challenge.algorithm, {request.method, ":", request.target});
   if (!key || !message) return std::nullopt;
   if (!challenge.hasQop) {
     return HexHash(challenge.algorithm, {key->View(), ":", challenge.nonce, ":", message->View()});
@@ -124,10 +127,11 @@ std::optional<DigestChallenge> DigestChallenge::From(const Challenge& challenge)
   return digest;
 }
 
-std::optional<Secret> DigestAnswer(const DigestChallenge& challenge, const DigestRequest& request) {
-  const std::optional<Secret> response = Response(challenge, request);
+std::optional<CredentialWire::Secret> DigestAnswer(const DigestChallenge& challenge,
+                                                   const DigestRequest& request) {
+  const std::optional<CredentialWire::Secret> response = Response(challenge, request);
   if (!response) return std::nullopt;
-  Secret value("Digest " + UserNameField(challenge, request.userName));
+  CredentialWire::Secret value("Digest " + UserNameField(challenge, request.userName));
   value.Append(", realm=" + Quoted(challenge.realm) + ", nonce=" + Quoted(challenge.nonce));
   value.Append(", uri=" + Quoted(request.target) + ", response=\"");
   value.Append(response->View());

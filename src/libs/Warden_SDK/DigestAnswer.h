@@ -38,7 +38,7 @@ struct DigestRequest {
 };
 
 // The value of the answering header line. Nothing when the hash cannot be had.
-[[nodiscard]] std::optional<Secret> DigestAnswer(const DigestChallenge& challenge,
-                                                 const DigestRequest& request);
+[[nodiscard]] std::optional<CredentialWire::Secret> DigestAnswer(const DigestChallenge& challenge,
+                                                                 const DigestRequest& request);
 
 }  // namespace Warden

@@ -49,7 +49,7 @@ struct Library {
 
 // Never destroyed: at the end of the process a thread may still be in a request.
 Library& TheLibrary() {
-  static NoDestructor<Library> library;
+  static Lifetime::NoDestructor<Library> library;
   return *library;
 }
 
@@ -81,7 +81,7 @@ void WipeAndFree(const wchar_t* text) noexcept {
   delete[] own;
 }
 
-using TextPtr = UniqueHandle<const wchar_t[], WipeAndFree>;
+using TextPtr = Lifetime::UniqueHandle<const wchar_t[], WipeAndFree>;
 
 TextPtr CopyOf(std::string_view utf8) {
   std::wstring wide = util::widen(utf8);
@@ -95,7 +95,7 @@ TextPtr CopyOf(std::string_view utf8) {
 }  // namespace
 
 void MorvaneWarden_SetLogFunction(MorvaneWardenLogFunction function) {
-  WardenLog::SetFunction(function);
+  Warden::WardenLog::SetFunction(function);
 }
 
 void MorvaneWarden_SetWaitFunction(MorvaneWardenWaitFunction function) {
@@ -157,8 +157,8 @@ MorvaneWardenStatus MorvaneWarden_CreateRequestContext(MorvaneWardenConnection* 
     if (!IsInitialized()) return MORVANE_WARDEN_NOT_INITIALIZED;
     std::optional<Warden::Url> url = Warden::Url::Parse(util::narrow(storeUrl));
     if (!url) return MORVANE_WARDEN_BAD_PARAMETER;
-    WardenLog::Write(WardenLog::kProgress,
-                     "Warden: " + connection->name + ": a request for " + url->authority);
+    Warden::WardenLog::Write(Warden::WardenLog::kProgress,
+                             "Warden: " + connection->name + ": a request for " + url->authority);
     const Library& library = TheLibrary();
     *context = new MorvaneWardenRequestContext{
         RequestContext(std::move(*url), library.program, library.cancellation)};

@@ -27,9 +27,9 @@ static void WipeAndRelease(gss_buffer_desc* buffer) {
   gss_release_buffer(&minor, buffer);
 }
 
-using NamePtr = UniqueHandle<std::remove_pointer_t<gss_name_t>, ReleaseName>;
-using ContextPtr = UniqueHandle<std::remove_pointer_t<gss_ctx_id_t>, DeleteContext>;
-using BufferPtr = UniqueHandle<gss_buffer_desc, WipeAndRelease>;
+using NamePtr = Lifetime::UniqueHandle<std::remove_pointer_t<gss_name_t>, ReleaseName>;
+using ContextPtr = Lifetime::UniqueHandle<std::remove_pointer_t<gss_ctx_id_t>, DeleteContext>;
+using BufferPtr = Lifetime::UniqueHandle<gss_buffer_desc, WipeAndRelease>;
 
 namespace {
 
@@ -77,7 +77,7 @@ NegotiateExchange::NegotiateExchange(std::string host) : state_(std::make_unique
 
 NegotiateExchange::~NegotiateExchange() = default;
 
-std::optional<Secret> NegotiateExchange::Next(std::string_view serverToken) {
+std::optional<CredentialWire::Secret> NegotiateExchange::Next(std::string_view serverToken) {
   if (state_->isComplete) return std::nullopt;
   if (!state_->service) state_->service = ServiceName(state_->host);
   std::optional<std::string> input = serverToken.empty() ? std::string() : FromBase64(serverToken);

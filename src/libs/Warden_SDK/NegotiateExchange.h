@@ -19,7 +19,7 @@ class NegotiateExchange {
   // The next token for the server, in Base64, in answer to the server's (empty at first). Nothing, and the
   // reason in the log, without a ticket, after the last token, or when the server's is not understood. May
   // wait for the ticket server.
-  [[nodiscard]] std::optional<Secret> Next(std::string_view serverToken);
+  [[nodiscard]] std::optional<CredentialWire::Secret> Next(std::string_view serverToken);
 
  private:
   struct State;

@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-namespace WardenLog {
+namespace Warden::WardenLog {
 namespace {
 
 std::atomic<MorvaneWardenLogFunction> g_function{nullptr};
@@ -18,7 +18,7 @@ void SetFunction(MorvaneWardenLogFunction function) {
 
 void Write(int level, std::string_view message) {
   const MorvaneWardenLogFunction function = g_function;
-  if (function != nullptr) function(level, util::widen(LogText::Line(message)).c_str());
+  if (function != nullptr) function(level, util::widen(util::LogText::Line(message)).c_str());
 }
 
-}  // namespace WardenLog
+}  // namespace Warden::WardenLog

@@ -5,7 +5,7 @@
 #include <string_view>
 
 // The library's log lines, handed to the function that the program has set. Any thread.
-namespace WardenLog {
+namespace Warden::WardenLog {
 
 inline constexpr int kProgress = 0;
 inline constexpr int kFailure = 2;
@@ -15,4 +15,4 @@ void SetFunction(MorvaneWardenLogFunction function);
 // UTF-8; never a secret.
 void Write(int level, std::string_view message);
 
-}  // namespace WardenLog
+}  // namespace Warden::WardenLog

@@ -40,7 +40,7 @@ struct LocationBoard {
   StoreLocations locations;
   std::atomic<bool> stop = false;
   std::atomic<bool> refresh = false;
-  EventFd wake;
+  Files::EventFd wake;
   std::atomic<int> outsideTunnel = 0;  // the index of the link to the outside where that is a tunnel
   // The thread's own; here, so that those that hang are counted when its work begins anew.
   HostLookups lookups;

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace Wayfinding {
+
 // The name of a network location value, in the log and wherever else a program reads it.
 [[nodiscard]] constexpr const char* NetworkLocationName(std::uint64_t location) {
   switch (location) {
@@ -25,3 +27,5 @@
       return "NETWORK_LOCATION_UNDEFINED";
   }
 }
+
+}  // namespace Wayfinding

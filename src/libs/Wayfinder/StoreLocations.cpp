@@ -3,7 +3,7 @@
 namespace Wayfinding {
 
 bool StoreLocations::Replace(std::map<std::string, StoreBeacons> stores) {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   auto list = std::make_shared<std::vector<StorePtr>>();
   std::map<std::string, Place> places;
   for (auto& [key, store] : stores) {
@@ -23,13 +23,13 @@ bool StoreLocations::Replace(std::map<std::string, StoreBeacons> stores) {
 }
 
 StoreLocations::StoreList StoreLocations::Current() const {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   return stores_;
 }
 
 std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& url, TimePoint now) const {
   const std::string key = StoreKey(url);
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   const auto place = places_.find(key);
   if (place == places_.end()) return std::nullopt;
   const bool decided = place->second.decision.location != kDeciding;
@@ -38,14 +38,14 @@ std::optional<StoreLocations::Answer> StoreLocations::Find(const std::string& ur
 }
 
 void StoreLocations::ForgetDecisions() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   for (auto& [key, place] : places_) place.decision = {};
   mayHaveChanged_ = true;
 }
 
 void StoreLocations::Decide(const StorePtr& store, const LocationDecision& decision, TimePoint now) {
   const std::string key = StoreKey(store->url);
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   const auto place = places_.find(key);
   if (place == places_.end() || place->second.store != store) return;
   place->second.decision = decision;
@@ -54,7 +54,7 @@ void StoreLocations::Decide(const StorePtr& store, const LocationDecision& decis
 }
 
 std::vector<std::pair<std::string, NetworkLocation>> StoreLocations::TakeChanges() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   std::vector<std::pair<std::string, NetworkLocation>> changes;
   if (!std::exchange(mayHaveChanged_, false)) return changes;
   for (auto& [key, place] : places_) {

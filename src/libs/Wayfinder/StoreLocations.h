@@ -53,7 +53,7 @@ class StoreLocations {
     TimePoint decided;
   };
 
-  mutable Mutex mutex_;
+  mutable ThreadSafety::Mutex mutex_;
   StoreList stores_ SR_GUARDED_BY(mutex_) = std::make_shared<const std::vector<StorePtr>>();
   std::map<std::string, Place> places_ SR_GUARDED_BY(mutex_);
   bool mayHaveChanged_ SR_GUARDED_BY(mutex_) = false;

@@ -13,7 +13,7 @@ constinit std::atomic<WFLogFunc> g_logFunction = nullptr;
 constinit std::atomic<WFLocationFunc> g_locationFunction = nullptr;
 
 void Log(const std::string& message) {
-  if (const WFLogFunc log = g_logFunction; log != nullptr) log(LogText::Line(message).c_str());
+  if (const WFLogFunc log = g_logFunction; log != nullptr) log(util::LogText::Line(message).c_str());
 }
 
 void GiveOut(const std::string& storeURL, Wayfinding::NetworkLocation location) {

@@ -9,15 +9,16 @@
 #include <set>
 #include <utility>
 
+namespace Srctl {
 namespace {
 
 using PropertyList::Dictionary;
 using std::chrono::steady_clock;
 
-constexpr Bus::Service kStores{ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
-                               ServiceNames::kServiceRecordsInterface};
-constexpr Bus::Service kBeacons{ServiceNames::kBeacons, ServiceNames::kBeaconsPath,
-                                ServiceNames::kBeaconsInterface};
+constexpr Bus::Service kStores{Bus::ServiceNames::kServiceRecords, Bus::ServiceNames::kServiceRecordsPath,
+                               Bus::ServiceNames::kServiceRecordsInterface};
+constexpr Bus::Service kBeacons{Bus::ServiceNames::kBeacons, Bus::ServiceNames::kBeaconsPath,
+                                Bus::ServiceNames::kBeaconsInterface};
 
 // The agent may first have to be started, and serves one call after the other.
 constexpr Bus::CallOptions kSoon{.timeOut = std::chrono::seconds(60)};
@@ -142,7 +143,7 @@ std::optional<bool> AgentClient::SetDefaultGatewayForStoreURL(const std::string&
 std::optional<bool> AgentClient::OpenFile(const std::string& absolutePath) {
   OpeningProgress progress;  // declared before the slots, whose handlers refer to it
   const auto match =
-      bus_.Match(ServiceNames::NotificationMatch(ServiceNames::kStoresUpdatedNotification),
+      bus_.Match(Bus::ServiceNames::NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification),
                  [&progress](const Bus::Message& signal) { progress.announcers.insert(signal.Sender()); });
   if (!match) {
     Fail("it could not be asked", match.Failure());
@@ -200,8 +201,9 @@ std::optional<std::uint64_t> AgentClient::DecidedLocationForStore(const std::str
   bool mayBeDecided = false;  // declared before the slots, whose handlers refer to it
   std::vector<Bus::Slot> slots;
   // An agent that comes in place of the asked one knows nothing of the question.
-  for (const std::string& rule : {ServiceNames::NotificationMatch(ServiceNames::kLocationChangedNotification),
-                                  Bus::MatchOwnerOf(ServiceNames::kBeacons)}) {
+  for (const std::string& rule :
+       {Bus::ServiceNames::NotificationMatch(Bus::ServiceNames::kLocationChangedNotification),
+        Bus::MatchOwnerOf(Bus::ServiceNames::kBeacons)}) {
     const auto raise = [&mayBeDecided](const Bus::Message& /*signal*/) { mayBeDecided = true; };
     if (const auto kept = Bus::Keep(slots.emplace_back(), bus_.Match(rule, raise)); !kept) {
       Fail("it could not be asked", kept.Failure());
@@ -230,9 +232,11 @@ std::optional<std::uint32_t> AgentClient::ReachabilityFlags() {
 }
 
 bool AgentClient::PostNotification(const std::string& name, const std::string& object) {
-  Bus::Result<> sent = bus_.Emit(ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface,
-                                 "Posted", name, object);
+  Bus::Result<> sent = bus_.Emit(Bus::ServiceNames::kNotificationsPath,
+                                 Bus::ServiceNames::kNotificationsInterface, "Posted", name, object);
   if (sent) sent = bus_.Flush();
   if (!sent) Fail("the notification could not be sent", sent.Failure());
   return static_cast<bool>(sent);
 }
+
+}  // namespace Srctl

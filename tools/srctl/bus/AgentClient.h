@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+namespace Srctl {
+
 // A connection to the agent over the user's session bus; the bus starts the agent when it is not running. One
 // thread. Every operation that gets no answer returns nothing (or false) and leaves the reason in Problem().
 // All text is UTF-8.
@@ -79,3 +81,5 @@ class AgentClient {
   Bus::Connection bus_;
   std::string problem_;
 };
+
+}  // namespace Srctl

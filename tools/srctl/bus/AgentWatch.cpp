@@ -8,16 +8,17 @@
 #include <csignal>
 #include <utility>
 
+namespace Srctl {
 namespace {
 
 using Kind = AgentEvent::Kind;
 
 // The agent may first have to be started.
 constexpr std::chrono::seconds kAnswerTime{60};
-constexpr Bus::Service kAgent{ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath,
+constexpr Bus::Service kAgent{Bus::ServiceNames::kServiceRecords, Bus::ServiceNames::kServiceRecordsPath,
                               "org.freedesktop.DBus.Peer"};
-constexpr Bus::Service kBeacons{ServiceNames::kBeacons, ServiceNames::kBeaconsPath,
-                                ServiceNames::kBeaconsInterface};
+constexpr Bus::Service kBeacons{Bus::ServiceNames::kBeacons, Bus::ServiceNames::kBeaconsPath,
+                                Bus::ServiceNames::kBeaconsInterface};
 
 }  // namespace
 
@@ -58,17 +59,17 @@ Bus::Result<> AgentWatch::WatchSignals() {
 }
 
 Bus::Result<> AgentWatch::AddMatches() {
-  using ServiceNames::NotificationMatch;
-  Bus::Result<> result = AddMatch(NotificationMatch(ServiceNames::kStoresUpdatedNotification),
+  using Bus::ServiceNames::NotificationMatch;
+  Bus::Result<> result = AddMatch(NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification),
                                   [this](const Bus::Message& /*signal*/) {
                                     if (isWatching_) Tell({.kind = Kind::StoresUpdated});
                                   });
   if (result) {
-    result = AddMatch(NotificationMatch(ServiceNames::kLocationChangedNotification),
+    result = AddMatch(NotificationMatch(Bus::ServiceNames::kLocationChangedNotification),
                       [this](const Bus::Message& signal) { HandleLocationChanged(signal); });
   }
   if (result) {
-    result = AddMatch(Bus::MatchOwnerOf(ServiceNames::kServiceRecords),
+    result = AddMatch(Bus::MatchOwnerOf(Bus::ServiceNames::kServiceRecords),
                       [this](const Bus::Message& signal) { HandleOwner(signal); });
   }
   if (result) {
@@ -145,3 +146,5 @@ void AgentWatch::HandleOwner(const Bus::Message& signal) {
   const bool isGone = std::get<2>(*change).empty();
   Tell({.kind = isGone ? Kind::AgentLeft : Kind::AgentCame});
 }
+
+}  // namespace Srctl

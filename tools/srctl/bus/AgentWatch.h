@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace Srctl {
+
 // Something that happened around the agent.
 struct AgentEvent {
   enum class Kind { Watching, StoresUpdated, LocationChanged, AgentLeft, AgentCame };
@@ -66,3 +68,5 @@ class AgentWatch {
   std::vector<Bus::Slot> slots_;
   Bus::EventSource output_;
 };
+
+}  // namespace Srctl

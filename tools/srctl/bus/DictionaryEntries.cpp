@@ -1,5 +1,7 @@
 #include "bus/DictionaryEntries.h"
 
+namespace Srctl {
+
 template <class Kind>
 const Kind* DictionaryEntries::Find(const char* key) {
   const PropertyList::Value* const value = dictionary_.Find(key);
@@ -27,3 +29,5 @@ void DictionaryEntries::Take(const char* key, std::uint64_t& number) {
 const PropertyList::Array* DictionaryEntries::TakeArray(const char* key) {
   return Find<PropertyList::Array>(key);
 }
+
+}  // namespace Srctl

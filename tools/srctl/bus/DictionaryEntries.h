@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+namespace Srctl {
+
 // Takes values out of a dictionary of the agent's. An entry that is missing leaves its variable as it is.
 class DictionaryEntries {
  public:
@@ -26,3 +28,5 @@ class DictionaryEntries {
   const PropertyList::Dictionary& dictionary_;
   bool areAsExpected_ = true;
 };
+
+}  // namespace Srctl

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace Srctl {
+
 // Stores and gateways as the agent describes them on the bus. All text is UTF-8 and comes from documents, so
 // it may hold any character.
 struct GatewayInfo {
@@ -33,3 +35,5 @@ struct CurrentGatewayInfo {
   std::uint64_t authentication = 0;
   std::uint64_t edition = 0;
 };
+
+}  // namespace Srctl

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <utility>
 
+namespace Srctl {
+
 std::optional<Bus::Connection> OpenUserBus(std::string& problem) {
   Bus::Result<Bus::Connection> bus = Bus::Connection::ToUserBus();
   if (bus) return std::move(*bus);
@@ -10,3 +12,5 @@ std::optional<Bus::Connection> OpenUserBus(std::string& problem) {
   if (bus.Failure().code != ENOMEDIUM) problem += " (" + bus.Failure().text + ")";
   return std::nullopt;
 }
+
+}  // namespace Srctl

@@ -5,5 +5,9 @@
 #include <optional>
 #include <string>
 
+namespace Srctl {
+
 // A connection to the user's session bus; nothing, and the reason in `problem`, when there is none.
 [[nodiscard]] std::optional<Bus::Connection> OpenUserBus(std::string& problem);
+
+}  // namespace Srctl

@@ -12,7 +12,7 @@
 #include <iostream>
 #include <optional>
 
-namespace commands {
+namespace Srctl::Commands {
 namespace {
 
 using Result = Finding::Result;
@@ -80,29 +80,29 @@ void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const
     const auto decided = agent.DecidedLocationForStore(store.url, std::max(left, 0s));
     const auto location = decided ? agent.ExplainedLocationForStore(store.url) : std::nullopt;
     if (!location) return report(Unanswered(agent.Problem()));
-    storechecks::CheckStore({store, *location}, report);
+    StoreChecks::CheckStore({store, *location}, report);
   }
 }
 
-Status Finish(printing::FindingPrinter& printer) {
+Status Finish(Printing::FindingPrinter& printer) {
   printer.Finish();
   return printer.Problems() == 0 ? Status::Done : Status::Refused;
 }
 
 }  // namespace
 
-Status Doctor(printing::Format format) {
-  printing::FindingPrinter printer(std::cout, format);
+Status Doctor(Printing::Format format) {
+  Printing::FindingPrinter printer(std::cout, format);
   const FindingReport report = [&printer](const Finding& finding) { printer.Print(finding); };
   std::string problem;
   std::optional<AgentClient> agent = AgentClient::Connect(problem);
   const AgentAnswers answers = AskAgent(agent, problem);
   report(answers.agent);
-  report(installationchecks::CheckLog());
-  report(answers.plugIn ? installationchecks::CheckPlugIn(*answers.plugIn)
+  report(InstallationChecks::CheckLog());
+  report(answers.plugIn ? InstallationChecks::CheckPlugIn(*answers.plugIn)
                         : NotLookedAt("plug-in", kNoAnswer));
-  report(installationchecks::CheckUserConfiguration());
-  report(installationchecks::CheckMachineConfiguration());
+  report(InstallationChecks::CheckUserConfiguration());
+  report(InstallationChecks::CheckMachineConfiguration());
   if (answers.savedStores) CheckSavedStores(*answers.savedStores, report);
   if (!answers.stores) {
     report(NotLookedAt("stores", kNoAnswer));
@@ -114,16 +114,16 @@ Status Doctor(printing::Format format) {
   return Finish(printer);
 }
 
-Status DoctorOfStore(const std::string& id, printing::Format format) {
+Status DoctorOfStore(const std::string& id, Printing::Format format) {
   return WithAgent([&](AgentClient& agent) {
     const auto store = agent.StoreForID(id);
     if (!store) return ReportUnreachable(agent.Problem());
     if (store->id.empty())
       return RefuseForList(agent, "There is no store with the id " + Quoted(id) + ". Ids: srctl list");
-    printing::FindingPrinter printer(std::cout, format);
+    Printing::FindingPrinter printer(std::cout, format);
     CheckStores(agent, {*store}, [&printer](const Finding& finding) { printer.Print(finding); });
     return Finish(printer);
   });
 }
 
-}  // namespace commands
+}  // namespace Srctl::Commands

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace documentcheck {
+namespace Srctl::DocumentCheck {
 namespace {
 
 std::filesystem::path InstalledResources() {
@@ -19,9 +19,10 @@ std::filesystem::path InstalledResources() {
 }  // namespace
 
 Result Check(const std::string& document) {
-  if (document.size() > kMaximumDocumentBytes) {
+  if (document.size() > DomLib::kMaximumDocumentBytes) {
     return {{},
-            "it is larger than a document may be: " + std::to_string(kMaximumDocumentBytes >> 20) + " MiB"};
+            "it is larger than a document may be: " + std::to_string(DomLib::kMaximumDocumentBytes >> 20) +
+                " MiB"};
   }
   if (!util::IsUTF8(document)) return {{}, "it is not UTF-8 text; save it in that encoding and try again"};
   std::error_code missing;
@@ -46,4 +47,4 @@ Result Check(const std::string& document) {
   return result;
 }
 
-}  // namespace documentcheck
+}  // namespace Srctl::DocumentCheck

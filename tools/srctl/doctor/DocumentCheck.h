@@ -6,7 +6,7 @@
 
 // A look at a document before the agent gets it, with the agent's own parser and schemas. Changes the
 // process's current directory to the installed schemas.
-namespace documentcheck {
+namespace Srctl::DocumentCheck {
 
 struct Result {
   ServiceRecords::StoreMap stores;  // what the agent will find in the document
@@ -16,4 +16,4 @@ struct Result {
 // The document is UTF-8.
 [[nodiscard]] Result Check(const std::string& document);
 
-}  // namespace documentcheck
+}  // namespace Srctl::DocumentCheck

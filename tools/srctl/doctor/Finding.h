@@ -3,6 +3,8 @@
 #include <functional>
 #include <string>
 
+namespace Srctl {
+
 // What one check of `srctl doctor` found out. All text is UTF-8; what comes from elsewhere in it may hold any
 // character.
 struct Finding {
@@ -18,3 +20,5 @@ struct Finding {
 };
 
 using FindingReport = std::function<void(const Finding&)>;
+
+}  // namespace Srctl

@@ -6,10 +6,10 @@
 #include <ostream>
 #include <string>
 
-namespace printing {
+namespace Srctl::Printing {
 namespace {
 
-using jsonoutput::Json;
+using JsonOutput::Json;
 
 const char* WordFor(Finding::Result result) {
   switch (result) {
@@ -40,7 +40,7 @@ std::string Line(const Finding& finding) {
   if (!finding.storeID.empty()) line += "store \"" + finding.storeName + "\" (" + finding.storeID + "), ";
   line += finding.check + ": " + finding.text;
   if (!finding.next.empty()) line += " Next: " + finding.next;
-  return TerminalText::OneLine(line);
+  return Terminal::OneLine(line);
 }
 
 }  // namespace
@@ -54,14 +54,14 @@ void FindingPrinter::Print(const Finding& finding) {
   if (format_ == Format::Json) {
     checks_.push_back(Object(finding));
   } else {
-    jsonoutput::PrintLine(out_, Object(finding));
+    JsonOutput::PrintLine(out_, Object(finding));
     out_.flush();
   }
 }
 
 void FindingPrinter::Finish() {
   if (format_ == Format::Json) {
-    jsonoutput::Print(out_, {{"problems", problems_}, {"checks", checks_}});
+    JsonOutput::Print(out_, {{"problems", problems_}, {"checks", checks_}});
   } else if (format_ == Format::JsonLines) {
     return;
   } else if (problems_ == 0) {
@@ -72,4 +72,4 @@ void FindingPrinter::Finish() {
   }
 }
 
-}  // namespace printing
+}  // namespace Srctl::Printing

@@ -6,9 +6,11 @@
 #include <cstddef>
 #include <iosfwd>
 
+namespace Srctl {
 struct Finding;
+}
 
-namespace printing {
+namespace Srctl::Printing {
 
 // Prints findings: text at once, one line for each, that begins with its result in a word; JSON at the end,
 // or at once as a line for each.
@@ -26,7 +28,7 @@ class FindingPrinter {
   std::ostream& out_;
   const Format format_;
   std::size_t problems_ = 0;
-  jsonoutput::Json checks_ = jsonoutput::Json::array();
+  JsonOutput::Json checks_ = JsonOutput::Json::array();
 };
 
-}  // namespace printing
+}  // namespace Srctl::Printing

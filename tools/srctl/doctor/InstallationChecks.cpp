@@ -13,7 +13,7 @@
 #include <optional>
 #include <string>
 
-namespace installationchecks {
+namespace Srctl::InstallationChecks {
 namespace {
 
 namespace fs = std::filesystem;
@@ -26,10 +26,10 @@ std::string ProblemWithPlugIn(const fs::path& folder) {
   std::error_code error;
   if (!fs::is_directory(folder, error)) return "there is no folder " + folder.string();
   const std::string file = (folder / "Info.plist").string();
-  const std::optional<PlugInDescription> description = PlugInDescription::Read(folder);
+  const std::optional<SRUI::PlugInDescription> description = SRUI::PlugInDescription::Read(folder);
   if (!description) return file + " is missing or cannot be read";
   if (!description->NamesProtocol())
-    return file + " does not name the protocol " + PlugInDescription::kProtocol;
+    return file + " does not name the protocol " + SRUI::PlugInDescription::kProtocol;
   if (!description->Module()) return "the module that " + file + " names is not in its folder";
   const fs::path dialogs = folder / "servicerecord-dialog";
   if (!fs::is_regular_file(dialogs, error)) return "the dialog program " + dialogs.string() + " is missing";
@@ -47,8 +47,8 @@ struct LookAtFile {
 
 LookAtFile LookAt(const fs::path& file) {
   std::error_code error;
-  const std::optional<std::string> content = AtomicFile::Read(file, error);
-  if (!content && AtomicFile::IsMissing(error)) {
+  const std::optional<std::string> content = Files::AtomicFile::Read(file, error);
+  if (!content && Files::AtomicFile::IsMissing(error)) {
     return {FileState::Missing, "There is none, which is fine: " + file.string()};
   }
   if (!content) return {FileState::Unreadable, file.string() + " cannot be read: " + error.message() + "."};
@@ -69,7 +69,7 @@ struct Copies {
 Copies LookForCopies(const fs::path& file) {
   std::error_code error;
   Copies copies;
-  for (const std::string& name : PropertyListFile(file).DamagedNames()) {
+  for (const std::string& name : Files::PropertyListFile(file).DamagedNames()) {
     const fs::path copy = file.parent_path() / name;
     const bool isTaken = fs::exists(fs::symlink_status(copy, error));
     if (isTaken) copies.last = copy.string();
@@ -81,13 +81,13 @@ Copies LookForCopies(const fs::path& file) {
 }  // namespace
 
 Finding CheckLog() {
-  const std::optional<fs::path> logs = StandardDirectories::Logs();
+  const std::optional<fs::path> logs = Files::StandardDirectories::Logs();
   if (!logs) {
     return {Result::Problem, "log", "There is no folder for it: HOME is not set.",
             "Set HOME to your home folder."};
   }
   const std::string file = (*logs / "ServiceRecord.log").string();
-  if (UserDefaults::Standard().Integer("LogLevel") == 0)
+  if (Files::UserDefaults::Standard().Integer("LogLevel") == 0)
     return {Result::Ok, "log", "It is off. When it is on (srctl logging on), it is written to " + file + "."};
   std::error_code error;
   const fs::file_status status = fs::symlink_status(file, error);
@@ -107,7 +107,7 @@ Finding CheckPlugIn(const fs::path& bundle) {
 }
 
 Finding CheckUserConfiguration() {
-  const fs::path file = PreferencePath(true);
+  const fs::path file = Files::PreferencePath(true);
   const LookAtFile look = LookAt(file);
   const Copies copies = LookForCopies(file);
   Finding finding{Result::Ok, "configuration of the user", look.text};
@@ -133,7 +133,7 @@ Finding CheckUserConfiguration() {
 }
 
 Finding CheckMachineConfiguration() {
-  const LookAtFile look = LookAt(PreferencePath(false));
+  const LookAtFile look = LookAt(Files::PreferencePath(false));
   Finding finding{Result::Ok, "configuration of the machine", look.text};
   if (look.state == FileState::Unreadable || look.state == FileState::Damaged) {
     finding.result = Result::Note;
@@ -143,4 +143,4 @@ Finding CheckMachineConfiguration() {
   return finding;
 }
 
-}  // namespace installationchecks
+}  // namespace Srctl::InstallationChecks

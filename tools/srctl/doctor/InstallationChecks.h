@@ -5,7 +5,7 @@
 #include <filesystem>
 
 // The checks of `srctl doctor` that look at files of this machine. They create nothing.
-namespace installationchecks {
+namespace Srctl::InstallationChecks {
 
 // Whether the agent writes its trace log, and where.
 [[nodiscard]] Finding CheckLog();
@@ -18,4 +18,4 @@ namespace installationchecks {
 // The machine's, in which the agent keeps nothing so far: whatever is wrong with it is only noted.
 [[nodiscard]] Finding CheckMachineConfiguration();
 
-}  // namespace installationchecks
+}  // namespace Srctl::InstallationChecks

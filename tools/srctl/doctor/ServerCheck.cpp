@@ -7,7 +7,7 @@
 
 #include <memory>
 
-namespace servercheck {
+namespace Srctl::ServerCheck {
 namespace {
 
 using Kind = Answer::Kind;
@@ -52,7 +52,7 @@ Answer ForVerification(long result, const std::string& reason) {
   }
 }
 
-Answer NotHandshaken(CURLcode result, const HeadRequest& request) {
+Answer NotHandshaken(CURLcode result, const Transfer::HeadRequest& request) {
   const std::string reason = request.Reason();
   if (result == CURLE_PEER_FAILED_VERIFICATION) {
     long verification = X509_V_OK;
@@ -63,7 +63,7 @@ Answer NotHandshaken(CURLcode result, const HeadRequest& request) {
 }
 
 // The status with which the proxy refused to lead to the server; 0 where none did.
-long StatusOfProxy(CURLcode result, const HeadRequest& request) {
+long StatusOfProxy(CURLcode result, const Transfer::HeadRequest& request) {
   long status = 0;
   if (result == CURLE_RECV_ERROR)
     curl_easy_getinfo(request.Transfer().Handle(), CURLINFO_HTTP_CONNECTCODE, &status);
@@ -97,12 +97,13 @@ Answer NotContacted(CURLcode result, long statusOfProxy) {
 }
 
 Answer AskOverTls(const std::string& url) {
-  const std::unique_ptr<HeadRequest> request = HeadRequest::Make(url);
+  const std::unique_ptr<Transfer::HeadRequest> request = Transfer::HeadRequest::Make(url);
   if (!request) return NotContacted(CURLE_OUT_OF_MEMORY, 0);
   const CURLcode result = request->Perform();
   if (result != CURLE_OK) {
     const bool receivedFatalAlert = request->Transfer().Trust().ReceivedFatalAlert();
-    return StreamErrorCode::IsTlsFailure(StreamErrorCode::FromTransfer(result, receivedFatalAlert))
+    return Transfer::StreamErrorCode::IsTlsFailure(
+               Transfer::StreamErrorCode::FromTransfer(result, receivedFatalAlert))
                ? NotHandshaken(result, *request)
                : NotContacted(result, StatusOfProxy(result, *request));
   }
@@ -113,7 +114,7 @@ Answer AskOverTls(const std::string& url) {
   }
   const X509* const root = sk_X509_value(chain, sk_X509_num(chain) - 1);
   return {Kind::Trusted, "it answers, and this machine trusts its certificate, issued by " +
-                             CertificateNames::Issuer(root).value_or("")};
+                             Transfer::CertificateNames::Issuer(root).value_or("")};
 }
 
 }  // namespace
@@ -136,4 +137,4 @@ Answer Ask(const std::string& url) {
   return AskOverTls(form.text);
 }
 
-}  // namespace servercheck
+}  // namespace Srctl::ServerCheck

@@ -3,7 +3,7 @@
 #include <string>
 
 // A look at a server, with the agent's own way of asking.
-namespace servercheck {
+namespace Srctl::ServerCheck {
 
 struct Answer {
   enum class Kind {
@@ -21,4 +21,4 @@ struct Answer {
 // Asks the server of this URL (UTF-8), but not one of http. Blocks, for 30 s when nobody answers.
 [[nodiscard]] Answer Ask(const std::string& url);
 
-}  // namespace servercheck
+}  // namespace Srctl::ServerCheck

@@ -13,20 +13,20 @@
 #include <algorithm>
 #include <memory>
 
-namespace storechecks {
+namespace Srctl::StoreChecks {
 namespace {
 
 using Result = Finding::Result;
-using Kind = servercheck::Answer::Kind;
+using Kind = ServerCheck::Answer::Kind;
 
 constexpr char kSignIn[] = "Open a web browser, sign in to the hotspot, then run srctl doctor again.";
 constexpr char kAskForDiscovery[] = "Ask your administrator whether discovery is set up at this address.";
 
 // Null for an address to which the agent would send nothing.
-std::unique_ptr<GetRequest> RequestTo(const std::string& url) {
+std::unique_ptr<Transfer::GetRequest> RequestTo(const std::string& url) {
   Gen_URL address(url);
   const Address::SendingForm form = FormForSending(address.GetSplitURL(), address.GetURL());
-  return form.reading == Address::Reading::Same ? GetRequest::Make(form.text) : nullptr;
+  return form.reading == Address::Reading::Same ? Transfer::GetRequest::Make(form.text) : nullptr;
 }
 
 // One run over a store.
@@ -64,7 +64,7 @@ class StoreCheck {
   }
 
   void ReportServer(Result result, const std::string& check, const std::string& url,
-                    const servercheck::Answer& answer) {
+                    const ServerCheck::Answer& answer) {
     const bool signIn = result == Result::Problem && situation_.location.value == Wayfinder::kHotspot;
     Report(result, check, url + ": " + answer.text + ".", signIn ? kSignIn : answer.next);
   }
@@ -83,7 +83,7 @@ class StoreCheck {
   }
 
   Kind CheckServer() {
-    const servercheck::Answer answer = servercheck::Ask(store_.url);
+    const ServerCheck::Answer answer = ServerCheck::Ask(store_.url);
     if (answer.kind == Kind::NotContacted && IsReachedThroughGateway()) {
       Report(Result::Note, "server",
              store_.url + ": " + answer.text + ". From outside the store is reached through its gateway.");
@@ -94,7 +94,7 @@ class StoreCheck {
   }
 
   void CheckGateway() {
-    const servercheck::Answer answer = servercheck::Ask(Gateway().url);
+    const ServerCheck::Answer answer = ServerCheck::Ask(Gateway().url);
     ReportServer(ResultOf(answer.kind), "gateway", Gateway().url, answer);
   }
 
@@ -104,9 +104,9 @@ class StoreCheck {
              "It was not asked for, because the server cannot be used yet.");
       return;
     }
-    const std::unique_ptr<GetRequest> request = RequestTo(store_.url);
+    const std::unique_ptr<Transfer::GetRequest> request = RequestTo(store_.url);
     const long status = request ? request->Perform() : 0;
-    if (status == GetRequest::kOK && util::IsUTF8(request->Body())) {
+    if (status == Transfer::GetRequest::kOK && util::IsUTF8(request->Body())) {
       CheckContent(util::widen(request->Body()));
     } else {
       ReportStatus(status);
@@ -118,7 +118,7 @@ class StoreCheck {
       ReportDocument("What the server sends is no discovery document.", kAskForDiscovery);
       return;
     }
-    const documentcheck::Result check = documentcheck::Check(util::narrow(document));
+    const DocumentCheck::Result check = DocumentCheck::Check(util::narrow(document));
     if (!check.problem.empty()) {
       ReportDocument("It is not valid: " + check.problem + ".",
                      "Ask the administrator of the server to correct the document.");
@@ -136,7 +136,7 @@ class StoreCheck {
              "The server asks for a log-on, so it was not looked into. The agent logs on when it asks.");
     } else if (status == 0) {
       ReportDocument("No complete answer came.", "Try again later; if it stays so, ask your administrator.");
-    } else if (status == GetRequest::kOK) {
+    } else if (status == Transfer::GetRequest::kOK) {
       ReportDocument("It is not UTF-8 text.", "Ask the administrator of the server to correct the document.");
     } else {
       ReportDocument("The server answers with the status " + std::to_string(status) + ".", kAskForDiscovery);
@@ -154,7 +154,7 @@ class StoreCheck {
   }
 
   void CheckLocation() {
-    const networkwords::LocationWords words = networkwords::OfLocation(situation_.location.value);
+    const NetworkWords::LocationWords words = NetworkWords::OfLocation(situation_.location.value);
     std::string text = std::string(words.word) + ", " + words.sentence + ". ";
     text += situation_.location.reason.empty() ? "The beacons did not tell why in time."
                                                : "Why: " + situation_.location.reason + ".";
@@ -196,4 +196,4 @@ void CheckStore(const Situation& situation, const FindingReport& report) {
   StoreCheck(situation, report).Run();
 }
 
-}  // namespace storechecks
+}  // namespace Srctl::StoreChecks

@@ -4,7 +4,7 @@
 #include "doctor/Finding.h"
 
 // The checks of `srctl doctor` that look at one store and its servers.
-namespace storechecks {
+namespace Srctl::StoreChecks {
 
 struct Situation {
   StoreInfo store;
@@ -15,4 +15,4 @@ struct Situation {
 // location. Blocks for the network. Changes the current directory, as documentcheck does.
 void CheckStore(const Situation& situation, const FindingReport& report);
 
-}  // namespace storechecks
+}  // namespace Srctl::StoreChecks

@@ -6,7 +6,7 @@
 
 // How srctl writes JSON: ASCII throughout, members in the order in which they were set. What is not UTF-8, as
 // the path of a file may be, is replaced by U+FFFD.
-namespace jsonoutput {
+namespace Srctl::JsonOutput {
 
 using Json = nlohmann::ordered_json;
 
@@ -25,4 +25,4 @@ inline void PrintLine(std::ostream& out, const Json& value) {
   out << value.dump(kNoLineBreaks, ' ', kOnlyAscii, kReplace) << '\n';
 }
 
-}  // namespace jsonoutput
+}  // namespace Srctl::JsonOutput

@@ -11,15 +11,15 @@
 #include <ctime>
 #include <ostream>
 
-namespace printing {
+namespace Srctl::Printing {
 namespace {
 
-using jsonoutput::Json;
+using JsonOutput::Json;
 using Kind = AgentEvent::Kind;
 
 // A number without a meaning is of use to whoever is told about it.
 std::string LocationText(std::uint64_t location) {
-  const networkwords::LocationWords words = networkwords::OfLocation(location);
+  const NetworkWords::LocationWords words = NetworkWords::OfLocation(location);
   std::string text = std::string(words.word) + ", " + words.sentence;
   if (location > Wayfinder::kPartlyInternal) text += ": " + std::to_string(location);
   return text;
@@ -56,7 +56,7 @@ const char* NameOf(Kind kind) {
 }
 
 std::string TextOf(const AgentEvent& event) {
-  const std::string location = "Location relative to \"" + TerminalText::OneLine(event.storeURL) + "\": ";
+  const std::string location = "Location relative to \"" + Terminal::OneLine(event.storeURL) + "\": ";
   switch (event.kind) {
     case Kind::Watching:
       return "Watching the agent.";
@@ -78,7 +78,7 @@ std::string TextOf(const AgentEvent& event) {
 void AddLocation(Json& object, const std::string& url, std::uint64_t location) {
   object["url"] = url;
   object["location"] = location;
-  object["name"] = networkwords::OfLocation(location).name;
+  object["name"] = NetworkWords::OfLocation(location).name;
 }
 
 Json AsJson(const AgentEvent& event) {
@@ -98,17 +98,17 @@ void PrintLocation(std::ostream& out, const std::string& url, std::uint64_t loca
   if (format == Format::Json) {
     Json object;
     AddLocation(object, url, location);
-    jsonoutput::Print(out, object);
+    JsonOutput::Print(out, object);
     return;
   }
   out << LocationText(location) << ".\n";
 }
 
 void PrintCurrentGateway(std::ostream& out, const CurrentGatewayInfo& gateway, Format format) {
-  const char* const authentication = networkwords::OfAuthentication(gateway.authentication);
-  const char* const edition = networkwords::OfEdition(gateway.edition);
+  const char* const authentication = NetworkWords::OfAuthentication(gateway.authentication);
+  const char* const edition = NetworkWords::OfEdition(gateway.edition);
   if (format == Format::Json) {
-    jsonoutput::Print(out, {{"name", gateway.name},
+    JsonOutput::Print(out, {{"name", gateway.name},
                             {"url", gateway.url},
                             {"authentication", gateway.authentication},
                             {"authenticationName", authentication},
@@ -116,8 +116,8 @@ void PrintCurrentGateway(std::ostream& out, const CurrentGatewayInfo& gateway, F
                             {"editionName", edition}});
     return;
   }
-  PrintTable(out, {{"Gateway", TerminalText::OneLine(gateway.name)},
-                   {"URL", TerminalText::OneLine(gateway.url)},
+  PrintTable(out, {{"Gateway", Terminal::OneLine(gateway.name)},
+                   {"URL", Terminal::OneLine(gateway.url)},
                    {"Authentication", authentication},
                    {"Edition", edition}});
 }
@@ -129,7 +129,7 @@ void PrintReachability(std::ostream& out, std::uint32_t flags, Format format) {
   const bool local = has(Wayfinder::kIsLocalAddress);
   const bool direct = has(Wayfinder::kIsDirect);
   if (format == Format::Json) {
-    jsonoutput::Print(out, {{"flags", flags},
+    JsonOutput::Print(out, {{"flags", flags},
                             {"reachable", reachable},
                             {"transient", transient},
                             {"localAddress", local},
@@ -145,10 +145,10 @@ void PrintReachability(std::ostream& out, std::uint32_t flags, Format format) {
 
 void PrintEvent(std::ostream& out, const AgentEvent& event, Format format) {
   if (format == Format::Json) {
-    jsonoutput::PrintLine(out, AsJson(event));
+    JsonOutput::PrintLine(out, AsJson(event));
   } else {
     out << Now() << ' ' << TextOf(event) << '\n';
   }
 }
 
-}  // namespace printing
+}  // namespace Srctl::Printing

@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace networkwords {
+namespace Srctl::NetworkWords {
 namespace {
 
 template <std::size_t count>
@@ -15,7 +15,7 @@ const char* WordAt(const std::array<const char*, count>& words, std::uint64_t nu
 }  // namespace
 
 LocationWords OfLocation(std::uint64_t location) {
-  const char* const name = NetworkLocationName(location);
+  const char* const name = Wayfinding::NetworkLocationName(location);
   switch (location) {
     case Wayfinder::kDeciding:
       return {name, "deciding", "it is not decided yet where this machine stands"};
@@ -46,4 +46,4 @@ const char* OfEdition(std::uint64_t edition) {
   return WordAt(kWords, edition);
 }
 
-}  // namespace networkwords
+}  // namespace Srctl::NetworkWords

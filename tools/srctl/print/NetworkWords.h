@@ -3,7 +3,7 @@
 #include <cstdint>
 
 // The numbers of the beacon service in words. All text is ASCII.
-namespace networkwords {
+namespace Srctl::NetworkWords {
 
 struct LocationWords {
   const char* name;      // as the agent's log has it, NETWORK_LOCATION_...
@@ -18,4 +18,4 @@ struct LocationWords {
 [[nodiscard]] const char* OfAuthentication(std::uint64_t authentication);
 [[nodiscard]] const char* OfEdition(std::uint64_t edition);
 
-}  // namespace networkwords
+}  // namespace Srctl::NetworkWords

@@ -8,10 +8,10 @@
 #include <ostream>
 #include <string>
 
-namespace printing {
+namespace Srctl::Printing {
 namespace {
 
-using jsonoutput::Json;
+using JsonOutput::Json;
 
 Json AsJson(const StoreInfo& store) {
   Json gateways = Json::array();
@@ -41,7 +41,7 @@ void PrintStores(std::ostream& out, const std::vector<StoreInfo>& stores, Format
   if (format == Format::Json) {
     Json list = Json::array();
     for (const StoreInfo& store : stores) list.push_back(AsJson(store));
-    jsonoutput::Print(out, list);
+    JsonOutput::Print(out, list);
     return;
   }
   if (stores.empty()) {
@@ -50,26 +50,26 @@ void PrintStores(std::ostream& out, const std::vector<StoreInfo>& stores, Format
   }
   std::vector<Row> rows{{"ID", "NAME", "URL", "DEFAULT GATEWAY"}};
   for (const StoreInfo& store : stores) {
-    rows.push_back({TerminalText::OneLine(store.id), TerminalText::OneLine(store.name),
-                    TerminalText::OneLine(store.url), TerminalText::OneLine(DefaultGatewayName(store))});
+    rows.push_back({Terminal::OneLine(store.id), Terminal::OneLine(store.name), Terminal::OneLine(store.url),
+                    Terminal::OneLine(DefaultGatewayName(store))});
   }
   PrintTable(out, rows);
 }
 
 void PrintStore(std::ostream& out, const StoreInfo& store, Format format) {
   if (format == Format::Json) {
-    jsonoutput::Print(out, AsJson(store));
+    JsonOutput::Print(out, AsJson(store));
     return;
   }
-  PrintTable(out, {{"ID", TerminalText::OneLine(store.id)},
-                   {"Name", TerminalText::OneLine(store.name)},
-                   {"URL", TerminalText::OneLine(store.url)},
+  PrintTable(out, {{"ID", Terminal::OneLine(store.id)},
+                   {"Name", Terminal::OneLine(store.name)},
+                   {"URL", Terminal::OneLine(store.url)},
                    {"Type", TypeName(store.type)},
                    {"Gateways", store.gateways.empty() ? "none" : std::to_string(store.gateways.size())}});
   if (store.gateways.empty()) return;
   std::vector<Row> rows{{"  GATEWAY", "URL", "DEFAULT"}};
   for (const GatewayInfo& gateway : store.gateways) {
-    rows.push_back({"  " + TerminalText::OneLine(gateway.name), TerminalText::OneLine(gateway.url),
+    rows.push_back({"  " + Terminal::OneLine(gateway.name), Terminal::OneLine(gateway.url),
                     gateway.isDefault ? "yes" : "no"});
   }
   out << '\n';
@@ -78,10 +78,10 @@ void PrintStore(std::ostream& out, const StoreInfo& store, Format format) {
 
 void PrintLogging(std::ostream& out, bool on, Format format) {
   if (format == Format::Json) {
-    jsonoutput::Print(out, {{"logging", on}});
+    JsonOutput::Print(out, {{"logging", on}});
   } else {
     out << (on ? "on" : "off") << '\n';
   }
 }
 
-}  // namespace printing
+}  // namespace Srctl::Printing

@@ -4,7 +4,7 @@
 
 #include <iostream>
 
-namespace commands {
+namespace Srctl::Commands {
 
 Status Refuse(const std::string& message) {
   std::cerr << "srctl: " << message << '\n';
@@ -26,13 +26,13 @@ Status RefuseWithoutStores() {
 }
 
 Status ReportUnreachable(const std::string& problem) {
-  std::cerr << "srctl: The agent cannot be reached: " << TerminalText::OneLine(problem) << ".\n"
+  std::cerr << "srctl: The agent cannot be reached: " << Terminal::OneLine(problem) << ".\n"
             << kReachTheAgent << '\n';
   return Status::Unreachable;
 }
 
 std::string Quoted(const std::string& text) {
-  return "\"" + TerminalText::OneLine(text) + "\"";
+  return "\"" + Terminal::OneLine(text) + "\"";
 }
 
-}  // namespace commands
+}  // namespace Srctl::Commands

@@ -7,7 +7,7 @@
 #include <string>
 
 // How commands say why they end. One thread.
-namespace commands {
+namespace Srctl::Commands {
 
 // What to do when the agent does not answer.
 inline constexpr char kReachTheAgent[] =
@@ -37,4 +37,4 @@ template <class Use>
   return agent ? use(*agent) : ReportUnreachable(problem);
 }
 
-}  // namespace commands
+}  // namespace Srctl::Commands

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <ostream>
 
-namespace printing {
+namespace Srctl::Printing {
 namespace {
 
 // Cells are padded to their column; nothing follows the last one.
@@ -13,7 +13,7 @@ void PrintRow(std::ostream& out, const Row& row, const std::vector<std::size_t>&
   for (std::size_t column = 0; column < row.size(); ++column) {
     out << row[column];
     if (column + 1 == row.size()) break;
-    out << std::string(widths[column] - TerminalText::Width(row[column]) + 2, ' ');
+    out << std::string(widths[column] - Terminal::Width(row[column]) + 2, ' ');
   }
   out << '\n';
 }
@@ -24,10 +24,10 @@ void PrintTable(std::ostream& out, const std::vector<Row>& rows) {
   std::vector<std::size_t> widths(rows.front().size(), 0);
   for (const Row& row : rows) {
     for (std::size_t column = 0; column < row.size(); ++column) {
-      widths[column] = std::max(widths[column], TerminalText::Width(row[column]));
+      widths[column] = std::max(widths[column], Terminal::Width(row[column]));
     }
   }
   for (const Row& row : rows) PrintRow(out, row, widths);
 }
 
-}  // namespace printing
+}  // namespace Srctl::Printing

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-namespace printing {
+namespace Srctl::Printing {
 
 using Row = std::vector<std::string>;
 
 // Aligned columns. The rows have as many cells as the first; the cells must be fit for a terminal.
 void PrintTable(std::ostream& out, const std::vector<Row>& rows);
 
-}  // namespace printing
+}  // namespace Srctl::Printing

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace Questions {
+namespace Dialogs::Questions {
 namespace {
 
 using PropertyList::Array;
@@ -25,15 +25,15 @@ std::string TextOf(const Dictionary& dictionary, std::string_view key) {
 }
 
 std::string Shown(const Dictionary& dictionary, std::string_view key,
-                  std::size_t maximumCharacters = TerminalText::kLongestText) {
+                  std::size_t maximumCharacters = Terminal::kLongestText) {
   const std::string text =
-      TerminalText::OneLine(TerminalText::SingleBlanks(TextOf(dictionary, key)), maximumCharacters);
+      Terminal::OneLine(Terminal::SingleBlanks(TextOf(dictionary, key)), maximumCharacters);
   return text.empty() ? std::string(kNone) : text;
 }
 
 // A certificate may name a host, so this is never cut.
 std::string ShownWhole(const Dictionary& dictionary, std::string_view key) {
-  return Shown(dictionary, key, TerminalText::kNoLimit);
+  return Shown(dictionary, key, Terminal::kNoLimit);
 }
 
 // The label stands on the first line only.
@@ -42,7 +42,7 @@ std::string Line(std::string_view label, std::string_view text, std::size_t colu
   std::string start = "  ";
   start += label;
   std::string lines;
-  for (const std::string& part : TerminalText::Folded(text, textColumns)) {
+  for (const std::string& part : Terminal::Folded(text, textColumns)) {
     start.resize(kLabelWidth, ' ');
     lines += start + part + '\n';
     start.clear();
@@ -52,7 +52,7 @@ std::string Line(std::string_view label, std::string_view text, std::size_t colu
 
 std::string AddressLines(std::string_view label, std::string_view pathLabel, const std::string& address,
                          std::size_t columns) {
-  const std::vector<std::string> parts = TerminalText::AddressLines(address);
+  const std::vector<std::string> parts = Terminal::AddressLines(address);
   std::string lines = Line(label, parts.front().empty() ? kNone : parts.front(), columns);
   if (parts.size() > 1) lines += Line(pathLabel, parts.back(), columns);
   return lines;
@@ -97,8 +97,8 @@ std::string ReplaceStore(const Dictionary& details, std::size_t columns) {
 }
 
 std::string ErrorMessage(const Dictionary& details, std::size_t columns) {
-  return "\n" + TerminalText::Indented(Shown(details, "ErrorTitle"), columns) + "\n\n" +
-         TerminalText::Indented(TextOf(details, "ErrorMessage"), columns) + "\n\n";
+  return "\n" + Terminal::Indented(Shown(details, "ErrorTitle"), columns) + "\n\n" +
+         Terminal::Indented(TextOf(details, "ErrorMessage"), columns) + "\n\n";
 }
 
-}  // namespace Questions
+}  // namespace Dialogs::Questions

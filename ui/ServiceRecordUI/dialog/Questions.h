@@ -9,7 +9,7 @@
 // documents: they are made fit first, and stay to the right of the labels on as many lines as they need, so
 // that none passes for a line of the program's own. Long names and paths are cut, a host never is: it stands
 // apart from its path, whole.
-namespace Questions {
+namespace Dialogs::Questions {
 
 // All that is known of the store, and the question whether to add it.
 [[nodiscard]] std::string AddStore(const PropertyList::Dictionary& details, std::size_t columns);
@@ -19,4 +19,4 @@ namespace Questions {
 // Title and message; no question.
 [[nodiscard]] std::string ErrorMessage(const PropertyList::Dictionary& details, std::size_t columns);
 
-}  // namespace Questions
+}  // namespace Dialogs::Questions

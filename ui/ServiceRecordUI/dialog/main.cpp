@@ -17,20 +17,21 @@ using DialogWire::Reply;
 
 // `given` is the descriptor of the terminal that the program was given.
 Reply Converse(std::optional<int> given) {
-  const std::optional<DialogRequest> request = ReadRequest(STDIN_FILENO);
+  const std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
   if (!request) return Reply::UnknownRequest;
-  std::optional<Terminal> terminal = given ? Terminal::OpenAgain(*given) : Terminal::Open();
+  std::optional<Terminal::Terminal> terminal =
+      given ? Terminal::Terminal::OpenAgain(*given) : Terminal::Terminal::Open();
   if (!terminal) return Reply::NoDisplay;
   if (!terminal->TakeTurn()) return Reply::Declined;
 
   const std::size_t columns = terminal->Columns();
   if (request->dialog == DialogWire::kErrorMessage) {
-    const std::string message = Questions::ErrorMessage(request->details, columns);
+    const std::string message = Dialogs::Questions::ErrorMessage(request->details, columns);
     return terminal->Print(message) ? Reply::Accepted : Reply::NoDisplay;
   }
   const bool isNew = request->dialog == DialogWire::kAddStore;
-  const bool yes = terminal->Confirm(isNew ? Questions::AddStore(request->details, columns)
-                                           : Questions::ReplaceStore(request->details, columns));
+  const bool yes = terminal->Confirm(isNew ? Dialogs::Questions::AddStore(request->details, columns)
+                                           : Dialogs::Questions::ReplaceStore(request->details, columns));
   return yes ? Reply::Accepted : Reply::Declined;
 }
 

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+namespace Dialogs {
 namespace {
 
 constexpr std::size_t kLongestHeader = 128;
@@ -88,3 +89,5 @@ std::optional<DialogRequest> ReadRequest(int input) {
   if (!details) return std::nullopt;
   return DialogRequest{std::string(dialog), std::move(*details)};
 }
+
+}  // namespace Dialogs

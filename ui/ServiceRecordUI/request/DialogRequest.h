@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+namespace Dialogs {
+
 // A request of the module (DialogWire.h), understood.
 struct DialogRequest {
   std::string dialog;
@@ -14,3 +16,5 @@ struct DialogRequest {
 // Blocks until the whole request has come in. Nothing when it ends early, is of another version, asks for an
 // unknown dialog, holds no dictionary, or is larger than 32 MiB.
 [[nodiscard]] std::optional<DialogRequest> ReadRequest(int input);
+
+}  // namespace Dialogs

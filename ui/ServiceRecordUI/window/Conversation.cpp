@@ -10,10 +10,10 @@
 #include <optional>
 #include <utility>
 
-void Conversation::Watch(std::function<void(DialogRequest)> onRequest, std::function<void()> onEnd) {
+void Conversation::Watch(std::function<void(Dialogs::DialogRequest)> onRequest, std::function<void()> onEnd) {
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) Signals::OnSystemSignal(number, onEnd);
   Signals::WhenReadable(STDIN_FILENO, [onRequest = std::move(onRequest), onEnd = std::move(onEnd)] {
-    std::optional<DialogRequest> request = ReadRequest(STDIN_FILENO);
+    std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
     if (!request) {
       onEnd();
       return false;

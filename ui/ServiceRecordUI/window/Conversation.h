@@ -11,7 +11,7 @@ class Conversation {
  public:
   // Calls `onRequest` with each further request, and `onEnd` when nobody wants an answer any more: the input
   // has closed, or the system asks the program to end.
-  void Watch(std::function<void(DialogRequest)> onRequest, std::function<void()> onEnd);
+  void Watch(std::function<void(Dialogs::DialogRequest)> onRequest, std::function<void()> onEnd);
 
   void Reply(DialogWire::Reply reply);
   // Lines behind the reply.

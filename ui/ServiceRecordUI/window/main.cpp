@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kApplicationId = "com.morvane.ServiceRecords";
 
 void Converse(Conversation& conversation) {
-  const std::optional<DialogRequest> request = ReadRequest(STDIN_FILENO);
+  const std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
   if (!request) return conversation.Reply(DialogWire::Reply::UnknownRequest);
   Program::Prepare(kApplicationId, SR_CATALOGUES);
   if (gtk_init_check() == FALSE) return conversation.Reply(DialogWire::Reply::NoDisplay);

@@ -43,20 +43,22 @@ SavedState ReadState(GVariant* property) {
 
 }  // namespace
 
-const AgentConnection::Service AgentConnection::kStores{
-    ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath, ServiceNames::kServiceRecordsInterface};
-const AgentConnection::Service AgentConnection::kBeacons{ServiceNames::kBeacons, ServiceNames::kBeaconsPath,
-                                                         ServiceNames::kBeaconsInterface};
-const AgentConnection::Service AgentConnection::kOpenings{ServiceNames::kServiceRecords, kOpeningsPath,
+const AgentConnection::Service AgentConnection::kStores{Bus::ServiceNames::kServiceRecords,
+                                                        Bus::ServiceNames::kServiceRecordsPath,
+                                                        Bus::ServiceNames::kServiceRecordsInterface};
+const AgentConnection::Service AgentConnection::kBeacons{
+    Bus::ServiceNames::kBeacons, Bus::ServiceNames::kBeaconsPath, Bus::ServiceNames::kBeaconsInterface};
+const AgentConnection::Service AgentConnection::kOpenings{Bus::ServiceNames::kServiceRecords, kOpeningsPath,
                                                           kOpeningsInterface};
-const AgentConnection::Service AgentConnection::kProperties{
-    ServiceNames::kServiceRecords, ServiceNames::kServiceRecordsPath, "org.freedesktop.DBus.Properties"};
+const AgentConnection::Service AgentConnection::kProperties{Bus::ServiceNames::kServiceRecords,
+                                                            Bus::ServiceNames::kServiceRecordsPath,
+                                                            "org.freedesktop.DBus.Properties"};
 
 AgentConnection::AgentConnection(GDBusConnection* bus, Observer observer)
     : bus_(Shared(bus)), observer_(std::move(observer)) {
   Subscribe();
   ownerWatch_ =
-      g_bus_watch_name_on_connection(bus, ServiceNames::kServiceRecords, G_BUS_NAME_WATCHER_FLAGS_NONE,
+      g_bus_watch_name_on_connection(bus, Bus::ServiceNames::kServiceRecords, G_BUS_NAME_WATCHER_FLAGS_NONE,
                                      &NoteOwner, &NoteNoOwner, this, nullptr);
 }
 
@@ -67,12 +69,12 @@ AgentConnection::~AgentConnection() {
 
 void AgentConnection::Subscribe() {
   subscriptions_.emplace_back(bus_.get(),
-                              SignalRule{.interface = ServiceNames::kNotificationsInterface,
+                              SignalRule{.interface = Bus::ServiceNames::kNotificationsInterface,
                                          .member = "Posted",
-                                         .path = ServiceNames::kNotificationsPath},
+                                         .path = Bus::ServiceNames::kNotificationsPath},
                               "(ss)", [this](GVariant* parameters) { NoteNotification(parameters); });
   const auto ofOpenings = [](const char* member) {
-    return SignalRule{.sender = ServiceNames::kServiceRecords,
+    return SignalRule{.sender = Bus::ServiceNames::kServiceRecords,
                       .interface = kOpeningsInterface,
                       .member = member,
                       .path = kOpeningsPath};
@@ -98,11 +100,11 @@ void AgentConnection::NoteNotification(GVariant* parameters) {
   const char* object = nullptr;
   g_variant_get(parameters, "(&s&s)", &name, &object);
   const std::string_view notification = name;
-  if (notification == ServiceNames::kStoresUpdatedNotification) {
+  if (notification == Bus::ServiceNames::kStoresUpdatedNotification) {
     observer_.storesChanged();
-  } else if (notification == ServiceNames::kLocationChangedNotification) {
+  } else if (notification == Bus::ServiceNames::kLocationChangedNotification) {
     observer_.locationChanged(object);
-  } else if (notification == ServiceNames::kLoggingNotification) {
+  } else if (notification == Bus::ServiceNames::kLoggingNotification) {
     observer_.loggingChanged();
   }
 }
@@ -161,7 +163,7 @@ void AgentConnection::OpenFile(const std::string& absolutePath, const Answer<std
 }
 
 void AgentConnection::AnnounceLogging() {
-  g_dbus_connection_emit_signal(bus_.get(), nullptr, ServiceNames::kNotificationsPath,
-                                ServiceNames::kNotificationsInterface, "Posted",
-                                g_variant_new("(ss)", ServiceNames::kLoggingNotification, ""), nullptr);
+  g_dbus_connection_emit_signal(bus_.get(), nullptr, Bus::ServiceNames::kNotificationsPath,
+                                Bus::ServiceNames::kNotificationsInterface, "Posted",
+                                g_variant_new("(ss)", Bus::ServiceNames::kLoggingNotification, ""), nullptr);
 }

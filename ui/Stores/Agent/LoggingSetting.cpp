@@ -12,8 +12,8 @@ using Done = std::function<void(bool saved)>;
 constexpr char kLogLevel[] = "LogLevel";
 
 void Save(GTask* task, gpointer /*source*/, gpointer on, GCancellable* /*cancellable*/) {
-  g_task_return_boolean(task,
-                        UserDefaults::Standard().SetInteger(kLogLevel, GPOINTER_TO_INT(on)) ? TRUE : FALSE);
+  g_task_return_boolean(
+      task, Files::UserDefaults::Standard().SetInteger(kLogLevel, GPOINTER_TO_INT(on)) ? TRUE : FALSE);
 }
 
 void Tell(GObject* /*source*/, GAsyncResult* result, gpointer done) {
@@ -26,7 +26,7 @@ void Tell(GObject* /*source*/, GAsyncResult* result, gpointer done) {
 }  // namespace
 
 bool IsOn() {
-  return UserDefaults::Standard().Integer(kLogLevel) != 0;
+  return Files::UserDefaults::Standard().Integer(kLogLevel) != 0;
 }
 
 void Set(bool on, GCancellable* cancellable, const Done& done) {

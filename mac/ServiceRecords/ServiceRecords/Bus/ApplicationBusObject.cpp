@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+namespace Agent {
 namespace {
 
 using PropertyList::Dictionary;
@@ -16,15 +17,15 @@ using PropertyList::Value;
 // What is left of a name that is not UTF-8 may be the name of another file.
 bool HasUsableName(const std::string& path) {
   if (util::IsUTF8(path)) return true;
-  SystemLog::Error("the name of \"" + util::narrow(util::widen(path)) +
-                   "\" is not UTF-8; rename the file and open it again");
+  trace::SystemLog::Error("the name of \"" + util::narrow(util::widen(path)) +
+                          "\" is not UTF-8; rename the file and open it again");
   return false;
 }
 
 }  // namespace
 
 Bus::Result<> ApplicationBusObject::Serve(Bus::Connection& bus) {
-  Bus::Interface interface(ServiceNames::kApplicationInterface);
+  Bus::Interface interface(Bus::ServiceNames::kApplicationInterface);
   // The agent has no window to bring forward.
   interface.Method("Activate", {"platform_data"}, {}, [](const Dictionary& /*platformData*/) {});
   interface.Method(
@@ -35,11 +36,13 @@ Bus::Result<> ApplicationBusObject::Serve(Bus::Connection& bus) {
                       const Dictionary& /*platformData*/) -> Bus::Result<> {
                      return Bus::Error::NotSupported("the agent has no actions");
                    });
-  return Bus::Keep(object_, bus.Serve(ServiceNames::kServiceRecordsPath, std::move(interface)));
+  return Bus::Keep(object_, bus.Serve(Bus::ServiceNames::kServiceRecordsPath, std::move(interface)));
 }
 
 void ApplicationBusObject::Open(const std::vector<std::string>& uris) const {
   for (const std::string& uri : uris) {
-    if (const auto path = DesktopIntegration::LocalPath(uri); path && HasUsableName(*path)) openFile_(*path);
+    if (const auto path = Desktop::LocalPath(uri); path && HasUsableName(*path)) openFile_(*path);
   }
 }
+
+}  // namespace Agent

@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+namespace Agent {
+
 // Serves org.freedesktop.Application on a connection: how the desktop delivers opened files to the running
 // agent. Main thread.
 class ApplicationBusObject {
@@ -22,3 +24,5 @@ class ApplicationBusObject {
   const FileOpenHandler openFile_;
   Bus::Slot object_;
 };
+
+}  // namespace Agent

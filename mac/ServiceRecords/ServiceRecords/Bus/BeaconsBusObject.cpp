@@ -5,8 +5,10 @@
 
 #include <tuple>
 
+namespace Agent {
+
 Bus::Result<> BeaconsBusObject::Serve(Bus::Connection& bus) {
-  Bus::Interface interface(ServiceNames::kBeaconsInterface);
+  Bus::Interface interface(Bus::ServiceNames::kBeaconsInterface);
   interface.Method("checkLocationForStore", {"storeURL"}, {"location"},
                    [this](const std::string& storeURL) { return service_.checkLocationForStore(storeURL); });
   interface.Method("explainLocationForStore", {"storeURL"}, {"location", "reason"},
@@ -19,5 +21,7 @@ Bus::Result<> BeaconsBusObject::Serve(Bus::Connection& bus) {
       [this](const std::string& storeURL) { return service_.getCurrentGatewayForStore(storeURL); });
   interface.Method("networkReachabilityFlags", {}, {"flags"},
                    [this] { return service_.networkReachabilityFlags(); });
-  return Bus::Keep(object_, bus.Serve(ServiceNames::kBeaconsPath, std::move(interface)));
+  return Bus::Keep(object_, bus.Serve(Bus::ServiceNames::kBeaconsPath, std::move(interface)));
 }
+
+}  // namespace Agent

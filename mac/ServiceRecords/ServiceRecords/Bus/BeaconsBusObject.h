@@ -4,6 +4,8 @@
 
 class MrvBeaconSvr;
 
+namespace Agent {
+
 // Serves com.morvane.MrvBeaconService on a connection. Main thread.
 class BeaconsBusObject {
  public:
@@ -15,3 +17,5 @@ class BeaconsBusObject {
   MrvBeaconSvr& service_;
   Bus::Slot object_;
 };
+
+}  // namespace Agent

@@ -7,15 +7,17 @@
 
 #include <utility>
 
+namespace Agent {
+
 DistributedNotificationCenter& DistributedNotificationCenter::defaultCenter() {
   static DistributedNotificationCenter center;
   return center;
 }
 
 Bus::Result<> DistributedNotificationCenter::Connect(Bus::Connection& bus) {
-  Bus::Interface interface(ServiceNames::kNotificationsInterface);
+  Bus::Interface interface(Bus::ServiceNames::kNotificationsInterface);
   interface.Signal<std::string, std::string>("Posted", {"name", "object"});
-  Bus::Result<Bus::Slot> object = bus.Serve(ServiceNames::kNotificationsPath, std::move(interface));
+  Bus::Result<Bus::Slot> object = bus.Serve(Bus::ServiceNames::kNotificationsPath, std::move(interface));
   if (!object) return object.Failure();
   object_ = std::move(*object);
   bus_ = &bus;
@@ -38,8 +40,9 @@ void DistributedNotificationCenter::postNotificationName(const std::string& name
 
 void DistributedNotificationCenter::Send(const std::string& name, const std::string& object) {
   if (bus_ == nullptr) return;
-  static_cast<void>(bus_->Emit(ServiceNames::kNotificationsPath, ServiceNames::kNotificationsInterface,
-                               "Posted", name, Bus::Text(util::widen(object))));
+  static_cast<void>(bus_->Emit(Bus::ServiceNames::kNotificationsPath,
+                               Bus::ServiceNames::kNotificationsInterface, "Posted", name,
+                               Bus::Text(util::widen(object))));
 }
 
 void DistributedNotificationCenter::addObserver(const std::string& name, std::function<void()> handler) {
@@ -54,6 +57,8 @@ void DistributedNotificationCenter::removeObserver(const std::string& name) {
 
 Bus::Result<> DistributedNotificationCenter::Observe(const std::string& name, Observer& observer) {
   return Bus::Keep(observer.match,
-                   bus_->Match(ServiceNames::NotificationMatch(name),
+                   bus_->Match(Bus::ServiceNames::NotificationMatch(name),
                                [handler = observer.handler](const Bus::Message& /*signal*/) { handler(); }));
 }
+
+}  // namespace Agent

@@ -6,6 +6,8 @@
 #include <map>
 #include <string>
 
+namespace Agent {
+
 // Notifications between the programs of one user: the signal Posted(name, object) on the session bus.
 class DistributedNotificationCenter {
  public:
@@ -39,3 +41,5 @@ class DistributedNotificationCenter {
   Bus::Slot object_;
   std::map<std::string, Observer> observers_;
 };
+
+}  // namespace Agent

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace Agent {
+
 std::uint64_t PendingChanges::Begin(const std::string& caller, Reply reply) {
   const std::uint64_t number = next_++;
   latest_[caller] = number;
@@ -25,3 +27,5 @@ bool PendingChanges::KeepBehind(const std::string& caller, const Answer& answer)
   changes_.at(latest->second).behind.push_back(answer);
   return true;
 }
+
+}  // namespace Agent

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace Agent {
+
 // The calls of one service that change the list and have not been answered yet, each with the calls of the
 // same caller that came behind it: a caller's calls are answered in the order of their arrival, and nobody
 // waits for another one's. Main thread.
@@ -45,3 +47,5 @@ class PendingChanges {
   std::map<std::string, std::uint64_t> latest_;  // of each caller
   std::uint64_t next_ = 0;
 };
+
+}  // namespace Agent

@@ -13,6 +13,8 @@
 #include <optional>
 #include <utility>
 
+namespace Agent {
+
 using Bus::Deferred;
 using PropertyList::Dictionary;
 using PropertyList::SharedDictionaries;
@@ -41,7 +43,7 @@ PendingChanges::Reply WhetherChanged(const Deferred<bool>& call) {
 }  // namespace
 
 Bus::Result<> ServiceRecordsBusObject::Serve(Bus::Connection& bus) {
-  Bus::Interface interface(ServiceNames::kServiceRecordsInterface);
+  Bus::Interface interface(Bus::ServiceNames::kServiceRecordsInterface);
   AddStores(interface);
   AddDefaultGateways(interface);
   interface.Method("uiBundlePath", {}, {"path"}, [this](const Deferred<std::string>& call) {
@@ -54,7 +56,7 @@ Bus::Result<> ServiceRecordsBusObject::Serve(Bus::Connection& bus) {
       });
   AddDocuments(interface);
   interface.Property("stateOfSavedStores", [this] { return service_.stateOfSavedStores(); });
-  return Bus::Keep(object_, bus.Serve(ServiceNames::kServiceRecordsPath, std::move(interface)));
+  return Bus::Keep(object_, bus.Serve(Bus::ServiceNames::kServiceRecordsPath, std::move(interface)));
 }
 
 void ServiceRecordsBusObject::AddStores(Bus::Interface& interface) {
@@ -133,3 +135,5 @@ void ServiceRecordsBusObject::ReplyAboutFile(std::uint64_t call) {
   const auto pending = pendingFiles_.extract(call);
   if (pending) pending.mapped().Answer();
 }
+
+}  // namespace Agent

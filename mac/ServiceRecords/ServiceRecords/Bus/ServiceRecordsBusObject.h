@@ -8,9 +8,13 @@
 #include <map>
 #include <string>
 
+namespace Agent {
 class BackgroundTasks;
 class ChangeQueue;
+}  // namespace Agent
 class MrvServiceRecordsSvr;
+
+namespace Agent {
 
 // Serves com.morvane.MrvServiceRecordsService on a connection. Main thread, which waits for nothing: what
 // only reads is answered from the list that was saved last, what changes the list is done by the queue and
@@ -49,3 +53,5 @@ class ServiceRecordsBusObject {
   std::map<std::uint64_t, Bus::Deferred<>> pendingFiles_;
   std::uint64_t nextFile_ = 0;
 };
+
+}  // namespace Agent

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace Agent {
+
 using ServiceRecords::SRStore;
 using ServiceRecords::StoreSnapshot;
 
@@ -28,3 +30,5 @@ const PropertyList::SharedDictionaries& StoreDictionaries::Of(
   stores_ = stores;
   return dictionaries_;
 }
+
+}  // namespace Agent

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace Agent {
+
 // The stores of a list as dictionaries of one form. A dictionary is made once: those of the stores that a
 // list shares with the list before are kept. No lock of its own.
 class StoreDictionaries {
@@ -24,3 +26,5 @@ class StoreDictionaries {
       std::make_shared<ServiceRecords::StoreSnapshot>();
   PropertyList::SharedDictionaries dictionaries_;  // of stores_
 };
+
+}  // namespace Agent

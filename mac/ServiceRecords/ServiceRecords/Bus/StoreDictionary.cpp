@@ -1,5 +1,7 @@
 #include "Bus/StoreDictionary.h"
 
+namespace Agent {
+
 using ServiceRecords::BeaconType;
 using ServiceRecords::SRBeacon;
 using ServiceRecords::SRGateway;
@@ -47,3 +49,5 @@ PropertyList::Dictionary StoreDictionary(const SRStore& store, BeaconKeys beacon
   AddGateways(dictionary, store.GetGateways(), form);
   return dictionary;
 }
+
+}  // namespace Agent

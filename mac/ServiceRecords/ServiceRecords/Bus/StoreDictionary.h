@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace Agent {
+
 // Stores as plain dictionaries, the form in which they leave the core.
 
 // Makes UTF-8 of the core's text.
@@ -22,3 +24,5 @@ enum class BeaconKeys { Omitted, Included };
 // StoreExternalBeacons where they are included, StoreGateways. The store's lists are taken as they are.
 [[nodiscard]] PropertyList::Dictionary StoreDictionary(const ServiceRecords::SRStore& store,
                                                        BeaconKeys beacons, TextForm form = util::narrow);
+
+}  // namespace Agent

@@ -10,9 +10,10 @@
 #include <optional>
 #include <utility>
 
+namespace Agent {
 namespace {
 
-using ModulePtr = UniqueHandle<void, ::dlclose>;
+using ModulePtr = Lifetime::UniqueHandle<void, ::dlclose>;
 
 // Of the first version on every module has all the entry points.
 constexpr std::uint32_t kOldestModule = 1;
@@ -46,13 +47,13 @@ UIBundleLoader::UIBundleLoader(std::filesystem::path plugInsFolder, int terminat
 
 const SRUIProtocol* UIBundleLoader::PrincipalClass(const std::string& caller) const {
   if (plugInsFolder_.empty()) {
-    SystemLog::Error(caller + " - Failed to create the path for the ServiceRecordUI bundle");
+    trace::SystemLog::Error(caller + " - Failed to create the path for the ServiceRecordUI bundle");
     return nullptr;
   }
-  const std::filesystem::path path = plugInsFolder_ / PlugInDescription::kFolderName;
-  const std::optional<PlugInDescription> description = PlugInDescription::Read(path);
+  const std::filesystem::path path = plugInsFolder_ / SRUI::PlugInDescription::kFolderName;
+  const std::optional<SRUI::PlugInDescription> description = SRUI::PlugInDescription::Read(path);
   if (!description) {
-    SystemLog::Error(caller + " - Could not load the bundle from " + path.string());
+    trace::SystemLog::Error(caller + " - Could not load the bundle from " + path.string());
     return nullptr;
   }
   const std::optional<std::filesystem::path> modulePath = description->Module();
@@ -66,7 +67,9 @@ const SRUIProtocol* UIBundleLoader::PrincipalClass(const std::string& caller) co
     entryPoints = ConformingClass(module, host_);
   }
   if (entryPoints == nullptr) {
-    SystemLog::Error(caller + " - " + path.string() + " does not conform to protocol");
+    trace::SystemLog::Error(caller + " - " + path.string() + " does not conform to protocol");
   }
   return entryPoints;
 }
+
+}  // namespace Agent

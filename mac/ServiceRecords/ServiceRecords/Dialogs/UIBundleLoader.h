@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 
+namespace Agent {
+
 // Finds the UI plug-in "ServiceRecordUI.bundle" in a folder of plug-ins and loads its module, which stays
 // loaded for the rest of the process. Any thread.
 class UIBundleLoader {
@@ -21,3 +23,5 @@ class UIBundleLoader {
   std::filesystem::path plugInsFolder_;
   SRUIHost host_;
 };
+
+}  // namespace Agent

@@ -7,11 +7,12 @@
 #include <string>
 #include <utility>
 
+namespace Agent {
 namespace {
 
-const PropertyListFile& FileOf(bool perUser) {
-  static const NoDestructor<PropertyListFile> user(preferenceFile(true));
-  static const NoDestructor<PropertyListFile> machine(preferenceFile(false));
+const Files::PropertyListFile& FileOf(bool perUser) {
+  static const Lifetime::NoDestructor<Files::PropertyListFile> user(preferenceFile(true));
+  static const Lifetime::NoDestructor<Files::PropertyListFile> machine(preferenceFile(false));
   return perUser ? *user : *machine;
 }
 
@@ -22,8 +23,8 @@ std::string Reason(const std::error_code& error) {
 
 }  // namespace
 
-Mutex& ConfigurationFile::SyncMutex() {
-  static NoDestructor<Mutex> mutex;
+ThreadSafety::Mutex& ConfigurationFile::SyncMutex() {
+  static Lifetime::NoDestructor<ThreadSafety::Mutex> mutex;
   return *mutex;
 }
 
@@ -44,8 +45,8 @@ class SR_SCOPED_CAPABILITY ConfigurationFile::SyncGuard {
 };
 
 ConfigurationFile& ConfigurationFile::OfScope(bool perUser) {
-  static NoDestructor<ConfigurationFile> user(true);
-  static NoDestructor<ConfigurationFile> machine(false);
+  static Lifetime::NoDestructor<ConfigurationFile> user(true);
+  static Lifetime::NoDestructor<ConfigurationFile> machine(false);
   return perUser ? *user : *machine;
 }
 
@@ -53,13 +54,13 @@ ConfigurationFile::Tree ConfigurationFile::Load() {
   return Read().Root();
 }
 
-PropertyListFile::Reading ConfigurationFile::Read() {
-  PropertyListFile::Reading before;
+Files::PropertyListFile::Reading ConfigurationFile::Read() {
+  Files::PropertyListFile::Reading before;
   {
     const SyncGuard guard;
     before = wholeFile_;
   }
-  PropertyListFile::Reading reading = FileOf(perUser_).Load(before);
+  Files::PropertyListFile::Reading reading = FileOf(perUser_).Load(before);
   if (reading.Failure()) {
     Count(&Config::StorageFailures::reads, reading.Failure());
   } else {
@@ -70,8 +71,8 @@ PropertyListFile::Reading ConfigurationFile::Read() {
 }
 
 void ConfigurationFile::Replace(const Change& change) {
-  const MutexLock turn(turnOfWriters_);
-  PropertyListFile::Reading reading = Read();
+  const ThreadSafety::MutexLock turn(turnOfWriters_);
+  Files::PropertyListFile::Reading reading = Read();
   PropertyList::Dictionary tree = *reading.Root();
   if (change(tree)) PutPellContainer(std::move(reading), std::move(tree));
 }
@@ -80,7 +81,8 @@ void ConfigurationFile::Refuse(std::size_t components) {
   CSRLog(2, "%s - key with %lu components is too deep or no text", "GetContainerAndKeyForRawKey", components);
 }
 
-void ConfigurationFile::PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree) {
+void ConfigurationFile::PutPellContainer(Files::PropertyListFile::Reading reading,
+                                         PropertyList::Dictionary tree) {
   if (const std::error_code error = FileOf(perUser_).Save(reading, std::move(tree))) {
     CSRLog(2, "failed to write preferences to: %@", FileOf(perUser_).Path().string());
     Count(&Config::StorageFailures::writes, error);
@@ -101,3 +103,5 @@ Config::StorageFailures ConfigurationFile::Failures() const {
   const SyncGuard guard;
   return failures_;
 }
+
+}  // namespace Agent

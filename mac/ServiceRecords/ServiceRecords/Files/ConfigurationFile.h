@@ -4,6 +4,8 @@
 #include "libs/Files/PropertyListFile.h"
 #include "libs/ThreadSafety/ThreadSafety.h"
 
+namespace Agent {
+
 // The file behind one scope of the configuration. Who only reads takes what was read or put in place last;
 // who replaces it waits for the others who do.
 class ConfigurationFile : public Config::ConfigurationStorage {
@@ -21,17 +23,19 @@ class ConfigurationFile : public Config::ConfigurationStorage {
 
  private:
   // Of both scopes. Held only as long as copying takes, never while a file is read or written.
-  static Mutex& SyncMutex();
+  static ThreadSafety::Mutex& SyncMutex();
   static void SyncLock(bool lock) SR_NO_THREAD_SAFETY_ANALYSIS;
   class SyncGuard;
 
-  PropertyListFile::Reading Read();
-  void PutPellContainer(PropertyListFile::Reading reading, PropertyList::Dictionary tree)
+  Files::PropertyListFile::Reading Read();
+  void PutPellContainer(Files::PropertyListFile::Reading reading, PropertyList::Dictionary tree)
       SR_REQUIRES(turnOfWriters_);
   void Count(std::uint64_t Config::StorageFailures::*kind, const std::error_code& error);
 
   const bool perUser_;
-  Mutex turnOfWriters_;
-  PropertyListFile::Reading wholeFile_ SR_GUARDED_BY(SyncMutex());
+  ThreadSafety::Mutex turnOfWriters_;
+  Files::PropertyListFile::Reading wholeFile_ SR_GUARDED_BY(SyncMutex());
   Config::StorageFailures failures_ SR_GUARDED_BY(SyncMutex());
 };
+
+}  // namespace Agent

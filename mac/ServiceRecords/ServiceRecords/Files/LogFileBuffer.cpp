@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+namespace Agent {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
@@ -17,24 +18,24 @@ constexpr mode_t kOwnerOnly = 0600;
 // Not blocking, so that a pipe in the log's place cannot hold the agent.
 constexpr int kFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
 
-bool IsRegular(const FileDescriptor& file) {
+bool IsRegular(const Files::FileDescriptor& file) {
   struct stat status {};
   return ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-FileDescriptor OpenRegular(const std::string& path, int flags) {
-  FileDescriptor file(::open(path.c_str(), flags | kFlags, kOwnerOnly));
-  return file && IsRegular(file) ? std::move(file) : FileDescriptor();
+Files::FileDescriptor OpenRegular(const std::string& path, int flags) {
+  Files::FileDescriptor file(::open(path.c_str(), flags | kFlags, kOwnerOnly));
+  return file && IsRegular(file) ? std::move(file) : Files::FileDescriptor();
 }
 
 // For the owner's eyes only, under any umask and whoever made the file.
-FileDescriptor OpenForAppending(const std::string& path) {
-  FileDescriptor file = OpenRegular(path, O_WRONLY | O_APPEND | O_CREAT);
-  return file && ::fchmod(file.Get(), kOwnerOnly) == 0 ? std::move(file) : FileDescriptor();
+Files::FileDescriptor OpenForAppending(const std::string& path) {
+  Files::FileDescriptor file = OpenRegular(path, O_WRONLY | O_APPEND | O_CREAT);
+  return file && ::fchmod(file.Get(), kOwnerOnly) == 0 ? std::move(file) : Files::FileDescriptor();
 }
 
 // Whether the file has not been renamed or removed since it was opened.
-bool IsStillThere(const FileDescriptor& file, const std::string& path) {
+bool IsStillThere(const Files::FileDescriptor& file, const std::string& path) {
   struct stat opened {};
   struct stat there {};
   return ::fstat(file.Get(), &opened) == 0 && ::lstat(path.c_str(), &there) == 0 &&
@@ -42,14 +43,14 @@ bool IsStillThere(const FileDescriptor& file, const std::string& path) {
 }
 
 // Not open when another process holds the file's lock, which goes with the descriptor.
-FileDescriptor OpenAsOnlyWriter(const std::string& path) {
-  FileDescriptor file = OpenForAppending(path);
+Files::FileDescriptor OpenAsOnlyWriter(const std::string& path) {
+  Files::FileDescriptor file = OpenForAppending(path);
   const bool isOurs = file && ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0 && IsStillThere(file, path);
-  return isOurs ? std::move(file) : FileDescriptor();
+  return isOurs ? std::move(file) : Files::FileDescriptor();
 }
 
 // How many bytes were written before the first failure.
-std::size_t WriteAll(const FileDescriptor& file, std::string_view bytes) {
+std::size_t WriteAll(const Files::FileDescriptor& file, std::string_view bytes) {
   std::size_t written = 0;
   while (written < bytes.size()) {
     const ssize_t count = ::write(file.Get(), bytes.data() + written, bytes.size() - written);
@@ -66,9 +67,9 @@ std::string BackupOf(const std::string& path) {
 
 // Byte for byte; nothing happens when the log cannot be read.
 void CopyToBackup(const std::string& path) {
-  const FileDescriptor source = OpenRegular(path, O_RDONLY);
+  const Files::FileDescriptor source = OpenRegular(path, O_RDONLY);
   if (!source) return;
-  const FileDescriptor target = OpenForAppending(BackupOf(path));
+  const Files::FileDescriptor target = OpenForAppending(BackupOf(path));
   if (!target || ::ftruncate(target.Get(), 0) != 0) return;
   char buffer[65536];
   for (ssize_t count = 0; (count = ::read(source.Get(), buffer, sizeof buffer)) > 0;) {
@@ -95,7 +96,7 @@ bool LogFileBuffer::BeginAnew(const std::string& path) {
 }
 
 bool LogFileBuffer::OpenStandardError() {
-  Take(FileDescriptor(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)));
+  Take(Files::FileDescriptor(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)));
   return static_cast<bool>(file_);
 }
 
@@ -104,7 +105,7 @@ std::uint64_t LogFileBuffer::Size() const {
   return file_ && ::fstat(file_.Get(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-void LogFileBuffer::Take(FileDescriptor file) {
+void LogFileBuffer::Take(Files::FileDescriptor file) {
   file_ = std::move(file);
   pending_.clear();
   lineIsTorn_ = false;
@@ -146,3 +147,5 @@ int LogFileBuffer::sync() {
   pending_.clear();
   return complete ? 0 : -1;
 }
+
+}  // namespace Agent

@@ -6,6 +6,8 @@
 #include <streambuf>
 #include <string>
 
+namespace Agent {
+
 // The buffer behind the trace stream: each character is one byte of the log, whatever the locale. Unopened,
 // or on a full disk, what is written is dropped. Guarded by the trace's mutex.
 class LogFileBuffer : public std::wstreambuf {
@@ -31,10 +33,12 @@ class LogFileBuffer : public std::wstreambuf {
   int sync() override;
 
  private:
-  void Take(FileDescriptor file);
+  void Take(Files::FileDescriptor file);
   bool Empty();
 
-  FileDescriptor file_;
+  Files::FileDescriptor file_;
   std::string pending_;
   bool lineIsTorn_ = false;  // a write failed in the middle of a line
 };
+
+}  // namespace Agent

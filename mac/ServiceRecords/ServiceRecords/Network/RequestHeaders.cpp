@@ -3,13 +3,14 @@
 #include "libs/Text/TextHelpers.h"
 #include "libs/Transfer/GetRequest.h"
 
+namespace Agent {
 namespace {
 
 constexpr std::wstring_view kLineEnd = L"\r\n";
 
 }  // namespace
 
-bool AddHeaders(GetRequest& request, std::wstring_view extraHeaders) {
+bool AddHeaders(Transfer::GetRequest& request, std::wstring_view extraHeaders) {
   std::size_t end = extraHeaders.find(kLineEnd);
   for (; end != std::wstring_view::npos; end = extraHeaders.find(kLineEnd)) {
     if (!request.AddHeader(util::narrow(extraHeaders.substr(0, end)))) return false;
@@ -17,3 +18,5 @@ bool AddHeaders(GetRequest& request, std::wstring_view extraHeaders) {
   }
   return true;
 }
+
+}  // namespace Agent

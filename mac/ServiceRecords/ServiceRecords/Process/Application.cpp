@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+namespace Agent {
 namespace {
 
 constexpr std::chrono::seconds kTimeToEnd{5};
@@ -46,9 +47,9 @@ void OpenStandardDescriptors() {
 // Libraries end the process when they are short of descriptors, so the start alone needs some.
 void CheckDescriptors() {
   constexpr int kNeeded = 32;
-  std::vector<FileDescriptor> free;
+  std::vector<Files::FileDescriptor> free;
   for (int i = 0; i < kNeeded; ++i) {
-    free.emplace_back(::fcntl(TerminationEvent::Descriptor(), F_DUPFD_CLOEXEC, 0));
+    free.emplace_back(::fcntl(Termination::Descriptor(), F_DUPFD_CLOEXEC, 0));
     if (!free.back()) throw std::runtime_error("too many open files, or too few allowed");
   }
 }
@@ -56,13 +57,13 @@ void CheckDescriptors() {
 // The schemas are found in the current directory.
 void EnterResourcesFolder() {
   std::error_code error;
-  std::filesystem::current_path(Bundle::Main().ResourcesPath(), error);
-  if (error) SystemLog::Error("cannot change to the resources folder: " + error.message());
+  std::filesystem::current_path(Files::Bundle::Main().ResourcesPath(), error);
+  if (error) trace::SystemLog::Error("cannot change to the resources folder: " + error.message());
 }
 
 int RunApplication(int argc, char** argv) {
   OpenStandardDescriptors();
-  TerminationEvent::RaiseOnSignals();
+  Termination::RaiseOnSignals();
   const LaunchArguments arguments = LaunchArguments::Read(argc, argv);
   if (arguments.exitStatus) return *arguments.exitStatus;
   CheckDescriptors();
@@ -73,7 +74,7 @@ int RunApplication(int argc, char** argv) {
   // Made on this thread, and before any thread that posts to them, so that they outlive it at an early exit.
   MainLoop::Main();
   DistributedNotificationCenter::defaultCenter();
-  const XercesPlatform keepLibrary;  // or every document would pay for its restart
+  const DomLib::XercesPlatform keepLibrary;  // or every document would pay for its restart
   AppDelegate delegate;
   for (const std::string& file : arguments.files) delegate.openFile(file);
   delegate.applicationDidFinishLaunching();
@@ -89,9 +90,11 @@ int ApplicationMain(int argc, char** argv) {
   try {
     return RunApplication(argc, argv);
   } catch (const std::exception& exception) {
-    SystemLog::Error(std::string("cannot run: ") + exception.what());
+    trace::SystemLog::Error(std::string("cannot run: ") + exception.what());
   } catch (...) {
-    SystemLog::Error("cannot run: the XML library does not start");
+    trace::SystemLog::Error("cannot run: the XML library does not start");
   }
   return EXIT_FAILURE;
 }
+
+}  // namespace Agent

@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+namespace Agent {
 namespace {
 
 thread_local BackgroundTasks* g_tasksOfThisThread = nullptr;
@@ -15,13 +16,13 @@ thread_local BackgroundTasks* g_tasksOfThisThread = nullptr;
 
 BackgroundTasks::~BackgroundTasks() {
   const std::deque<Work> dropped = Drop();
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   changed_.wait(mutex_, [this]() SR_REQUIRES(mutex_) { return running_.empty(); });
   JoinEnded();
 }
 
 void BackgroundTasks::Start(Work work) {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   if (finishing_) return;
   waiting_.push_back(std::move(work));
   StartWaiting();
@@ -42,7 +43,7 @@ bool BackgroundTasks::StartThread(const Work& work) {
     *thread = std::thread([this, thread, own = work]() mutable { Run(thread, std::move(own)); });
   } catch (const std::system_error& error) {
     running_.erase(thread);
-    SystemLog::Error(std::string("no thread to handle a file: ") + error.what());
+    trace::SystemLog::Error(std::string("no thread to handle a file: ") + error.what());
     return false;
   }
   ++worked_;
@@ -53,7 +54,7 @@ void BackgroundTasks::Run(Threads::iterator thread, Work work) {
   g_tasksOfThisThread = this;
   RunAndLogFailure("handling a file", work);
   work = nullptr;  // what it holds ends with it
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   JoinEnded();
   ended_.splice(ended_.end(), running_, thread);
   LeaveRoom();
@@ -66,7 +67,7 @@ void BackgroundTasks::LeaveRoom() {
 }
 
 void BackgroundTasks::AwaitTurn() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   const std::uint64_t number = drawn_++;
   changed_.wait(mutex_, [&]() SR_REQUIRES(mutex_) { return finishing_ || (number == next_ && HasRoom()); });
   ++next_;
@@ -83,7 +84,7 @@ void BackgroundTasks::JoinEnded() {
 }
 
 std::deque<BackgroundTasks::Work> BackgroundTasks::Drop() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   finishing_ = true;
   changed_.notify_all();
   return std::exchange(waiting_, {});
@@ -91,7 +92,7 @@ std::deque<BackgroundTasks::Work> BackgroundTasks::Drop() {
 
 bool BackgroundTasks::Finish(std::chrono::milliseconds limit) {
   Drop();
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   if (!changed_.wait_for(mutex_, limit, [this]() SR_REQUIRES(mutex_) { return running_.empty(); }))
     return false;
   JoinEnded();
@@ -100,7 +101,7 @@ bool BackgroundTasks::Finish(std::chrono::milliseconds limit) {
 
 BackgroundTasks::UserWait::UserWait(End end) : tasks_(g_tasksOfThisThread), end_(end) {
   if (tasks_ == nullptr) return;
-  const MutexLock lock(tasks_->mutex_);
+  const ThreadSafety::MutexLock lock(tasks_->mutex_);
   tasks_->LeaveRoom();
 }
 
@@ -109,7 +110,9 @@ BackgroundTasks::UserWait::~UserWait() {
   if (end_ == End::InTurn) {
     tasks_->AwaitTurn();
   } else {
-    const MutexLock lock(tasks_->mutex_);
+    const ThreadSafety::MutexLock lock(tasks_->mutex_);
     ++tasks_->worked_;
   }
 }
+
+}  // namespace Agent

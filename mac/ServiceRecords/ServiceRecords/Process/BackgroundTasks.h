@@ -11,6 +11,8 @@
 #include <list>
 #include <thread>
 
+namespace Agent {
+
 // Pieces of work, such as files to be handled, each on a new thread of its own. Only some are worked on at a
 // time; one that waits for the user is not counted and makes room for the next. What finds no room waits in
 // the order of arrival. Any thread may start one.
@@ -63,7 +65,7 @@ class BackgroundTasks {
   void JoinEnded() SR_REQUIRES(mutex_);
   std::deque<Work> Drop();
 
-  Mutex mutex_;
+  ThreadSafety::Mutex mutex_;
   std::condition_variable_any changed_;
   std::deque<Work> waiting_ SR_GUARDED_BY(mutex_);
   bool finishing_ SR_GUARDED_BY(mutex_) = false;
@@ -74,3 +76,5 @@ class BackgroundTasks {
   std::uint64_t drawn_ SR_GUARDED_BY(mutex_) = 0;
   std::uint64_t next_ SR_GUARDED_BY(mutex_) = 0;
 };
+
+}  // namespace Agent

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace Agent {
+
 ChangeQueue::ChangeQueue(std::function<bool()> isOver)
     : isOver_(std::move(isOver)), thread_([this] { Work(); }) {}
 
@@ -13,21 +15,21 @@ ChangeQueue::~ChangeQueue() {
 }
 
 void ChangeQueue::Add(Change change) {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   if (closed_) return;
   waiting_.push_back(std::move(change));
   changed_.notify_all();
 }
 
 void ChangeQueue::Close() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   closed_ = true;
   changed_.notify_all();
 }
 
 bool ChangeQueue::Finish(std::chrono::milliseconds limit) {
   {
-    const MutexLock lock(mutex_);
+    const ThreadSafety::MutexLock lock(mutex_);
     if (changed_.wait_for(mutex_, limit, [this]() SR_REQUIRES(mutex_) { return ended_; })) thread_.join();
   }
   Drop();
@@ -38,7 +40,7 @@ bool ChangeQueue::Finish(std::chrono::milliseconds limit) {
 void ChangeQueue::Drop() {
   std::deque<Change> dropped;
   {
-    const MutexLock lock(mutex_);
+    const ThreadSafety::MutexLock lock(mutex_);
     dropped.swap(waiting_);
   }
   for (Change& change : dropped) change = nullptr;
@@ -52,7 +54,7 @@ void ChangeQueue::Work() {
 }
 
 ChangeQueue::Change ChangeQueue::AwaitNext() {
-  const MutexLock lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   changed_.wait(mutex_, [this]() SR_REQUIRES(mutex_) { return closed_ || !waiting_.empty(); });
   if (closed_ || isOver_()) {
     ended_ = true;
@@ -63,3 +65,5 @@ ChangeQueue::Change ChangeQueue::AwaitNext() {
   waiting_.pop_front();
   return next;
 }
+
+}  // namespace Agent

@@ -8,6 +8,8 @@
 #include <functional>
 #include <thread>
 
+namespace Agent {
+
 // What changes the list of stores, done one after the other, in the order of the calls, on one thread of its
 // own: a change waits for the disk, for whoever else changes the list, and for the user's answers. The thread
 // is there from the beginning, so that no change is lost for want of one. Any thread may add a change.
@@ -40,10 +42,12 @@ class ChangeQueue {
   void Drop();
 
   const std::function<bool()> isOver_;
-  Mutex mutex_;
+  ThreadSafety::Mutex mutex_;
   std::condition_variable_any changed_;
   std::deque<Change> waiting_ SR_GUARDED_BY(mutex_);
   bool closed_ SR_GUARDED_BY(mutex_) = false;
   bool ended_ SR_GUARDED_BY(mutex_) = false;
   std::thread thread_;
 };
+
+}  // namespace Agent

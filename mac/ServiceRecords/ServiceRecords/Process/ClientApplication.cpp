@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+namespace Agent {
 namespace {
 
 // The application's object, whose path is its identifier with slashes.
@@ -21,7 +22,7 @@ std::string ObjectPath(std::string identifier) {
 
 void ClientApplication::BringForward() {
   const std::string path = ObjectPath(kIdentifier);
-  const Bus::Service application{kIdentifier, path.c_str(), ServiceNames::kApplicationInterface};
+  const Bus::Service application{kIdentifier, path.c_str(), Bus::ServiceNames::kApplicationInterface};
   static_cast<void>(
       Bus::Keep(activation_, bus_.CallAsync(
                                  application, {.startsService = false}, "Activate",
@@ -31,13 +32,14 @@ void ClientApplication::BringForward() {
 
 void ClientApplication::HandleActivated(const Bus::Result<Bus::Message>& reply) {
   const bool isRunning = reply || !reply.Failure().IsForWantOfOwner();
-  if (!isRunning && !TerminationEvent::Requested()) Launch();
+  if (!isRunning && !Termination::Requested()) Launch();
 }
 
 // By a program that lies beside the agent, so that nothing of the launch stays here.
 void ClientApplication::Launch() {
   if (launch_) return;
-  auto program = HelperProcess::Start(Bundle::Main().Path() / "servicerecord-launch", {kIdentifier});
+  auto program = HelperProgram::HelperProcess::Start(Files::Bundle::Main().Path() / "servicerecord-launch",
+                                                     {kIdentifier});
   if (!program) return;
   launch_.emplace(std::move(*program));
   launchEnd_ = MainLoop::Main().Watch(launch_->Ended(), [this] {
@@ -45,3 +47,5 @@ void ClientApplication::Launch() {
     launch_.reset();
   });
 }
+
+}  // namespace Agent

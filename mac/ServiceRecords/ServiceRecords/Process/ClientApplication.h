@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace Agent {
+
 // The main client application. Main thread.
 class ClientApplication {
  public:
@@ -22,7 +24,9 @@ class ClientApplication {
   void Launch();
 
   Bus::Connection& bus_;
-  Bus::Slot activation_;                 // until it is answered
-  std::optional<HelperProcess> launch_;  // while it goes on
+  Bus::Slot activation_;                                // until it is answered
+  std::optional<HelperProgram::HelperProcess> launch_;  // while it goes on
   Bus::EventSource launchEnd_;
 };
+
+}  // namespace Agent

@@ -12,6 +12,7 @@
 #include <iostream>
 #include <span>
 
+namespace Agent {
 namespace {
 
 constexpr int kUsageError = 2;
@@ -67,7 +68,7 @@ LaunchArguments LaunchArguments::Read(int argc, char** argv) {
     case 'h':
       return Inform(kUsage);
     case 'V':
-      return Inform("ServiceRecords " + Bundle::Main().InfoString("MorvaneVersionString") + "\n");
+      return Inform("ServiceRecords " + Files::Bundle::Main().InfoString("MorvaneVersionString") + "\n");
     case -1:
       break;
     default:
@@ -78,3 +79,5 @@ LaunchArguments LaunchArguments::Read(int argc, char** argv) {
   // A lone "--" means files that somebody's script did not find; it does not mean the agent.
   return names.empty() && argc > 1 ? Complain() : FilesToDeliver(names);
 }
+
+}  // namespace Agent

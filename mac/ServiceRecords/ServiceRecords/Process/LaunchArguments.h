@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace Agent {
+
 // What the program's command line asks for.
 struct LaunchArguments {
   // Absolute paths of files to deliver to the running agent; none: be the agent.
@@ -15,3 +17,5 @@ struct LaunchArguments {
   // Relative paths count from the current directory.
   [[nodiscard]] static LaunchArguments Read(int argc, char** argv);
 };
+
+}  // namespace Agent

@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+namespace Agent {
 namespace {
 
 template <class Value>
@@ -29,7 +30,7 @@ MainLoop::MainLoop() : loop_(Made(Bus::EventLoop::Make(), "making the main loop"
   };
   postedWork_ = Made(loop_.WatchReadable(wakeUp_.Descriptor(), runPosted), "watching for work");
   termination_ =
-      Made(loop_.WatchReadable(TerminationEvent::Descriptor(), terminate), "watching for the termination");
+      Made(loop_.WatchReadable(Termination::Descriptor(), terminate), "watching for the termination");
 }
 
 MainLoop& MainLoop::Main() {
@@ -80,3 +81,5 @@ bool MainLoop::RunPosted() {
   for (const auto& item : work) RunAndLogFailure("work for the main thread", item);
   return !work.empty();
 }
+
+}  // namespace Agent

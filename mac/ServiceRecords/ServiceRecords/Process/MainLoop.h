@@ -10,6 +10,8 @@
 #include <mutex>
 #include <thread>
 
+namespace Agent {
+
 // The main thread's event loop: bus connections, termination, and work that other threads hand over. Made and
 // run on the main thread; only Post and PutOff may be called from others. Throws std::system_error when it
 // cannot be made.
@@ -49,7 +51,7 @@ class MainLoop {
  private:
   void StartTimer(std::chrono::microseconds time);
 
-  const EventFd wakeUp_;
+  const Files::EventFd wakeUp_;
   Bus::EventLoop loop_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
   std::mutex mutex_;
@@ -61,3 +63,5 @@ class MainLoop {
   Bus::EventSource postedWork_;
   Bus::EventSource termination_;
 };
+
+}  // namespace Agent

@@ -7,6 +7,8 @@
 #include "SRLib/SRHTTPRequestFactory.h"
 #include "SRLib/SSLValidationFactory.h"
 
+namespace Agent {
+
 using namespace ServiceRecords;
 
 ProviderParts PlatformParts() {
@@ -22,3 +24,5 @@ ProviderParts PlatformParts() {
           .warden = {},
           .validations = *SSLValidationFactory::c_Instance};
 }
+
+}  // namespace Agent

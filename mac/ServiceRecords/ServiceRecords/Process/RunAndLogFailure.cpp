@@ -5,12 +5,16 @@
 #include <exception>
 #include <string>
 
+namespace Agent {
+
 void RunAndLogFailure(const char* what, const std::function<void()>& work) {
   try {
     work();
   } catch (const std::exception& exception) {
-    SystemLog::Error(std::string(what) + " failed: " + exception.what());
+    trace::SystemLog::Error(std::string(what) + " failed: " + exception.what());
   } catch (...) {
-    SystemLog::Error(std::string(what) + " failed");
+    trace::SystemLog::Error(std::string(what) + " failed");
   }
 }
+
+}  // namespace Agent

@@ -7,11 +7,11 @@
 #include <thread>
 #include <utility>
 
-namespace TerminationWatch {
+namespace Agent::TerminationWatch {
 namespace {
 
 void AwaitTermination() {
-  pollfd termination{TerminationEvent::Descriptor(), POLLIN, 0};
+  pollfd termination{Termination::Descriptor(), POLLIN, 0};
   while (::poll(&termination, 1, -1) <= 0) {
   }
 }
@@ -26,4 +26,4 @@ void Start(std::chrono::milliseconds timeToEnd, std::function<void()> end) {
   }).detach();
 }
 
-}  // namespace TerminationWatch
+}  // namespace Agent::TerminationWatch

@@ -12,7 +12,7 @@ using std::chrono::milliseconds;
 milliseconds SpreadDelay(unsigned int attempt, double chance) {
   constexpr double kSpread = 0.3;
   const double spread = 1 - kSpread + 2 * kSpread * chance;
-  return std::chrono::duration_cast<milliseconds>(RetryDelay(attempt) * spread);
+  return std::chrono::duration_cast<milliseconds>(util::RetryDelay(attempt) * spread);
 }
 
 }  // namespace

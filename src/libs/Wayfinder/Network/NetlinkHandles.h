@@ -10,10 +10,14 @@
 #include <netlink/route/nexthop.h>
 #include <netlink/route/route.h>
 
+namespace Wayfinding {
+
 // The one place that includes libnl: its objects as owning pointers.
-using NetlinkSocketPtr = UniqueHandle<nl_sock, nl_socket_free>;
-using NetlinkCachePtr = UniqueHandle<nl_cache, nl_cache_free>;
-using NetlinkMessagePtr = UniqueHandle<nl_msg, nlmsg_free>;
-using NetlinkAddressPtr = UniqueHandle<nl_addr, nl_addr_put>;
-using NetlinkLinkPtr = UniqueHandle<rtnl_link, rtnl_link_put>;
-using NetlinkRoutePtr = UniqueHandle<rtnl_route, rtnl_route_put>;
+using NetlinkSocketPtr = Lifetime::UniqueHandle<nl_sock, nl_socket_free>;
+using NetlinkCachePtr = Lifetime::UniqueHandle<nl_cache, nl_cache_free>;
+using NetlinkMessagePtr = Lifetime::UniqueHandle<nl_msg, nlmsg_free>;
+using NetlinkAddressPtr = Lifetime::UniqueHandle<nl_addr, nl_addr_put>;
+using NetlinkLinkPtr = Lifetime::UniqueHandle<rtnl_link, rtnl_link_put>;
+using NetlinkRoutePtr = Lifetime::UniqueHandle<rtnl_route, rtnl_route_put>;
+
+}  // namespace Wayfinding

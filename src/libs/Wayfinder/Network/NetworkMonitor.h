@@ -35,7 +35,7 @@ class NetworkMonitor {
   static void Free(nl_sock* socket);
   static int TakeMessage(nl_msg* message, void* events);
 
-  UniqueHandle<nl_sock, Free> socket_;
+  Lifetime::UniqueHandle<nl_sock, Free> socket_;
   NetworkEvents events_;
 };
 

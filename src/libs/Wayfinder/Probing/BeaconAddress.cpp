@@ -97,7 +97,7 @@ bool IsLoopbackHost(const std::string& host) {
 }
 
 std::string HostOfReference(const std::string& reference, const std::string& baseURL) {
-  const UTF8Thread utf8;
+  const util::UTF8Thread utf8;
   const WFCurlUrlPtr url = Parse(baseURL, 0);
   constexpr unsigned int kAnyURL = CURLU_NON_SUPPORT_SCHEME | CURLU_URLENCODE;
   if (url == nullptr || curl_url_set(url.get(), CURLUPART_URL, reference.c_str(), kAnyURL) != CURLUE_OK)

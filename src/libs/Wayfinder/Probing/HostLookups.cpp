@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kMostAddresses = 16;
 
-using AddressListPtr = UniqueHandle<addrinfo, ::freeaddrinfo>;
+using AddressListPtr = Lifetime::UniqueHandle<addrinfo, ::freeaddrinfo>;
 
 std::string NumericText(const addrinfo& entry) {
   std::array<char, NI_MAXHOST> text{};
@@ -38,7 +38,7 @@ struct HostLookups::Shared {
   }
 
   Resolver resolver;
-  EventFd ended;
+  Files::EventFd ended;
 };
 
 bool HasEnded(const HostLookup& lookup) {

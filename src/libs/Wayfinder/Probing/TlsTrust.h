@@ -20,7 +20,7 @@ class TlsTrust {
  private:
   static void Free(x509_store_st* store);
 
-  UniqueHandle<x509_store_st, Free> store_;
+  Lifetime::UniqueHandle<x509_store_st, Free> store_;
 };
 
 }  // namespace Wayfinding
