@@ -57,7 +57,7 @@ void StoreCheck::ReadLine() {
 void StoreCheck::TakeLine(GObject* stream, GAsyncResult* result, gpointer self) {
   ErrorPtr error;
   const TextPtr line(
-      g_data_input_stream_read_line_finish_utf8(G_DATA_INPUT_STREAM(stream), result, nullptr, Out(error)));
+      g_data_input_stream_read_line_finish(G_DATA_INPUT_STREAM(stream), result, nullptr, Out(error)));
   if (IsCancelled(error)) return;
   auto* const check = static_cast<StoreCheck*>(self);
   if (!line) {

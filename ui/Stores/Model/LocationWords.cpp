@@ -13,7 +13,7 @@ Words Of(std::uint64_t location) {
     case 2:
       return {Translated("Outside the store's network"), "network-workgroup-symbolic"};
     case 3:
-      return {Translated("No network"), "network-offline-symbolic"};
+      return {Translated("No network leads to the store"), "network-offline-symbolic"};
     case 4:
       return {Translated("In the store's network through a VPN"), "network-vpn-symbolic"};
     case 5:

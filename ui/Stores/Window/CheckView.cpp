@@ -108,8 +108,7 @@ void CheckView::TakeEnd(CheckEnd end) {
 void CheckView::AddRow(const std::string& title, const std::string& text, const char* icon,
                        const char* word) {
   AdwActionRow* const row = rows::Make(title, text);
-  GtkWidget* const image = gtk_image_new_from_icon_name(icon);
-  adw_action_row_add_prefix(row, image);
+  adw_action_row_add_prefix(row, rows::MakeIcon(icon));
   GtkWidget* const mark = gtk_label_new(word);
   gtk_widget_add_css_class(mark, "caption");
   adw_action_row_add_suffix(row, mark);

@@ -41,12 +41,13 @@ void GatewayRows::Clear() {
 void GatewayRows::Add(const Gateway& gateway) {
   const std::string name = ShownText::Name(gateway.name);
   AdwActionRow* const row = rows::Make(name, ShownText::HostOf(gateway.url));
-  GtkWidget* const button = gtk_check_button_new();
-  Widgets::SetAccessibleName(button, name);
+  GtkWidget* const button =
+      GTK_WIDGET(g_object_new(GTK_TYPE_CHECK_BUTTON, "accessible-role", GTK_ACCESSIBLE_ROLE_RADIO, nullptr));
   if (!buttons_.empty()) gtk_check_button_set_group(GTK_CHECK_BUTTON(button), buttons_.front());
   gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
   adw_action_row_add_prefix(row, button);
   adw_action_row_set_activatable_widget(row, button);
+  Widgets::SetAccessibleName(button, name);  // after the row, which makes itself the button's label
   Signals::Connect(button, "toggled", [this, button, gatewayName = gateway.name] {
     if (!isFilling_ && gtk_check_button_get_active(GTK_CHECK_BUTTON(button))) choose_(gatewayName);
   });

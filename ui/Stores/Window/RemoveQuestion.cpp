@@ -2,9 +2,23 @@
 
 #include "Shared/ShownText.h"
 #include "Shared/Translations.h"
+#include "Shared/Widgets.h"
 #include "Window/SignalArguments.h"
 
 #include <string_view>
+
+namespace {
+
+// The toolkit gives its own buttons their name twice.
+void NameButtonsOnce(GtkWidget* widget) {
+  if (GTK_IS_BUTTON(widget)) return Widgets::NameByLabel(widget);
+  for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
+       child = gtk_widget_get_next_sibling(child)) {
+    NameButtonsOnce(child);
+  }
+}
+
+}  // namespace
 
 void AskWhetherToRemove(GtkWindow* parent, const std::string& storeName,
                         const std::function<void()>& remove) {
@@ -23,5 +37,6 @@ void AskWhetherToRemove(GtkWindow* parent, const std::string& storeName,
   ConnectWith<const char*>(dialog, "response", [remove](const char* response) {
     if (std::string_view(response) == "remove") remove();
   });
+  NameButtonsOnce(GTK_WIDGET(dialog));
   gtk_window_present(GTK_WINDOW(dialog));
 }

@@ -17,4 +17,9 @@ AdwActionRow* Make(const std::string& title, const std::string& subtitle) {
   return row;
 }
 
+GtkWidget* MakeIcon(const char* name) {
+  return GTK_WIDGET(g_object_new(GTK_TYPE_IMAGE, "accessible-role", GTK_ACCESSIBLE_ROLE_PRESENTATION,
+                                 "icon-name", name, nullptr));
+}
+
 }  // namespace rows

@@ -10,5 +10,7 @@ namespace rows {
 // The texts of a row, which screen readers take for its name and its description.
 void SetTexts(AdwActionRow* row, const std::string& title, const std::string& subtitle);
 [[nodiscard]] AdwActionRow* Make(const std::string& title, const std::string& subtitle);
+// A picture of what the row says, too.
+[[nodiscard]] GtkWidget* MakeIcon(const char* name);
 
 }  // namespace rows

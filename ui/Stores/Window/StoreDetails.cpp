@@ -2,6 +2,7 @@
 
 #include "Model/LocationWords.h"
 #include "Shared/ShownText.h"
+#include "Shared/Translations.h"
 #include "Window/Rows.h"
 
 StoreDetails::StoreDetails(const Parts& parts)
@@ -38,8 +39,9 @@ void StoreDetails::Show() {
   const Store& store = StoreOf(item_.get());
   gtk_label_set_text(interface_.Get<GtkLabel>("name"), ShownText::Name(store.name).c_str());
   gtk_label_set_text(interface_.Get<GtkLabel>("host"), ShownText::HostOf(store.url).c_str());
-  adw_action_row_set_subtitle(interface_.Get<AdwActionRow>("address"), ShownText::Whole(store.url).c_str());
-  adw_action_row_set_subtitle(interface_.Get<AdwActionRow>("identifier"), ShownText::Whole(store.id).c_str());
+  rows::SetTexts(interface_.Get<AdwActionRow>("address"), Translated("Address"), ShownText::Whole(store.url));
+  rows::SetTexts(interface_.Get<AdwActionRow>("identifier"), Translated("Identifier"),
+                 ShownText::Whole(store.id));
   gateways_.Show(store.gateways);
   ShowLocation();
 }

@@ -81,7 +81,8 @@ void StoresWindow::Present() {
 void StoresWindow::NameControls() {
   Widgets::SetAccessibleName(interface_.Get("back"), Translated("Back"));
   Widgets::SetAccessibleName(interface_.Get("add"), Translated("Add from file"));
-  Widgets::SetAccessibleName(interface_.Get("menuButton"), Translated("Menu"));
+  // The button is a part of the toolkit's, which is nothing by itself.
+  Widgets::SetAccessibleName(gtk_widget_get_first_child(interface_.Get("menuButton")), Translated("Menu"));
   Widgets::SetAccessibleName(interface_.Get("list"), Translated("Stores"));
   Widgets::SetAccessibleName(interface_.Get("search"), Translated("Search stores"));
   Widgets::SetAccessibleName(interface_.Get("loading"), Translated("Asking the agent"));
@@ -131,9 +132,8 @@ void StoresWindow::SetUpPages() {
   for (const char* const button : {"retry", "restart"}) {
     Signals::Connect(interface_.Get(button), "clicked", [this] { parts_.retry(); });
   }
-  ConnectWith<int>(interface_.Get("noticeBar"), "response", [this](int /*response*/) {
-    gtk_info_bar_set_revealed(interface_.Get<GtkInfoBar>("noticeBar"), FALSE);
-  });
+  Signals::Connect(interface_.Get("closeNotice"), "clicked",
+                   [this] { gtk_info_bar_set_revealed(interface_.Get<GtkInfoBar>("noticeBar"), FALSE); });
   NoteFolding();
 }
 

@@ -1,0 +1,98 @@
+#include "stores-window/SessionObserver.h"
+#include "stores-window/StandInOpenings.h"
+#include "support/PrivateBus.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
+
+namespace {
+
+class AnOpening : public testing::Test {
+ protected:
+  // Until the agent has been asked and the session knows the numbers.
+  void Open(const std::vector<std::string>& paths) {
+    const std::size_t expected = openings_->Opened().size() + paths.size();
+    observed_.session.OpenFiles(paths);
+    EXPECT_TRUE(observed_.session.IsOpening());
+    ASSERT_TRUE(RunUntil([&] { return openings_->Opened().size() == expected; }));
+    RunPending();
+  }
+
+  [[nodiscard]] bool RunUntilNoticed(std::size_t count = 1) {
+    return RunUntil([this, count] { return observed_.notices.size() >= count; });
+  }
+
+  const testsupport::PrivateBus bus_;
+  std::unique_ptr<StandInOpenings> openings_ =
+      std::make_unique<StandInOpenings>(bus_.Address(), SR_SOURCE_DIR);
+  ObservedSession observed_{bus_.Address()};
+};
+
+TEST_F(AnOpening, HandsTheFileToTheAgentAndTellsWhatBecameOfIt) {
+  Open({"/home/me/a b.cr"});
+  EXPECT_THAT(openings_->Opened(), ElementsAre("/home/me/a b.cr"));
+  openings_->Finish(1, "added", "[{'StoreName': <'One'>, 'Outcome': <'added'>}]");
+  ASSERT_TRUE(RunUntilNoticed());
+  EXPECT_EQ(observed_.notices[0].sentences, "“\u2068One\u2069” was added.");
+  EXPECT_TRUE(observed_.notices[0].isGood);
+  EXPECT_FALSE(observed_.session.IsOpening());
+  EXPECT_EQ(observed_.openingsEnded, 1);
+}
+
+TEST_F(AnOpening, ThatWasDeclinedIsNotGood) {
+  Open({"/home/me/a.cr"});
+  openings_->Finish(1, "declined", "[{'StoreName': <'One'>, 'Outcome': <'declined'>}]");
+  ASSERT_TRUE(RunUntilNoticed());
+  EXPECT_FALSE(observed_.notices[0].isGood);
+}
+
+TEST_F(AnOpening, WithoutStoresIsToldByTheNameOfItsFile) {
+  Open({"/home/me/first.cr", "/home/me/second.cr"});
+  openings_->Finish(2, "not-a-service-record", "[]");
+  ASSERT_TRUE(RunUntilNoticed());
+  EXPECT_THAT(observed_.notices[0].sentences, HasSubstr("“\u2068second.cr\u2069”"));
+  EXPECT_TRUE(observed_.session.IsOpening()) << "the first is still open";
+  EXPECT_EQ(observed_.openingsEnded, 0);
+}
+
+TEST_F(AnOpening, OfAFileThatIsNotHereIsNotTried) {
+  observed_.session.OpenFiles({""});
+  ASSERT_THAT(observed_.notices, SizeIs(1));
+  EXPECT_EQ(observed_.notices[0].sentences, "Only files on this computer can be opened.");
+  EXPECT_FALSE(observed_.session.IsOpening());
+}
+
+TEST_F(AnOpening, OfAPathThatTheBusCannotCarryIsNotTried) {
+  observed_.session.OpenFiles({"/home/me/\xFF.cr"});
+  ASSERT_THAT(observed_.notices, SizeIs(1));
+  EXPECT_THAT(observed_.notices[0].sentences, HasSubstr("its path is not UTF-8 text"));
+  EXPECT_FALSE(observed_.session.IsOpening());
+}
+
+TEST_F(AnOpening, EndsWithTheAgent) {
+  Open({"/home/me/a.cr"});
+  openings_->GiveUpTheName();
+  ASSERT_TRUE(RunUntilNoticed());
+  EXPECT_EQ(observed_.notices[0].sentences,
+            "“\u2068a.cr\u2069” was not opened, because the agent was ended.");
+  EXPECT_FALSE(observed_.session.IsOpening());
+  EXPECT_EQ(observed_.openingsEnded, 1);
+}
+
+TEST_F(AnOpening, ThatTheAgentCannotBeAskedForIsToldWithTheReason) {
+  openings_.reset();
+  observed_.session.OpenFiles({"/home/me/a.cr"});
+  ASSERT_TRUE(RunUntilNoticed());
+  EXPECT_THAT(observed_.notices[0].sentences, HasSubstr("“\u2068a.cr\u2069” could not be opened. \u2068"));
+  EXPECT_FALSE(observed_.notices[0].isGood);
+  EXPECT_FALSE(observed_.session.IsOpening());
+  EXPECT_EQ(observed_.openingsEnded, 1);
+}
+
+}  // namespace
