@@ -147,6 +147,8 @@ TEST_F(TheSession, SaysThatTheStoresCannotBeRead) {
 }
 
 TEST_F(TheSession, HearsThatSomebodySwitchedTheLog) {
+  observed_.session.Reload();
+  ASSERT_TRUE(observed_.RunUntilPage(Page::Empty));
   agent_.Bus().PostNotification("com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange", "");
   EXPECT_TRUE(RunUntil([this] { return observed_.loggingChanges == 1; }));
 }
