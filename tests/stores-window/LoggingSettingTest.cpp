@@ -21,8 +21,8 @@ class TheLoggingSetting : public testing::Test {
     return saved;
   }
 
-  const testsupport::TemporaryFolder folder_;
-  const testsupport::EnvironmentVariable home_{"XDG_CONFIG_HOME", (folder_.Path() / "config").string()};
+  const TestSupport::TemporaryFolder folder_;
+  const TestSupport::EnvironmentVariable home_{"XDG_CONFIG_HOME", (folder_.Path() / "config").string()};
   const ObjectPtr<GCancellable> cancellable_{g_cancellable_new()};
 };
 
@@ -30,13 +30,13 @@ TEST_F(TheLoggingSetting, IsTheUserDefaultThatTheAgentReads) {
   EXPECT_FALSE(loggingsetting::IsOn());
   EXPECT_EQ(Set(true), true);
   EXPECT_TRUE(loggingsetting::IsOn());
-  EXPECT_EQ(UserDefaults::Standard().Integer("LogLevel"), 1);
+  EXPECT_EQ(Files::UserDefaults::Standard().Integer("LogLevel"), 1);
   EXPECT_EQ(Set(false), true);
   EXPECT_FALSE(loggingsetting::IsOn());
 }
 
 TEST_F(TheLoggingSetting, TellsThatItCouldNotBeSaved) {
-  const testsupport::EnvironmentVariable nowhere("XDG_CONFIG_HOME", "/dev/null/config");
+  const TestSupport::EnvironmentVariable nowhere("XDG_CONFIG_HOME", "/dev/null/config");
   EXPECT_EQ(Set(true), false);
 }
 

@@ -28,7 +28,7 @@ class AnOpening : public testing::Test {
     return RunUntil([this, count] { return observed_.notices.size() >= count; });
   }
 
-  const testsupport::PrivateBus bus_;
+  const TestSupport::PrivateBus bus_;
   std::unique_ptr<StandInOpenings> openings_ =
       std::make_unique<StandInOpenings>(bus_.Address(), SR_SOURCE_DIR);
   ObservedSession observed_{bus_.Address()};

@@ -11,7 +11,7 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testsupport::StoreText;
+using TestSupport::StoreText;
 using Page = Overview::Page;
 using Warning = Overview::Warning;
 
@@ -31,7 +31,7 @@ StoreText StoreCalled(const std::string& id, const std::string& name) {
 class TheSession : public testing::Test {
  protected:
   void GiveStores(const std::vector<StoreText>& stores) {
-    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {testsupport::DiscoveryDocument(stores)});
+    agent_.Bus().ServiceRecords("handleDiscoveryDocument", {TestSupport::DiscoveryDocument(stores)});
   }
 
   [[nodiscard]] bool RunUntilStores(std::size_t count) {
@@ -44,7 +44,7 @@ class TheSession : public testing::Test {
     return StoreOf(observed_.session.Stores().Find(id)).gateways;
   }
 
-  testsupport::TestAgent agent_;
+  TestSupport::TestAgent agent_;
   ObservedSession observed_{agent_.BusAddress()};
 };
 
@@ -162,7 +162,7 @@ TEST_F(TheSession, TellsEverybodyThatTheLogWasSwitched) {
 }
 
 TEST(TheSessionWithoutAnAgent, SaysWhyItCannotBeReached) {
-  const testsupport::PrivateBus bus;
+  const TestSupport::PrivateBus bus;
   ObservedSession observed(bus.Address());
   observed.session.Reload();
   ASSERT_TRUE(observed.RunUntilPage(Page::Unreachable));
@@ -170,7 +170,7 @@ TEST(TheSessionWithoutAnAgent, SaysWhyItCannotBeReached) {
 }
 
 TEST(TheSessionWithoutAnAgent, MayEndWhileItWaits) {
-  const testsupport::PrivateBus bus;
+  const TestSupport::PrivateBus bus;
   {
     ObservedSession observed(bus.Address());
     observed.session.Reload();

@@ -10,7 +10,7 @@ constexpr char kName[] = "com.morvane.ServiceRecords";
 constexpr char kPath[] = "/com/morvane/ServiceRecords/Openings";
 constexpr char kInterface[] = "com.morvane.ServiceRecords.Openings";
 
-using NodePtr = UniqueHandle<GDBusNodeInfo, g_dbus_node_info_unref>;
+using NodePtr = Lifetime::UniqueHandle<GDBusNodeInfo, g_dbus_node_info_unref>;
 
 NodePtr Description(const std::string& source) {
   std::ifstream file(source + "/packaging/dbus/interfaces/com.morvane.ServiceRecords.Openings.xml");

@@ -49,7 +49,7 @@ class TheCheck : public testing::Test {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
-  const testsupport::TemporaryFolder folder_;
+  const TestSupport::TemporaryFolder folder_;
   std::vector<std::string> found_;
   std::vector<CheckEnd> ends_;
   std::unique_ptr<StoreCheck> check_;
