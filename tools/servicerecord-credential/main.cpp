@@ -1,26 +1,16 @@
 #include "Answers.h"
 #include "Interruption.h"
 #include "RequestReader.h"
+#include "libs/Files/WholeContent.h"
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <optional>
 #include <string_view>
 
 namespace {
-
-bool WriteAll(int output, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = ::write(output, text.data(), text.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
-}
 
 int Converse(std::string_view action) {
   const Credential::Interruption interruption;
@@ -29,7 +19,7 @@ int Converse(std::string_view action) {
   if (!request) request.emplace();
   const CredentialWire::CredentialMessage reply =
       Credential::AnswerTo(action, *request, interruption.Descriptor());
-  return WriteAll(STDOUT_FILENO, reply.Text().View()) ? 0 : 1;
+  return Files::WriteAll(STDOUT_FILENO, reply.Text().View()).error ? 1 : 0;
 }
 
 }  // namespace

@@ -2,15 +2,16 @@
 
 #include "libs/DomLib/DocumentSize.h"
 #include "libs/Files/FileDescriptor.h"
+#include "libs/Files/WholeContent.h"
 #include "libs/Termination/TerminationEvent.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
+#include <array>
 #include <chrono>
 
 namespace util {
@@ -19,13 +20,12 @@ namespace {
 // The whole content, but at most one byte more than a document may have.
 std::string ReadDocument(const Files::FileDescriptor& file) {
   std::string content;
-  char buffer[65536];
-  while (content.size() <= DomLib::kMaximumDocumentBytes) {
-    const ssize_t count = ::read(file.Get(), buffer, sizeof buffer);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) break;
-    content.append(buffer, static_cast<std::size_t>(count));
-  }
+  std::array<char, 65536> buffer;
+  std::size_t count = 0;
+  do {
+    count = Files::ReadInto(file.Get(), buffer).bytes;
+    content.append(buffer.data(), count);
+  } while (count == buffer.size() && content.size() <= DomLib::kMaximumDocumentBytes);
   content.resize(std::min(content.size(), DomLib::kMaximumDocumentBytes + 1));
   return content;
 }

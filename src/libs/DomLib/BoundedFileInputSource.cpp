@@ -2,6 +2,7 @@
 
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/Files/FileDescriptor.h"
+#include "libs/Files/WholeContent.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -61,13 +62,8 @@ std::vector<XMLByte> ReadAll(const Files::FileDescriptor& file, const std::strin
   struct stat status {};
   if (::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) Refuse(name, "is not a regular file");
   std::vector<XMLByte> content(kMaximumNamedFileBytes + 1);
-  std::size_t size = 0;
-  while (size < content.size()) {
-    const ssize_t count = ::read(file.Get(), content.data() + size, content.size() - size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) break;
-    size += static_cast<std::size_t>(count);
-  }
+  const std::size_t size =
+      Files::ReadInto(file.Get(), {reinterpret_cast<char*>(content.data()), content.size()}).bytes;
   if (size > kMaximumNamedFileBytes) Refuse(name, "is larger than 1 MiB");
   content.resize(size);
   return content;

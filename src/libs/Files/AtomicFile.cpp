@@ -2,6 +2,7 @@
 
 #include "libs/Files/FileDescriptor.h"
 #include "libs/Files/SystemError.h"
+#include "libs/Files/WholeContent.h"
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -91,23 +92,13 @@ std::error_code GiveMode(const FileDescriptor& file, mode_t mode) {
   return LastError();
 }
 
-std::error_code WriteAll(int file, std::string_view content) {
-  while (!content.empty()) {
-    const ssize_t count = ::write(file, content.data(), content.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return LastError();
-    content.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return {};
-}
-
 std::error_code WriteAndRename(Temporary& temporary, const fs::path& target, mode_t mode,
                                std::string_view content) {
   // Holds the lock beyond the close, until the temporary has its final name.
   const FileDescriptor lock(::fcntl(temporary.file.Get(), F_DUPFD_CLOEXEC, 0));
   if (!lock) return LastError();
   if (const std::error_code error = GiveMode(lock, mode)) return error;
-  if (const std::error_code error = WriteAll(temporary.file.Get(), content)) return error;
+  if (const std::error_code error = WriteAll(temporary.file.Get(), content).error) return error;
   if (::fsync(temporary.file.Get()) != 0) return LastError();
   if (!temporary.file.Close()) return LastError();
   return ::rename(temporary.path.c_str(), target.c_str()) == 0 ? std::error_code() : LastError();
@@ -133,7 +124,7 @@ bool HasContent(const fs::path& file, std::string_view content) {
 std::error_code WriteNew(const fs::path& file, std::string_view content) {
   FileDescriptor created(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
   if (!created) return LastError();
-  std::error_code error = WriteAll(created.Get(), content);
+  std::error_code error = WriteAll(created.Get(), content).error;
   if (!error && (::fsync(created.Get()) != 0 || !created.Close())) error = LastError();
   if (error) ::unlink(file.c_str());
   return error;
@@ -168,20 +159,6 @@ Stamp StampOf(const struct stat& status) {
 bool WouldShowChanges(const Stamp& stamp) {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   return std::max(stamp.contentChanged, stamp.statusChanged) + std::chrono::seconds(1) <= now;
-}
-
-// Reads to the end, wherever that is by now.
-std::error_code ReadAll(int file, std::size_t expectedSize, std::string& bytes) {
-  std::size_t length = 0;
-  bytes.resize(std::max<std::size_t>(expectedSize + 1, 4096));
-  while (const ssize_t count = ::read(file, bytes.data() + length, bytes.size() - length)) {
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return LastError();
-    length += static_cast<std::size_t>(count);
-    if (length == bytes.size()) bytes.resize(length * 2);
-  }
-  bytes.resize(length);
-  return {};
 }
 
 // A second name takes no space, but not every file system has them.

@@ -1,12 +1,12 @@
 #include "libs/Termination/TerminationEvent.h"
 
+#include "libs/Files/EventFd.h"
 #include "libs/Files/FileDescriptor.h"
 #include "libs/Files/SystemError.h"
 #include "libs/Lifetime/NoDestructor.h"
 
 #include <poll.h>
 #include <sys/epoll.h>
-#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 
 #include <csignal>
@@ -23,32 +23,28 @@ Files::FileDescriptor Checked(int descriptor, const char* what) {
 // Readable as soon as one of its sources is, and for as long.
 class Event {
  public:
-  Event()
-      : any_(Checked(::epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
-        request_(Checked(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "eventfd")) {
-    Add(request_);
-  }
+  Event() : any_(Checked(::epoll_create1(EPOLL_CLOEXEC), "epoll_create1")) { Add(request_.Descriptor()); }
 
   [[nodiscard]] int Descriptor() const { return any_.Get(); }
-  void Request() const { ::eventfd_write(request_.Get(), 1); }
+  void Request() const { request_.Raise(); }
 
   // A signal that is pending and never read keeps its descriptor readable.
   void Watch(const sigset_t& signals) {
     signals_ = Checked(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK), "signalfd");
-    Add(signals_);
+    Add(signals_.Get());
   }
 
  private:
-  void Add(const Files::FileDescriptor& source) const {
+  void Add(int source) const {
     epoll_event interest{};
     interest.events = EPOLLIN;
-    if (::epoll_ctl(any_.Get(), EPOLL_CTL_ADD, source.Get(), &interest) != 0) {
+    if (::epoll_ctl(any_.Get(), EPOLL_CTL_ADD, source, &interest) != 0) {
       throw std::system_error(Files::LastError(), "epoll_ctl");
     }
   }
 
   const Files::FileDescriptor any_;
-  const Files::FileDescriptor request_;
+  const Files::EventFd request_;
   Files::FileDescriptor signals_;
 };
 

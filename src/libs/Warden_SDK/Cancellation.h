@@ -1,24 +1,21 @@
 #pragma once
 
-#include "libs/Files/FileDescriptor.h"
+#include "libs/Files/EventFd.h"
 
 namespace Warden {
 
-// Whether requests are cancelled, which is for good. Any thread.
+// Whether requests are cancelled, which is for good. Any thread. Making it throws std::system_error when
+// there is no descriptor to be had.
 class Cancellation {
  public:
-  Cancellation();
-
-  // False when there was no descriptor to be had: nothing can be cancelled then.
-  [[nodiscard]] bool IsUsable() const { return static_cast<bool>(event_); }
   // Readable from the cancellation on; only to be polled.
-  [[nodiscard]] int Descriptor() const { return event_.Get(); }
+  [[nodiscard]] int Descriptor() const { return event_.Descriptor(); }
   [[nodiscard]] bool Requested() const;
 
-  void Request() const;
+  void Request() const { event_.Raise(); }
 
  private:
-  Files::FileDescriptor event_;
+  Files::EventFd event_;
 };
 
 }  // namespace Warden

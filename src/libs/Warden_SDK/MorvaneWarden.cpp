@@ -47,7 +47,8 @@ struct Library {
   std::atomic<int> users{0};
 };
 
-// Never destroyed: at the end of the process a thread may still be in a request.
+// Never destroyed: at the end of the process a thread may still be in a request. Throws std::system_error
+// when it cannot be made, which the next call tries again.
 Library& TheLibrary() {
   static Lifetime::NoDestructor<Library> library;
   return *library;
@@ -104,9 +105,7 @@ void MorvaneWarden_SetWaitFunction(MorvaneWardenWaitFunction function) {
 
 MorvaneWardenStatus MorvaneWarden_Initialize(void) {
   return Guarded([] {
-    Library& library = TheLibrary();
-    if (!library.cancellation.IsUsable()) return MORVANE_WARDEN_OUT_OF_RESOURCES;
-    ++library.users;
+    ++TheLibrary().users;
     return MORVANE_WARDEN_OK;
   });
 }

@@ -1,5 +1,6 @@
 #include "dialog/Questions.h"
 #include "libs/DialogWire/DialogWire.h"
+#include "libs/Files/WholeContent.h"
 #include "libs/Terminal/Terminal.h"
 #include "request/DialogRequest.h"
 
@@ -45,7 +46,7 @@ int main(int count, char** arguments) {
   try {
     const std::string reply =
         DialogWire::LineOf(Converse(count == 2 ? DialogWire::TerminalOf(arguments[1]) : std::nullopt));
-    return ::write(STDOUT_FILENO, reply.data(), reply.size()) == static_cast<ssize_t>(reply.size()) ? 0 : 1;
+    return Files::WriteAll(STDOUT_FILENO, reply).error ? 1 : 0;
   } catch (const std::exception&) {
     return 1;
   }

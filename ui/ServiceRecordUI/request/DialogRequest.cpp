@@ -1,11 +1,9 @@
 #include "request/DialogRequest.h"
 
 #include "libs/DialogWire/DialogWire.h"
-
-#include <unistd.h>
+#include "libs/Files/WholeContent.h"
 
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
@@ -19,22 +17,11 @@ constexpr std::size_t kLongestHeader = 128;
 constexpr std::uint64_t kLargestDetails = 32 * 1024 * 1024;
 constexpr std::array kDialogs{DialogWire::kAddStore, DialogWire::kReplaceStore, DialogWire::kErrorMessage};
 
-bool ReadFully(int input, char* buffer, std::size_t size) {
-  while (size > 0) {
-    const ssize_t count = ::read(input, buffer, size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    buffer += count;
-    size -= static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
 // Byte by byte, so that nothing behind the line is taken.
 std::optional<std::string> ReadHeader(int input) {
   std::string header;
   char next = '\0';
-  while (header.size() < kLongestHeader && ReadFully(input, &next, 1)) {
+  while (header.size() < kLongestHeader && Files::ReadInto(input, {&next, 1}).bytes == 1) {
     if (next == '\n') return header;
     header += next;
   }
@@ -64,7 +51,7 @@ bool IsKnown(std::string_view dialog) {
 
 std::optional<PropertyList::Dictionary> ReadDetails(int input, std::size_t size) {
   std::string text(size, '\0');
-  if (!ReadFully(input, text.data(), text.size())) return std::nullopt;
+  if (Files::ReadInto(input, text).bytes != size) return std::nullopt;
   std::optional<PropertyList::Value> root = PropertyList::Read(text);
   PropertyList::Dictionary* details = root ? root->As<PropertyList::Dictionary>() : nullptr;
   if (details == nullptr) return std::nullopt;

@@ -1,11 +1,13 @@
 #include "Files/LogFileBuffer.h"
 
+#include "libs/Files/WholeContent.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <array>
 #include <cstdio>
 #include <string_view>
 #include <utility>
@@ -49,18 +51,6 @@ Files::FileDescriptor OpenAsOnlyWriter(const std::string& path) {
   return isOurs ? std::move(file) : Files::FileDescriptor();
 }
 
-// How many bytes were written before the first failure.
-std::size_t WriteAll(const Files::FileDescriptor& file, std::string_view bytes) {
-  std::size_t written = 0;
-  while (written < bytes.size()) {
-    const ssize_t count = ::write(file.Get(), bytes.data() + written, bytes.size() - written);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) break;
-    written += static_cast<std::size_t>(count);
-  }
-  return written;
-}
-
 std::string BackupOf(const std::string& path) {
   return path + "BUP";
 }
@@ -71,10 +61,12 @@ void CopyToBackup(const std::string& path) {
   if (!source) return;
   const Files::FileDescriptor target = OpenForAppending(BackupOf(path));
   if (!target || ::ftruncate(target.Get(), 0) != 0) return;
-  char buffer[65536];
-  for (ssize_t count = 0; (count = ::read(source.Get(), buffer, sizeof buffer)) > 0;) {
-    WriteAll(target, {buffer, static_cast<std::size_t>(count)});
-  }
+  std::array<char, 65536> buffer;
+  std::size_t count = 0;
+  do {
+    count = Files::ReadInto(source.Get(), buffer).bytes;
+    static_cast<void>(Files::WriteAll(target.Get(), {buffer.data(), count}));
+  } while (count == buffer.size());
 }
 
 }  // namespace
@@ -137,7 +129,7 @@ int LogFileBuffer::sync() {
   if (pending_.empty()) return 0;
   // What a failed write left of a line stays a line of its own.
   if (lineIsTorn_) pending_.insert(0, 1, '\n');
-  const std::size_t written = WriteAll(file_, pending_);
+  const std::size_t written = Files::WriteAll(file_.Get(), pending_).bytes;
   const bool complete = written == pending_.size();
   if (complete) {
     lineIsTorn_ = false;

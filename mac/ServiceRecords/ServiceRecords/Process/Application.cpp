@@ -37,11 +37,10 @@ void EndAtOnce() {
 // Without them, their numbers would go to files of the agent, and what is meant for standard error into
 // those.
 void OpenStandardDescriptors() {
-  int descriptor = STDIN_FILENO;
-  while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO) {
-    descriptor = ::open("/dev/null", O_RDWR);  // the lowest number that is free
+  for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(standard, F_GETFD) >= 0) continue;
+    static_cast<void>(::open("/dev/null", O_RDWR));  // has that number, the lowest that is free
   }
-  ::close(descriptor);
 }
 
 // Libraries end the process when they are short of descriptors, so the start alone needs some.
