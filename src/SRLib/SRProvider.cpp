@@ -13,11 +13,11 @@
 #include "SRLib/SSLValidationFactory.h"
 #include "libs/Lifetime/NoDestructor.h"
 #include "libs/Text/TextHelpers.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 #include "libs/Trace/Trace.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -25,8 +25,8 @@ namespace ServiceRecords {
 namespace {
 
 // Innermost but for the configuration's. It keeps the end of the process from a save.
-std::mutex& SaveLock() {
-  static Lifetime::NoDestructor<std::mutex> mutex;
+ThreadSafety::Mutex& SaveLock() {
+  static Lifetime::NoDestructor<ThreadSafety::Mutex> mutex;
   return *mutex;
 }
 
@@ -164,7 +164,7 @@ StoreMap SRProvider::GetStores() const {
 }
 
 void SRProvider::WhileNotSaving(const std::function<void()>& work) {
-  const std::lock_guard lock(SaveLock());
+  const ThreadSafety::MutexLock lock(SaveLock());
   work();
 }
 

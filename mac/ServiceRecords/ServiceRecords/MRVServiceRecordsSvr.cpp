@@ -119,7 +119,7 @@ void MrvServiceRecordsSvr::handleDiscoveryDocument(const std::string& xml) {
   bool updated = false;
   SRProvider::Instance().InboundUpdate(util::widen(xml), updated);
   if (updated) {
-    const std::lock_guard lock(_arrayLock);
+    const ThreadSafety::MutexLock lock(_arrayLock);
     if (_previousDiscoveryDocumentsXML.insert(Agent::Sha256(xml)).second) Agent::AnnounceStores();
   }
   CSRLog(0, "[-] %s", kMethod);

@@ -3,9 +3,9 @@
 #include "Bus/Sha256.h"
 #include "Bus/StoreDictionaries.h"
 #include "libs/PropertyList/PropertyList.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -42,9 +42,9 @@ class MrvServiceRecordsSvr {
 
  private:
   Agent::StoreDictionaries dictionaries_;  // the main thread's
-  std::mutex _arrayLock;
+  ThreadSafety::Mutex _arrayLock;
   // The documents already announced, each by its digest; never removed: deliberate.
-  std::set<Agent::Sha256Digest> _previousDiscoveryDocumentsXML;
+  std::set<Agent::Sha256Digest> _previousDiscoveryDocumentsXML SR_GUARDED_BY(_arrayLock);
 };
 
 // A new object, owned by the caller.

@@ -82,7 +82,7 @@ ResourceKeeper& ResourceKeeper::Main() {
 }
 
 std::string ResourceKeeper::messageFromResource(int id) {
-  const std::lock_guard lock(mutex_);
+  const ThreadSafety::MutexLock lock(mutex_);
   const std::vector<std::string> languages = preferredLanguages_();
   const std::string language = languages.empty() ? kFallbackLanguage : languages.front();
   if (const auto cached = checkMessageInCache(id, language)) return *cached;
@@ -157,11 +157,15 @@ std::optional<std::string> ResourceKeeper::localizedMessage(const std::string& n
 namespace util {
 
 const wchar_t* MessageFromResourceW(int id) {
-  static Lifetime::NoDestructor<std::mutex> mutex;
-  static Lifetime::NoDestructor<std::map<int, std::wstring>> texts;
-  const std::lock_guard lock(*mutex);
+  struct Given {
+    ThreadSafety::Mutex mutex;
+    std::map<int, std::wstring> texts SR_GUARDED_BY(mutex);
+  };
+  static Lifetime::NoDestructor<Given> given;
+  Given& all = *given;
+  const ThreadSafety::MutexLock lock(all.mutex);
   std::wstring text = widen(ResourceKeeper::Main().messageFromResource(id));
-  std::wstring& held = (*texts)[id];
+  std::wstring& held = all.texts[id];
   if (held != text) held = std::move(text);
   return held.c_str();
 }

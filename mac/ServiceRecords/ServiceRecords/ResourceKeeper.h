@@ -1,9 +1,10 @@
 #pragma once
 
+#include "libs/ThreadSafety/ThreadSafety.h"
+
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,13 +31,14 @@ class ResourceKeeper {
   [[nodiscard]] std::optional<std::string> resourceStringName(int id) const;
   [[nodiscard]] std::optional<std::string> messagesMC(const std::string& countryCode) const;
   [[nodiscard]] std::optional<std::string> GetLocalizedFileContents(const std::string& countryCode) const;
-  [[nodiscard]] std::optional<std::string> checkMessageInCache(int id, const std::string& countryCode);
+  [[nodiscard]] std::optional<std::string> checkMessageInCache(int id, const std::string& countryCode)
+      SR_REQUIRES(mutex_);
 
   const std::filesystem::path resources_;
   const Languages preferredLanguages_;
-  std::mutex mutex_;
-  std::map<int, std::string> _resourceCache;
-  std::string _countryCodeOfCache;
+  ThreadSafety::Mutex mutex_;
+  std::map<int, std::string> _resourceCache SR_GUARDED_BY(mutex_);
+  std::string _countryCodeOfCache SR_GUARDED_BY(mutex_);
 };
 
 namespace util {

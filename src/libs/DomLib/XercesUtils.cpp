@@ -1,6 +1,7 @@
 #include "libs/DomLib/XercesUtils.h"
 
 #include "libs/DomLib/DescendantWalk.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
@@ -8,15 +9,14 @@
 #include <xercesc/util/XMLString.hpp>
 
 #include <algorithm>
-#include <mutex>
 #include <string_view>
 
 using namespace xercesc;
 
 namespace {
 
-std::mutex& PlatformMutex() {
-  static std::mutex mutex;
+ThreadSafety::Mutex& PlatformMutex() {
+  static ThreadSafety::Mutex mutex;
   return mutex;
 }
 
@@ -40,12 +40,12 @@ bool IsBlank(const XMLCh* text) {
 namespace DomLib {
 
 XercesPlatform::XercesPlatform() {
-  const std::lock_guard lock(PlatformMutex());
+  const ThreadSafety::MutexLock lock(PlatformMutex());
   XMLPlatformUtils::Initialize();
 }
 
 XercesPlatform::~XercesPlatform() {
-  const std::lock_guard lock(PlatformMutex());
+  const ThreadSafety::MutexLock lock(PlatformMutex());
   XMLPlatformUtils::Terminate();
 }
 

@@ -91,7 +91,7 @@ std::uint32_t LocationService::Flags() const {
 }
 
 void LocationService::StartThread() {
-  const std::lock_guard lock(threadMutex_);
+  const ThreadSafety::MutexLock lock(threadMutex_);
   if (thread_.joinable()) return;
   std::packaged_task<void()> work([board = board_] { Work(*board); });
   threadEnd_ = work.get_future();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libs/PropertyList/PropertyList.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 #include "libs/Wayfinder/LocationLoop.h"
 #include "libs/Wayfinder/NetworkLocation.h"
 
@@ -8,7 +9,6 @@
 #include <cstdint>
 #include <future>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -39,9 +39,9 @@ class LocationService {
   void StartThread();
 
   const std::shared_ptr<LocationBoard> board_;
-  std::mutex threadMutex_;
-  std::thread thread_;
-  std::future<void> threadEnd_;
+  ThreadSafety::Mutex threadMutex_;
+  std::thread thread_ SR_GUARDED_BY(threadMutex_);
+  std::future<void> threadEnd_ SR_GUARDED_BY(threadMutex_);
 };
 
 }  // namespace Wayfinding

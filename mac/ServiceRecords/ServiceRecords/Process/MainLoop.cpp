@@ -40,7 +40,7 @@ MainLoop& MainLoop::Main() {
 
 void MainLoop::Post(std::function<void()> work) {
   {
-    const std::lock_guard lock(mutex_);
+    const ThreadSafety::MutexLock lock(mutex_);
     posted_.push_back(std::move(work));
   }
   wakeUp_.Raise();
@@ -75,7 +75,7 @@ void MainLoop::RunUntil(const std::function<bool()>& done) {
 bool MainLoop::RunPosted() {
   std::deque<std::function<void()>> work;
   {
-    const std::lock_guard lock(mutex_);
+    const ThreadSafety::MutexLock lock(mutex_);
     work.swap(posted_);
   }
   for (const auto& item : work) RunAndLogFailure("work for the main thread", item);

@@ -3,11 +3,11 @@
 #include "libs/Bus/Connection.h"
 #include "libs/Bus/EventLoop.h"
 #include "libs/Files/EventFd.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <chrono>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 namespace Agent {
@@ -54,8 +54,8 @@ class MainLoop {
   const Files::EventFd wakeUp_;
   Bus::EventLoop loop_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
-  std::mutex mutex_;
-  std::deque<std::function<void()>> posted_;
+  ThreadSafety::Mutex mutex_;
+  std::deque<std::function<void()>> posted_ SR_GUARDED_BY(mutex_);
   bool terminating_ = false;
   // Both are the main thread's.
   std::function<void()> putOff_;
