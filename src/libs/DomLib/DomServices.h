@@ -20,9 +20,9 @@ class BoundedParser;
 class MeteredMemoryManager;
 }  // namespace DomLib
 
-// The one place where XML is parsed: a reusable DOM parser with schema validation. Problems are written to
-// the trace log and counted; they do not stop a parse. Used by one thread at a time; any number may exist at
-// once.
+// Where the documents of stores are parsed: a reusable DOM parser with schema validation. Problems are
+// written to the trace log and counted; they do not stop a parse. Used by one thread at a time; any number
+// may exist at once.
 class DOMServices {
  public:
   // Throws the library's XMLException when the XML library cannot be initialised.
