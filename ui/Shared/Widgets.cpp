@@ -2,6 +2,8 @@
 
 #include "libs/Lifetime/UniqueHandle.h"
 
+#include <sstream>
+
 namespace Widgets {
 namespace {
 
@@ -20,6 +22,12 @@ GtkWidget* MakeCaption(const std::string& caption) {
   gtk_widget_add_css_class(label, "dim-label");
   gtk_widget_add_css_class(label, "caption");
   return label;
+}
+
+// Each line for itself, so that it begins where its own direction does.
+void AppendLines(GtkBox* box, const std::string& text) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) gtk_box_append(box, MakeWrappingLabel(line));
 }
 
 }  // namespace
@@ -61,7 +69,7 @@ GtkWidget* MakePropertyRow(const std::string& caption, const std::string& value)
   gtk_widget_set_margin_top(lines, kRowEdge);
   gtk_widget_set_margin_bottom(lines, kRowEdge);
   gtk_box_append(GTK_BOX(lines), MakeCaption(caption));
-  gtk_box_append(GTK_BOX(lines), MakeWrappingLabel(value));
+  AppendLines(GTK_BOX(lines), value);
 
   GtkWidget* const row = gtk_list_box_row_new();
   gtk_list_box_row_set_activatable(GTK_LIST_BOX_ROW(row), FALSE);

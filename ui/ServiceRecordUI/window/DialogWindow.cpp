@@ -2,7 +2,21 @@
 
 #include "Shared/Signals.h"
 
+#include <algorithm>
 #include <utility>
+
+namespace {
+
+constexpr int kWidth = 480;
+constexpr int kHighestContent = 640;
+
+int HeightOf(GtkWidget* widget) {
+  int height = 0;
+  gtk_widget_measure(widget, GTK_ORIENTATION_VERTICAL, kWidth, nullptr, &height, nullptr, nullptr);
+  return height;
+}
+
+}  // namespace
 
 DialogWindow::DialogWindow(const char* interface, std::function<void()> onClosed)
     : parts_(interface), window_(parts_.Get<GtkWindow>("window")) {
@@ -18,8 +32,23 @@ DialogWindow::~DialogWindow() {
 }
 
 void DialogWindow::Present() const {
+  FitHeight();
   gtk_window_present(window_);
   gtk_window_set_focus_visible(window_, TRUE);
+  FitHeightWhenLaidOut();
+}
+
+// What scrolls asks for the height of lines that are not wrapped, so its own does not count.
+void DialogWindow::FitHeight() const {
+  const int around = HeightOf(Get("frame")) - HeightOf(Get("scroller"));
+  gtk_window_set_default_size(window_, kWidth, around + std::min(HeightOf(Get("content")), kHighestContent));
+}
+
+// The first layout brings back the height from before it, which content of the meantime may have changed.
+void DialogWindow::FitHeightWhenLaidOut() const {
+  Signals::Connect(gtk_native_get_surface(GTK_NATIVE(window_)), "layout", [this, isFirst = true]() mutable {
+    if (std::exchange(isFirst, false)) FitHeight();
+  });
 }
 
 void DialogWindow::Close() const {

@@ -4,8 +4,8 @@
 
 #include <functional>
 
-// A dialog's window, designed in a `.ui` file with the object "window". Closing it, by Escape, by the desktop
-// or by Close, ends it. One thread.
+// A dialog's window, designed in a `.ui` file with the objects "window", "frame", "scroller" and "content",
+// each in the one before. Closing it, by Escape, by the desktop or by Close, ends it. One thread.
 class DialogWindow {
  public:
   DialogWindow(const char* interface, std::function<void()> onClosed);
@@ -23,7 +23,13 @@ class DialogWindow {
   void Present() const;
   void Close() const;
 
+ protected:
+  // Makes the window as high as its content needs, as far as a screen has room; the rest scrolls.
+  void FitHeight() const;
+
  private:
+  void FitHeightWhenLaidOut() const;
+
   Interface parts_;
   GtkWindow* window_;  // of the toolkit until it is destroyed
 };

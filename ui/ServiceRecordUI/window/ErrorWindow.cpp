@@ -12,7 +12,6 @@
 namespace {
 
 constexpr int kBetweenLines = 12;
-constexpr int kWidth = 480;
 
 using Action = std::function<void()>;
 
@@ -70,8 +69,7 @@ void ErrorWindow::Add(const PropertyList::Dictionary& details) {
   gtk_box_append(Get<GtkBox>("messages"), MakeMessage(text));
   if (!copied_.empty()) copied_ += '\n';
   copied_ += text.ForCopying();
-  // As high as it takes again.
-  gtk_window_set_default_size(Get<GtkWindow>("window"), kWidth, -1);
+  FitHeight();
 }
 
 void ErrorWindow::Copy() {
