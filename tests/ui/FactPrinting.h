@@ -4,6 +4,14 @@
 
 #include <ostream>
 
+namespace Dialogs {
+
+namespace Dialogs {
+
 inline void PrintTo(const Fact& fact, std::ostream* stream) {
   *stream << fact.caption << ": " << fact.value;
 }
+
+}  // namespace Dialogs
+
+}  // namespace Dialogs

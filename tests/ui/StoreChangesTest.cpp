@@ -7,6 +7,8 @@
 
 namespace {
 
+using Dialogs::Fact;
+using Dialogs::StoreChanges;
 using PropertyList::Array;
 using PropertyList::Dictionary;
 using ::testing::ElementsAre;

@@ -8,6 +8,8 @@
 // Without a translation the texts are as they stand in the code.
 namespace {
 
+using Dialogs::Fact;
+using Dialogs::StoreFacts;
 using PropertyList::Array;
 using PropertyList::Dictionary;
 using ::testing::ElementsAre;

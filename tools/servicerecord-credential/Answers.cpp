@@ -2,10 +2,13 @@
 
 #include "CredentialStore.h"
 #include "LogOnPrompt.h"
+#include "LogOnWindow.h"
 #include "libs/Terminal/Terminal.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace Credential {
@@ -13,6 +16,7 @@ namespace {
 
 namespace Words = CredentialWire::CredentialWords;
 using State = CredentialStore::State;
+using Outcome = LogOnReply::Outcome;
 
 // Whether the reply is complete: a value with a line feed or a NUL cannot be sent.
 CredentialWire::CredentialMessage WithStatus(CredentialWire::CredentialMessage reply,
@@ -70,6 +74,46 @@ CredentialWire::CredentialMessage Given(CredentialWire::CredentialMessage reply,
   return WithStatus(std::move(failure), Words::kFailed);
 }
 
+std::string_view WordFor(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::Answered:
+      return Words::kOK;
+    case Outcome::Cancelled:
+      return Words::kCancelled;
+    case Outcome::NoDisplay:
+      return Words::kNoTerminal;
+    case Outcome::Failed:
+      break;
+  }
+  return Words::kFailed;
+}
+
+// Nothing when the text is no number of a terminal's descriptor.
+std::optional<Terminal::Terminal> TerminalOf(std::string_view number, int interruption) {
+  int descriptor = -1;
+  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), descriptor);
+  if (error != std::errc() || end != number.data() + number.size()) return std::nullopt;
+  return Terminal::Terminal::OpenAgain(descriptor, interruption);
+}
+
+LogOnReply AskOn(std::optional<Terminal::Terminal> terminal, const LogOnQuestion& question) {
+  if (!terminal) return {Outcome::NoDisplay, {}};
+  std::optional<LogOn> logOn;
+  if (terminal->TakeTurn()) logOn = AskToLogOn(*terminal, question);
+  if (!logOn) return {Outcome::Cancelled, {}};
+  return {Outcome::Answered, std::move(*logOn)};
+}
+
+// On the terminal that is given, else in a window, else on a terminal that can be found.
+LogOnReply Ask(const LogOnQuestion& question, std::string_view givenTerminal, int interruption) {
+  if (!givenTerminal.empty()) {
+    return AskOn(TerminalOf(givenTerminal, interruption), question);
+  }
+  LogOnReply reply = AskInWindow(question, interruption);
+  if (reply.outcome != Outcome::NoDisplay) return reply;
+  return AskOn(Terminal::Terminal::Open(interruption), question);
+}
+
 CredentialWire::CredentialMessage AnswerGet(const CredentialWire::CredentialMessage& request,
                                             int interruption) {
   const CredentialStore::Place place = PlaceOf(request);
@@ -95,13 +139,13 @@ CredentialWire::CredentialMessage AnswerGet(const CredentialWire::CredentialMess
   question.canRemember = store.ServiceState() == State::Available;
   if (stored) question.knownUserName = stored->userName;
 
-  std::optional<Terminal::Terminal> terminal = Terminal::Terminal::Open(interruption);
-  if (!terminal) return WithStatus(std::move(reply), Words::kNoTerminal);
-  std::optional<LogOn> logOn;
-  if (terminal->TakeTurn()) logOn = AskToLogOn(*terminal, question);
-  if (!logOn) return WithStatus(std::move(reply), Words::kCancelled);
-  if (stored) logOn->password = std::move(stored->password);
-  return Given(std::move(reply), stored ? Words::kStored : Words::kAsked, *logOn);
+  question.storeName = request.Get(Words::kStoreName);
+  question.gatewayName = request.Get(Words::kGatewayName);
+
+  LogOnReply asked = Ask(question, request.Get(Words::kTerminal), interruption);
+  if (asked.outcome != Outcome::Answered) return WithStatus(std::move(reply), WordFor(asked.outcome));
+  if (stored) asked.logOn.password = std::move(stored->password);
+  return Given(std::move(reply), stored ? Words::kStored : Words::kAsked, asked.logOn);
 }
 
 CredentialWire::CredentialMessage AnswerStore(const CredentialWire::CredentialMessage& request) {

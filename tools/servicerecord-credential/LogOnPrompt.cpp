@@ -48,6 +48,9 @@ std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
   std::string text =
       question.isGateway ? "\nA gateway asks you to log on:\n\n" : "\nA store asks you to log on:\n\n";
   text += Terminal::Indented(question.server, columns) + "\n";
+  if (!question.storeName.empty()) text += "\nFor the store:\n\n" + Shown(question.storeName, columns);
+  if (question.isGateway && !question.gatewayName.empty())
+    text += "\nThe store calls the gateway:\n\n" + Shown(question.gatewayName, columns);
   if (!question.realm.empty())
     text += "\nIt calls what the password is for:\n\n" + Shown(question.realm, columns);
   if (question.wasRejected) text += "\nThe last answer was not accepted.\n";

@@ -17,6 +17,8 @@ namespace Credential {
 struct LogOnQuestion {
   std::string_view server;  // protocol://host
   std::string_view realm;
+  std::string_view storeName;    // whose discovery document it is about; may be empty
+  std::string_view gatewayName;  // may be empty
   bool isGateway = false;
   bool wasRejected = false;  // the last answer was not accepted
   bool needsCode = false;
@@ -29,6 +31,13 @@ struct LogOn {
   CredentialWire::Secret password;  // empty where the user name was known
   CredentialWire::Secret code;
   bool remember = false;
+};
+
+// What became of a question, wherever it was asked.
+struct LogOnReply {
+  enum class Outcome { Answered, Cancelled, NoDisplay, Failed };
+  Outcome outcome = Outcome::Failed;
+  LogOn logOn;  // when answered
 };
 
 // Asks on the terminal, which has taken its turn. Nothing when the user cancels: an empty user name or code,

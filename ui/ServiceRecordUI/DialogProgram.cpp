@@ -6,24 +6,11 @@
 
 #include <dlfcn.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <utility>
 
 namespace Dialogs {
 namespace {
-
-constexpr const char* kTerminalProgram = "servicerecord-dialog";
-constexpr const char* kWindowProgram = "servicerecord-dialog-window";
-
-bool IsSet(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
-
-bool MayHaveDisplay() {
-  return IsSet("WAYLAND_DISPLAY") || IsSet("DISPLAY");
-}
 
 std::optional<std::filesystem::path> BesideModule(const char* name) {
   Dl_info module{};
@@ -35,9 +22,9 @@ std::optional<std::filesystem::path> BesideModule(const char* name) {
 }  // namespace
 
 std::vector<DialogProgram> DialogProgram::For(int terminal) {
-  if (terminal >= 0) return {DialogProgram(kTerminalProgram, terminal)};
-  if (MayHaveDisplay()) return {DialogProgram(kWindowProgram), DialogProgram(kTerminalProgram)};
-  return {DialogProgram(kTerminalProgram)};
+  const DialogProgram onTerminal(DialogWire::kTerminalProgram, terminal);
+  if (terminal >= 0 || !DialogWire::MayHaveDisplay()) return {onTerminal};
+  return {DialogProgram(DialogWire::kWindowProgram), onTerminal};
 }
 
 std::optional<DialogConversation> DialogProgram::Begin(std::string request, int interruption,

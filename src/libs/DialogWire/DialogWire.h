@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,12 +16,28 @@
 // output. The one that asks on a terminal may be given it as a descriptor, whose number is its only argument.
 namespace DialogWire {
 
+// The programs, in the plug-in's bundle.
+inline constexpr const char* kTerminalProgram = "servicerecord-dialog";
+inline constexpr const char* kWindowProgram = "servicerecord-dialog-window";
+
+// Whether the one with windows is worth a try.
+[[nodiscard]] inline bool MayHaveDisplay() {
+  for (const char* const variable : {"WAYLAND_DISPLAY", "DISPLAY"}) {
+    const char* const value = std::getenv(variable);
+    if (value != nullptr && *value != '\0') return true;
+  }
+  return false;
+}
+
 inline constexpr std::string_view kHeaderWord = "ServiceRecordUI";
 inline constexpr std::uint32_t kVersion = 1;
 
 inline constexpr std::string_view kAddStore = "addStore";
 inline constexpr std::string_view kReplaceStore = "replaceStore";
 inline constexpr std::string_view kErrorMessage = "errorMessage";
+// Not of the module: asks for a log-on, and what the user types follows the reply "accepted" as a message of
+// the credential program's words (username, password, code, remember).
+inline constexpr std::string_view kLogOn = "logOn";
 
 enum class Reply { Accepted, Declined, NoDisplay, UnknownRequest };
 

@@ -1,5 +1,7 @@
 #include "request/Details.h"
 
+namespace Dialogs {
+
 namespace Details {
 
 using PropertyList::Array;
@@ -50,3 +52,5 @@ std::vector<Gateway> Gateways(const Dictionary& details) {
 }
 
 }  // namespace Details
+
+}  // namespace Dialogs

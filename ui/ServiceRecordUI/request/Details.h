@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace Dialogs {
+
 // What a dialog's dictionary holds, as its writer left it: a value that is missing or of another kind is
 // empty.
 namespace Details {
@@ -23,3 +25,5 @@ struct Gateway {
 [[nodiscard]] std::vector<Gateway> Gateways(const PropertyList::Dictionary& details);
 
 }  // namespace Details
+
+}  // namespace Dialogs

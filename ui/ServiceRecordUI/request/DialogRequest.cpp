@@ -15,7 +15,8 @@ namespace {
 
 constexpr std::size_t kLongestHeader = 128;
 constexpr std::uint64_t kLargestDetails = 32 * 1024 * 1024;
-constexpr std::array kDialogs{DialogWire::kAddStore, DialogWire::kReplaceStore, DialogWire::kErrorMessage};
+constexpr std::array kDialogs{DialogWire::kAddStore, DialogWire::kReplaceStore, DialogWire::kErrorMessage,
+                              DialogWire::kLogOn};
 
 // Byte by byte, so that nothing behind the line is taken.
 std::optional<std::string> ReadHeader(int input) {

@@ -4,6 +4,8 @@
 #include "Shared/Translations.h"
 #include "request/Details.h"
 
+namespace Dialogs {
+
 namespace {
 
 using PropertyList::Dictionary;
@@ -37,3 +39,5 @@ std::string ErrorText::ForCopying() const {
   AddLine(text, details);
   return text;
 }
+
+}  // namespace Dialogs

@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace Dialogs {
+
 // What a window tells of an error, out of a dictionary with the keys of errorMessage; empty what is not in
 // it.
 struct ErrorText {
@@ -19,3 +21,5 @@ struct ErrorText {
   std::string file;
   std::string details;  // several lines
 };
+
+}  // namespace Dialogs

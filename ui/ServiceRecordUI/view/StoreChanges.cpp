@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+namespace Dialogs {
+
 namespace {
 
 using PropertyList::Dictionary;
@@ -129,3 +131,5 @@ StoreChanges StoreChanges::Of(const Dictionary& details) {
   if (result.isKnown) result.changes = ChangesOf(*held, *replacement);
   return result;
 }
+
+}  // namespace Dialogs

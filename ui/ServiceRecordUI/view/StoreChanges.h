@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace Dialogs {
+
 // What the replacement of a store comes to, out of a dictionary with the keys of replaceStore.
 struct StoreChanges {
   [[nodiscard]] static StoreChanges Of(const PropertyList::Dictionary& details);
@@ -15,3 +17,5 @@ struct StoreChanges {
   std::vector<Fact> changes;
   bool isKnown = false;  // whether both records are there
 };
+
+}  // namespace Dialogs

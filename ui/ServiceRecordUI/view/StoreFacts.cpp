@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace Dialogs {
+
 namespace {
 
 using PropertyList::Dictionary;
@@ -77,3 +79,5 @@ std::string ShownGateway(const std::string& name, const std::string& url) {
   if (shownName.empty() || shownName == address) return address;
   return address.empty() ? shownName : shownName + "\n" + address;
 }
+
+}  // namespace Dialogs

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace Dialogs {
+
 // A caption of ours and what somebody else wrote, made fit.
 struct Fact {
   std::string caption;
@@ -30,3 +32,5 @@ struct StoreFacts {
 
 // The gateway's name and, on a line of its own, its address.
 [[nodiscard]] std::string ShownGateway(const std::string& name, const std::string& url);
+
+}  // namespace Dialogs

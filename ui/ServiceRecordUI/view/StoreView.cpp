@@ -3,6 +3,8 @@
 #include "Shared/Translations.h"
 #include "Shared/Widgets.h"
 
+namespace Dialogs {
+
 namespace {
 
 constexpr int kBetweenGroups = 18;
@@ -54,3 +56,5 @@ GtkWidget* MakeStoreView(const StoreFacts& facts) {
   }
   return view;
 }
+
+}  // namespace Dialogs

@@ -3,6 +3,8 @@
 #include "Shared/Gtk.h"
 #include "view/StoreFacts.h"
 
+namespace Dialogs {
+
 // A widget that tells what is known of a store, without its name: its host large, which server was verified
 // and whose it is, and the gateways. Floating. Needs nothing but GTK.
 [[nodiscard]] GtkWidget* MakeStoreView(const StoreFacts& facts);
@@ -11,3 +13,5 @@
 [[nodiscard]] GtkWidget* MakeFactList(const char* name, const std::vector<Fact>& facts);
 // A heading and below it the facts as rows; the heading is the list's name.
 [[nodiscard]] GtkWidget* MakeFactGroup(const char* heading, const std::vector<Fact>& facts);
+
+}  // namespace Dialogs

@@ -10,10 +10,12 @@
 #include <optional>
 #include <utility>
 
-void Conversation::Watch(std::function<void(Dialogs::DialogRequest)> onRequest, std::function<void()> onEnd) {
+namespace Dialogs {
+
+void Conversation::Watch(std::function<void(DialogRequest)> onRequest, std::function<void()> onEnd) {
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) Signals::OnSystemSignal(number, onEnd);
   Signals::WhenReadable(STDIN_FILENO, [onRequest = std::move(onRequest), onEnd = std::move(onEnd)] {
-    std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
+    std::optional<DialogRequest> request = ReadRequest(STDIN_FILENO);
     if (!request) {
       onEnd();
       return false;
@@ -42,3 +44,5 @@ void Conversation::Write(std::string_view lines) {
 void Conversation::Run() const {
   while (!isOver_) g_main_context_iteration(nullptr, TRUE);
 }
+
+}  // namespace Dialogs

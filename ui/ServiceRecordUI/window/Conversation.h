@@ -6,12 +6,14 @@
 #include <functional>
 #include <string_view>
 
+namespace Dialogs {
+
 // The program's side of the conversation with whoever started it, and the main loop around it. One thread.
 class Conversation {
  public:
   // Calls `onRequest` with each further request, and `onEnd` when nobody wants an answer any more: the input
   // has closed, or the system asks the program to end.
-  void Watch(std::function<void(Dialogs::DialogRequest)> onRequest, std::function<void()> onEnd);
+  void Watch(std::function<void(DialogRequest)> onRequest, std::function<void()> onEnd);
 
   void Reply(DialogWire::Reply reply);
   // Lines behind the reply.
@@ -29,3 +31,5 @@ class Conversation {
   bool isOver_ = false;
   bool isWritten_ = true;
 };
+
+}  // namespace Dialogs

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace Dialogs {
+
 namespace {
 
 constexpr int kWidth = 480;
@@ -54,3 +56,5 @@ void DialogWindow::FitHeightWhenLaidOut() const {
 void DialogWindow::Close() const {
   gtk_window_close(window_);
 }
+
+}  // namespace Dialogs

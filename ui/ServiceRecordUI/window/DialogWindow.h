@@ -4,6 +4,8 @@
 
 #include <functional>
 
+namespace Dialogs {
+
 // A dialog's window, designed in a `.ui` file with the objects "window", "frame", "scroller" and "content",
 // each in the one before. Closing it, by Escape, by the desktop or by Close, ends it. One thread.
 class DialogWindow {
@@ -33,3 +35,5 @@ class DialogWindow {
   Interface parts_;
   GtkWindow* window_;  // of the toolkit until it is destroyed
 };
+
+}  // namespace Dialogs

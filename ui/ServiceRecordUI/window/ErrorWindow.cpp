@@ -9,6 +9,8 @@
 #include <memory>
 #include <utility>
 
+namespace Dialogs {
+
 namespace {
 
 constexpr int kBetweenLines = 12;
@@ -77,3 +79,5 @@ void ErrorWindow::Copy() {
   gtk_label_set_text(Get<GtkLabel>("copyLabel"), Translated("Copied"));
   Widgets::NameByLabel(Get("copy"));
 }
+
+}  // namespace Dialogs

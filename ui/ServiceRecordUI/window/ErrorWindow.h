@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+namespace Dialogs {
+
 // The error messages of one opening, one below the other. One thread.
 class ErrorWindow : public DialogWindow {
  public:
@@ -19,3 +21,5 @@ class ErrorWindow : public DialogWindow {
 
   std::string copied_;  // what "Copy details" copies
 };
+
+}  // namespace Dialogs

@@ -7,6 +7,8 @@
 #include "request/Details.h"
 #include "view/StoreView.h"
 
+namespace Dialogs {
+
 namespace {
 
 constexpr unsigned kUnansweredMilliseconds = 500;
@@ -40,6 +42,18 @@ void QuestionWindow::Arm() {
   gtk_widget_add_controller(Get("window"), trap);
   Signals::After(kUnansweredMilliseconds, [this, trap] {
     gtk_widget_remove_controller(Get("window"), trap);
-    gtk_widget_set_sensitive(Get("accept"), TRUE);
+    isArmed_ = true;
+    Look();
   });
 }
+
+void QuestionWindow::SetComplete(bool isComplete) {
+  isComplete_ = isComplete;
+  Look();
+}
+
+void QuestionWindow::Look() {
+  gtk_widget_set_sensitive(Get("accept"), static_cast<gboolean>(isArmed_ && isComplete_));
+}
+
+}  // namespace Dialogs

@@ -5,6 +5,8 @@
 
 #include <functional>
 
+namespace Dialogs {
+
 // A question with the buttons "accept" and "decline". For its first half second it takes no key and cannot be
 // accepted, so that nothing meant for another window answers it. One thread.
 class QuestionWindow : public DialogWindow {
@@ -14,7 +16,15 @@ class QuestionWindow : public DialogWindow {
  protected:
   // Which file the question comes from, when that is known.
   static void AppendFile(GtkBox* content, const PropertyList::Dictionary& details);
+  // Whether there is all that it takes to accept; there is from the start.
+  void SetComplete(bool isComplete);
 
  private:
   void Arm();
+  void Look();
+
+  bool isArmed_ = false;
+  bool isComplete_ = true;
 };
+
+}  // namespace Dialogs

@@ -8,6 +8,8 @@
 
 #include <utility>
 
+namespace Dialogs {
+
 namespace {
 
 std::string HeadingFor(const std::string& name) {
@@ -37,3 +39,5 @@ ReplaceWindow::ReplaceWindow(const PropertyList::Dictionary& details,
   AppendChanges(Get<GtkBox>("content"), changes);
   AppendFile(Get<GtkBox>("content"), details);
 }
+
+}  // namespace Dialogs

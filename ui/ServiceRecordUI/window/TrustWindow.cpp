@@ -7,6 +7,8 @@
 
 #include <utility>
 
+namespace Dialogs {
+
 namespace {
 
 std::string HeadingFor(const std::string& name) {
@@ -24,3 +26,5 @@ TrustWindow::TrustWindow(const PropertyList::Dictionary& details, std::function<
   gtk_box_append(content, MakeStoreView(facts));
   AppendFile(content, details);
 }
+
+}  // namespace Dialogs

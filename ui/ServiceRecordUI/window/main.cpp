@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kApplicationId = "com.morvane.ServiceRecords";
 
-void Converse(Conversation& conversation) {
+void Converse(Dialogs::Conversation& conversation) {
   const std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
   if (!request) return conversation.Reply(DialogWire::Reply::UnknownRequest);
   Program::Prepare(kApplicationId, SR_CATALOGUES);
@@ -31,7 +31,7 @@ int main() {
   // Whoever asked may be gone; writing shall fail then.
   std::signal(SIGPIPE, SIG_IGN);
   try {
-    Conversation conversation;
+    Dialogs::Conversation conversation;
     Converse(conversation);
     return conversation.IsWritten() ? 0 : 1;
   } catch (const std::exception&) {

@@ -1,0 +1,101 @@
+#include "window/LogOnWindow.h"
+
+#include "Shared/Adwaita.h"
+#include "Shared/Signals.h"
+#include "Shared/Translations.h"
+#include "Shared/Widgets.h"
+#include "libs/Text/TextHelpers.h"
+#include "view/LogOnQuestion.h"
+#include "view/StoreView.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Dialogs {
+
+namespace {
+
+namespace Words = CredentialWire::CredentialWords;
+
+constexpr const char* kUserName = "userName";
+constexpr const char* kPassword = "password";
+constexpr const char* kCode = "code";
+
+// A line of the reply cannot hold a control character.
+bool IsFit(std::string_view text) {
+  return std::ranges::none_of(text, util::IsAsciiControl);
+}
+
+// Text that the toolkit keeps in locked memory and wipes.
+void KeepSecret(GtkEditable* row) {
+  const ObjectPtr<GtkEntryBuffer> buffer(gtk_password_entry_buffer_new());
+  gtk_text_set_buffer(GTK_TEXT(gtk_editable_get_delegate(row)), buffer.get());
+}
+
+// The field is what has the focus, so it has the name.
+void NameField(GtkWidget* row) {
+  GtkEditable* const field = gtk_editable_get_delegate(GTK_EDITABLE(row));
+  Widgets::SetAccessibleName(GTK_WIDGET(field), adw_preferences_row_get_title(ADW_PREFERENCES_ROW(row)));
+}
+
+// An icon that can be pressed is known by its tooltip.
+void NameIcons(GtkWidget* parent) {
+  for (GtkWidget* child = gtk_widget_get_first_child(parent); child != nullptr;
+       child = gtk_widget_get_next_sibling(child)) {
+    const char* const tooltip = gtk_widget_get_tooltip_text(child);
+    if (tooltip != nullptr && GTK_IS_TEXT(child) == FALSE) Widgets::SetAccessibleName(child, tooltip);
+    NameIcons(child);
+  }
+}
+
+}  // namespace
+
+LogOnWindow::LogOnWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer)
+    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/log-on.ui", std::move(onAnswer)) {
+  const LogOnQuestion question = LogOnQuestion::Of(details);
+  needsPassword_ = question.needsPassword;
+  needsCode_ = question.needsCode;
+  gtk_label_set_text(Get<GtkLabel>("introduction"), question.introduction.c_str());
+  gtk_label_set_text(Get<GtkLabel>("host"), question.host.c_str());
+  Widgets::Wrap(Get<GtkLabel>("host"));
+  gtk_label_set_text(Get<GtkLabel>("hint"), question.hint.c_str());
+  gtk_widget_set_visible(Get("hint"), static_cast<gboolean>(!question.hint.empty()));
+  gtk_box_append(Get<GtkBox>("facts"), MakeFactList(Translated("Who asks"), question.facts));
+
+  gtk_widget_set_visible(Get(kUserName), static_cast<gboolean>(needsPassword_));
+  gtk_widget_set_visible(Get(kPassword), static_cast<gboolean>(needsPassword_));
+  gtk_widget_set_visible(Get(kCode), static_cast<gboolean>(needsCode_));
+  gtk_widget_set_visible(Get("remember"), static_cast<gboolean>(question.canRemember));
+  for (const char* const row : {kPassword, kCode}) KeepSecret(Get<GtkEditable>(row));
+  for (const char* const row : {kUserName, kPassword, kCode}) {
+    NameField(Get(row));
+    NameIcons(Get(row));
+    Signals::Connect(Get(row), "changed", [this] { Look(); });
+  }
+  gtk_widget_grab_focus(Get(needsPassword_ ? kUserName : kCode));
+  Look();
+}
+
+std::string_view LogOnWindow::TextOf(const char* row) const {
+  return gtk_editable_get_text(Get<GtkEditable>(row));
+}
+
+void LogOnWindow::Look() {
+  const bool hasName = !needsPassword_ || !util::Trimmed(TextOf(kUserName)).empty();
+  const bool hasCode = !needsCode_ || !util::Trimmed(TextOf(kCode)).empty();
+  SetComplete(hasName && hasCode && IsFit(TextOf(kUserName)) && IsFit(TextOf(kPassword)) &&
+              IsFit(TextOf(kCode)));
+}
+
+CredentialWire::CredentialMessage LogOnWindow::Answer() const {
+  const bool remembers = gtk_check_button_get_active(Get<GtkCheckButton>("remember")) != FALSE;
+  CredentialWire::CredentialMessage answer;
+  // All of it is fit, or there would be no answer.
+  static_cast<void>(answer.Set(Words::kUserName, util::Trimmed(TextOf(kUserName))));
+  static_cast<void>(answer.Set(Words::kPassword, TextOf(kPassword)));
+  static_cast<void>(answer.Set(Words::kCode, util::Trimmed(TextOf(kCode))));
+  static_cast<void>(answer.Set(Words::kRemember, remembers ? Words::kYes : Words::kNo));
+  return answer;
+}
+
+}  // namespace Dialogs

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "libs/CredentialWire/CredentialMessage.h"
+#include "libs/PropertyList/PropertyList.h"
+#include "window/QuestionWindow.h"
+
+#include <string_view>
+
+namespace Dialogs {
+
+// Asks for what a server wants for a log-on. What is typed stays in memory that the toolkit wipes.
+class LogOnWindow : public QuestionWindow {
+ public:
+  LogOnWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer);
+
+  // What was typed.
+  [[nodiscard]] CredentialWire::CredentialMessage Answer() const;
+
+ private:
+  [[nodiscard]] std::string_view TextOf(const char* row) const;
+  // Looks whether there is what is needed.
+  void Look();
+
+  bool needsPassword_ = true;
+  bool needsCode_ = false;
+};
+
+}  // namespace Dialogs
