@@ -1,6 +1,5 @@
 #include "SRLib/SRDocParser.h"
 
-#include "SRLib/Provider/StoreBounds.h"
 #include "libs/DomLib/DescendantWalk.h"
 #include "libs/DomLib/Descendants.h"
 #include "libs/DomLib/DocumentBounds.h"
@@ -34,9 +33,9 @@ bool IsGateway(const DOMNode& node) {
 }
 
 bool HasReadableLength(const std::wstring& text, const char* what) {
-  if (text.size() <= kMaximumTextCharacters) return true;
+  if (text.size() <= DomLib::kMaximumTextCharacters) return true;
   SR_TRACE(2) << "SR XML Parsing error: " << what << " has more than "
-              << std::to_string(kMaximumTextCharacters) << " characters.";
+              << std::to_string(DomLib::kMaximumTextCharacters) << " characters.";
   return false;
 }
 

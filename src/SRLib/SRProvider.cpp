@@ -58,8 +58,8 @@ SRProvider& SRProvider::Instance() {
 
 SRProvider::SRProvider(ProviderParts parts)
     : parts_(std::move(parts)),
-      lock_(parts_.criticalSections.ManufactureCriticalSection()),
-      saved_(parts_.configuration) {
+      saved_(parts_.configuration),
+      lock_(parts_.criticalSections.ManufactureCriticalSection()) {
   RestoreFromRepository();
 }
 

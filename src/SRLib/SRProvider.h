@@ -142,13 +142,13 @@ class SRProvider {
                               const std::wstring& gatewayName);
 
   const ProviderParts parts_;
-  const std::unique_ptr<CGenericCS> lock_;
   HeldStores stores_ SR_GUARDED_BY(*lock_);
   mutable ThreadSafety::Mutex publishedMutex_;  // held for as long as a pointer is copied
   std::shared_ptr<const StoreSnapshot> published_ SR_GUARDED_BY(publishedMutex_) = stores_.Snapshot();
   SavedStores saved_;
   std::function<void()> listWasRead_ SR_GUARDED_BY(*lock_);
   std::vector<std::weak_ptr<std::set<std::wstring>>> removalWatches_ SR_GUARDED_BY(*lock_);
+  const std::unique_ptr<CGenericCS> lock_;  // ends before what it guards
   IServiceRecordsNotifications* notifications_ = nullptr;
 };
 

@@ -1,7 +1,7 @@
 #include "SRLib/SRStore.h"
 
 #include "SRLib/Platform/Configurator.h"
-#include "SRLib/Provider/ListMerge.h"
+#include "SRLib/Records/ListMerge.h"
 #include "libs/Trace/Trace.h"
 
 #include <algorithm>

@@ -131,7 +131,10 @@ std::int64_t SRTrustedHTTPRequest::SendPrepared(MorvaneWardenRequestContext* con
 
 bool SRTrustedHTTPRequest::MakeRequest(const SRWardenRequest_Data& data, std::wstring& response,
                                        bool& canceled) const {
-  constexpr const char* kSignature = __PRETTY_FUNCTION__;
+  // The log's own name for this, whatever the compiler makes of the signature.
+  constexpr const char* kSignature =
+      "static bool ServiceRecords::SRTrustedHTTPRequest::MakeRequest(const "
+      "ServiceRecords::SRWardenRequest_Data&, std::wstring&, bool&)";
   SR_TRACE(0) << "[+] " << kSignature;
   response.clear();
   canceled = false;

@@ -49,6 +49,17 @@ TEST_F(DOMServicesTest, TheSchemasNameIsMatchedInAnyLetterCase) {
   EXPECT_EQ(trace_.Records(), Records{});
 }
 
+TEST_F(DOMServicesTest, ATextThatIsTooLargeIsNotReportedWithTheNextDocument) {
+  EXPECT_THROW(static_cast<void>(dom_.GetDocument(std::wstring(DomLib::kMaximumDocumentBytes + 1, L'x'))),
+               std::runtime_error);
+  const std::string broken = "<a";
+  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(broken.data()), broken.size(), "a",
+                                          false);
+  EXPECT_NE(dom_.GetDocument(source), nullptr);
+  EXPECT_TRUE(dom_.ErrorCheck());
+  EXPECT_EQ(trace_.Records().back().text, "");
+}
+
 TEST_F(DOMServicesTest, ASchemaErrorIsReportedAndTheDocumentIsReadAllTheSame) {
   UseServiceRecordSchema();
   const std::wstring text = ServiceRecord(L"\n<Unheard/>");

@@ -1,4 +1,4 @@
-#include "SRLib/Provider/ListMerge.h"
+#include "SRLib/Records/ListMerge.h"
 #include "core/CoreTest.h"
 #include "support/StoreBuilders.h"
 

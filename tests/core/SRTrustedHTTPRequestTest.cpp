@@ -11,7 +11,6 @@ namespace {
 
 using namespace ServiceRecords;
 using namespace TestSupport;
-using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 class SRTrustedHTTPRequestTest : public CoreTest {
@@ -128,10 +127,10 @@ TEST_F(SRTrustedHTTPRequestTest, ARequestIsFramedByItsSignatureAndAnEndByTheLibr
   EXPECT_FALSE(MakeRequest());
   const Records records = trace_.Records();
   ASSERT_EQ(records.size(), 3U);
-  EXPECT_THAT(records[0].text, StartsWith("[+] "));
-  EXPECT_THAT(records[0].text, HasSubstr("SRTrustedHTTPRequest::MakeRequest"));
-  const std::string signature = records[0].text.substr(4);
-  EXPECT_EQ(records[0].level, 0U);
+  const std::string signature =
+      "static bool ServiceRecords::SRTrustedHTTPRequest::MakeRequest(const "
+      "ServiceRecords::SRWardenRequest_Data&, std::wstring&, bool&)";
+  EXPECT_EQ(records[0], (TraceRecord{0, kTrustedRequestFile, "[+] " + signature}));
   EXPECT_EQ(records[1], (TraceRecord{2, kTrustedRequestFile,
                                      "[*] " + signature + ": MorvaneWarden_Prepare2 returned error 8"}));
   EXPECT_EQ(records[2], (TraceRecord{0, kTrustedRequestFile, "[-] " + signature}));

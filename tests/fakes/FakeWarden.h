@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/Provider/WardenFunctions.h"
+#include "SRLib/Platform/WardenFunctions.h"
 
 #include <cstdint>
 #include <deque>

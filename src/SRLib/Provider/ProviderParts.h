@@ -1,6 +1,6 @@
 #pragma once
 
-#include "SRLib/SRTrustedHTTPRequest.h"
+#include "SRLib/Platform/WardenFunctions.h"
 
 #include <cstdint>
 #include <functional>

@@ -9,7 +9,6 @@
 namespace ServiceRecords {
 
 // What the list of stores may hold.
-inline constexpr std::size_t kMaximumTextCharacters = 4096;  // of an id, a name or an address
 inline constexpr std::size_t kMaximumStores = 10000;
 inline constexpr std::size_t kMaximumGateways = 500;  // of a store
 inline constexpr std::size_t kMaximumBeacons = 500;   // of a kind, of a store

@@ -15,6 +15,7 @@ inline constexpr std::size_t kMaximumAttributes = 1000;    // of one element, th
 inline constexpr std::size_t kMaximumBlocksOfTag = 20000;  // of memory, for one tag or declaration
 inline constexpr std::size_t kMaximumEntityMarkup = std::size_t{64} << 10;
 inline constexpr std::size_t kMaximumServiceNesting = 4;
+inline constexpr std::size_t kMaximumTextCharacters = 4096;  // of an id, a name or an address of a service
 inline constexpr std::size_t kMaximumNamedFileBytes = std::size_t{1} << 20;
 inline constexpr std::size_t kMaximumContentModelParts = 1000;
 inline constexpr std::size_t kMaximumModelComparisons = 200000000;  // elements times the largest model

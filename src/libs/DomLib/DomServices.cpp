@@ -138,12 +138,12 @@ bool DOMServices::ErrorCheck() const {
 
 DOMDocument* DOMServices::GetDocument(const std::wstring& text) {
   errorHandler_->resetErrors();
-  Parsing(*errorHandler_).SetDocumentText(text);
   const std::string utf8 = util::narrow(text);
   if (utf8.size() > meter_.bounds.documentBytes) {
     throw std::runtime_error("the document is larger than " +
                              std::to_string(meter_.bounds.documentBytes >> 20) + " MiB");
   }
+  Parsing(*errorHandler_).SetDocumentText(text);
   MemBufInputSource source(reinterpret_cast<const XMLByte*>(utf8.data()), utf8.size(),
                            AsXString(schemaName_).c_str(), false);
   source.setEncoding(XMLUni::fgUTF8EncodingString);

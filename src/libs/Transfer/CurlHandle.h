@@ -9,8 +9,6 @@ namespace Transfer {
 
 // This folder's one place that includes libcurl: its handles as owning pointers.
 using CurlPtr = Lifetime::UniqueHandle<CURL, curl_easy_cleanup>;
-using CurlUrlPtr = Lifetime::UniqueHandle<CURLU, curl_url_cleanup>;
-using CurlTextPtr = Lifetime::UniqueHandle<char, curl_free>;
 
 // Header lines may hold credentials.
 inline void WipeAndFreeLines(curl_slist* lines) noexcept {

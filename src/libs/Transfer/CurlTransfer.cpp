@@ -74,10 +74,14 @@ bool CurlTransfer::HasHeader() const {
   return headersOfRedirect_ == RedirectCount();
 }
 
-bool CurlTransfer::IsSecure() const {
+std::string CurlTransfer::EffectiveURL() const {
   const char* url = nullptr;
   curl_easy_getinfo(Handle(), CURLINFO_EFFECTIVE_URL, &url);
-  return url != nullptr && std::string_view(url).starts_with("https:");
+  return url == nullptr ? "" : url;
+}
+
+bool CurlTransfer::IsSecure() const {
+  return EffectiveURL().starts_with("https:");
 }
 
 CURLcode CurlTransfer::PrepareContext(CURL* /*handle*/, void* context, void* self) noexcept {

@@ -9,9 +9,10 @@
 
 namespace Transfer {
 
-// A transfer as all of this program's are: http and https only, 30 s to connect, within its limits, no user
-// out of an address, servers verified against the system's trust store (SSL_CERT_FILE and SSL_CERT_DIR
-// replace it), proxies from the environment, an early end when termination is requested. One thread.
+// A transfer as all of this project's programs make them: http and https only, 30 s to connect, within its
+// limits, no user out of an address, servers verified against the system's trust store (SSL_CERT_FILE and
+// SSL_CERT_DIR replace it), proxies from the environment, an early end when termination is requested. One
+// thread.
 class CurlTransfer {
  public:
   // `url` is the text of an Address::SendingForm. Null when the library or memory is not to be had.
@@ -27,6 +28,10 @@ class CurlTransfer {
   [[nodiscard]] long Status() const;
   // Whether the last response's header has arrived as a whole.
   [[nodiscard]] bool HasHeader() const;
+  // How many redirects were followed.
+  [[nodiscard]] long RedirectCount() const;
+  // Where the last request went; empty before there was one.
+  [[nodiscard]] std::string EffectiveURL() const;
   // Whether the last request is one over https.
   [[nodiscard]] bool IsSecure() const;
   // The trust in the server that was connected last.
@@ -36,7 +41,6 @@ class CurlTransfer {
   explicit CurlTransfer(const TransferLimits& limits) : limits_(limits) {}
 
   [[nodiscard]] bool Prepare(const std::string& url);
-  [[nodiscard]] long RedirectCount() const;
 
   static CURLcode PrepareContext(CURL* handle, void* context, void* self) noexcept;
   static std::size_t TakeHeader(char* line, std::size_t one, std::size_t size, void* self) noexcept;

@@ -65,11 +65,7 @@ std::string GetRequest::HeaderLines() const {
 }
 
 std::string GetRequest::RedirectedURL() const {
-  long redirects = 0;
-  const char* url = nullptr;
-  curl_easy_getinfo(transfer_->Handle(), CURLINFO_REDIRECT_COUNT, &redirects);
-  curl_easy_getinfo(transfer_->Handle(), CURLINFO_EFFECTIVE_URL, &url);
-  return redirects == 0 || url == nullptr ? "" : url;
+  return transfer_->RedirectCount() == 0 ? "" : transfer_->EffectiveURL();
 }
 
 // libcurl takes any other count than the given one as the order to end the transfer.
