@@ -153,9 +153,9 @@ TEST_F(PortalOfOnePage, IsRememberedWhenAStoreComesLater) {
 }
 
 TEST_F(PortalOfOnePage, IsForgottenWithTheStoreThatShowedIt) {
-  const testsupport::StoreAndBeacons store{kStore, {"http://intranet.example/"}, {}};
-  const testsupport::StoreAndBeacons shows{kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}};
-  const testsupport::StoreAndBeacons asksAgain{"https://third.example", {"http://intranet.example/"}, {}};
+  const TestSupport::StoreAndBeacons store{kStore, {"http://intranet.example/"}, {}};
+  const TestSupport::StoreAndBeacons shows{kOther, {"http://10.1.0.3/"}, {"http://gateway.example/"}};
+  const TestSupport::StoreAndBeacons asksAgain{"https://third.example", {"http://intranet.example/"}, {}};
   for (const auto& next : {std::vector{store}, std::vector{store, asksAgain}}) {
     RecordedService service(EveryHostAt({"10.1.0.254"}));
     service.StopTime();  // so that nothing is repeated
