@@ -575,8 +575,23 @@ TEST_F(DialogModuleTest, AnErrorMessageKeepsTheTerminalThatItWasGiven) {
   EXPECT_EQ(NextEvent(), terminal.Path() + "\n");
 }
 
-TEST_F(DialogModuleTest, TheModuleHasNoViewOfAStore) {
+TEST_F(DialogModuleTest, WithoutTheLibraryOfTheViewThereIsNone) {
   EXPECT_EQ(module_.EntryPoints().SRStoreDetailsViewWithDetailsDictionary(kDetails), nullptr);
+}
+
+TEST_F(DialogModuleTest, NoDialogBringsAToolkitIntoTheProcess) {
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
+  module_.Bundle().ScriptWindowProgram("readRequest; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
+  EXPECT_EQ(module_.EntryPoints().replaceStore(kDetails), 1);
+  module_.EntryPoints().errorMessage(kDetails);
+
+  const std::string maps = ContentOf("/proc/self/maps");
+  EXPECT_THAT(maps, HasSubstr("Module.so"));
+  for (const char* const library : {"libgtk", "libadwaita", "libgdk", "libpango"}) {
+    EXPECT_THAT(maps, Not(HasSubstr(library)));
+  }
 }
 
 }  // namespace

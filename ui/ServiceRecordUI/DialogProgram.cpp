@@ -1,25 +1,13 @@
 #include "DialogProgram.h"
 
+#include "BesideModule.h"
 #include "libs/DialogWire/DialogWire.h"
 #include "libs/HelperProgram/HelperProcess.h"
-#include "libs/SRUIProtocol/SRUIProtocol.h"
-
-#include <dlfcn.h>
 
 #include <filesystem>
 #include <utility>
 
 namespace Dialogs {
-namespace {
-
-std::optional<std::filesystem::path> BesideModule(const char* name) {
-  Dl_info module{};
-  if (::dladdr(reinterpret_cast<const void*>(&ServiceRecordUIPrincipalClass), &module) == 0)
-    return std::nullopt;
-  return std::filesystem::path(module.dli_fname).parent_path() / name;
-}
-
-}  // namespace
 
 std::vector<DialogProgram> DialogProgram::For(int terminal) {
   const DialogProgram onTerminal(DialogWire::kTerminalProgram, terminal);

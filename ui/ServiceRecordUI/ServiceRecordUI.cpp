@@ -1,6 +1,7 @@
 #include "DialogConversation.h"
 #include "DialogProgram.h"
 #include "ErrorBoxes.h"
+#include "ViewLibrary.h"
 #include "libs/DialogWire/DialogWire.h"
 #include "libs/SRUIProtocol/SRUIProtocol.h"
 
@@ -80,12 +81,8 @@ void ErrorMessage(const char* details) {
   }
 }
 
-void* StoreDetailsView(const char* /*details*/) {
-  return nullptr;
-}
-
 constexpr SRUIProtocol kEntryPoints{SRUI_PROTOCOL_VERSION, AddStore, ReplaceStore, ErrorMessage,
-                                    StoreDetailsView};
+                                    Dialogs::ViewLibrary::MakeView};
 
 }  // namespace
 
