@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-using Result = CheckFinding::Result;
-
+namespace Stores {
 namespace {
+
+using Result = CheckFinding::Result;
 
 TEST(CheckLine, HoldsAFinding) {
   const auto finding = FindingFromLine(
@@ -35,3 +36,4 @@ TEST(CheckLine, ThatIsNoObjectIsNothing) {
 }
 
 }  // namespace
+}  // namespace Stores

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 
+namespace Stores {
 namespace {
 
 constexpr std::uint64_t kLocations = 7;
@@ -13,15 +14,16 @@ TEST(LocationWords, EachLocationHasWordsAndAnIconOfItsOwn) {
   std::set<std::string> sentences;
   std::set<std::string> icons;
   for (std::uint64_t location = 0; location <= kLocations; ++location) {
-    sentences.insert(locationwords::Of(location).sentence);
-    icons.insert(locationwords::Of(location).icon);
+    sentences.insert(LocationWords::Of(location).sentence);
+    icons.insert(LocationWords::Of(location).icon);
   }
   EXPECT_EQ(sentences.size(), kLocations + 1);
   EXPECT_EQ(icons.size(), kLocations + 1);
 }
 
 TEST(LocationWords, ANumberOfALaterAgentHasWordsToo) {
-  EXPECT_STREQ(locationwords::Of(kLocations).sentence, locationwords::Of(99).sentence);
+  EXPECT_STREQ(LocationWords::Of(kLocations).sentence, LocationWords::Of(99).sentence);
 }
 
 }  // namespace
+}  // namespace Stores

@@ -8,6 +8,7 @@
 
 #include <optional>
 
+namespace Stores {
 namespace {
 
 class TheLoggingSetting : public testing::Test {
@@ -15,7 +16,7 @@ class TheLoggingSetting : public testing::Test {
   // What was said of saving it.
   [[nodiscard]] std::optional<bool> Set(bool on) {
     std::optional<bool> saved;
-    loggingsetting::Set(on, cancellable_.get(), [&saved](bool done) { saved = done; });
+    LoggingSetting::Set(on, cancellable_.get(), [&saved](bool done) { saved = done; });
     EXPECT_FALSE(saved) << "the main loop does not wait for the disk";
     EXPECT_TRUE(RunUntil([&saved] { return saved.has_value(); }));
     return saved;
@@ -27,12 +28,12 @@ class TheLoggingSetting : public testing::Test {
 };
 
 TEST_F(TheLoggingSetting, IsTheUserDefaultThatTheAgentReads) {
-  EXPECT_FALSE(loggingsetting::IsOn());
+  EXPECT_FALSE(LoggingSetting::IsOn());
   EXPECT_EQ(Set(true), true);
-  EXPECT_TRUE(loggingsetting::IsOn());
+  EXPECT_TRUE(LoggingSetting::IsOn());
   EXPECT_EQ(Files::UserDefaults::Standard().Integer("LogLevel"), 1);
   EXPECT_EQ(Set(false), true);
-  EXPECT_FALSE(loggingsetting::IsOn());
+  EXPECT_FALSE(LoggingSetting::IsOn());
 }
 
 TEST_F(TheLoggingSetting, TellsThatItCouldNotBeSaved) {
@@ -41,3 +42,4 @@ TEST_F(TheLoggingSetting, TellsThatItCouldNotBeSaved) {
 }
 
 }  // namespace
+}  // namespace Stores

@@ -2,6 +2,8 @@
 
 #include "Shared/Gio.h"
 
+namespace Stores {
+
 bool RunUntil(const std::function<bool()>& condition) {
   constexpr guint kLimit = 30'000;
   bool isLate = false;
@@ -19,3 +21,5 @@ void RunPending() {
   while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
   }
 }
+
+}  // namespace Stores

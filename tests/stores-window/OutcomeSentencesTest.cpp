@@ -10,6 +10,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
+namespace Stores {
 namespace {
 
 constexpr const char* kOutcomes[]{
@@ -21,41 +22,41 @@ Finished OfStore(const std::string& outcome, const std::string& reason = {}) {
 }
 
 TEST(OutcomeSentences, NameTheStore) {
-  EXPECT_EQ(outcomesentences::Of(OfStore("added"), "a.cr"), "“\u2068One\u2069” was added.");
+  EXPECT_EQ(OutcomeSentences::Of(OfStore("added"), "a.cr"), "“\u2068One\u2069” was added.");
 }
 
 TEST(OutcomeSentences, NameTheFileWhereThereIsNoStore) {
-  EXPECT_EQ(outcomesentences::Of({1, "not-a-service-record", {}}, "a.cr"),
+  EXPECT_EQ(OutcomeSentences::Of({1, "not-a-service-record", {}}, "a.cr"),
             "“\u2068a.cr\u2069” is not a service record. Open the file that your administrator gave you.");
 }
 
 TEST(OutcomeSentences, EachOutcomeHasSentencesOfItsOwn) {
   std::set<std::string> sentences;
   for (const char* outcome : kOutcomes) {
-    sentences.insert(outcomesentences::Of(OfStore(outcome), "a.cr"));
-    sentences.insert(outcomesentences::Of({1, outcome, {}}, "a.cr"));
+    sentences.insert(OutcomeSentences::Of(OfStore(outcome), "a.cr"));
+    sentences.insert(OutcomeSentences::Of({1, outcome, {}}, "a.cr"));
   }
   EXPECT_EQ(sentences.size(), 2 * std::size(kOutcomes));
 }
 
 TEST(OutcomeSentences, AnOutcomeOfALaterAgentIsNotCalledAddedOrNot) {
-  EXPECT_EQ(outcomesentences::Of(OfStore("postponed"), "a.cr"), "“\u2068One\u2069” was looked at.");
+  EXPECT_EQ(OutcomeSentences::Of(OfStore("postponed"), "a.cr"), "“\u2068One\u2069” was looked at.");
 }
 
 TEST(OutcomeSentences, TellTheReason) {
-  EXPECT_THAT(outcomesentences::Of(OfStore("server-not-verified", "It expired\nyesterday\u202E."), "a.cr"),
+  EXPECT_THAT(OutcomeSentences::Of(OfStore("server-not-verified", "It expired\nyesterday\u202E."), "a.cr"),
               HasSubstr(" \u2068It expired<U+000A>yesterday<U+202E>.\u2069"));
 }
 
 TEST(OutcomeSentences, AForeignNameStaysWithinItsPlace) {
   const Finished finished{1, "added", {{"s1", "One” was added. “\u202EX{store}", "added", ""}}};
-  EXPECT_EQ(outcomesentences::Of(finished, "a.cr"),
+  EXPECT_EQ(OutcomeSentences::Of(finished, "a.cr"),
             "“\u2068One” was added. “<U+202E>X{store}\u2069” was added.");
 }
 
 TEST(OutcomeSentences, AreOneLineForEachStore) {
   const Finished finished{1, "declined", {{"s1", "One", "added", ""}, {"s2", "Two", "declined", ""}}};
-  EXPECT_EQ(outcomesentences::Of(finished, "a.cr"),
+  EXPECT_EQ(OutcomeSentences::Of(finished, "a.cr"),
             "“\u2068One\u2069” was added.\n“\u2068Two\u2069” was not added, because you decided against it.");
 }
 
@@ -64,7 +65,7 @@ TEST(OutcomeSentences, OfManyStoresCountTheRest) {
   for (int number = 0; number < 100; ++number) {
     finished.stores.push_back({"", "Store " + std::to_string(number), "added", ""});
   }
-  const std::string sentences = outcomesentences::Of(finished, "a.cr");
+  const std::string sentences = OutcomeSentences::Of(finished, "a.cr");
   EXPECT_EQ(std::count(sentences.begin(), sentences.end(), '\n'), 6);
   EXPECT_THAT(sentences, HasSubstr("Store 5"));
   EXPECT_THAT(sentences, Not(HasSubstr("Store 6")));
@@ -74,9 +75,10 @@ TEST(OutcomeSentences, OfManyStoresCountTheRest) {
 TEST(OutcomeSentences, OnlyAddedAndReplacedAreGood) {
   std::set<std::string> good;
   for (const char* outcome : kOutcomes) {
-    if (outcomesentences::IsGood(OfStore(outcome))) good.insert(outcome);
+    if (OutcomeSentences::IsGood(OfStore(outcome))) good.insert(outcome);
   }
   EXPECT_EQ(good, (std::set<std::string>{"added", "replaced"}));
 }
 
 }  // namespace
+}  // namespace Stores

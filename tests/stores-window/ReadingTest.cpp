@@ -7,6 +7,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+namespace Stores {
 namespace {
 
 VariantPtr Parsed(const char* text) {
@@ -21,7 +22,7 @@ TEST(Reading, TakesEveryStoreWithItsGateways) {
       "                     {'GatewayName': <'B'>, 'GatewayURL': <'https://b.example'>, 'IsDefault': "
       "<false>}]>},"
       " {'StoreID': <'s2'>, 'StoreName': <'Two'>, 'StoreURL': <'https://two.example'>}]");
-  EXPECT_THAT(reading::Stores(stores.get()),
+  EXPECT_THAT(Reading::Stores(stores.get()),
               ElementsAre(Store{"s1",
                                 "One",
                                 "https://one.example/d",
@@ -32,14 +33,14 @@ TEST(Reading, TakesEveryStoreWithItsGateways) {
 TEST(Reading, TakesWhatIsOfAnotherTypeForMissing) {
   const VariantPtr stores =
       Parsed("[{'StoreID': <uint32 1>, 'StoreName': <'One'>, 'StoreGateways': <'none'>}]");
-  EXPECT_THAT(reading::Stores(stores.get()), ElementsAre(Store{"", "One", "", {}}));
+  EXPECT_THAT(Reading::Stores(stores.get()), ElementsAre(Store{"", "One", "", {}}));
 }
 
 TEST(Reading, TakesWhatBecameOfEachStore) {
   const VariantPtr parameters = Parsed(
       "(uint64 7, 'declined', [{'StoreID': <'s1'>, 'StoreName': <'One'>, 'Outcome': <'added'>},"
       "                        {'StoreName': <'Two'>, 'Outcome': <'declined'>, 'Reason': <'So it is.'>}])");
-  const Finished finished = reading::FinishedOpening(parameters.get());
+  const Finished finished = Reading::FinishedOpening(parameters.get());
   EXPECT_EQ(finished.opening, 7U);
   EXPECT_EQ(finished.outcome, "declined");
   ASSERT_EQ(finished.stores.size(), 2U);
@@ -51,9 +52,10 @@ TEST(Reading, TakesWhatBecameOfEachStore) {
 }
 
 TEST(Reading, KnowsTheStatesOfTheList) {
-  EXPECT_EQ(reading::StateOf("good"), SavedState::Good);
-  EXPECT_EQ(reading::StateOf("unsaved"), SavedState::Unsaved);
-  EXPECT_EQ(reading::StateOf("unreadable"), SavedState::Unreadable);
+  EXPECT_EQ(Reading::StateOf("good"), SavedState::Good);
+  EXPECT_EQ(Reading::StateOf("unsaved"), SavedState::Unsaved);
+  EXPECT_EQ(Reading::StateOf("unreadable"), SavedState::Unreadable);
 }
 
 }  // namespace
+}  // namespace Stores

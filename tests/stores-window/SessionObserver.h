@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // A connection to a bus of the test's.
 [[nodiscard]] inline ObjectPtr<GDBusConnection> ConnectToBus(const std::string& address) {
   const int flags =
@@ -48,3 +50,5 @@ struct ObservedSession {
   int loggingChanges = 0;
   Session session;
 };
+
+}  // namespace Stores

@@ -11,6 +11,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
 
+namespace Stores {
 namespace {
 
 class AnOpening : public testing::Test {
@@ -96,3 +97,4 @@ TEST_F(AnOpening, ThatTheAgentCannotBeAskedForIsToldWithTheReason) {
 }
 
 }  // namespace
+}  // namespace Stores

@@ -12,10 +12,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using TestSupport::StoreText;
+
+namespace Stores {
+namespace {
+
 using Page = Overview::Page;
 using Warning = Overview::Warning;
-
-namespace {
 
 StoreText StoreCalled(const std::string& id, const std::string& name) {
   StoreText store;
@@ -180,3 +182,4 @@ TEST(TheSessionWithoutAnAgent, MayEndWhileItWaits) {
 }
 
 }  // namespace
+}  // namespace Stores

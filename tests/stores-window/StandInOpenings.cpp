@@ -4,6 +4,8 @@
 #include <iterator>
 #include <stdexcept>
 
+namespace Stores {
+
 namespace {
 
 constexpr char kName[] = "com.morvane.ServiceRecords";
@@ -72,3 +74,5 @@ void StandInOpenings::Finish(std::uint64_t opening, const std::string& outcome, 
     throw std::runtime_error("the signal cannot be sent");
   }
 }
+
+}  // namespace Stores

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // Opens files in place of the agent: notes what it is asked, and tells what the test says.
 class StandInOpenings {
  public:
@@ -29,3 +31,5 @@ class StandInOpenings {
   std::vector<std::string> opened_;
   std::string caller_;
 };
+
+}  // namespace Stores

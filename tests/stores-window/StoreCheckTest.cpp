@@ -16,6 +16,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+namespace Stores {
 namespace {
 
 // A check by a program that the test writes in place of srctl.
@@ -113,3 +114,4 @@ TEST_F(TheCheck, IsNoneWithoutTheProgram) {
 }
 
 }  // namespace
+}  // namespace Stores

@@ -11,6 +11,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+namespace Stores {
 namespace {
 
 Store Named(const std::string& id, const std::string& name) {
@@ -92,3 +93,4 @@ TEST_F(TheStoreList, FindsStoresByTheirAddress) {
 }
 
 }  // namespace
+}  // namespace Stores

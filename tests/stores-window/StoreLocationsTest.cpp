@@ -10,6 +10,7 @@
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+namespace Stores {
 namespace {
 
 const Location kLAN{1, "LAN"};
@@ -83,3 +84,4 @@ TEST_F(TheLocations, OfAStoreThatIsGoneMayStillBeTold) {
 }
 
 }  // namespace
+}  // namespace Stores

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <utility>
 
+namespace Stores {
+
 namespace {
 
 // The agent announces when it can read the list again, but not when it could save it.
@@ -124,7 +126,7 @@ void Session::NoteFinished(const Finished& finished) {
   const auto found = openings_.find(finished.opening);
   const std::string name = found != openings_.end() ? found->second : Translated("The file");
   openings_.erase(finished.opening);
-  observer_.note({outcomesentences::Of(finished, name), outcomesentences::IsGood(finished)});
+  observer_.note({OutcomeSentences::Of(finished, name), OutcomeSentences::IsGood(finished)});
   NoteOpeningsEnded();
 }
 
@@ -174,3 +176,5 @@ void Session::Refuse(const std::string& sentence, const std::string& problem) {
   const std::string why = problem.empty() ? "" : " " + ShownText::Isolated(ShownText::Whole(problem));
   observer_.note({sentence + why});
 }
+
+}  // namespace Stores

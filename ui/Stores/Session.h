@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // What the window shows and does, without the window: the stores as the agent tells them, and the user's
 // wishes on their way to it. The thread of the main context; nothing here waits.
 class Session {
@@ -65,3 +67,5 @@ class Session {
   std::map<std::uint64_t, std::string> openings_;  // the names of the files, by the openings' numbers
   guint retry_ = 0;
 };
+
+}  // namespace Stores

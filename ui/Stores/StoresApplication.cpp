@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+namespace Stores {
+
 namespace {
 
 std::string CheckProgram() {
@@ -68,7 +70,7 @@ void StoresApplication::AddShowStore() {
 
 void StoresApplication::AddLog() {
   const ObjectPtr<GSimpleAction> action(
-      g_simple_action_new_stateful("log", nullptr, g_variant_new_boolean(loggingsetting::IsOn())));
+      g_simple_action_new_stateful("log", nullptr, g_variant_new_boolean(LoggingSetting::IsOn())));
   ConnectWith<GVariant*>(action.get(), "change-state",
                          [this](GVariant* on) { SwitchLog(g_variant_get_boolean(on) != FALSE); });
   g_action_map_add_action(G_ACTION_MAP(application_.get()), G_ACTION(action.get()));
@@ -164,7 +166,7 @@ void StoresApplication::RemoveChosen() {
 }
 
 void StoresApplication::SwitchLog(bool on) {
-  loggingsetting::Set(on, ended_.get(), [this](bool saved) {
+  LoggingSetting::Set(on, ended_.get(), [this](bool saved) {
     ReadLog();
     if (saved && session_) session_->AnnounceLogging();
     if (!saved && window_) window_->ShowNotice({Translated("The setting of the log could not be saved.")});
@@ -172,7 +174,7 @@ void StoresApplication::SwitchLog(bool on) {
 }
 
 void StoresApplication::ReadLog() {
-  g_simple_action_set_state(Action("log"), g_variant_new_boolean(loggingsetting::IsOn()));
+  g_simple_action_set_state(Action("log"), g_variant_new_boolean(LoggingSetting::IsOn()));
 }
 
 void StoresApplication::NoteChoice() {
@@ -184,3 +186,5 @@ void StoresApplication::NoteChoice() {
 void StoresApplication::NoteOpeningsEnded() {
   if (!gtk_widget_get_visible(GTK_WIDGET(window_->Widget()))) gtk_window_destroy(window_->Widget());
 }
+
+}  // namespace Stores

@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+namespace Stores {
+
 // The program: one window for each user's session, which the desktop or another program brings forward.
 class StoresApplication {
  public:
@@ -48,3 +50,5 @@ class StoresApplication {
   const StoreList noStores_;
   std::string wantedStore_;  // to be shown once it is in the list
 };
+
+}  // namespace Stores

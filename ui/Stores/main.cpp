@@ -2,6 +2,6 @@
 #include "StoresApplication.h"
 
 int main(int argc, char* argv[]) {
-  Program::Prepare(StoresApplication::kIdentifier, SR_CATALOGUES);
-  return StoresApplication().Run(argc, argv);
+  Program::Prepare(Stores::StoresApplication::kIdentifier, SR_CATALOGUES);
+  return Stores::StoresApplication().Run(argc, argv);
 }

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+namespace Stores {
+
 namespace {
 
 // The agent may first have to be started.
@@ -38,7 +40,7 @@ bool ReadBool(GVariant* value) {
 SavedState ReadState(GVariant* property) {
   const VariantPtr value(g_variant_get_variant(property));
   const bool isWord = g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING) != FALSE;
-  return isWord ? reading::StateOf(g_variant_get_string(value.get(), nullptr)) : SavedState::Good;
+  return isWord ? Reading::StateOf(g_variant_get_string(value.get(), nullptr)) : SavedState::Good;
 }
 
 }  // namespace
@@ -82,7 +84,7 @@ void AgentConnection::Subscribe() {
   subscriptions_.emplace_back(bus_.get(), ofOpenings("StoresChanged"), "(aa{sv})",
                               [this](GVariant* /*parameters*/) { observer_.storesChanged(); });
   subscriptions_.emplace_back(bus_.get(), ofOpenings("Finished"), "(tsaa{sv})", [this](GVariant* parameters) {
-    observer_.openingFinished(reading::FinishedOpening(parameters));
+    observer_.openingFinished(Reading::FinishedOpening(parameters));
   });
 }
 
@@ -126,7 +128,7 @@ void AgentConnection::Call(const Service& service, const char* method, GVariant*
 
 void AgentConnection::AllStores(const Answer<std::vector<Store>>& answer) {
   Call(kStores, "allStores", nullptr, "(aa{sv})", kSoon,
-       ReadingOne(answer, [](GVariant* value) { return reading::Stores(value); }));
+       ReadingOne(answer, [](GVariant* value) { return Reading::Stores(value); }));
 }
 
 void AgentConnection::StateOfSavedStores(const Answer<SavedState>& answer) {
@@ -167,3 +169,5 @@ void AgentConnection::AnnounceLogging() {
                                 Bus::ServiceNames::kNotificationsInterface, "Posted",
                                 g_variant_new("(ss)", Bus::ServiceNames::kLoggingNotification, ""), nullptr);
 }
+
+}  // namespace Stores

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // The agent, over the session bus. The thread of the main context; nothing here waits. What is asked is
 // answered by a call of the given function from the main loop, once, with the result or, without one, the
 // reason why there is none; not at all when this object has gone.
@@ -73,3 +75,5 @@ class AgentConnection {
   std::vector<SignalSubscription> subscriptions_;
   guint ownerWatch_ = 0;
 };
+
+}  // namespace Stores

@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+namespace Stores {
+
 namespace {
 
 using Json = nlohmann::json;
@@ -25,3 +27,5 @@ std::optional<CheckFinding> FindingFromLine(const std::string& line) {
   return CheckFinding{ResultOf(TextOf(object, "result")), TextOf(object, "check"), TextOf(object, "text"),
                       TextOf(object, "next")};
 }
+
+}  // namespace Stores

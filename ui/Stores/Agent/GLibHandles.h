@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace Stores {
+
 // Lets a function of GLib fill in an owner: f(..., Out(error)).
 template <class Pointer>
 class Out {
@@ -25,3 +27,5 @@ class Out {
   const TextPtr owner(text);
   return owner ? std::string(owner.get()) : std::string();
 }
+
+}  // namespace Stores

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace loggingsetting {
+namespace Stores::LoggingSetting {
 namespace {
 
 using Done = std::function<void(bool saved)>;
@@ -36,4 +36,4 @@ void Set(bool on, GCancellable* cancellable, const Done& done) {
   g_task_run_in_thread(task.get(), &Save);
 }
 
-}  // namespace loggingsetting
+}  // namespace Stores::LoggingSetting

@@ -5,7 +5,7 @@
 #include <functional>
 
 // Whether the agent writes its log: a preference of the user, in a file. The thread of the main context.
-namespace loggingsetting {
+namespace Stores::LoggingSetting {
 
 [[nodiscard]] bool IsOn();
 
@@ -13,4 +13,4 @@ namespace loggingsetting {
 // was cancelled, with whether that could be done.
 void Set(bool on, GCancellable* cancellable, const std::function<void(bool saved)>& done);
 
-}  // namespace loggingsetting
+}  // namespace Stores::LoggingSetting

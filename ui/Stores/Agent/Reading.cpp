@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace reading {
+namespace Stores::Reading {
 namespace {
 
 std::string TextOf(GVariant* dictionary, const char* key) {
@@ -67,4 +67,4 @@ SavedState StateOf(const char* word) {
   return state == "unsaved" ? SavedState::Unsaved : SavedState::Good;
 }
 
-}  // namespace reading
+}  // namespace Stores::Reading

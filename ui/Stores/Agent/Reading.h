@@ -6,7 +6,7 @@
 #include <vector>
 
 // What the agent's messages say. Entries that are missing or of another type read as empty.
-namespace reading {
+namespace Stores::Reading {
 
 // From aa{sv}.
 [[nodiscard]] std::vector<Store> Stores(GVariant* dictionaries);
@@ -14,4 +14,4 @@ namespace reading {
 [[nodiscard]] Finished FinishedOpening(GVariant* parameters);
 [[nodiscard]] SavedState StateOf(const char* word);
 
-}  // namespace reading
+}  // namespace Stores::Reading

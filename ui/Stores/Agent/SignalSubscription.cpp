@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace Stores {
+
 struct SignalSubscription::State {
   ObjectPtr<GDBusConnection> bus;
   const char* type;
@@ -29,3 +31,5 @@ SignalSubscription::SignalSubscription(GDBusConnection* bus, const SignalRule& r
       bus, rule.sender, rule.interface, rule.member, rule.path, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
       &State::Take, state_.get(), [](gpointer state) { delete static_cast<State*>(state); });
 }
+
+}  // namespace Stores

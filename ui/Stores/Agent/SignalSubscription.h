@@ -5,6 +5,8 @@
 #include <functional>
 #include <memory>
 
+namespace Stores {
+
 // What to listen to; null for anything.
 struct SignalRule {
   const char* sender = nullptr;
@@ -28,3 +30,5 @@ class SignalSubscription {
   };
   std::unique_ptr<State, End> state_;
 };
+
+}  // namespace Stores

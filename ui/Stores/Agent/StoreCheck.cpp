@@ -4,6 +4,8 @@
 #include <csignal>
 #include <utility>
 
+namespace Stores {
+
 namespace {
 
 bool IsCancelled(const ErrorPtr& error) {
@@ -79,3 +81,5 @@ void StoreCheck::TakeEnd(GObject* process, GAsyncResult* result, gpointer self) 
   const auto ended = check->observer_.ended;  // the observer may destroy the check
   ended(EndOf(G_SUBPROCESS(process), check->foundSomething_));
 }
+
+}  // namespace Stores

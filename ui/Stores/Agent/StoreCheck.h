@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+namespace Stores {
+
 // What one check of a store found out. All text is UTF-8 and may hold any character.
 struct CheckFinding {
   enum class Result { Ok, Note, Problem, Running };
@@ -53,3 +55,5 @@ class StoreCheck {
   const ObjectPtr<GDataInputStream> output_;
   bool foundSomething_ = false;
 };
+
+}  // namespace Stores

@@ -2,7 +2,7 @@
 
 #include "Shared/Translations.h"
 
-namespace locationwords {
+namespace Stores::LocationWords {
 
 Words Of(std::uint64_t location) {
   switch (location) {
@@ -25,4 +25,4 @@ Words Of(std::uint64_t location) {
   }
 }
 
-}  // namespace locationwords
+}  // namespace Stores::LocationWords

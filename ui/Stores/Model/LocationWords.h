@@ -3,7 +3,7 @@
 #include <cstdint>
 
 // Where this machine stands relative to a store, for people.
-namespace locationwords {
+namespace Stores::LocationWords {
 
 struct Words {
   const char* sentence;  // in the user's language
@@ -12,4 +12,4 @@ struct Words {
 
 [[nodiscard]] Words Of(std::uint64_t location);
 
-}  // namespace locationwords
+}  // namespace Stores::LocationWords

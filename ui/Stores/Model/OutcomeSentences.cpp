@@ -7,7 +7,7 @@
 #include <array>
 #include <string_view>
 
-namespace outcomesentences {
+namespace Stores::OutcomeSentences {
 namespace {
 
 constexpr std::size_t kMostNamed = 6;
@@ -85,4 +85,4 @@ bool IsGood(const Finished& finished) {
   return finished.outcome == "added" || finished.outcome == "replaced";
 }
 
-}  // namespace outcomesentences
+}  // namespace Stores::OutcomeSentences

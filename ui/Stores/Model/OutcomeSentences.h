@@ -5,7 +5,7 @@
 #include <string>
 
 // What became of a file that was opened, in sentences in the user's language, fit for a window.
-namespace outcomesentences {
+namespace Stores::OutcomeSentences {
 
 // A sentence for each store, in lines of their own, or one for the file where it has no stores. Of many
 // stores only the first few are named. `fileName`: as a person calls the file.
@@ -14,4 +14,4 @@ namespace outcomesentences {
 // Whether all went as the user wanted.
 [[nodiscard]] bool IsGood(const Finished& finished);
 
-}  // namespace outcomesentences
+}  // namespace Stores::OutcomeSentences

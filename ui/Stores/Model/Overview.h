@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace Stores {
+
 // What there is to show as a whole.
 struct Overview {
   enum class Page { Loading, Empty, Stores, Unreachable, Unreadable };
@@ -19,3 +21,5 @@ struct Notice {
   std::string sentences;
   bool isGood = false;
 };
+
+}  // namespace Stores

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // What the agent tells of a store. All text is UTF-8 and may hold any character.
 struct Gateway {
   std::string name;
@@ -47,3 +49,5 @@ struct Finished {
 
 // Whether the agent's list and its file agree.
 enum class SavedState { Good, Unsaved, Unreadable };
+
+}  // namespace Stores

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+namespace Stores {
+
 namespace {
 
 struct Content {
@@ -75,3 +77,5 @@ void SetLocation(StoreItem* item, unsigned question, const Location& location) {
   content.location = location;
   g_signal_emit_by_name(item, "changed");
 }
+
+}  // namespace Stores

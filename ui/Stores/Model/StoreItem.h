@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace Stores {
+
 // A store as an element of a list model. Its signal "changed" comes after each change of what it holds. The
 // thread of the main context.
 G_DECLARE_FINAL_TYPE(StoreItem, store_item, SR, STORE_ITEM, GObject)
@@ -21,3 +23,5 @@ void SetStore(StoreItem* item, const Store& store);
 [[nodiscard]] unsigned AskForLocation(StoreItem* item);
 [[nodiscard]] bool WasAskedForLocation(StoreItem* item);
 void SetLocation(StoreItem* item, unsigned question, const Location& location);
+
+}  // namespace Stores

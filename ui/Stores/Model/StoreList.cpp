@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <utility>
 
+namespace Stores {
+
 namespace {
 
 std::string SortKey(const Store& store) {
@@ -78,3 +80,5 @@ void StoreList::Replace(const Items& items) {
   for (guint position = first; position < count - last; ++position) added.push_back(items[position].get());
   g_list_store_splice(items_.get(), first, Count() - first - last, added.data(), count - first - last);
 }
+
+}  // namespace Stores

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // The stores as a list model, by name. An item stays the same for as long as its store is in the list. The
 // thread of the main context.
 class StoreList {
@@ -34,3 +36,5 @@ class StoreList {
 
   const ObjectPtr<GListStore> items_;
 };
+
+}  // namespace Stores

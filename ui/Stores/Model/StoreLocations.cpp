@@ -3,6 +3,8 @@
 #include <memory>
 #include <utility>
 
+namespace Stores {
+
 StoreLocations::StoreLocations(const StoreList& stores, Ask ask) : stores_(stores), ask_(std::move(ask)) {}
 
 void StoreLocations::Want(StoreItem* item) const {
@@ -27,3 +29,5 @@ void StoreLocations::AskFor(StoreItem* item) const {
   ask_(StoreOf(item).url,
        [kept, question](const Location& location) { SetLocation(kept.get(), question, location); });
 }
+
+}  // namespace Stores

@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+namespace Stores {
+
 // Knows where this machine stands relative to the stores that somebody looks at: a long list does not ask for
 // each of its stores. The thread of the main context.
 class StoreLocations {
@@ -29,3 +31,5 @@ class StoreLocations {
   const StoreList& stores_;
   const Ask ask_;
 };
+
+}  // namespace Stores

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <utility>
 
+namespace Stores {
+
 namespace {
 
 std::string NameOf(const std::string& check) {
@@ -107,8 +109,8 @@ void CheckView::TakeEnd(CheckEnd end) {
 
 void CheckView::AddRow(const std::string& title, const std::string& text, const char* icon,
                        const char* word) {
-  AdwActionRow* const row = rows::Make(title, text);
-  adw_action_row_add_prefix(row, rows::MakeIcon(icon));
+  AdwActionRow* const row = Rows::Make(title, text);
+  adw_action_row_add_prefix(row, Rows::MakeIcon(icon));
   GtkWidget* const mark = gtk_label_new(word);
   gtk_widget_add_css_class(mark, "caption");
   adw_action_row_add_suffix(row, mark);
@@ -117,7 +119,7 @@ void CheckView::AddRow(const std::string& title, const std::string& text, const 
 }
 
 void CheckView::ShowProgress(const std::string& check, const std::string& text) {
-  progress_ = rows::Make(NameOf(check), ShownText::Whole(text));
+  progress_ = Rows::Make(NameOf(check), ShownText::Whole(text));
   adw_preferences_group_add(group_, GTK_WIDGET(progress_));
 }
 
@@ -131,3 +133,5 @@ void CheckView::ShowRunning(bool running) {
   gtk_spinner_set_spinning(GTK_SPINNER(spinner_), running);
   gtk_label_set_label(label_, running ? Translated("_Stop") : Translated("_Check"));
 }
+
+}  // namespace Stores

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // The check of the store that is shown: a button that begins and stops it, and what it found.
 class CheckView {
  public:
@@ -36,3 +38,5 @@ class CheckView {
   AdwActionRow* progress_ = nullptr;
   std::unique_ptr<StoreCheck> check_;
 };
+
+}  // namespace Stores

@@ -4,6 +4,8 @@
 #include "Shared/Translations.h"
 #include "Window/SignalArguments.h"
 
+namespace Stores {
+
 namespace {
 
 using Chosen = std::function<void(const std::vector<std::string>& paths)>;
@@ -49,3 +51,5 @@ void ChooseFiles(GtkWindow* parent, const Chosen& chosen) {
   });
   gtk_native_dialog_show(GTK_NATIVE_DIALOG(dialog));
 }
+
+}  // namespace Stores

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+namespace Stores {
+
 namespace {
 
 bool IsSame(const Gateway& left, const Gateway& right) {
@@ -40,7 +42,7 @@ void GatewayRows::Clear() {
 
 void GatewayRows::Add(const Gateway& gateway) {
   const std::string name = ShownText::Name(gateway.name);
-  AdwActionRow* const row = rows::Make(name, ShownText::HostOf(gateway.url));
+  AdwActionRow* const row = Rows::Make(name, ShownText::HostOf(gateway.url));
   GtkWidget* const button =
       GTK_WIDGET(g_object_new(GTK_TYPE_CHECK_BUTTON, "accessible-role", GTK_ACCESSIBLE_ROLE_RADIO, nullptr));
   if (!buttons_.empty()) gtk_check_button_set_group(GTK_CHECK_BUTTON(button), buttons_.front());
@@ -55,3 +57,5 @@ void GatewayRows::Add(const Gateway& gateway) {
   rows_.push_back(row);
   buttons_.push_back(GTK_CHECK_BUTTON(button));
 }
+
+}  // namespace Stores

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace Stores {
+
 // The gateways of the store that is shown, with the default one chosen.
 class GatewayRows {
  public:
@@ -30,3 +32,5 @@ class GatewayRows {
   std::vector<GtkCheckButton*> buttons_;
   bool isFilling_ = false;
 };
+
+}  // namespace Stores

@@ -7,6 +7,8 @@
 
 #include <string_view>
 
+namespace Stores {
+
 namespace {
 
 // The toolkit gives its own buttons their name twice.
@@ -40,3 +42,5 @@ void AskWhetherToRemove(GtkWindow* parent, const std::string& storeName,
   NameButtonsOnce(GTK_WIDGET(dialog));
   gtk_window_present(GTK_WINDOW(dialog));
 }
+
+}  // namespace Stores

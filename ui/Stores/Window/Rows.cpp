@@ -2,7 +2,7 @@
 
 #include "Shared/Widgets.h"
 
-namespace rows {
+namespace Stores::Rows {
 
 void SetTexts(AdwActionRow* row, const std::string& title, const std::string& subtitle) {
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title.c_str());
@@ -22,4 +22,4 @@ GtkWidget* MakeIcon(const char* name) {
                                  "icon-name", name, nullptr));
 }
 
-}  // namespace rows
+}  // namespace Stores::Rows

@@ -5,7 +5,7 @@
 #include <string>
 
 // Rows of the lists of what there is to know of a store.
-namespace rows {
+namespace Stores::Rows {
 
 // The texts of a row, which screen readers take for its name and its description.
 void SetTexts(AdwActionRow* row, const std::string& title, const std::string& subtitle);
@@ -13,4 +13,4 @@ void SetTexts(AdwActionRow* row, const std::string& title, const std::string& su
 // A picture of what the row says, too.
 [[nodiscard]] GtkWidget* MakeIcon(const char* name);
 
-}  // namespace rows
+}  // namespace Stores::Rows

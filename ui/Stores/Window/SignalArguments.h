@@ -6,6 +6,8 @@
 #include <memory>
 #include <type_traits>
 
+namespace Stores {
+
 // As Signals::Connect, for a signal whose parameters are wanted: it has those of the types `Arguments`.
 template <class... Arguments>
 void ConnectWith(gpointer object, const char* signal,
@@ -18,3 +20,5 @@ void ConnectWith(gpointer object, const char* signal,
   g_signal_connect_data(object, signal, G_CALLBACK(+call), std::make_unique<Function>(function).release(),
                         +end, static_cast<GConnectFlags>(0));
 }
+
+}  // namespace Stores

@@ -5,6 +5,8 @@
 #include "Shared/Translations.h"
 #include "Window/Rows.h"
 
+namespace Stores {
+
 StoreDetails::StoreDetails(const Parts& parts)
     : gateways_(interface_.Get<AdwPreferencesGroup>("gateways"),
                 [this, choose = parts.chooseGateway](const std::string& gatewayName) {
@@ -39,8 +41,8 @@ void StoreDetails::Show() {
   const Store& store = StoreOf(item_.get());
   gtk_label_set_text(interface_.Get<GtkLabel>("name"), ShownText::Name(store.name).c_str());
   gtk_label_set_text(interface_.Get<GtkLabel>("host"), ShownText::HostOf(store.url).c_str());
-  rows::SetTexts(interface_.Get<AdwActionRow>("address"), Translated("Address"), ShownText::Whole(store.url));
-  rows::SetTexts(interface_.Get<AdwActionRow>("identifier"), Translated("Identifier"),
+  Rows::SetTexts(interface_.Get<AdwActionRow>("address"), Translated("Address"), ShownText::Whole(store.url));
+  Rows::SetTexts(interface_.Get<AdwActionRow>("identifier"), Translated("Identifier"),
                  ShownText::Whole(store.id));
   gateways_.Show(store.gateways);
   ShowLocation();
@@ -48,8 +50,10 @@ void StoreDetails::Show() {
 
 void StoreDetails::ShowLocation() {
   const auto& location = LocationOf(item_.get());
-  const locationwords::Words words = locationwords::Of(location ? location->number : 0);
-  rows::SetTexts(interface_.Get<AdwActionRow>("location"), words.sentence,
+  const LocationWords::Words words = LocationWords::Of(location ? location->number : 0);
+  Rows::SetTexts(interface_.Get<AdwActionRow>("location"), words.sentence,
                  location ? ShownText::Whole(location->reason) : std::string());
   gtk_image_set_from_icon_name(interface_.Get<GtkImage>("locationIcon"), words.icon);
 }
+
+}  // namespace Stores

@@ -8,6 +8,8 @@
 #include <functional>
 #include <string>
 
+namespace Stores {
+
 // Everything about one store.
 class StoreDetails {
  public:
@@ -41,3 +43,5 @@ class StoreDetails {
   ObjectPtr<StoreItem> item_;
   gulong changed_ = 0;
 };
+
+}  // namespace Stores

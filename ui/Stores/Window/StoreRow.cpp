@@ -6,7 +6,7 @@
 #include "Shared/Widgets.h"
 #include "Window/SignalArguments.h"
 
-namespace storerow {
+namespace Stores::StoreRow {
 namespace {
 
 constexpr char kRowKey[] = "servicerecords-row";
@@ -40,7 +40,7 @@ class Row {
     const std::string name = ShownText::Name(store.name);
     const std::string host = ShownText::HostOf(store.url);
     const auto& location = LocationOf(item_.get());
-    const locationwords::Words words = locationwords::Of(location ? location->number : 0);
+    const LocationWords::Words words = LocationWords::Of(location ? location->number : 0);
     gtk_label_set_text(interface_.Get<GtkLabel>("name"), name.c_str());
     gtk_label_set_text(interface_.Get<GtkLabel>("host"), host.c_str());
     gtk_label_set_text(interface_.Get<GtkLabel>("location"), words.sentence);
@@ -79,4 +79,4 @@ ObjectPtr<GtkListItemFactory> MakeFactory(const Shown& shown) {
   return factory;
 }
 
-}  // namespace storerow
+}  // namespace Stores::StoreRow

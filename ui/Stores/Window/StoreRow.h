@@ -5,7 +5,7 @@
 
 #include <functional>
 
-namespace storerow {
+namespace Stores::StoreRow {
 
 using Shown = std::function<void(StoreItem*)>;
 
@@ -13,4 +13,4 @@ using Shown = std::function<void(StoreItem*)>;
 // comes into view or changes there.
 [[nodiscard]] ObjectPtr<GtkListItemFactory> MakeFactory(const Shown& shown);
 
-}  // namespace storerow
+}  // namespace Stores::StoreRow

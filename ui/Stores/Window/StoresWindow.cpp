@@ -9,6 +9,8 @@
 
 #include <utility>
 
+namespace Stores {
+
 namespace {
 
 std::string WithoutCase(const std::string& text) {
@@ -116,7 +118,7 @@ void StoresWindow::SetUpList() {
   });
   selection_.reset(gtk_single_selection_new(G_LIST_MODEL(filtered)));
   gtk_list_view_set_model(list, GTK_SELECTION_MODEL(selection_.get()));
-  gtk_list_view_set_factory(list, storerow::MakeFactory(parts_.wantLocation).get());
+  gtk_list_view_set_factory(list, StoreRow::MakeFactory(parts_.wantLocation).get());
   Signals::ConnectChange(selection_.get(), "selected-item", [this] { NoteChoice(); });
   ConnectWith<guint>(list, "activate", [this](guint /*position*/) { ShowDetailsPage(); });
   GtkGesture* const click = gtk_gesture_click_new();
@@ -218,3 +220,5 @@ void StoresWindow::Show(StoreItem* item) {
     return;
   }
 }
+
+}  // namespace Stores

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace Stores {
+
 // The window: the list of the stores, beside it (or, where it is narrow, in place of it) what there is to
 // know of the chosen one, and above both what there is to say.
 class StoresWindow {
@@ -61,3 +63,5 @@ class StoresWindow {
   ObjectPtr<GtkSingleSelection> selection_;
   std::string searched_;  // without letter case
 };
+
+}  // namespace Stores
