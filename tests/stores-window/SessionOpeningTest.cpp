@@ -81,7 +81,7 @@ TEST_F(AnOpening, EndsWithTheAgent) {
   openings_->GiveUpTheName();
   ASSERT_TRUE(RunUntilNoticed());
   EXPECT_EQ(observed_.notices[0].sentences,
-            "“\u2068a.cr\u2069” was not opened, because the agent was ended.");
+            "“\u2068a.cr\u2069” was not opened, because the background service was ended.");
   EXPECT_FALSE(observed_.session.IsOpening());
   EXPECT_EQ(observed_.openingsEnded, 1);
 }

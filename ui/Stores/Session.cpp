@@ -138,8 +138,8 @@ void Session::NoteAgentWent() {
   if (!openings_.empty()) {
     const std::string name = ShownText::Name(openings_.begin()->second);
     openings_.clear();
-    observer_.note({ShownText::Sentence(Translated("“{file}” was not opened, because the agent was ended."),
-                                        {{"file", name}})});
+    observer_.note({ShownText::Sentence(
+        Translated("“{file}” was not opened, because the background service was ended."), {{"file", name}})});
     NoteOpeningsEnded();
   }
   const bool hasStores = overview_.page == Overview::Page::Stores || overview_.page == Overview::Page::Empty;

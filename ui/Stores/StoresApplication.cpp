@@ -124,6 +124,7 @@ void StoresApplication::MakeWindow() {
   if (session_) {
     session_->Reload();
   } else {
+    g_simple_action_set_enabled(Action("add"), FALSE);
     window_->ShowOverview({Overview::Page::Unreachable, Overview::Warning::None,
                            Translated("There is no session bus. Start this program in a desktop session.")});
   }

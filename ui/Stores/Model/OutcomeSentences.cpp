@@ -34,8 +34,8 @@ constexpr std::array kPatterns{
             N_("“{file}” was not opened, because its question could not be shown.")},
     Pattern{"not-saved", N_("“{store}” could not be saved."),
             N_("The stores of “{file}” could not be saved.")},
-    Pattern{"ended", N_("“{store}” was not added, because the agent was ended."),
-            N_("“{file}” was not opened, because the agent was ended.")}};
+    Pattern{"ended", N_("“{store}” was not added, because the background service was ended."),
+            N_("“{file}” was not opened, because the background service was ended.")}};
 
 const Pattern* PatternFor(std::string_view outcome) {
   const auto* const found =

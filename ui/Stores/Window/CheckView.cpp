@@ -47,7 +47,7 @@ const char* SentenceOf(CheckEnd end) {
     case CheckEnd::NotInList:
       return Translated("The store is no longer in the list.");
     case CheckEnd::Unreachable:
-      return Translated("The agent cannot be reached.");
+      return Translated("The background service cannot be reached.");
     case CheckEnd::Failed:
       return Translated("The check could not be made. Install the program again.");
   }

@@ -45,11 +45,12 @@ const char* SentenceOf(Overview::Warning warning) {
       break;
     case Overview::Warning::Unsaved:
       return Translated(
-          "The list could not be saved. The agent goes on with it and tries again, but what was not saved is "
+          "The list could not be saved. The background service goes on with it and tries again, but what was "
+          "not saved is "
           "lost "
           "when it ends. The system log says why.");
     case Overview::Warning::AgentEnded:
-      return Translated("The agent has ended. What is shown may be out of date.");
+      return Translated("The background service has ended. What is shown may be out of date.");
   }
   return nullptr;
 }
@@ -87,7 +88,7 @@ void StoresWindow::NameControls() {
   Widgets::SetAccessibleName(gtk_widget_get_first_child(interface_.Get("menuButton")), Translated("Menu"));
   Widgets::SetAccessibleName(interface_.Get("list"), Translated("Stores"));
   Widgets::SetAccessibleName(interface_.Get("search"), Translated("Search stores"));
-  Widgets::SetAccessibleName(interface_.Get("loading"), Translated("Asking the agent"));
+  Widgets::SetAccessibleName(interface_.Get("loading"), Translated("Asking for your stores"));
 }
 
 void StoresWindow::SetUpSearch() {
@@ -177,7 +178,9 @@ StoreItem* StoresWindow::Chosen() const {
 void StoresWindow::NoteFolding() {
   auto* const leaflet = interface_.Get<AdwLeaflet>("leaflet");
   const bool isOnDetails = adw_leaflet_get_visible_child(leaflet) == interface_.Get("detailsPage");
-  gtk_widget_set_visible(interface_.Get("back"), adw_leaflet_get_folded(leaflet) && isOnDetails);
+  const bool hidesList = adw_leaflet_get_folded(leaflet) && isOnDetails;
+  gtk_widget_set_visible(interface_.Get("back"), hidesList);
+  gtk_widget_set_visible(interface_.Get("add"), !hidesList);
 }
 
 void StoresWindow::ShowDetailsPage() {
@@ -216,6 +219,7 @@ void StoresWindow::Show(StoreItem* item) {
     const ObjectPtr<GObject> candidate(g_list_model_get_object(shown, position));
     if (SR_STORE_ITEM(candidate.get()) != item) continue;
     gtk_single_selection_set_selected(selection_.get(), position);
+    gtk_widget_activate_action(interface_.Get("list"), "list.scroll-to-item", "u", position);
     ShowDetailsPage();
     return;
   }
