@@ -141,6 +141,12 @@ TEST_F(LocationServiceTest, ABeaconCountsAsOftenAsItIsNamedAndIsAskedOnce) {
   EXPECT_EQ(good_.Requests().size(), 1U);
 }
 
+TEST_F(LocationServiceTest, AReasonNamesTheStoresOwnBeaconsAlsoWhereTheyAreNoAddresses) {
+  service_.SetStores({{kStore, {"not one"}, {}}, {"https://other.example", {"nor this"}, {}}});
+  EXPECT_TRUE(service_.WaitForMessage("not one: no address")) << testing::PrintToString(service_.Messages());
+  EXPECT_TRUE(service_.WaitForMessage("nor this: no address")) << testing::PrintToString(service_.Messages());
+}
+
 TEST_F(LocationServiceTest, AStoreIsDecidedThoughAnotherListComesInBetween) {
   const std::vector<TestSupport::StoreAndBeacons> stores = {{kStore, {"no address"}, {}},
                                                             {"https://other", {"nor is this"}, {}}};

@@ -197,6 +197,23 @@ TEST_F(PortalOfOnePage, IsSeenLateWhereTheExternalBeaconsNameIsFoundLate) {
   EXPECT_TRUE(service.WaitForLocation(kOther, Wayfinder::kOutside));
 }
 
+TEST_F(PortalOfOnePage, SeenLateGivesAnotherReasonForTheSameLocation) {
+  std::optional<AddressServer> intranet;
+  Serve(intranet, "10.1.0.2", 80, kGood);
+  TestSupport::HangingResolver hanging;
+  RecordedService service([hang = hanging.Resolver()](const std::string& host) {
+    if (host == "gateway.example") hang(host);
+    return std::vector<std::string>{"10.1.0.254"};
+  });
+  service.SetStores({{kStore, {"http://intranet.example/", "http://10.1.0.2/", "http://10.1.0.3/"}, {}},
+                     {kOther, {"http://intranet.example/"}, {"http://gateway.example/"}}});
+  ASSERT_TRUE(service.WaitForMessage("2 of 3 internal beacons answered"))
+      << testing::PrintToString(service.Messages());
+  hanging.Release();
+  EXPECT_TRUE(service.WaitForMessage("1 of 3 internal beacons answered"))
+      << testing::PrintToString(service.Messages());
+}
+
 TEST_F(PortalOfOnePage, IsNoneWhereACertificateOfItsAddressVerifies) {
   const TestSupport::WebServer server(TestSupport::TrustedAuthority().TlsServerBlock(
       "wrong-host", "listen 10.1.0.1:@PORT@ ssl;\nlisten 10.1.0.1:80;"));

@@ -20,6 +20,7 @@ struct LocationDecision {
   NetworkLocation location = kDeciding;
   // Why it is this one, in a line of UTF-8: "LAN, 2 of 2 internal beacons answered". Empty for kDeciding.
   std::string reason = {};
+  bool operator==(const LocationDecision&) const = default;
 };
 
 }  // namespace Wayfinding

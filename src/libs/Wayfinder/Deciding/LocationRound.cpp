@@ -48,7 +48,7 @@ class LocationRound::Reader {
     const auto [known, isNew] = texts_.try_emplace(text);
     if (isNew) {
       BeaconAddress address = ParseBeaconAddress(text).value_or(BeaconAddress());
-      const std::string key = address.Key();
+      const std::string key = address.urls.empty() ? text : address.Key();
       known->second = &beacons_.try_emplace(key, Beacon{std::move(address), text}).first->second;
       known->second->outcome.reset();
     }
@@ -83,7 +83,7 @@ void LocationRound::TakeList(const std::vector<StorePtr>& list) {
 void LocationRound::Repeat() {
   for (Store& store : stores_) {
     if (!IsUnanswered(store)) continue;
-    store.location.reset();
+    store.decision.reset();
     for (const Mention& mention : store.beacons) mention.beacon->outcome.reset();
   }
   Ask();
@@ -176,7 +176,7 @@ void LocationRound::DecideStores() {
 
 void LocationRound::Decide(std::size_t place) {
   Store& store = stores_[place];
-  const std::optional<LocationDecision> decision = DecideLocation(
+  std::optional<LocationDecision> decision = DecideLocation(
       {.internal = store.Outcomes(true),
        .external = store.Outcomes(false),
        .networkIsUsable = IsUsable(network_)},
@@ -186,9 +186,9 @@ void LocationRound::Decide(std::size_t place) {
     if (store.Leans()) toDecide_.insert(place);  // what it waits for need not be its own beacon
     return;
   }
-  if (store.location == decision->location) return;
-  store.location = decision->location;
-  decided_(store.named, *decision);
+  if (store.decision == decision) return;
+  store.decision = std::move(decision);
+  decided_(store.named, *store.decision);
 }
 
 bool LocationRound::Store::Leans() const {
@@ -202,12 +202,12 @@ bool LocationRound::Store::CanBeJudged() const {
   const auto isOpenInside = [](const Mention& mention) {
     return mention.isInternal && !mention.beacon->outcome;
   };
-  return (!location || Leans()) && std::none_of(beacons.begin(), beacons.end(), isOpenInside);
+  return (!decision || Leans()) && std::none_of(beacons.begin(), beacons.end(), isOpenInside);
 }
 
 // Behind a portal the beacons themselves are still silent, whatever it says in their names.
 bool LocationRound::Store::HasAnswer() const {
-  return location && *location != kNone && *location != kHotspot;
+  return decision && decision->location != kNone && decision->location != kHotspot;
 }
 
 std::vector<const ProbeOutcome*> LocationRound::Store::Outcomes(bool internal) const {

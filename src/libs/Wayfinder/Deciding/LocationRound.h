@@ -74,7 +74,7 @@ class LocationRound {
   struct Store {
     StorePtr named;
     std::vector<Mention> beacons = {};  // in the order of asking
-    std::optional<NetworkLocation> location = {};
+    std::optional<LocationDecision> decision = {};
 
     // On internal answers that could be a portal's.
     [[nodiscard]] bool Leans() const;
@@ -98,7 +98,7 @@ class LocationRound {
   std::optional<NetworkState> network_;
   HostLookups& lookups_;
   Decided decided_;
-  std::map<std::string, Beacon> beacons_;  // by their addresses' keys
+  std::map<std::string, Beacon> beacons_;  // by their addresses' keys, by the text where it is no address
   std::vector<Store> stores_;
   std::vector<Beacon*> asked_;                  // by the number of the question
   std::set<std::string> exposed_;               // addresses that said anything in an external beacon's place
