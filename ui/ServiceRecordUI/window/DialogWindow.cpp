@@ -10,11 +10,19 @@ namespace Dialogs {
 namespace {
 
 constexpr int kWidth = 480;
+constexpr int kUsualResolution = 96 * 1024;
 constexpr int kHighestContent = 640;
+
+// As wide as lines of a usual length are, however large the text.
+int Width(GtkWidget* widget) {
+  int resolution = kUsualResolution;  // -1 when the desktop leaves it open
+  g_object_get(gtk_widget_get_settings(widget), "gtk-xft-dpi", &resolution, nullptr);
+  return resolution > 0 ? kWidth * resolution / kUsualResolution : kWidth;
+}
 
 int HeightOf(GtkWidget* widget) {
   int height = 0;
-  gtk_widget_measure(widget, GTK_ORIENTATION_VERTICAL, kWidth, nullptr, &height, nullptr, nullptr);
+  gtk_widget_measure(widget, GTK_ORIENTATION_VERTICAL, Width(widget), nullptr, &height, nullptr, nullptr);
   return height;
 }
 
@@ -43,7 +51,8 @@ void DialogWindow::Present() const {
 // What scrolls asks for the height of lines that are not wrapped, so its own does not count.
 void DialogWindow::FitHeight() const {
   const int around = HeightOf(Get("frame")) - HeightOf(Get("scroller"));
-  gtk_window_set_default_size(window_, kWidth, around + std::min(HeightOf(Get("content")), kHighestContent));
+  gtk_window_set_default_size(window_, Width(Get("frame")),
+                              around + std::min(HeightOf(Get("content")), kHighestContent));
 }
 
 // The first layout brings back the height from before it, which content of the meantime may have changed.

@@ -66,6 +66,7 @@ LogOnWindow::LogOnWindow(const PropertyList::Dictionary& details, std::function<
   gtk_widget_set_visible(Get(kPassword), static_cast<gboolean>(needsPassword_));
   gtk_widget_set_visible(Get(kCode), static_cast<gboolean>(needsCode_));
   gtk_widget_set_visible(Get("remember"), static_cast<gboolean>(question.canRemember));
+  Widgets::SetAccessibleName(Get("remember"), gtk_label_get_text(Get<GtkLabel>("rememberLabel")));
   for (const char* const row : {kPassword, kCode}) KeepSecret(Get<GtkEditable>(row));
   for (const char* const row : {kUserName, kPassword, kCode}) {
     NameField(Get(row));
