@@ -87,6 +87,10 @@ class TerminalDialogTest : public ::testing::Test {
   std::string Shown(const std::string& key, PropertyList::Value value) {
     Dictionary details = Store();
     details.Set(key, std::move(value));
+    return ShownOf(details);
+  }
+
+  std::string ShownOf(const Dictionary& details) {
     OpenDialog dialog = AddStore(details);
     std::string shown = terminal_.ReadUntil(kQuestion);
     terminal_.Type("no\n");
@@ -106,8 +110,8 @@ TEST_F(TerminalDialogTest, ShowsTheStoreAndItsGatewaysAndAcceptsAYes) {
 
   EXPECT_EQ(dialog.Answer(), 1);
   EXPECT_THAT(shown, HasSubstr("Store:       M\xC3\xBCnchen \xE6\x9D\xB1\r\n"));
-  EXPECT_THAT(shown, HasSubstr("Provider:    Morvane\r\n"));
-  EXPECT_THAT(shown, HasSubstr("Certificate: store.example.com\r\n"));
+  EXPECT_THAT(shown, HasSubstr("Operated by: Morvane\r\n"));
+  EXPECT_THAT(shown, HasSubstr("Issued by:   store.example.com\r\n"));
   EXPECT_THAT(shown, HasSubstr("Address:     https://store.example.com\r\n"
                                "  Path:        /path\r\n"));
   EXPECT_THAT(shown, HasSubstr("  Gateways:\r\n"
@@ -115,6 +119,45 @@ TEST_F(TerminalDialogTest, ShowsTheStoreAndItsGatewaysAndAcceptsAYes) {
                                "      at       https://main\r\n"
                                "    [other]    Other\r\n"
                                "      at       https://other\r\n"));
+}
+
+TEST_F(TerminalDialogTest, TellsWhichServerWasVerified) {
+  Dictionary store = Store();
+  store.Set("VerifiedHost", "gateway.example.com");
+  store.Set("VerifiedServer", "gateway");
+  EXPECT_THAT(ShownOf(store), HasSubstr("  Verified:    gateway.example.com\r\n"
+                                        "               (the default gateway)\r\n"
+                                        "  Operated by: Morvane\r\n"));
+  store.Set("VerifiedServer", "store");
+  EXPECT_THAT(ShownOf(store), HasSubstr("               (the store's own server)\r\n"));
+}
+
+TEST_F(TerminalDialogTest, TellsWhatAReplacementChanges) {
+  const Dictionary held{{"StoreName", "Sales"}, {"StoreURL", "https://old.example"}};
+  const Dictionary replacement{{"StoreName", "Sales"},
+                               {"StoreURL", "https://new.example"},
+                               {"ExternalBeacons", Array{"https://beacon\u202E.example"}}};
+  OpenDialog dialog = module_.ReplaceStore(PropertyList::Write(
+      Dictionary{{"StoreName", "Sales"}, {"HeldStore", held}, {"NewStore", replacement}}));
+  const std::string shown = terminal_.ReadUntil("Replace it with the new record? [y/N] ");
+  terminal_.Type("n\n");
+
+  EXPECT_EQ(dialog.Answer(), 0);
+  EXPECT_THAT(shown, HasSubstr("The new record changes:\r\n\r\n"
+                               "  Address:\r\n"
+                               "               Held: https://old.example\r\n"
+                               "               New: https://new.example\r\n"
+                               "  External beacon added:\r\n"
+                               "               https://beacon<U+202E>.example\r\n"));
+}
+
+TEST_F(TerminalDialogTest, TellsWhyAServerCouldNotBeVerified) {
+  module_.EntryPoints().errorMessage(PropertyList::Write(Dictionary{{"ErrorTitle", "Not verified"},
+                                                                    {"ErrorMessage", "The server"},
+                                                                    {"ErrorReason", "It expired."}})
+                                         .c_str());
+  EXPECT_THAT(terminal_.ReadUntil("expired."),
+              HasSubstr("  Not verified\r\n\r\n  The server\r\n  It expired."));
 }
 
 TEST_F(TerminalDialogTest, AcceptsYesInEverySpellingThatItOffers) {
@@ -187,8 +230,8 @@ TEST_F(TerminalDialogTest, AHostIsNeverCut) {
   EXPECT_THAT(Shown("StoreURL", address + "/" + std::string(300, 'p')),
               HasSubstr("  Address:     " + address + "\r\n  Path:        /" + std::string(199, 'p') +
                         "\xE2\x80\xA6\r\n"));
-  EXPECT_THAT(Shown("CertificateName", lure + ".evil"), HasSubstr("  Certificate: " + lure + ".evil\r\n"));
-  EXPECT_THAT(Shown("StoreProvider", lure + ".evil"), HasSubstr("  Provider:    " + lure + ".evil\r\n"));
+  EXPECT_THAT(Shown("CertificateName", lure + ".evil"), HasSubstr("  Issued by:   " + lure + ".evil\r\n"));
+  EXPECT_THAT(Shown("StoreProvider", lure + ".evil"), HasSubstr("  Operated by: " + lure + ".evil\r\n"));
   const Dictionary gateway{{"GatewayName", "G"}, {"GatewayURL", address + "/p"}, {"IsDefault", true}};
   EXPECT_THAT(Shown("StoreGateways", Array{gateway}),
               HasSubstr("      at       " + address + "\r\n      path     /p\r\n"));
@@ -210,12 +253,12 @@ TEST_F(TerminalDialogTest, ALongTextGoesOnBelowItselfAtEveryWidth) {
 }
 
 TEST_F(TerminalDialogTest, NoTextPassesForALineOfTheDialog) {
-  const std::string forged = "  Provider:    Somebody Else";
+  const std::string forged = "  Operated by: Somebody Else";
   const std::string wide = "\xE6\x9D\xB1";
   for (const std::string& name :
        {std::string(65, 'x') + forged, "x" + std::string(64, ' ') + forged, Repeated("\xC2\xA0", 65) + forged,
         "x" + Repeated("\xE3\x80\x80", 32) + forged, Repeated(wide, 32) + "x" + forged, "x\n" + forged}) {
-    EXPECT_THAT(LinesOnScreen(Shown("StoreName", name)), Contains(StartsWith("  Provider:")).Times(1))
+    EXPECT_THAT(LinesOnScreen(Shown("StoreName", name)), Contains(StartsWith("  Operated by:")).Times(1))
         << name;
   }
 }
@@ -271,7 +314,7 @@ TEST_F(TerminalDialogTest, AsksInLinesOnARawTerminalAndPutsItsModeBack) {
   const termios before = terminal_.Mode();
   OpenDialog dialog = AddStore(Store());
 
-  EXPECT_THAT(terminal_.ReadUntil(kQuestion), HasSubstr("Provider:    Morvane\r\n"));
+  EXPECT_THAT(terminal_.ReadUntil(kQuestion), HasSubstr("Operated by: Morvane\r\n"));
   terminal_.Type("nes\x7F\x7F\x7Fyes\r");
 
   EXPECT_EQ(dialog.Answer(), 1);
