@@ -2,6 +2,8 @@
 
 #include "libs/Bus/SdBus.h"
 
+#include <fcntl.h>
+
 #include <string_view>
 
 namespace Bus {
@@ -87,6 +89,38 @@ int ReadEntry(sd_bus_message* message, std::vector<PropertyList::Entry>& entries
   return result < 0 ? result : Container::Exit(message);
 }
 
+int AppendDescriptorOption(sd_bus_message* message, const std::string& name, int descriptor) {
+  int result = Container::Open(message, 'e', "sv");
+  if (result >= 0) result = sd_bus_message_append_basic(message, 's', name.c_str());
+  if (result >= 0) result = Container::Open(message, 'v', "h");
+  if (result >= 0) result = sd_bus_message_append_basic(message, 'h', &descriptor);
+  if (result >= 0) result = Container::Close(message);
+  return result < 0 ? result : Container::Close(message);
+}
+
+// The message closes its own ones.
+int ReadDescriptor(sd_bus_message* message, Files::FileDescriptor& descriptor) {
+  int borrowed = -1;
+  int result = Container::Enter(message, 'v', "h");
+  if (result >= 0) result = sd_bus_message_read_basic(message, 'h', &borrowed);
+  if (result < 0) return result;
+  descriptor = Files::FileDescriptor(::fcntl(borrowed, F_DUPFD_CLOEXEC, 0));
+  return descriptor ? Container::Exit(message) : -errno;
+}
+
+int ReadDescriptorOption(sd_bus_message* message, DescriptorOptions& options) {
+  std::string name;
+  const char* contents = nullptr;
+  int result = Container::Enter(message, 'e', "sv");
+  if (result >= 0) result = ReadText(message, 's', name);
+  if (result >= 0) result = sd_bus_message_peek_type(message, nullptr, &contents);
+  if (result < 0) return result;
+  Files::FileDescriptor& descriptor = options[name];
+  const bool isDescriptor = std::string_view(contents) == "h";
+  result = isDescriptor ? ReadDescriptor(message, descriptor) : sd_bus_message_skip(message, "v");
+  return result < 0 ? result : Container::Exit(message);
+}
+
 }  // namespace
 
 namespace Container {
@@ -129,6 +163,20 @@ int Codec<ObjectPath>::Read(sd_bus_message* message, ObjectPath& path) {
   return ReadText(message, 'o', path.text);
 }
 
+int Codec<DescriptorOptions>::Append(sd_bus_message* message, const DescriptorOptions& options) {
+  int result = Container::Open(message, 'a', "{sv}");
+  for (const auto& [name, descriptor] : options) {
+    if (result >= 0) result = AppendDescriptorOption(message, name, descriptor.Get());
+  }
+  return result < 0 ? result : Container::Close(message);
+}
+
+int Codec<DescriptorOptions>::Read(sd_bus_message* message, DescriptorOptions& options) {
+  int result = Container::Enter(message, 'a', "{sv}");
+  while (result >= 0 && !Container::IsAtEnd(message)) result = ReadDescriptorOption(message, options);
+  return result < 0 ? result : Container::Exit(message);
+}
+
 int Codec<bool>::Append(sd_bus_message* message, const bool& truth) {
   const int flag = static_cast<int>(truth);
   return sd_bus_message_append_basic(message, 'b', &flag);
@@ -139,6 +187,14 @@ int Codec<bool>::Read(sd_bus_message* message, bool& truth) {
   const int result = sd_bus_message_read_basic(message, 'b', &flag);
   truth = flag != 0;
   return result;
+}
+
+int Codec<std::int32_t>::Append(sd_bus_message* message, const std::int32_t& number) {
+  return sd_bus_message_append_basic(message, 'i', &number);
+}
+
+int Codec<std::int32_t>::Read(sd_bus_message* message, std::int32_t& number) {
+  return sd_bus_message_read_basic(message, 'i', &number);
 }
 
 int Codec<std::uint32_t>::Append(sd_bus_message* message, const std::uint32_t& number) {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "libs/Files/FileDescriptor.h"
 #include "libs/PropertyList/PropertyList.h"
 
 #include <cerrno>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,10 +30,10 @@ struct Variant {
 // How a type travels: its signature, and how it is appended to a message and read from one. Append and Read
 // answer a negative error code on failure. Text is UTF-8 that the bus carries (Bus::Text).
 //
-// What stands for what: std::string s, bool b, std::uint32_t u, std::uint64_t t, std::vector an array. A
-// property list's dictionary is a{sv} with text as s, booleans as b, whole numbers as t and arrays of
-// dictionaries as aa{sv}. No other kinds are sent; what else comes in a variant is read as what is nearest to
-// it (u and t as a number, o as text, any array as an array), or passed over.
+// What stands for what: std::string s, bool b, std::int32_t i, std::uint32_t u, std::uint64_t t, std::vector
+// an array. A property list's dictionary is a{sv} with text as s, booleans as b, whole numbers as t and
+// arrays of dictionaries as aa{sv}. No other kinds are sent; what else comes in a variant is read as what is
+// nearest to it (u and t as a number, o as text, any array as an array), or passed over.
 template <class Type>
 struct Codec;
 
@@ -46,6 +48,7 @@ struct Codec;
 SR_BUS_CODEC(std::string, "s");
 SR_BUS_CODEC(ObjectPath, "o");
 SR_BUS_CODEC(bool, "b");
+SR_BUS_CODEC(std::int32_t, "i");
 SR_BUS_CODEC(std::uint32_t, "u");
 SR_BUS_CODEC(std::uint64_t, "t");
 SR_BUS_CODEC(PropertyList::Dictionary, "a{sv}");
@@ -118,6 +121,16 @@ template <>
 struct Codec<PropertyList::Value> {
   static std::string Signature() { return "v"; }
   [[nodiscard]] static int Read(sd_bus_message* message, PropertyList::Value& value);
+};
+
+// The options ("a{sv}") of a call of which only descriptors ("h") count: read, an option of another kind has
+// none; sent, each has one.
+using DescriptorOptions = std::map<std::string, Files::FileDescriptor>;
+template <>
+struct Codec<DescriptorOptions> {
+  static std::string Signature() { return "a{sv}"; }
+  [[nodiscard]] static int Append(sd_bus_message* message, const DescriptorOptions& options);
+  [[nodiscard]] static int Read(sd_bus_message* message, DescriptorOptions& options);
 };
 
 template <class... Types>

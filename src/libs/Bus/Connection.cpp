@@ -64,6 +64,20 @@ Result<Message> ReplyOf(sd_bus_message* message) {
   return Message(message);
 }
 
+// Without a callback of its own, a match that the bus refuses would end the connection.
+int PassOverRefusal(sd_bus_message* /*reply*/, void* /*handler*/, sd_bus_error* /*error*/) {
+  return 0;
+}
+
+// The library calls again and again for a peer that has left, unless more than 0 is returned.
+int HandleLeft(sd_bus_track* /*track*/, void* handler) {
+  static_cast<void>(Caught([&]() -> Result<> {
+    (*static_cast<std::function<void()>*>(handler))();
+    return Nothing{};
+  }));
+  return 1;
+}
+
 int HandleReply(sd_bus_message* message, void* handler, sd_bus_error* /*error*/) {
   Call<Connection::ReplyHandler>(handler, ReplyOf(message));
   return 0;
@@ -155,6 +169,26 @@ Result<Slot> Connection::Match(const std::string& rule, MessageHandler handler) 
   return Owned(result, slot, std::move(owned));
 }
 
+Result<Slot> Connection::MatchLater(const std::string& rule, MessageHandler handler) {
+  auto owned = std::make_unique<MessageHandler>(std::move(handler));
+  sd_bus_slot* slot = nullptr;
+  const int result =
+      sd_bus_add_match_async(bus_.get(), &slot, rule.c_str(), HandleMatch, PassOverRefusal, owned.get());
+  return Owned(result, slot, std::move(owned));
+}
+
+Result<PeerWatch> Connection::WatchPeer(const std::string& uniqueName, std::function<void()> left) {
+  auto handler = std::make_unique<std::function<void()>>(std::move(left));
+  sd_bus_track* track = nullptr;
+  const int result = sd_bus_track_new(bus_.get(), &track, HandleLeft, handler.get());
+  Result<PeerWatch> watch =
+      Owning<PeerWatch>(result, track, std::move(handler), sd_bus_track_set_destroy_callback);
+  if (!watch) return watch;
+  if (const int added = sd_bus_track_add_name(track, uniqueName.c_str()); added < 0)
+    return Error::OfResult(added);
+  return watch;
+}
+
 Result<Slot> Connection::TakeEverything(MessageHandler handler) {
   auto owned = std::make_unique<MessageHandler>(std::move(handler));
   sd_bus_slot* slot = nullptr;
@@ -177,10 +211,12 @@ Result<Message> Connection::NewEmptyCall(const Service& service, const CallOptio
   return Message(std::move(owned));
 }
 
-Result<Message> Connection::NewSignal(const char* path, const char* interface, const char* member) {
+Result<Message> Connection::NewSignal(const char* receiver, const char* path, const char* interface,
+                                      const char* member) {
   sd_bus_message* signal = nullptr;
-  const int result = sd_bus_message_new_signal(bus_.get(), &signal, path, interface, member);
+  int result = sd_bus_message_new_signal(bus_.get(), &signal, path, interface, member);
   BusMessagePtr owned(signal);
+  if (result >= 0 && receiver != nullptr) result = sd_bus_message_set_destination(signal, receiver);
   if (result < 0) return Error::OfResult(result);
   return Message(std::move(owned));
 }

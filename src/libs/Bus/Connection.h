@@ -32,6 +32,9 @@ struct CallOptions {
 // it go.
 using Slot = BusSlotPtr;
 
+// Another program's connection to the bus that is watched while this lives.
+using PeerWatch = BusTrackPtr;
+
 // Leaves a call's handler to the connection, which lets it go behind the reply.
 void LeaveToConnection(Slot call);
 
@@ -100,7 +103,13 @@ class Connection {
   template <class... Values>
   [[nodiscard]] Result<> Emit(const char* path, const char* interface, const char* member,
                               const Values&... values) {
-    const Result<Message> signal = NewSignal(path, interface, member);
+    return EmitTo(nullptr, path, interface, member, values...);
+  }
+  // The same to the owner of one name alone; null for everybody.
+  template <class... Values>
+  [[nodiscard]] Result<> EmitTo(const char* receiver, const char* path, const char* interface,
+                                const char* member, const Values&... values) {
+    const Result<Message> signal = NewSignal(receiver, path, interface, member);
     if (!signal) return signal.Failure();
     if (const int result = AppendAll(signal->Get(), values...); result < 0) return Error::OfResult(result);
     return Send(*signal);
@@ -108,8 +117,14 @@ class Connection {
 
   // Signals that the rule, in the bus's language, lets through. Waits for the bus.
   [[nodiscard]] Result<Slot> Match(const std::string& rule, MessageHandler handler);
+  // The same without waiting, and without being told where the bus refuses it.
+  [[nodiscard]] Result<Slot> MatchLater(const std::string& rule, MessageHandler handler);
   // All that arrives; nobody else gets it.
   [[nodiscard]] Result<Slot> TakeEverything(MessageHandler handler);
+
+  // Calls the handler once the connection with that unique name has left the bus, which is a failure where it
+  // has left already. Waits for the bus.
+  [[nodiscard]] Result<PeerWatch> WatchPeer(const std::string& uniqueName, std::function<void()> left);
 
   // Handles one message, or sends what waits to be sent; false when there is nothing to do.
   [[nodiscard]] Result<bool> Process();
@@ -150,7 +165,8 @@ class Connection {
   [[nodiscard]] static Error Unmade(const char* method, const Error& failure);
   [[nodiscard]] Result<Message> NewEmptyCall(const Service& service, const CallOptions& options,
                                              const char* method);
-  [[nodiscard]] Result<Message> NewSignal(const char* path, const char* interface, const char* member);
+  [[nodiscard]] Result<Message> NewSignal(const char* receiver, const char* path, const char* interface,
+                                          const char* member);
   [[nodiscard]] Result<Message> SendAndWait(const Message& call, const CallOptions& options);
   [[nodiscard]] Result<Slot> Send(const Message& call, const CallOptions& options, ReplyHandler handler);
   [[nodiscard]] Result<> Send(const Message& message);

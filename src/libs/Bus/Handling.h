@@ -9,6 +9,11 @@
 
 namespace Bus {
 
+// The unique name of the connection that a call comes from.
+struct Caller {
+  std::string name;
+};
+
 // Sends the reply to a call, with these results.
 template <class... Types>
 Result<> Reply(sd_bus_message* call, const Types&... results) {
@@ -46,6 +51,15 @@ struct Answer<Result<>> {
     return result ? Reply(call) : result;
   }
 };
+template <class Value>
+struct Answer<Result<Value>> {
+  static std::string Types() { return SignatureOf<Value>(); }
+  template <class Work>
+  static Result<> With(sd_bus_message* call, const Work& work) {
+    const Result<Value> result = work();
+    return result ? Reply(call, *result) : result.Failure();
+  }
+};
 template <class... Values>
 struct Answer<std::tuple<Values...>> {
   static std::string Types() { return SignatureOf<Values...>(); }
@@ -66,6 +80,18 @@ struct Handling {
     if (const int result = ReadAll(call, arguments); result < 0) return Error::OfResult(result);
     return Answer<Returned>::With(
         call, [&]() -> decltype(auto) { return std::apply(handler, std::move(arguments)); });
+  }
+};
+// One that takes who calls, too.
+template <class Returned, class... Taken>
+struct Handling<Returned, Caller, Taken...> {
+  static std::string ArgumentTypes() { return SignatureOf<Taken...>(); }
+  static std::string ResultTypes() { return Answer<Returned>::Types(); }
+  template <class Handler>
+  static Result<> Handle(sd_bus_message* call, const Handler& handler) {
+    Caller caller{Message(call).Sender()};
+    return Handling<Returned, Taken...>::Handle(
+        call, [&](Taken... arguments) { return handler(caller, std::move(arguments)...); });
   }
 };
 // One that answers the call itself.

@@ -20,8 +20,9 @@ class Interface {
 
   explicit Interface(std::string name) : name_(std::move(name)) {}
 
-  // `handler` takes the arguments and returns nothing, a value, a std::tuple of several, or a Result<> for
-  // nothing or an error. One that takes a Deferred before the arguments returns nothing and answers with it.
+  // `handler` takes the arguments and returns nothing, a value, a std::tuple of several, or a Result of
+  // nothing or of a value for what may be an error. One that takes a Deferred before the arguments returns
+  // nothing and answers with it; one that takes a Caller there is told who calls.
   template <class Handler>
   void Method(const std::string& name, Names arguments, Names results, Handler handler) {
     using Types = HandlerTypes<Handler>;

@@ -19,6 +19,10 @@ Error Error::NotSupported(std::string text) {
   return {EOPNOTSUPP, SD_BUS_ERROR_NOT_SUPPORTED, std::move(text)};
 }
 
+Error Error::InvalidArguments(std::string text) {
+  return {EINVAL, SD_BUS_ERROR_INVALID_ARGS, std::move(text)};
+}
+
 bool Error::IsForWantOfOwner() const {
   return name == SD_BUS_ERROR_NAME_HAS_NO_OWNER || name == SD_BUS_ERROR_SERVICE_UNKNOWN;
 }

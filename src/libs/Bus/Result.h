@@ -17,9 +17,10 @@ struct Error {
 
   // `result`: the negative error code of a call of the bus's library.
   [[nodiscard]] static Error OfResult(int result);
-  // Answers to a call: its work failed, or the method does nothing.
+  // Answers to a call: its work failed, the method does nothing, or its arguments make no sense.
   [[nodiscard]] static Error Failed(std::string text);
   [[nodiscard]] static Error NotSupported(std::string text);
+  [[nodiscard]] static Error InvalidArguments(std::string text);
 
   // Whether nobody owns the name that was called, and nobody could be started for it.
   [[nodiscard]] bool IsForWantOfOwner() const;

@@ -11,6 +11,7 @@ namespace Bus {
 using BusPtr = Lifetime::UniqueHandle<sd_bus, sd_bus_flush_close_unref>;
 using BusMessagePtr = Lifetime::UniqueHandle<sd_bus_message, sd_bus_message_unref>;
 using BusSlotPtr = Lifetime::UniqueHandle<sd_bus_slot, sd_bus_slot_unref>;
+using BusTrackPtr = Lifetime::UniqueHandle<sd_bus_track, sd_bus_track_unref>;
 using EventLoopPtr = Lifetime::UniqueHandle<sd_event, sd_event_unref>;
 using EventSourcePtr = Lifetime::UniqueHandle<sd_event_source, sd_event_source_disable_unref>;
 
