@@ -180,6 +180,13 @@ HelperProcess::~HelperProcess() {
   Reap(id_);
 }
 
+bool HelperProcess::HasSucceeded() const {
+  siginfo_t end{};
+  const auto process = static_cast<id_t>(process_.Get());
+  return ::waitid(P_PIDFD, process, &end, WEXITED | WNOHANG | WNOWAIT) == 0 && end.si_code == CLD_EXITED &&
+         end.si_status == 0;
+}
+
 std::size_t HelperProcess::SendSome(std::string_view text) const {
   if (text.empty()) return 0;
   const ssize_t count = ::send(input_.Get(), text.data(), text.size(), MSG_NOSIGNAL);

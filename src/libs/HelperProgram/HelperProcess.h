@@ -46,6 +46,8 @@ class HelperProcess {
 
   // Readable when the program has ended, even if a child of its own still holds the output.
   [[nodiscard]] int Ended() const { return process_.Get(); }
+  // Whether it has ended, with status 0.
+  [[nodiscard]] bool HasSucceeded() const;
 
  private:
   HelperProcess(pid_t id, Files::FileDescriptor process, Files::FileDescriptor input,
