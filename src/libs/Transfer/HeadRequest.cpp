@@ -1,5 +1,7 @@
 #include "libs/Transfer/HeadRequest.h"
 
+#include "libs/Transfer/StreamErrorCode.h"
+
 namespace Transfer {
 namespace {
 
@@ -19,6 +21,13 @@ std::unique_ptr<HeadRequest> HeadRequest::Make(const std::string& url) {
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, DiscardBytes);
   curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, request->reason_.data());
   return request;
+}
+
+PeerProblem HeadRequest::Problem() const {
+  const bool isRefused = StreamErrorCode::FromTransfer(result_, false) == StreamErrorCode::kChainInvalid;
+  if (!transfer_->IsSecure() || (result_ != CURLE_OK && !isRefused && result_ != CURLE_SSL_CONNECT_ERROR))
+    return {};
+  return transfer_->Trust().Problem(!isRefused);
 }
 
 const STACK_OF(X509) * HeadRequest::TrustedChain() const {

@@ -1,5 +1,12 @@
 #include "libs/Transfer/PeerTrust.h"
 
+#include "libs/Transfer/CertificateNames.h"
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <utility>
+
 namespace Transfer {
 namespace {
 
@@ -33,6 +40,57 @@ bool SaysRevoked(OCSP_BASICRESP* answer, const X509* certificate, const X509* is
   return false;
 }
 
+std::string Text(const ASN1_TIME* time) {
+  std::tm parts{};
+  std::array<char, sizeof "2026-11-22 13:05 UTC"> text{};
+  if (ASN1_TIME_to_tm(time, &parts) != 1) return {};
+  return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M UTC", &parts)};
+}
+
+// The first few, of which there may be many.
+std::string HostsOf(const X509* certificate) {
+  constexpr std::size_t kMost = 3;
+  std::vector<std::string> hosts = CertificateNames::Hosts(certificate);
+  if (hosts.empty()) return CertificateNames::CommonName(certificate).value_or("");
+  std::string text;
+  for (std::size_t i = 0; i < std::min(hosts.size(), kMost); ++i) text += (i == 0 ? "" : ", ") + hosts[i];
+  return hosts.size() > kMost ? text + ", ..." : text;
+}
+
+PeerProblem ProblemOf(int error, const X509* certificate) {
+  using Kind = PeerProblem::Kind;
+  switch (error) {
+    case X509_V_ERR_CERT_HAS_EXPIRED:
+      return {Kind::Expired, Text(X509_get0_notAfter(certificate))};
+    case X509_V_ERR_CERT_NOT_YET_VALID:
+      return {Kind::NotYetValid, Text(X509_get0_notBefore(certificate))};
+    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
+    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
+    case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
+    case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
+    case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
+      return {Kind::UnknownIssuer, CertificateNames::Issuer(certificate).value_or("")};
+    case X509_V_ERR_CERT_REVOKED:
+      return {Kind::Revoked};
+    default:
+      return {};
+  }
+}
+
+// Without a certificate that was seen before, there is no cipher that both know.
+bool MeansNoCommonProtocol(int alert, bool sawCertificate) {
+  const int description = alert & 0xFF;
+  return description == SSL_AD_PROTOCOL_VERSION || description == SSL_AD_INSUFFICIENT_SECURITY ||
+         (description == SSL_AD_HANDSHAKE_FAILURE && !sawCertificate);
+}
+
+// Whether the alert that we send is for an old protocol. The alert alone does not tell: what is no TLS at all
+// gets the same one.
+bool RefusedProtocol() {
+  const int reason = ERR_GET_REASON(ERR_peek_last_error());
+  return reason == SSL_R_UNSUPPORTED_PROTOCOL || reason == SSL_R_LEGACY_SIGALG_DISALLOWED_OR_UNSUPPORTED;
+}
+
 }  // namespace
 
 void PeerTrust::Watch(SSL_CTX* context) {
@@ -41,17 +99,52 @@ void PeerTrust::Watch(SSL_CTX* context) {
   store_.reset();
   stapledAnswer_.clear();
   receivedFatalAlert_ = false;
+  sawCertificate_ = false;
+  problem_ = {};
   SSL_CTX_set_ex_data(context, OwnerIndex(), this);
   SSL_CTX_set_info_callback(context, Observe);
+  SSL_CTX_set_verify(context, SSL_CTX_get_verify_mode(context), TakeVerification);
   SSL_CTX_set_tlsext_status_type(context, TLSEXT_STATUSTYPE_ocsp);
 }
 
-void PeerTrust::Observe(const SSL* session, int where, int value) noexcept {
+// A proxy's session has a context of its own and says nothing about the server behind it.
+PeerTrust* PeerTrust::Of(const SSL* session) {
   SSL_CTX* const context = SSL_get_SSL_CTX(session);
   auto* const trust = static_cast<PeerTrust*>(SSL_CTX_get_ex_data(context, OwnerIndex()));
-  // A proxy's session has a context of its own and says nothing about the server behind it.
-  if (trust == nullptr || trust->context_ != context) return;
-  if (where == SSL_CB_READ_ALERT && IsFatal(value)) trust->receivedFatalAlert_ = true;
+  return trust != nullptr && trust->context_ == context ? trust : nullptr;
+}
+
+void PeerTrust::TakeAlert(int where, int value) {
+  if (where == SSL_CB_READ_ALERT && IsFatal(value)) {
+    receivedFatalAlert_ = true;
+    if (MeansNoCommonProtocol(value, sawCertificate_)) problem_ = {PeerProblem::Kind::NoCommonProtocol};
+  }
+  if (where == SSL_CB_WRITE_ALERT && IsFatal(value) && RefusedProtocol()) {
+    problem_ = {PeerProblem::Kind::NoCommonProtocol};
+  }
+}
+
+// The library's own verification decides; this only looks on.
+int PeerTrust::TakeVerification(int isGood, X509_STORE_CTX* verification) noexcept {
+  const auto* const session =
+      static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(verification, SSL_get_ex_data_X509_STORE_CTX_idx()));
+  PeerTrust* const trust = session != nullptr ? Of(session) : nullptr;
+  if (trust == nullptr) return isGood;
+  trust->sawCertificate_ = true;
+  const X509* const certificate = X509_STORE_CTX_get_current_cert(verification);
+  if (isGood != 0 || certificate == nullptr) return isGood;
+  try {
+    trust->problem_ = ProblemOf(X509_STORE_CTX_get_error(verification), certificate);
+  } catch (...) {
+    trust->problem_ = {};
+  }
+  return isGood;
+}
+
+void PeerTrust::Observe(const SSL* session, int where, int value) noexcept {
+  PeerTrust* const trust = Of(session);
+  if (trust == nullptr) return;
+  trust->TakeAlert(where, value);
   if (where != SSL_CB_HANDSHAKE_DONE) return;
   try {
     trust->TakeHandshake(const_cast<SSL*>(session));
@@ -74,6 +167,13 @@ bool PeerTrust::Evaluate() const {
   const bool revoked = IsRevoked();
   ERR_clear_error();
   return !revoked;
+}
+
+PeerProblem PeerTrust::Problem(bool isVerified) const {
+  if (problem_.kind != PeerProblem::Kind::None || !chain_) return problem_;
+  // The chain is trusted, so what the transfer has found wrong is the name.
+  if (!isVerified) return {PeerProblem::Kind::OtherHost, HostsOf(sk_X509_value(chain_.get(), 0))};
+  return Evaluate() ? PeerProblem() : PeerProblem{PeerProblem::Kind::Revoked};
 }
 
 bool PeerTrust::IsRevoked() const {

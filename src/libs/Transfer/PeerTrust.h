@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libs/Transfer/OpenSslHandles.h"
+#include "libs/Transfer/PeerProblem.h"
 
 #include <vector>
 
@@ -27,8 +28,15 @@ class PeerTrust {
   // revoked.
   [[nodiscard]] bool Evaluate() const;
 
+  // Why the peer is not trusted. `isVerified`: the transfer has found nothing wrong with it.
+  [[nodiscard]] PeerProblem Problem(bool isVerified) const;
+
  private:
+  // Null for a session that says nothing about the peer.
+  [[nodiscard]] static PeerTrust* Of(const SSL* session);
   static void Observe(const SSL* session, int where, int value) noexcept;
+  static int TakeVerification(int isGood, X509_STORE_CTX* verification) noexcept;
+  void TakeAlert(int where, int value);
   void TakeHandshake(SSL* session);
   [[nodiscard]] bool IsRevoked() const;
 
@@ -37,6 +45,8 @@ class PeerTrust {
   X509StorePtr store_;
   std::vector<unsigned char> stapledAnswer_;  // DER; empty when the peer sent none
   bool receivedFatalAlert_ = false;
+  bool sawCertificate_ = false;
+  PeerProblem problem_;  // that ended the handshake
 };
 
 }  // namespace Transfer
