@@ -4,7 +4,9 @@
 #include "SRLib/Platform/IServiceRecordsNotifications.h"
 #include "SRLib/Platform/Messages.h"
 #include "SRLib/Platform/SSLValidationDetails.h"
+#include "SRLib/Provider/DialogSubject.h"
 #include "SRLib/Provider/FetchedDocument.h"
+#include "SRLib/Provider/Opening.h"
 #include "SRLib/Provider/StoreBounds.h"
 #include "SRLib/Provider/StoreConnection.h"
 #include "SRLib/Provider/StoreSearch.h"
@@ -39,10 +41,6 @@ std::optional<ProviderParts>& RegisteredParts() {
 SearchRecord RecordOfLookup() {
   if (!trace::IsEnabled()) return nullptr;
   return [](const std::wstring& step) { SR_TRACE(0) << "SRProvider::GetStoreFromURL " << step; };
-}
-
-void RefuseBeyond(const std::string& bound) {
-  SR_TRACE(2) << "...The document is not taken: with it the list would hold " << bound;
 }
 
 }  // namespace
@@ -94,11 +92,17 @@ void SRProvider::InboundUpdate(const std::wstring& document, bool& updated) {
 
 StoreMap SRProvider::ReadDocument(const std::wstring& document, bool dsTrusted) const {
   StoreMap stores = SRXMLProvider().Parse(document);
+  Opening::NoteStores(stores);
   const CriticalSectionLock lock(*lock_);
   const auto bound = BoundPassedByMerge(stores_.Get(), stores, dsTrusted);
   if (!bound) return stores;
-  RefuseBeyond(*bound);
+  RefuseBeyond(*bound, dsTrusted);
   return {};
+}
+
+void SRProvider::RefuseBeyond(const std::string& bound, bool dsTrusted) const {
+  SR_TRACE(2) << "...The document is not taken: with it the list would hold " << bound;
+  if (!dsTrusted) Opening::NoteNotSaved(parts_.message(util::kReasonListFull));
 }
 
 void SRProvider::MergeStores(StoreMap& incoming, bool dsTrusted, bool& updated) {
@@ -117,23 +121,38 @@ bool SRProvider::MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& upd
         store.SetAllBeaconsDSConfirmed();
       }
       changed.emplace(id, store);
-    } else if (dsTrusted || Notification()->ShowStoreReplaceDialog(held->second.GetStoreName()) ==
-                                IServiceRecordsNotifications::kAccepted) {
+      if (!dsTrusted) Opening::NoteAccepted(id, false);
+    } else if (dsTrusted || MayReplace(held->second, store)) {
       changed.emplace(id, held->second).first->second.Merge(store, dsTrusted, parts_.configuration);
     }
   }
   if (changed.empty()) return true;
   if (const auto bound = BoundPassed(stores, changed)) {
-    RefuseBeyond(*bound);
+    RefuseBeyond(*bound, dsTrusted);
     return false;
   }
   StoreMap& merged = stores_.Change();
   for (auto& [id, store] : changed) {
-    if (const auto held = merged.find(id); held != merged.end()) held->second = std::move(store);
+    const auto held = merged.find(id);
+    const auto ofHeld = dsTrusted ? ListChange::Kind::Confirmed : ListChange::Kind::Replaced;
+    NoteChange(held == merged.end() ? ListChange::Kind::Added : ofHeld, store);
+    if (held != merged.end()) held->second = std::move(store);
   }
   merged.merge(changed);
   updated = true;
   return true;
+}
+
+bool SRProvider::MayReplace(const SRStore& held, const SRStore& incoming) const {
+  const DialogSubject subject(Replacement{held, incoming});
+  const std::int32_t answer = Notification()->ShowStoreReplaceDialog(held.GetStoreName());
+  const bool accepted = answer == IServiceRecordsNotifications::kAccepted;
+  if (accepted) {
+    Opening::NoteAccepted(incoming.GetStoreID(), true);
+  } else {
+    Opening::NoteDeclined(incoming.GetStoreID());
+  }
+  return accepted;
 }
 
 bool SRProvider::RemoveStore(const std::wstring& id) {
@@ -143,8 +162,10 @@ bool SRProvider::RemoveStore(const std::wstring& id) {
     SR_TRACE(2) << "Service Record Id is empty";
   } else if (MayChange()) {
     const CriticalSectionLock lock(*lock_);
-    removed = stores_.Change().erase(id) != 0;
+    const auto store = stores_.Change().extract(id);
+    removed = !store.empty();
     if (removed) {
+      NoteChange(ListChange::Kind::Deleted, store.mapped());
       for (const auto& watch : removalWatches_) {
         if (const auto ids = watch.lock()) ids->insert(id);
       }
@@ -174,6 +195,7 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
   std::wstring text;
   if (filePath.size() < 3 || !parts_.readDocument(filePath.substr(1, filePath.size() - 2), text)) {
     SR_TRACE(2) << "...Failed to read SR file.";
+    Opening::NoteStores({});
     return;
   }
   StoreMap stores = ReadDocument(text, false);
@@ -191,6 +213,8 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
     }
     // While the user was asked, others may have filled the list.
     if (!MergeAccepted(stores, accepted)) TellNoStores();
+  } else {
+    Opening::NoteNotSaved(parts_.message(util::kReasonListNotRead));
   }
   SR_TRACE(0) << "<- Outbound SR User confirmation finished. File: " << filePath;
 }
@@ -212,6 +236,9 @@ bool SRProvider::MergeAccepted(StoreMap& stores, StoreMap& accepted) {
   if (!updated) return true;
   accepted = stores;  // also those whose replacement the user declined
   SaveAndPublish();
+  if (StateOfSavedStores() == SavedStores::State::Unsaved) {
+    Opening::NoteNotSaved(parts_.message(util::kReasonListNotWritten));
+  }
   return true;
 }
 
@@ -219,17 +246,36 @@ bool SRProvider::VerifyUserTrust(SRStore& store) {
   SRGateway gateway;
   const bool hasGateway = store.GetDefaultGatewayRef(gateway, parts_.configuration);
   SSLValidationDetails details;
-  if (hasGateway && VerifyServer(store, gateway.GetLocation(), gateway.GetLocation(), details)) return true;
+  std::wstring asked = gateway.GetLocation();
+  if (hasGateway && VerifyServer(store, asked, asked, details)) return true;
   // The store's own address stands in only for a gateway that could not be reached.
   if (!hasGateway || details.Result == SSLValidationDetails::kServerNotContacted) {
     details.Reset();
-    if (VerifyServer(store, store.GetStoreURL(), gateway.GetLocation(), details)) return true;
+    asked = store.GetStoreURL();
+    if (VerifyServer(store, asked, gateway.GetLocation(), details)) return true;
   }
-  if (details.Result == SSLValidationDetails::kUserDoesNotTrustServer) return false;
+  if (details.Result == SSLValidationDetails::kUserDoesNotTrustServer) {
+    Opening::NoteDeclined(store.GetStoreID());
+  } else {
+    Opening::NoteNotVerified(store.GetStoreID(), ReasonOf(details));
+    TellNotVerified(asked, details);
+  }
+  return false;
+}
+
+// The dialog's message says as much as the general ones.
+std::wstring SRProvider::ReasonOf(const SSLValidationDetails& details) const {
+  if (!details.Reason.empty()) return details.Reason;
+  return parts_.message(details.Result == SSLValidationDetails::kCertificatesNotFetched
+                            ? util::kReasonNotSecured
+                            : util::kReasonNotReached);
+}
+
+void SRProvider::TellNotVerified(const std::wstring& url, const SSLValidationDetails& details) const {
   std::wstring message;
   for (const std::wstring& error : details.Errors) message += error + L" ";
+  const DialogSubject subject(ServerProblem{url, details.Reason, details.TechnicalDetails});
   Notification()->ShowSRErrorDialog(parts_.message(util::kMessageStoreTitle), message);
-  return false;
 }
 
 bool SRProvider::VerifyServer(SRStore& store, const std::wstring& url, const std::wstring& /*secondUrl*/,
@@ -243,6 +289,7 @@ bool SRProvider::VerifyServer(SRStore& store, const std::wstring& url, const std
   SRGateway gateway;
   store.GetDefaultGatewayRef(gateway, parts_.configuration);
   const auto otherGateways = PrepareOtherGateways(store);
+  const DialogSubject subject(VerifiedServer{url, url == gateway.GetLocation()});
   const std::int32_t answer = Notification()->ShowTrustDialog(
       details.Issuer, details.Organization, store.GetStoreName(), store.GetStoreURL(),
       {gateway.GetName(), gateway.GetLocation()}, otherGateways);
@@ -278,6 +325,8 @@ void SRProvider::OutboundDSConfirm(StoreMap& stores, bool& updated) {
     const CriticalSectionLock lock(*lock_);
     MergeFetchedDocuments(documents, *removed, updated);
     if (updated) SaveAndPublish();
+    // With the whole list that was saved now, or with an earlier one.
+    if (StateOfSavedStores() == SavedStores::State::Good) Opening::NoteSaved();
   }
   SR_TRACE(0) << "<- Outbound DS confirmation finished";
 }
@@ -291,6 +340,7 @@ std::shared_ptr<const std::set<std::wstring>> SRProvider::WatchRemovals() {
 }
 
 bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled) {
+  const DialogSubject subject(ServerProblem{store.GetStoreURL()});
   std::wstring response;
   if (!MakeConnection(store, response, canceled)) {
     if (!canceled) ShowError(util::kMessageStoreTitle, util::kMessageDiscoveryConnectionFailed);
@@ -365,7 +415,14 @@ bool SRProvider::SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, 
   StoreMap& stores = stores_.Change();
   const auto match = std::find_if(stores.begin(), stores.end(),
                                   [&](const auto& entry) { return (entry.second.*field)() == value; });
-  return match != stores.end() && match->second.SetDefaultGateway(gatewayName);
+  if (match == stores.end() || !match->second.SetDefaultGateway(gatewayName)) return false;
+  NoteChange(ListChange::Kind::DefaultGateway, match->second).defaultGateway = gatewayName;
+  return true;
+}
+
+ListChange& SRProvider::NoteChange(ListChange::Kind kind, const SRStore& store) {
+  changes_.push_back({kind, store.GetStoreID(), store.GetStoreName(), store.GetStoreURL()});
+  return changes_.back();
 }
 
 std::vector<std::pair<std::wstring, std::wstring>> SRProvider::PrepareOtherGateways(SRStore& store) const {

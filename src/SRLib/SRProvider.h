@@ -2,6 +2,7 @@
 
 #include "SRLib/Platform/GenericCS.h"
 #include "SRLib/Provider/HeldStores.h"
+#include "SRLib/Provider/ListChange.h"
 #include "SRLib/Provider/ProviderParts.h"
 #include "SRLib/Provider/SavedStores.h"
 #include "SRLib/SRStore.h"
@@ -131,11 +132,20 @@ class SRProvider {
 
   void Save() SR_REQUIRES(*lock_);
   void SaveAndPublish() SR_REQUIRES(*lock_);
+  // What the next SaveAndPublish announces, too.
+  ListChange& NoteChange(ListChange::Kind kind, const SRStore& store) SR_REQUIRES(*lock_);
   void Publish() SR_REQUIRES(*lock_);
+  // Whether the user wants the record instead of the one that is held.
+  [[nodiscard]] bool MayReplace(const SRStore& held, const SRStore& incoming) const;
   // MergeStores; false when nothing was merged because the list would pass a bound.
   bool MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& updated) SR_REQUIRES(*lock_);
   [[nodiscard]] bool MergeAccepted(StoreMap& stores, StoreMap& accepted);
   void ShowError(int title, int message) const;
+  void RefuseBeyond(const std::string& bound, bool dsTrusted) const;
+  // Why the server is not trusted.
+  [[nodiscard]] std::wstring ReasonOf(const SSLValidationDetails& details) const;
+  // Tells the user that the server at this URL is not trusted.
+  void TellNotVerified(const std::wstring& url, const SSLValidationDetails& details) const;
   // Tells the user that an opened file counts as one without stores.
   void TellNoStores() const;
   bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,
@@ -143,7 +153,8 @@ class SRProvider {
 
   const ProviderParts parts_;
   HeldStores stores_ SR_GUARDED_BY(*lock_);
-  mutable ThreadSafety::Mutex publishedMutex_;  // held for as long as a pointer is copied
+  std::vector<ListChange> changes_ SR_GUARDED_BY(*lock_);  // since the list was saved last
+  mutable ThreadSafety::Mutex publishedMutex_;             // held for as long as a pointer is copied
   std::shared_ptr<const StoreSnapshot> published_ SR_GUARDED_BY(publishedMutex_) = stores_.Snapshot();
   SavedStores saved_;
   std::function<void()> listWasRead_ SR_GUARDED_BY(*lock_);

@@ -41,7 +41,8 @@ class ProviderTest : public CoreTest {
             .waitOneSecond = [this] { return clock_.Pass(); },
             .requests = server_,
             .warden = FakeWarden::Functions(),
-            .validations = validations_};
+            .validations = validations_,
+            .announce = [this](const auto& changes) { announced_.push_back(changes); }};
   }
 
   // Takes the stores into the list as they are, without saving or publishing.
@@ -56,6 +57,7 @@ class ProviderTest : public CoreTest {
   void Forget() {
     trace_.Clear();
     publications_.Clear();
+    announced_.clear();
     writesBefore_ = configuration_.Writes();
   }
 
@@ -73,6 +75,7 @@ class ProviderTest : public CoreTest {
   FakeCriticalSectionFactory criticalSections_;
   RecordedPublications publications_{[this] { return configuration_.Writes(); },
                                      [this] { return trace_.Records().size(); }};
+  std::vector<std::vector<ServiceRecords::ListChange>> announced_;  // at one time each
   StubNetworkLocation location_;
   DrivenClock clock_;
   StubHTTPRequestFactory server_;

@@ -19,6 +19,7 @@ class StubSSLValidation : public ServiceRecords::SSLValidation {
     details.Issuer = outcome_.issuer;
     for (const std::wstring& error : outcome_.errors) details.AddError(error);
     details.Result = outcome_.result;
+    details.Reason = outcome_.reason;
     return outcome_.trusted;
   }
 

@@ -17,6 +17,7 @@ struct SSLOutcome {
   std::wstring issuer;
   std::vector<std::wstring> errors;
   std::uint32_t result = ServiceRecords::SSLValidationDetails::kSuccess;
+  std::wstring reason = {};
 
   static SSLOutcome Trusted(const std::wstring& organization, const std::wstring& issuer);
   static SSLOutcome Failed(std::uint32_t result, const std::vector<std::wstring>& errors);

@@ -20,7 +20,26 @@ TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextThatTakesItsArguments) {
                                           {util::kMessageDiscoveryConnectionFailed, 0},
                                           {util::kMessageServerNotContacted, 1},
                                           {util::kMessageEmptyHostName, 1},
-                                          {util::kMessageCertificatesNotFetched, 1}};
+                                          {util::kMessageCertificatesNotFetched, 1},
+                                          {util::kMessageStoresNotRead, 0},
+                                          {util::kReasonListNotWritten, 0},
+                                          {util::kReasonListNotRead, 0},
+                                          {util::kReasonListFull, 0},
+                                          {util::kReasonExpired, 1},
+                                          {util::kReasonNotYetValid, 1},
+                                          {util::kReasonOtherHost, 1},
+                                          {util::kReasonUnknownIssuer, 1},
+                                          {util::kReasonRevoked, 0},
+                                          {util::kReasonNoCommonProtocol, 0},
+                                          {util::kReasonNoTls, 0},
+                                          {util::kReasonNotReached, 0},
+                                          {util::kReasonNotSecured, 0},
+                                          {util::kReasonCouldNotAsk, 0},
+                                          {util::kNoticeAdded, 1},
+                                          {util::kNoticeReplaced, 1},
+                                          {util::kNoticeSeveralAdded, 1},
+                                          {util::kNoticeShow, 0},
+                                          {util::kNoticeNotOpened, 1}};
   for (const auto& [id, arguments] : messages) {
     const std::string text = keeper.messageFromResource(id);
     EXPECT_FALSE(text.starts_with("Failed to find")) << id;
@@ -49,7 +68,7 @@ TEST(MessageFromResourceTest, TheTextIsThatOfTheApplicationsCatalogue) {
   const TestSupport::EnvironmentVariable locale("LC_ALL", "en_GB.UTF-8");
   TestSupport::CapturedSystemLog systemLog;
   EXPECT_EQ(util::MessageFromResourceW(util::kMessageStoreTitle),
-            std::wstring(L"The store could not be set up"));
+            std::wstring(L"Setting up the store was not completed"));
   EXPECT_THAT(systemLog.TakeLines(), testing::IsEmpty());
 }
 

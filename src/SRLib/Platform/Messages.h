@@ -16,6 +16,26 @@ enum MessageId : int {
   kMessageEmptyHostName = 1656,
   kMessageCertificatesNotFetched = 1696,
   kMessageStoresNotRead = 1712,
+  // One sentence each, to say why.
+  kReasonListNotWritten = 1720,
+  kReasonListNotRead = 1728,
+  kReasonListFull = 1736,
+  kReasonExpired = 1744,
+  kReasonNotYetValid = 1752,
+  kReasonOtherHost = 1760,
+  kReasonUnknownIssuer = 1768,
+  kReasonRevoked = 1776,
+  kReasonNoCommonProtocol = 1784,
+  kReasonNoTls = 1792,
+  kReasonNotReached = 1800,
+  kReasonNotSecured = 1808,
+  kReasonCouldNotAsk = 1856,
+  // What the desktop tells.
+  kNoticeAdded = 1816,
+  kNoticeReplaced = 1824,
+  kNoticeSeveralAdded = 1832,
+  kNoticeShow = 1840,
+  kNoticeNotOpened = 1848,
 };
 
 // The message with its first "%S" replaced by `argument` (UTF-8).

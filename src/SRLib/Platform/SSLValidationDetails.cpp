@@ -11,6 +11,8 @@ void SSLValidationDetails::Reset() {
   Issuer.clear();
   Errors.clear();
   Result = kSuccess;
+  Reason.clear();
+  TechnicalDetails.clear();
 }
 
 }  // namespace ServiceRecords

@@ -23,6 +23,8 @@ class SSLValidationDetails {
   std::wstring Issuer;               // issuer of the last certificate of the chain
   std::vector<std::wstring> Errors;  // for the user, in the order added
   std::uint32_t Result = kSuccess;
+  std::wstring Reason;            // why the server is not trusted, one sentence for the user; may be empty
+  std::wstring TechnicalDetails;  // for whoever is to help; may be empty
 };
 
 }  // namespace ServiceRecords

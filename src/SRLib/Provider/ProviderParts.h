@@ -1,11 +1,13 @@
 #pragma once
 
 #include "SRLib/Platform/WardenFunctions.h"
+#include "SRLib/Provider/ListChange.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class CGenericCSFactory;
 
@@ -39,6 +41,9 @@ struct ProviderParts {
   SRHTTPRequestFactory& requests;
   WardenFunctions warden;
   SSLValidationFactory& validations;
+  // Tells others what has changed in the list that was just published. Called inside the provider's lock; may
+  // be empty.
+  std::function<void(const std::vector<ListChange>& changes)> announce = {};
 };
 
 }  // namespace ServiceRecords

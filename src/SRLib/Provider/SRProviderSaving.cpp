@@ -49,6 +49,8 @@ void SRProvider::Save() {
 void SRProvider::SaveAndPublish() {
   Save();
   Publish();
+  const std::vector<ListChange> changes = std::exchange(changes_, {});
+  if (parts_.announce && !changes.empty()) parts_.announce(changes);
 }
 
 void SRProvider::Publish() {
