@@ -145,16 +145,31 @@ TEST(MacSSLValidation, RejectsAnExpiredCertificate) {
   const Outcome outcome(server.Address("https") + "/discovery");
   outcome.ExpectCertificatesNotFetched();
   EXPECT_THAT(outcome.log, HasSubstr("certificate has expired"));
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonExpired, "2021-01-01 00:00 UTC"));
+  EXPECT_THAT(util::narrow(outcome.details.TechnicalDetails),
+              testing::AllOf(StartsWith(server.Address("https") + ": "), HasSubstr("has expired"),
+                             HasSubstr("(-9807)")));
+}
+
+TEST(MacSSLValidation, SaysOfACertificateThatIsNotValidYetFromWhenOnItIs) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("not-yet-valid"));
+  const Outcome outcome(server.Address("https"));
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonNotYetValid, "2049-01-01 00:00 UTC"));
 }
 
 TEST(MacSSLValidation, RejectsAnUnknownIssuer) {
   const WebServer server(TrustedAuthority().TlsServerBlock("unknown-issuer"));
-  Outcome(server.Address("https") + "/discovery").ExpectCertificatesNotFetched();
+  const Outcome outcome(server.Address("https") + "/discovery");
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonUnknownIssuer, "Example Stores"));
 }
 
 TEST(MacSSLValidation, RejectsACertificateForAnotherHost) {
   const WebServer server(TrustedAuthority().TlsServerBlock("wrong-host"));
-  Outcome(server.Address("https") + "/discovery").ExpectCertificatesNotFetched();
+  const Outcome outcome(server.Address("https") + "/discovery");
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonOtherHost, "stores.example"));
 }
 
 TEST(MacSSLValidation, RejectsEveryServerWithoutATrustStore) {
@@ -169,11 +184,22 @@ TEST(MacSSLValidation, RejectsAnOldProtocol) {
   const Outcome outcome(server.Address("https"));
   outcome.ExpectCertificatesNotFetched();
   EXPECT_EQ(outcome.validation.ErrorCode(), Transfer::StreamErrorCode::kProtocolMismatch);
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonNoCommonProtocol, ""));
+}
+
+TEST(MacSSLValidation, SaysWhenNoCipherIsKnownToBothSides) {
+  const WebServer server(TrustedAuthority().TlsServerBlock(
+      "good", "ssl_protocols TLSv1.2; ssl_ciphers NULL-SHA256:@SECLEVEL=0;"));
+  const Outcome outcome(server.Address("https"));
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonNoCommonProtocol, ""));
 }
 
 TEST(MacSSLValidation, CountsTLSToAPlainPortAsATlsFailure) {
   const WebServer server(ServerBlock("", ""));
-  Outcome(server.Address("https")).ExpectCertificatesNotFetched();
+  const Outcome outcome(server.Address("https"));
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.details.Reason, L"");
 }
 
 TEST(MacSSLValidation, CountsADemandForAClientCertificateAsATlsFailure) {
@@ -187,6 +213,7 @@ TEST(MacSSLValidation, CountsADemandForAClientCertificateAsATlsFailure) {
   const std::string port = std::to_string(std::stoi(output.substr(output.find(start) + start.size())));
   const Outcome outcome("https://localhost:" + port);
   outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.details.Reason, L"");
 }
 
 TEST(MacSSLValidation, DoesNotTrustAServerThatAStapledAnswerCallsRevoked) {
@@ -197,6 +224,7 @@ TEST(MacSSLValidation, DoesNotTrustAServerThatAStapledAnswerCallsRevoked) {
     outcome.ExpectServerNotContacted();
     EXPECT_EQ(outcome.validation.ErrorCode(), 0);
     EXPECT_THAT(outcome.log, Not(HasSubstr("Read Stream failed")));
+    EXPECT_EQ(outcome.details.Reason, Message(util::kReasonRevoked, ""));
   }
 }
 
@@ -279,6 +307,7 @@ TEST(MacSSLValidation, FindsNoCertificatesOverPlainHTTP) {
   EXPECT_EQ(outcome.validation.ErrorCode(), 0);
   EXPECT_THAT(outcome.log,
               HasSubstr("Warning: HTTP connection requested for SSL validation with " + url + " server."));
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonNoTls, ""));
   EXPECT_THAT(server.Requests(), ElementsAre(StartsWith("HEAD / HTTP/1.1\r\n")));
 }
 
@@ -298,6 +327,7 @@ TEST(MacSSLValidation, StartsOverWithEachValidation) {
   server.reset();
   EXPECT_FALSE(validation.ValidateURL(details));
   EXPECT_EQ(details.Result, 1U);
+  EXPECT_EQ(details.Reason, L"");
   EXPECT_THAT(validation.Certificates(), IsEmpty());
 }
 

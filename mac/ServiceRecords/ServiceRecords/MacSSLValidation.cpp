@@ -3,7 +3,9 @@
 #include "DbgTrace.h"
 #include "SRLib/Platform/Messages.h"
 #include "SRLib/Platform/SSLValidationDetails.h"
+#include "SRLib/Provider/Opening.h"
 #include "libs/Address/SendingForm.h"
+#include "libs/Termination/TerminationEvent.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Transfer/HeadRequest.h"
 #include "libs/Transfer/StreamErrorCode.h"
@@ -12,17 +14,44 @@
 #include <memory>
 
 namespace ServiceRecords {
+namespace {
+
+// 0 for what there is no sentence for.
+int ReasonFor(Transfer::PeerProblem::Kind problem) {
+  switch (problem) {
+    case Transfer::PeerProblem::Kind::None:
+      return 0;
+    case Transfer::PeerProblem::Kind::Expired:
+      return util::kReasonExpired;
+    case Transfer::PeerProblem::Kind::NotYetValid:
+      return util::kReasonNotYetValid;
+    case Transfer::PeerProblem::Kind::OtherHost:
+      return util::kReasonOtherHost;
+    case Transfer::PeerProblem::Kind::UnknownIssuer:
+      return util::kReasonUnknownIssuer;
+    case Transfer::PeerProblem::Kind::Revoked:
+      return util::kReasonRevoked;
+    case Transfer::PeerProblem::Kind::NoCommonProtocol:
+      return util::kReasonNoCommonProtocol;
+  }
+  return 0;
+}
+
+}  // namespace
 
 bool MacSSLValidation::PerformValidation(SSLValidationDetails& details) {
   assert(!downloading_);
   certificates_.clear();
   errorCode_ = Transfer::StreamErrorCode::kNone;
+  problem_ = {};
+  readError_.clear();
   const Address::SendingForm form = FormForSending(url_.GetSplitURL(), url_.GetPagelessURL());
   if (form.reading == Address::Reading::Same) DownloadHead(form.text);
   // Another server than the one to be shown: none of the store's other addresses may step in for that.
   if (form.reading == Address::Reading::Other) errorCode_ = Transfer::StreamErrorCode::kAnotherServer;
   if (certificates_.empty()) {
     ReportFailure(errorCode_, details);
+    Explain(details);
     return false;
   }
   details.Organization = util::widen(certificates_.front().organizationName().value_or(""));
@@ -40,8 +69,10 @@ void MacSSLValidation::DownloadHead(const std::string& url) {
   } else {
     errorCode_ =
         Transfer::StreamErrorCode::FromTransfer(result, stream->Transfer().Trust().ReceivedFatalAlert());
-    ReportReadError(stream->Reason());
+    readError_ = stream->Reason();
+    ReportReadError(readError_);
   }
+  problem_ = stream->Problem();
   downloading_ = false;
 }
 
@@ -67,6 +98,18 @@ void MacSSLValidation::ReportFailure(std::int64_t errorCode, SSLValidationDetail
     details.Result = SSLValidationDetails::kServerNotContacted;
     details.AddError(Message(util::kMessageServerNotContacted, url_.GetDisplayURL()));
   }
+}
+
+void MacSSLValidation::Explain(SSLValidationDetails& details) const {
+  if (Termination::Requested()) Opening::NoteHindrance(Openings::Outcome::Ended);
+  if (const int reason = ReasonFor(problem_.kind); reason != 0) {
+    details.Reason = Message(reason, problem_.subject);
+  } else if (errorCode_ == Transfer::StreamErrorCode::kNone && !url_.IsSecure()) {
+    details.Reason = Message(util::kReasonNoTls, {});
+  }
+  const std::string error = readError_.empty() ? "no trusted certificate" : readError_;
+  details.TechnicalDetails =
+      util::widen(url_.GetPagelessURL() + ": " + error + " (" + std::to_string(errorCode_) + ")");
 }
 
 void MacSSLValidationFactory::Init() {

@@ -5,6 +5,7 @@
 #include "SRLib/SSLValidation.h"
 #include "SRLib/SSLValidationFactory.h"
 #include "libs/Transfer/OpenSslHandles.h"
+#include "libs/Transfer/PeerProblem.h"
 
 #include <cstdint>
 #include <string>
@@ -28,12 +29,16 @@ class MacSSLValidation : public SSLValidation {
   [[nodiscard]] const std::vector<MacCertificate>& Certificates() const { return certificates_; }
 
  private:
+  // Adds why, in a sentence for the user and in words for whoever is to help.
+  void Explain(SSLValidationDetails& details) const;
   void DownloadHead(const std::string& url);
   void TakeChain(const STACK_OF(X509) * chain);
   void ReportReadError(const std::string& reason) const;
 
   bool downloading_ = false;  // while the stream is open; one validation at a time
   std::int64_t errorCode_ = 0;
+  Transfer::PeerProblem problem_;
+  std::string readError_;
   std::vector<MacCertificate> certificates_;
 };
 
