@@ -1,10 +1,15 @@
 #include "MacISRNotificationManager.h"
+#include "SRLib/Provider/DialogSubject.h"
+#include "SRLib/Provider/Opening.h"
 #include "SRLib/SRProvider.h"
 #include "fakes/PartsOfTheProcess.h"
 #include "libs/Files/Bundle.h"
+#include "libs/Files/EventFd.h"
 #include "libs/Lifetime/UniqueHandle.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/Termination/TerminationEvent.h"
+#include "libs/Text/TextHelpers.h"
+#include "support/StoreBuilders.h"
 #include "support/TemporaryFolder.h"
 #include "ui/RecordingUI.h"
 
@@ -19,8 +24,13 @@ namespace {
 
 using PropertyList::Array;
 using PropertyList::Dictionary;
+using ServiceRecords::DialogSubject;
 using ServiceRecords::GatewayLabel;
 using ServiceRecords::MacIServiceRecordsNotifications;
+using ServiceRecords::Opening;
+using ServiceRecords::Replacement;
+using ServiceRecords::ServerProblem;
+using ServiceRecords::VerifiedServer;
 
 class NotificationsTest : public ::testing::Test {
  protected:
@@ -142,6 +152,107 @@ TEST_F(NotificationsTest, NamesOutsideAsciiArriveIntact) {
 
 TEST_F(NotificationsTest, TheModuleGetsTheAgentsTerminationDescriptor) {
   EXPECT_EQ(last_->terminationDescriptor, Termination::Descriptor());
+}
+
+TEST_F(NotificationsTest, TheDialogsOfAnOpeningBearItsNumberAndPathAndGetItsDescriptors) {
+  const Files::EventFd withdrawal;
+  Opening opening({.id = 7,
+                   .path = "/home/me/Stores.cr",
+                   .terminalDescriptor = 77,
+                   .withdrawalDescriptor = withdrawal.Descriptor()});
+  const Opening::Handling handling(opening);
+  notifications_.ShowSRErrorDialog(L"Title", L"Message");
+  const Dictionary expected{{"ErrorTitle", "Title"},
+                            {"ErrorMessage", "Message"},
+                            {"OpeningID", std::uint64_t{7}},
+                            {"DocumentPath", "/home/me/Stores.cr"}};
+  EXPECT_EQ(Details(), expected);
+  EXPECT_EQ(last_->terminalDescriptor, 77);
+  EXPECT_EQ(last_->withdrawalDescriptor, withdrawal.Descriptor());
+  notifications_.ShowStoreReplaceDialog(L"Sales");
+  EXPECT_EQ(*Details().Find("OpeningID"), PropertyList::Value(std::uint64_t{7}));
+  ShowTrustDialog({L"", L""}, {});
+  EXPECT_EQ(*Details().Find("OpeningID"), PropertyList::Value(std::uint64_t{7}));
+}
+
+TEST_F(NotificationsTest, WithoutAnOpeningThereIsNoDescriptor) {
+  notifications_.ShowSRErrorDialog(L"Title", L"Message");
+  EXPECT_EQ(last_->terminalDescriptor, -1);
+  EXPECT_EQ(last_->withdrawalDescriptor, -1);
+}
+
+TEST_F(NotificationsTest, AWithdrawnOpeningShowsNoDialog) {
+  const Files::EventFd withdrawal;
+  Opening opening({.id = 7, .path = "", .withdrawalDescriptor = withdrawal.Descriptor()});
+  const Opening::Handling handling(opening);
+  const int calls = last_->calls;
+  last_->answer = 1;
+  withdrawal.Raise();
+  EXPECT_EQ(ShowTrustDialog({L"", L""}, {}), 0);
+  EXPECT_EQ(notifications_.ShowStoreReplaceDialog(L"Sales"), 0);
+  EXPECT_EQ(notifications_.ShowSRErrorDialog(L"Title", L"Message"), -1);
+  EXPECT_EQ(last_->calls, calls);
+}
+
+TEST_F(NotificationsTest, TheTrustDialogNamesTheHostsInBothForms) {
+  const DialogSubject subject(VerifiedServer{L"https://xn--mnchen-3ya.example:8443/gateway", true});
+  notifications_.ShowTrustDialog(L"Issuer", L"Operator", L"Sales", L"https://M\u00FCnchen.Example/discovery",
+                                 {}, {});
+  const Dictionary details = Details();
+  EXPECT_EQ(*details.Find("StoreHost"), PropertyList::Value("m\u00FCnchen.example"));
+  EXPECT_EQ(*details.Find("StoreHostASCII"), PropertyList::Value("xn--mnchen-3ya.example"));
+  EXPECT_EQ(*details.Find("VerifiedHost"), PropertyList::Value("m\u00FCnchen.example"));
+  EXPECT_EQ(*details.Find("VerifiedServer"), PropertyList::Value("gateway"));
+}
+
+TEST_F(NotificationsTest, AHostThatIsAsciiIsNamedOnce) {
+  const DialogSubject subject(VerifiedServer{L"https://store.example.com", false});
+  ShowTrustDialog({L"", L""}, {});
+  EXPECT_EQ(*Details().Find("StoreHost"), PropertyList::Value("store.example.com"));
+  EXPECT_EQ(Details().Find("StoreHostASCII"), nullptr);
+  EXPECT_EQ(*Details().Find("VerifiedServer"), PropertyList::Value("store"));
+}
+
+TEST_F(NotificationsTest, TheReplaceDialogHasBothRecords) {
+  using namespace TestSupport;
+  ServiceRecords::SRStore held =
+      Store(L"s", L"https://old", {TestSupport::Gateway(L"GW", L"https://gw", true)});
+  held.AddBeacon(Beacon(L"in"), ServiceRecords::BeaconType::Internal);
+  const ServiceRecords::SRStore incoming = Store(L"s", L"https://new");
+  const DialogSubject subject(Replacement{held, incoming});
+  notifications_.ShowStoreReplaceDialog(L"Sales");
+  const Dictionary details = Details();
+  const Dictionary heldRecord{{"StoreName", util::narrow(held.GetStoreName())},
+                              {"StoreURL", "https://old"},
+                              {"StoreHost", "old"},
+                              {"StoreGateways", Array{Gateway("GW", "https://gw", true)}},
+                              {"InternalBeacons", Array{"in"}},
+                              {"ExternalBeacons", Array{}}};
+  EXPECT_EQ(*details.Find("HeldStore"), PropertyList::Value(heldRecord));
+  EXPECT_EQ(*details.Find("NewStore")->As<Dictionary>()->Find("StoreURL"),
+            PropertyList::Value("https://new"));
+}
+
+TEST_F(NotificationsTest, AnErrorNamesTheServerAndSaysWhy) {
+  const DialogSubject subject(
+      ServerProblem{L"https://stores.example:8443/page", L"It has expired.", L"code 1"});
+  notifications_.ShowSRErrorDialog(L"Title", L"Message");
+  EXPECT_EQ(*Details().Find("Server"), PropertyList::Value("stores.example:8443"));
+  EXPECT_EQ(*Details().Find("ErrorReason"), PropertyList::Value("It has expired."));
+  EXPECT_EQ(*Details().Find("ErrorDetails"), PropertyList::Value("code 1"));
+}
+
+TEST_F(NotificationsTest, NobodyToAskIsTakenDownAtTheOpening) {
+  for (const auto& [answer, outcome] : {std::pair(SRUI_COULD_NOT_ASK, Openings::Outcome::CouldNotAsk),
+                                        std::pair(0, Openings::Outcome::Declined)}) {
+    Opening opening({});
+    const Opening::Handling handling(opening);
+    Opening::NoteStores({{L"s", TestSupport::Store(L"s", L"https://s")}});
+    last_->answer = answer;
+    EXPECT_EQ(ShowTrustDialog({L"", L""}, {}), 0);
+    Opening::NoteDeclined(L"s");
+    EXPECT_EQ(opening.GravestOutcome(), outcome);
+  }
 }
 
 TEST_F(NotificationsTest, InitMakesTheProviderUseThePlugIn) {

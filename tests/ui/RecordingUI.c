@@ -34,6 +34,8 @@ static const SRUIProtocol entryPoints = {SRUI_PROTOCOL_VERSION, AddStore, Replac
 
 const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host) {
   last.terminationDescriptor = host->terminationDescriptor;
+  last.terminalDescriptor = host->terminalDescriptor;
+  last.withdrawalDescriptor = host->withdrawalDescriptor;
   return &entryPoints;
 }
 

@@ -14,6 +14,8 @@ typedef struct RecordedDialog {
   const char* dialog;
   char* details;
   int terminationDescriptor;
+  int terminalDescriptor;
+  int withdrawalDescriptor;
 } RecordedDialog;
 
 SRUI_EXPORT RecordedDialog* LastDialog(void);

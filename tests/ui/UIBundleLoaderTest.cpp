@@ -18,7 +18,8 @@ using ::testing::IsEmpty;
 constexpr int kDescriptor = 77;
 
 const SRUIProtocol* PrincipalClassIn(const std::filesystem::path& plugIns) {
-  return Agent::UIBundleLoader(plugIns, kDescriptor).PrincipalClass("caller()");
+  return Agent::UIBundleLoader(plugIns, {SRUI_PROTOCOL_VERSION, kDescriptor, -1, -1})
+      .PrincipalClass("caller()");
 }
 
 class UIBundleLoaderTest : public ::testing::Test {

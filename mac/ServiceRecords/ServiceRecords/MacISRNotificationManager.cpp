@@ -1,13 +1,17 @@
 #include "MacISRNotificationManager.h"
 
 #include "Bus/StoreDictionary.h"
+#include "Dialogs/FurtherKeys.h"
 #include "Dialogs/UIBundleLoader.h"
 #include "Process/BackgroundTasks.h"
+#include "SRLib/Provider/Opening.h"
 #include "SRLib/SRProvider.h"
 #include "libs/Files/Bundle.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/Termination/TerminationEvent.h"
 #include "libs/Text/TextHelpers.h"
+
+#include <poll.h>
 
 #include <string>
 #include <utility>
@@ -26,9 +30,28 @@ PropertyList::Array GatewayDictionaries(const GatewayLabel& defaultGateway,
   return gateways;
 }
 
+SRUIHost HostOfThisThread() {
+  const Opening* const opening = Opening::OfThisThread();
+  const Opening::Origin origin = opening != nullptr ? opening->GetOrigin() : Opening::Origin();
+  return {SRUI_PROTOCOL_VERSION, Termination::Descriptor(), origin.terminalDescriptor,
+          origin.withdrawalDescriptor};
+}
+
+// Whether nobody wants to see this thread's dialogs any more.
+bool IsWithdrawn() {
+  pollfd withdrawal{HostOfThisThread().withdrawalDescriptor, POLLIN, 0};
+  return ::poll(&withdrawal, 1, 0) > 0;
+}
+
 // Whatever else a module returns is no consent.
 std::int32_t AnswerOf(int answer) {
-  return answer == 1 ? IServiceRecordsNotifications::kAccepted : IServiceRecordsNotifications::kDeclined;
+  if (answer == 1) return IServiceRecordsNotifications::kAccepted;
+  if (Termination::Requested()) {
+    Opening::NoteHindrance(Openings::Outcome::Ended);
+  } else if (answer == SRUI_COULD_NOT_ASK) {
+    Opening::NoteHindrance(Openings::Outcome::CouldNotAsk);
+  }
+  return IServiceRecordsNotifications::kDeclined;
 }
 
 }  // namespace
@@ -39,15 +62,22 @@ void MacIServiceRecordsNotifications::Init() {
 }
 
 const SRUIProtocol* MacIServiceRecordsNotifications::SRUIClass() {
-  return Agent::UIBundleLoader(Files::Bundle::Main().BuiltInPlugInsPath(), Termination::Descriptor())
+  return Agent::UIBundleLoader(Files::Bundle::Main().BuiltInPlugInsPath(), HostOfThisThread())
       .PrincipalClass(__PRETTY_FUNCTION__);
+}
+
+const SRUIProtocol* MacIServiceRecordsNotifications::UIToAskWith() {
+  if (IsWithdrawn()) return nullptr;
+  const SRUIProtocol* userInterface = SRUIClass();
+  if (userInterface == nullptr) Opening::NoteHindrance(Openings::Outcome::CouldNotAsk);
+  return userInterface;
 }
 
 std::int32_t MacIServiceRecordsNotifications::ShowTrustDialog(
     const std::wstring& certificateName, const std::wstring& storeProvider, const std::wstring& storeName,
     const std::wstring& storeURL, const GatewayLabel& defaultGateway,
     const std::vector<GatewayLabel>& otherGateways) {
-  const SRUIProtocol* userInterface = SRUIClass();
+  const SRUIProtocol* userInterface = UIToAskWith();
   if (userInterface == nullptr) return kDeclined;
   PropertyList::Dictionary details{{"StoreName", util::narrow(storeName)},
                                    {"StoreProvider", util::narrow(storeProvider)},
@@ -55,6 +85,8 @@ std::int32_t MacIServiceRecordsNotifications::ShowTrustDialog(
                                    {"StoreURL", util::narrow(storeURL)}};
   PropertyList::Array gateways = GatewayDictionaries(defaultGateway, otherGateways);
   if (!gateways.empty()) details.Set("StoreGateways", std::move(gateways));
+  Agent::FurtherKeys::AddTrust(details, storeURL);
+  Agent::FurtherKeys::AddOpening(details);
   const Agent::BackgroundTasks::UserWait wait(Agent::BackgroundTasks::UserWait::End::InTurn);
   return AnswerOf(userInterface->addStore(PropertyList::Write(details).c_str()));
 }
@@ -65,9 +97,11 @@ std::int32_t MacIServiceRecordsNotifications::ShowGatewayTrustDialog(const std::
 }
 
 std::int32_t MacIServiceRecordsNotifications::ShowStoreReplaceDialog(const std::wstring& storeName) {
-  const SRUIProtocol* userInterface = SRUIClass();
+  const SRUIProtocol* userInterface = UIToAskWith();
   if (userInterface == nullptr) return kDeclined;
-  const PropertyList::Dictionary details{{"StoreName", util::narrow(storeName)}};
+  PropertyList::Dictionary details{{"StoreName", util::narrow(storeName)}};
+  Agent::FurtherKeys::AddReplacement(details);
+  Agent::FurtherKeys::AddOpening(details);
   // Shown while the list is locked.
   const Agent::BackgroundTasks::UserWait wait(Agent::BackgroundTasks::UserWait::End::AtOnce);
   return AnswerOf(userInterface->replaceStore(PropertyList::Write(details).c_str()));
@@ -75,10 +109,13 @@ std::int32_t MacIServiceRecordsNotifications::ShowStoreReplaceDialog(const std::
 
 std::int32_t MacIServiceRecordsNotifications::ShowSRErrorDialog(const std::wstring& title,
                                                                 const std::wstring& message) {
+  if (IsWithdrawn()) return kNoAnswer;
   const SRUIProtocol* userInterface = SRUIClass();
   if (userInterface == nullptr) return kNoAnswer;
-  const PropertyList::Dictionary details{{"ErrorTitle", util::narrow(title)},
-                                         {"ErrorMessage", util::narrow(message)}};
+  PropertyList::Dictionary details{{"ErrorTitle", util::narrow(title)},
+                                   {"ErrorMessage", util::narrow(message)}};
+  Agent::FurtherKeys::AddProblem(details);
+  Agent::FurtherKeys::AddOpening(details);
   userInterface->errorMessage(PropertyList::Write(details).c_str());
   return kNoAnswer;
 }

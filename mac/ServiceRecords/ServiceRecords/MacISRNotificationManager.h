@@ -23,6 +23,10 @@ class MacIServiceRecordsNotifications : public IServiceRecordsNotifications {
   std::int32_t ShowGatewayTrustDialog(const std::wstring& gateway) override;
   std::int32_t ShowStoreReplaceDialog(const std::wstring& storeName) override;
   std::int32_t ShowSRErrorDialog(const std::wstring& title, const std::wstring& message) override;
+
+ private:
+  // The same for a question, of which this thread's opening hears when nobody can be asked.
+  [[nodiscard]] static const SRUIProtocol* UIToAskWith();
 };
 
 }  // namespace ServiceRecords

@@ -17,7 +17,6 @@ using ModulePtr = Lifetime::UniqueHandle<void, ::dlclose>;
 
 // Of the first version on every module has all the entry points.
 constexpr std::uint32_t kOldestModule = 1;
-constexpr int kNone = -1;
 
 using PrincipalClassFunction = decltype(&ServiceRecordUIPrincipalClass);
 
@@ -40,10 +39,6 @@ const SRUIProtocol* ConformingClass(const ModulePtr& module, const SRUIHost& hos
 }
 
 }  // namespace
-
-UIBundleLoader::UIBundleLoader(std::filesystem::path plugInsFolder, int terminationDescriptor)
-    : plugInsFolder_(std::move(plugInsFolder)),
-      host_{SRUI_PROTOCOL_VERSION, terminationDescriptor, kNone, kNone} {}
 
 const SRUIProtocol* UIBundleLoader::PrincipalClass(const std::string& caller) const {
   if (plugInsFolder_.empty()) {

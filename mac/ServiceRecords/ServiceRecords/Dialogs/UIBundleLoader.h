@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 
 namespace Agent {
 
@@ -11,8 +12,9 @@ namespace Agent {
 // loaded for the rest of the process. Any thread.
 class UIBundleLoader {
  public:
-  // `terminationDescriptor` is handed to the module (SRUIHost).
-  UIBundleLoader(std::filesystem::path plugInsFolder, int terminationDescriptor);
+  // `host` is handed to the module.
+  UIBundleLoader(std::filesystem::path plugInsFolder, const SRUIHost& host)
+      : plugInsFolder_(std::move(plugInsFolder)), host_(host) {}
 
   // The module's entry points; null when there is no bundle, it does not load, or it does not conform to
   // SRUIProtocol. Looks afresh at every call. What is wrong with the bundle goes to the system log in the

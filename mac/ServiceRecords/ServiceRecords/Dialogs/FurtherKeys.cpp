@@ -1,0 +1,78 @@
+#include "Dialogs/FurtherKeys.h"
+
+#include "Bus/StoreDictionary.h"
+#include "Dialogs/ServerLabel.h"
+#include "SRLib/Provider/DialogSubject.h"
+#include "SRLib/Provider/Opening.h"
+#include "libs/Text/TextHelpers.h"
+
+#include <utility>
+
+using PropertyList::Dictionary;
+using ServiceRecords::DialogSubject;
+using ServiceRecords::Opening;
+using ServiceRecords::SRStore;
+
+namespace Agent::FurtherKeys {
+namespace {
+
+void AddHost(Dictionary& details, const std::string& storeURL) {
+  const ServerLabel server(storeURL);
+  details.Set("StoreHost", server.host);
+  if (server.asciiHost != server.host) details.Set("StoreHostASCII", server.asciiHost);
+}
+
+void AddBeacons(Dictionary& details, const char* key, const std::list<ServiceRecords::SRBeacon>& beacons) {
+  PropertyList::Array locations;
+  for (const auto& beacon : beacons) locations.emplace_back(util::narrow(beacon.GetLocation()));
+  details.Set(key, std::move(locations));
+}
+
+Dictionary Record(const SRStore& store) {
+  const Dictionary served = StoreDictionary(store, BeaconKeys::Omitted);
+  Dictionary record{{"StoreName", util::narrow(store.GetStoreName())},
+                    {"StoreURL", util::narrow(store.GetStoreURL())}};
+  AddHost(record, util::narrow(store.GetStoreURL()));
+  if (const auto* gateways = served.Find("StoreGateways")) record.Set("StoreGateways", *gateways);
+  AddBeacons(record, "InternalBeacons", store.Beacons(ServiceRecords::BeaconType::Internal));
+  AddBeacons(record, "ExternalBeacons", store.Beacons(ServiceRecords::BeaconType::External));
+  return record;
+}
+
+void AddText(Dictionary& details, const char* key, const std::string& text) {
+  if (!text.empty()) details.Set(key, text);
+}
+
+}  // namespace
+
+void AddOpening(Dictionary& details) {
+  const Opening* const opening = Opening::OfThisThread();
+  if (opening == nullptr) return;
+  details.Set("OpeningID", opening->GetOrigin().id);
+  details.Set("DocumentPath", opening->GetOrigin().path);
+}
+
+void AddTrust(Dictionary& details, const std::wstring& storeURL) {
+  const auto* const verified = DialogSubject::OfThisThread<ServiceRecords::VerifiedServer>();
+  if (verified == nullptr) return;
+  AddHost(details, util::narrow(storeURL));
+  details.Set("VerifiedHost", ServerLabel(util::narrow(verified->url)).host);
+  details.Set("VerifiedServer", verified->isGateway ? "gateway" : "store");
+}
+
+void AddReplacement(Dictionary& details) {
+  const auto* const replacement = DialogSubject::OfThisThread<ServiceRecords::Replacement>();
+  if (replacement == nullptr) return;
+  details.Set("HeldStore", Record(replacement->held));
+  details.Set("NewStore", Record(replacement->incoming));
+}
+
+void AddProblem(Dictionary& details) {
+  const auto* const problem = DialogSubject::OfThisThread<ServiceRecords::ServerProblem>();
+  if (problem == nullptr) return;
+  details.Set("Server", ServerLabel(util::narrow(problem->url)).WithPort());
+  AddText(details, "ErrorReason", util::narrow(problem->reason));
+  AddText(details, "ErrorDetails", util::narrow(problem->details));
+}
+
+}  // namespace Agent::FurtherKeys

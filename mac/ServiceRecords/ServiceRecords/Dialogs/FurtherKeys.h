@@ -1,0 +1,20 @@
+#pragma once
+
+#include "libs/PropertyList/PropertyList.h"
+
+#include <string>
+
+// The optional keys of a dialog's details: what a person needs besides the arguments of the notification
+// interface. Each adds what this thread's opening and the subject of its dialogs tell, which may be nothing.
+namespace Agent::FurtherKeys {
+
+// OpeningID, DocumentPath.
+void AddOpening(PropertyList::Dictionary& details);
+// StoreHost, StoreHostASCII, VerifiedHost, VerifiedServer.
+void AddTrust(PropertyList::Dictionary& details, const std::wstring& storeURL);
+// HeldStore, NewStore.
+void AddReplacement(PropertyList::Dictionary& details);
+// Server, ErrorReason, ErrorDetails.
+void AddProblem(PropertyList::Dictionary& details);
+
+}  // namespace Agent::FurtherKeys
