@@ -302,6 +302,8 @@ TEST_F(ServiceCalls, IntrospectionEqualsTheShippedInterfaceFiles) {
       {"com.morvane.Beacons", "/com/morvane/Beacons", "com.morvane.MrvBeaconService"},
       {"com.morvane.ServiceRecords", "/com/morvane/DistributedNotifications",
        "com.morvane.DistributedNotifications"},
+      {"com.morvane.ServiceRecords", "/com/morvane/ServiceRecords/Openings",
+       "com.morvane.ServiceRecords.Openings"},
   };
   for (const auto& [name, path, interface] : served) {
     std::ifstream file(agent_.Prefix() / "share/dbus-1/interfaces" / (interface + ".xml"));

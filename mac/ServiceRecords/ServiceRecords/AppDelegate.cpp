@@ -3,13 +3,17 @@
 #include "Bus/ApplicationBusObject.h"
 #include "Bus/BeaconsBusObject.h"
 #include "Bus/DistributedNotificationCenter.h"
+#include "Bus/OpeningsBusObject.h"
 #include "Bus/ServiceRecordsBusObject.h"
 #include "DbgTrace.h"
 #include "MRVServiceRecordsSvr.h"
 #include "MrvBeaconSvr.h"
 #include "Process/ChangeQueue.h"
 #include "Process/ClientApplication.h"
+#include "Process/DesktopNotifications.h"
+#include "Process/FileOpenings.h"
 #include "Process/MainLoop.h"
+#include "ResourceKeeper.h"
 #include "SRLib/SRProvider.h"
 #include "ServiceRecordMain.h"
 #include "libs/Bus/ServiceNames.h"
@@ -21,10 +25,14 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <utility>
+
+using ServiceRecords::ListChange;
+using ServiceRecords::Opening;
 
 namespace {
 
@@ -51,6 +59,12 @@ std::unique_ptr<Bus::Connection> OpenConnection() {
   return bus ? std::make_unique<Bus::Connection>(std::move(*bus)) : nullptr;
 }
 
+// A program that the bus of a terminal's own session has started would be stopped for reading from a terminal
+// that it is to ask on. The leader of a group, such as a shell's own command, stays where it is.
+void LeaveSession() {
+  static_cast<void>(::setsid());
+}
+
 void TryAgain() {
   ServiceRecords::SRProvider::Instance().TryAgain();
 }
@@ -67,6 +81,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     return;
   }
   _thisInstanceIsAgent = true;
+  LeaveSession();
   // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): who exits on the way leaves them to the system.
   std::unique_ptr<Bus::Connection> notifications = OpenConnection();
   LookAtNames(notifications.get());
@@ -110,16 +125,40 @@ void AppDelegate::ObserveLoggingConfiguration(Bus::Connection* connection) {
 
 void AppDelegate::ServeConnections() {
   Bus::Connection& bus = *_serviceRecordsConnection;
+  notifications_ = std::make_unique<Agent::DesktopNotifications>(bus, util::MessageFromResourceW);
+  client_ = std::make_unique<Agent::ClientApplication>(bus);
+  Agent::SetClientActivation([this](const std::vector<Opening::Store>& accepted) {
+    client_->BringForward([this, accepted] { notifications_->TellAccepted(accepted); });
+  });
+  openings_ = std::make_unique<Agent::FileOpenings>(
+      tasks_, [this](const std::string& path) { _serviceRecordsServer->handleServiceRecordFTA(path); },
+      [this](const Opening& opening) { TellIfUnasked(opening); });
+  if (!ServeObjects()) ExitWith("failed to serve the objects of the agent's services");
+}
+
+bool AppDelegate::ServeObjects() {
+  Bus::Connection& bus = *_serviceRecordsConnection;
   beaconsObject_ = std::make_unique<Agent::BeaconsBusObject>(*_beaconServer);
   serviceRecordsObject_ =
-      std::make_unique<Agent::ServiceRecordsBusObject>(*_serviceRecordsServer, tasks_, *changes_);
+      std::make_unique<Agent::ServiceRecordsBusObject>(*_serviceRecordsServer, *openings_, *changes_);
   applicationObject_ =
       std::make_unique<Agent::ApplicationBusObject>([this](const std::string& path) { openFile(path); });
-  client_ = std::make_unique<Agent::ClientApplication>(bus);
-  Agent::SetClientActivation([this] { client_->BringForward(); });
-  const bool served = beaconsObject_->Serve(*_beaconsConnection) && serviceRecordsObject_->Serve(bus) &&
-                      applicationObject_->Serve(bus);
-  if (!served) ExitWith("failed to serve the objects of the agent's services");
+  openingsObject_ = std::make_unique<Agent::OpeningsBusObject>(bus, *openings_);
+  Agent::SetChangeAnnouncement(
+      [this](const std::vector<ListChange>& changes) { openingsObject_->AnnounceChanges(changes); });
+  return beaconsObject_->Serve(*_beaconsConnection) && serviceRecordsObject_->Serve(bus) &&
+         applicationObject_->Serve(bus) && openingsObject_->Serve();
+}
+
+void AppDelegate::TellIfUnasked(const Opening& opening) {
+  const std::vector<Opening::Store> stores = opening.Stores();
+  const bool isUnasked = std::ranges::any_of(
+      stores, [](const Opening::Store& store) { return store.outcome == Openings::Outcome::CouldNotAsk; });
+  if (!isUnasked) return;
+  const std::string& path = opening.GetOrigin().path;
+  trace::SystemLog::Error("\"" + path +
+                          "\" was not opened: there is neither a desktop nor a terminal to ask on");
+  notifications_->TellUnasked(path);
 }
 
 std::unique_ptr<Bus::Connection> AppDelegate::connectionForService(
@@ -136,7 +175,7 @@ std::unique_ptr<Bus::Connection> AppDelegate::connectionForService(
 bool AppDelegate::openFile(const std::string& path) {
   _respondingToFTA = true;
   if (_thisInstanceIsAgent) {
-    tasks_.Start([this, path] { _serviceRecordsServer->handleServiceRecordFTA(path); });
+    openings_->Start({.path = path});
   } else {
     ForwardToAgent(path);
   }

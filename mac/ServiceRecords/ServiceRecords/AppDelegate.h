@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Process/BackgroundTasks.h"
+#include "SRLib/Provider/Opening.h"
 #include "libs/Bus/Connection.h"
 
 #include <memory>
@@ -11,6 +12,9 @@ class ApplicationBusObject;
 class BeaconsBusObject;
 class ChangeQueue;
 class ClientApplication;
+class DesktopNotifications;
+class FileOpenings;
+class OpeningsBusObject;
 class ServiceRecordsBusObject;
 }  // namespace Agent
 class MrvBeaconSvr;
@@ -50,6 +54,8 @@ class AppDelegate {
 
   static void ObserveLoggingConfiguration(Bus::Connection* connection);
   void ServeConnections();
+  [[nodiscard]] bool ServeObjects();
+  void TellIfUnasked(const ServiceRecords::Opening& opening);
   void RetryInBackground();
   [[nodiscard]] bool FinishWork();
   void SayLastWords();
@@ -64,7 +70,10 @@ class AppDelegate {
   std::unique_ptr<Agent::BeaconsBusObject> beaconsObject_;
   std::unique_ptr<Agent::ServiceRecordsBusObject> serviceRecordsObject_;
   std::unique_ptr<Agent::ApplicationBusObject> applicationObject_;
+  std::unique_ptr<Agent::OpeningsBusObject> openingsObject_;
+  std::unique_ptr<Agent::FileOpenings> openings_;
   std::unique_ptr<Agent::ClientApplication> client_;
+  std::unique_ptr<Agent::DesktopNotifications> notifications_;
   bool _respondingToFTA = false;
   bool _thisInstanceIsAgent = false;
 };

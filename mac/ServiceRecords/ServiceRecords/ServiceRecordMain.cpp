@@ -21,9 +21,30 @@ using namespace ServiceRecords;
 
 namespace {
 
-std::function<void()>& ClientActivation() {
-  static std::function<void()> bringForward;
+Agent::ClientActivation& TheClientActivation() {
+  static Agent::ClientActivation bringForward;
   return bringForward;
+}
+
+Agent::ChangeAnnouncement& TheChangeAnnouncement() {
+  static Agent::ChangeAnnouncement announce;
+  return announce;
+}
+
+// Inside the provider's lock, so that the main thread tells of the changes in their order.
+void AnnounceChanges(const std::vector<ListChange>& changes) {
+  Agent::MainLoop::Main().Post([changes] {
+    if (TheChangeAnnouncement()) TheChangeAnnouncement()(changes);
+  });
+}
+
+std::vector<Opening::Store> AcceptedStores() {
+  const Opening* const opening = Opening::OfThisThread();
+  std::vector<Opening::Store> stores = opening != nullptr ? opening->Stores() : std::vector<Opening::Store>();
+  std::erase_if(stores, [](const Opening::Store& store) {
+    return store.outcome != Openings::Outcome::Added && store.outcome != Openings::Outcome::Replaced;
+  });
+  return stores;
 }
 
 // On the location library's thread.
@@ -55,8 +76,12 @@ void AnnounceStores() {
       Bus::ServiceNames::kStoresUpdatedNotification, Bus::ServiceNames::kStoresUpdatedObject);
 }
 
-void SetClientActivation(std::function<void()> bringForward) {
-  ClientActivation() = std::move(bringForward);
+void SetClientActivation(ClientActivation bringForward) {
+  TheClientActivation() = std::move(bringForward);
+}
+
+void SetChangeAnnouncement(ChangeAnnouncement announce) {
+  TheChangeAnnouncement() = std::move(announce);
 }
 
 }  // namespace Agent
@@ -69,7 +94,9 @@ void ServiceRecordInit() {
   ServiceRecordUpdateLoggingFromPrefs();
   MacSRHTTPRequestFactory::Init();
   MacSSLValidationFactory::Init();
-  SRProvider::Register(Agent::PlatformParts());
+  ProviderParts parts = Agent::PlatformParts();
+  parts.announce = AnnounceChanges;
+  SRProvider::Register(std::move(parts));
   MacIServiceRecordsNotifications::Init();
 }
 
@@ -80,8 +107,8 @@ bool ServiceRecordHandleFTA(const char* path) {
   bool updated = false;  // the announcement does not depend on it
   SRProvider::Instance().OutboundDSConfirm(accepted, updated);
   Agent::AnnounceStores();
-  Agent::MainLoop::Main().Post([] {
-    if (ClientActivation()) ClientActivation()();
+  Agent::MainLoop::Main().Post([stores = AcceptedStores()] {
+    if (TheClientActivation()) TheClientActivation()(stores);
   });
   return true;
 }

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "SRLib/Provider/ListChange.h"
+#include "SRLib/Provider/Opening.h"
+
 #include <functional>
+#include <vector>
 
 extern "C" {
 
@@ -19,8 +23,14 @@ namespace Agent {
 // Posts that the list of stores is another. Any thread.
 void AnnounceStores();
 
-// What brings the main client forward after stores were accepted. Set once, on the main thread, before any
-// file is handled; called on the main thread.
-void SetClientActivation(std::function<void()> bringForward);
+// What brings the main client forward after these stores were accepted. Set once, on the main thread, before
+// any file is handled; called on the main thread.
+using ClientActivation = std::function<void(const std::vector<ServiceRecords::Opening::Store>& accepted)>;
+void SetClientActivation(ClientActivation bringForward);
+
+// What tells other programs of changes of the list. Set once, on the main thread, before the list can change;
+// called on the main thread.
+using ChangeAnnouncement = std::function<void(const std::vector<ServiceRecords::ListChange>& changes)>;
+void SetChangeAnnouncement(ChangeAnnouncement announce);
 
 }  // namespace Agent

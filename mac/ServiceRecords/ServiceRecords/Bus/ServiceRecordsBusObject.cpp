@@ -1,8 +1,9 @@
 #include "Bus/ServiceRecordsBusObject.h"
 
 #include "MRVServiceRecordsSvr.h"
-#include "Process/BackgroundTasks.h"
+#include "Process/AtEnd.h"
 #include "Process/ChangeQueue.h"
+#include "Process/FileOpenings.h"
 #include "Process/MainLoop.h"
 #include "SRLib/SRProvider.h"
 #include "libs/Bus/BusText.h"
@@ -21,20 +22,6 @@ using PropertyList::SharedDictionaries;
 using ServiceRecords::SRProvider;
 
 namespace {
-
-// Reports the result of a piece of work however it ends, and when it does not begin.
-class AtEnd {
- public:
-  explicit AtEnd(std::function<void(bool)> report) : report_(std::move(report)) {}
-  ~AtEnd() { report_(result); }
-  AtEnd(const AtEnd&) = delete;
-  AtEnd& operator=(const AtEnd&) = delete;
-
-  bool result = false;
-
- private:
-  const std::function<void(bool result)> report_;
-};
 
 PendingChanges::Reply WhetherChanged(const Deferred<bool>& call) {
   return [call](bool changed) { call.Answer(changed); };
@@ -124,16 +111,8 @@ void ServiceRecordsBusObject::Change(const std::string& caller, PendingChanges::
 }
 
 void ServiceRecordsBusObject::HandleFile(const Deferred<>& call, const std::string& path) {
-  const std::uint64_t number = nextFile_++;
-  pendingFiles_.emplace(number, call);
-  const auto reply = std::make_shared<AtEnd>(
-      [this, number](bool) { MainLoop::Main().Post([this, number] { ReplyAboutFile(number); }); });
-  tasks_.Start([this, path, reply] { service_.handleServiceRecordFTA(path); });
-}
-
-void ServiceRecordsBusObject::ReplyAboutFile(std::uint64_t call) {
-  const auto pending = pendingFiles_.extract(call);
-  if (pending) pending.mapped().Answer();
+  openings_.Start(
+      {.path = path, .finished = [call](const ServiceRecords::Opening& /*opening*/) { call.Answer(); }});
 }
 
 }  // namespace Agent

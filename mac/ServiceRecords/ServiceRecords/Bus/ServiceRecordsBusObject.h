@@ -9,8 +9,8 @@
 #include <string>
 
 namespace Agent {
-class BackgroundTasks;
 class ChangeQueue;
+class FileOpenings;
 }  // namespace Agent
 class MrvServiceRecordsSvr;
 
@@ -22,8 +22,8 @@ namespace Agent {
 class ServiceRecordsBusObject {
  public:
   // All three outlive this object and what it gives them to do.
-  ServiceRecordsBusObject(MrvServiceRecordsSvr& service, BackgroundTasks& tasks, ChangeQueue& changes)
-      : service_(service), tasks_(tasks), changes_(changes) {}
+  ServiceRecordsBusObject(MrvServiceRecordsSvr& service, FileOpenings& openings, ChangeQueue& changes)
+      : service_(service), openings_(openings), changes_(changes) {}
 
   [[nodiscard]] Bus::Result<> Serve(Bus::Connection& bus);
 
@@ -42,16 +42,12 @@ class ServiceRecordsBusObject {
   // The reply follows when the change has been made.
   void Change(const std::string& caller, PendingChanges::Reply reply, std::function<bool()> change);
   void HandleFile(const Bus::Deferred<>& call, const std::string& path);
-  void ReplyAboutFile(std::uint64_t call);
 
   MrvServiceRecordsSvr& service_;
-  BackgroundTasks& tasks_;
+  FileOpenings& openings_;
   ChangeQueue& changes_;
   PendingChanges pendingChanges_;
   Bus::Slot object_;
-  // Calls whose file is still being handled. They never leave the main thread; tasks know the number.
-  std::map<std::uint64_t, Bus::Deferred<>> pendingFiles_;
-  std::uint64_t nextFile_ = 0;
 };
 
 }  // namespace Agent

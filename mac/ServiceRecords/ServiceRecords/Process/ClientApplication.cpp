@@ -20,7 +20,8 @@ std::string ObjectPath(std::string identifier) {
 
 }  // namespace
 
-void ClientApplication::BringForward() {
+void ClientApplication::BringForward(std::function<void()> notThere) {
+  notThere_.push_back(std::move(notThere));
   const std::string path = ObjectPath(kIdentifier);
   const Bus::Service application{kIdentifier, path.c_str(), Bus::ServiceNames::kApplicationInterface};
   static_cast<void>(
@@ -32,7 +33,12 @@ void ClientApplication::BringForward() {
 
 void ClientApplication::HandleActivated(const Bus::Result<Bus::Message>& reply) {
   const bool isRunning = reply || !reply.Failure().IsForWantOfOwner();
-  if (!isRunning && !Termination::Requested()) Launch();
+  if (isRunning) return notThere_.clear();
+  if (!Termination::Requested()) Launch();
+}
+
+void ClientApplication::TellNotThere() {
+  for (const auto& tell : std::exchange(notThere_, {})) tell();
 }
 
 // By a program that lies beside the agent, so that nothing of the launch stays here.
@@ -40,11 +46,13 @@ void ClientApplication::Launch() {
   if (launch_) return;
   auto program = HelperProgram::HelperProcess::Start(Files::Bundle::Main().Path() / "servicerecord-launch",
                                                      {kIdentifier});
-  if (!program) return;
+  if (!program) return TellNotThere();
   launch_.emplace(std::move(*program));
   launchEnd_ = MainLoop::Main().Watch(launch_->Ended(), [this] {
+    if (launch_->HasSucceeded()) notThere_.clear();
     launchEnd_.reset();
     launch_.reset();
+    TellNotThere();
   });
 }
 

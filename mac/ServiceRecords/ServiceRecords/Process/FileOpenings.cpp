@@ -1,0 +1,42 @@
+#include "Process/FileOpenings.h"
+
+#include "Process/AtEnd.h"
+#include "Process/BackgroundTasks.h"
+#include "Process/MainLoop.h"
+
+#include <utility>
+
+using ServiceRecords::Opening;
+
+namespace Agent {
+
+std::uint64_t FileOpenings::Start(Request request) {
+  const std::uint64_t id = ++last_;
+  const auto file = std::make_shared<OpenFile>();
+  file->terminal = std::move(request.terminal);
+  if (request.isWithdrawable) file->withdrawal.emplace();
+  const int withdrawal = file->withdrawal ? file->withdrawal->Descriptor() : -1;
+  file->opening.emplace(Opening::Origin{id, std::move(request.path), file->terminal.Get(), withdrawal});
+  open_.emplace(id, Entry{file, std::move(request.finished)});
+  const auto end = std::make_shared<AtEnd>(
+      [this, id](bool /*result*/) { MainLoop::Main().Post([this, id] { Finish(id); }); });
+  tasks_.Start([this, file, end] {
+    const Opening::Handling handling(*file->opening);
+    handle_(file->opening->GetOrigin().path);
+  });
+  return id;
+}
+
+void FileOpenings::Withdraw(std::uint64_t id) const {
+  const auto entry = open_.find(id);
+  if (entry != open_.end() && entry->second.file->withdrawal) entry->second.file->withdrawal->Raise();
+}
+
+void FileOpenings::Finish(std::uint64_t id) {
+  const auto entry = open_.extract(id);
+  const Opening& opening = *entry.mapped().file->opening;
+  finished_(opening);
+  if (entry.mapped().finished) entry.mapped().finished(opening);
+}
+
+}  // namespace Agent

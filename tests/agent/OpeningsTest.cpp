@@ -1,0 +1,330 @@
+#include "libs/Files/FileDescriptor.h"
+#include "support/AgentTest.h"
+#include "support/NotificationService.h"
+#include "support/OpeningClient.h"
+#include "support/PseudoTerminal.h"
+
+#include <fcntl.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::UnorderedElementsAre;
+using TestSupport::NotificationService;
+using TestSupport::OpeningClient;
+
+namespace {
+
+constexpr char kTrustQuestion[] = "[y/N] ";
+
+class OpenedFiles : public AgentTest {
+ protected:
+  void Start(const std::vector<std::string>& environment = {}) {
+    agent_.Start(environment);
+    client_.emplace(agent_.BusAddress());
+  }
+  // The real dialog program, which asks on a terminal.
+  void AskOnTerminals() const {
+    const std::filesystem::path program = "PlugIns/ServiceRecordUI.bundle/servicerecord-dialog";
+    std::filesystem::remove(agent_.BundleFolder() / program);
+    std::filesystem::copy_file(std::filesystem::path(SR_STAGE_DIR) / "lib/servicerecords" / program,
+                               agent_.BundleFolder() / program);
+  }
+  Files::FileDescriptor Descriptor(const PseudoTerminal& terminal) const {
+    return Files::FileDescriptor(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  }
+
+  std::string OneStore(const std::string& name = "a.cr") { return OpenableFile(name, {Store("s1", "One")}); }
+
+  [[nodiscard]] std::size_t DescriptorsOfAgent() const {
+    const std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(agent_.Pid()) + "/fd");
+    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+  }
+  [[nodiscard]] bool WaitForDialogs(std::size_t count) {
+    return agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == count; });
+  }
+
+  std::optional<OpeningClient> client_;
+};
+
+TEST_F(OpenedFiles, ACallerHearsWhatBecameOfItsFileBehindWhatEverybodyHears) {
+  Start();
+  OpeningClient other(agent_.BusAddress());
+  const auto finished = client_->OpenAndAwait(OneStore());
+  EXPECT_EQ(finished.outcome, "added");
+  ASSERT_EQ(finished.stores.size(), 1U);
+  EXPECT_THAT(finished.stores[0],
+              UnorderedElementsAre(Pair("StoreID", "s1"), Pair("StoreName", "One"),
+                                   Pair("StoreURL", Store("s1", "").url), Pair("Outcome", "added")));
+  EXPECT_THAT(client_->Told(), ElementsAre("added s1", "confirmed s1", "finished added"));
+  EXPECT_EQ(CountNotifications(), 1U);
+
+  ASSERT_TRUE(other.WaitUntil([&] { return other.Told().size() == 2; }));
+  const std::uint64_t second = other.Open("/nowhere.cr");
+  EXPECT_GT(second, finished.id);
+  other.Await(second);
+  EXPECT_THAT(other.Told(), ElementsAre("added s1", "confirmed s1", "finished not-a-service-record"))
+      << "the first one's end is nobody else's";
+}
+
+TEST_F(OpenedFiles, EachStoreHasItsOutcomeAndTheGravestIsTheWholes) {
+  Start();
+  client_->OpenAndAwait(OneStore());
+  auto bad = Store("s2", "Two");
+  bad.gateways.clear();
+  bad.url = "https://localhost:1/nobody";
+  const auto finished =
+      client_->OpenAndAwait(OpenableFile("b.cr", {Store("s1", "Newer"), bad, Store("s3", "Three")}));
+  EXPECT_EQ(finished.outcome, "server-not-verified");
+  ASSERT_EQ(finished.stores.size(), 3U);
+  EXPECT_EQ(finished.stores[0].at("Outcome"), "replaced");
+  EXPECT_EQ(finished.stores[1].at("Outcome"), "server-not-verified");
+  EXPECT_EQ(finished.stores[1].at("Reason"), "The server could not be reached.");
+  EXPECT_EQ(finished.stores[2].at("Outcome"), "added");
+}
+
+TEST_F(OpenedFiles, ANoAndNobodyToAskAreToldApart) {
+  for (const auto& [answer, outcome] :
+       {std::pair("declined", "declined"), std::pair("no display", "could-not-ask")}) {
+    SCOPED_TRACE(answer);
+    agent_.Answer("addStore", answer);
+    if (!client_) Start();
+    EXPECT_EQ(client_->OpenAndAwait(OneStore()).outcome, outcome);
+  }
+  agent_.Answer("addStore", "accepted");
+  EXPECT_EQ(client_->OpenAndAwait(OneStore()).outcome, "added");
+  for (const auto& [answer, outcome] :
+       {std::pair("declined", "declined"), std::pair("no display", "could-not-ask")}) {
+    agent_.Answer("replaceStore", answer);
+    EXPECT_EQ(client_->OpenAndAwait(OneStore()).outcome, outcome);
+  }
+}
+
+TEST_F(OpenedFiles, WithoutAPlugInNobodyCanBeAsked) {
+  std::filesystem::remove_all(agent_.BundleFolder() / "PlugIns");
+  Start();
+  EXPECT_EQ(client_->OpenAndAwait(OneStore()).outcome, "could-not-ask");
+}
+
+TEST_F(OpenedFiles, WhatCannotBeWrittenIsNotSaved) {
+  std::ofstream(agent_.ConfigFolder() / "Morvane") << "no folder";
+  Start();
+  const auto finished = client_->OpenAndAwait(OneStore());
+  EXPECT_EQ(finished.outcome, "not-saved");
+  EXPECT_THAT(finished.stores[0].at("Reason"), HasSubstr("cannot be written"));
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(OpenedFiles, TheAgentsEndIsToldAsSuch) {
+  Start();
+  agent_.HoldDialogs();
+  const std::uint64_t id = client_->Open(OneStore());
+  ASSERT_TRUE(WaitForDialogs(1));
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_EQ(client_->Await(id).outcome, "ended");
+}
+
+TEST_F(OpenedFiles, TheFurtherKeysTellTheDialogsWhatTheyAreAbout) {
+  Start();
+  const std::string file = OneStore();
+  const std::uint64_t id = client_->Open(file);
+  client_->Await(id);
+  client_->OpenAndAwait(OpenableFile("b.cr", {Store("s1", "Newer")}));
+  auto bad = Store("s2", "Two");
+  bad.url = "https://localhost:1/nobody";
+  bad.gateways.clear();
+  client_->OpenAndAwait(OpenableFile("c.cr", {bad}));
+  ASSERT_TRUE(WaitForDialogs(4));  // trust; trust, replace; error
+
+  const auto trust = agent_.Dialogs()[0].second;
+  EXPECT_EQ(*trust.Find("OpeningID"), PropertyList::Value(id));
+  EXPECT_EQ(*trust.Find("DocumentPath"), PropertyList::Value(file));
+  EXPECT_EQ(*trust.Find("StoreHost"), PropertyList::Value("localhost"));
+  EXPECT_EQ(trust.Find("StoreHostASCII"), nullptr);
+  EXPECT_EQ(*trust.Find("VerifiedHost"), PropertyList::Value("localhost"));
+  EXPECT_EQ(*trust.Find("VerifiedServer"), PropertyList::Value("gateway"));
+
+  const auto replace = agent_.Dialogs()[2].second;
+  const auto* const held = replace.Find("HeldStore")->As<PropertyList::Dictionary>();
+  const auto* const incoming = replace.Find("NewStore")->As<PropertyList::Dictionary>();
+  EXPECT_EQ(*held->Find("StoreName"), PropertyList::Value("One"));
+  EXPECT_EQ(*incoming->Find("StoreName"), PropertyList::Value("Newer"));
+  EXPECT_EQ(*held->Find("StoreURL"), PropertyList::Value(Store("s1", "").url));
+  EXPECT_EQ(held->Find("StoreGateways")->As<PropertyList::Array>()->size(), 2U);
+  EXPECT_EQ(*held->Find("InternalBeacons"),
+            PropertyList::Value(PropertyList::Array{Store("s1", "").internalBeacons[0]}));
+  EXPECT_EQ(*incoming->Find("ExternalBeacons"),
+            PropertyList::Value(PropertyList::Array{Store("s1", "").externalBeacons[0]}));
+
+  const auto error = agent_.Dialogs()[3].second;
+  EXPECT_EQ(*error.Find("Server"), PropertyList::Value("localhost:1"));
+  EXPECT_EQ(error.Find("ErrorReason"), nullptr) << "the message says as much";
+  EXPECT_THAT(*error.Find("ErrorDetails")->As<std::string>(), HasSubstr("https://localhost:1: "));
+}
+
+TEST_F(OpenedFiles, QuestionsAreAskedOnTheTerminalThatIsHandedOver) {
+  AskOnTerminals();
+  Start();
+  PseudoTerminal terminal;
+  const std::uint64_t id = client_->Open(OneStore(), Descriptor(terminal).Get());
+  EXPECT_THAT(terminal.ReadUntil(kTrustQuestion), HasSubstr("One"));
+  terminal.Type("yes\n");
+  EXPECT_EQ(client_->Await(id).outcome, "added");
+}
+
+TEST_F(OpenedFiles, WhatIsNoTerminalIsRefused) {
+  Start();
+  const Files::FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  const auto refused = client_->TryOpen(OneStore(), nothing.Get());
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.Failure().name, "org.freedesktop.DBus.Error.InvalidArgs");
+  EXPECT_THAT(agent_.Dialogs(), IsEmpty());
+}
+
+TEST_F(OpenedFiles, ACallerThatLeavesWithdrawsItsQuestionAndLeavesTheTerminalAsItWas) {
+  AskOnTerminals();
+  Start();
+  PseudoTerminal terminal;
+  const termios before = terminal.Mode();
+  static_cast<void>(client_->Open(OneStore(), Descriptor(terminal).Get()));
+  static_cast<void>(terminal.ReadUntil(kTrustQuestion));
+  const std::size_t during = DescriptorsOfAgent();
+  client_.reset();
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return DescriptorsOfAgent() < during; }));
+  EXPECT_EQ(terminal.Mode().c_lflag, before.c_lflag);
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
+TEST_F(OpenedFiles, ACallerThatLeavesIsAskedNothingMore) {
+  Start();
+  agent_.HoldDialogs();
+  static_cast<void>(client_->Open(OpenableFile("a.cr", {Store("s1", "One"), Store("s2", "Two")})));
+  ASSERT_TRUE(WaitForDialogs(1));
+  const std::size_t during = DescriptorsOfAgent();
+  client_.reset();
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return DescriptorsOfAgent() < during; }));
+  EXPECT_EQ(agent_.Terminate(), 0);
+  EXPECT_EQ(agent_.Dialogs().size(), 1U);
+}
+
+TEST_F(OpenedFiles, AnotherCallersQuestionStaysOpen) {
+  Start();
+  agent_.HoldDialogs();
+  OpeningClient other(agent_.BusAddress());
+  const std::uint64_t kept = other.Open(OneStore());
+  ASSERT_TRUE(WaitForDialogs(1));
+  static_cast<void>(client_->Open(OpenableFile("b.cr", {Store("s2", "Two")})));
+  ASSERT_TRUE(WaitForDialogs(2));
+  const int withdrawn = agent_.DialogProcesses().back();
+  client_.reset();
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return ::kill(withdrawn, 0) != 0; }));
+  EXPECT_FALSE(other.HasFinished(kept));
+  agent_.Release("accepted");
+  EXPECT_EQ(other.Await(kept).outcome, "added");
+}
+
+TEST_F(OpenedFiles, TheTerminalIsAsItWasWhenTheAgentIsKilled) {
+  AskOnTerminals();
+  Start();
+  PseudoTerminal terminal;
+  const termios before = terminal.Mode();
+  static_cast<void>(client_->Open(OneStore(), Descriptor(terminal).Get()));
+  static_cast<void>(terminal.ReadUntil(kTrustQuestion));
+  ::kill(agent_.Pid(), SIGKILL);
+  EXPECT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", false));
+  EXPECT_EQ(agent_.WaitForEnd(), 128 + SIGKILL);
+  // The dialog program says that it has gone.
+  static_cast<void>(terminal.ReadUntil("\n"));
+  EXPECT_EQ(terminal.Mode().c_lflag, before.c_lflag);
+}
+
+TEST_F(OpenedFiles, NoDescriptorIsLeftBehind) {
+  agent_.Answer("addStore", "declined");
+  Start();
+  const PseudoTerminal terminal;
+  const Files::FileDescriptor descriptor = Descriptor(terminal);
+  client_->Await(client_->Open("/nowhere.cr", descriptor.Get()));
+  const std::size_t before = DescriptorsOfAgent();
+  std::vector<std::uint64_t> openings;
+  for (int i = 0; i < 100; ++i) openings.push_back(client_->Open("/nowhere.cr", descriptor.Get()));
+  for (const std::uint64_t id : openings) client_->Await(id);
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return DescriptorsOfAgent() <= before; }));
+}
+
+TEST_F(OpenedFiles, ChangesFromElsewhereAreToldToo) {
+  Start();
+  client_->OpenAndAwait(OneStore());
+  agent_.Bus().ServiceRecords("setDefaultGatewayForStoreIDTo", {"s1", "Branch"});
+  agent_.Bus().ServiceRecords("deleteStore", {"s1"});
+  ASSERT_TRUE(client_->WaitUntil([&] { return client_->Changes().size() == 4; }));
+  const auto& chosen = client_->Changes()[2];
+  EXPECT_THAT(chosen, UnorderedElementsAre(Pair("Change", "default-gateway"), Pair("StoreID", "s1"),
+                                           Pair("StoreName", "One"), Pair("StoreURL", Store("s1", "").url),
+                                           Pair("GatewayName", "Branch")));
+  EXPECT_EQ(client_->Changes()[3].at("Change"), "deleted");
+  EXPECT_EQ(client_->Changes()[3].at("StoreName"), "One");
+}
+
+class Notices : public OpenedFiles {
+ protected:
+  Notices() : desktop_(agent_.BusAddress()) {}
+
+  NotificationService desktop_;
+};
+
+TEST_F(Notices, AnAddedStoreIsToldAndCanBeShownWhereThereIsNoClient) {
+  Start();
+  client_->OpenAndAwait(OneStore());
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "One was added");
+  EXPECT_EQ(desktop_.Shown()[0].desktopEntry, "com.morvane.ServiceRecords.Stores");
+  EXPECT_THAT(desktop_.Shown()[0].actions, ElementsAre("default", "Show", "show-store", "Show"));
+  // The agent knows its number once it has handled the reply.
+  AwaitArrival(agent_.Bus());
+  desktop_.Press("show-store");
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Opened().size() == 1; }));
+  EXPECT_THAT(desktop_.Opened(), ElementsAre(Pair("s1", "token")));
+  client_->OpenAndAwait(OneStore());
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 2; }));
+  EXPECT_EQ(desktop_.Shown()[1].summary, "One was updated");
+}
+
+TEST_F(Notices, AClientThatComesForwardNeedsNoNotification) {
+  int activations = 0;
+  agent_.Bus().OfferApplication("/com/morvane/quillon/velt", activations);
+  agent_.Bus().OwnName("com.morvane.quillon.velt");
+  Start();
+  client_->OpenAndAwait(OneStore());
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return activations == 1; }));
+  agent_.Answer("addStore", "no display");
+  client_->OpenAndAwait(OpenableFile("b.cr", {Store("s2", "Two")}));
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return !desktop_.Shown().empty(); }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "b.cr was not opened") << "the first one";
+}
+
+TEST_F(Notices, AFileAboutWhichNobodyCouldBeAskedIsToldAndLoggedOnce) {
+  agent_.Answer("addStore", "no display");
+  auto agent = agent_.Run({}, {.captureErrors = true});
+  ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
+  const std::string file = OpenableFile("Stores.cr", {Store("s1", "One"), Store("s2", "Two")});
+  agent_.Bus().OpenFiles({agent_.URI(file)});
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "Stores.cr was not opened");
+  EXPECT_THAT(desktop_.Shown()[0].body, HasSubstr("neither a desktop nor a terminal"));
+  EXPECT_THAT(desktop_.Shown()[0].actions, IsEmpty());
+  agent.Signal(SIGTERM);
+  EXPECT_EQ(agent.Wait(), 0);
+  const std::string logged = agent.Output();
+  const std::string line = "\"" + file + "\" was not opened";
+  const std::size_t at = logged.find(line);
+  ASSERT_NE(at, std::string::npos) << logged;
+  EXPECT_EQ(logged.find(line, at + 1), std::string::npos) << logged;
+}
+
+}  // namespace
