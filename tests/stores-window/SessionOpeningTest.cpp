@@ -1,5 +1,5 @@
 #include "stores-window/SessionObserver.h"
-#include "stores-window/StandInOpenings.h"
+#include "stores-window/StandInAgent.h"
 #include "support/PrivateBus.h"
 
 #include <gmock/gmock.h>
@@ -18,10 +18,10 @@ class AnOpening : public testing::Test {
  protected:
   // Until the agent has been asked and the session knows the numbers.
   void Open(const std::vector<std::string>& paths) {
-    const std::size_t expected = openings_->Opened().size() + paths.size();
+    const std::size_t expected = agent_->Opened().size() + paths.size();
     observed_.session.OpenFiles(paths);
     EXPECT_TRUE(observed_.session.IsOpening());
-    ASSERT_TRUE(RunUntil([&] { return openings_->Opened().size() == expected; }));
+    ASSERT_TRUE(RunUntil([&] { return agent_->Opened().size() == expected; }));
     RunPending();
   }
 
@@ -30,15 +30,14 @@ class AnOpening : public testing::Test {
   }
 
   const TestSupport::PrivateBus bus_;
-  std::unique_ptr<StandInOpenings> openings_ =
-      std::make_unique<StandInOpenings>(bus_.Address(), SR_SOURCE_DIR);
+  std::unique_ptr<StandInAgent> agent_ = std::make_unique<StandInAgent>(bus_.Address(), SR_SOURCE_DIR);
   ObservedSession observed_{bus_.Address()};
 };
 
 TEST_F(AnOpening, HandsTheFileToTheAgentAndTellsWhatBecameOfIt) {
   Open({"/home/me/a b.cr"});
-  EXPECT_THAT(openings_->Opened(), ElementsAre("/home/me/a b.cr"));
-  openings_->Finish(1, "added", "[{'StoreName': <'One'>, 'Outcome': <'added'>}]");
+  EXPECT_THAT(agent_->Opened(), ElementsAre("/home/me/a b.cr"));
+  agent_->Finish(1, "added", "[{'StoreName': <'One'>, 'Outcome': <'added'>}]");
   ASSERT_TRUE(RunUntilNoticed());
   EXPECT_EQ(observed_.notices[0].sentences, "“\u2068One\u2069” was added.");
   EXPECT_TRUE(observed_.notices[0].isGood);
@@ -48,14 +47,14 @@ TEST_F(AnOpening, HandsTheFileToTheAgentAndTellsWhatBecameOfIt) {
 
 TEST_F(AnOpening, ThatWasDeclinedIsNotGood) {
   Open({"/home/me/a.cr"});
-  openings_->Finish(1, "declined", "[{'StoreName': <'One'>, 'Outcome': <'declined'>}]");
+  agent_->Finish(1, "declined", "[{'StoreName': <'One'>, 'Outcome': <'declined'>}]");
   ASSERT_TRUE(RunUntilNoticed());
   EXPECT_FALSE(observed_.notices[0].isGood);
 }
 
 TEST_F(AnOpening, WithoutStoresIsToldByTheNameOfItsFile) {
   Open({"/home/me/first.cr", "/home/me/second.cr"});
-  openings_->Finish(2, "not-a-service-record", "[]");
+  agent_->Finish(2, "not-a-service-record", "[]");
   ASSERT_TRUE(RunUntilNoticed());
   EXPECT_THAT(observed_.notices[0].sentences, HasSubstr("“\u2068second.cr\u2069”"));
   EXPECT_TRUE(observed_.session.IsOpening()) << "the first is still open";
@@ -78,7 +77,7 @@ TEST_F(AnOpening, OfAPathThatTheBusCannotCarryIsNotTried) {
 
 TEST_F(AnOpening, EndsWithTheAgent) {
   Open({"/home/me/a.cr"});
-  openings_->GiveUpTheName();
+  agent_->GiveUpTheNames();
   ASSERT_TRUE(RunUntilNoticed());
   EXPECT_EQ(observed_.notices[0].sentences,
             "“\u2068a.cr\u2069” was not opened, because the background service was ended.");
@@ -87,7 +86,7 @@ TEST_F(AnOpening, EndsWithTheAgent) {
 }
 
 TEST_F(AnOpening, ThatTheAgentCannotBeAskedForIsToldWithTheReason) {
-  openings_.reset();
+  agent_.reset();
   observed_.session.OpenFiles({"/home/me/a.cr"});
   ASSERT_TRUE(RunUntilNoticed());
   EXPECT_THAT(observed_.notices[0].sentences, HasSubstr("“\u2068a.cr\u2069” could not be opened. \u2068"));
