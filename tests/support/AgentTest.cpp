@@ -3,13 +3,22 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 using TestSupport::StoreText;
 using TestSupport::TestAuthority;
 
-AgentTest::AgentTest()
-    : server_(TestAuthority::Shared().TlsServerBlock("good")),
-      agent_({"SSL_CERT_FILE=" + TestAuthority::Shared().Root().string()}) {}
+namespace {
+
+std::vector<std::string> WithTrust(std::vector<std::string> environment) {
+  environment.push_back("SSL_CERT_FILE=" + TestAuthority::Shared().Root().string());
+  return environment;
+}
+
+}  // namespace
+
+AgentTest::AgentTest(std::vector<std::string> environment)
+    : server_(TestAuthority::Shared().TlsServerBlock("good")), agent_(WithTrust(std::move(environment))) {}
 
 StoreText AgentTest::Store(const std::string& id, const std::string& name) const {
   const std::string url = "https://localhost:" + std::to_string(server_.Port());

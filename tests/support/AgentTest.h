@@ -16,7 +16,8 @@ class AgentTest : public testing::Test {
  protected:
   static constexpr char kStoresUpdated[] = "MRVServiceRecordStoresUpdated MRVServiceRecord";
 
-  AgentTest();
+  // `environment`: for the user's programs, as NAME=value.
+  explicit AgentTest(std::vector<std::string> environment = {});
 
   // A store whose server is the trusted one, with two gateways of which the second is the default.
   [[nodiscard]] TestSupport::StoreText Store(const std::string& id, const std::string& name) const;

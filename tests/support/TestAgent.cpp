@@ -69,16 +69,16 @@ TestAgent::TestAgent(const std::vector<std::string>& environment) {
   fs::create_directories(ConfigFolder());
   fs::create_directories(root_.Path() / "dialogs");
   address_ = "unix:path=" + (root_.Path() / "bus").string();
-  environment_ = {"HOME=" + Home().string(),
-                  "XDG_CONFIG_HOME=" + ConfigFolder().string(),
-                  "XDG_CONFIG_DIRS=" + (root_.Path() / "etc").string(),
-                  "XDG_DATA_HOME=" + (Home() / ".local/share").string(),
-                  "XDG_DATA_DIRS=" + (Prefix() / "share").string(),
-                  "XDG_RUNTIME_DIR=" + root_.Path().string(),
-                  "SR_TEST_DIALOGS=" + (root_.Path() / "dialogs").string(),
-                  "DBUS_SESSION_BUS_ADDRESS=" + address_,
-                  "LC_ALL=C.UTF-8"};
-  environment_.insert(environment_.end(), environment.begin(), environment.end());
+  // Of two values of a variable the first counts.
+  environment_ = environment;
+  environment_.insert(
+      environment_.end(),
+      {"HOME=" + Home().string(), "XDG_CONFIG_HOME=" + ConfigFolder().string(),
+       "XDG_CONFIG_DIRS=" + (root_.Path() / "etc").string(),
+       "XDG_DATA_HOME=" + (Home() / ".local/share").string(),
+       "XDG_DATA_DIRS=" + (Prefix() / "share").string(), "XDG_RUNTIME_DIR=" + root_.Path().string(),
+       "SR_TEST_DIALOGS=" + (root_.Path() / "dialogs").string(), "DBUS_SESSION_BUS_ADDRESS=" + address_,
+       "LC_ALL=C.UTF-8", "DISPLAY=", "WAYLAND_DISPLAY="});
   WriteBusConfiguration();
   bus_ = std::make_unique<ChildProcess>(
       std::vector<std::string>{"dbus-daemon", "--nofork", "--nosyslog",

@@ -18,7 +18,7 @@ namespace TestSupport {
 // with this object.
 class TestAgent {
  public:
-  // `environment` goes to the bus and the agent, as NAME=value.
+  // `environment` goes to the bus and the agent, as NAME=value. Without a display in it they have none.
   explicit TestAgent(const std::vector<std::string>& environment = {});
   ~TestAgent();
 

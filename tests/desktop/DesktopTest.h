@@ -1,0 +1,66 @@
+#pragma once
+
+#include "desktop/ScreenReader.h"
+#include "desktop/VirtualScreen.h"
+#include "support/AgentTest.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// A graphical session of one user, in which the shipped windows ask and show. The agent is not started yet.
+class DesktopTest : public AgentTest {
+ protected:
+  // `screen`: the environment that programs need to show their windows, as NAME=value.
+  explicit DesktopTest(const std::vector<std::string>& screen);
+
+  // Hands the file to the agent; AwaitHandled waits until it has been handled, with all that was asked.
+  void BeginToOpen(const std::string& file);
+  void AwaitHandled();
+
+  // Adds the store to the list, with everybody's consent.
+  void Hold(const TestSupport::StoreText& store);
+  [[nodiscard]] TestSupport::ChildProcess StartStoresWindow();
+
+  [[nodiscard]] ScreenReader& Reader() { return *reader_; }
+  // The control, once it can be used.
+  Control Usable(Role role, const std::string& name) {
+    return Reader().WaitFor(role, name, State::Sensitive);
+  }
+  // Presses the button as soon as it can be.
+  void Press(const std::string& button);
+  // How many controls of all windows are such.
+  [[nodiscard]] std::ptrdiff_t Count(const std::function<bool(const Control&)>& isSuch);
+  // Of all windows, each of which holds some.
+  void ExpectEveryControlNamedOnce();
+
+ private:
+  // What a desktop brings along, and what else uses the agent does not need.
+  void InstallDesktop();
+
+  std::unique_ptr<ScreenReader> reader_;
+  std::uint64_t opening_ = 0;
+};
+
+// What has to be there before the session, and goes after it.
+template <class Screen>
+struct ScreenBefore {
+  Screen screen_;
+};
+
+// A session on a screen of the test's own.
+template <class Screen>
+class DesktopTestOn : protected ScreenBefore<Screen>, public DesktopTest {
+ protected:
+  DesktopTestOn() : DesktopTest(ScreenBefore<Screen>::screen_.Environment()) {}
+};
+
+class VirtualDesktopTest : public DesktopTestOn<VirtualScreen> {
+ protected:
+  void Type(const std::string& key) const { screen_.Type(key); }
+  // Goes on by the Tab key until the control has the focus.
+  void TabTo(Role role, const std::string& name);
+};

@@ -1,0 +1,51 @@
+#include "desktop/DesktopTest.h"
+
+namespace {
+
+using TestSupport::StoreText;
+
+constexpr char kTitle[] = "Problem with a service record";
+
+class ErrorDialog : public VirtualDesktopTest {
+ protected:
+  // Opens a file with these stores, whose servers cannot be verified: nobody listens there.
+  void OpenInVain(const std::vector<StoreText>& stores) {
+    agent_.Start();
+    Open(OpenableFile("bad.cr", stores));
+    Reader().WaitFor(Role::Dialog, kTitle);
+  }
+
+  [[nodiscard]] StoreText Unreachable(const std::string& id, const std::string& name) const {
+    StoreText store = Store(id, name);
+    store.url = "https://localhost:1/" + id + "/discovery";
+    store.gateways.clear();
+    return store;
+  }
+};
+
+TEST_F(ErrorDialog, SaysThatTheDetailsWereCopied) {
+  OpenInVain({Unreachable("s1", "One")});
+  Press("Copy details");
+  Reader().WaitFor(Role::PushButton, "Copied");
+}
+
+TEST_F(ErrorDialog, HasTheFocusOnCloseAndGoesByTheEnterKey) {
+  OpenInVain({Unreachable("s1", "One")});
+  Reader().WaitFor(Role::PushButton, "Close", State::Focused);
+  Type("Return");
+  Reader().WaitUntilGone(Role::Dialog, kTitle);
+}
+
+TEST_F(ErrorDialog, GoesByTheEscapeKey) {
+  OpenInVain({Unreachable("s1", "One")});
+  Reader().WaitFor(Role::PushButton, "Close", State::Focused);
+  Type("Escape");
+  Reader().WaitUntilGone(Role::Dialog, kTitle);
+}
+
+TEST_F(ErrorDialog, NamesEveryControlOnce) {
+  OpenInVain({Unreachable("s1", "One")});
+  ExpectEveryControlNamedOnce();
+}
+
+}  // namespace

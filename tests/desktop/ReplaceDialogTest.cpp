@@ -1,0 +1,57 @@
+#include "desktop/DesktopTest.h"
+
+namespace {
+
+constexpr char kTitle[] = "Replace a store";
+constexpr char kReplace[] = "Replace store";
+constexpr char kKeep[] = "Keep store";
+
+// The list holds "Old"; whether "New" replaces it is asked.
+class ReplaceDialog : public VirtualDesktopTest {
+ protected:
+  void SetUp() override {
+    agent_.Start();
+    Hold(Store("s1", "Old"));
+    BeginToOpen(OpenableFile("new.cr", {Store("s1", "New")}));
+    Press("Add store");
+    Reader().WaitFor(Role::Dialog, kTitle);
+  }
+
+  [[nodiscard]] std::string NameInList() {
+    return agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"];
+  }
+};
+
+TEST_F(ReplaceDialog, ReplacesTheStore) {
+  Press(kReplace);
+  AwaitHandled();
+  EXPECT_EQ(NameInList(), "New");
+}
+
+TEST_F(ReplaceDialog, KeepsTheStoreWhenDeclined) {
+  Press(kKeep);
+  AwaitHandled();
+  EXPECT_EQ(NameInList(), "Old");
+}
+
+TEST_F(ReplaceDialog, HasTheFocusOnTheSafeAnswerWhichEnterGives) {
+  Reader().WaitFor(Role::PushButton, kKeep, State::Focused);
+  const Control replace = Usable(Role::PushButton, kReplace);
+  EXPECT_TRUE(Reader().HasBecomeSensitive(replace)) << "it was sensitive from the beginning";
+  Type("Return");
+  AwaitHandled();
+  EXPECT_EQ(NameInList(), "Old");
+}
+
+TEST_F(ReplaceDialog, KeepsTheStoreByTheEscapeKey) {
+  Usable(Role::PushButton, kReplace);
+  Type("Escape");
+  AwaitHandled();
+  EXPECT_EQ(NameInList(), "Old");
+}
+
+TEST_F(ReplaceDialog, NamesEveryControlOnce) {
+  ExpectEveryControlNamedOnce();
+}
+
+}  // namespace

@@ -1,0 +1,77 @@
+#include "desktop/DesktopTest.h"
+
+#include <csignal>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr char kTitle[] = "Add a store";
+constexpr char kAdd[] = "Add store";
+constexpr char kDecline[] = "Don’t add";
+
+class TrustDialog : public VirtualDesktopTest {
+ protected:
+  void SetUp() override {
+    agent_.Start();
+    BeginToOpen(OpenableFile("a.cr", {Store("s1", "One")}));
+    Reader().WaitFor(Role::Dialog, kTitle);
+  }
+};
+
+TEST_F(TrustDialog, AddsTheStoreOnceItsButtonCanBePressed) {
+  Press(kAdd);
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(TrustDialog, AddsNothingWhenDeclined) {
+  Press(kDecline);
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
+TEST_F(TrustDialog, LetsNobodyAddAtOnce) {
+  const Control add = Usable(Role::PushButton, kAdd);
+  EXPECT_TRUE(Reader().HasBecomeSensitive(add)) << "it was sensitive from the beginning";
+}
+
+TEST_F(TrustDialog, HasTheFocusOnTheSafeAnswer) {
+  Reader().WaitFor(Role::PushButton, kDecline, State::Focused);
+}
+
+TEST_F(TrustDialog, DeclinesByTheEnterKey) {
+  Usable(Role::PushButton, kAdd);
+  Type("Return");
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
+TEST_F(TrustDialog, DeclinesByTheEscapeKey) {
+  Usable(Role::PushButton, kAdd);
+  Type("Escape");
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
+TEST_F(TrustDialog, AddsByTheKeyboardAlone) {
+  Usable(Role::PushButton, kAdd);
+  Type("Tab");
+  Reader().WaitFor(Role::PushButton, kAdd, State::Focused);
+  Type("Return");
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(TrustDialog, NamesEveryControlOnce) {
+  ExpectEveryControlNamedOnce();
+}
+
+TEST_F(TrustDialog, GoesWhenTheAgentIsKilled) {
+  ::kill(agent_.Pid(), SIGKILL);
+  Reader().WaitUntilGone(Role::Dialog, kTitle);
+  EXPECT_EQ(agent_.WaitForEnd(), 128 + SIGKILL);
+}
+
+}  // namespace

@@ -1,0 +1,17 @@
+#include "desktop/VirtualScreen.h"
+
+#include <stdexcept>
+
+using TestSupport::ChildProcess;
+
+// The server writes the number of a free display once it takes connections.
+VirtualScreen::VirtualScreen()
+    : server_({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"}) {
+  const std::string number = server_.WaitForOutput("\n");
+  display_ = ":" + number.substr(0, number.find('\n'));
+}
+
+void VirtualScreen::Type(const std::string& key) const {
+  ChildProcess typist({"xdotool", "key", key}, {"DISPLAY=" + display_});
+  if (typist.Wait() != 0) throw std::runtime_error("no keyboard");
+}

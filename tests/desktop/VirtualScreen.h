@@ -1,0 +1,23 @@
+#pragma once
+
+#include "support/ChildProcess.h"
+
+#include <string>
+#include <vector>
+
+// An X server without a screen, on a display of its own. It ends with this object. One thread.
+class VirtualScreen {
+ public:
+  VirtualScreen();
+
+  // What programs need to show their windows there, as NAME=value.
+  [[nodiscard]] std::vector<std::string> Environment() const {
+    return {"DISPLAY=" + display_, "GDK_BACKEND=x11"};
+  }
+  // Presses and releases a key ("Tab", "Return", "Escape") on the keyboard.
+  void Type(const std::string& key) const;
+
+ private:
+  TestSupport::ChildProcess server_;
+  std::string display_;
+};

@@ -1,0 +1,30 @@
+#include "desktop/DesktopTest.h"
+#include "desktop/WaylandScreen.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+using OnWayland = DesktopTestOn<WaylandScreen>;
+
+TEST_F(OnWayland, AStoreIsAddedThroughTheTrustDialogAndListedInTheWindow) {
+  agent_.Start();
+  BeginToOpen(OpenableFile("a.cr", {Store("s1", "One")}));
+  Reader().WaitFor(Role::PushButton, "Don’t add", State::Focused);
+  Press("Add store");
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+  const auto window = StartStoresWindow();
+  Reader().WaitFor(Role::ListItem, "One");
+}
+
+TEST_F(OnWayland, AStoreThatIsDeclinedIsNotAdded) {
+  agent_.Start();
+  BeginToOpen(OpenableFile("a.cr", {Store("s1", "One")}));
+  Press("Don’t add");
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
+}  // namespace
