@@ -291,8 +291,10 @@ TEST_F(DialogModuleTest, AWithdrawalCountsForTheThreadThatGaveItAndUntilItsNextC
   module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
   const Files::FileDescriptor withdrawn(::eventfd(1, EFD_CLOEXEC));
 
+  const SRUIProtocol& entryPoints = module_.EntryPoints();
   EXPECT_EQ(AddStoreFor(-1, withdrawn.Get()), 0);
-  EXPECT_EQ(module_.AddStore(kDetails).Answer(), 1);
+  EXPECT_EQ(entryPoints.addStore(kDetails), 0);
+  EXPECT_EQ(std::async(std::launch::async, [&] { return entryPoints.addStore(kDetails); }).get(), 1);
   EXPECT_EQ(AddStoreFor(-1, -1), 1);
 }
 

@@ -1,3 +1,4 @@
+#include "libs/Files/EventFd.h"
 #include "libs/Files/FileDescriptor.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/Text/TextHelpers.h"
@@ -10,11 +11,13 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 // The dialog program on a terminal, run by the module as in the agent.
@@ -432,6 +435,31 @@ TEST_F(TerminalDialogTest, AsksOnTheTerminalThatTheHostGives) {
   terminal_.Type("y\n");
 
   EXPECT_EQ(answer.get(), 1);
+}
+
+TEST_F(TerminalDialogTest, AWithdrawnQuestionLeavesAStoppedTerminalAsItWas) {
+  terminal_.MakeRaw();
+  const tcflag_t before = terminal_.Mode().c_lflag;
+  const Files::FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
+  const Files::EventFd withdrawal;
+  ::tcflow(given.Get(), TCOOFF);
+  auto answer = std::async(std::launch::async, [&] {
+    SRUIHost host = module_.Host();
+    host.terminalDescriptor = given.Get();
+    host.withdrawalDescriptor = withdrawal.Descriptor();
+    return module_.EntryPointsFor(host)->addStore(PropertyList::Write(Store()).c_str());
+  });
+  // Nothing is printed that would tell when the program has the terminal.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (terminal_.Mode().c_lflag == before && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  EXPECT_NE(terminal_.Mode().c_lflag, before);
+
+  withdrawal.Raise();
+
+  EXPECT_EQ(answer.get(), 0);
+  EXPECT_EQ(terminal_.Mode().c_lflag, before);
 }
 
 TEST_F(TerminalDialogTest, LeavesTheGivenTerminalBlockingForItsOwner) {

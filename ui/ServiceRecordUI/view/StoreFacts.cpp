@@ -46,7 +46,8 @@ std::string MoreText(std::size_t count) {
 
 std::vector<Fact> GatewayFacts(const Dictionary& details) {
   std::vector<Details::Gateway> gateways = Details::Gateways(details);
-  std::ranges::stable_partition(gateways, &Details::Gateway::isDefault);
+  std::stable_partition(gateways.begin(), gateways.end(),
+                        [](const Details::Gateway& gateway) { return gateway.isDefault; });
   std::vector<Fact> facts;
   const std::size_t shown = std::min(gateways.size(), StoreFacts::kMostGateways);
   for (std::size_t index = 0; index < shown; ++index) {
@@ -74,8 +75,8 @@ StoreFacts StoreFacts::Of(const Dictionary& details) {
 }
 
 std::string ShownGateway(const std::string& name, const std::string& url) {
-  const std::string address = ShownText::Whole(url);
-  const std::string shownName = ShownText::Name(name);
+  std::string address = ShownText::Whole(url);
+  std::string shownName = ShownText::Name(name);
   if (shownName.empty() || shownName == address) return address;
   return address.empty() ? shownName : shownName + "\n" + address;
 }
