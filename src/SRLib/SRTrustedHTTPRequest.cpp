@@ -1,5 +1,6 @@
 #include "SRLib/SRTrustedHTTPRequest.h"
 
+#include "SRLib/Provider/Opening.h"
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
 #include "libs/Trace/Trace.h"
@@ -97,11 +98,20 @@ auto Headers(const WardenFunctions& warden, MorvaneWardenRequestContext* context
   return Owned(lines, warden.FreeHeaders);
 }
 
+// Asked where everything else about the file is asked.
+MorvaneWardenQuestions QuestionsOf(const SRWardenRequest_Data& data) {
+  const Opening* const opening = Opening::OfThisThread();
+  const Opening::Origin origin = opening != nullptr ? opening->GetOrigin() : Opening::Origin();
+  return {data.StoreName.c_str(), origin.terminalDescriptor, origin.withdrawalDescriptor};
+}
+
 auto CreateContext(const WardenFunctions& warden, MorvaneWardenConnection* connection,
                    const SRWardenRequest_Data& data) {
   MorvaneWardenRequestContext* context = nullptr;
   warden.CreateRequestContext(connection, data.StoreURL.c_str(), MORVANE_WARDEN_REQUEST_GET, &context);
   auto owned = Owned(context, warden.DestroyContext);
+  const MorvaneWardenQuestions questions = QuestionsOf(data);
+  warden.SetQuestions(context, &questions);
   if (data.Route.GatewayLocation != nullptr) warden.ForceRoute(context, &data.Route);
   return owned;
 }

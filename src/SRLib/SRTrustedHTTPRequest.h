@@ -14,6 +14,7 @@ class SRHTTPRequestFactory;
 struct SRWardenRequest_Data {
   std::wstring StoreURL;
   MorvaneWardenRoute Route{};
+  std::wstring StoreName = {};  // for whoever is asked to log on
 };
 
 // Requests through the authentication manager, which knows the way through the gateway and answers

@@ -124,6 +124,7 @@ TEST_F(MakeConnectionTest, TheDefaultGatewayIsTheRoute) {
   const FakeWarden warden;
   Connect(Store(L"s", kURL, {Gateway(L"a", L"https://a"), Gateway(L"b", L"https://b", true)}));
   EXPECT_THAT(warden.Calls(), Contains(StartsWith("ForceRoute 'b' 'https://b'")));
+  EXPECT_THAT(warden.Calls(), Contains(StartsWith("SetQuestions 'Name of s'")));
 }
 
 TEST_F(MakeConnectionTest, AStoreWithoutGatewaysIsAskedWithoutAForcedRoute) {

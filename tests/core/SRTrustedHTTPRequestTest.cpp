@@ -1,3 +1,4 @@
+#include "SRLib/Provider/Opening.h"
 #include "SRLib/SRTrustedHTTPRequest.h"
 #include "core/CoreTest.h"
 #include "fakes/FakeWarden.h"
@@ -34,20 +35,29 @@ TEST_F(SRTrustedHTTPRequestTest, AnAnsweredRequestTakesTheLibraryThroughItsLifeI
   EXPECT_TRUE(MakeRequest());
   EXPECT_EQ(response_, L"<Discovery/>");
   EXPECT_FALSE(canceled_);
-  EXPECT_EQ(warden_.Calls(),
-            (Texts{"Initialize", "CreateConnection 'ServiceRecord Trust' 0 0",
-                   "CreateRequestContext 'https://store.example/discovery' 3", "Prepare2", "GetTranslatedUrl",
-                   "GetHeaders", "ReportHttpResponse 200", "FreeTranslatedUrl", "FreeHeaders",
-                   "DestroyContext", "DestroyConnection", "Uninitialize"}));
+  EXPECT_EQ(warden_.Calls(), (Texts{"Initialize", "CreateConnection 'ServiceRecord Trust' 0 0",
+                                    "CreateRequestContext 'https://store.example/discovery' 3",
+                                    "SetQuestions '' -1 -1", "Prepare2", "GetTranslatedUrl", "GetHeaders",
+                                    "ReportHttpResponse 200", "FreeTranslatedUrl", "FreeHeaders",
+                                    "DestroyContext", "DestroyConnection", "Uninitialize"}));
 }
 
 TEST_F(SRTrustedHTTPRequestTest, ARouteIsForcedAsOneUnitBeforeTheFirstPassWhenAGatewayLocationIsPresent) {
   data_.Route = {L"gw", L"https://gw.example", 2, 3, 1};
   EXPECT_FALSE(MakeRequest());
-  EXPECT_EQ(warden_.Calls(), (Texts{"Initialize", "CreateConnection 'ServiceRecord Trust' 0 0",
-                                    "CreateRequestContext 'https://store.example/discovery' 3",
-                                    "ForceRoute 'gw' 'https://gw.example' edition 2 authentication 3 mode 1",
-                                    "Prepare2", "DestroyContext", "DestroyConnection", "Uninitialize"}));
+  EXPECT_EQ(warden_.Calls(),
+            (Texts{"Initialize", "CreateConnection 'ServiceRecord Trust' 0 0",
+                   "CreateRequestContext 'https://store.example/discovery' 3", "SetQuestions '' -1 -1",
+                   "ForceRoute 'gw' 'https://gw.example' edition 2 authentication 3 mode 1", "Prepare2",
+                   "DestroyContext", "DestroyConnection", "Uninitialize"}));
+}
+
+TEST_F(SRTrustedHTTPRequestTest, TheUserIsAskedForTheStoreWhereTheOpeningAsks) {
+  data_.StoreName = L"Sales";
+  Opening opening({.id = 1, .path = "", .terminalDescriptor = 77, .withdrawalDescriptor = 78});
+  const Opening::Handling handling(opening);
+  EXPECT_FALSE(MakeRequest());
+  EXPECT_THAT(warden_.Calls(), ::testing::Contains("SetQuestions 'Sales' 77 78"));
 }
 
 TEST_F(SRTrustedHTTPRequestTest, AGatewayNameAloneForcesNoRoute) {

@@ -88,6 +88,14 @@ MorvaneWardenStatus ForceRoute(MorvaneWardenRequestContext* context, const Morva
                 " mode " + std::to_string(route->GatewayMode));
 }
 
+MorvaneWardenStatus SetQuestions(MorvaneWardenRequestContext* context,
+                                 const MorvaneWardenQuestions* questions) {
+  Require(context == Context());
+  return Called("SetQuestions " + Text(questions->StoreName) + " " +
+                std::to_string(questions->TerminalDescriptor) + " " +
+                std::to_string(questions->WithdrawalDescriptor));
+}
+
 MorvaneWardenStatus Prepare2(MorvaneWardenRequestContext* context, uint32_t* action) {
   Require(context == Context());
   Script& script = TheScript();
@@ -177,6 +185,7 @@ ServiceRecords::WardenFunctions FakeWarden::Functions() {
           .CreateRequestContext = TestSupport::CreateRequestContext,
           .DestroyContext = TestSupport::DestroyContext,
           .ForceRoute = TestSupport::ForceRoute,
+          .SetQuestions = TestSupport::SetQuestions,
           .Prepare2 = TestSupport::Prepare2,
           .GetTranslatedUrl = TestSupport::GetTranslatedUrl,
           .FreeTranslatedUrl = TestSupport::FreeTranslatedUrl,

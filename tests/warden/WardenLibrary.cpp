@@ -62,6 +62,7 @@ void WardenLibrary::Load() {
   Find(handle_, "CreateRequestContext", CreateRequestContext);
   Find(handle_, "DestroyContext", DestroyContext);
   Find(handle_, "ForceRoute", ForceRoute);
+  Find(handle_, "SetQuestions", SetQuestions);
   Find(handle_, "Prepare2", Prepare2);
   Find(handle_, "GetTranslatedUrl", GetTranslatedUrl);
   Find(handle_, "FreeTranslatedUrl", FreeTranslatedUrl);

@@ -37,6 +37,7 @@ class WardenLibrary {
   decltype(&MorvaneWarden_CreateRequestContext) CreateRequestContext = nullptr;
   decltype(&MorvaneWarden_DestroyContext) DestroyContext = nullptr;
   decltype(&MorvaneWarden_ForceRoute) ForceRoute = nullptr;
+  decltype(&MorvaneWarden_SetQuestions) SetQuestions = nullptr;
   decltype(&MorvaneWarden_Prepare2) Prepare2 = nullptr;
   decltype(&MorvaneWarden_GetTranslatedUrl) GetTranslatedUrl = nullptr;
   decltype(&MorvaneWarden_FreeTranslatedUrl) FreeTranslatedUrl = nullptr;

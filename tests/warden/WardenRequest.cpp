@@ -38,6 +38,10 @@ MorvaneWardenStatus WardenRequest::ForceRoute(const TestRoute& route) {
   return library_.ForceRoute(context_, &record);
 }
 
+MorvaneWardenStatus WardenRequest::SetQuestions(const MorvaneWardenQuestions& questions) {
+  return library_.SetQuestions(context_, &questions);
+}
+
 std::uint32_t WardenRequest::Prepare() {
   std::uint32_t action = 0;
   EXPECT_EQ(library_.Prepare2(context_, &action), MORVANE_WARDEN_OK);

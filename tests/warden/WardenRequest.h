@@ -26,6 +26,7 @@ class WardenRequest {
   WardenRequest& operator=(const WardenRequest&) = delete;
 
   MorvaneWardenStatus ForceRoute(const TestRoute& route);
+  MorvaneWardenStatus SetQuestions(const MorvaneWardenQuestions& questions);
   [[nodiscard]] std::uint32_t Prepare();
   [[nodiscard]] std::wstring Url();
   [[nodiscard]] std::vector<std::wstring> Headers();

@@ -14,6 +14,7 @@ struct WardenFunctions {
   decltype(&MorvaneWarden_CreateRequestContext) CreateRequestContext = MorvaneWarden_CreateRequestContext;
   decltype(&MorvaneWarden_DestroyContext) DestroyContext = MorvaneWarden_DestroyContext;
   decltype(&MorvaneWarden_ForceRoute) ForceRoute = MorvaneWarden_ForceRoute;
+  decltype(&MorvaneWarden_SetQuestions) SetQuestions = MorvaneWarden_SetQuestions;
   decltype(&MorvaneWarden_Prepare2) Prepare2 = MorvaneWarden_Prepare2;
   decltype(&MorvaneWarden_GetTranslatedUrl) GetTranslatedUrl = MorvaneWarden_GetTranslatedUrl;
   decltype(&MorvaneWarden_FreeTranslatedUrl) FreeTranslatedUrl = MorvaneWarden_FreeTranslatedUrl;

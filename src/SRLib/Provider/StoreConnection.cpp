@@ -38,6 +38,7 @@ SRWardenRequest_Data ConvertStoreToWardenFormat(const SRStore& store, const std:
                                                 SRGateway::AGMode mode) {
   SRWardenRequest_Data data;
   data.StoreURL = store.GetStoreURL();
+  data.StoreName = store.GetStoreName();
   data.Route.GatewayName = gatewayName.c_str();
   if (gatewayLocation.empty()) return data;
   data.Route.GatewayLocation = gatewayLocation.c_str();

@@ -176,8 +176,8 @@ MorvaneWardenAction Authentication::AskOnce(const Site& site) {
   if (tries_ == kMostTries) return MORVANE_WARDEN_ACTION_TOO_MANY_TRIES;
   ++tries_;
   Credentials credentials;
-  const CredentialOutcome outcome =
-      program_.Get({key_, site.isGateway, site.authentication, wasRejected_}, credentials);
+  const CredentialOutcome outcome = program_.Get(
+      {key_, site.isGateway, site.authentication, wasRejected_, gatewayName_, place_}, credentials);
   if (outcome == CredentialOutcome::Cancelled) CancelledQuestions::OfThisThread().Add(key_);
   if (outcome == CredentialOutcome::Given) credentials_ = std::move(credentials);
   return ActionFor(outcome);

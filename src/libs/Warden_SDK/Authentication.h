@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Warden {
@@ -30,6 +31,10 @@ class Authentication {
  public:
   // `program` must outlive the object.
   explicit Authentication(const CredentialProgram& program) : program_(program) {}
+
+  // For whoever is asked to log on.
+  void SetGatewayName(std::string name) { gatewayName_ = std::move(name); }
+  void SetPlace(QuestionPlace place) { place_ = std::move(place); }
 
   // The challenges of a request that was rejected at this target. A stored credential that it used is erased,
   // unless it used it in a digest of another target, whose rejection says nothing about the credential.
@@ -65,6 +70,8 @@ class Authentication {
   void SetHeaderLine(std::string_view value);
 
   const CredentialProgram& program_;
+  std::string gatewayName_;
+  QuestionPlace place_;
   std::vector<Challenge> challenges_;
   bool pending_ = false;
 

@@ -9,8 +9,10 @@
 namespace Warden {
 
 CredentialConversation::CredentialConversation(HelperProgram::HelperProcess program,
-                                               CredentialWire::Secret request, int cancellationDescriptor)
-    : conversation_(std::move(program), cancellationDescriptor), request_(std::move(request)) {}
+                                               CredentialWire::Secret request, int cancellationDescriptor,
+                                               int withdrawalDescriptor)
+    : conversation_(std::move(program), cancellationDescriptor, withdrawalDescriptor),
+      request_(std::move(request)) {}
 
 std::optional<CredentialWire::CredentialMessage> CredentialConversation::AwaitReply(int limitMilliseconds) {
   using Clock = HelperProgram::HelperConversation::Clock;

@@ -11,9 +11,9 @@ namespace Warden {
 // One request to a running credential program and its reply. Belongs to the thread that runs it.
 class CredentialConversation {
  public:
-  // `cancellationDescriptor` is only polled.
+  // The descriptors are only polled; -1 for none.
   CredentialConversation(HelperProgram::HelperProcess program, CredentialWire::Secret request,
-                         int cancellationDescriptor);
+                         int cancellationDescriptor, int withdrawalDescriptor);
 
   // Blocks until the program has replied; a negative limit is none. Nothing when it ended, closed its output
   // or sent no message, on cancellation, and when the time is over.

@@ -7,6 +7,8 @@
 #include "libs/Warden_SDK/WaitNotice.h"
 #include "libs/Warden_SDK/WardenLog.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -29,6 +31,19 @@ std::string_view AuthenticationWord(std::uint32_t authentication) {
 bool SetKey(CredentialWire::CredentialMessage& message, const CredentialKey& key) {
   return message.Set(Words::kProtocol, key.protocol) && message.Set(Words::kHost, key.host) &&
          message.Set(Words::kRealm, key.realm);
+}
+
+// A name that the message cannot carry is left out, like one that there is not.
+void AddName(CredentialWire::CredentialMessage& request, std::string_view key, const std::string& name) {
+  if (!name.empty()) static_cast<void>(request.Set(key, name));
+}
+
+// What the user is told besides, and where.
+void AddAsking(CredentialWire::CredentialMessage& request, const CredentialQuestion& question) {
+  AddName(request, Words::kStoreName, question.place.storeName);
+  if (question.isGateway) AddName(request, Words::kGatewayName, question.gatewayName);
+  if (question.place.terminal < 0) return;
+  AddName(request, Words::kTerminal, std::to_string(HelperProgram::HelperProcess::kGivenDescriptor));
 }
 
 // A control character in a header line would end it, and a server may take it for anything.
@@ -73,6 +88,7 @@ CredentialProgram::CredentialProgram(std::filesystem::path program, const Cancel
     : program_(std::move(program)), cancellation_(cancellation) {}
 
 CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Credentials& credentials) const {
+  if (IsInterrupted(question.place)) return CredentialOutcome::Interrupted;
   CredentialWire::CredentialMessage request;
   const std::string_view place = question.isGateway ? Words::kPlaceGateway : Words::kPlaceStore;
   if (!SetKey(request, question.key) || !request.Set(Words::kPlace, place) ||
@@ -80,14 +96,16 @@ CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Cre
       !request.Set(Words::kRejected, question.wasRejected ? Words::kYes : Words::kNo)) {
     return Failed("cannot be asked for this realm");
   }
-  const std::optional<CredentialWire::CredentialMessage> reply = Ask(request);
-  if (!reply) return cancellation_.Requested() ? CredentialOutcome::Interrupted : Failed("did not answer");
+  AddAsking(request, question);
+  const std::optional<CredentialWire::CredentialMessage> reply = Ask(request, question.place);
+  const bool isInterrupted = IsInterrupted(question.place);
+  if (!reply) return isInterrupted ? CredentialOutcome::Interrupted : Failed("did not answer");
   LogSecretService(*reply);
 
   const std::string_view status = reply->Get(Words::kStatus);
   if (status == Words::kOK) return TakeCredentials(*reply, credentials);
   if (status == Words::kCancelled) {
-    return cancellation_.Requested() ? CredentialOutcome::Interrupted : CredentialOutcome::Cancelled;
+    return isInterrupted ? CredentialOutcome::Interrupted : CredentialOutcome::Cancelled;
   }
   if (status == Words::kNoTerminal) {
     WardenLog::Write(WardenLog::kFailure, "Warden: no terminal to ask the user for a credential on");
@@ -97,9 +115,14 @@ CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Cre
 }
 
 std::optional<CredentialWire::CredentialMessage> CredentialProgram::Ask(
-    const CredentialWire::CredentialMessage& request) const {
+    const CredentialWire::CredentialMessage& request, const QuestionPlace& place) const {
   const WaitNotice notice;
-  return Exchange(Words::kGet, request, kNoLimit);
+  return Exchange(Words::kGet, request, kNoLimit, place);
+}
+
+bool CredentialProgram::IsInterrupted(const QuestionPlace& place) const {
+  pollfd withdrawal{place.withdrawal, POLLIN, 0};
+  return cancellation_.Requested() || ::poll(&withdrawal, 1, 0) > 0;
 }
 
 void CredentialProgram::Store(const CredentialKey& key, const Credentials& credentials) const {
@@ -129,14 +152,16 @@ void CredentialProgram::Change(std::string_view action, const CredentialKey& key
 }
 
 std::optional<CredentialWire::CredentialMessage> CredentialProgram::Exchange(
-    std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds) const {
+    std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds,
+    const QuestionPlace& place) const {
   std::optional<HelperProgram::HelperProcess> process =
-      HelperProgram::HelperProcess::Start(program_, {std::string(action)});
+      HelperProgram::HelperProcess::Start(program_, {std::string(action)}, place.terminal);
   if (!process) {
     WardenLog::Write(WardenLog::kFailure, "Warden: cannot start " + program_.string());
     return std::nullopt;
   }
-  CredentialConversation conversation(std::move(*process), request.Text(), cancellation_.Descriptor());
+  CredentialConversation conversation(std::move(*process), request.Text(), cancellation_.Descriptor(),
+                                      place.withdrawal);
   return conversation.AwaitReply(limitMilliseconds);
 }
 

@@ -17,7 +17,7 @@ class Cancellation;
 enum class CredentialOutcome {
   Given,
   Cancelled,    // by the user
-  Interrupted,  // by Cancellation
+  Interrupted,  // by Cancellation, or because nobody wants the answer any more
   NobodyToAsk,  // no terminal
   Failed        // the program cannot be started or does not keep to its convention
 };
@@ -38,9 +38,11 @@ class CredentialProgram {
 
  private:
   [[nodiscard]] std::optional<CredentialWire::CredentialMessage> Ask(
-      const CredentialWire::CredentialMessage& request) const;
+      const CredentialWire::CredentialMessage& request, const QuestionPlace& place) const;
   [[nodiscard]] std::optional<CredentialWire::CredentialMessage> Exchange(
-      std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds) const;
+      std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds,
+      const QuestionPlace& place = {}) const;
+  [[nodiscard]] bool IsInterrupted(const QuestionPlace& place) const;
   void Change(std::string_view action, const CredentialKey& key, const Credentials& credentials) const;
 
   std::filesystem::path program_;

@@ -28,11 +28,20 @@ struct Credentials {
   bool remember = false;
 };
 
+// Where the user is asked. The descriptors are borrowed; -1 for none.
+struct QuestionPlace {
+  std::string storeName = {};
+  int terminal = -1;
+  int withdrawal = -1;  // readable when nobody wants the answer any more
+};
+
 struct CredentialQuestion {
   CredentialKey key;
   bool isGateway = false;
   std::uint32_t authentication = 1;  // as in MorvaneWardenRoute
   bool wasRejected = false;          // the stored credential, or the last answer, did not do
+  std::string gatewayName = {};
+  QuestionPlace place = {};
 };
 
 }  // namespace Warden

@@ -177,6 +177,15 @@ MorvaneWardenStatus MorvaneWarden_ForceRoute(MorvaneWardenRequestContext* contex
       [&] { return context->request.ForceRoute(*route) ? MORVANE_WARDEN_OK : MORVANE_WARDEN_BAD_PARAMETER; });
 }
 
+MorvaneWardenStatus MorvaneWarden_SetQuestions(MorvaneWardenRequestContext* context,
+                                               const MorvaneWardenQuestions* questions) {
+  if (context == nullptr || questions == nullptr) return MORVANE_WARDEN_BAD_PARAMETER;
+  return Guarded([&] {
+    context->request.SetQuestions(*questions);
+    return MORVANE_WARDEN_OK;
+  });
+}
+
 MorvaneWardenStatus MorvaneWarden_Prepare2(MorvaneWardenRequestContext* context, uint32_t* action) {
   if (action == nullptr) return MORVANE_WARDEN_BAD_PARAMETER;
   *action = MORVANE_WARDEN_ACTION_BAD_PARAMETER;

@@ -90,7 +90,7 @@ typedef enum MorvaneWardenGatewayMode {
 
 /* The way through a gateway. The texts are read during the call only. */
 typedef struct MorvaneWardenRoute {
-  /* May be empty or null; only for the log. */
+  /* May be empty or null; for the log, and for whoever is asked to log on. */
   const wchar_t* GatewayName;
   /* A URL without query; without a scheme it is http, and a '/' at its end does not matter. */
   const wchar_t* GatewayLocation;
@@ -104,6 +104,19 @@ typedef struct MorvaneWardenRoute {
   /* A MorvaneWardenGatewayMode. */
   uint32_t GatewayMode;
 } MorvaneWardenRoute;
+
+/* Where the user is asked to log on, and for what. Read during the call only, but for the descriptors. */
+typedef struct MorvaneWardenQuestions {
+  /* Whose request it is; may be empty or null. */
+  const wchar_t* StoreName;
+  /* The terminal to ask on; -1: the credential program chooses. Open until the context is destroyed. */
+  int TerminalDescriptor;
+  /*
+   * Readable when nobody wants the answer any more, which closes this request's question and cancels the
+   * request; -1: never. Only polled, and open until the context is destroyed.
+   */
+  int WithdrawalDescriptor;
+} MorvaneWardenQuestions;
 
 typedef struct MorvaneWardenConnection MorvaneWardenConnection;
 typedef struct MorvaneWardenRequestContext MorvaneWardenRequestContext;
@@ -162,6 +175,10 @@ MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_DestroyContext(MorvaneWa
 /* Before the first MorvaneWarden_Prepare2. After a failure the context prepares nothing any more. */
 MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_ForceRoute(MorvaneWardenRequestContext* context,
                                                                    const MorvaneWardenRoute* route);
+
+/* Optional, before the first MorvaneWarden_Prepare2. */
+MORVANE_WARDEN_EXPORT MorvaneWardenStatus MorvaneWarden_SetQuestions(MorvaneWardenRequestContext* context,
+                                                                     const MorvaneWardenQuestions* questions);
 
 /*
  * `action` receives a MorvaneWardenAction, on failure of the call too. Blocks while the user is asked.

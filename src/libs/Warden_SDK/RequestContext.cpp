@@ -57,7 +57,13 @@ bool RequestContext::ForceRoute(const MorvaneWardenRoute& route) {
     return false;
   }
   if (Rewrites(route.GatewayMode)) site_ = {*translated, true, route.Authentication};
+  authentication_.SetGatewayName(Narrow(route.GatewayName));
   return true;
+}
+
+void RequestContext::SetQuestions(const MorvaneWardenQuestions& questions) {
+  authentication_.SetPlace(
+      {Narrow(questions.StoreName), questions.TerminalDescriptor, questions.WithdrawalDescriptor});
 }
 
 MorvaneWardenAction RequestContext::Prepare() {

@@ -22,6 +22,8 @@ class RequestContext {
   // False when the route makes no sense; nothing is prepared any more then.
   [[nodiscard]] bool ForceRoute(const MorvaneWardenRoute& route);
 
+  void SetQuestions(const MorvaneWardenQuestions& questions);
+
   [[nodiscard]] MorvaneWardenAction Prepare();
   // Whether there is a request to be sent, whose answer is to be reported.
   [[nodiscard]] bool IsPrepared() const { return isPrepared_; }
