@@ -72,6 +72,15 @@ TEST(OutcomeSentences, OfManyStoresCountTheRest) {
   EXPECT_THAT(sentences, HasSubstr("\nThe file has \u206894\u2069 more stores."));
 }
 
+TEST(OutcomeSentences, TheAddedStoreIsTheFirstThatIsInTheListNow) {
+  const Finished finished{
+      1,
+      "declined",
+      {{"s1", "One", "declined", ""}, {"s2", "Two", "replaced", ""}, {"s3", "Three", "added", ""}}};
+  EXPECT_EQ(OutcomeSentences::AddedStore(finished), "s2");
+  EXPECT_EQ(OutcomeSentences::AddedStore({1, "added", {}}), "");
+}
+
 TEST(OutcomeSentences, OnlyAddedAndReplacedAreGood) {
   std::set<std::string> good;
   for (const char* outcome : kOutcomes) {

@@ -29,6 +29,7 @@ TEST_F(OpeningWithTheAgent, AddsTheStoreAndSaysSo) {
   const Notice notice = NoticeAfterOpening(OpenableFile("one.cr", {Store("s1", "One")}));
   EXPECT_EQ(notice.sentences, "“\u2068One\u2069” was added.");
   EXPECT_TRUE(notice.isGood);
+  EXPECT_EQ(notice.storeID, "s1") << "the window shows it";
   EXPECT_TRUE(observed_.RunUntilPage(Overview::Page::Stores));
   EXPECT_THAT(observed_.IDs(), ElementsAre("s1"));
 }
@@ -38,6 +39,7 @@ TEST_F(OpeningWithTheAgent, SaysThatTheUserDeclined) {
   const Notice notice = NoticeAfterOpening(OpenableFile("one.cr", {Store("s1", "One")}));
   EXPECT_EQ(notice.sentences, "“\u2068One\u2069” was not added, because you decided against it.");
   EXPECT_FALSE(notice.isGood);
+  EXPECT_EQ(notice.storeID, "");
   EXPECT_THAT(observed_.IDs(), IsEmpty());
 }
 

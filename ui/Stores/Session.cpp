@@ -126,7 +126,8 @@ void Session::NoteFinished(const Finished& finished) {
   const auto found = openings_.find(finished.opening);
   const std::string name = found != openings_.end() ? found->second : Translated("The file");
   openings_.erase(finished.opening);
-  observer_.note({OutcomeSentences::Of(finished, name), OutcomeSentences::IsGood(finished)});
+  observer_.note({OutcomeSentences::Of(finished, name), OutcomeSentences::IsGood(finished),
+                  OutcomeSentences::AddedStore(finished)});
   NoteOpeningsEnded();
 }
 

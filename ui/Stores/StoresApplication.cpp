@@ -91,17 +91,17 @@ void StoresApplication::Present() {
 void StoresApplication::MakeSession() {
   GDBusConnection* const bus = g_application_get_dbus_connection(G_APPLICATION(application_.get()));
   if (bus == nullptr) return;
-  session_ = std::make_unique<Session>(
-      bus, Session::Observer{.show =
-                                 [this](const Overview& overview) {
-                                   window_->ShowOverview(overview);
-                                   NoteChoice();
-                                   ShowWantedStore();
-                                 },
-                             .note = [this](const Notice& notice) { window_->ShowNotice(notice); },
-                             .refused = [this] { window_->RefreshDetails(); },
-                             .openingsEnded = [this] { NoteOpeningsEnded(); },
-                             .loggingChanged = [this] { ReadLog(); }});
+  session_ =
+      std::make_unique<Session>(bus, Session::Observer{.show =
+                                                           [this](const Overview& overview) {
+                                                             window_->ShowOverview(overview);
+                                                             NoteChoice();
+                                                             ShowWantedStore();
+                                                           },
+                                                       .note = [this](const Notice& notice) { Note(notice); },
+                                                       .refused = [this] { window_->RefreshDetails(); },
+                                                       .openingsEnded = [this] { NoteOpeningsEnded(); },
+                                                       .loggingChanged = [this] { ReadLog(); }});
 }
 
 void StoresApplication::MakeWindow() {
@@ -148,6 +148,13 @@ void StoresApplication::ShowWantedStore() {
   if (item == nullptr) return;
   wantedStore_.clear();
   window_->Show(item);
+}
+
+void StoresApplication::Note(const Notice& notice) {
+  window_->ShowNotice(notice);
+  if (notice.storeID.empty()) return;
+  wantedStore_ = notice.storeID;
+  ShowWantedStore();
 }
 
 void StoresApplication::Open(const std::vector<std::string>& paths) {

@@ -34,6 +34,7 @@ class StoresApplication {
   void End();
   void ShowStore(const std::string& id);
   void ShowWantedStore();
+  void Note(const Notice& notice);
   void Open(const std::vector<std::string>& paths);
   void AddFromFile();
   void RemoveChosen();

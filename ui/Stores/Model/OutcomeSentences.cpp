@@ -60,6 +60,10 @@ std::string OfStore(const StoreOutcome& store) {
   return sentence;
 }
 
+bool IsGoodOutcome(std::string_view outcome) {
+  return outcome == "added" || outcome == "replaced";
+}
+
 std::string OfTheRest(std::size_t count) {
   return ShownText::Sentence(
       TranslatedCount("The file has {count} more store.", "The file has {count} more stores.",
@@ -81,8 +85,14 @@ std::string Of(const Finished& finished, const std::string& fileName) {
   return lines;
 }
 
+std::string AddedStore(const Finished& finished) {
+  const auto found = std::find_if(finished.stores.begin(), finished.stores.end(),
+                                  [](const StoreOutcome& store) { return IsGoodOutcome(store.outcome); });
+  return found != finished.stores.end() ? found->id : std::string();
+}
+
 bool IsGood(const Finished& finished) {
-  return finished.outcome == "added" || finished.outcome == "replaced";
+  return IsGoodOutcome(finished.outcome);
 }
 
 }  // namespace Stores::OutcomeSentences

@@ -11,6 +11,9 @@ namespace Stores::OutcomeSentences {
 // stores only the first few are named. `fileName`: as a person calls the file.
 [[nodiscard]] std::string Of(const Finished& finished, const std::string& fileName);
 
+// The id of the first store that is in the list now as the file describes it; empty for none.
+[[nodiscard]] std::string AddedStore(const Finished& finished);
+
 // Whether all went as the user wanted.
 [[nodiscard]] bool IsGood(const Finished& finished);
 

@@ -20,6 +20,7 @@ struct Overview {
 struct Notice {
   std::string sentences;
   bool isGood = false;
+  std::string storeID = {};  // the store that was added; empty for none
 };
 
 }  // namespace Stores
