@@ -1,9 +1,7 @@
 #include "ui/LoadedModule.h"
 
 #include "Dialogs/UIBundleLoader.h"
-#include "libs/Lifetime/UniqueHandle.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -23,8 +21,7 @@ LoadedModule::~LoadedModule() {
 }
 
 const SRUIProtocol& LoadedModule::EntryPoints() const {
-  const SRUIProtocol* entryPoints =
-      Agent::UIBundleLoader(bundle_.PlugInsFolder(), terminationDescriptor_).PrincipalClass("test");
+  const SRUIProtocol* entryPoints = EntryPointsFor(Host());
   if (entryPoints == nullptr) throw std::runtime_error("the module does not load");
   return *entryPoints;
 }
@@ -34,10 +31,7 @@ SRUIHost LoadedModule::Host() const {
 }
 
 const SRUIProtocol* LoadedModule::EntryPointsFor(const SRUIHost& host) const {
-  const Lifetime::UniqueHandle<void, ::dlclose> module(::dlopen(bundle_.Module().c_str(), RTLD_NOW));
-  const auto principalClass = reinterpret_cast<decltype(&ServiceRecordUIPrincipalClass)>(
-      ::dlsym(module.get(), "ServiceRecordUIPrincipalClass"));
-  return principalClass(&host);
+  return Agent::UIBundleLoader(bundle_.PlugInsFolder(), host).PrincipalClass("test");
 }
 
 OpenDialog LoadedModule::AddStore(std::string details) const {
