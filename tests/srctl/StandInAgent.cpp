@@ -8,6 +8,9 @@
 
 namespace {
 
+namespace Names = Bus::ServiceNames;
+using PropertyList::Dictionary;
+
 template <class Value>
 Value Got(Bus::Result<Value> result) {
   if (!result) throw std::runtime_error("stand-in agent: " + result.Failure().text);
@@ -17,20 +20,43 @@ Value Got(Bus::Result<Value> result) {
 }  // namespace
 
 StandInAgent::StandInAgent(const std::string& address) : bus_(Got(Bus::Connection::To(address))) {
-  Bus::Interface interface(Bus::ServiceNames::kBeaconsInterface);
+  ServeBeacons();
+  ServeOpenings();
+  for (const char* name : {Names::kBeacons, Names::kServiceRecords}) Got(bus_.RequestName(name));
+}
+
+void StandInAgent::ServeBeacons() {
+  Bus::Interface interface(Names::kBeaconsInterface);
   interface.Method("networkReachabilityFlags", {}, {}, [this] { return flags; });
   interface.Method("checkLocationForStore", {}, {}, [this](const std::string& storeURL) {
     questions_.push_back(storeURL);
     return location;
   });
-  object_ = Got(bus_.Serve(Bus::ServiceNames::kBeaconsPath, std::move(interface)));
-  for (const char* name : {Bus::ServiceNames::kBeacons, Bus::ServiceNames::kServiceRecords})
-    Got(bus_.RequestName(name));
+  beacons_ = Got(bus_.Serve(Names::kBeaconsPath, std::move(interface)));
+}
+
+void StandInAgent::ServeOpenings() {
+  Bus::Interface interface(Names::kOpeningsInterface);
+  interface.Method("Open", {}, {}, [this](const std::string& path, const Dictionary& /*options*/) {
+    opened_.push_back(path);
+    return static_cast<std::uint64_t>(opened_.size());
+  });
+  openings_ = Got(bus_.Serve(Names::kOpeningsPath, std::move(interface)));
 }
 
 void StandInAgent::AnnounceLocation(const std::string& storeURL) {
-  Got(bus_.Emit(Bus::ServiceNames::kNotificationsPath, Bus::ServiceNames::kNotificationsInterface, "Posted",
-                std::string(Bus::ServiceNames::kLocationChangedNotification), storeURL));
+  Got(bus_.Emit(Names::kNotificationsPath, Names::kNotificationsInterface, "Posted",
+                std::string(Names::kLocationChangedNotification), storeURL));
+}
+
+void StandInAgent::Finish(std::uint64_t id, const std::string& outcome,
+                          const std::vector<Dictionary>& stores) {
+  Got(bus_.Emit(Names::kOpeningsPath, Names::kOpeningsInterface, Names::kFinishedSignal, id, outcome,
+                stores));
+}
+
+void StandInAgent::AnnounceChanges(const std::vector<Dictionary>& changes) {
+  Got(bus_.Emit(Names::kOpeningsPath, Names::kOpeningsInterface, Names::kStoresChangedSignal, changes));
 }
 
 bool StandInAgent::ServeUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libs/Bus/Connection.h"
+#include "libs/PropertyList/PropertyList.h"
 
 #include <chrono>
 #include <cstdint>
@@ -8,8 +9,8 @@
 #include <string>
 #include <vector>
 
-// Has the agent's names on a bus and answers about the network what a test sets. Throws on failure. One
-// thread; it answers only while ServeUntil runs.
+// Has the agent's names on a bus and answers about the network what a test sets; files that it is to open it
+// only notes. Throws on failure. One thread; it answers only while ServeUntil runs.
 class StandInAgent {
  public:
   explicit StandInAgent(const std::string& address);
@@ -21,16 +22,27 @@ class StandInAgent {
 
   // The stores' URLs for which the location was asked.
   [[nodiscard]] const std::vector<std::string>& Questions() const { return questions_; }
+  // The files that it was asked to open; the id of each is its place, from 1.
+  [[nodiscard]] const std::vector<std::string>& Opened() const { return opened_; }
 
   // Notifies everybody that the location relative to the store has changed.
   void AnnounceLocation(const std::string& storeURL);
+  // Tells everybody what became of a file, and of the list.
+  void Finish(std::uint64_t id, const std::string& outcome,
+              const std::vector<PropertyList::Dictionary>& stores = {});
+  void AnnounceChanges(const std::vector<PropertyList::Dictionary>& changes);
 
   // Answers until the condition holds; false when it does not within the time.
   [[nodiscard]] bool ServeUntil(const std::function<bool()>& condition,
                                 std::chrono::milliseconds limit = std::chrono::seconds(20));
 
  private:
+  void ServeBeacons();
+  void ServeOpenings();
+
   Bus::Connection bus_;
-  Bus::Slot object_;
+  Bus::Slot beacons_;
+  Bus::Slot openings_;
   std::vector<std::string> questions_;
+  std::vector<std::string> opened_;
 };

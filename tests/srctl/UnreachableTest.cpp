@@ -30,7 +30,7 @@ class SrctlWithoutAgent : public testing::Test {
             {"delete", "s1"},
             {"default-gateway", "--id", "s1", "Branch"},
             {"default-gateway", "--url", "https://one.example", "Branch"},
-            {"open", file},
+            {"open", "--window", file},
             {"discover", document},
             {"location", "https://one.example"},
             {"location", "https://one.example", "--wait"},

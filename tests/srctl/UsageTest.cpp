@@ -45,6 +45,17 @@ TEST(SrctlUsage, EveryCommandHasHelpOfItsOwn) {
   }
 }
 
+TEST(SrctlUsage, TheHelpOfOpenNamesItsStatuses) {
+  const std::string help = RunAlone({"open", "--help"}).output;
+  for (const char* status : {"4 declined", "5 a server could not be verified", "6 no service record",
+                             "7 nobody could be asked", "8 not saved", "9 the agent ended"})
+    EXPECT_THAT(help, HasSubstr(status));
+}
+
+TEST(SrctlUsage, AQuestionIsAskedInOnePlace) {
+  ExpectUsageError({"open", "--terminal", "--window", "a.cr"}, "--terminal");
+}
+
 TEST(SrctlUsage, TellsItsVersion) {
   const SrctlRun run = RunAlone({"--version"});
   EXPECT_EQ(run.status, 0);

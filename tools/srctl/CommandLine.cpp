@@ -5,6 +5,7 @@
 #include "doctor/Doctor.h"
 #include "libs/Terminal/TerminalText.h"
 #include "libs/Text/TextHelpers.h"
+#include "opening/OpenCommand.h"
 
 #include <CLI/CLI.hpp>
 
@@ -21,12 +22,15 @@ using Commands::Status;
 // What the command line said, filled in by the parser.
 struct Arguments {
   std::string file;
+  std::vector<std::string> files;
   std::string id;
   Commands::StoreChoice store;
   std::string gateway;
   std::string onOrOff;
   std::string url;
   std::string wait;  // seconds
+  bool onTerminal = false;
+  bool inWindow = false;
   bool json = false;
   bool jsonLines = false;
   Status status = Status::Done;
@@ -34,6 +38,10 @@ struct Arguments {
   [[nodiscard]] Printing::Format Format() const {
     if (jsonLines) return Printing::Format::JsonLines;
     return json ? Printing::Format::Json : Printing::Format::Text;
+  }
+  [[nodiscard]] Commands::QuestionPlace Place() const {
+    if (onTerminal) return Commands::QuestionPlace::Terminal;
+    return inWindow ? Commands::QuestionPlace::Window : Commands::QuestionPlace::Anywhere;
   }
 };
 
@@ -62,10 +70,19 @@ void AddJson(CLI::App& command, Arguments& arguments) {
 }
 
 void AddOpen(CLI::App& app, Arguments& arguments) {
-  CLI::App* command =
-      app.add_subcommand("open", "Have the agent open a service-record file, and wait for the outcome");
-  command->add_option("FILE", arguments.file, "The file, usually with the suffix cr")->required();
-  command->callback([&arguments] { arguments.status = Commands::Open(arguments.file); });
+  CLI::App* command = app.add_subcommand("open", "Open service-record files, and wait for the outcome");
+  command->add_option("FILE", arguments.files, "The files, usually with the suffix cr")->required();
+  command->add_flag("--terminal", arguments.onTerminal, "Be asked on this terminal");
+  command->add_flag("--window", arguments.inWindow, "Be asked in a window of your desktop")
+      ->excludes("--terminal");
+  command->footer(
+      "Without --terminal and --window you are asked on your desktop (WAYLAND_DISPLAY or DISPLAY is set), "
+      "else on this terminal. Ctrl+C withdraws the question.\n"
+      "Exit status: 0 all stores were added or replaced, or that of the gravest outcome: 4 declined, 5 a "
+      "server could not be verified, 6 no service record, 7 nobody could be asked, 8 not saved, 9 the agent "
+      "ended. Before anything is opened: 1 a file is not there, 2 wrong usage, 3 the agent cannot be "
+      "reached.");
+  command->callback([&arguments] { arguments.status = Commands::Open(arguments.files, arguments.Place()); });
 }
 
 void AddList(CLI::App& app, Arguments& arguments) {
@@ -183,7 +200,10 @@ void AddDoctor(CLI::App& app, Arguments& arguments) {
 
 int RunCommandLine(int argc, const char* const* argv) {
   CLI::App app("Looks after the application stores that the service-records agent keeps.", "srctl");
-  app.footer("Exit status: 0 done, 1 refused or not found, 2 wrong usage, 3 the agent cannot be reached.");
+  app.footer(
+      "Exit status: 0 done, 1 refused or not found, 2 wrong usage, 3 the agent cannot be reached; further "
+      "ones "
+      "of opening a file: srctl open --help.");
   app.set_version_flag("--version", "srctl " SR_VERSION);
   app.require_subcommand(1);
   app.failure_message(UsageProblem);

@@ -2,8 +2,7 @@
 
 namespace Srctl {
 
-// Reads the command line, runs the command it names and returns srctl's exit status: 0 done, 1 refused or not
-// found, 2 wrong usage, 3 the agent cannot be reached.
+// Reads the command line, runs the command it names and returns srctl's exit status, one of Commands::Status.
 [[nodiscard]] int RunCommandLine(int argc, const char* const* argv);
 
 }  // namespace Srctl

@@ -21,18 +21,6 @@ namespace {
 
 constexpr char kLogLevel[] = "LogLevel";
 
-// Why the file cannot be opened; empty when it can.
-std::string ProblemWithFile(const std::string& file) {
-  std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(file, error);
-  if (status.type() == std::filesystem::file_type::not_found) return "There is no file " + Quoted(file) + ".";
-  if (error) return Quoted(file) + " cannot be read: " + error.message() + ".";
-  if (!std::filesystem::is_regular_file(status))
-    return Quoted(file) + " is not a file that holds a document.";
-  if (!std::ifstream(file)) return Quoted(file) + " cannot be read: " + std::strerror(errno) + ".";
-  return {};
-}
-
 bool ReadBounded(std::istream& in, std::string& content) {
   content.resize(DomLib::kMaximumDocumentBytes + 1);  // one more than allowed shows that there is too much
   in.read(content.data(), static_cast<std::streamsize>(content.size()));
@@ -53,32 +41,6 @@ std::string ReadDocument(const std::string& file, std::string& content) {
 }
 
 }  // namespace
-
-Status Open(const std::string& file) {
-  if (const std::string problem = ProblemWithFile(file); !problem.empty()) {
-    return Refuse(problem + " Name the service-record file that your administrator gave you.");
-  }
-  std::error_code error;
-  const std::filesystem::path place = std::filesystem::absolute(file, error);
-  if (error) return Refuse("The folder that srctl runs in is gone. Name the file by its full path.");
-  if (!util::IsUTF8(place.string())) {
-    return Refuse("The name of " + Quoted(place.string()) + " is not UTF-8; rename the file or its folder.");
-  }
-  return WithAgent([&](AgentClient& agent) {
-    const std::optional<bool> accepted = agent.OpenFile(place.string());
-    if (!accepted) return ReportUnreachable(agent.Problem());
-    if (!*accepted) {
-      return RefuseForList(
-          agent, "No store of " + Quoted(file) +
-                     " was added. If you were not asked, the agent has no terminal to ask on: set "
-                     "SERVICERECORDS_TERMINAL as its README says. To see any other reason, switch the log on "
-                     "(srctl logging on), open the file again and read "
-                     "~/Library/Logs/ServiceRecord.log");
-    }
-    std::cout << "The store list was updated from " << Quoted(file) << ". See it with: srctl list\n";
-    return Status::Done;
-  });
-}
 
 Status List(Printing::Format format) {
   return WithAgent([&](AgentClient& agent) {

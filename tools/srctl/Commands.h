@@ -8,7 +8,19 @@
 // What each of srctl's commands does. Data goes to standard output, problems to standard error.
 namespace Srctl::Commands {
 
-enum class Status { Done = 0, Refused = 1, Usage = 2, Unreachable = 3 };
+// srctl's exit statuses. Those from 4 on are of opening a file, in the order of their gravity.
+enum class Status {
+  Done = 0,
+  Refused = 1,
+  Usage = 2,
+  Unreachable = 3,
+  Declined = 4,
+  NotVerified = 5,
+  NotAServiceRecord = 6,
+  CouldNotAsk = 7,
+  NotSaved = 8,
+  Ended = 9,
+};
 
 // One of the two is set.
 struct StoreChoice {
@@ -16,7 +28,6 @@ struct StoreChoice {
   std::optional<std::string> url;
 };
 
-[[nodiscard]] Status Open(const std::string& file);
 [[nodiscard]] Status List(Printing::Format format);
 [[nodiscard]] Status Show(const std::string& id, Printing::Format format);
 [[nodiscard]] Status Delete(const std::string& id);

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -20,6 +21,7 @@ namespace Terminal {
 namespace {
 
 constexpr int kTurnPollMilliseconds = 100;
+constexpr int kAwaitPollMilliseconds = 10;
 constexpr std::size_t kLongestLine = 4096;
 constexpr std::size_t kUsualColumns = 80;
 
@@ -56,6 +58,10 @@ Files::FileDescriptor OpenTurnFile() {
   return Files::FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
 }
 
+Files::FileDescriptor OpenAnew(int descriptor) {
+  return OpenPath(("/proc/self/fd/" + std::to_string(descriptor)).c_str());
+}
+
 }  // namespace
 
 std::optional<Terminal> Terminal::Open(int interruption) {
@@ -64,7 +70,7 @@ std::optional<Terminal> Terminal::Open(int interruption) {
 }
 
 std::optional<Terminal> Terminal::OpenAgain(int descriptor, int interruption) {
-  Files::FileDescriptor terminal = OpenPath(("/proc/self/fd/" + std::to_string(descriptor)).c_str());
+  Files::FileDescriptor terminal = OpenAnew(descriptor);
   // After a change of the user it may not be opened, only used.
   if (!terminal) terminal = Files::FileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
   return On(std::move(terminal), interruption);
@@ -182,6 +188,16 @@ std::optional<std::size_t> Terminal::ReadLine(std::span<char> line) {
     used += part.size();
   }
   return std::nullopt;
+}
+
+void AwaitTurn(int descriptor, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  Files::FileDescriptor turn = OpenTurnFile();
+  if (!turn) turn = OpenAnew(descriptor);
+  while (::flock(turn.Get(), LOCK_EX | LOCK_NB) != 0 && Interrupted(errno) &&
+         std::chrono::steady_clock::now() < deadline) {
+    ::poll(nullptr, 0, kAwaitPollMilliseconds);
+  }
 }
 
 }  // namespace Terminal

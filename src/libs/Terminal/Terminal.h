@@ -2,6 +2,7 @@
 
 #include "libs/Files/FileDescriptor.h"
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -72,5 +73,9 @@ class Terminal {
   Files::FileDescriptor turn_;
   SavedMode savedMode_;  // declared last: put back before the turn ends
 };
+
+// Waits until no dialog of this user is on a terminal, but not longer than the limit. The descriptor is that
+// of the waiting one's own terminal.
+void AwaitTurn(int descriptor, std::chrono::milliseconds limit);
 
 }  // namespace Terminal

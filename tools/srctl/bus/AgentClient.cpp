@@ -6,7 +6,6 @@
 #include "libs/Wayfinder/Wayfinder.h"
 
 #include <cerrno>
-#include <set>
 #include <utility>
 
 namespace Srctl {
@@ -59,23 +58,6 @@ bool ReadCurrentGateway(const Dictionary& dictionary, CurrentGatewayInfo& gatewa
   entries.Take("GatewayAuthType", gateway.authentication);
   entries.Take("GatewayEdition", gateway.edition);
   return entries.AreAsExpected();
-}
-
-// What happened on the connection while a file was being opened, in the order in which it arrived.
-struct OpeningProgress {
-  std::set<std::string> announcers;
-  bool answered = false;
-  bool accepted = false;
-  std::string problem;
-};
-
-void NoteAnswer(const Bus::Result<Bus::Message>& reply, OpeningProgress& progress) {
-  progress.answered = true;
-  if (reply) {
-    progress.accepted = progress.announcers.contains(reply->Sender());
-  } else {
-    progress.problem = reply.Failure().text;
-  }
 }
 
 }  // namespace
@@ -138,29 +120,6 @@ std::optional<bool> AgentClient::SetDefaultGatewayForStoreID(const std::string& 
 std::optional<bool> AgentClient::SetDefaultGatewayForStoreURL(const std::string& url,
                                                               const std::string& gateway) {
   return Ask<bool>(kStores, kSoon, "setDefaultGatewayForStoreURLTo", url, gateway);
-}
-
-std::optional<bool> AgentClient::OpenFile(const std::string& absolutePath) {
-  OpeningProgress progress;  // declared before the slots, whose handlers refer to it
-  const auto match =
-      bus_.Match(Bus::ServiceNames::NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification),
-                 [&progress](const Bus::Message& signal) { progress.announcers.insert(signal.Sender()); });
-  if (!match) {
-    Fail("it could not be asked", match.Failure());
-    return std::nullopt;
-  }
-  const auto pending = bus_.CallAsync(
-      kStores, kAtLast, "handleServiceRecordFTA",
-      [&progress](const Bus::Result<Bus::Message>& reply) { NoteAnswer(reply, progress); }, absolutePath);
-  if (!pending) {
-    Fail("it could not be asked", pending.Failure());
-    return std::nullopt;
-  }
-  const auto isAnswered = [&progress] { return progress.answered; };
-  if (!WaitFor(isAnswered, steady_clock::time_point::max())) return std::nullopt;
-  if (progress.problem.empty()) return progress.accepted;
-  problem_ = progress.problem;
-  return std::nullopt;
 }
 
 bool AgentClient::WaitFor(const std::function<bool()>& done, steady_clock::time_point deadline) {

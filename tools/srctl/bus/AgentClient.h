@@ -31,10 +31,6 @@ class AgentClient {
   [[nodiscard]] std::optional<bool> SetDefaultGatewayForStoreURL(const std::string& url,
                                                                  const std::string& gateway);
 
-  // Has the agent open the file and waits, for as long as the user takes, until it is done with it. True when
-  // the store list changed: the agent announces that before it answers.
-  [[nodiscard]] std::optional<bool> OpenFile(const std::string& absolutePath);
-
   // The agent does not tell what it made of the document.
   [[nodiscard]] bool HandOverDiscoveryDocument(const std::string& document);
 

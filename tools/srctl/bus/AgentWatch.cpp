@@ -1,6 +1,5 @@
 #include "bus/AgentWatch.h"
 
-#include "bus/UserBus.h"
 #include "libs/Bus/ServiceNames.h"
 
 #include <unistd.h>
@@ -23,77 +22,53 @@ constexpr Bus::Service kBeacons{Bus::ServiceNames::kBeacons, Bus::ServiceNames::
 }  // namespace
 
 AgentWatch::End AgentWatch::Run() {
-  bus_ = OpenUserBus(problem_);
+  bus_ = BusLoop::Make({SIGINT, SIGTERM}, problem_);
   if (!bus_) return End::Unreachable;
-  if (const Bus::Result<> prepared = Prepare(); !prepared) {
-    problem_ = "it cannot be watched: " + prepared.Failure().text;
+  Bus::Result<> result = AddMatches();
+  if (result) result = StartAgent();
+  if (!result) {
+    problem_ = "it cannot be watched: " + result.Failure().text;
     return End::Unreachable;
   }
   WatchOutput();
-  const Bus::Result<> run = loop_->Run();
-  slots_.clear();
+  const Bus::Result<> run = bus_->Loop().Run();
   if (run) return end_;
   problem_ = "the connection to it broke: " + run.Failure().text;
   return End::Unreachable;
 }
 
-Bus::Result<> AgentWatch::Prepare() {
-  Bus::Result<Bus::EventLoop> loop = Bus::EventLoop::Make();
-  if (!loop) return loop.Failure();
-  loop_ = std::move(*loop);
-  Bus::Result<> result = WatchSignals();
-  if (result) result = bus_->Attach(*loop_);
-  if (result) result = AddMatches();
-  if (result) result = StartAgent();
-  return result;
-}
-
-Bus::Result<> AgentWatch::WatchSignals() {
-  sigset_t asked;
-  ::sigemptyset(&asked);
-  ::sigaddset(&asked, SIGINT);
-  ::sigaddset(&asked, SIGTERM);
-  ::pthread_sigmask(SIG_BLOCK, &asked, nullptr);
-  const Bus::Result<> interrupt = loop_->EndOnSignal(SIGINT);
-  return interrupt ? loop_->EndOnSignal(SIGTERM) : interrupt;
-}
-
 Bus::Result<> AgentWatch::AddMatches() {
   using Bus::ServiceNames::NotificationMatch;
-  Bus::Result<> result = AddMatch(NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification),
-                                  [this](const Bus::Message& /*signal*/) {
-                                    if (isWatching_) Tell({.kind = Kind::StoresUpdated});
-                                  });
+  Bus::Result<> result = bus_->AddMatch(NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification),
+                                        [this](const Bus::Message& /*signal*/) {
+                                          if (isWatching_) Tell({.kind = Kind::StoresUpdated});
+                                        });
   if (result) {
-    result = AddMatch(NotificationMatch(Bus::ServiceNames::kLocationChangedNotification),
-                      [this](const Bus::Message& signal) { HandleLocationChanged(signal); });
+    result = bus_->AddMatch(NotificationMatch(Bus::ServiceNames::kLocationChangedNotification),
+                            [this](const Bus::Message& signal) { HandleLocationChanged(signal); });
   }
   if (result) {
-    result = AddMatch(Bus::MatchOwnerOf(Bus::ServiceNames::kServiceRecords),
-                      [this](const Bus::Message& signal) { HandleOwner(signal); });
+    result = bus_->AddMatch(Bus::MatchOwnerOf(Bus::ServiceNames::kServiceRecords),
+                            [this](const Bus::Message& signal) { HandleOwner(signal); });
   }
   if (result) {
-    result = AddMatch(Bus::MatchLoss(), [this](const Bus::Message& /*signal*/) {
+    result = bus_->AddMatch(Bus::MatchLoss(), [this](const Bus::Message& /*signal*/) {
       FinishUnreachable("the session bus is gone");
     });
   }
   return result;
 }
 
-Bus::Result<> AgentWatch::AddMatch(const std::string& rule, Bus::Connection::MessageHandler handler) {
-  return Bus::Keep(slots_.emplace_back(), bus_->Match(rule, std::move(handler)));
-}
-
 Bus::Result<> AgentWatch::StartAgent() {
-  return Bus::Keep(slots_.emplace_back(),
-                   bus_->CallAsync(kAgent, {.timeOut = kAnswerTime}, "Ping",
-                                   [this](const Bus::Result<Bus::Message>& reply) { HandleStart(reply); }));
+  return bus_->AddCall(
+      bus_->Bus().CallAsync(kAgent, {.timeOut = kAnswerTime}, "Ping",
+                            [this](const Bus::Result<Bus::Message>& reply) { HandleStart(reply); }));
 }
 
 // A file cannot be watched, and need not be: nobody closes it at its other end.
 void AgentWatch::WatchOutput() {
   static_cast<void>(
-      Bus::Keep(output_, loop_->WatchClosed(STDOUT_FILENO, [this] { Finish(End::NobodyReads); })));
+      Bus::Keep(output_, bus_->Loop().WatchClosed(STDOUT_FILENO, [this] { Finish(End::NobodyReads); })));
 }
 
 // Who watches does not bring back an agent that has left.
@@ -102,8 +77,8 @@ void AgentWatch::AskForLocation(const std::string& storeURL) {
     HandleLocation(storeURL, reply);
   };
   Bus::Result<Bus::Slot> question =
-      bus_->CallAsync(kBeacons, {.timeOut = kAnswerTime, .startsService = false}, "checkLocationForStore",
-                      handleReply, storeURL);
+      bus_->Bus().CallAsync(kBeacons, {.timeOut = kAnswerTime, .startsService = false},
+                            "checkLocationForStore", handleReply, storeURL);
   if (question) Bus::LeaveToConnection(std::move(*question));
 }
 
@@ -113,7 +88,7 @@ void AgentWatch::Tell(const AgentEvent& event) {
 
 void AgentWatch::Finish(End end) {
   end_ = end;
-  loop_->End();
+  bus_->Loop().End();
 }
 
 void AgentWatch::FinishUnreachable(const std::string& problem) {

@@ -1,13 +1,11 @@
 #pragma once
 
-#include "libs/Bus/Connection.h"
-#include "libs/Bus/EventLoop.h"
+#include "bus/BusLoop.h"
 
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace Srctl {
 
@@ -43,10 +41,7 @@ class AgentWatch {
   [[nodiscard]] const std::string& Problem() const { return problem_; }
 
  private:
-  [[nodiscard]] Bus::Result<> Prepare();
-  [[nodiscard]] Bus::Result<> WatchSignals();
   [[nodiscard]] Bus::Result<> AddMatches();
-  [[nodiscard]] Bus::Result<> AddMatch(const std::string& rule, Bus::Connection::MessageHandler handler);
   [[nodiscard]] Bus::Result<> StartAgent();
   void WatchOutput();
   void AskForLocation(const std::string& storeURL);
@@ -63,10 +58,8 @@ class AgentWatch {
   std::string problem_;
   bool isWatching_ = false;  // what comes before belongs to the agent's start
   End end_ = End::Asked;
-  std::optional<Bus::EventLoop> loop_;
-  std::optional<Bus::Connection> bus_;
-  std::vector<Bus::Slot> slots_;
-  Bus::EventSource output_;
+  std::optional<BusLoop> bus_;
+  Bus::EventSource output_;  // declared last: it is the loop's
 };
 
 }  // namespace Srctl

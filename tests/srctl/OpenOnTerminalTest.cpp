@@ -1,0 +1,124 @@
+#include "srctl/SrctlTest.h"
+#include "srctl/StandInAgent.h"
+#include "support/PseudoTerminal.h"
+
+#include <csignal>
+#include <filesystem>
+
+using PropertyList::Dictionary;
+using testing::HasSubstr;
+using testing::Not;
+using TestSupport::ChildProcess;
+
+namespace {
+
+constexpr char kQuestion[] = "Add it? [y/N] ";
+
+// A user who has logged on to a terminal, without a desktop.
+class SrctlOnTerminal : public SrctlTest {
+ protected:
+  SrctlOnTerminal() : file_(OpenableFile("a.cr", {Store("s1", "One")})) {
+    const std::filesystem::path program =
+        "lib/servicerecords/PlugIns/ServiceRecordUI.bundle/servicerecord-dialog";
+    std::filesystem::remove(agent_.Prefix() / program);
+    std::filesystem::copy_file(std::filesystem::path(SR_STAGE_DIR) / program, agent_.Prefix() / program);
+  }
+
+  // With the terminal as the controlling one of a session of its own.
+  [[nodiscard]] ChildProcess LogOn(const std::string& script) const {
+    const std::string onTerminal = "exec setsid --ctty bash -c \"$0\" \"$1\" \"$2\" <\"$3\" >\"$3\" 2>&1";
+    return ChildProcess({"env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "bash", "-c", onTerminal, script,
+                         SR_STAGE_DIR "/bin/srctl", file_, terminal_.Path()},
+                        agent_.Environment());
+  }
+  [[nodiscard]] ChildProcess Open() const { return LogOn("exec \"$0\" open \"$1\""); }
+
+  PseudoTerminal terminal_;
+  std::string file_;
+};
+
+TEST_F(SrctlOnTerminal, AsksThereWithoutAnyVariable) {
+  ChildProcess srctl = Open();
+  EXPECT_THAT(terminal_.ReadUntil(kQuestion), HasSubstr("One"));
+  terminal_.Type("yes\n");
+  EXPECT_EQ(srctl.Wait(), 0);
+  EXPECT_THAT(terminal_.ReadNow(), HasSubstr("\"One\" (s1) was added."));
+}
+
+TEST_F(SrctlOnTerminal, AsksThereAlsoWhenNothingElseLeadsThere) {
+  ChildProcess srctl = LogOn("exec \"$0\" open \"$1\" </dev/null >/dev/null 2>&1");
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("yes\n");
+  EXPECT_EQ(srctl.Wait(), 0);
+}
+
+TEST_F(SrctlOnTerminal, AsksThereInsteadOfOnTheDesktopWhenToldTo) {
+  ChildProcess srctl = LogOn("DISPLAY=:9 exec \"$0\" open --terminal \"$1\"");
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("no\n");
+  EXPECT_EQ(srctl.Wait(), 4);
+}
+
+TEST_F(SrctlOnTerminal, CtrlCWithdrawsTheQuestionAndLeavesTheTerminalAsItWas) {
+  const termios before = terminal_.Mode();
+  ChildProcess srctl = Open();
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("\x03");
+  EXPECT_EQ(srctl.Wait(), 128 + SIGINT) << "as a shell expects it";
+  EXPECT_THAT(terminal_.ReadNow(), HasSubstr("srctl: The question was withdrawn."));
+  const termios after = terminal_.Mode();
+  EXPECT_EQ(after.c_lflag, before.c_lflag);
+  EXPECT_EQ(after.c_iflag, before.c_iflag);
+  EXPECT_TRUE(StoreIDs().empty());
+}
+
+TEST_F(SrctlOnTerminal, CtrlZStopsNothing) {
+  ChildProcess srctl = Open();
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("\x1A");
+  terminal_.Type("yes\n");
+  EXPECT_EQ(srctl.Wait(), 0);
+}
+
+TEST_F(SrctlOnTerminal, ACallFromTheBackgroundIsRefused) {
+  ChildProcess shell = LogOn("set -m; \"$0\" open \"$1\" & wait $!; echo status $?");
+  EXPECT_THAT(terminal_.ReadUntil("status 7"),
+              HasSubstr("srctl: srctl runs in the background of its terminal"));
+  EXPECT_EQ(shell.Wait(), 0);
+}
+
+TEST_F(SrctlOnTerminal, TheAgentsDeathLeavesTheTerminalAsItWas) {
+  agent_.Start();
+  const termios before = terminal_.Mode();
+  ChildProcess srctl = Open();
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  ::kill(agent_.Pid(), SIGKILL);
+  EXPECT_EQ(srctl.Wait(), 9);
+  EXPECT_EQ(terminal_.Mode().c_lflag, before.c_lflag);
+}
+
+TEST_F(SrctlOnTerminal, SaysWhereTheQuestionIsWhenItIsNotThere) {
+  StandInAgent standIn(agent_.BusAddress());
+  ChildProcess srctl = LogOn("exec \"$0\" open --window \"$1\"");
+  ASSERT_TRUE(standIn.ServeUntil([&] { return standIn.Opened().size() == 1; }));
+  EXPECT_THAT(terminal_.ReadNow(), HasSubstr("You are asked in a window. Ctrl+C withdraws the question."));
+  standIn.Finish(7, "added");
+  standIn.Finish(1, "declined",
+                 {Dictionary{{"StoreID", "s1"}, {"StoreName", "One\x1B[2J"}, {"Outcome", "declined"}}});
+  ASSERT_TRUE(standIn.ServeUntil([&] { return !srctl.IsRunning(); }));
+  EXPECT_EQ(srctl.Wait(), 4) << "another opening's end is none of its own";
+  EXPECT_THAT(terminal_.ReadNow(),
+              testing::AllOf(HasSubstr("\"One\uFFFD[2J\" (s1)"), Not(HasSubstr("\x1B"))));
+}
+
+TEST_F(SrctlOnTerminal, AnOutcomeOfANewerAgentIsNoSuccess) {
+  StandInAgent standIn(agent_.BusAddress());
+  ChildProcess srctl = LogOn("exec \"$0\" open --window \"$1\"");
+  ASSERT_TRUE(standIn.ServeUntil([&] { return standIn.Opened().size() == 1; }));
+  standIn.Finish(1, "postponed");
+  ASSERT_TRUE(standIn.ServeUntil([&] { return !srctl.IsRunning(); }));
+  EXPECT_EQ(srctl.Wait(), 1);
+  EXPECT_THAT(terminal_.ReadNow(), HasSubstr("became what this srctl does not know: \"postponed\""));
+}
+
+}  // namespace
