@@ -20,7 +20,7 @@ TEST(CheckLine, HoldsAFinding) {
 TEST(CheckLine, KnowsEveryResult) {
   EXPECT_EQ(FindingFromLine(R"({"result":"ok"})")->result, Result::Ok);
   EXPECT_EQ(FindingFromLine(R"({"result":"note"})")->result, Result::Note);
-  EXPECT_EQ(FindingFromLine(R"({"result":"running"})")->result, Result::Running);
+  EXPECT_EQ(FindingFromLine(R"({"result":"problem"})")->result, Result::Problem);
   EXPECT_EQ(FindingFromLine(R"({"result":"of a later srctl"})")->result, Result::Note);
 }
 

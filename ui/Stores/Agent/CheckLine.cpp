@@ -15,8 +15,7 @@ std::string TextOf(const Json& object, const char* member) {
 
 CheckFinding::Result ResultOf(const std::string& word) {
   if (word == "ok") return CheckFinding::Result::Ok;
-  if (word == "problem") return CheckFinding::Result::Problem;
-  return word == "running" ? CheckFinding::Result::Running : CheckFinding::Result::Note;
+  return word == "problem" ? CheckFinding::Result::Problem : CheckFinding::Result::Note;
 }
 
 }  // namespace

@@ -11,11 +11,11 @@ namespace Stores {
 
 // What one check of a store found out. All text is UTF-8 and may hold any character.
 struct CheckFinding {
-  enum class Result { Ok, Note, Problem, Running };
+  enum class Result { Ok, Note, Problem };
 
   Result result = Result::Note;
   std::string check;  // what was looked at, "server"
-  std::string text;   // what was seen there, a sentence; what is being asked while it runs
+  std::string text;   // what was seen there, a sentence
   std::string next;   // what to do about it, a sentence; may be empty
 };
 

@@ -34,7 +34,6 @@ Mark MarkOf(CheckFinding::Result result) {
     case CheckFinding::Result::Problem:
       return {"dialog-warning-symbolic", Translated("Problem")};
     case CheckFinding::Result::Note:
-    case CheckFinding::Result::Running:
       break;
   }
   return {"dialog-information-symbolic", Translated("Note")};
@@ -86,13 +85,10 @@ void CheckView::Toggle() {
 
 void CheckView::Stop() {
   check_.reset();
-  ClearProgress();
   ShowRunning(false);
 }
 
 void CheckView::Take(const CheckFinding& finding) {
-  ClearProgress();
-  if (finding.result == CheckFinding::Result::Running) return ShowProgress(finding.check, finding.text);
   const Mark mark = MarkOf(finding.result);
   std::string text = ShownText::Lines(finding.text);
   if (!finding.next.empty()) text += '\n' + ShownText::Lines(finding.next);
@@ -118,19 +114,12 @@ void CheckView::AddRow(const std::string& title, const std::string& text, const 
   rows_.push_back(row);
 }
 
-void CheckView::ShowProgress(const std::string& check, const std::string& text) {
-  progress_ = Rows::Make(NameOf(check), ShownText::Whole(text));
-  adw_preferences_group_add(group_, GTK_WIDGET(progress_));
-}
-
-void CheckView::ClearProgress() {
-  if (progress_ != nullptr) adw_preferences_group_remove(group_, GTK_WIDGET(progress_));
-  progress_ = nullptr;
-}
-
 void CheckView::ShowRunning(bool running) {
   gtk_widget_set_visible(spinner_, running);
   gtk_spinner_set_spinning(GTK_SPINNER(spinner_), running);
+  adw_preferences_group_set_description(
+      group_, running ? Translated("Asking the servers of the store, one after the other…")
+                      : Translated("Looks at each server of the store and says what to do"));
   gtk_label_set_label(label_, running ? Translated("_Stop") : Translated("_Check"));
 }
 

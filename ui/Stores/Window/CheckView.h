@@ -25,8 +25,6 @@ class CheckView {
   void Take(const CheckFinding& finding);
   void TakeEnd(CheckEnd end);
   void AddRow(const std::string& title, const std::string& text, const char* icon, const char* word);
-  void ShowProgress(const std::string& check, const std::string& text);
-  void ClearProgress();
   void ShowRunning(bool running);
 
   AdwPreferencesGroup* const group_;
@@ -35,7 +33,6 @@ class CheckView {
   const std::string program_;
   std::string storeID_;
   std::vector<AdwActionRow*> rows_;
-  AdwActionRow* progress_ = nullptr;
   std::unique_ptr<StoreCheck> check_;
 };
 
