@@ -1,19 +1,15 @@
 #include "Shared/Gtk.h"
 #include "Shared/Owners.h"
-#include "libs/Files/FileDescriptor.h"
+#include "desktop/VirtualScreen.h"
 #include "libs/Lifetime/UniqueHandle.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/SRUIProtocol/SRUIProtocol.h"
-#include "support/ChildProcess.h"
-#include "support/EnvironmentVariable.h"
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
-#include <poll.h>
-#include <unistd.h>
 
-#include <array>
-#include <optional>
+#include <cstddef>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -23,32 +19,6 @@ namespace {
 using PropertyList::Array;
 using PropertyList::Dictionary;
 using ::testing::Contains;
-
-// A display that ends with this object.
-class Display {
- public:
-  Display() {
-    std::array<int, 2> ends{};
-    if (::pipe(ends.data()) != 0) return;
-    const Files::FileDescriptor ours(ends[0]);
-    Files::FileDescriptor theirs(ends[1]);
-    server_.emplace(
-        std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(theirs.Get()), "-nolisten", "tcp"},
-        std::vector<std::string>{}, TestSupport::ChildOptions{true, {theirs.Get()}});
-    theirs.Close();
-    pollfd state{ours.Get(), POLLIN, 0};
-    std::array<char, 16> number{};
-    if (::poll(&state, 1, 30000) > 0 && ::read(ours.Get(), number.data(), number.size() - 1) > 0) {
-      name_ = ":" + std::to_string(std::stoi(number.data()));
-    }
-  }
-
-  [[nodiscard]] const std::string& Name() const { return name_; }
-
- private:
-  std::optional<TestSupport::ChildProcess> server_;
-  std::string name_;
-};
 
 const SRUIProtocol* EntryPoints() {
   const Lifetime::UniqueHandle<void, ::dlclose> module(::dlopen(SR_UI_MODULE, RTLD_NOW));
@@ -81,11 +51,13 @@ TEST(StoreDetailsViewTest, IsAWidgetOfTheClientThatTellsWhatIsKnownOfTheStore) {
        Array{Dictionary{{"GatewayName", "Main"}, {"GatewayURL", "https://main"}, {"IsDefault", true}}}}});
   EXPECT_EQ(ViewOf(details.c_str()), nullptr) << "before the client has initialised GTK";
 
-  const Display display;
-  const TestSupport::EnvironmentVariable name("DISPLAY", display.Name());
-  const TestSupport::EnvironmentVariable backend("GDK_BACKEND", "x11");
-  const TestSupport::EnvironmentVariable accessibility("GTK_A11Y", "none");
-  const TestSupport::EnvironmentVariable bus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+  const VirtualScreen screen;
+  for (const std::string& variable : screen.Environment()) {
+    const std::size_t end = variable.find('=');
+    ::setenv(variable.substr(0, end).c_str(), variable.c_str() + end + 1, 1);
+  }
+  ::setenv("GTK_A11Y", "none", 1);
+  ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   ASSERT_NE(gtk_init_check(), FALSE);
 
   GtkWidget* const view = ViewOf(details.c_str());

@@ -9,7 +9,6 @@
 #include "view/StoreView.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace Dialogs {
 
@@ -50,8 +49,9 @@ void NameIcons(GtkWidget* parent) {
 
 }  // namespace
 
-LogOnWindow::LogOnWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer)
-    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/log-on.ui", std::move(onAnswer)) {
+LogOnWindow::LogOnWindow(const PropertyList::Dictionary& details,
+                         const std::function<void(bool accepted)>& onAnswer)
+    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/log-on.ui", onAnswer) {
   const LogOnQuestion question = LogOnQuestion::Of(details);
   needsPassword_ = question.needsPassword;
   needsCode_ = question.needsCode;

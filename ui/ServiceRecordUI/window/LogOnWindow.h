@@ -11,7 +11,7 @@ namespace Dialogs {
 // Asks for what a server wants for a log-on. What is typed stays in memory that the toolkit wipes.
 class LogOnWindow : public QuestionWindow {
  public:
-  LogOnWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer);
+  LogOnWindow(const PropertyList::Dictionary& details, const std::function<void(bool accepted)>& onAnswer);
 
   // What was typed.
   [[nodiscard]] CredentialWire::CredentialMessage Answer() const;

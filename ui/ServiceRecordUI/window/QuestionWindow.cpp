@@ -23,7 +23,7 @@ GtkEventController* MakeKeyTrap() {
 
 }  // namespace
 
-QuestionWindow::QuestionWindow(const char* interface, std::function<void(bool accepted)> onAnswer)
+QuestionWindow::QuestionWindow(const char* interface, const std::function<void(bool accepted)>& onAnswer)
     : DialogWindow(interface, [onAnswer] { onAnswer(false); }) {
   for (const char* const button : {"decline", "accept"}) Widgets::NameByLabel(Get(button));
   Signals::Connect(Get("decline"), "clicked", [this] { Close(); });

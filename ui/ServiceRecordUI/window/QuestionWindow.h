@@ -11,7 +11,7 @@ namespace Dialogs {
 // accepted, so that nothing meant for another window answers it. One thread.
 class QuestionWindow : public DialogWindow {
  public:
-  QuestionWindow(const char* interface, std::function<void(bool accepted)> onAnswer);
+  QuestionWindow(const char* interface, const std::function<void(bool accepted)>& onAnswer);
 
  protected:
   // Which file the question comes from, when that is known.

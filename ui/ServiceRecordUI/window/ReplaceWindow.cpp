@@ -6,7 +6,6 @@
 #include "view/StoreChanges.h"
 #include "view/StoreView.h"
 
-#include <utility>
 
 namespace Dialogs {
 
@@ -32,8 +31,8 @@ void AppendChanges(GtkBox* content, const StoreChanges& changes) {
 }  // namespace
 
 ReplaceWindow::ReplaceWindow(const PropertyList::Dictionary& details,
-                             std::function<void(bool accepted)> onAnswer)
-    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/replace.ui", std::move(onAnswer)) {
+                             const std::function<void(bool accepted)>& onAnswer)
+    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/replace.ui", onAnswer) {
   const StoreChanges changes = StoreChanges::Of(details);
   gtk_label_set_text(Get<GtkLabel>("heading"), HeadingFor(changes.name).c_str());
   AppendChanges(Get<GtkBox>("content"), changes);

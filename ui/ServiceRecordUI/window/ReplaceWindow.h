@@ -8,7 +8,7 @@ namespace Dialogs {
 // Whether a store that is held is replaced.
 class ReplaceWindow : public QuestionWindow {
  public:
-  ReplaceWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer);
+  ReplaceWindow(const PropertyList::Dictionary& details, const std::function<void(bool accepted)>& onAnswer);
 };
 
 }  // namespace Dialogs

@@ -5,7 +5,6 @@
 #include "view/StoreFacts.h"
 #include "view/StoreView.h"
 
-#include <utility>
 
 namespace Dialogs {
 
@@ -18,8 +17,9 @@ std::string HeadingFor(const std::string& name) {
 
 }  // namespace
 
-TrustWindow::TrustWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer)
-    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/trust.ui", std::move(onAnswer)) {
+TrustWindow::TrustWindow(const PropertyList::Dictionary& details,
+                         const std::function<void(bool accepted)>& onAnswer)
+    : QuestionWindow("/com/morvane/ServiceRecords/dialogs/trust.ui", onAnswer) {
   const StoreFacts facts = StoreFacts::Of(details);
   gtk_label_set_text(Get<GtkLabel>("heading"), HeadingFor(facts.name).c_str());
   GtkBox* const content = Get<GtkBox>("content");

@@ -8,7 +8,7 @@ namespace Dialogs {
 // Whether a new store is trusted.
 class TrustWindow : public QuestionWindow {
  public:
-  TrustWindow(const PropertyList::Dictionary& details, std::function<void(bool accepted)> onAnswer);
+  TrustWindow(const PropertyList::Dictionary& details, const std::function<void(bool accepted)>& onAnswer);
 };
 
 }  // namespace Dialogs
