@@ -6,7 +6,6 @@
 #include "view/StoreChanges.h"
 #include "view/StoreView.h"
 
-
 namespace Dialogs {
 
 namespace {

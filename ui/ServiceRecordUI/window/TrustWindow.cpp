@@ -5,7 +5,6 @@
 #include "view/StoreFacts.h"
 #include "view/StoreView.h"
 
-
 namespace Dialogs {
 
 namespace {
