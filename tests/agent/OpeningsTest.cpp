@@ -5,6 +5,7 @@
 #include "support/PseudoTerminal.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -244,6 +245,11 @@ TEST_F(OpenedFiles, TheTerminalIsAsItWasWhenTheAgentIsKilled) {
   EXPECT_EQ(terminal.Mode().c_lflag, before.c_lflag);
 }
 
+TEST_F(OpenedFiles, TheAgentIsStoppedByNoTerminalForItHasASessionOfItsOwn) {
+  Start();
+  EXPECT_EQ(::getsid(agent_.Pid()), agent_.Pid());
+}
+
 TEST_F(OpenedFiles, NoDescriptorIsLeftBehind) {
   agent_.Answer("addStore", "declined");
   Start();
@@ -275,6 +281,8 @@ class Notices : public OpenedFiles {
  protected:
   Notices() : desktop_(agent_.BusAddress()) {}
 
+  [[nodiscard]] std::filesystem::path Launched() const { return agent_.Home() / "launched"; }
+
   NotificationService desktop_;
 };
 
@@ -285,8 +293,6 @@ TEST_F(Notices, AnAddedStoreIsToldAndCanBeShownWhereThereIsNoClient) {
   EXPECT_EQ(desktop_.Shown()[0].summary, "One was added");
   EXPECT_EQ(desktop_.Shown()[0].desktopEntry, "com.morvane.ServiceRecords.Stores");
   EXPECT_THAT(desktop_.Shown()[0].actions, ElementsAre("default", "Show", "show-store", "Show"));
-  // The agent knows its number once it has handled the reply.
-  AwaitArrival(agent_.Bus());
   desktop_.Press("show-store");
   ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Opened().size() == 1; }));
   EXPECT_THAT(desktop_.Opened(), ElementsAre(Pair("s1", "token")));
@@ -306,6 +312,25 @@ TEST_F(Notices, AClientThatComesForwardNeedsNoNotification) {
   client_->OpenAndAwait(OpenableFile("b.cr", {Store("s2", "Two")}));
   ASSERT_TRUE(desktop_.WaitUntil([&] { return !desktop_.Shown().empty(); }));
   EXPECT_EQ(desktop_.Shown()[0].summary, "b.cr was not opened") << "the first one";
+}
+
+TEST_F(Notices, NeitherDoesAClientThatCanBeLaunched) {
+  agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
+               "[Desktop Entry]\nType=Application\nName=Client\nExec=touch " + Launched().string() + "\n");
+  Start();
+  client_->OpenAndAwait(OneStore());
+  ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return std::filesystem::exists(Launched()); }));
+  agent_.Answer("addStore", "no display");
+  client_->OpenAndAwait(OpenableFile("b.cr", {Store("s2", "Two")}));
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return !desktop_.Shown().empty(); }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "b.cr was not opened") << "the first one";
+}
+
+TEST_F(Notices, SeveralStoresAreToldTogether) {
+  Start();
+  client_->OpenAndAwait(OpenableFile("a.cr", {Store("s1", "One"), Store("s2", "Two")}));
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "2 stores were added or updated");
 }
 
 TEST_F(Notices, AFileAboutWhichNobodyCouldBeAskedIsToldAndLoggedOnce) {

@@ -185,6 +185,18 @@ TEST_F(OpeningTest, AStoreForWhichTheListHasNoRoomAnyMoreOnceTheUserHasAcceptedI
   EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::NotSaved)));
 }
 
+TEST_F(OpeningTest, AConfirmationForWhichTheListHasNoRoomLeavesTheStoreAdded) {
+  Trust(L"s");
+  location_.AnswerWith(Wayfinder::kLAN);
+  std::wstring gateways;
+  for (std::size_t i = 0; i <= kMaximumGateways; ++i) gateways += GatewayElement(L"g" + std::to_wstring(i));
+  server_.Answer(Address(L"s"), DiscoveryDocument(Service(L"s", L"<Gateways>" + gateways + L"</Gateways>",
+                                                          InServiceRecordNamespace())));
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
+  Open(Service(L"s"));
+  EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::Added)));
+}
+
 TEST_F(OpeningTest, AHindranceIsTheNextRefusalsReasonAndNoLaterOnes) {
   for (const wchar_t* id : {L"a", L"b"}) Trust(id);
   EXPECT_CALL(notifications_, ShowTrustDialog)

@@ -62,6 +62,9 @@ void NotificationService::ServeWindow() {
 }
 
 void NotificationService::Press(const std::string& action) {
+  // The agent knows the notification's number once it has handled the reply, which is ahead of this.
+  const Bus::Service agent{Names::kServiceRecords, Names::kServiceRecordsPath, "org.freedesktop.DBus.Peer"};
+  Require(static_cast<bool>(bus_.Call<>(agent, {}, "Ping")));
   const auto id = static_cast<std::uint32_t>(shown_.size());
   Require(static_cast<bool>(bus_.Emit(kPath, kName, "ActivationToken", id, std::string("token"))));
   Require(static_cast<bool>(bus_.Emit(kPath, kName, "ActionInvoked", id, action)));
