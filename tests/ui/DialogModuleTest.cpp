@@ -582,8 +582,7 @@ TEST_F(DialogModuleTest, WithoutTheLibraryOfTheViewThereIsNone) {
 }
 
 TEST_F(DialogModuleTest, NoDialogBringsAToolkitIntoTheProcess) {
-  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
-  module_.Bundle().ScriptWindowProgram("readRequest; echo accepted");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
 
   EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
   EXPECT_EQ(module_.EntryPoints().replaceStore(kDetails), 1);
