@@ -61,6 +61,7 @@ class DesktopTestOn : protected ScreenBefore<Screen>, public DesktopTest {
 class VirtualDesktopTest : public DesktopTestOn<VirtualScreen> {
  protected:
   void Type(const std::string& key) const { screen_.Type(key); }
+  void Write(const std::string& text) const { screen_.Write(text); }
   // Goes on by the Tab key until the control has the focus.
   void TabTo(Role role, const std::string& name);
 };

@@ -23,6 +23,15 @@ class ErrorDialog : public VirtualDesktopTest {
   }
 };
 
+TEST_F(ErrorDialog, ShowsAllErrorsOfAnOpeningInOneWindow) {
+  OpenInVain({Unreachable("s1", "One"), Unreachable("s2", "Two")});
+  const auto isServer = [](const Control& control) {
+    return control.role == Role::Label && control.name == "localhost:1";
+  };
+  Reader().WaitUntil("the servers of both errors", [&] { return Count(isServer) == 2; });
+  EXPECT_EQ(Count([](const Control& control) { return control.role == Role::Dialog; }), 1);
+}
+
 TEST_F(ErrorDialog, SaysThatTheDetailsWereCopied) {
   OpenInVain({Unreachable("s1", "One")});
   Press("Copy details");

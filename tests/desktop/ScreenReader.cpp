@@ -200,13 +200,6 @@ bool ScreenReader::Press(const Control& control) {
   return isDone != 0;
 }
 
-void ScreenReader::Fill(const Control& entry, const std::string& text) {
-  if (!Call({entry.program, entry.path}, "org.a11y.atspi.EditableText", "SetTextContents", "s",
-            text.c_str())) {
-    throw std::runtime_error(entry.name + " cannot be filled");
-  }
-}
-
 bool ScreenReader::HasBecomeSensitive(const Control& control) {
   TakeChanges();
   return becameSensitive_.contains({control.program, control.path});

@@ -11,25 +11,16 @@
 
 // Numbers of the accessibility bus's interface.
 enum class Role : std::uint32_t {
-  CheckBox = 7,
-  ComboBox = 11,
   Dialog = 16,
   Filler = 20,
   Frame = 23,
   Label = 29,
   List = 31,
   ListItem = 32,
-  Menu = 33,
-  MenuItem = 35,
-  PasswordText = 40,
   PushButton = 43,
   RadioButton = 44,
   ScrollPane = 49,
-  Text = 61,
-  ToggleButton = 62,
-  Unknown = 67,
-  Entry = 79,
-  Heading = 83
+  Unknown = 67
 };
 enum class State : unsigned { Checked = 4, Focusable = 11, Focused = 12, Sensitive = 24, Visible = 30 };
 
@@ -64,7 +55,6 @@ class ScreenReader {
 
   // Presses a button, activates a row. False for one that is insensitive.
   bool Press(const Control& control);
-  void Fill(const Control& entry, const std::string& text);
   // Whether the control has become sensitive since it is shown.
   [[nodiscard]] bool HasBecomeSensitive(const Control& control);
 

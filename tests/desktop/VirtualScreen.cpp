@@ -12,6 +12,14 @@ VirtualScreen::VirtualScreen()
 }
 
 void VirtualScreen::Type(const std::string& key) const {
-  ChildProcess typist({"xdotool", "key", key}, {"DISPLAY=" + display_});
+  Use("key", key);
+}
+
+void VirtualScreen::Write(const std::string& text) const {
+  Use("type", text);
+}
+
+void VirtualScreen::Use(const std::string& action, const std::string& argument) const {
+  ChildProcess typist({"xdotool", action, argument}, {"DISPLAY=" + display_});
   if (typist.Wait() != 0) throw std::runtime_error("no keyboard");
 }

@@ -16,8 +16,12 @@ class VirtualScreen {
   }
   // Presses and releases a key ("Tab", "Return", "Escape") on the keyboard.
   void Type(const std::string& key) const;
+  // Types the characters one after the other.
+  void Write(const std::string& text) const;
 
  private:
+  void Use(const std::string& action, const std::string& argument) const;
+
   TestSupport::ChildProcess server_;
   std::string display_;
 };

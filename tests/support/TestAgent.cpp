@@ -6,6 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 #include <iterator>
@@ -69,16 +70,14 @@ TestAgent::TestAgent(const std::vector<std::string>& environment) {
   fs::create_directories(ConfigFolder());
   fs::create_directories(root_.Path() / "dialogs");
   address_ = "unix:path=" + (root_.Path() / "bus").string();
-  // Of two values of a variable the first counts.
   environment_ = environment;
-  environment_.insert(
-      environment_.end(),
-      {"HOME=" + Home().string(), "XDG_CONFIG_HOME=" + ConfigFolder().string(),
-       "XDG_CONFIG_DIRS=" + (root_.Path() / "etc").string(),
-       "XDG_DATA_HOME=" + (Home() / ".local/share").string(),
-       "XDG_DATA_DIRS=" + (Prefix() / "share").string(), "XDG_RUNTIME_DIR=" + root_.Path().string(),
-       "SR_TEST_DIALOGS=" + (root_.Path() / "dialogs").string(), "DBUS_SESSION_BUS_ADDRESS=" + address_,
-       "LC_ALL=C.UTF-8", "DISPLAY=", "WAYLAND_DISPLAY="});
+  AddUnlessGiven({"HOME=" + Home().string(), "XDG_CONFIG_HOME=" + ConfigFolder().string(),
+                  "XDG_CONFIG_DIRS=" + (root_.Path() / "etc").string(),
+                  "XDG_DATA_HOME=" + (Home() / ".local/share").string(),
+                  "XDG_DATA_DIRS=" + (Prefix() / "share").string(),
+                  "XDG_RUNTIME_DIR=" + root_.Path().string(),
+                  "SR_TEST_DIALOGS=" + (root_.Path() / "dialogs").string(),
+                  "DBUS_SESSION_BUS_ADDRESS=" + address_, "LC_ALL=C.UTF-8", "DISPLAY=", "WAYLAND_DISPLAY="});
   WriteBusConfiguration();
   bus_ = std::make_unique<ChildProcess>(
       std::vector<std::string>{"dbus-daemon", "--nofork", "--nosyslog",
@@ -93,6 +92,14 @@ TestAgent::~TestAgent() {
   try {
     if (agent_ == nullptr && client_ != nullptr) EndActivated();
   } catch (const std::exception&) {
+  }
+}
+
+void TestAgent::AddUnlessGiven(const std::vector<std::string>& variables) {
+  for (const std::string& variable : variables) {
+    const std::string name = variable.substr(0, variable.find('=') + 1);
+    const auto isSame = [&](const std::string& given) { return given.starts_with(name); };
+    if (std::ranges::none_of(environment_, isSame)) environment_.push_back(variable);
   }
 }
 

@@ -75,6 +75,7 @@ class TestAgent {
   [[nodiscard]] std::vector<std::string> LogMessages() const;
 
  private:
+  void AddUnlessGiven(const std::vector<std::string>& variables);
   void InstallCopy();
   // `rules`: further rules of the bus's policy.
   void WriteBusConfiguration(const std::string& rules = {});

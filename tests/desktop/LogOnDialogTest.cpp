@@ -1,0 +1,74 @@
+#include "desktop/DesktopTest.h"
+
+#include <filesystem>
+#include <fstream>
+
+using testing::ElementsAre;
+
+namespace {
+
+using TestSupport::StoreText;
+using TestSupport::TestAuthority;
+using TestSupport::WebServer;
+
+constexpr char kTitle[] = "Log on";
+constexpr char kLogOn[] = "Log on";
+
+// A store was added that only its gateway reaches, which lets pass who logs on. Its discovery document has
+// its full name.
+class LogOnDialog : public VirtualDesktopTest {
+ protected:
+  void SetUp() override {
+    StoreText store = Store("s1", "One");
+    store.url = "https://localhost:1/discovery";
+    store.internalBeacons = {"https://localhost:1"};
+    store.gateways = {{.name = "Gate", .location = gateway_.Address("https"), .isDefault = true}};
+    ServeBehindTheGateway(store);
+    agent_.Start();
+    BeginToOpen(agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string());
+    Press("Add store");
+    Reader().WaitFor(Role::Dialog, kTitle);
+  }
+
+  [[nodiscard]] std::string NameInList() {
+    return agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"];
+  }
+
+ private:
+  void ServeBehindTheGateway(StoreText store) const {
+    store.name = "Full Name";
+    const auto document = gateway_.Document("https/localhost:1/discovery");
+    std::filesystem::create_directories(document.parent_path());
+    std::ofstream(document) << TestSupport::DiscoveryDocument({store});
+    std::ofstream(gateway_.Document("users")) << "demo:{PLAIN}secret word\n";
+  }
+
+  const WebServer gateway_{TestAuthority::Shared().TlsServerBlock(
+      "good", "location / { auth_basic \"Staff\"; auth_basic_user_file @DOCUMENTS@/users; }")};
+};
+
+TEST_F(LogOnDialog, LogsOnByTheKeyboardAlone) {
+  // The toolkit does not tell that a field has the focus.
+  TabTo(Role::PushButton, "Show Text");
+  Type("shift+Tab");
+  Write("secret word");
+  Type("shift+Tab");
+  Write("demo");
+  Usable(Role::PushButton, kLogOn);
+  Type("Return");
+  AwaitHandled();
+  Reader().WaitUntil("the name of the discovery document", [&] { return NameInList() == "Full Name"; });
+}
+
+TEST_F(LogOnDialog, LeavesTheStoreAsItIsWhenCancelled) {
+  Press("Cancel");
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+  EXPECT_EQ(NameInList(), "One");
+}
+
+TEST_F(LogOnDialog, NamesEveryControlOnce) {
+  ExpectEveryControlNamedOnce();
+}
+
+}  // namespace
