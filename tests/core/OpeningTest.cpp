@@ -185,7 +185,7 @@ TEST_F(OpeningTest, AStoreForWhichTheListHasNoRoomAnyMoreOnceTheUserHasAcceptedI
   EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::NotSaved)));
 }
 
-TEST_F(OpeningTest, AConfirmationForWhichTheListHasNoRoomLeavesTheStoreAdded) {
+TEST_F(OpeningTest, AConfirmationForWhichTheListHasNoRoomIsNotWhyTheStoreIsNotSaved) {
   Trust(L"s");
   location_.AnswerWith(Wayfinder::kLAN);
   std::wstring gateways;
@@ -193,8 +193,10 @@ TEST_F(OpeningTest, AConfirmationForWhichTheListHasNoRoomLeavesTheStoreAdded) {
   server_.Answer(Address(L"s"), DiscoveryDocument(Service(L"s", L"<Gateways>" + gateways + L"</Gateways>",
                                                           InServiceRecordNamespace())));
   EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
+  configuration_.FailWrites(true);
   Open(Service(L"s"));
-  EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::Added)));
+  EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::NotSaved)));
+  EXPECT_EQ(Reason(), MessageOf(util::kReasonListNotWritten)) << "of what the user accepted, there was room";
 }
 
 TEST_F(OpeningTest, AHindranceIsTheNextRefusalsReasonAndNoLaterOnes) {
