@@ -20,6 +20,14 @@ namespace Stores {
   return bus;
 }
 
+// Lets what a session was still waiting for come to its end.
+struct CancelledCalls {
+  CancelledCalls() = default;
+  ~CancelledCalls() { RunPending(); }
+  CancelledCalls(const CancelledCalls&) = delete;
+  CancelledCalls& operator=(const CancelledCalls&) = delete;
+};
+
 // A session with, in place of its window, notes of what it tells.
 struct ObservedSession {
   explicit ObservedSession(const std::string& busAddress)
@@ -48,6 +56,7 @@ struct ObservedSession {
   int refusals = 0;
   int openingsEnded = 0;
   int loggingChanges = 0;
+  const CancelledCalls cancelled;
   Session session;
 };
 
