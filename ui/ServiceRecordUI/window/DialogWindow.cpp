@@ -35,6 +35,11 @@ DialogWindow::DialogWindow(const char* interface, std::function<void()> onClosed
     onClosed();
     return true;
   });
+  // The toolkit stops showing the focus when no key has been pressed for a while, and the safe answer is to
+  // be seen.
+  Signals::ConnectChange(window_, "focus-visible", [this] {
+    if (gtk_window_get_focus_visible(window_) == FALSE) gtk_window_set_focus_visible(window_, TRUE);
+  });
 }
 
 DialogWindow::~DialogWindow() {
