@@ -1,9 +1,13 @@
 #include "desktop/DesktopTest.h"
 
 #include <csignal>
+#include <fstream>
+#include <iterator>
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 namespace {
 
@@ -66,6 +70,13 @@ TEST_F(TrustDialog, AddsByTheKeyboardAlone) {
 
 TEST_F(TrustDialog, NamesEveryControlOnce) {
   ExpectEveryControlNamedOnce();
+}
+
+TEST_F(TrustDialog, LeavesTheAgentWithoutAToolkit) {
+  std::ifstream maps("/proc/" + std::to_string(agent_.Pid()) + "/maps");
+  const std::string mapped{std::istreambuf_iterator<char>(maps), {}};
+  EXPECT_THAT(mapped, HasSubstr("ServiceRecordUI.so"));
+  EXPECT_THAT(mapped, Not(HasSubstr("libgtk")));
 }
 
 TEST_F(TrustDialog, GoesWhenTheAgentIsKilled) {
