@@ -35,20 +35,25 @@ class DoctorOfTheMachine : public DoctorTest {
 };
 
 TEST_F(DoctorOfTheMachine, FindsNothingWrongWithANewAgent) {
-  const SrctlRun run = Srctl({"doctor"});
+  std::vector<std::string> environment = agent_.Environment();
+  environment.push_back("DISPLAY=:9");
+  const SrctlRun run = RunSrctl({"doctor"}, environment);
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.errors, IsEmpty());
-  EXPECT_EQ(
-      run.output,
-      "ok: agent: It answers on the session bus.\n"
-      "ok: log: It is off. When it is on (srctl logging on), it is written to " +
-          agent_.LogFile().string() +
-          ".\nok: plug-in: The plug-in of the dialogs is complete: " + PlugIn().string() +
-          "\nok: configuration of the user: There is none, which is fine: " + agent_.StoresFile().string() +
-          "\nok: configuration of the machine: There is none, which is fine: " + MachineFile() +
-          "\nnote: stores: There are none yet. Next: Open the service-record file that your "
-          "administrator gave you: srctl open FILE\n"
-          "Nothing is wrong.\n");
+  EXPECT_EQ(run.output,
+            "ok: agent: It answers on the session bus.\n"
+            "ok: log: It is off. When it is on (srctl logging on), it is written to " +
+                agent_.LogFile().string() + ".\nok: plug-in: The plug-in of the dialogs is complete: " +
+                PlugIn().string() + "\nok: credentials: Their program can be run: " +
+                (agent_.BundleFolder() / "servicerecord-credential").string() +
+                "\nok: questions: You are asked in a window of your desktop."
+                "\nok: file type: The desktop opens .cr files with this program."
+                "\nok: configuration of the user: There is none, which is fine: " +
+                agent_.StoresFile().string() +
+                "\nok: configuration of the machine: There is none, which is fine: " + MachineFile() +
+                "\nnote: stores: There are none yet. Next: Open the service-record file that your "
+                "administrator gave you: srctl open FILE\n"
+                "Nothing is wrong.\n");
 }
 
 TEST_F(DoctorOfTheMachine, TellsWhereTheLogIsWhenItIsOn) {
@@ -127,6 +132,47 @@ TEST_F(DoctorOfTheMachine, SeesThatTheDialogProgramMayNotBeRun) {
   ExpectPlugInProblem("servicerecord-dialog may not be run");
 }
 
+TEST_F(DoctorOfTheMachine, MissesTheDialogWindows) {
+  fs::remove(PlugIn() / "servicerecord-dialog-window");
+  ExpectPlugInProblem("servicerecord-dialog-window is missing");
+}
+
+TEST_F(DoctorOfTheMachine, MissesTheCredentialProgram) {
+  fs::remove(agent_.BundleFolder() / "servicerecord-credential");
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 1);
+  ExpectProblem(Line(run, "credentials"),
+                "No server that asks for a log-on gets one: ", "Install the program");
+}
+
+TEST_F(DoctorOfTheMachine, SeesThatNobodyCanBeAskedWithoutADesktopAndATerminal) {
+  TestSupport::ChildProcess srctl({"setsid", "--wait", SR_STAGE_DIR "/bin/srctl", "doctor"},
+                                  agent_.Environment());
+  EXPECT_EQ(srctl.Wait(), 0);
+  EXPECT_THAT(srctl.Output(), HasSubstr("note: questions: There is neither a desktop nor a terminal here"));
+}
+
+TEST_F(DoctorOfTheMachine, SeesThatTheFilesGoToAnotherProgram) {
+  agent_.Write("prefix/share/applications/org.example.Viewer.desktop",
+               "[Desktop Entry]\nType=Application\nName=Viewer\nExec=true %f\n"
+               "MimeType=application/vnd.morvane.servicerecord+xml;\n");
+  agent_.Write("home/.config/mimeapps.list",
+               "[Default Applications]\n"
+               "application/vnd.morvane.servicerecord+xml=org.example.Viewer.desktop\n");
+  const std::string line = Line(Srctl({"doctor"}), "file type");
+  EXPECT_THAT(line, AllOf(StartsWith("note: "), HasSubstr("org.example.Viewer.desktop"),
+                          HasSubstr(" Next: Run: xdg-mime default com.morvane.ServiceRecords.desktop")));
+}
+
+TEST_F(DoctorOfTheMachine, SeesThatTheLogHasNoFolder) {
+  ASSERT_EQ(Srctl({"logging", "on"}).status, 0);
+  fs::remove_all(agent_.LogFile().parent_path());
+  agent_.Write("home/Library/Logs", "no folder");
+  ExpectProblem(Line(Srctl({"doctor"}), "log"),
+                "It is on, but nothing is written: you may not write " + agent_.LogFile().string(),
+                "Make it a");
+}
+
 TEST_F(DoctorOfTheMachine, NamesADamagedConfiguration) {
   agent_.Write("home/.config/Morvane/ServiceRecords.plist", "<plist><dict>");
   agent_.Write("etc/Morvane/ServiceRecords.plist", "<plist><array/></plist>");
@@ -183,7 +229,7 @@ TEST_F(DoctorOfTheMachine, GivesItsFindingsInJson) {
   EXPECT_EQ(run.status, 1);
   const json findings = json::parse(run.output);
   EXPECT_EQ(findings["problems"], 1);
-  ASSERT_EQ(findings["checks"].size(), 6U);
+  ASSERT_EQ(findings["checks"].size(), 9U);
   EXPECT_EQ(findings["checks"][0], (json{{"result", "ok"},
                                          {"check", "agent"},
                                          {"store", nullptr},
@@ -197,7 +243,7 @@ TEST_F(DoctorOfTheMachine, GivesJsonAlsoForAFolderWhoseNameIsNotUtf8) {
   std::vector<std::string> environment = agent_.Environment();
   environment.push_back("XDG_CONFIG_DIRS=/\xFF");
   const SrctlRun run = RunSrctl({"doctor", "--json"}, environment);
-  EXPECT_THAT(json::parse(run.output)["checks"][4]["text"].get<std::string>(),
+  EXPECT_THAT(json::parse(run.output)["checks"][7]["text"].get<std::string>(),
               HasSubstr("/\uFFFD/Morvane/ServiceRecords.plist"));
 }
 

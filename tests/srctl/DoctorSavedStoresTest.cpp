@@ -117,7 +117,6 @@ TEST_F(DoctorOfSavedStores, NoCommandTakesAFileThatCannotBeReadForAListWithoutSt
   const TestSupport::StoreText store = WorkingStore("s1", "One");
   GiveStores({store});
   StartWithoutTheFile();
-  const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
   const std::string document = agent_.Write("d.xml", TestSupport::DiscoveryDocument({store})).string();
   for (const std::vector<std::string>& command :
        std::vector<std::vector<std::string>>{{"list"},
@@ -127,7 +126,6 @@ TEST_F(DoctorOfSavedStores, NoCommandTakesAFileThatCannotBeReadForAListWithoutSt
                                              {"default-gateway", "--id", "s1", "Branch"},
                                              {"default-gateway", "--url", store.url, "Branch"},
                                              {"gateway", store.url},
-                                             {"open", file},
                                              {"discover", document}}) {
     const SrctlRun run = Srctl(command);
     EXPECT_EQ(run.status, 1) << command.front();
@@ -137,6 +135,15 @@ TEST_F(DoctorOfSavedStores, NoCommandTakesAFileThatCannotBeReadForAListWithoutSt
               "and cannot be changed. What to do: srctl doctor\n")
         << command.front();
   }
+}
+
+TEST_F(DoctorOfSavedStores, AFileIsNotAddedToAListThatCannotBeRead) {
+  GiveStores({WorkingStore("s1", "One")});
+  StartWithoutTheFile();
+  const SrctlRun run = Srctl({"open", "--window", OpenableFile("a.cr", {Store("s2", "Two")})});
+  EXPECT_EQ(run.status, 8) << run.errors;
+  EXPECT_THAT(run.output, IsEmpty());
+  EXPECT_THAT(run.errors, testing::HasSubstr("What to do: srctl doctor\n"));
 }
 
 TEST_F(DoctorOfSavedStores, WhatIsNotKnownIsNotChanged) {

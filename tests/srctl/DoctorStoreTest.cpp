@@ -1,4 +1,6 @@
 #include "srctl/DoctorTest.h"
+#include "support/LoopbackListener.h"
+#include "support/PseudoTerminal.h"
 
 #include <sstream>
 
@@ -257,8 +259,8 @@ TEST_F(DoctorOfStores, JsonNamesTheStore) {
   GiveStores({WorkingStore("s1", "One")});
   const json findings = json::parse(Srctl({"doctor", "--json"}).output);
   EXPECT_EQ(findings["problems"], 0);
-  EXPECT_EQ(findings["checks"][5]["store"], "s1");
-  EXPECT_EQ(findings["checks"][5]["check"], "server");
+  EXPECT_EQ(findings["checks"][8]["store"], "s1");
+  EXPECT_EQ(findings["checks"][8]["check"], "server");
 }
 
 TEST_F(DoctorOfStores, OneStoreIsLookedAtAlone) {
@@ -290,6 +292,62 @@ TEST_F(DoctorOfStores, JsonLinesTellOneFindingEach) {
     told.push_back(finding["result"].get<std::string>() + " " + finding["check"].get<std::string>());
   }
   EXPECT_THAT(told, testing::ElementsAre("problem server", "note discovery document", "ok location"));
+}
+
+TEST_F(DoctorOfStores, ManyStoresAreLookedAtSideBySideAndToldOneByOne) {
+  std::vector<StoreText> stores;
+  std::vector<std::string> expected;
+  for (char number = 'a'; number <= 'z'; ++number) {
+    stores.push_back(WorkingStore(std::string("s") + number, "One"));
+    for (const char* check : {"server", "discovery document", "location"})
+      expected.push_back(std::string("s") + number + " " + check);
+  }
+  GiveStores(stores);
+  std::vector<std::string> told;
+  const json findings = json::parse(Srctl({"doctor", "--json"}).output);
+  for (const json& finding : findings["checks"]) {
+    if (finding["store"].is_string())
+      told.push_back(finding["store"].get<std::string>() + " " + finding["check"].get<std::string>());
+  }
+  EXPECT_EQ(told, expected);
+}
+
+TEST_F(DoctorOfStores, AStoreThatHangsKeepsNoOtherWaitingAndATerminalShowsHowFarItIs) {
+  const TestSupport::LoopbackListener silent;
+  StoreText hanging = WorkingStore("s1", "One");
+  hanging.url = "https://localhost:" + std::to_string(silent.port);
+  GiveStores({hanging, WorkingStore("s2", "Two")});
+  PseudoTerminal terminal;
+  TestSupport::ChildProcess srctl(
+      {"bash", "-c", "exec \"$0\" doctor 2>\"$1\"", SR_STAGE_DIR "/bin/srctl", terminal.Path()},
+      agent_.Environment());
+  static_cast<void>(terminal.ReadUntil("Looking at the stores: 1 of 2 done."));
+  EXPECT_THAT(srctl.Output(), Not(HasSubstr("(s2)"))) << "the stores are told in their order";
+}
+
+TEST_F(DoctorOfStores, LooksAtTheStoresOfAFileThatAreNotInTheList) {
+  const SrctlRun run = Srctl({"doctor", OpenableFile("a.cr", {Store("s1", "One")})});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_THAT(StoreLine(run, "server"), StartsWith("ok: "));
+  EXPECT_THAT(StoreLine(run, "gateway"), StartsWith("ok: "));
+  EXPECT_THAT(StoreLine(run, "discovery document"), StartsWith("ok: "));
+  EXPECT_THAT(run.output, Not(HasSubstr("location: ")));
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
+TEST_F(DoctorOfStores, TellsWhyAFileIsNoServiceRecord) {
+  const SrctlRun run = Srctl({"doctor", agent_.Write("a.cr", "this is none").string()});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.errors, HasSubstr("a.cr\" is no service record: it cannot be parsed"));
+  EXPECT_THAT(Srctl({"doctor", "stores.example.com"}).errors,
+              HasSubstr("Name a service-record file, or an address that begins with https://."));
+}
+
+TEST_F(DoctorOfStores, LooksAtAnAddress) {
+  const std::string url = NobodysAddress();
+  const SrctlRun run = Srctl({"doctor", url});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.output, StartsWith("problem: server: " + url + ": it cannot be contacted: "));
 }
 
 }  // namespace

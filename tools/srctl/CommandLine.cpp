@@ -190,7 +190,17 @@ void AddDoctor(CLI::App& app, Arguments& arguments) {
       ->excludes("--json");
   CLI::Option* const store =
       command->add_option("--store", arguments.id, "Only the store with this id")->check(kIsText);
-  command->callback([&arguments, store] {
+  CLI::Option* const record =
+      command
+          ->add_option("FILE|URL", arguments.file,
+                       "Only the stores of this service-record file, or the server at this address, which "
+                       "need not be in the list")
+          ->excludes(store);
+  command->callback([&arguments, store, record] {
+    if (record->count() > 0) {
+      arguments.status = Commands::DoctorOfRecord(arguments.file, arguments.Format());
+      return;
+    }
     arguments.status = store->count() > 0 ? Commands::DoctorOfStore(arguments.id, arguments.Format())
                                           : Commands::Doctor(arguments.Format());
   });

@@ -25,22 +25,31 @@ AppInfoPtr FindApplication(const std::string& identifier) {
   return AppInfoPtr(reinterpret_cast<GAppInfo*>(g_desktop_app_info_new(DesktopEntry(identifier).c_str())));
 }
 
-bool IsDefaultHandler(const gchar* type) {
+TextPtr TypeOf(const std::string& suffix) {
+  return TextPtr(g_content_type_guess(("file." + suffix).c_str(), nullptr, 0, nullptr));
+}
+
+std::string HandlerOf(const gchar* type) {
   const AppInfoPtr handler(g_app_info_get_default_for_type(type, FALSE));
-  return handler != nullptr &&
-         g_app_info_get_id(handler.get()) == DesktopEntry(Bus::ServiceNames::kServiceRecords);
+  const char* const entry = handler == nullptr ? nullptr : g_app_info_get_id(handler.get());
+  return entry == nullptr ? "" : entry;
 }
 
 }  // namespace
 
 bool BecomeDefaultHandler(const std::string& suffix) {
   if (suffix.empty()) return false;
-  const TextPtr type(g_content_type_guess(("file." + suffix).c_str(), nullptr, 0, nullptr));
+  const TextPtr type = TypeOf(suffix);
   // The type of another application is not ours to take.
   if (type == nullptr || type.get() != kContentType) return false;
-  if (IsDefaultHandler(type.get())) return true;
+  if (HandlerOf(type.get()) == DesktopEntry(Bus::ServiceNames::kServiceRecords)) return true;
   const AppInfoPtr self = FindApplication(Bus::ServiceNames::kServiceRecords);
   return self != nullptr && g_app_info_set_as_default_for_type(self.get(), type.get(), nullptr) == TRUE;
+}
+
+std::string DefaultHandler(const std::string& suffix) {
+  const TextPtr type = TypeOf(suffix);
+  return type == nullptr ? "" : HandlerOf(type.get());
 }
 
 bool LaunchApplication(const std::string& identifier) {

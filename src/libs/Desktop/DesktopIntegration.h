@@ -11,6 +11,10 @@ namespace Desktop {
 // know as this application's, or an error.
 [[nodiscard]] bool BecomeDefaultHandler(const std::string& suffix);
 
+// The desktop entry ("com.example.Viewer.desktop") with which the desktop opens files with that suffix; empty
+// when it has none.
+[[nodiscard]] std::string DefaultHandler(const std::string& suffix);
+
 // Launches the application with this identifier by its desktop entry, without waiting for it. False when
 // there is no such entry or it cannot be started. Leaves threads of the desktop's library behind.
 [[nodiscard]] bool LaunchApplication(const std::string& identifier);

@@ -1,14 +1,18 @@
 #include "doctor/Doctor.h"
 
 #include "bus/AgentClient.h"
+#include "doctor/DocumentCheck.h"
+#include "doctor/DocumentFile.h"
 #include "doctor/Finding.h"
 #include "doctor/FindingPrinter.h"
 #include "doctor/InstallationChecks.h"
-#include "doctor/StoreChecks.h"
+#include "doctor/StoresCheck.h"
+#include "libs/Text/TextHelpers.h"
 #include "print/Reports.h"
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 
@@ -47,6 +51,11 @@ AgentAnswers AskAgent(std::optional<AgentClient>& agent, const std::string& prob
   return answers;
 }
 
+// The folder in which the agent's programs lie.
+std::filesystem::path PlugInsOwner(const std::filesystem::path& plugIn) {
+  return plugIn.parent_path().parent_path();
+}
+
 Finding NotLookedAt(const std::string& check, const std::string& reason) {
   return {Result::Note, check, "It was not looked at, because " + reason + "."};
 }
@@ -74,14 +83,32 @@ void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const
                    "Open the service-record file that your administrator gave you: srctl open FILE"});
   }
   const auto deadline = steady_clock::now() + kDecisionTime;
+  std::vector<StoreChecks::Situation> situations;
   for (const StoreInfo& store : stores) {
     // An agent that was started for this may still be deciding.
     const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - steady_clock::now());
     const auto decided = agent.DecidedLocationForStore(store.url, std::max(left, 0s));
     const auto location = decided ? agent.ExplainedLocationForStore(store.url) : std::nullopt;
     if (!location) return report(Unanswered(agent.Problem()));
-    StoreChecks::CheckStore({store, *location}, report);
+    situations.push_back({store, location});
   }
+  StoreChecks::CheckStores(situations, report);
+}
+
+StoreInfo Described(const ServiceRecords::SRStore& store) {
+  StoreInfo info;
+  info.id = util::narrow(store.GetStoreID());
+  info.name = util::narrow(store.GetStoreName());
+  info.url = util::narrow(store.GetStoreURL());
+  for (const ServiceRecords::SRGateway& gateway : store.GetGateways()) {
+    info.gateways.push_back(
+        {util::narrow(gateway.GetName()), util::narrow(gateway.GetLocation()), gateway.GetDefault()});
+  }
+  return info;
+}
+
+bool IsAddress(const std::string& text) {
+  return text.find("://") != std::string::npos;
 }
 
 Status Finish(Printing::FindingPrinter& printer) {
@@ -101,6 +128,10 @@ Status Doctor(Printing::Format format) {
   report(InstallationChecks::CheckLog());
   report(answers.plugIn ? InstallationChecks::CheckPlugIn(*answers.plugIn)
                         : NotLookedAt("plug-in", kNoAnswer));
+  report(answers.plugIn ? InstallationChecks::CheckCredentialProgram(PlugInsOwner(*answers.plugIn))
+                        : NotLookedAt("credentials", kNoAnswer));
+  report(InstallationChecks::CheckQuestions());
+  report(InstallationChecks::CheckFileType());
   report(InstallationChecks::CheckUserConfiguration());
   report(InstallationChecks::CheckMachineConfiguration());
   if (answers.savedStores) CheckSavedStores(*answers.savedStores, report);
@@ -124,6 +155,25 @@ Status DoctorOfStore(const std::string& id, Printing::Format format) {
     CheckStores(agent, {*store}, [&printer](const Finding& finding) { printer.Print(finding); });
     return Finish(printer);
   });
+}
+
+Status DoctorOfRecord(const std::string& place, Printing::Format format) {
+  std::vector<StoreChecks::Situation> stores;
+  if (IsAddress(place)) {
+    stores.emplace_back().store.url = place;
+  } else {
+    std::string document;
+    if (const std::string problem = ReadDocument(place, document); !problem.empty()) {
+      return Refuse(problem + " Name a service-record file, or an address that begins with https://.");
+    }
+    const DocumentCheck::Result check = DocumentCheck::Check(document);
+    if (!check.problem.empty())
+      return Refuse(Quoted(place) + " is no service record: " + check.problem + ".");
+    for (const auto& [id, store] : check.stores) stores.push_back({Described(store), std::nullopt});
+  }
+  Printing::FindingPrinter printer(std::cout, format);
+  StoreChecks::CheckStores(stores, [&printer](const Finding& finding) { printer.Print(finding); });
+  return Finish(printer);
 }
 
 }  // namespace Srctl::Commands

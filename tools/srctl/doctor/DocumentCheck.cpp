@@ -5,6 +5,7 @@
 #include "libs/Text/TextHelpers.h"
 
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 
 namespace Srctl::DocumentCheck {
@@ -19,6 +20,9 @@ std::filesystem::path InstalledResources() {
 }  // namespace
 
 Result Check(const std::string& document) {
+  // The schemas are found from the current directory, which all threads have in common.
+  static std::mutex one;
+  const std::lock_guard lock(one);
   if (document.size() > DomLib::kMaximumDocumentBytes) {
     return {{},
             "it is larger than a document may be: " + std::to_string(DomLib::kMaximumDocumentBytes >> 20) +

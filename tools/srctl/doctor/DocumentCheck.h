@@ -5,7 +5,7 @@
 #include <string>
 
 // A look at a document before the agent gets it, with the agent's own parser and schemas. Changes the
-// process's current directory to the installed schemas.
+// process's current directory to the installed schemas. Any thread; one document at a time.
 namespace Srctl::DocumentCheck {
 
 struct Result {

@@ -1,5 +1,7 @@
 #include "doctor/InstallationChecks.h"
 
+#include "libs/Bus/ServiceNames.h"
+#include "libs/Desktop/DesktopIntegration.h"
 #include "libs/Files/AtomicFile.h"
 #include "libs/Files/PreferencePath.h"
 #include "libs/Files/PropertyListFile.h"
@@ -7,7 +9,10 @@
 #include "libs/Files/UserDefaults.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/SRUIProtocol/PlugInDescription.h"
+#include "opening/OwnDesktop.h"
+#include "opening/OwnTerminal.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <optional>
@@ -21,6 +26,14 @@ using Result = Finding::Result;
 
 constexpr char kReinstall[] = "Install the program again.";
 
+// Why the program cannot be run; empty when it can.
+std::string ProblemWithProgram(const fs::path& program) {
+  std::error_code error;
+  if (!fs::is_regular_file(program, error)) return program.string() + " is missing";
+  if (::access(program.c_str(), X_OK) != 0) return program.string() + " may not be run";
+  return {};
+}
+
 // Why the plug-in cannot be used; empty when it can.
 std::string ProblemWithPlugIn(const fs::path& folder) {
   std::error_code error;
@@ -31,11 +44,16 @@ std::string ProblemWithPlugIn(const fs::path& folder) {
   if (!description->NamesProtocol())
     return file + " does not name the protocol " + SRUI::PlugInDescription::kProtocol;
   if (!description->Module()) return "the module that " + file + " names is not in its folder";
-  const fs::path dialogs = folder / "servicerecord-dialog";
-  if (!fs::is_regular_file(dialogs, error)) return "the dialog program " + dialogs.string() + " is missing";
-  if (::access(dialogs.c_str(), X_OK) != 0)
-    return "the dialog program " + dialogs.string() + " may not be run";
+  for (const char* name : {"servicerecord-dialog", "servicerecord-dialog-window"}) {
+    const std::string problem = ProblemWithProgram(folder / name);
+    if (!problem.empty()) return "the dialog program " + problem;
+  }
   return {};
+}
+
+// With a slash at its end, a folder.
+bool MayWrite(const fs::path& path) {
+  return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
 enum class FileState { Missing, Readable, Unreadable, Damaged };
@@ -95,7 +113,47 @@ Finding CheckLog() {
     return {Result::Problem, "log", "It is on, but nothing is written: " + file + " is no regular file.",
             "Remove it, then end the agent, which looks for it at its start (pkill -x ServiceRecords)."};
   }
+  if (fs::exists(*logs, error) && !MayWrite(fs::exists(status) ? fs::path(file) : *logs / "")) {
+    return {Result::Problem, "log", "It is on, but nothing is written: you may not write " + file + ".",
+            "Make it a file that you may write, in a folder that you may write in."};
+  }
   return {Result::Ok, "log", "It is on: " + file};
+}
+
+Finding CheckCredentialProgram(const fs::path& folder) {
+  const fs::path program = folder / "servicerecord-credential";
+  const std::string problem = ProblemWithProgram(program);
+  if (problem.empty()) return {Result::Ok, "credentials", "Their program can be run: " + program.string()};
+  return {Result::Problem, "credentials", "No server that asks for a log-on gets one: " + problem + ".",
+          kReinstall};
+}
+
+Finding CheckQuestions() {
+  if (HasDesktop()) return {Result::Ok, "questions", "You are asked in a window of your desktop."};
+  const std::optional<OwnTerminal> terminal = OwnTerminal::Find();
+  if (!terminal) {
+    return {Result::Note, "questions",
+            "There is neither a desktop nor a terminal here, so you cannot be asked whether to add a store.",
+            "Run srctl on your desktop or on a terminal (over SSH: ssh -t)."};
+  }
+  if (!terminal->IsOurs()) {
+    return {Result::Note, "questions",
+            "srctl runs in the background of its terminal, where you cannot answer.",
+            "Run it in the foreground (fg)."};
+  }
+  return {Result::Ok, "questions", "You are asked on this terminal."};
+}
+
+Finding CheckFileType() {
+  const std::string own = std::string(Bus::ServiceNames::kServiceRecords) + ".desktop";
+  const std::string handler = Desktop::DefaultHandler("cr");
+  if (handler == own) return {Result::Ok, "file type", "The desktop opens .cr files with this program."};
+  return {
+      Result::Note, "file type",
+      handler.empty() ? "The desktop does not know what to open .cr files with."
+                      : "The desktop opens .cr files with another program: " + handler + ".",
+      "Run: xdg-mime default " + own +
+          " application/vnd.morvane.servicerecord+xml (if that does not help, install the program again)"};
 }
 
 Finding CheckPlugIn(const fs::path& bundle) {

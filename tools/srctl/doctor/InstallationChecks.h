@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-// The checks of `srctl doctor` that look at files of this machine. They create nothing.
+// The checks of `srctl doctor` that look at this machine. They create nothing.
 namespace Srctl::InstallationChecks {
 
 // Whether the agent writes its trace log, and where.
@@ -12,6 +12,15 @@ namespace Srctl::InstallationChecks {
 
 // Whether the agent can load the plug-in of its dialogs from this folder, and the plug-in run its program.
 [[nodiscard]] Finding CheckPlugIn(const std::filesystem::path& bundle);
+
+// Whether the agent can run the program that finds or asks for credentials, in the folder of its bundle.
+[[nodiscard]] Finding CheckCredentialProgram(const std::filesystem::path& folder);
+
+// Whether a question about a store can be asked of whoever runs srctl, and where.
+[[nodiscard]] Finding CheckQuestions();
+
+// Whether the desktop opens service-record files with this program.
+[[nodiscard]] Finding CheckFileType();
 
 // The user's configuration file.
 [[nodiscard]] Finding CheckUserConfiguration();

@@ -11,6 +11,7 @@
 #include "print/NetworkWords.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 
 namespace Srctl::StoreChecks {
@@ -37,14 +38,23 @@ class StoreCheck {
 
   void Run() {
     const Kind server = CheckServer();
-    if (IsReachedThroughGateway()) CheckGateway();
+    if (MayBeReachedThroughGateway()) CheckGateway();
     CheckDocument(server);
-    CheckLocation();
+    if (situation_.location) CheckLocation(*situation_.location);
   }
 
  private:
   [[nodiscard]] bool IsReachedThroughGateway() const {
-    return situation_.location.value == Wayfinder::kOutside && !store_.gateways.empty();
+    return IsAt(Wayfinder::kOutside) && !store_.gateways.empty();
+  }
+
+  // Nobody tells where this machine stands relative to a store that is not in the list.
+  [[nodiscard]] bool MayBeReachedThroughGateway() const {
+    return IsReachedThroughGateway() || (!situation_.location && !store_.gateways.empty());
+  }
+
+  [[nodiscard]] bool IsAt(std::uint64_t location) const {
+    return situation_.location && situation_.location->value == location;
   }
 
   [[nodiscard]] const GatewayInfo& Gateway() const {
@@ -65,7 +75,7 @@ class StoreCheck {
 
   void ReportServer(Result result, const std::string& check, const std::string& url,
                     const ServerCheck::Answer& answer) {
-    const bool signIn = result == Result::Problem && situation_.location.value == Wayfinder::kHotspot;
+    const bool signIn = result == Result::Problem && IsAt(Wayfinder::kHotspot);
     Report(result, check, url + ": " + answer.text + ".", signIn ? kSignIn : answer.next);
   }
 
@@ -84,7 +94,7 @@ class StoreCheck {
 
   Kind CheckServer() {
     const ServerCheck::Answer answer = ServerCheck::Ask(store_.url);
-    if (answer.kind == Kind::NotContacted && IsReachedThroughGateway()) {
+    if (answer.kind == Kind::NotContacted && MayBeReachedThroughGateway()) {
       Report(Result::Note, "server",
              store_.url + ": " + answer.text + ". From outside the store is reached through its gateway.");
     } else {
@@ -148,17 +158,17 @@ class StoreCheck {
     if (IsReachedThroughGateway()) {
       Report(Result::Note, "discovery document", text + " From outside it is fetched through the gateway.");
     } else {
-      const bool signIn = situation_.location.value == Wayfinder::kHotspot;
+      const bool signIn = IsAt(Wayfinder::kHotspot);
       Report(Result::Problem, "discovery document", text, signIn ? kSignIn : next);
     }
   }
 
-  void CheckLocation() {
-    const NetworkWords::LocationWords words = NetworkWords::OfLocation(situation_.location.value);
+  void CheckLocation(const LocationInfo& location) {
+    const NetworkWords::LocationWords words = NetworkWords::OfLocation(location.value);
     std::string text = std::string(words.word) + ", " + words.sentence + ". ";
-    text += situation_.location.reason.empty() ? "The beacons did not tell why in time."
-                                               : "Why: " + situation_.location.reason + ".";
-    switch (situation_.location.value) {
+    text +=
+        location.reason.empty() ? "The beacons did not tell why in time." : "Why: " + location.reason + ".";
+    switch (location.value) {
       case Wayfinder::kLAN:
       case Wayfinder::kVPN:
       case Wayfinder::kPartlyInternal:
@@ -175,7 +185,7 @@ class StoreCheck {
             "Connect to a network; if you are connected, ask your administrator about the beacons.");
       default:
         return Report(Result::Note, "location",
-                      text + " It is the number " + std::to_string(situation_.location.value) + ".");
+                      text + " It is the number " + std::to_string(location.value) + ".");
     }
   }
 

@@ -3,16 +3,19 @@
 #include "bus/StoreInfo.h"
 #include "doctor/Finding.h"
 
+#include <optional>
+
 // The checks of `srctl doctor` that look at one store and its servers.
 namespace Srctl::StoreChecks {
 
 struct Situation {
   StoreInfo store;
-  LocationInfo location;  // as the agent tells it
+  std::optional<LocationInfo> location;  // as the agent tells it; nothing of a store that is not in its list
 };
 
-// Reports the server, the gateway where the store is reached through one, the discovery document, and the
-// location. Blocks for the network. Changes the current directory, as documentcheck does.
+// Reports the server, the gateway where the store is reached through one or may be, the discovery document,
+// and the location. Blocks for the network. Changes the current directory, as documentcheck does. Any thread,
+// several at once.
 void CheckStore(const Situation& situation, const FindingReport& report);
 
 }  // namespace Srctl::StoreChecks

@@ -3,6 +3,7 @@
 #include "bus/FileOpening.h"
 #include "libs/Text/TextHelpers.h"
 #include "opening/OpeningReport.h"
+#include "opening/OwnDesktop.h"
 #include "opening/OwnTerminal.h"
 #include "print/Reports.h"
 
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -27,15 +27,6 @@ struct NamedFile {
   std::string given;
   std::string path;  // absolute
 };
-
-bool IsSet(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
-
-bool HasDesktop() {
-  return IsSet("WAYLAND_DISPLAY") || IsSet("DISPLAY");
-}
 
 // Why the file cannot be opened; empty when it can.
 std::string ProblemWithFile(const std::string& file) {
@@ -170,6 +161,7 @@ Status Open(const std::vector<std::string>& given, QuestionPlace place) {
           "(fg), or use srctl open --window.");
     }
   }
+  if (terminal) terminal->Lend();
   OpeningRun run(std::move(terminal));
   for (const NamedFile& file : files) {
     if (!run.Open(file)) break;

@@ -36,12 +36,15 @@ std::optional<OwnTerminal> OwnTerminal::Find() {
   Files::FileDescriptor terminal = OpenControllingTerminal();
   termios mode{};
   if (!terminal || ::tcgetattr(terminal.Get(), &mode) != 0) return std::nullopt;
-  std::signal(SIGTSTP, SIG_IGN);
   return OwnTerminal(std::move(terminal), mode);
 }
 
 bool OwnTerminal::IsOurs() const {
   return ::tcgetpgrp(terminal_.Get()) == ::getpgrp();
+}
+
+void OwnTerminal::Lend() const {
+  std::signal(SIGTSTP, SIG_IGN);
 }
 
 void OwnTerminal::TakeBack() const {

@@ -8,8 +8,7 @@
 
 namespace Srctl {
 
-// The terminal that srctl was started on, on which the agent's dialogs may ask. While this lives, a keyboard
-// stop (Ctrl+Z) does nothing: the shell would read what is meant as an answer.
+// The terminal that srctl was started on, on which the agent's dialogs may ask.
 class OwnTerminal {
  public:
   // Nothing when srctl has no terminal.
@@ -19,6 +18,8 @@ class OwnTerminal {
   [[nodiscard]] bool IsOurs() const;
   [[nodiscard]] int Descriptor() const { return terminal_.Get(); }
 
+  // From now on a keyboard stop (Ctrl+Z) does nothing: the shell would read what is meant as an answer.
+  void Lend() const;
   // Waits a moment for a dialog that is closing, and leaves the terminal as it was found.
   void TakeBack() const;
 
