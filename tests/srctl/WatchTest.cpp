@@ -5,6 +5,7 @@
 #include <sstream>
 
 using nlohmann::json;
+using PropertyList::Dictionary;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -98,10 +99,57 @@ TEST_F(SrctlWatch, AsksForTheLocationThatHasChanged) {
   standIn.AnnounceLocation(kStoreURL);
   ASSERT_TRUE(prints("Location relative to \"" + std::string(kStoreURL) +
                      "\": VPN, this machine is in the store's network through a VPN.\n"));
+  standIn.AnnounceLocation(kStoreURL);
+  ASSERT_TRUE(standIn.ServeUntil([&] { return standIn.Questions().size() == 2; }));
   standIn.location = 0;
   standIn.AnnounceLocation(kStoreURL);
   ASSERT_TRUE(prints("\": deciding, it is not decided yet where this machine stands.\n"));
-  EXPECT_THAT(standIn.Questions(), ElementsAre(kStoreURL, kStoreURL));
+  EXPECT_THAT(standIn.Questions(), ElementsAre(kStoreURL, kStoreURL, kStoreURL));
+  EXPECT_THAT(Lines(srctl.Output()), testing::SizeIs(3)) << "no location twice";
+}
+
+TEST_F(SrctlWatch, TellsWhatHasChangedInTheList) {
+  ChildProcess srctl = Watch();
+  GiveStores({Store("s1", "One")});
+  agent_.Bus().ServiceRecords("setDefaultGatewayForStoreIDTo", {"s1", "Branch"});
+  agent_.Bus().ServiceRecords("deleteStore", {"s1"});
+  srctl.WaitForOutput("\"One\" (s1) was added.\n");
+  srctl.WaitForOutput("The default gateway of the store \"One\" (s1) is now \"Branch\".\n");
+  srctl.WaitForOutput("\"One\" (s1) was deleted.\n");
+}
+
+TEST_F(SrctlWatch, TellsAConfirmation) {
+  StandInAgent standIn(agent_.BusAddress());
+  ChildProcess srctl = StartSrctl({"watch", "--json"});
+  const auto prints = [&](const std::string& text) {
+    return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
+  };
+  ASSERT_TRUE(prints("watching"));
+  standIn.AnnounceChanges(
+      {Dictionary{
+           {"Change", "confirmed"}, {"StoreID", "s1"}, {"StoreName", "One\x1B"}, {"StoreURL", kStoreURL}},
+       Dictionary{{"Change", "default-gateway"},
+                  {"StoreID", "s2"},
+                  {"StoreName", "Two"},
+                  {"StoreURL", kStoreURL},
+                  {"GatewayName", "Branch"}}});
+  ASSERT_TRUE(prints("store-default-gateway"));
+  const std::vector<std::string> lines = Lines(srctl.Output());
+  ASSERT_EQ(lines.size(), 3U);
+  json confirmed = json::parse(lines[1]);
+  confirmed.erase("time");
+  EXPECT_EQ(confirmed,
+            (json{{"event", "store-confirmed"}, {"id", "s1"}, {"name", "One\x1B"}, {"url", kStoreURL}}));
+  EXPECT_EQ(json::parse(lines[2])["gateway"], "Branch");
+}
+
+TEST_F(SrctlWatch, TellsThePresentStateWhenAskedTo) {
+  GiveStores({Store("s1", "One"), Store("s2", "Two")});
+  ChildProcess srctl = StartSrctl({"watch", "--initial"});
+  for (const char* id : {"s1", "s2"})
+    srctl.WaitForOutput("Location relative to \"" + Store(id, "").url + "\": LAN");
+  EXPECT_THAT(srctl.Output(), testing::AllOf(HasSubstr("In the list: store \"One\" (s1).\n"),
+                                             HasSubstr("In the list: store \"Two\" (s2).\n")));
 }
 
 TEST_F(SrctlWatch, TellsADecisionOfTheAgent) {

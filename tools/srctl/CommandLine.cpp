@@ -31,6 +31,7 @@ struct Arguments {
   std::string wait;  // seconds
   bool onTerminal = false;
   bool inWindow = false;
+  bool initially = false;
   bool json = false;
   bool jsonLines = false;
   Status status = Status::Done;
@@ -177,7 +178,10 @@ void AddWatch(CLI::App& app, Arguments& arguments) {
   CLI::App* command = app.add_subcommand(
       "watch", "Print a line whenever the stores or a location change, until interrupted (Ctrl+C)");
   command->add_flag("--json", arguments.json, "Print a JSON object in each line");
-  command->callback([&arguments] { arguments.status = Commands::Watch(arguments.Format()); });
+  command->add_flag("--initial", arguments.initially,
+                    "First tell the stores and their locations as they are");
+  command->callback(
+      [&arguments] { arguments.status = Commands::Watch(arguments.initially, arguments.Format()); });
 }
 
 void AddDoctor(CLI::App& app, Arguments& arguments) {

@@ -63,9 +63,10 @@ Status Reachability(Printing::Format format) {
   });
 }
 
-Status Watch(Printing::Format format) {
+Status Watch(bool initially, Printing::Format format) {
   std::signal(SIGPIPE, SIG_IGN);  // output that nobody takes is told by the stream
-  AgentWatch watch([format](const AgentEvent& event) {
+  const auto beginning = initially ? AgentWatch::Beginning::TellsPresentState : AgentWatch::Beginning::Silent;
+  AgentWatch watch(beginning, [format](const AgentEvent& event) {
     Printing::PrintEvent(std::cout, event, format);
     return !std::cout.flush().fail();
   });

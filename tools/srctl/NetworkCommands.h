@@ -15,7 +15,7 @@ namespace Srctl::Commands {
 [[nodiscard]] Status Gateway(const std::string& url, Printing::Format format);
 [[nodiscard]] Status Reachability(Printing::Format format);
 
-// Prints what happens until SIGINT or SIGTERM.
-[[nodiscard]] Status Watch(Printing::Format format);
+// Prints what happens until SIGINT or SIGTERM; `initially`: first the stores and where this machine stands.
+[[nodiscard]] Status Watch(bool initially, Printing::Format format);
 
 }  // namespace Srctl::Commands

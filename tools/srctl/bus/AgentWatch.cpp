@@ -1,5 +1,6 @@
 #include "bus/AgentWatch.h"
 
+#include "bus/DictionaryEntries.h"
 #include "libs/Bus/ServiceNames.h"
 
 #include <unistd.h>
@@ -11,6 +12,7 @@ namespace Srctl {
 namespace {
 
 using Kind = AgentEvent::Kind;
+using PropertyList::Dictionary;
 
 // The agent may first have to be started.
 constexpr std::chrono::seconds kAnswerTime{60};
@@ -18,6 +20,20 @@ constexpr Bus::Service kAgent{Bus::ServiceNames::kServiceRecords, Bus::ServiceNa
                               "org.freedesktop.DBus.Peer"};
 constexpr Bus::Service kBeacons{Bus::ServiceNames::kBeacons, Bus::ServiceNames::kBeaconsPath,
                                 Bus::ServiceNames::kBeaconsInterface};
+
+constexpr Bus::Service kStores{Bus::ServiceNames::kServiceRecords, Bus::ServiceNames::kServiceRecordsPath,
+                               Bus::ServiceNames::kServiceRecordsInterface};
+
+AgentEvent EventOf(Kind kind, const Dictionary& store) {
+  AgentEvent event{.kind = kind};
+  DictionaryEntries entries(store);
+  entries.Take("StoreID", event.storeID);
+  entries.Take("StoreName", event.storeName);
+  entries.Take("StoreURL", event.storeURL);
+  entries.Take("Change", event.change);
+  entries.Take("GatewayName", event.gateway);
+  return event;
+}
 
 }  // namespace
 
@@ -48,6 +64,12 @@ Bus::Result<> AgentWatch::AddMatches() {
                             [this](const Bus::Message& signal) { HandleLocationChanged(signal); });
   }
   if (result) {
+    result = bus_->AddMatch(std::string("type='signal',path='") + Bus::ServiceNames::kOpeningsPath +
+                                "',interface='" + Bus::ServiceNames::kOpeningsInterface + "',member='" +
+                                Bus::ServiceNames::kStoresChangedSignal + "'",
+                            [this](const Bus::Message& signal) { HandleStoresChanged(signal); });
+  }
+  if (result) {
     result = bus_->AddMatch(Bus::MatchOwnerOf(Bus::ServiceNames::kServiceRecords),
                             [this](const Bus::Message& signal) { HandleOwner(signal); });
   }
@@ -69,6 +91,13 @@ Bus::Result<> AgentWatch::StartAgent() {
 void AgentWatch::WatchOutput() {
   static_cast<void>(
       Bus::Keep(output_, bus_->Loop().WatchClosed(STDOUT_FILENO, [this] { Finish(End::NobodyReads); })));
+}
+
+void AgentWatch::AskForStores() {
+  Bus::Result<Bus::Slot> question =
+      bus_->Bus().CallAsync(kStores, {.timeOut = kAnswerTime, .startsService = false}, "allStores",
+                            [this](const Bus::Result<Bus::Message>& reply) { HandleStores(reply); });
+  if (question) Bus::LeaveToConnection(std::move(*question));
 }
 
 // Who watches does not bring back an agent that has left.
@@ -100,6 +129,24 @@ void AgentWatch::HandleStart(const Bus::Result<Bus::Message>& reply) {
   if (!reply) return FinishUnreachable(reply.Failure().text);
   isWatching_ = true;
   Tell({.kind = Kind::Watching});
+  if (beginning_ == Beginning::TellsPresentState) AskForStores();
+}
+
+void AgentWatch::HandleStores(const Bus::Result<Bus::Message>& reply) {
+  if (!reply) return FinishUnreachable(reply.Failure().text);
+  const auto stores = reply->Read<std::vector<Dictionary>>();
+  if (!stores) return FinishUnreachable("its answer cannot be read: " + stores.Failure().text);
+  for (const Dictionary& store : *stores) {
+    const AgentEvent event = EventOf(Kind::Store, store);
+    Tell(event);
+    AskForLocation(event.storeURL);
+  }
+}
+
+void AgentWatch::HandleStoresChanged(const Bus::Message& signal) {
+  const auto changes = signal.Read<std::vector<Dictionary>>();
+  if (!isWatching_ || !changes) return;
+  for (const Dictionary& change : *changes) Tell(EventOf(Kind::StoreChanged, change));
 }
 
 void AgentWatch::HandleLocationChanged(const Bus::Message& signal) {
@@ -112,6 +159,8 @@ void AgentWatch::HandleLocation(const std::string& storeURL, const Bus::Result<B
   if (reply) {
     if (const auto location = reply->Read<std::uint64_t>()) event.location = *location;
   }
+  const auto [told, isNew] = locations_.try_emplace(storeURL, event.location);
+  if (!isNew && std::exchange(told->second, event.location) == event.location) return;
   Tell(event);
 }
 

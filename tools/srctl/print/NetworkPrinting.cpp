@@ -39,10 +39,14 @@ std::string Now() {
   return time.insert(time.size() - 2, ":");
 }
 
-const char* NameOf(Kind kind) {
-  switch (kind) {
+std::string NameOf(const AgentEvent& event) {
+  switch (event.kind) {
     case Kind::Watching:
       return "watching";
+    case Kind::Store:
+      return "store";
+    case Kind::StoreChanged:
+      return "store-" + event.change;
     case Kind::StoresUpdated:
       return "stores-updated";
     case Kind::LocationChanged:
@@ -55,11 +59,24 @@ const char* NameOf(Kind kind) {
   return "";
 }
 
+std::string TextOfStore(const AgentEvent& event) {
+  const std::string store =
+      "store \"" + Terminal::OneLine(event.storeName) + "\" (" + Terminal::OneLine(event.storeID) + ")";
+  if (event.kind == Kind::Store) return "In the list: " + store + ".";
+  if (event.change == "default-gateway")
+    return "The default gateway of the " + store + " is now \"" + Terminal::OneLine(event.gateway) + "\".";
+  if (event.change == "confirmed") return "The " + store + " was confirmed by its discovery service.";
+  return "The " + store + " was " + Terminal::OneLine(event.change) + ".";
+}
+
 std::string TextOf(const AgentEvent& event) {
   const std::string location = "Location relative to \"" + Terminal::OneLine(event.storeURL) + "\": ";
   switch (event.kind) {
     case Kind::Watching:
       return "Watching the agent.";
+    case Kind::Store:
+    case Kind::StoreChanged:
+      return TextOfStore(event);
     case Kind::StoresUpdated:
       return "The list of stores was updated.";
     case Kind::LocationChanged:
@@ -82,7 +99,11 @@ void AddLocation(Json& object, const std::string& url, std::uint64_t location) {
 }
 
 Json AsJson(const AgentEvent& event) {
-  Json object{{"time", Now()}, {"event", NameOf(event.kind)}};
+  Json object{{"time", Now()}, {"event", NameOf(event)}};
+  if (event.kind == Kind::Store || event.kind == Kind::StoreChanged) {
+    object.update({{"id", event.storeID}, {"name", event.storeName}, {"url", event.storeURL}});
+    if (!event.gateway.empty()) object["gateway"] = event.gateway;
+  }
   if (event.kind != Kind::LocationChanged) return object;
   if (event.location) {
     AddLocation(object, event.storeURL, *event.location);
