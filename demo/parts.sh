@@ -54,6 +54,28 @@ wait_for_server() {
   return 1
 }
 
+# Sets display to what programs of the demo's session need to show windows on the user's screen.
+use_display() {
+  display=("DISPLAY=${DISPLAY:-}" "XAUTHORITY=${XAUTHORITY:-$HOME/.Xauthority}")
+  # Its name alone stands for a socket in the user's own runtime folder.
+  case ${WAYLAND_DISPLAY:-} in
+    '' | /*) display+=("WAYLAND_DISPLAY=${WAYLAND_DISPLAY:-}") ;;
+    *) display+=("WAYLAND_DISPLAY=${XDG_RUNTIME_DIR:-}/$WAYLAND_DISPLAY") ;;
+  esac
+  use_accessibility_bus
+}
+
+# Adds the user's own, for screen readers: the demo's bus has none.
+use_accessibility_bus() {
+  local address
+  if address=$(timeout 5 gdbus call --session --dest org.a11y.Bus --object-path /org/a11y/bus \
+    --method org.a11y.Bus.GetAddress 2>/dev/null) && [[ $address =~ \'(.+)\' ]]; then
+    display+=("AT_SPI_BUS_ADDRESS=${BASH_REMATCH[1]}")
+  else
+    display+=(GTK_A11Y=none)
+  fi
+}
+
 # The surroundings of everything that runs in the demo's session: nothing of the user's own is read or written.
 prepare_session() {
   mkdir -m 0700 "$work/home" "$work/runtime"
