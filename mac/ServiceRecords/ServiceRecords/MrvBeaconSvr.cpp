@@ -31,7 +31,7 @@ std::uint64_t MrvBeaconSvr::checkLocationForStore(const std::string& storeURL) {
   return location;
 }
 
-Agent::LocationExplanation MrvBeaconSvr::explainLocationForStore(const std::string& storeURL) {
+std::tuple<std::uint64_t, std::string> MrvBeaconSvr::explainLocationForStore(const std::string& storeURL) {
   constexpr char kMethod[] = "MrvBeaconSvr::explainLocationForStore";
   CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
   const Wayfinding::LocationDecision explanation =

@@ -5,15 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-
-namespace Agent {
-
-struct LocationExplanation {
-  std::uint64_t location = 0;
-  std::string reason;
-};
-
-}  // namespace Agent
+#include <tuple>
 
 // What the beacon service answers. Text is UTF-8, in dictionaries as the bus carries it. Called on the main
 // thread; no call waits for the network or for a change of the list.
@@ -23,7 +15,7 @@ class MrvBeaconSvr {
   [[nodiscard]] std::uint64_t checkLocationForStore(const std::string& storeURL);
 
   // The same value, and why it is this one: a line that the bus carries, empty while it is being decided.
-  [[nodiscard]] Agent::LocationExplanation explainLocationForStore(const std::string& storeURL);
+  [[nodiscard]] std::tuple<std::uint64_t, std::string> explainLocationForStore(const std::string& storeURL);
 
   // GatewayURL, GatewayName, GatewayAuthType, GatewayEdition of the default gateway of the store that the URL
   // points at; nothing for an empty URL, an unknown store or a store without gateways.

@@ -42,11 +42,6 @@ int HandleMatch(sd_bus_message* message, void* handler, sd_bus_error* /*error*/)
   return 0;
 }
 
-int HandleEverything(sd_bus_message* message, void* handler, sd_bus_error* /*error*/) {
-  Call<Connection::MessageHandler>(handler, Message(message));
-  return 1;
-}
-
 std::string TextOf(const char* text) {
   return text == nullptr ? "" : text;
 }
@@ -187,13 +182,6 @@ Result<PeerWatch> Connection::WatchPeer(const std::string& uniqueName, std::func
   if (const int added = sd_bus_track_add_name(track, uniqueName.c_str()); added < 0)
     return Error::OfResult(added);
   return watch;
-}
-
-Result<Slot> Connection::TakeEverything(MessageHandler handler) {
-  auto owned = std::make_unique<MessageHandler>(std::move(handler));
-  sd_bus_slot* slot = nullptr;
-  const int result = sd_bus_add_filter(bus_.get(), &slot, HandleEverything, owned.get());
-  return Owned(result, slot, std::move(owned));
 }
 
 Error Connection::Unmade(const char* method, const Error& failure) {

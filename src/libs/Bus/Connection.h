@@ -119,8 +119,6 @@ class Connection {
   [[nodiscard]] Result<Slot> Match(const std::string& rule, MessageHandler handler);
   // The same without waiting, and without being told where the bus refuses it.
   [[nodiscard]] Result<Slot> MatchLater(const std::string& rule, MessageHandler handler);
-  // All that arrives; nobody else gets it.
-  [[nodiscard]] Result<Slot> TakeEverything(MessageHandler handler);
 
   // Calls the handler once the connection with that unique name has left the bus, which is a failure where it
   // has left already. Waits for the bus.

@@ -1,17 +1,10 @@
 #include "libs/Bus/Message.h"
 
-#include <cstdint>
-
 namespace Bus {
 
 std::string Message::Sender() const {
   const char* const sender = sd_bus_message_get_sender(message_.get());
   return sender == nullptr ? "" : sender;
-}
-
-bool Message::IsReply() const {
-  std::uint64_t call = 0;
-  return sd_bus_message_get_reply_cookie(message_.get(), &call) >= 0;
 }
 
 bool Message::IsSignal(const char* interface, const char* member) const {

@@ -42,8 +42,6 @@ class Message {
 
   // The unique name of the connection that it comes from; empty when the bus does not tell.
   [[nodiscard]] std::string Sender() const;
-  // Whether it answers a call, with an error or without.
-  [[nodiscard]] bool IsReply() const;
   [[nodiscard]] bool IsSignal(const char* interface, const char* member) const;
 
   // Its first values, which must be of these types.

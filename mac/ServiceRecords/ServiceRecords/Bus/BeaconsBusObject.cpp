@@ -3,19 +3,15 @@
 #include "MrvBeaconSvr.h"
 #include "libs/Bus/ServiceNames.h"
 
-#include <tuple>
-
 namespace Agent {
 
 Bus::Result<> BeaconsBusObject::Serve(Bus::Connection& bus) {
   Bus::Interface interface(Bus::ServiceNames::kBeaconsInterface);
   interface.Method("checkLocationForStore", {"storeURL"}, {"location"},
                    [this](const std::string& storeURL) { return service_.checkLocationForStore(storeURL); });
-  interface.Method("explainLocationForStore", {"storeURL"}, {"location", "reason"},
-                   [this](const std::string& storeURL) {
-                     const auto [location, reason] = service_.explainLocationForStore(storeURL);
-                     return std::tuple(location, reason);
-                   });
+  interface.Method(
+      "explainLocationForStore", {"storeURL"}, {"location", "reason"},
+      [this](const std::string& storeURL) { return service_.explainLocationForStore(storeURL); });
   interface.Method(
       "getCurrentGatewayForStore", {"storeURL"}, {"gateway"},
       [this](const std::string& storeURL) { return service_.getCurrentGatewayForStore(storeURL); });

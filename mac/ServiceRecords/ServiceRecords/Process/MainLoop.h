@@ -49,8 +49,6 @@ class MainLoop {
   void RunUntil(const std::function<bool()>& done);
 
  private:
-  void StartTimer(std::chrono::microseconds time);
-
   const Files::EventFd wakeUp_;
   Bus::EventLoop loop_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
