@@ -73,11 +73,12 @@ TEST_F(SrctlOnTerminal, CtrlCWithdrawsTheQuestionAndLeavesTheTerminalAsItWas) {
 }
 
 TEST_F(SrctlOnTerminal, CtrlZStopsNothing) {
-  ChildProcess srctl = Open();
+  ChildProcess shell = LogOn("set -m; \"$0\" open \"$1\"; echo status $?.");
   static_cast<void>(terminal_.ReadUntil(kQuestion));
   terminal_.Type("\x1A");
   terminal_.Type("yes\n");
-  EXPECT_EQ(srctl.Wait(), 0);
+  static_cast<void>(terminal_.ReadUntil("status 0."));
+  EXPECT_EQ(shell.Wait(), 0);
 }
 
 TEST_F(SrctlOnTerminal, ACallFromTheBackgroundIsRefused) {
