@@ -72,6 +72,16 @@ TEST_F(SrctlOnTerminal, CtrlCWithdrawsTheQuestionAndLeavesTheTerminalAsItWas) {
   EXPECT_TRUE(StoreIDs().empty());
 }
 
+TEST_F(SrctlOnTerminal, PutsTheTerminalsModeBackForADialogThatCannot) {
+  StandInAgent standIn(agent_.BusAddress());
+  ChildProcess srctl = Open();
+  ASSERT_TRUE(standIn.ServeUntil([&] { return standIn.Opened().size() == 1; }));
+  terminal_.MakeRaw();
+  srctl.Signal(SIGINT);
+  EXPECT_EQ(srctl.Wait(), 128 + SIGINT);
+  EXPECT_NE(terminal_.Mode().c_lflag & ICANON, 0U);
+}
+
 TEST_F(SrctlOnTerminal, CtrlZStopsNothing) {
   ChildProcess shell = LogOn("set -m; \"$0\" open \"$1\"; echo status $?.");
   static_cast<void>(terminal_.ReadUntil(kQuestion));
