@@ -43,6 +43,16 @@ class OpeningTest : public ProviderTest {
     if (!accepted.empty()) provider_.OutboundDSConfirm(accepted, updated);
   }
 
+  void FillList() {
+    StoreMap full;
+    for (std::size_t i = 0; i < kMaximumStores; ++i) {
+      const std::wstring id = L"h" + std::to_wstring(i);
+      full.emplace(id, Store(id, L"https://h"));
+    }
+    bool updated = false;
+    provider_.MergeStores(full, true, updated);
+  }
+
   [[nodiscard]] std::vector<std::pair<std::string, Outcome>> Outcomes() const {
     std::vector<std::pair<std::string, Outcome>> outcomes;
     for (const auto& store : opening_->Stores()) outcomes.emplace_back(Narrow(store.id), store.outcome);
@@ -155,13 +165,7 @@ TEST_F(OpeningTest, NothingIsSavedWhileTheListCannotBeRead) {
 }
 
 TEST_F(OpeningTest, AStoreForWhichTheListHasNoRoomIsNotSaved) {
-  StoreMap full;
-  for (std::size_t i = 0; i < kMaximumStores; ++i) {
-    const std::wstring id = L"h" + std::to_wstring(i);
-    full.emplace(id, Store(id, L"https://h"));
-  }
-  bool updated = false;
-  provider_.MergeStores(full, true, updated);
+  FillList();
   EXPECT_CALL(notifications_, ShowSRErrorDialog);
   Open(Service(L"s"));
   EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::NotSaved)));
@@ -171,13 +175,7 @@ TEST_F(OpeningTest, AStoreForWhichTheListHasNoRoomIsNotSaved) {
 TEST_F(OpeningTest, AStoreForWhichTheListHasNoRoomAnyMoreOnceTheUserHasAcceptedIsNotSaved) {
   Trust(L"s");
   EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce([this](auto&&...) {
-    StoreMap full;
-    for (std::size_t i = 0; i < kMaximumStores; ++i) {
-      const std::wstring id = L"h" + std::to_wstring(i);
-      full.emplace(id, Store(id, L"https://h"));
-    }
-    bool updated = false;
-    provider_.MergeStores(full, true, updated);
+    FillList();
     return 100;
   });
   EXPECT_CALL(notifications_, ShowSRErrorDialog);

@@ -2,17 +2,15 @@
 #include "libs/Files/FileDescriptor.h"
 #include "libs/HelperProgram/HelperProcess.h"
 #include "libs/PropertyList/PropertyList.h"
+#include "support/CredentialReply.h"
 #include "support/EnvironmentVariable.h"
 #include "support/PseudoTerminal.h"
 #include "support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -59,24 +57,10 @@ class CredentialWindowTest : public ::testing::Test {
     std::optional<HelperProcess> started = HelperProcess::Start(Program(), {"get"}, given);
     ASSERT_TRUE(started);
     program_.emplace(std::move(*started));
-    const std::string text = kRequest + more + "\n";
-    ASSERT_EQ(::send(program_->Input(), text.data(), text.size(), MSG_NOSIGNAL),
-              static_cast<ssize_t>(text.size()));
+    TestSupport::SendRequest(*program_, kRequest + more + "\n");
   }
 
-  // An empty message when the program ends without one.
-  [[nodiscard]] CredentialMessage Reply() const {
-    std::string text;
-    while (!CredentialMessage::LengthOf(text)) {
-      pollfd state{program_->Output(), POLLIN, 0};
-      std::array<char, 4096> buffer;
-      if (::poll(&state, 1, 30'000) <= 0) ADD_FAILURE() << "no reply";
-      const ssize_t count = ::read(program_->Output(), buffer.data(), buffer.size());
-      if (count <= 0) break;
-      text.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-    return CredentialMessage::Parse(text).value_or(CredentialMessage());
-  }
+  [[nodiscard]] CredentialMessage Reply() const { return TestSupport::ReplyOf(*program_); }
 
   [[nodiscard]] std::string StatusAfter(const std::string& window) {
     ScriptWindow(window);

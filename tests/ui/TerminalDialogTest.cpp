@@ -78,6 +78,16 @@ class TerminalDialogTest : public ::testing::Test {
     return module_.AddStore(PropertyList::Write(details));
   }
 
+  // The answer of a dialog on a terminal that the host gives.
+  std::future<int> AskOn(const Files::FileDescriptor& given, int withdrawal = -1) const {
+    return std::async(std::launch::async, [this, terminal = given.Get(), withdrawal] {
+      SRUIHost host = module_.Host();
+      host.terminalDescriptor = terminal;
+      host.withdrawalDescriptor = withdrawal;
+      return module_.EntryPointsFor(host)->addStore(PropertyList::Write(Store()).c_str());
+    });
+  }
+
   // The answer to a user who types `keys` when the question is there.
   int AnswerTo(const std::string& keys) {
     OpenDialog dialog = AddStore(Store());
@@ -425,11 +435,7 @@ TEST_F(DialogReplyTest, WhatItDoesNotUnderstandIsAnUnknownRequest) {
 TEST_F(TerminalDialogTest, AsksOnTheTerminalThatTheHostGives) {
   ::setenv("SERVICERECORDS_TERMINAL", "/dev/null", 1);
   const Files::FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
-  auto answer = std::async(std::launch::async, [&] {
-    SRUIHost host = module_.Host();
-    host.terminalDescriptor = given.Get();
-    return module_.EntryPointsFor(host)->addStore(PropertyList::Write(Store()).c_str());
-  });
+  auto answer = AskOn(given);
   static_cast<void>(terminal_.ReadUntil(kQuestion));
 
   terminal_.Type("y\n");
@@ -443,12 +449,7 @@ TEST_F(TerminalDialogTest, AWithdrawnQuestionLeavesAStoppedTerminalAsItWas) {
   const Files::FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
   const Files::EventFd withdrawal;
   ::tcflow(given.Get(), TCOOFF);
-  auto answer = std::async(std::launch::async, [&] {
-    SRUIHost host = module_.Host();
-    host.terminalDescriptor = given.Get();
-    host.withdrawalDescriptor = withdrawal.Descriptor();
-    return module_.EntryPointsFor(host)->addStore(PropertyList::Write(Store()).c_str());
-  });
+  auto answer = AskOn(given, withdrawal.Descriptor());
   // Nothing is printed that would tell when the program has the terminal.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (terminal_.Mode().c_lflag == before && std::chrono::steady_clock::now() < deadline) {
@@ -464,11 +465,7 @@ TEST_F(TerminalDialogTest, AWithdrawnQuestionLeavesAStoppedTerminalAsItWas) {
 
 TEST_F(TerminalDialogTest, LeavesTheGivenTerminalBlockingForItsOwner) {
   const Files::FileDescriptor given(::open(terminal_.Path().c_str(), O_RDWR | O_NOCTTY));
-  auto answer = std::async(std::launch::async, [&] {
-    SRUIHost host = module_.Host();
-    host.terminalDescriptor = given.Get();
-    return module_.EntryPointsFor(host)->addStore(PropertyList::Write(Store()).c_str());
-  });
+  auto answer = AskOn(given);
   static_cast<void>(terminal_.ReadUntil(kQuestion));
 
   EXPECT_EQ(::fcntl(given.Get(), F_GETFL) & O_NONBLOCK, 0);

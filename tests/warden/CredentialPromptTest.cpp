@@ -1,5 +1,6 @@
 #include "libs/CredentialWire/CredentialMessage.h"
 #include "libs/HelperProgram/HelperProcess.h"
+#include "support/CredentialReply.h"
 #include "support/PseudoTerminal.h"
 #include "support/TemporaryFolder.h"
 
@@ -9,9 +10,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
-#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <optional>
@@ -39,27 +38,13 @@ class CredentialPromptTest : public testing::Test {
         HelperProgram::HelperProcess::Start(SR_CREDENTIAL_PROGRAM, {action});
     ASSERT_TRUE(started);
     program_.emplace(std::move(*started));
-    const std::string text = request + "\n\n";
-    ASSERT_EQ(::send(program_->Input(), text.data(), text.size(), MSG_NOSIGNAL),
-              static_cast<ssize_t>(text.size()));
+    TestSupport::SendRequest(*program_, request + "\n\n");
   }
   void Ask(const std::string& authentication = "domain", const std::string& more = {}) {
     Start("get", kRequest + authentication + more);
   }
 
-  // The reply, or an empty message when the program ends without one.
-  CredentialWire::CredentialMessage Reply() {
-    std::string text;
-    while (!CredentialWire::CredentialMessage::LengthOf(text)) {
-      pollfd state{program_->Output(), POLLIN, 0};
-      std::array<char, 4096> buffer;
-      if (::poll(&state, 1, 30'000) <= 0) ADD_FAILURE() << "no reply";
-      const ssize_t count = ::read(program_->Output(), buffer.data(), buffer.size());
-      if (count <= 0) break;
-      text.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-    return CredentialWire::CredentialMessage::Parse(text).value_or(CredentialWire::CredentialMessage());
-  }
+  CredentialWire::CredentialMessage Reply() { return TestSupport::ReplyOf(*program_); }
 
   void Type(const std::string& prompt, const std::string& keys) {
     shown_ += terminal_.ReadUntil(prompt);
