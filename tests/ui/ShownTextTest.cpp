@@ -40,6 +40,10 @@ TEST(ShownTextTest, LinesStayLines) {
   EXPECT_EQ(ShownText::Lines("one\n\n two\u202E \nthree"), "one\n\ntwo<U+202E>\nthree");
 }
 
+TEST(ShownTextTest, LinesAreIsolatedEachForItself) {
+  EXPECT_EQ(ShownText::Isolated("one\ntwo"), "\u2068one\u2069\n\u2068two\u2069");
+}
+
 TEST(ShownTextTest, ASentenceIsolatesWhatIsFilledIn) {
   EXPECT_EQ(ShownText::Sentence("Add {store} of {host}?", {{"store", "Main"}, {"host", "a.example"}}),
             "Add \u2068Main\u2069 of \u2068"

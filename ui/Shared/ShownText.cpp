@@ -65,7 +65,11 @@ std::string Lines(std::string_view foreign) {
 
 std::string Isolated(std::string_view shown) {
   std::string isolated(kFirstStrongIsolate);
-  isolated += shown;
+  for (const char character : shown) {
+    if (character == '\n') isolated += kPopDirectionalIsolate;
+    isolated += character;
+    if (character == '\n') isolated += kFirstStrongIsolate;
+  }
   return isolated += kPopDirectionalIsolate;
 }
 

@@ -18,7 +18,8 @@ inline constexpr std::size_t kLongestName = 200;
 // A text of several lines, each as a whole.
 [[nodiscard]] std::string Lines(std::string_view foreign);
 
-// The shown text between FSI and PDI, so that its direction is nothing to the sentence around it.
+// The shown text between FSI and PDI, so that its direction is nothing to the sentence around it; each line
+// for itself.
 [[nodiscard]] std::string Isolated(std::string_view shown);
 
 // A sentence of ours with the places "{name}" filled in: each by a text that was made fit, isolated. A place
