@@ -40,6 +40,14 @@ TEST(ShownTextTest, LinesStayLines) {
   EXPECT_EQ(ShownText::Lines("one\n\n two\u202E \nthree"), "one\n\ntwo<U+202E>\nthree");
 }
 
+TEST(ShownTextTest, AnExactTextShowsEachBlankThatIsNoSpaceBetweenWords) {
+  EXPECT_EQ(ShownText::Exact("a b"), "a b");
+  EXPECT_EQ(ShownText::Exact(" a  b\u00A0c "), "<U+0020>a<U+0020><U+0020>b<U+00A0>c<U+0020>");
+  EXPECT_EQ(ShownText::Exact("\u202E"), "<U+202E>");
+  EXPECT_EQ(ShownText::Exact("<U+202E>"), "<U+003C>U+202E>");
+  EXPECT_EQ(ShownText::Exact(std::string(300, 'x')), std::string(300, 'x'));
+}
+
 TEST(ShownTextTest, LinesAreIsolatedEachForItself) {
   EXPECT_EQ(ShownText::Isolated("one\ntwo"), "\u2068one\u2069\n\u2068two\u2069");
 }

@@ -105,6 +105,74 @@ TEST(StoreChangesTest, TheOrderOfGatewaysAndBeaconsIsNoChange) {
               IsEmpty());
 }
 
+TEST(StoreChangesTest, WhatWouldLookTheSameIsToldExactly) {
+  const std::string common(200, 'x');
+  EXPECT_THAT(
+      Between(Dictionary{{"StoreName", common + "1"}}, Dictionary{{"StoreName", common + "2"}}).changes,
+      ElementsAre(Fact{"Name", HeldAndNew(common + "1", common + "2")}));
+  EXPECT_THAT(ChangesWith("StoreName", "Sales "),
+              ElementsAre(Fact{"Name", HeldAndNew("Sales", "Sales<U+0020>")}));
+  EXPECT_THAT(
+      ChangesWith("StoreURL", "https://store.example\u00A0"),
+      ElementsAre(Fact{"Address", HeldAndNew("https://store.example", "https://store.example<U+00A0>")}));
+  EXPECT_THAT(ChangesWith("InternalBeacons", Array{"http://inside "}),
+              ElementsAre(Fact{"Internal beacon added", "http://inside<U+0020>"},
+                          Fact{"Internal beacon removed", "http://inside"}));
+}
+
+TEST(StoreChangesTest, GatewaysThatWouldLookTheSameAreToldExactly) {
+  EXPECT_THAT(ChangesWith("StoreGateways",
+                          Array{Gateway("Main", "https://main ", true), Gateway("Other ", "https://other")}),
+              ElementsAre(Fact{"Gateway with another address",
+                               "Main\n" + HeldAndNew("https://main", "https://main<U+0020>")},
+                          Fact{"Gateway added", "Other<U+0020>\nhttps://other"},
+                          Fact{"Gateway removed", "Other\nhttps://other"}));
+  EXPECT_THAT(
+      ChangesWith("StoreGateways", Array{Gateway("Main", "https://main"), Gateway("Other", "https://other"),
+                                         Gateway("Main ", "https://main", true)}),
+      ElementsAre(Fact{"Default gateway", HeldAndNew("Main", "Main<U+0020>")},
+                  Fact{"Gateway added", "Main<U+0020>\nhttps://main"}));
+}
+
+TEST(StoreChangesTest, OfGatewaysWithOneNameEachCounts) {
+  const Dictionary once{{"StoreGateways", Array{Gateway("Main", "https://main", true)}}};
+  for (const char* const url : {"https://more", "https://main"}) {
+    Dictionary twice = once;
+    twice.Set("StoreGateways", Array{Gateway("Main", "https://main", true), Gateway("Main", url)});
+    const std::string more = std::string("Main\n") + url;
+    EXPECT_THAT(Between(twice, once).changes, ElementsAre(Fact{"Gateway removed", more}));
+    EXPECT_THAT(Between(once, twice).changes, ElementsAre(Fact{"Gateway added", more}));
+  }
+  const Dictionary moved{
+      {"StoreGateways", Array{Gateway("Main", "https://new", true), Gateway("Main", "https://more")}}};
+  EXPECT_THAT(
+      Between(once, moved).changes,
+      ElementsAre(Fact{"Gateway with another address", "Main\n" + HeldAndNew("https://main", "https://new")},
+                  Fact{"Gateway added", "Main\nhttps://more"}));
+}
+
+TEST(StoreChangesTest, OfManyChangesTheRestIsCounted) {
+  Array beacons{"http://inside"};
+  for (int number = 0; number < 102; ++number) beacons.push_back("http://" + std::to_string(number));
+  const std::vector<Fact> changes = ChangesWith("InternalBeacons", beacons);
+  ASSERT_EQ(changes.size(), 101U);
+  EXPECT_EQ(changes[99], (Fact{"Internal beacon added", "http://99"}));
+  EXPECT_EQ(changes[100], (Fact{"Further changes",
+                                "\u2068"
+                                "2\u2069 more"}));
+  beacons.resize(101);
+  EXPECT_EQ(ChangesWith("InternalBeacons", beacons).size(), 100U);
+}
+
+TEST(StoreChangesTest, EachLineIsIsolatedForItself) {
+  const Dictionary held{{"StoreURL", "https://xn--mnchen-3ya.example"}, {"StoreHost", "münchen.example"}};
+  const std::vector<Fact> changes = Between(held, Dictionary{{"StoreURL", "https://new"}}).changes;
+  EXPECT_THAT(changes, ElementsAre(Fact{
+                           "Address",
+                           "Held: \u2068https://xn--mnchen-3ya.example\u2069\n\u2068münchen.example\u2069\n"
+                           "New: \u2068https://new\u2069"}));
+}
+
 TEST(StoreChangesTest, OfAnOlderAgentOnlyTheNameIsKnown) {
   const StoreChanges changes = StoreChanges::Of({{"StoreName", "Sal\u202Ees"}});
 

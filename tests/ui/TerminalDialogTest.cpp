@@ -27,6 +27,7 @@ using PropertyList::Array;
 using PropertyList::Dictionary;
 using ::testing::Contains;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr const char* kQuestion = "Add it? [y/N] ";
@@ -284,6 +285,22 @@ TEST_F(TerminalDialogTest, AGatewaysNameForgesNeitherTheMarkNorAnAddress) {
   EXPECT_THAT(Shown("StoreGateways", Array{gateway}),
               HasSubstr("    [other]    [default] Main, https://good at https://good\r\n"
                         "      at       https://bad [default]\r\n"));
+}
+
+TEST_F(TerminalDialogTest, OfManyChangesTheRestIsCounted) {
+  Array beacons;
+  for (int number = 0; number < 15; ++number) beacons.push_back("http://" + std::to_string(number));
+  OpenDialog dialog = module_.ReplaceStore(PropertyList::Write(
+      Dictionary{{"StoreName", "Sales"},
+                 {"HeldStore", Dictionary{{"StoreName", "Sales"}}},
+                 {"NewStore", Dictionary{{"InternalBeacons", beacons}, {"StoreName", "Sales"}}}}));
+  const std::string shown = terminal_.ReadUntil("Replace it with the new record? [y/N] ");
+  terminal_.Type("n\n");
+
+  EXPECT_EQ(dialog.Answer(), 0);
+  EXPECT_THAT(shown, HasSubstr("http://11\r\n"));
+  EXPECT_THAT(shown, Not(HasSubstr("http://12")));
+  EXPECT_THAT(shown, HasSubstr("Further changes:\r\n               3 more\r\n"));
 }
 
 TEST_F(TerminalDialogTest, TheReplaceDialogNamesTheStore) {

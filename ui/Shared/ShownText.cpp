@@ -30,6 +30,20 @@ std::string WithHiddenShown(std::wstring_view text) {
   return shown;
 }
 
+bool IsBlank(wchar_t character) {
+  return Terminal::SingleBlanks(util::narrow({&character, 1})).empty();
+}
+
+bool IsBetweenWords(std::wstring_view text, std::size_t index) {
+  return index > 0 && index + 1 < text.size() && !IsBlank(text[index - 1]) && !IsBlank(text[index + 1]);
+}
+
+bool StandsForItself(std::wstring_view text, std::size_t index) {
+  const wchar_t character = text[index];
+  if (IsBlank(character)) return character == L' ' && IsBetweenWords(text, index);
+  return character != L'<' && !util::IsHidden(character);
+}
+
 const Place* PlaceAt(std::string_view pattern, std::initializer_list<Place> places) {
   const std::string_view name = pattern.substr(0, pattern.find('}'));
   const Place* const found =
@@ -49,6 +63,15 @@ std::string Name(std::string_view foreign) {
   if (isLong) text.resize(kLongestName);
   std::string shown = WithHiddenShown(text);
   if (isLong) shown += util::narrow({&kEllipsis, 1});
+  return shown;
+}
+
+std::string Exact(std::string_view foreign) {
+  const std::wstring text = util::widen(foreign);
+  std::string shown;
+  for (std::size_t index = 0; index < text.size(); ++index) {
+    shown += StandsForItself(text, index) ? util::narrow({&text[index], 1}) : CodeOf(text[index]);
+  }
   return shown;
 }
 

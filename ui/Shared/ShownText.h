@@ -15,6 +15,9 @@ inline constexpr std::size_t kLongestName = 200;
 [[nodiscard]] std::string Whole(std::string_view foreign);
 // The same, cut where it is longer than a name may be; ends in an ellipsis then.
 [[nodiscard]] std::string Name(std::string_view foreign);
+// The whole text so that no other one looks the same: each blank but a single space between words stands as
+// its code, too, and what could pass for a code does.
+[[nodiscard]] std::string Exact(std::string_view foreign);
 // A text of several lines, each as a whole.
 [[nodiscard]] std::string Lines(std::string_view foreign);
 

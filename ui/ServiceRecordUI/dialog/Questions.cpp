@@ -17,6 +17,7 @@ using PropertyList::Dictionary;
 
 // More would push the store's name off the screen.
 constexpr std::size_t kMostGateways = 8;
+constexpr std::size_t kMostChanges = 12;
 // Texts begin in one column, behind the labels.
 constexpr std::size_t kLabelWidth = 15;
 constexpr std::string_view kNone = "(none)";
@@ -132,7 +133,8 @@ std::string AddStore(const Dictionary& details, std::size_t columns) {
 std::string ReplaceStore(const Dictionary& details, std::size_t columns) {
   return "\nA service record wants to replace a store that you already have:\n\n" +
          Line("Store:", Shown(details, "StoreName"), columns) +
-         ChangeLines(StoreChanges::Of(details), columns) + "\nReplace it with the new record? [y/N] ";
+         ChangeLines(StoreChanges::Of(details, kMostChanges), columns) +
+         "\nReplace it with the new record? [y/N] ";
 }
 
 std::string ErrorMessage(const Dictionary& details, std::size_t columns) {

@@ -5,8 +5,11 @@
 #include "request/Details.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Dialogs {
 
@@ -30,11 +33,14 @@ void AddLine(std::string& lines, const std::string& line) {
   lines += line;
 }
 
+using Form = std::string (*)(std::string_view foreign);
+
 // The address, and the forms of its host that it does not show itself.
-std::string AddressOf(const Dictionary& store) {
-  std::string lines = ShownText::Whole(Details::Text(store, "StoreURL"));
-  AddLine(lines, ShownText::Whole(Details::Text(store, "StoreHost")));
-  AddLine(lines, ShownText::Whole(Details::Text(store, "StoreHostASCII")));
+std::string AddressOf(const Dictionary& store, Form form) {
+  std::string lines;
+  for (const char* const key : {"StoreURL", "StoreHost", "StoreHostASCII"}) {
+    AddLine(lines, form(Details::Text(store, key)));
+  }
   return lines;
 }
 
@@ -47,52 +53,113 @@ std::string HeldAndNew(const std::string& held, const std::string& replacement) 
          ShownText::Sentence(Translated("New: {new}"), {{"new", OrNone(replacement)}});
 }
 
+// Two texts that differ, exactly where they would look the same.
+std::string HeldAndNewAs(Form form, const std::string& held, const std::string& replacement) {
+  const Form telling = form(held) == form(replacement) ? ShownText::Exact : form;
+  return HeldAndNew(telling(held), telling(replacement));
+}
+
 void AddIfDifferent(std::vector<Fact>& changes, const char* caption, const std::string& held,
                     const std::string& replacement) {
-  if (held != replacement) changes.push_back({caption, HeldAndNew(held, replacement)});
+  if (held != replacement) changes.push_back({caption, HeldAndNewAs(ShownText::Name, held, replacement)});
 }
 
-const Details::Gateway* Named(const std::vector<Details::Gateway>& gateways, const std::string& name) {
-  const auto found = std::ranges::find(gateways, name, &Details::Gateway::name);
-  return found != gateways.end() ? &*found : nullptr;
+void AddAddressChange(std::vector<Fact>& changes, const Dictionary& held, const Dictionary& replacement) {
+  if (AddressOf(held, ShownText::Exact) == AddressOf(replacement, ShownText::Exact)) return;
+  const bool looksSame = AddressOf(held, ShownText::Whole) == AddressOf(replacement, ShownText::Whole);
+  const Form form = looksSame ? ShownText::Exact : ShownText::Whole;
+  changes.push_back({Translated("Address"), HeldAndNew(AddressOf(held, form), AddressOf(replacement, form))});
 }
 
-std::string DefaultOf(const std::vector<Details::Gateway>& gateways) {
+// An element of a list, as it is shown: exactly where one of the other list's would look the same.
+struct Element {
+  std::string shown;
+  std::string exact;
+};
+
+void AddElement(std::vector<Fact>& changes, const char* caption, const Element& element,
+                const std::set<std::string>& shownOfOthers) {
+  changes.push_back({caption, shownOfOthers.contains(element.shown) ? element.exact : element.shown});
+}
+
+using Gateways = std::vector<Details::Gateway>;
+
+Element ElementOf(const Details::Gateway& gateway) {
+  return {ShownGateway(gateway.name, gateway.url),
+          ShownText::Exact(gateway.name) + "\n" + ShownText::Exact(gateway.url)};
+}
+
+std::set<std::string> ShownOf(const Gateways& gateways) {
+  std::set<std::string> shown;
+  for (const Details::Gateway& gateway : gateways) shown.insert(ElementOf(gateway).shown);
+  return shown;
+}
+
+std::string DefaultOf(const Gateways& gateways) {
   const auto found = std::ranges::find_if(gateways, &Details::Gateway::isDefault);
-  return found != gateways.end() ? ShownText::Name(found->name) : std::string();
+  return found != gateways.end() ? found->name : std::string();
 }
 
-void AddNewAndChanged(std::vector<Fact>& changes, const std::vector<Details::Gateway>& held,
-                      const std::vector<Details::Gateway>& replacement) {
-  for (const Details::Gateway& gateway : replacement) {
-    const Details::Gateway* const before = Named(held, gateway.name);
-    if (before == nullptr) {
-      changes.push_back({Translated("Gateway added"), ShownGateway(gateway.name, gateway.url)});
-    } else if (before->url != gateway.url) {
-      changes.push_back({Translated("Gateway with another address"),
-                         ShownText::Name(gateway.name) + "\n" +
-                             HeldAndNew(ShownText::Whole(before->url), ShownText::Whole(gateway.url))});
+// Those that the other list has not, or not as often.
+Gateways Without(const Gateways& others, const Gateways& gateways) {
+  std::multiset<std::pair<std::string, std::string>> left;
+  for (const Details::Gateway& other : others) left.emplace(other.name, other.url);
+  Gateways without;
+  for (const Details::Gateway& gateway : gateways) {
+    const auto same = left.find({gateway.name, gateway.url});
+    if (same == left.end()) {
+      without.push_back(gateway);
+    } else {
+      left.erase(same);
     }
   }
+  return without;
+}
+
+// Takes out of both lists those that have kept their names.
+void AddMoved(std::vector<Fact>& changes, Gateways& held, Gateways& replacement) {
+  std::multimap<std::string, Details::Gateway> left;
+  for (const Details::Gateway& gateway : held) left.emplace(gateway.name, gateway);
+  Gateways moved;
+  std::erase_if(replacement, [&](const Details::Gateway& gateway) {
+    const auto before = left.find(gateway.name);
+    if (before == left.end()) return false;
+    const std::string addresses = HeldAndNewAs(ShownText::Whole, before->second.url, gateway.url);
+    changes.push_back(
+        {Translated("Gateway with another address"), ShownText::Name(gateway.name) + "\n" + addresses});
+    moved.push_back(before->second);
+    left.erase(before);
+    return true;
+  });
+  held = Without(moved, held);
 }
 
 void AddGatewayChanges(std::vector<Fact>& changes, const Dictionary& held, const Dictionary& replacement) {
-  const std::vector<Details::Gateway> before = Details::Gateways(held);
-  const std::vector<Details::Gateway> after = Details::Gateways(replacement);
+  const Gateways before = Details::Gateways(held);
+  const Gateways after = Details::Gateways(replacement);
   AddIfDifferent(changes, Translated("Default gateway"), DefaultOf(before), DefaultOf(after));
-  AddNewAndChanged(changes, before, after);
-  for (const Details::Gateway& gateway : before) {
-    if (Named(after, gateway.name) == nullptr) {
-      changes.push_back({Translated("Gateway removed"), ShownGateway(gateway.name, gateway.url)});
-    }
+  Gateways removed = Without(after, before);
+  Gateways added = Without(before, after);
+  AddMoved(changes, removed, added);
+  const std::set<std::string> shownBefore = ShownOf(before);
+  const std::set<std::string> shownAfter = ShownOf(after);
+  for (const Details::Gateway& gateway : added) {
+    AddElement(changes, Translated("Gateway added"), ElementOf(gateway), shownBefore);
+  }
+  for (const Details::Gateway& gateway : removed) {
+    AddElement(changes, Translated("Gateway removed"), ElementOf(gateway), shownAfter);
   }
 }
 
 // What is in the second list only.
 void AddMissing(std::vector<Fact>& changes, const char* caption, const std::vector<std::string>& from,
                 const std::vector<std::string>& items) {
+  const std::set<std::string> raw(from.begin(), from.end());
+  std::set<std::string> shown;
+  for (const std::string& item : from) shown.insert(ShownText::Whole(item));
   for (const std::string& item : items) {
-    if (std::ranges::find(from, item) == from.end()) changes.push_back({caption, ShownText::Whole(item)});
+    if (raw.contains(item)) continue;
+    AddElement(changes, caption, {ShownText::Whole(item), ShownText::Exact(item)}, shown);
   }
 }
 
@@ -106,9 +173,9 @@ void AddBeaconChanges(std::vector<Fact>& changes, const Captions& captions, std:
 
 std::vector<Fact> ChangesOf(const Dictionary& held, const Dictionary& replacement) {
   std::vector<Fact> changes;
-  AddIfDifferent(changes, Translated("Name"), ShownText::Name(Details::Text(held, "StoreName")),
-                 ShownText::Name(Details::Text(replacement, "StoreName")));
-  AddIfDifferent(changes, Translated("Address"), AddressOf(held), AddressOf(replacement));
+  AddIfDifferent(changes, Translated("Name"), Details::Text(held, "StoreName"),
+                 Details::Text(replacement, "StoreName"));
+  AddAddressChange(changes, held, replacement);
   AddGatewayChanges(changes, held, replacement);
   AddBeaconChanges(changes, {Translated("Internal beacon added"), Translated("Internal beacon removed")},
                    "InternalBeacons", held, replacement);
@@ -117,18 +184,27 @@ std::vector<Fact> ChangesOf(const Dictionary& held, const Dictionary& replacemen
   return changes;
 }
 
+void Bound(std::vector<Fact>& changes, std::size_t most) {
+  if (changes.size() <= most) return;
+  const std::string more = MoreText(changes.size() - most);
+  changes.resize(most);
+  changes.push_back({Translated("Further changes"), more});
+}
+
 }  // namespace
 
-StoreChanges StoreChanges::Of(const Dictionary& details) {
+StoreChanges StoreChanges::Of(const Dictionary& details, std::size_t mostChanges) {
   StoreChanges result;
   const Dictionary* const held = StoreIn(details, "HeldStore");
   const Dictionary* const replacement = StoreIn(details, "NewStore");
   result.name = ShownText::Name(Details::Text(held != nullptr ? *held : details, "StoreName"));
   if (held != nullptr) {
-    result.held = {{Translated("Name"), result.name}, {Translated("Address"), AddressOf(*held)}};
+    result.held = {{Translated("Name"), result.name},
+                   {Translated("Address"), AddressOf(*held, ShownText::Whole)}};
   }
   result.isKnown = held != nullptr && replacement != nullptr;
   if (result.isKnown) result.changes = ChangesOf(*held, *replacement);
+  Bound(result.changes, mostChanges);
   return result;
 }
 

@@ -39,11 +39,6 @@ std::vector<Fact> VerifiedFacts(const Dictionary& details) {
   return facts;
 }
 
-std::string MoreText(std::size_t count) {
-  const char* const pattern = TranslatedCount("{count} more", "{count} more", count);
-  return ShownText::Sentence(pattern, {{"count", std::to_string(count)}});
-}
-
 std::vector<Fact> GatewayFacts(const Dictionary& details) {
   std::vector<Details::Gateway> gateways = Details::Gateways(details);
   std::stable_partition(gateways.begin(), gateways.end(),
@@ -79,6 +74,11 @@ std::string ShownGateway(const std::string& name, const std::string& url) {
   std::string shownName = ShownText::Name(name);
   if (shownName.empty() || shownName == address) return address;
   return address.empty() ? shownName : shownName + "\n" + address;
+}
+
+std::string MoreText(std::size_t count) {
+  const char* const pattern = TranslatedCount("{count} more", "{count} more", count);
+  return ShownText::Sentence(pattern, {{"count", std::to_string(count)}});
 }
 
 }  // namespace Dialogs

@@ -33,4 +33,7 @@ struct StoreFacts {
 // The gateway's name and, on a line of its own, its address.
 [[nodiscard]] std::string ShownGateway(const std::string& name, const std::string& url);
 
+// That there are so many more than what is shown.
+[[nodiscard]] std::string MoreText(std::size_t count);
+
 }  // namespace Dialogs
