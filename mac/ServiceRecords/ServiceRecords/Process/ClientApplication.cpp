@@ -24,11 +24,12 @@ void ClientApplication::BringForward(std::function<void()> notThere) {
   notThere_.push_back(std::move(notThere));
   const std::string path = ObjectPath(kIdentifier);
   const Bus::Service application{kIdentifier, path.c_str(), Bus::ServiceNames::kApplicationInterface};
-  static_cast<void>(
+  const auto isAsked =
       Bus::Keep(activation_, bus_.CallAsync(
                                  application, {.startsService = false}, "Activate",
                                  [this](const Bus::Result<Bus::Message>& reply) { HandleActivated(reply); },
-                                 PropertyList::Dictionary())));
+                                 PropertyList::Dictionary()));
+  if (!isAsked) TellNotThere();
 }
 
 void ClientApplication::HandleActivated(const Bus::Result<Bus::Message>& reply) {
