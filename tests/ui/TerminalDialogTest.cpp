@@ -438,6 +438,7 @@ TEST_F(DialogReplyTest, AnInputThatIsClosedDeclines) {
 TEST_F(DialogReplyTest, WhatItDoesNotUnderstandIsAnUnknownRequest) {
   EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 2 addStore", details_)), "unknown request\n");
   EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 removeStore", details_)), "unknown request\n");
+  EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 logOn", details_)), "unknown request\n");
   EXPECT_EQ(ReplyTo(Request("SomethingElse 1 addStore", details_)), "unknown request\n");
   EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 addStore", "not a property list")), "unknown request\n");
   EXPECT_EQ(ReplyTo(Request("ServiceRecordUI 1 addStore", PropertyList::Write("no dictionary"))),

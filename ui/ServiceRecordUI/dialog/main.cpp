@@ -19,7 +19,8 @@ using DialogWire::Reply;
 // `given` is the descriptor of the terminal that the program was given.
 Reply Converse(std::optional<int> given) {
   const std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
-  if (!request) return Reply::UnknownRequest;
+  // The credential program asks for a log-on on a terminal by itself.
+  if (!request || request->dialog == DialogWire::kLogOn) return Reply::UnknownRequest;
   std::optional<Terminal::Terminal> terminal =
       given ? Terminal::Terminal::OpenAgain(*given) : Terminal::Terminal::Open();
   if (!terminal) return Reply::NoDisplay;
