@@ -1,3 +1,4 @@
+#include "libs/Bus/ServiceNames.h"
 #include "srctl/SrctlTest.h"
 #include "srctl/StandInAgent.h"
 
@@ -37,6 +38,17 @@ class SrctlWatch : public SrctlTest {
   static int End(ChildProcess& srctl, int signal = SIGTERM) {
     srctl.Signal(signal);
     return srctl.Wait();
+  }
+
+  // Returns when the bus has passed it on.
+  void AnnounceChangesAsAStranger(const std::vector<Dictionary>& changes) const {
+    namespace Names = Bus::ServiceNames;
+    constexpr Bus::Service kBus{"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus.Peer"};
+    auto stranger = Bus::Connection::To(agent_.BusAddress());
+    ASSERT_TRUE(stranger);
+    ASSERT_TRUE(stranger->Emit(Names::kOpeningsPath, Names::kOpeningsInterface, Names::kStoresChangedSignal,
+                               changes));
+    ASSERT_TRUE(stranger->Call<>(kBus, {}, "Ping"));
   }
 
   // In a shell, so that its output can lead elsewhere.
@@ -85,6 +97,8 @@ TEST_F(SrctlWatch, TellsThatTheAgentLeftAndThatItCameBack) {
   EXPECT_FALSE(agent_.Bus().HasOwner("com.morvane.ServiceRecords")) << "watching does not start it again";
   agent_.Bus().ServiceRecords("allStores");
   srctl.WaitForOutput("The agent is on the bus again.\n");
+  GiveStores({Store("s1", "One")});
+  srctl.WaitForOutput("\"One\" (s1) was added.\n");
   EXPECT_EQ(End(srctl), 0);
 }
 
@@ -141,6 +155,19 @@ TEST_F(SrctlWatch, TellsAConfirmation) {
   EXPECT_EQ(confirmed,
             (json{{"event", "store-confirmed"}, {"id", "s1"}, {"name", "One\x1B"}, {"url", kStoreURL}}));
   EXPECT_EQ(json::parse(lines[2])["gateway"], "Branch");
+}
+
+TEST_F(SrctlWatch, BelievesNobodyButTheAgentThatTheListHasChanged) {
+  StandInAgent standIn(agent_.BusAddress());
+  ChildProcess srctl = StartSrctl({"watch", "--json"});
+  const auto prints = [&](const std::string& text) {
+    return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
+  };
+  ASSERT_TRUE(prints("watching"));
+  AnnounceChangesAsAStranger({Dictionary{{"Change", "added"}, {"StoreID", "forged"}}});
+  standIn.AnnounceChanges({Dictionary{{"Change", "confirmed"}, {"StoreID", "s1"}}});
+  ASSERT_TRUE(prints("store-confirmed"));
+  EXPECT_THAT(srctl.Output(), testing::Not(HasSubstr("forged")));
 }
 
 TEST_F(SrctlWatch, TellsThePresentStateWhenAskedTo) {

@@ -128,6 +128,7 @@ void AgentWatch::FinishUnreachable(const std::string& problem) {
 void AgentWatch::HandleStart(const Bus::Result<Bus::Message>& reply) {
   if (!reply) return FinishUnreachable(reply.Failure().text);
   isWatching_ = true;
+  agent_ = reply->Sender();
   Tell({.kind = Kind::Watching});
   if (beginning_ == Beginning::TellsPresentState) AskForStores();
 }
@@ -145,7 +146,7 @@ void AgentWatch::HandleStores(const Bus::Result<Bus::Message>& reply) {
 
 void AgentWatch::HandleStoresChanged(const Bus::Message& signal) {
   const auto changes = signal.Read<std::vector<Dictionary>>();
-  if (!isWatching_ || !changes) return;
+  if (!isWatching_ || signal.Sender() != agent_ || !changes) return;
   for (const Dictionary& change : *changes) Tell(EventOf(Kind::StoreChanged, change));
 }
 
@@ -167,8 +168,8 @@ void AgentWatch::HandleLocation(const std::string& storeURL, const Bus::Result<B
 void AgentWatch::HandleOwner(const Bus::Message& signal) {
   const auto change = signal.Read<std::string, std::string, std::string>();
   if (!isWatching_ || !change) return;
-  const bool isGone = std::get<2>(*change).empty();
-  Tell({.kind = isGone ? Kind::AgentLeft : Kind::AgentCame});
+  agent_ = std::get<2>(*change);
+  Tell({.kind = agent_.empty() ? Kind::AgentLeft : Kind::AgentCame});
 }
 
 }  // namespace Srctl

@@ -72,6 +72,7 @@ class AgentWatch {
   Report report_;
   std::string problem_;
   bool isWatching_ = false;  // what comes before belongs to the agent's start
+  std::string agent_;        // its unique name; nothing while it is not on the bus
   std::map<std::string, std::optional<std::uint64_t>> locations_;  // told last, by the store's URL
   End end_ = End::Asked;
   std::optional<BusLoop> bus_;
