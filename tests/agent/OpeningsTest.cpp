@@ -301,6 +301,16 @@ TEST_F(Notices, AnAddedStoreIsToldAndCanBeShownWhereThereIsNoClient) {
   EXPECT_EQ(desktop_.Shown()[1].summary, "One was updated");
 }
 
+TEST_F(Notices, NobodyButTheNotificationServiceSaysThatOneWasPressed) {
+  Start();
+  client_->OpenAndAwait(OneStore());
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
+  desktop_.Forge(agent_.BusAddress(), "show-store");
+  desktop_.Press("show-store");
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return !desktop_.Opened().empty(); }));
+  EXPECT_THAT(desktop_.Opened(), ElementsAre(Pair("s1", "token")));
+}
+
 TEST_F(Notices, AClientThatComesForwardNeedsNoNotification) {
   int activations = 0;
   agent_.Bus().OfferApplication("/com/morvane/quillon/velt", activations);

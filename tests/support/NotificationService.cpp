@@ -24,6 +24,13 @@ void Require(bool succeeded) {
   if (!succeeded) throw std::runtime_error("the notification service cannot be served");
 }
 
+// Returns when the agent has handled what this connection has sent so far.
+void AwaitAgent(Bus::Connection& bus) {
+  constexpr Bus::Service kAgent{Names::kServiceRecords, Names::kServiceRecordsPath,
+                                "org.freedesktop.DBus.Peer"};
+  Require(static_cast<bool>(bus.Call<>(kAgent, {}, "Ping")));
+}
+
 }  // namespace
 
 NotificationService::NotificationService(const std::string& address)
@@ -63,13 +70,24 @@ void NotificationService::ServeWindow() {
 
 void NotificationService::Press(const std::string& action) {
   // The agent knows the notification's number once it has handled the reply, which is ahead of this.
-  const Bus::Service agent{Names::kServiceRecords, Names::kServiceRecordsPath, "org.freedesktop.DBus.Peer"};
-  Require(static_cast<bool>(bus_.Call<>(agent, {}, "Ping")));
+  AwaitAgent(bus_);
+  SignalPressed(bus_, "token", action);
+}
+
+void NotificationService::Forge(const std::string& address, const std::string& action) {
+  AwaitAgent(bus_);
+  Bus::Connection stranger = std::move(*Bus::Connection::To(address));
+  SignalPressed(stranger, "forged", action);
+  AwaitAgent(stranger);
+}
+
+void NotificationService::SignalPressed(Bus::Connection& bus, const std::string& token,
+                                        const std::string& action) const {
   const auto id = static_cast<std::uint32_t>(shown_.size());
-  Require(static_cast<bool>(bus_.Emit(kPath, kName, "ActivationToken", id, std::string("token"))));
-  Require(static_cast<bool>(bus_.Emit(kPath, kName, "ActionInvoked", id, action)));
-  Require(static_cast<bool>(bus_.Emit(kPath, kName, "NotificationClosed", id, std::uint32_t{2})));
-  Require(static_cast<bool>(bus_.Flush()));
+  Require(static_cast<bool>(bus.Emit(kPath, kName, "ActivationToken", id, token)));
+  Require(static_cast<bool>(bus.Emit(kPath, kName, "ActionInvoked", id, action)));
+  Require(static_cast<bool>(bus.Emit(kPath, kName, "NotificationClosed", id, std::uint32_t{2})));
+  Require(static_cast<bool>(bus.Flush()));
 }
 
 bool NotificationService::WaitUntil(const std::function<bool()>& condition) {

@@ -26,6 +26,9 @@ class NotificationService {
   [[nodiscard]] const std::vector<Notification>& Shown() const { return shown_; }
   // The user presses the latest one; the service closes it then.
   void Press(const std::string& action);
+  // Another client of the bus at this address says that the user pressed the latest one, and that it is
+  // closed. Returns when the agent has handled that.
+  void Forge(const std::string& address, const std::string& action);
   // The stores that the window was asked to show, each with the right to come to the front.
   [[nodiscard]] const std::vector<std::pair<std::string, std::string>>& Opened() const { return opened_; }
 
@@ -35,6 +38,7 @@ class NotificationService {
  private:
   void ServeNotifications();
   void ServeWindow();
+  void SignalPressed(Bus::Connection& bus, const std::string& token, const std::string& action) const;
 
   Bus::Connection bus_;
   Bus::Slot notifications_;

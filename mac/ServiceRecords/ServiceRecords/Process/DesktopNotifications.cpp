@@ -69,7 +69,7 @@ void DesktopNotifications::Notify(const std::wstring& summary, const std::wstrin
   }
   const auto remember = [this, storeID](const Bus::Result<Bus::Message>& reply) {
     const auto id = reply ? reply->Read<std::uint32_t>() : reply.Failure();
-    if (id && !storeID.empty()) shown_[*id] = {storeID, {}};
+    if (id && !storeID.empty()) shown_[*id] = {reply->Sender(), storeID, {}};
   };
   Bus::Result<Bus::Slot> call = bus_.CallAsync(
       kService, {}, "Notify", remember, std::string("ServiceRecords"), std::uint32_t{0}, std::string(),
@@ -81,7 +81,7 @@ void DesktopNotifications::Notify(const std::wstring& summary, const std::wstrin
 void DesktopNotifications::HandleSignal(const Bus::Message& signal) {
   const auto id = signal.Read<std::uint32_t>();
   const auto shown = id ? shown_.find(*id) : shown_.end();
-  if (shown == shown_.end()) return;
+  if (shown == shown_.end() || shown->second.service != signal.Sender()) return;
   if (signal.IsSignal(kInterface, "ActivationToken")) {
     const auto token = signal.Read<std::uint32_t, std::string>();
     if (token) shown->second.activationToken = std::get<1>(*token);

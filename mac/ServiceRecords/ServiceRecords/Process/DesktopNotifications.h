@@ -29,6 +29,7 @@ class DesktopNotifications {
  private:
   // What a notification shows when it is pressed, and by which right a window may come to the front.
   struct Shown {
+    std::string service;  // its unique name: nobody else may say that it was pressed
     std::string storeID;
     std::string activationToken;
   };
