@@ -47,6 +47,11 @@ class OpenedFiles : public AgentTest {
     const std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(agent_.Pid()) + "/fd");
     return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
   }
+  // Returns when the question is on the terminal.
+  void AskOn(PseudoTerminal& terminal) {
+    static_cast<void>(client_->Open(OneStore(), Descriptor(terminal).Get()));
+    static_cast<void>(terminal.ReadUntil(kTrustQuestion));
+  }
   [[nodiscard]] bool WaitForDialogs(std::size_t count) {
     return agent_.Bus().WaitUntil([&] { return agent_.Dialogs().size() == count; });
   }
@@ -193,8 +198,7 @@ TEST_F(OpenedFiles, ACallerThatLeavesWithdrawsItsQuestionAndLeavesTheTerminalAsI
   Start();
   PseudoTerminal terminal;
   const termios before = terminal.Mode();
-  static_cast<void>(client_->Open(OneStore(), Descriptor(terminal).Get()));
-  static_cast<void>(terminal.ReadUntil(kTrustQuestion));
+  AskOn(terminal);
   const std::size_t during = DescriptorsOfAgent();
   client_.reset();
   ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return DescriptorsOfAgent() < during; }));
@@ -235,8 +239,7 @@ TEST_F(OpenedFiles, TheTerminalIsAsItWasWhenTheAgentIsKilled) {
   Start();
   PseudoTerminal terminal;
   const termios before = terminal.Mode();
-  static_cast<void>(client_->Open(OneStore(), Descriptor(terminal).Get()));
-  static_cast<void>(terminal.ReadUntil(kTrustQuestion));
+  AskOn(terminal);
   ::kill(agent_.Pid(), SIGKILL);
   EXPECT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", false));
   EXPECT_EQ(agent_.WaitForEnd(), 128 + SIGKILL);
