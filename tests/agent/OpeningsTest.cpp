@@ -10,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <optional>
 
 using testing::ElementsAre;
@@ -260,10 +261,74 @@ TEST_F(OpenedFiles, NoDescriptorIsLeftBehind) {
   const Files::FileDescriptor descriptor = Descriptor(terminal);
   client_->Await(client_->Open("/nowhere.cr", descriptor.Get()));
   const std::size_t before = DescriptorsOfAgent();
-  std::vector<std::uint64_t> openings;
-  for (int i = 0; i < 100; ++i) openings.push_back(client_->Open("/nowhere.cr", descriptor.Get()));
-  for (const std::uint64_t id : openings) client_->Await(id);
+  for (int round = 0; round < 10; ++round) {
+    std::vector<std::uint64_t> openings;
+    for (int i = 0; i < 10; ++i) openings.push_back(client_->Open("/nowhere.cr", descriptor.Get()));
+    for (const std::uint64_t id : openings) client_->Await(id);
+  }
   EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return DescriptorsOfAgent() <= before; }));
+}
+
+class ManyOpenings : public OpenedFiles {
+ protected:
+  ManyOpenings() : descriptor_(Descriptor(terminal_)) {
+    agent_.HoldDialogs();
+    Start();
+  }
+
+  // Files that stay open until the caller leaves.
+  void Open(OpeningClient& caller, int count) {
+    for (int i = 0; i < count; ++i) static_cast<void>(caller.Open(file_, descriptor_.Get()));
+  }
+  void ExpectRefusal(OpeningClient& caller) {
+    const auto refused = caller.TryOpen(file_, descriptor_.Get());
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.Failure().name, "org.freedesktop.DBus.Error.LimitsExceeded");
+  }
+  [[nodiscard]] std::size_t TerminalsOfAgent() const {
+    std::size_t count = 0;
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(agent_.Pid()) + "/fd")) {
+      std::error_code closedMeanwhile;
+      if (std::filesystem::read_symlink(entry, closedMeanwhile) == terminal_.Path()) ++count;
+    }
+    return count;
+  }
+  // A dialog that is being started has a copy for a moment.
+  [[nodiscard]] bool WaitForTerminals(std::size_t count) {
+    return agent_.Bus().WaitUntil([&] { return TerminalsOfAgent() == count; });
+  }
+
+  const std::string file_ = OneStore();
+  PseudoTerminal terminal_;
+  Files::FileDescriptor descriptor_;
+};
+
+TEST_F(ManyOpenings, OneCallerHasSixteenAtATime) {
+  Open(*client_, 16);
+  for (int i = 0; i < 3; ++i) ExpectRefusal(*client_);
+  EXPECT_TRUE(WaitForTerminals(16)) << "what came with a refused call is closed";
+  OpeningClient other(agent_.BusAddress());
+  Open(other, 1);
+
+  client_.emplace(agent_.BusAddress());
+  ASSERT_TRUE(WaitForTerminals(1));
+  Open(*client_, 16);
+  ExpectRefusal(*client_);
+}
+
+TEST_F(ManyOpenings, AllCallersTogetherHaveSixtyFour) {
+  std::vector<std::unique_ptr<OpeningClient>> callers;
+  for (int i = 0; i < 4; ++i) {
+    callers.push_back(std::make_unique<OpeningClient>(agent_.BusAddress()));
+    Open(*callers.back(), 16);
+  }
+  ExpectRefusal(*client_);
+  EXPECT_TRUE(WaitForTerminals(64));
+
+  callers.pop_back();
+  ASSERT_TRUE(WaitForTerminals(48));
+  Open(*client_, 1);
 }
 
 TEST_F(OpenedFiles, ChangesFromElsewhereAreToldToo) {

@@ -122,6 +122,17 @@ TEST_F(SrctlOnTerminal, SaysWhereTheQuestionIsWhenItIsNotThere) {
               testing::AllOf(HasSubstr("\"One\uFFFD[2J\" (s1)"), Not(HasSubstr("\x1B"))));
 }
 
+TEST_F(SrctlOnTerminal, SaysWhatToDoWhenTheAgentHasTooManyFiles) {
+  StandInAgent standIn(agent_.BusAddress());
+  standIn.takesFiles = false;
+  ChildProcess srctl = Open();
+  ASSERT_TRUE(standIn.ServeUntil([&] { return !srctl.IsRunning(); }));
+  EXPECT_EQ(srctl.Wait(), 1);
+  EXPECT_THAT(terminal_.ReadNow(), HasSubstr("srctl: The agent is opening many files already, so it did not "
+                                             "take \"" +
+                                             file_ + "\". Answer the questions that are open"));
+}
+
 TEST_F(SrctlOnTerminal, AnOutcomeOfANewerAgentIsNoSuccess) {
   StandInAgent standIn(agent_.BusAddress());
   ChildProcess srctl = LogOn("exec \"$0\" open --window \"$1\"");

@@ -37,10 +37,13 @@ void StandInAgent::ServeBeacons() {
 
 void StandInAgent::ServeOpenings() {
   Bus::Interface interface(Names::kOpeningsInterface);
-  interface.Method("Open", {}, {}, [this](const std::string& path, const Dictionary& /*options*/) {
-    opened_.push_back(path);
-    return static_cast<std::uint64_t>(opened_.size());
-  });
+  interface.Method(
+      "Open", {}, {},
+      [this](const std::string& path, const Dictionary& /*options*/) -> Bus::Result<std::uint64_t> {
+        if (!takesFiles) return Bus::Error::LimitsExceeded("too many");
+        opened_.push_back(path);
+        return static_cast<std::uint64_t>(opened_.size());
+      });
   openings_ = Got(bus_.Serve(Names::kOpeningsPath, std::move(interface)));
 }
 

@@ -19,6 +19,7 @@ class StandInAgent {
 
   std::uint64_t location = 0;
   std::uint32_t flags = 0;
+  bool takesFiles = true;  // or else it has too many already
 
   // The stores' URLs for which the location was asked.
   [[nodiscard]] const std::vector<std::string>& Questions() const { return questions_; }

@@ -23,8 +23,16 @@ Error Error::InvalidArguments(std::string text) {
   return {EINVAL, SD_BUS_ERROR_INVALID_ARGS, std::move(text)};
 }
 
+Error Error::LimitsExceeded(std::string text) {
+  return {ENOBUFS, SD_BUS_ERROR_LIMITS_EXCEEDED, std::move(text)};
+}
+
 bool Error::IsForWantOfOwner() const {
   return name == SD_BUS_ERROR_NAME_HAS_NO_OWNER || name == SD_BUS_ERROR_SERVICE_UNKNOWN;
+}
+
+bool Error::IsOfLimits() const {
+  return name == SD_BUS_ERROR_LIMITS_EXCEEDED;
 }
 
 }  // namespace Bus

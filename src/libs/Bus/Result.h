@@ -17,13 +17,17 @@ struct Error {
 
   // `result`: the negative error code of a call of the bus's library.
   [[nodiscard]] static Error OfResult(int result);
-  // Answers to a call: its work failed, the method does nothing, or its arguments make no sense.
+  // Answers to a call: its work failed, the method does nothing, its arguments make no sense, or it is one
+  // too many.
   [[nodiscard]] static Error Failed(std::string text);
   [[nodiscard]] static Error NotSupported(std::string text);
   [[nodiscard]] static Error InvalidArguments(std::string text);
+  [[nodiscard]] static Error LimitsExceeded(std::string text);
 
   // Whether nobody owns the name that was called, and nobody could be started for it.
   [[nodiscard]] bool IsForWantOfOwner() const;
+  // Whether what was asked for would have been one too many.
+  [[nodiscard]] bool IsOfLimits() const;
 };
 
 struct Nothing {};

@@ -91,6 +91,7 @@ void FileOpening::FinishUnreachable(const std::string& problem) {
 }
 
 void FileOpening::HandleReply(const Bus::Result<Bus::Message>& reply) {
+  if (!reply && reply.Failure().IsOfLimits()) return Finish(End::TooMany);
   if (!reply) return FinishUnreachable(reply.Failure().text);
   const auto id = reply->Read<std::uint64_t>();
   if (!id) return FinishUnreachable("its answer cannot be read: " + id.Failure().text);

@@ -25,6 +25,7 @@ class FileOpening {
     Finished,     // Outcome() and Stores() say how
     Withdrawn,    // by SIGINT
     AgentLeft,    // without a word about the file
+    TooMany,      // files are being opened already
     Unreachable,  // Problem() says why
   };
 

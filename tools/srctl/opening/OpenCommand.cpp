@@ -84,6 +84,10 @@ class OpeningRun {
                                  ". Open the file again."));
         Note(Status::Ended);
         return false;
+      case End::TooMany:
+        Note(Refuse("The agent is opening many files already, so it did not take " + Quoted(file.given) +
+                    ". Answer the questions that are open, then open the file again."));
+        return false;
       case End::Unreachable:
         break;
     }

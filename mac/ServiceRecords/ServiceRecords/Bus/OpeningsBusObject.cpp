@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 using PropertyList::Dictionary;
@@ -83,11 +84,12 @@ Bus::Result<std::uint64_t> OpeningsBusObject::Open(const Bus::Caller& caller, co
     if (!IsTerminal(option->second)) return Bus::Error::InvalidArguments("the option is no terminal");
     terminal = std::move(option->second);
   }
+  if (!HasRoomFor(caller.name)) return Bus::Error::LimitsExceeded("too many files are being opened already");
   const std::uint64_t id = openings_.Start({.path = path,
                                             .terminal = std::move(terminal),
                                             .isWithdrawable = true,
                                             .finished = [this](const Opening& opening) { Tell(opening); }});
-  Bus::Result<Bus::PeerWatch> watch = bus_.WatchPeer(caller.name, [this, id] { Leave(id); });
+  Bus::Result<Bus::PeerWatch> watch = bus_.WatchPeer(caller.name, [this, id] { openings_.Withdraw(id); });
   if (!watch) {
     openings_.Withdraw(id);
     return watch.Failure();
@@ -96,9 +98,10 @@ Bus::Result<std::uint64_t> OpeningsBusObject::Open(const Bus::Caller& caller, co
   return id;
 }
 
-void OpeningsBusObject::Leave(std::uint64_t id) {
-  openings_.Withdraw(id);
-  clients_.erase(id);
+bool OpeningsBusObject::HasRoomFor(const std::string& caller) const {
+  const auto ofCaller =
+      std::ranges::count_if(clients_, [&](const auto& entry) { return entry.second.name == caller; });
+  return clients_.size() < kMostOpenings && std::cmp_less(ofCaller, kMostOpeningsOfOneCaller);
 }
 
 void OpeningsBusObject::Tell(const Opening& opening) {

@@ -4,6 +4,7 @@
 #include "SRLib/Provider/Opening.h"
 #include "libs/Bus/Connection.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -16,6 +17,10 @@ class FileOpenings;
 // Serves com.morvane.ServiceRecords.Openings on a connection. Main thread.
 class OpeningsBusObject {
  public:
+  // Each opening that has not finished holds descriptors.
+  static constexpr std::size_t kMostOpenings = 64;
+  static constexpr std::size_t kMostOpeningsOfOneCaller = 16;
+
   // The connection and the openings outlive this object, which outlives every opening.
   OpeningsBusObject(Bus::Connection& bus, FileOpenings& openings) : bus_(bus), openings_(openings) {}
 
@@ -27,10 +32,10 @@ class OpeningsBusObject {
  private:
   [[nodiscard]] Bus::Result<std::uint64_t> Open(const Bus::Caller& caller, const std::string& path,
                                                 Bus::DescriptorOptions options);
-  void Leave(std::uint64_t id);
+  [[nodiscard]] bool HasRoomFor(const std::string& caller) const;
   void Tell(const ServiceRecords::Opening& opening);
 
-  // The program for which a file is being opened.
+  // The program for which a file is being opened; it may have left.
   struct Client {
     std::string name;
     Bus::PeerWatch watch;
