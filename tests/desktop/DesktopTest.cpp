@@ -6,6 +6,10 @@
 
 namespace fs = std::filesystem;
 
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::Not;
+
 namespace {
 
 const fs::path kSystem = "/usr/share";
@@ -87,6 +91,10 @@ void DesktopTest::ExpectEveryControlNamedOnce() {
     EXPECT_TRUE(control.role != Role::Unknown && control.role != Role::Filler) << what << " has no role";
   }
   EXPECT_GE(used, 2U) << "no window was looked at";
+}
+
+void DesktopTest::ExpectNoComplaints(const std::string& output) {
+  EXPECT_THAT(output, Not(AnyOf(HasSubstr("WARNING"), HasSubstr("CRITICAL"))));
 }
 
 void VirtualDesktopTest::TabTo(Role role, const std::string& name) {

@@ -17,6 +17,8 @@ class DesktopTest : public AgentTest {
   // `screen`: the environment that programs need to show their windows, as NAME=value.
   explicit DesktopTest(const std::vector<std::string>& screen);
 
+  // Starts the agent so that its output is what it and its dialogs complain of, too.
+  void StartAgent() { agent_.Start({}, {.captureErrors = true}); }
   // Hands the file to the agent; AwaitHandled waits until it has been handled, with all that was asked.
   void BeginToOpen(const std::string& file);
   void AwaitHandled();
@@ -36,6 +38,8 @@ class DesktopTest : public AgentTest {
   [[nodiscard]] std::ptrdiff_t Count(const std::function<bool(const Control&)>& isSuch);
   // Of all windows, each of which holds some.
   void ExpectEveryControlNamedOnce();
+  // Of the programs with that output, which has their standard error.
+  static void ExpectNoComplaints(const std::string& output);
 
  private:
   // What a desktop brings along, and what else uses the agent does not need.

@@ -10,7 +10,7 @@ class ErrorDialog : public VirtualDesktopTest {
  protected:
   // Opens a file with these stores, whose servers cannot be verified: nobody listens there.
   void OpenInVain(const std::vector<StoreText>& stores) {
-    agent_.Start();
+    StartAgent();
     Open(OpenableFile("bad.cr", stores));
     Reader().WaitFor(Role::Dialog, kTitle);
   }
@@ -50,6 +50,14 @@ TEST_F(ErrorDialog, GoesByTheEscapeKey) {
   Reader().WaitFor(Role::PushButton, "Close", State::Focused);
   Type("Escape");
   Reader().WaitUntilGone(Role::Dialog, kTitle);
+}
+
+TEST_F(ErrorDialog, GivesTheToolkitNothingToComplainOf) {
+  OpenInVain({Unreachable("s1", "One"), Unreachable("s2", "Two")});
+  Press("Copy details");
+  Press("Close");
+  Reader().WaitUntilGone(Role::Dialog, kTitle);
+  ExpectNoComplaints(agent_.Output());
 }
 
 TEST_F(ErrorDialog, NamesEveryControlOnce) {

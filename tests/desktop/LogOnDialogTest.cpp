@@ -24,7 +24,7 @@ class LogOnDialog : public VirtualDesktopTest {
     store.internalBeacons = {"https://localhost:1"};
     store.gateways = {{.name = "Gate", .location = gateway_.Address("https"), .isDefault = true}};
     ServeBehindTheGateway(store);
-    agent_.Start();
+    StartAgent();
     BeginToOpen(agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string());
     Press("Add store");
     Reader().WaitFor(Role::Dialog, kTitle);
@@ -65,6 +65,12 @@ TEST_F(LogOnDialog, LeavesTheStoreAsItIsWhenCancelled) {
   AwaitHandled();
   EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
   EXPECT_EQ(NameInList(), "One");
+}
+
+TEST_F(LogOnDialog, GivesTheToolkitNothingToComplainOf) {
+  Press("Cancel");
+  AwaitHandled();
+  ExpectNoComplaints(agent_.Output());
 }
 
 TEST_F(LogOnDialog, NamesEveryControlOnce) {

@@ -10,7 +10,7 @@ constexpr char kKeep[] = "Keep store";
 class ReplaceDialog : public VirtualDesktopTest {
  protected:
   void SetUp() override {
-    agent_.Start();
+    StartAgent();
     Hold(Store("s1", "Old"));
     BeginToOpen(OpenableFile("new.cr", {Store("s1", "New")}));
     Press("Add store");
@@ -48,6 +48,12 @@ TEST_F(ReplaceDialog, KeepsTheStoreByTheEscapeKey) {
   Type("Escape");
   AwaitHandled();
   EXPECT_EQ(NameInList(), "Old");
+}
+
+TEST_F(ReplaceDialog, GivesTheToolkitNothingToComplainOf) {
+  Press(kReplace);
+  AwaitHandled();
+  ExpectNoComplaints(agent_.Output());
 }
 
 TEST_F(ReplaceDialog, NamesEveryControlOnce) {

@@ -18,7 +18,7 @@ constexpr char kDecline[] = "Don’t add";
 class TrustDialog : public VirtualDesktopTest {
  protected:
   void SetUp() override {
-    agent_.Start();
+    StartAgent();
     BeginToOpen(OpenableFile("a.cr", {Store("s1", "One")}));
     Reader().WaitFor(Role::Dialog, kTitle);
   }
@@ -66,6 +66,12 @@ TEST_F(TrustDialog, AddsByTheKeyboardAlone) {
   Type("Return");
   AwaitHandled();
   EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(TrustDialog, GivesTheToolkitNothingToComplainOf) {
+  Press(kAdd);
+  AwaitHandled();
+  ExpectNoComplaints(agent_.Output());
 }
 
 TEST_F(TrustDialog, NamesEveryControlOnce) {

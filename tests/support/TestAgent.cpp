@@ -145,10 +145,11 @@ ChildProcess TestAgent::Run(const std::vector<std::string>& arguments, const Chi
   return ChildProcess(command, environment_, options);
 }
 
-void TestAgent::Start(const std::vector<std::string>& environment) {
+void TestAgent::Start(const std::vector<std::string>& environment, const ChildOptions& options) {
   std::vector<std::string> merged = environment_;
   merged.insert(merged.end(), environment.begin(), environment.end());
-  agent_ = std::make_unique<ChildProcess>(std::vector{(BundleFolder() / "ServiceRecords").string()}, merged);
+  agent_ = std::make_unique<ChildProcess>(std::vector{(BundleFolder() / "ServiceRecords").string()}, merged,
+                                          options);
   for (const char* name : {kBeacons, kServiceRecords}) {
     if (!client_->WaitUntilOwned(name, true)) throw std::runtime_error(std::string("nobody owns ") + name);
   }

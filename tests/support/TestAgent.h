@@ -31,12 +31,14 @@ class TestAgent {
   void EnableLog();
   // Starts the agent as a child of the test, with this added to the environment, and waits until both names
   // are owned.
-  void Start(const std::vector<std::string>& environment = {});
+  void Start(const std::vector<std::string>& environment = {}, const ChildOptions& options = {});
   // Starts the agent's program with these arguments and this test's environment, and leaves it to the caller.
   [[nodiscard]] ChildProcess Run(const std::vector<std::string>& arguments = {},
                                  const ChildOptions& options = {});
   // The started agent's process.
   [[nodiscard]] pid_t Pid() const { return agent_->Pid(); }
+  // Its output so far, and that of the dialogs.
+  [[nodiscard]] std::string Output() const { return agent_->Output(); }
   // Sends SIGTERM to the started agent and returns its exit status.
   int Terminate();
   // Waits for the end of the started agent and returns its exit status.
