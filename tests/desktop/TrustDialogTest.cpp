@@ -41,6 +41,17 @@ TEST_F(TrustDialog, LetsNobodyAddAtOnce) {
   EXPECT_TRUE(Reader().HasBecomeSensitive(add)) << "it was sensitive from the beginning";
 }
 
+TEST_F(TrustDialog, TakesNoKeyBeforeItCanBeAnswered) {
+  const Control add = Reader().WaitFor(Role::PushButton, kAdd);
+  Reader().WaitUntil("the answer by the Enter key", [&] {
+    Type("Return");
+    return Count([](const Control& control) { return control.role == Role::Dialog; }) == 0;
+  });
+  EXPECT_TRUE(Reader().HasBecomeSensitive(add)) << "a key has answered it at once";
+  AwaitHandled();
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+}
+
 TEST_F(TrustDialog, HasTheFocusOnTheSafeAnswer) {
   Reader().WaitFor(Role::PushButton, kDecline, State::Focused);
 }

@@ -7,19 +7,13 @@
 #include "request/Details.h"
 #include "view/StoreView.h"
 
+#include <utility>
+
 namespace Dialogs {
 
 namespace {
 
 constexpr unsigned kUnansweredMilliseconds = 500;
-
-// Keys go to nobody as long as it is there.
-GtkEventController* MakeKeyTrap() {
-  GtkEventController* const trap = gtk_event_controller_key_new();
-  gtk_event_controller_set_propagation_phase(trap, GTK_PHASE_CAPTURE);
-  Signals::ConnectAnswered(trap, "key-pressed", [] { return true; });
-  return trap;
-}
 
 }  // namespace
 
@@ -28,7 +22,12 @@ QuestionWindow::QuestionWindow(const char* interface, const std::function<void(b
   for (const char* const button : {"decline", "accept"}) Widgets::NameByLabel(Get(button));
   Signals::Connect(Get("decline"), "clicked", [this] { Close(); });
   Signals::Connect(Get("accept"), "clicked", [onAnswer] { onAnswer(true); });
-  Signals::Connect(Get("window"), "map", [this] { Arm(); });
+  TrapKeys();
+  Signals::Connect(Get("window"), "map", [this] { Disarm(); });
+  // A busy machine draws it late.
+  Signals::Connect(Get("window"), "realize", [this] {
+    Signals::Connect(gtk_widget_get_frame_clock(Get("window")), "after-paint", [this] { NoteFrame(); });
+  });
 }
 
 void QuestionWindow::AppendFile(GtkBox* content, const PropertyList::Dictionary& details) {
@@ -37,11 +36,25 @@ void QuestionWindow::AppendFile(GtkBox* content, const PropertyList::Dictionary&
   gtk_box_append(content, MakeFactGroup(Translated("Service record"), {{Translated("File"), file}}));
 }
 
-void QuestionWindow::Arm() {
-  GtkEventController* const trap = MakeKeyTrap();
+// Keys go to nobody until it is armed.
+void QuestionWindow::TrapKeys() {
+  GtkEventController* const trap = gtk_event_controller_key_new();
+  gtk_event_controller_set_propagation_phase(trap, GTK_PHASE_CAPTURE);
+  Signals::ConnectAnswered(trap, "key-pressed", [this] { return !isArmed_; });
   gtk_widget_add_controller(Get("window"), trap);
-  Signals::After(kUnansweredMilliseconds, [this, trap] {
-    gtk_widget_remove_controller(Get("window"), trap);
+}
+
+void QuestionWindow::Disarm() {
+  isArmed_ = false;
+  isAwaitingFrame_ = true;
+  ++timesShown_;
+  Look();
+}
+
+void QuestionWindow::NoteFrame() {
+  if (!std::exchange(isAwaitingFrame_, false)) return;
+  Signals::After(kUnansweredMilliseconds, [this, time = timesShown_] {
+    if (time != timesShown_) return;
     isArmed_ = true;
     Look();
   });

@@ -7,8 +7,8 @@
 
 namespace Dialogs {
 
-// A question with the buttons "accept" and "decline". For its first half second it takes no key and cannot be
-// accepted, so that nothing meant for another window answers it. One thread.
+// A question with the buttons "accept" and "decline". For the first half second that it can be seen it takes
+// no key and cannot be accepted, so that nothing meant for another window answers it. One thread.
 class QuestionWindow : public DialogWindow {
  public:
   QuestionWindow(const char* interface, const std::function<void(bool accepted)>& onAnswer);
@@ -20,10 +20,14 @@ class QuestionWindow : public DialogWindow {
   void SetComplete(bool isComplete);
 
  private:
-  void Arm();
+  void TrapKeys();
+  void Disarm();
+  void NoteFrame();
   void Look();
 
   bool isArmed_ = false;
+  bool isAwaitingFrame_ = false;  // the first since it was shown
+  unsigned timesShown_ = 0;
   bool isComplete_ = true;
 };
 
