@@ -62,6 +62,15 @@ TEST(StoreFactsTest, TheASCIIFormStandsWhereItDiffers) {
   EXPECT_EQ(StoreFacts::Of({{"StoreHost", "a.example"}, {"StoreHostASCII", "a.example"}}).hostASCII, "");
 }
 
+TEST(StoreFactsTest, TheASCIIFormOfTheVerifiedHostStandsBelowItWhereItDiffers) {
+  const auto verified = [](const char* ascii) {
+    return StoreFacts::Of({{"VerifiedHost", "münchen.example"}, {"VerifiedHostASCII", ascii}}).verified;
+  };
+  EXPECT_THAT(verified("xn--mnchen\u200B-3ya.example"),
+              ElementsAre(Fact{"Server", "münchen.example\nxn--mnchen<U+200B>-3ya.example"}));
+  EXPECT_THAT(verified("münchen.example"), ElementsAre(Fact{"Server", "münchen.example"}));
+}
+
 TEST(StoreFactsTest, NoHostIsEverCut) {
   const std::string host = std::string(1000, 'a') + ".example";
   const StoreFacts facts = StoreFacts::Of({{"StoreHost", host},

@@ -25,6 +25,7 @@ namespace {
 
 using PropertyList::Array;
 using PropertyList::Dictionary;
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -144,6 +145,21 @@ TEST_F(TerminalDialogTest, TellsWhichServerWasVerified) {
                                         "  Operated by: Morvane\r\n"));
   store.Set("VerifiedServer", "store");
   EXPECT_THAT(ShownOf(store), HasSubstr("               (the store's own server)\r\n"));
+}
+
+TEST_F(TerminalDialogTest, TellsTheASCIIFormsOfHosts) {
+  Dictionary store = Store();
+  EXPECT_THAT(ShownOf(store), Not(HasSubstr("In ASCII:")));
+  store.Set("StoreHostASCII", "xn--stre-5qa.example.com");
+  store.Set("VerifiedHost", "gat\u00E9way.example.com");
+  store.Set("VerifiedHostASCII", "xn--gatway-dva.example.com");
+  store.Set("VerifiedServer", "gateway");
+  EXPECT_THAT(ShownOf(store), AllOf(HasSubstr("  Verified:    gat\u00E9way.example.com\r\n"
+                                              "               (the default gateway)\r\n"
+                                              "  In ASCII:    xn--gatway-dva.example.com\r\n"),
+                                    HasSubstr("  Address:     https://store.example.com\r\n"
+                                              "  Path:        /path\r\n"
+                                              "  In ASCII:    xn--stre-5qa.example.com\r\n")));
 }
 
 TEST_F(TerminalDialogTest, TellsWhatAReplacementChanges) {

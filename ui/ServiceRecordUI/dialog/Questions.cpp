@@ -59,6 +59,11 @@ std::string AddressLines(std::string_view label, std::string_view pathLabel, con
   return lines;
 }
 
+// The form of a host in which no letter looks like another one, where it is another form.
+std::string ASCIILine(const Dictionary& details, std::string_view key, std::size_t columns) {
+  return details.Find(key) != nullptr ? Line("In ASCII:", ShownWhole(details, key), columns) : std::string();
+}
+
 std::string WhichServer(const Dictionary& details) {
   const std::string server = Details::Text(details, "VerifiedServer");
   if (server == "gateway") return "(the default gateway)";
@@ -70,7 +75,8 @@ std::string VerifiedLines(const Dictionary& details, std::size_t columns) {
   if (details.Find("VerifiedHost") == nullptr) return {};
   const std::string which = WhichServer(details);
   return Line("Verified:", ShownWhole(details, "VerifiedHost"), columns) +
-         (which.empty() ? std::string() : Line("", which, columns));
+         (which.empty() ? std::string() : Line("", which, columns)) +
+         ASCIILine(details, "VerifiedHostASCII", columns);
 }
 
 // The mark is a label, which no name can imitate.
@@ -126,7 +132,7 @@ std::string AddStore(const Dictionary& details, std::size_t columns) {
          Line("Operated by:", ShownWhole(details, "StoreProvider"), columns) +
          Line("Issued by:", ShownWhole(details, "CertificateName"), columns) +
          AddressLines("Address:", "Path:", Details::Text(details, "StoreURL"), columns) +
-         AllGateways(details, columns) +
+         ASCIILine(details, "StoreHostASCII", columns) + AllGateways(details, columns) +
          "\nAdd this store only if you trust whoever operates it.\nAdd it? [y/N] ";
 }
 

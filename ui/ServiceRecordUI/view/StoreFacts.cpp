@@ -30,9 +30,16 @@ void AddNamed(std::vector<Fact>& facts, const char* caption, const Dictionary& d
   facts.push_back({caption, name.empty() ? Translated("Not named in the certificate") : name});
 }
 
+// The verified host and, on a line of its own, its ASCII form where it is another one.
+std::string VerifiedHostIn(const Dictionary& details) {
+  const std::string host = ShownText::Whole(Details::Text(details, "VerifiedHost"));
+  const std::string ascii = ShownText::Whole(Details::Text(details, "VerifiedHostASCII"));
+  return host.empty() || ascii.empty() || ascii == host ? host : host + "\n" + ascii;
+}
+
 std::vector<Fact> VerifiedFacts(const Dictionary& details) {
   std::vector<Fact> facts;
-  const std::string host = ShownText::Whole(Details::Text(details, "VerifiedHost"));
+  const std::string host = VerifiedHostIn(details);
   if (!host.empty()) facts.push_back({CaptionOfVerified(Details::Text(details, "VerifiedServer")), host});
   AddNamed(facts, Translated("Operated by"), details, "StoreProvider");
   AddNamed(facts, Translated("Certificate issued by"), details, "CertificateName");
