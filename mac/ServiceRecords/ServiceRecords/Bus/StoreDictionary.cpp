@@ -9,25 +9,28 @@ using ServiceRecords::SRStore;
 
 namespace {
 
-void AddBeacons(PropertyList::Dictionary& dictionary, const char* key, const std::list<SRBeacon>& beacons,
-                TextForm form) {
+using Entries = std::vector<PropertyList::Entry>;
+
+void AddBeacons(Entries& entries, const char* key, const std::list<SRBeacon>& beacons, TextForm form) {
   if (beacons.empty()) return;
   PropertyList::Array array;
+  array.reserve(beacons.size());
   for (const SRBeacon& beacon : beacons) {
     array.emplace_back(PropertyList::Dictionary{{"BeaconLocation", form(beacon.GetLocation())},
                                                 {"BeaconDSConfirmed", beacon.GetDSConfirmed()}});
   }
-  dictionary.Set(key, std::move(array));
+  entries.push_back({key, std::move(array)});
 }
 
-void AddGateways(PropertyList::Dictionary& dictionary, const std::list<SRGateway>& gateways, TextForm form) {
+void AddGateways(Entries& entries, const std::list<SRGateway>& gateways, TextForm form) {
   if (gateways.empty()) return;
   PropertyList::Array array;
+  array.reserve(gateways.size());
   for (const SRGateway& gateway : gateways) {
     array.emplace_back(
         GatewayDictionary(gateway.GetName(), gateway.GetLocation(), gateway.GetDefault(), form));
   }
-  dictionary.Set("StoreGateways", std::move(array));
+  entries.push_back({"StoreGateways", std::move(array)});
 }
 
 }  // namespace
@@ -38,16 +41,16 @@ PropertyList::Dictionary GatewayDictionary(const std::wstring& name, const std::
 }
 
 PropertyList::Dictionary StoreDictionary(const SRStore& store, BeaconKeys beacons, TextForm form) {
-  PropertyList::Dictionary dictionary{{"StoreName", form(store.GetStoreName())},
-                                      {"StoreURL", form(store.GetStoreURL())},
-                                      {"StoreType", static_cast<std::uint32_t>(store.GetSRType())},
-                                      {"StoreID", form(store.GetStoreID())}};
+  Entries entries{{"StoreName", form(store.GetStoreName())},
+                  {"StoreURL", form(store.GetStoreURL())},
+                  {"StoreType", static_cast<std::uint32_t>(store.GetSRType())},
+                  {"StoreID", form(store.GetStoreID())}};
   if (beacons == BeaconKeys::Included) {
-    AddBeacons(dictionary, "StoreInternalBeacons", store.Beacons(BeaconType::Internal), form);
-    AddBeacons(dictionary, "StoreExternalBeacons", store.Beacons(BeaconType::External), form);
+    AddBeacons(entries, "StoreInternalBeacons", store.Beacons(BeaconType::Internal), form);
+    AddBeacons(entries, "StoreExternalBeacons", store.Beacons(BeaconType::External), form);
   }
-  AddGateways(dictionary, store.GetGateways(), form);
-  return dictionary;
+  AddGateways(entries, store.GetGateways(), form);
+  return PropertyList::Dictionary(std::move(entries));
 }
 
 }  // namespace Agent
