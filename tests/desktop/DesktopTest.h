@@ -1,7 +1,7 @@
 #pragma once
 
 #include "desktop/ScreenReader.h"
-#include "desktop/VirtualScreen.h"
+#include "support/VirtualScreen.h"
 #include "support/AgentTest.h"
 
 #include <cstddef>

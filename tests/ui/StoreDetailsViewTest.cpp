@@ -1,6 +1,6 @@
 #include "Shared/Gtk.h"
 #include "Shared/Owners.h"
-#include "desktop/VirtualScreen.h"
+#include "support/VirtualScreen.h"
 #include "libs/Lifetime/UniqueHandle.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/SRUIProtocol/SRUIProtocol.h"

@@ -1,4 +1,4 @@
-#include "desktop/VirtualScreen.h"
+#include "support/VirtualScreen.h"
 
 #include <stdexcept>
 

@@ -14,6 +14,8 @@ class VirtualScreen {
   [[nodiscard]] std::vector<std::string> Environment() const {
     return {"DISPLAY=" + display_, "GDK_BACKEND=x11"};
   }
+  // The display's name (":1").
+  [[nodiscard]] const std::string& Display() const { return display_; }
   // Presses and releases a key ("Tab", "Return", "Escape") on the keyboard.
   void Type(const std::string& key) const;
   // Types the characters one after the other.
