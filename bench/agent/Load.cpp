@@ -1,25 +1,17 @@
+#include "agent/Desk.h"
 #include "agent/Outputs.h"
 #include "agent/Scenarios.h"
 #include "common/Caller.h"
-#include "common/ServedAgent.h"
-#include "support/TestAuthority.h"
-#include "support/WebServer.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <stdexcept>
 
 namespace Bench {
 namespace {
 
-using TestSupport::StoreText;
 using TestSupport::TestAgent;
-using TestSupport::TestAuthority;
-using TestSupport::WebServer;
 
-constexpr std::size_t kStores = 10;
 constexpr std::size_t kFiles = 50;
 constexpr std::size_t kCalls = 2000;
 constexpr std::chrono::seconds kTimeOfCall{1};
@@ -34,35 +26,6 @@ Times SampleUntil(Caller& caller, const std::function<bool(std::size_t samples)>
   } while (!isOver(times.size()) && std::chrono::steady_clock::now() < deadline);
   return times;
 }
-
-// The user's machine, and a store server that it trusts.
-class Desk {
- public:
-  Desk()
-      : server_(TestAuthority::Shared().TlsServerBlock("good")),
-        agent_(kStores, {"SSL_CERT_FILE=" + TestAuthority::Shared().Root().string()}) {
-    agent_.Start();
-  }
-
-  [[nodiscard]] TestAgent& Agent() { return agent_.Agent(); }
-
-  // A file with a store at that server, whose discovery document says the same.
-  std::string FileWithStore(const std::string& id) {
-    const std::string server = server_.Address("https");
-    StoreText store = StoreAsText(0, ServedShape());
-    store.id = id;
-    store.url = server + "/" + id + "/discovery";
-    for (auto& gateway : store.gateways) gateway.location = server + "/" + gateway.name.substr(8);
-    const std::filesystem::path document = server_.Document(id + "/discovery");
-    std::filesystem::create_directories(document.parent_path());
-    std::ofstream(document) << TestSupport::DiscoveryDocument({store});
-    return Agent().Write(id + ".cr", TestSupport::ServiceRecordDocument({store})).string();
-  }
-
- private:
-  const WebServer server_;
-  ServedAgent agent_;
-};
 
 bool IsAskingToReplace(TestAgent& agent) {
   const auto dialogs = agent.Dialogs();

@@ -19,5 +19,8 @@ void MeasureRest(Outputs& outputs);
 void MeasureManyAgents(Outputs& outputs);
 // One announcement to 1,000 programs that watch.
 void MeasureWatchers(Outputs& outputs);
+// From the start of a dialog's program until its window is painted, and the agent's memory after many
+// dialogs.
+void MeasureDialogs(Outputs& outputs);
 
 }  // namespace Bench

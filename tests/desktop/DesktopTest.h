@@ -1,8 +1,8 @@
 #pragma once
 
 #include "desktop/ScreenReader.h"
-#include "support/VirtualScreen.h"
 #include "support/AgentTest.h"
+#include "support/VirtualScreen.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
 #include "Shared/Gtk.h"
 #include "Shared/Owners.h"
-#include "support/VirtualScreen.h"
 #include "libs/Lifetime/UniqueHandle.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/SRUIProtocol/SRUIProtocol.h"
+#include "support/VirtualScreen.h"
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
