@@ -6,6 +6,7 @@
 #include "Window/FileChoice.h"
 #include "Window/RemoveQuestion.h"
 #include "Window/SignalArguments.h"
+#include "libs/Bus/ServiceNames.h"
 
 #include <filesystem>
 #include <system_error>
@@ -28,7 +29,7 @@ void SetKeys(GtkApplication* application, const char* action, const char* keys) 
 }  // namespace
 
 StoresApplication::StoresApplication()
-    : application_(adw_application_new(kIdentifier, G_APPLICATION_DEFAULT_FLAGS)) {
+    : application_(adw_application_new(Bus::ServiceNames::kStoresWindow, G_APPLICATION_DEFAULT_FLAGS)) {
   Signals::Connect(application_.get(), "startup", [this] { AddActions(); });
   Signals::Connect(application_.get(), "activate", [this] { Present(); });
   Signals::Connect(application_.get(), "shutdown", [this] { End(); });
@@ -62,7 +63,8 @@ void StoresApplication::AddActions() {
 }
 
 void StoresApplication::AddShowStore() {
-  const ObjectPtr<GSimpleAction> action(g_simple_action_new("show-store", G_VARIANT_TYPE_STRING));
+  const ObjectPtr<GSimpleAction> action(
+      g_simple_action_new(Bus::ServiceNames::kShowStoreAction, G_VARIANT_TYPE_STRING));
   ConnectWith<GVariant*>(action.get(), "activate",
                          [this](GVariant* id) { ShowStore(g_variant_get_string(id, nullptr)); });
   g_action_map_add_action(G_ACTION_MAP(application_.get()), G_ACTION(action.get()));

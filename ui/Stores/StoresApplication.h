@@ -13,8 +13,6 @@ namespace Stores {
 // The program: one window for each user's session, which the desktop or another program brings forward.
 class StoresApplication {
  public:
-  static constexpr char kIdentifier[] = "com.morvane.ServiceRecords.Stores";
-
   StoresApplication();
   ~StoresApplication();
   StoresApplication(const StoresApplication&) = delete;

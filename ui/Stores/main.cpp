@@ -1,7 +1,8 @@
 #include "Shared/Program.h"
 #include "StoresApplication.h"
+#include "libs/Bus/ServiceNames.h"
 
 int main(int argc, char* argv[]) {
-  Program::Prepare(Stores::StoresApplication::kIdentifier, SR_CATALOGUES);
+  Program::Prepare(Bus::ServiceNames::kStoresWindow, SR_CATALOGUES);
   return Stores::StoresApplication().Run(argc, argv);
 }

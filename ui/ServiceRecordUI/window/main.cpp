@@ -1,5 +1,6 @@
 #include "Shared/Adwaita.h"
 #include "Shared/Program.h"
+#include "libs/Bus/ServiceNames.h"
 #include "libs/DialogWire/DialogWire.h"
 #include "request/DialogRequest.h"
 #include "window/Conversation.h"
@@ -13,12 +14,10 @@
 
 namespace {
 
-constexpr const char* kApplicationId = "com.morvane.ServiceRecords";
-
 void Converse(Dialogs::Conversation& conversation) {
   const std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
   if (!request) return conversation.Reply(DialogWire::Reply::UnknownRequest);
-  Program::Prepare(kApplicationId, SR_CATALOGUES);
+  Program::Prepare(Bus::ServiceNames::kServiceRecords, SR_CATALOGUES);
   if (gtk_init_check() == FALSE) return conversation.Reply(DialogWire::Reply::NoDisplay);
   adw_init();
   Dialogs::Show(*request, conversation);

@@ -15,9 +15,6 @@ namespace {
 constexpr int kSoon = 60 * 1000;
 constexpr int kAtLast = G_MAXINT;
 
-constexpr char kOpeningsPath[] = "/com/morvane/ServiceRecords/Openings";
-constexpr char kOpeningsInterface[] = "com.morvane.ServiceRecords.Openings";
-
 std::string TextOf(GError* error) {
   g_dbus_error_strip_remote_error(error);
   return error->message;
@@ -50,8 +47,9 @@ const AgentConnection::Service AgentConnection::kStores{Bus::ServiceNames::kServ
                                                         Bus::ServiceNames::kServiceRecordsInterface};
 const AgentConnection::Service AgentConnection::kBeacons{
     Bus::ServiceNames::kBeacons, Bus::ServiceNames::kBeaconsPath, Bus::ServiceNames::kBeaconsInterface};
-const AgentConnection::Service AgentConnection::kOpenings{Bus::ServiceNames::kServiceRecords, kOpeningsPath,
-                                                          kOpeningsInterface};
+const AgentConnection::Service AgentConnection::kOpenings{Bus::ServiceNames::kServiceRecords,
+                                                          Bus::ServiceNames::kOpeningsPath,
+                                                          Bus::ServiceNames::kOpeningsInterface};
 const AgentConnection::Service AgentConnection::kProperties{Bus::ServiceNames::kServiceRecords,
                                                             Bus::ServiceNames::kServiceRecordsPath,
                                                             "org.freedesktop.DBus.Properties"};
@@ -77,15 +75,15 @@ void AgentConnection::Subscribe() {
                               "(ss)", [this](GVariant* parameters) { NoteNotification(parameters); });
   const auto ofOpenings = [](const char* member) {
     return SignalRule{.sender = Bus::ServiceNames::kServiceRecords,
-                      .interface = kOpeningsInterface,
+                      .interface = Bus::ServiceNames::kOpeningsInterface,
                       .member = member,
-                      .path = kOpeningsPath};
+                      .path = Bus::ServiceNames::kOpeningsPath};
   };
-  subscriptions_.emplace_back(bus_.get(), ofOpenings("StoresChanged"), "(aa{sv})",
+  subscriptions_.emplace_back(bus_.get(), ofOpenings(Bus::ServiceNames::kStoresChangedSignal), "(aa{sv})",
                               [this](GVariant* /*parameters*/) { observer_.storesChanged(); });
-  subscriptions_.emplace_back(bus_.get(), ofOpenings("Finished"), "(tsaa{sv})", [this](GVariant* parameters) {
-    observer_.openingFinished(Reading::FinishedOpening(parameters));
-  });
+  subscriptions_.emplace_back(
+      bus_.get(), ofOpenings(Bus::ServiceNames::kFinishedSignal), "(tsaa{sv})",
+      [this](GVariant* parameters) { observer_.openingFinished(Reading::FinishedOpening(parameters)); });
 }
 
 void AgentConnection::NoteOwner(GDBusConnection* /*bus*/, const char* /*name*/, const char* /*owner*/,

@@ -2,18 +2,22 @@
 
 #include "Shared/ShownText.h"
 #include "Shared/Translations.h"
+#include "libs/Openings/Outcome.h"
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string_view>
 
 namespace Stores::OutcomeSentences {
 namespace {
 
+using Openings::Outcome;
+
 constexpr std::size_t kMostNamed = 6;
 
 struct Pattern {
-  std::string_view outcome;
+  Outcome outcome;
   const char* ofStore;
   const char* ofFile;
 };
@@ -21,23 +25,28 @@ struct Pattern {
 #define N_(text) text
 
 constexpr std::array kPatterns{
-    Pattern{"added", N_("“{store}” was added."), N_("The stores of “{file}” were added.")},
-    Pattern{"replaced", N_("“{store}” was replaced by what the file describes."),
+    Pattern{Outcome::Added, N_("“{store}” was added."), N_("The stores of “{file}” were added.")},
+    Pattern{Outcome::Replaced, N_("“{store}” was replaced by what the file describes."),
             N_("Stores were replaced by what “{file}” describes.")},
-    Pattern{"declined", N_("“{store}” was not added, because you decided against it."),
+    Pattern{Outcome::Declined, N_("“{store}” was not added, because you decided against it."),
             N_("“{file}” was not opened, because you decided against it.")},
-    Pattern{"server-not-verified", N_("“{store}” was not added, because its server could not be verified."),
+    Pattern{Outcome::ServerNotVerified,
+            N_("“{store}” was not added, because its server could not be verified."),
             N_("No store of “{file}” was added, because no server could be verified.")},
-    Pattern{"not-a-service-record", N_("“{store}” was not added, because its description is not complete."),
+    Pattern{Outcome::NotAServiceRecord,
+            N_("“{store}” was not added, because its description is not complete."),
             N_("“{file}” is not a service record. Open the file that your administrator gave you.")},
-    Pattern{"could-not-ask", N_("“{store}” was not added, because its question could not be shown."),
+    Pattern{Outcome::CouldNotAsk, N_("“{store}” was not added, because its question could not be shown."),
             N_("“{file}” was not opened, because its question could not be shown.")},
-    Pattern{"not-saved", N_("“{store}” could not be saved."),
+    Pattern{Outcome::NotSaved, N_("“{store}” could not be saved."),
             N_("The stores of “{file}” could not be saved.")},
-    Pattern{"ended", N_("“{store}” was not added, because the background service was ended."),
+    Pattern{Outcome::Ended, N_("“{store}” was not added, because the background service was ended."),
             N_("“{file}” was not opened, because the background service was ended.")}};
+static_assert(kPatterns.size() == Openings::kOutcomeNames.size());
 
-const Pattern* PatternFor(std::string_view outcome) {
+// None for a word that only another version of the agent knows.
+const Pattern* PatternFor(std::string_view word) {
+  const std::optional<Outcome> outcome = Openings::OutcomeOf(word);
   const auto* const found =
       std::find_if(kPatterns.begin(), kPatterns.end(),
                    [outcome](const Pattern& pattern) { return pattern.outcome == outcome; });
@@ -60,8 +69,9 @@ std::string OfStore(const StoreOutcome& store) {
   return sentence;
 }
 
-bool IsGoodOutcome(std::string_view outcome) {
-  return outcome == "added" || outcome == "replaced";
+bool IsGoodOutcome(std::string_view word) {
+  const std::optional<Outcome> outcome = Openings::OutcomeOf(word);
+  return outcome == Outcome::Added || outcome == Outcome::Replaced;
 }
 
 std::string OfTheRest(std::size_t count) {
