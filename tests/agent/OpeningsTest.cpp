@@ -1,4 +1,5 @@
 #include "libs/Files/FileDescriptor.h"
+#include "libs/Files/WholeContent.h"
 #include "support/AgentTest.h"
 #include "support/NotificationService.h"
 #include "support/OpeningClient.h"
@@ -183,6 +184,19 @@ TEST_F(OpenedFiles, QuestionsAreAskedOnTheTerminalThatIsHandedOver) {
   EXPECT_THAT(terminal.ReadUntil(kTrustQuestion), HasSubstr("One"));
   terminal.Type("yes\n");
   EXPECT_EQ(client_->Await(id).outcome, "added");
+}
+
+TEST_F(OpenedFiles, ErrorsStandOnThatTerminalBeforeTheCallerHearsOfTheEnd) {
+  AskOnTerminals();
+  Start();
+  PseudoTerminal terminal;
+  const Files::FileDescriptor descriptor = Descriptor(terminal);
+  auto bad = Store("s1", "One");
+  bad.gateways.clear();
+  bad.url = "https://localhost:1/nobody";
+  client_->Await(client_->Open(OpenableFile("a.cr", {bad}), descriptor.Get()));
+  ASSERT_FALSE(Files::WriteAll(descriptor.Get(), "heard").error);
+  EXPECT_THAT(terminal.ReadUntil("heard"), HasSubstr("This server could not be contacted"));
 }
 
 TEST_F(OpenedFiles, WhatIsNoTerminalIsRefused) {

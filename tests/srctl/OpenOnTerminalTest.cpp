@@ -59,6 +59,19 @@ TEST_F(SrctlOnTerminal, AsksThereInsteadOfOnTheDesktopWhenToldTo) {
   EXPECT_EQ(srctl.Wait(), 4);
 }
 
+TEST_F(SrctlOnTerminal, HasTheLastWordWhereTheAgentTellsOfAnError) {
+  auto bad = Store("s1", "One");
+  bad.gateways.clear();
+  bad.url = "https://localhost:1/nobody";
+  file_ = OpenableFile("a.cr", {bad});
+  const termios before = terminal_.Mode();
+  ChildProcess srctl = Open();
+  EXPECT_THAT(terminal_.ReadUntil("srctl: \"One\" (s1) was not added"),
+              HasSubstr("This server could not be contacted"));
+  EXPECT_EQ(srctl.Wait(), 5);
+  EXPECT_EQ(terminal_.Mode().c_lflag, before.c_lflag);
+}
+
 TEST_F(SrctlOnTerminal, CtrlCWithdrawsTheQuestionAndLeavesTheTerminalAsItWas) {
   const termios before = terminal_.Mode();
   ChildProcess srctl = Open();

@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstdint>
 #include <fstream>
+#include <functional>
 #include <future>
 #include <set>
 #include <string>
@@ -44,6 +45,10 @@ constexpr const char* kShowsMessages =
     "details=$(head -c \"$size\"); text=${details##*<key>ErrorMessage</key><string>}\n"
     "echo \"$$ ${text%%<*}\" >event; echo accepted; done";
 
+bool IsGone(pid_t id) {
+  return ::kill(id, 0) != 0 && errno == ESRCH;
+}
+
 class DialogModuleTest : public ::testing::Test {
  protected:
   int AnswerOfProgram(const std::string& script) {
@@ -64,6 +69,29 @@ class DialogModuleTest : public ::testing::Test {
         ("<plist version=\"1.0\"><dict><key>OpeningID</key><integer>" + std::to_string(opening) +
          "</integer><key>ErrorMessage</key><string>" + text + "</string></dict></plist>")
             .c_str());
+  }
+
+  void ShowErrorOn(const PseudoTerminal& terminal, int withdrawal = -1) const {
+    const Files::FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
+    SRUIHost host = module_.Host();
+    host.terminalDescriptor = given.Get();
+    host.withdrawalDescriptor = withdrawal;
+    module_.EntryPointsFor(host)->errorMessage(kMessage);
+  }
+
+  void ExpectWaitingErrorToEnd(const PseudoTerminal& terminal, int withdrawal,
+                               const std::function<void()>& end) {
+    MakeEventPipe();
+    module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never");
+    static_cast<void>(CapturedSyslog::TakeLines());
+    const auto shown = std::async(std::launch::async, [&] { ShowErrorOn(terminal, withdrawal); });
+    const pid_t id = std::stoi(NextEvent());
+
+    end();
+
+    shown.wait();
+    EXPECT_TRUE(IsGone(id));
+    EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty()) << "nobody wants to know any more";
   }
 
   // A named pipe through which the dialog program tells that it has got somewhere.
@@ -116,10 +144,6 @@ class DialogModuleTest : public ::testing::Test {
   LoadedModule module_;
   int event_ = -1;
 };
-
-bool IsGone(pid_t id) {
-  return ::kill(id, 0) != 0 && errno == ESRCH;
-}
 
 // Nothing tells when another thread has reaped a process.
 bool IsGoneSoon(pid_t id) {
@@ -562,19 +586,39 @@ TEST_F(DialogModuleTest, OneOpeningHasAtMost32ErrorMessages) {
   EXPECT_FALSE(HasEvent());
 }
 
-TEST_F(DialogModuleTest, AnErrorMessageKeepsTheTerminalThatItWasGiven) {
+TEST_F(DialogModuleTest, AnErrorMessageStandsOnTheTerminalThatIsGivenOnceTheCallReturns) {
   const PseudoTerminal terminal;
-  MakeEventPipe();
   module_.Bundle().ScriptDialogProgram(
-      "readRequest; readlink /proc/$$/fd/3 >event; echo accepted; read -r never");
-  SRUIHost host = module_.Host();
-  {
-    const Files::FileDescriptor given(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY));
-    host.terminalDescriptor = given.Get();
-    module_.EntryPointsFor(host)->errorMessage(kMessage);
-  }
+      "readRequest; echo $$ >id; readlink /proc/$$/fd/3 >shown; echo accepted; read -r never");
+  static_cast<void>(CapturedSyslog::TakeLines());
 
-  EXPECT_EQ(NextEvent(), terminal.Path() + "\n");
+  ShowErrorOn(terminal);
+
+  EXPECT_EQ(ContentOf(module_.Bundle().File("shown")), terminal.Path() + "\n");
+  EXPECT_TRUE(IsGone(std::stoi(ContentOf(module_.Bundle().File("id")))));
+  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+}
+
+TEST_F(DialogModuleTest, AnErrorMessageThatTheGivenTerminalCannotShowIsLogged) {
+  const PseudoTerminal terminal;
+  module_.Bundle().ScriptDialogProgram("readRequest; echo no display");
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  ShowErrorOn(terminal);
+
+  EXPECT_THAT(CapturedSyslog::TakeLines(),
+              ElementsAre("This error message could not be shown: Bad file: It cannot be read."));
+}
+
+TEST_F(DialogModuleTest, AnErrorMessageThatWaitsForTheGivenTerminalEndsWithTheWithdrawal) {
+  const PseudoTerminal terminal;
+  const Files::FileDescriptor withdrawal(::eventfd(0, EFD_CLOEXEC));
+  ExpectWaitingErrorToEnd(terminal, withdrawal.Get(), [&] { ::eventfd_write(withdrawal.Get(), 1); });
+}
+
+TEST_F(DialogModuleTest, AnErrorMessageThatWaitsForTheGivenTerminalEndsOnTermination) {
+  const PseudoTerminal terminal;
+  ExpectWaitingErrorToEnd(terminal, -1, [this] { module_.RequestTermination(); });
 }
 
 TEST_F(DialogModuleTest, WithoutTheLibraryOfTheViewThereIsNone) {

@@ -13,7 +13,7 @@ class DialogProgram {
  public:
   // Those that may show it, the best one first: the one on that terminal, when one is given; else the one
   // with a window, when there may be a display, and then the one that looks for a terminal itself.
-  [[nodiscard]] static std::vector<DialogProgram> For(int terminal);
+  [[nodiscard]] static std::vector<DialogProgram> For(int terminal = -1);
 
   // Starts it for that request; the interruptions are descriptors that are only polled. Nothing when it
   // cannot be started.

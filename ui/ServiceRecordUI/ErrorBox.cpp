@@ -4,16 +4,12 @@
 #include "ErrorLog.h"
 #include "libs/DialogWire/DialogWire.h"
 
-#include <fcntl.h>
 #include <poll.h>
 
 #include <optional>
 #include <utility>
 
 namespace Dialogs {
-
-ErrorBox::ErrorBox(int terminal, int termination)
-    : terminal_(terminal < 0 ? -1 : ::fcntl(terminal, F_DUPFD_CLOEXEC, 0)), termination_(termination) {}
 
 ErrorBox::Adding ErrorBox::Add(std::string details) {
   const ThreadSafety::MutexLock lock(mutex_);
@@ -49,7 +45,7 @@ bool ErrorBox::IsDone() {
 }
 
 bool ErrorBox::ShowMessages() {
-  for (const DialogProgram& program : DialogProgram::For(terminal_.Get())) {
+  for (const DialogProgram& program : DialogProgram::For()) {
     if (ShowBy(program)) return true;
   }
   return false;

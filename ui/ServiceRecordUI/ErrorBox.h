@@ -1,7 +1,6 @@
 #pragma once
 
 #include "libs/Files/EventFd.h"
-#include "libs/Files/FileDescriptor.h"
 #include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <cstddef>
@@ -20,8 +19,8 @@ class ErrorBox {
   // Very many would bury what they say.
   static constexpr std::size_t kMostMessages = 32;
 
-  // On that terminal when it is open, which may be closed afterwards; `termination` is only polled.
-  ErrorBox(int terminal, int termination);
+  // `termination` is only polled.
+  explicit ErrorBox(int termination) : termination_(termination) {}
 
   enum class Adding { Taken, Full, Closed };
   // `details` is the dictionary of an error dialog.
@@ -45,7 +44,6 @@ class ErrorBox {
   [[nodiscard]] bool IsTerminating() const;
   [[nodiscard]] std::vector<std::string> Close();
 
-  Files::FileDescriptor terminal_;
   int termination_;
   Files::EventFd news_;  // a message has come
   ThreadSafety::Mutex mutex_;

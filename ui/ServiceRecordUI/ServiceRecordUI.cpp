@@ -1,6 +1,7 @@
 #include "DialogConversation.h"
 #include "DialogProgram.h"
 #include "ErrorBoxes.h"
+#include "ErrorLog.h"
 #include "ViewLibrary.h"
 #include "libs/DialogWire/DialogWire.h"
 #include "libs/SRUIProtocol/SRUIProtocol.h"
@@ -41,27 +42,30 @@ bool IsWanted() {
   return !IsTerminating() && !IsReadable(t_context.withdrawal);
 }
 
-// A question that nobody wants answered any more counts as declined.
-int ResultOf(std::optional<Reply> reply) {
-  if (reply == Reply::Accepted) return 1;
-  return reply == Reply::Declined || !IsWanted() ? 0 : SRUI_COULD_NOT_ASK;
+// What the first program replies that can show the dialog; nothing when none can. A dialog that nobody wants
+// any more counts as declined.
+std::optional<Reply> ReplyTo(std::string_view dialog, const char* details) {
+  for (const Dialogs::DialogProgram& program : Dialogs::DialogProgram::For(t_context.terminal)) {
+    std::optional<Dialogs::DialogConversation> conversation = program.Begin(
+        DialogWire::RequestFor(dialog, details), g_terminationDescriptor.load(), t_context.withdrawal);
+    if (!conversation) continue;
+    const std::optional<Reply> reply = conversation->AwaitReply();
+    if (!reply && !IsWanted()) return Reply::Declined;
+    if (reply != Reply::NoDisplay) return reply;
+  }
+  return std::nullopt;
 }
 
 // Nothing may be thrown across the C boundary; whatever goes wrong is no consent.
 int Ask(std::string_view dialog, const char* details) noexcept {
   if (details == nullptr) return SRUI_COULD_NOT_ASK;
   try {
-    for (const Dialogs::DialogProgram& program : Dialogs::DialogProgram::For(t_context.terminal)) {
-      std::optional<Dialogs::DialogConversation> conversation = program.Begin(
-          DialogWire::RequestFor(dialog, details), g_terminationDescriptor.load(), t_context.withdrawal);
-      if (!conversation) continue;
-      const std::optional<Reply> reply = conversation->AwaitReply();
-      if (reply != Reply::NoDisplay) return ResultOf(reply);
-    }
+    const std::optional<Reply> reply = ReplyTo(dialog, details);
+    if (reply == Reply::Accepted) return 1;
+    return reply == Reply::Declined ? 0 : SRUI_COULD_NOT_ASK;
   } catch (...) {
     return SRUI_COULD_NOT_ASK;
   }
-  return SRUI_COULD_NOT_ASK;
 }
 
 int AddStore(const char* details) {
@@ -72,10 +76,17 @@ int ReplaceStore(const char* details) {
   return Ask(DialogWire::kReplaceStore, details);
 }
 
+// Until it stands there: whoever has lent the terminal takes it back once the host has no more to say.
+void PrintOnTerminal(const char* details) {
+  const std::optional<Reply> reply = ReplyTo(DialogWire::kErrorMessage, details);
+  if (reply != Reply::Accepted && IsWanted()) ErrorLog::Write(ErrorLog::kNotShown, details);
+}
+
 void ErrorMessage(const char* details) {
-  if (details == nullptr || IsTerminating()) return;
+  if (details == nullptr || !IsWanted()) return;
   try {
-    Dialogs::ErrorBoxes::Instance().Show(details, t_context.terminal, g_terminationDescriptor.load());
+    if (t_context.terminal >= 0) return PrintOnTerminal(details);
+    Dialogs::ErrorBoxes::Instance().Show(details, g_terminationDescriptor.load());
   } catch (...) {
     return;
   }

@@ -116,6 +116,8 @@ std::int32_t MacIServiceRecordsNotifications::ShowSRErrorDialog(const std::wstri
                                    {"ErrorMessage", util::narrow(message)}};
   Agent::FurtherKeys::AddProblem(details);
   Agent::FurtherKeys::AddOpening(details);
+  // On a terminal it stands behind the other dialogs there.
+  const Agent::BackgroundTasks::UserWait wait(Agent::BackgroundTasks::UserWait::End::InTurn);
   userInterface->errorMessage(PropertyList::Write(details).c_str());
   return kNoAnswer;
 }

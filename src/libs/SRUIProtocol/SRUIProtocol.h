@@ -84,9 +84,10 @@ typedef struct SRUIProtocol {
   int (*replaceStore)(const char* details);
 
   /*
-   * Shows a message and returns without waiting for the user. Keys: ErrorTitle, ErrorMessage. May hold Server
-   * (host[:port] that it is about), ErrorReason (a sentence that says why) and ErrorDetails (for those who
-   * are to help).
+   * Shows a message and returns without waiting for the user; on the host's terminalDescriptor, only once it
+   * stands there, which may be behind another dialog's question. Keys: ErrorTitle, ErrorMessage. May hold
+   * Server (host[:port] that it is about), ErrorReason (a sentence that says why) and ErrorDetails (for those
+   * who are to help).
    */
   void (*errorMessage)(const char* details);
 
