@@ -30,6 +30,12 @@ TEST_F(StoresWindow, ListsTheStores) {
   Reader().WaitFor(Role::ListItem, "Two");
 }
 
+TEST_F(StoresWindow, DescribesAStoreByItsHostAndWhereThisComputerIs) {
+  Reader().WaitUntil("the description", [&] {
+    return Reader().WaitFor(Role::ListItem, "One").description.starts_with("\u2068localhost\u2069, ");
+  });
+}
+
 TEST_F(StoresWindow, ShowsAStoreThatIsAddedWhileItIsOpen) {
   Reader().WaitFor(Role::ListItem, "Two");
   Hold(Store("s3", "Three"));

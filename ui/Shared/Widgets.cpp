@@ -24,6 +24,13 @@ GtkWidget* MakeCaption(const std::string& caption) {
   return label;
 }
 
+void InsertNoHyphensInto(GtkLabel* label) {
+  PangoAttrList* const set = gtk_label_get_attributes(label);
+  const AttributesPtr attributes(set != nullptr ? pango_attr_list_copy(set) : pango_attr_list_new());
+  pango_attr_list_change(attributes.get(), pango_attr_insert_hyphens_new(FALSE));
+  gtk_label_set_attributes(label, attributes.get());
+}
+
 // Each line for itself, so that it begins where its own direction does.
 void AppendLines(GtkBox* box, const std::string& text) {
   std::istringstream lines(text);
@@ -49,10 +56,15 @@ void SetAccessibleDescription(GtkWidget* widget, const std::string& description)
 void Wrap(GtkLabel* label) {
   gtk_label_set_wrap(label, TRUE);
   gtk_label_set_wrap_mode(label, PANGO_WRAP_WORD_CHAR);
-  PangoAttrList* const set = gtk_label_get_attributes(label);
-  const AttributesPtr attributes(set != nullptr ? pango_attr_list_copy(set) : pango_attr_list_new());
-  pango_attr_list_insert(attributes.get(), pango_attr_insert_hyphens_new(FALSE));
-  gtk_label_set_attributes(label, attributes.get());
+  InsertNoHyphensInto(label);
+}
+
+void InsertNoHyphens(GtkWidget* widget) {
+  if (GTK_IS_LABEL(widget)) InsertNoHyphensInto(GTK_LABEL(widget));
+  for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
+       child = gtk_widget_get_next_sibling(child)) {
+    InsertNoHyphens(child);
+  }
 }
 
 GtkWidget* MakeWrappingLabel(const std::string& text) {

@@ -17,6 +17,8 @@ void SetAccessibleDescription(GtkWidget* widget, const std::string& description)
 [[nodiscard]] GtkWidget* MakeWrappingLabel(const std::string& text);
 // Makes such a label of one that stands in an interface.
 void Wrap(GtkLabel* label);
+// Takes their hyphens from all labels that the widget holds.
+void InsertNoHyphens(GtkWidget* widget);
 
 // A row for a boxed list: what the value is, and below it the value.
 [[nodiscard]] GtkWidget* MakePropertyRow(const std::string& caption, const std::string& value);

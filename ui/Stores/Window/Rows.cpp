@@ -8,6 +8,8 @@ void SetTexts(AdwActionRow* row, const std::string& title, const std::string& su
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title.c_str());
   adw_action_row_set_subtitle(row, subtitle.c_str());
   Widgets::SetAccessibleDescription(GTK_WIDGET(row), subtitle);
+  // A host with a hyphen that is not its own is another host.
+  Widgets::InsertNoHyphens(GTK_WIDGET(row));
 }
 
 AdwActionRow* Make(const std::string& title, const std::string& subtitle) {

@@ -49,7 +49,7 @@ class Row {
     GtkWidget* const focused = gtk_widget_get_parent(interface_.Get("row"));
     if (focused != nullptr) {
       Widgets::SetAccessibleName(focused, name);
-      Widgets::SetAccessibleDescription(focused, host + ", " + words.sentence);
+      Widgets::SetAccessibleDescription(focused, ShownText::Isolated(host) + ", " + words.sentence);
     }
     shown_(item_.get());
   }
