@@ -72,6 +72,17 @@ TEST(OutcomeSentences, OfManyStoresCountTheRest) {
   EXPECT_THAT(sentences, HasSubstr("\nThe file has \u206894\u2069 more stores."));
 }
 
+TEST(OutcomeSentences, OfManyFilesThatWereNotOpenedNameTheFirstOnly) {
+  const std::vector<std::string> six(6, "a.cr");
+  const std::string sentences = OutcomeSentences::OfEnded(six);
+  EXPECT_EQ(std::count(sentences.begin(), sentences.end(), '\n'), 5);
+  EXPECT_THAT(sentences, Not(HasSubstr("more")));
+  EXPECT_EQ(OutcomeSentences::OfEnded(std::vector<std::string>(8, "a.cr")),
+            sentences +
+                "\n\u2068"
+                "2\u2069 more files were not opened.");
+}
+
 TEST(OutcomeSentences, TheAddedStoreIsTheFirstThatIsInTheListNow) {
   const Finished finished{
       1,

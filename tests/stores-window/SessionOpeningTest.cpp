@@ -85,6 +85,16 @@ TEST_F(AnOpening, EndsWithTheAgent) {
   EXPECT_EQ(observed_.openingsEnded, 1);
 }
 
+TEST_F(AnOpening, ThatEndsWithTheAgentIsToldOfEachFile) {
+  Open({"/home/me/a.cr", "/home/me/b.cr"});
+  agent_->GiveUpTheNames();
+  ASSERT_TRUE(RunUntilNoticed());
+  EXPECT_EQ(observed_.notices[0].sentences,
+            "“\u2068a.cr\u2069” was not opened, because the background service was ended.\n"
+            "“\u2068b.cr\u2069” was not opened, because the background service was ended.");
+  EXPECT_EQ(observed_.openingsEnded, 1);
+}
+
 TEST_F(AnOpening, ThatTheAgentCannotBeAskedForIsToldWithTheReason) {
   agent_.reset();
   observed_.session.OpenFiles({"/home/me/a.cr"});

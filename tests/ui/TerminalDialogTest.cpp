@@ -190,6 +190,20 @@ TEST_F(TerminalDialogTest, TellsWhyAServerCouldNotBeVerified) {
               HasSubstr("  Not verified\r\n\r\n  The server\r\n  It expired."));
 }
 
+TEST_F(TerminalDialogTest, TheErrorBoxTellsTheServerAndTheFile) {
+  const Dictionary details{{"ErrorTitle", "Not verified"},
+                           {"ErrorMessage", "Ask\nSomebody"},
+                           {"Server", "store.example:8443"},
+                           {"DocumentPath", "/home/me/" + std::string(300, 'd') + "/a\u202E.cr"}};
+  terminal_.SetColumns(1000);
+  module_.EntryPoints().errorMessage(PropertyList::Write(details).c_str());
+
+  EXPECT_THAT(terminal_.ReadUntil(".cr\r\n"), HasSubstr("  Somebody\r\n\r\n"
+                                                        "  Server:      store.example:8443\r\n"
+                                                        "  File:        /home/me/" +
+                                                        std::string(300, 'd') + "/a\uFFFD.cr\r\n"));
+}
+
 TEST_F(TerminalDialogTest, AcceptsYesInEverySpellingThatItOffers) {
   EXPECT_EQ(AnswerTo("y\n"), 1);
   EXPECT_EQ(AnswerTo("YES\n"), 1);

@@ -137,10 +137,9 @@ void Session::NoteOpeningsEnded() {
 
 void Session::NoteAgentWent() {
   if (!openings_.empty()) {
-    const std::string name = ShownText::Name(openings_.begin()->second);
-    openings_.clear();
-    observer_.note({ShownText::Sentence(
-        Translated("“{file}” was not opened, because the background service was ended."), {{"file", name}})});
+    std::vector<std::string> names;
+    for (const auto& [number, name] : std::exchange(openings_, {})) names.push_back(name);
+    observer_.note({OutcomeSentences::OfEnded(names)});
     NoteOpeningsEnded();
   }
   const bool hasStores = overview_.page == Overview::Page::Stores || overview_.page == Overview::Page::Empty;

@@ -59,9 +59,15 @@ std::string AddressLines(std::string_view label, std::string_view pathLabel, con
   return lines;
 }
 
+std::string LineIfThere(std::string_view label, const Dictionary& details, std::string_view key,
+                        std::size_t columns) {
+  const std::string text = Details::Text(details, key);
+  return text.empty() ? std::string() : Line(label, Fit(text, Terminal::kNoLimit), columns);
+}
+
 // The form of a host in which no letter looks like another one, where it is another form.
 std::string ASCIILine(const Dictionary& details, std::string_view key, std::size_t columns) {
-  return details.Find(key) != nullptr ? Line("In ASCII:", ShownWhole(details, key), columns) : std::string();
+  return LineIfThere("In ASCII:", details, key, columns);
 }
 
 std::string WhichServer(const Dictionary& details) {
@@ -148,7 +154,9 @@ std::string ErrorMessage(const Dictionary& details, std::size_t columns) {
                      Terminal::Indented(Details::Text(details, "ErrorMessage"), columns) + "\n";
   const std::string reason = Details::Text(details, "ErrorReason");
   if (!reason.empty()) text += Terminal::Indented(reason, columns) + "\n";
-  return text + "\n";
+  const std::string concerned = LineIfThere("Server:", details, "Server", columns) +
+                                LineIfThere("File:", details, "DocumentPath", columns);
+  return concerned.empty() ? text + "\n" : text + "\n" + concerned + "\n";
 }
 
 }  // namespace Dialogs::Questions

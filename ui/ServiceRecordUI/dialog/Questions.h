@@ -16,7 +16,7 @@ namespace Dialogs::Questions {
 
 [[nodiscard]] std::string ReplaceStore(const PropertyList::Dictionary& details, std::size_t columns);
 
-// Title and message; no question.
+// Title and message, and which server and file it is about; no question.
 [[nodiscard]] std::string ErrorMessage(const PropertyList::Dictionary& details, std::size_t columns);
 
 }  // namespace Dialogs::Questions

@@ -74,25 +74,44 @@ bool IsGoodOutcome(std::string_view word) {
   return outcome == Outcome::Added || outcome == Outcome::Replaced;
 }
 
-std::string OfTheRest(std::size_t count) {
+std::string OfFurtherStores(std::size_t count) {
   return ShownText::Sentence(
       TranslatedCount("The file has {count} more store.", "The file has {count} more stores.",
                       static_cast<unsigned long>(count)),
       {{"count", std::to_string(count)}});
 }
 
+std::string OfFurtherFiles(std::size_t count) {
+  return ShownText::Sentence(
+      TranslatedCount("{count} more file was not opened.", "{count} more files were not opened.",
+                      static_cast<unsigned long>(count)),
+      {{"count", std::to_string(count)}});
+}
+
+// A line for each of the first few items, and one for those that are not named.
+template <class Item, class Line>
+std::string Lines(const std::vector<Item>& items, Line lineOf, std::string (*lineOfFurther)(std::size_t)) {
+  const std::size_t named = std::min(items.size(), kMostNamed);
+  std::string lines;
+  for (std::size_t index = 0; index < named; ++index) {
+    if (index > 0) lines += '\n';
+    lines += lineOf(items[index]);
+  }
+  if (named < items.size()) lines += '\n' + lineOfFurther(items.size() - named);
+  return lines;
+}
+
 }  // namespace
 
 std::string Of(const Finished& finished, const std::string& fileName) {
   if (finished.stores.empty()) return OfFile(finished, fileName);
-  const std::size_t named = std::min(finished.stores.size(), kMostNamed);
-  std::string lines;
-  for (std::size_t index = 0; index < named; ++index) {
-    if (index > 0) lines += '\n';
-    lines += OfStore(finished.stores[index]);
-  }
-  if (named < finished.stores.size()) lines += '\n' + OfTheRest(finished.stores.size() - named);
-  return lines;
+  return Lines(finished.stores, OfStore, OfFurtherStores);
+}
+
+std::string OfEnded(const std::vector<std::string>& fileNames) {
+  const Finished ended{.opening = 0, .outcome = std::string(NameOf(Outcome::Ended)), .stores = {}};
+  return Lines(
+      fileNames, [&](const std::string& name) { return OfFile(ended, name); }, OfFurtherFiles);
 }
 
 std::string AddedStore(const Finished& finished) {

@@ -29,8 +29,6 @@ class StoreDetails {
   void SetItem(StoreItem* item);
   // The same again, after something that the user chose could not be done.
   void Refresh();
-  // Null before the first.
-  [[nodiscard]] StoreItem* Item() const { return item_.get(); }
 
  private:
   void Forget();
