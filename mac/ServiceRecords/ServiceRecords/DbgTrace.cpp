@@ -6,6 +6,7 @@
 #include "libs/Files/UserDefaults.h"
 #include "libs/Lifetime/NoDestructor.h"
 #include "libs/Text/TextHelpers.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <fmt/args.h>
 #include <fmt/printf.h>
@@ -20,8 +21,8 @@ constexpr std::uint64_t kMaximumLogBytes = std::uint64_t{64} << 20;
 
 // Like the stream, they outlive every static object that may trace on its way out.
 Lifetime::NoDestructor<Agent::LogFileBuffer> g_wBuff;
-Lifetime::NoDestructor<std::string> g_logPath;
-bool g_logWasOpened = false;
+Lifetime::NoDestructor<std::string> g_logPath SR_GUARDED_BY(wdbgMutex);
+bool g_logWasOpened SR_GUARDED_BY(wdbgMutex) = false;
 
 // Standard error is the console of a program without a window. A channel that cannot be opened drops what is
 // written to it.
@@ -43,7 +44,7 @@ class LogFile : public Log {
  public:
   std::wstreambuf& File() override { return *g_wBuff; }
   std::wstreambuf& Console() override { return ConsoleChannel(); }
-  void KeepBounded() override {
+  void KeepBounded() override SR_REQUIRES(wdbgMutex) {
     if (wdbg.rdbuf() != &*g_wBuff || g_wBuff->Size() < kMaximumLogBytes) return;
     g_wBuff->BeginAnew(*g_logPath);
     WriteBanner();
@@ -60,7 +61,7 @@ std::string LogFolder() {
 
 void InitLog(const std::string& fileName) {
   static Lifetime::NoDestructor<LogFile> log;
-  const std::lock_guard lock(wdbgMutex);
+  const ThreadSafety::MutexLock lock(wdbgMutex);
   if (!NoTraceOption && !ConsoleOption) {
     static_cast<void>(Files::StandardDirectories::CreateDirectories(LogFolder()));
     *g_logPath = LogFolder() + fileName;
@@ -122,7 +123,7 @@ void CSRLogv(std::uint32_t level, std::string_view format, std::span<const Agent
 void ServiceRecordUpdateLoggingFromPrefs() {
   const bool logging = Files::UserDefaults::Standard().Integer("LogLevel") != 0;
   // Held throughout, so that no other record comes between the last line and the switch.
-  const std::lock_guard lock(trace::wdbgMutex);
+  const ThreadSafety::MutexLock lock(trace::wdbgMutex);
   if (!logging && trace::IsEnabled()) CSRLog(0, "Logging Deactivated");
   trace::VerboseOption = logging;
   trace::NoTraceOption = !logging;

@@ -25,30 +25,36 @@ namespace ThreadSafety {
 // Of a function whose locking is beyond the check.
 #define SR_NO_THREAD_SAFETY_ANALYSIS SR_THREAD_SAFETY(no_thread_safety_analysis)
 
-// A mutex of which the compiler knows; waits on it are those of std::condition_variable_any.
-class SR_CAPABILITY("mutex") Mutex {
+// A mutex of the standard library of which the compiler knows; waits on it are those of
+// std::condition_variable_any.
+template <class StandardMutex>
+class SR_CAPABILITY("mutex") KnownMutex {
  public:
-  Mutex() = default;
-  Mutex(const Mutex&) = delete;
-  Mutex& operator=(const Mutex&) = delete;
+  KnownMutex() = default;
+  KnownMutex(const KnownMutex&) = delete;
+  KnownMutex& operator=(const KnownMutex&) = delete;
 
   void lock() SR_ACQUIRE() { mutex_.lock(); }
   void unlock() SR_RELEASE() { mutex_.unlock(); }
 
  private:
-  std::mutex mutex_;
+  StandardMutex mutex_;
 };
 
-// Holds it as long as it lives.
+using Mutex = KnownMutex<std::mutex>;
+using RecursiveMutex = KnownMutex<std::recursive_mutex>;
+
+// Holds one as long as it lives.
+template <class HeldMutex>
 class SR_SCOPED_CAPABILITY MutexLock {
  public:
-  explicit MutexLock(Mutex& mutex) SR_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
+  explicit MutexLock(HeldMutex& mutex) SR_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
   ~MutexLock() SR_RELEASE() { mutex_.unlock(); }
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
 
  private:
-  Mutex& mutex_;
+  HeldMutex& mutex_;
 };
 
 }  // namespace ThreadSafety

@@ -33,13 +33,13 @@ class NoLog : public Log {
 
 // The stream objects outlive every static object that may trace on its way out.
 Lifetime::NoDestructor<NoLog> g_noLog;
-Log* g_log = &*g_noLog;
+Log* g_log SR_GUARDED_BY(wdbgMutex) = &*g_noLog;
 Lifetime::NoDestructor<nul_buff> g_NullBuff;
 Lifetime::NoDestructor<std::wostream> g_stream(&g_noLog->File());
 
-int g_openRecords = 0;  // a piece of a record may write one in turn
+int g_openRecords SR_GUARDED_BY(wdbgMutex) = 0;  // a piece of a record may write one in turn
 
-void Attach(std::wstreambuf& target) {
+void Attach(std::wstreambuf& target) SR_REQUIRES(wdbgMutex) {
   wdbg.flush();
   wdbg.rdbuf(&target);
   wdbg.clear();
@@ -47,7 +47,7 @@ void Attach(std::wstreambuf& target) {
 
 }  // namespace
 
-std::recursive_mutex wdbgMutex;
+ThreadSafety::RecursiveMutex wdbgMutex;
 std::wostream& wdbg = *g_stream;
 bool NoTraceOption = true;
 bool VerboseOption = false;
@@ -55,12 +55,12 @@ bool ConsoleOption = false;
 
 namespace {
 
-// The rest of this namespace is called under the mutex, which every statement would otherwise take again.
-bool LeadsAnywhere() {
+// These do not take the mutex again, as every statement would.
+bool LeadsAnywhere() SR_REQUIRES(wdbgMutex) {
   return wdbg.rdbuf() != &*g_NullBuff;
 }
 
-bool Switch(bool on) {
+bool Switch(bool on) SR_REQUIRES(wdbgMutex) {
   if (!wdbg.good()) wdbg.clear();  // a write that failed earlier (a full disk) must not silence this record
   const bool before = LeadsAnywhere();
   if (on == before) return before;
@@ -75,7 +75,7 @@ bool Switch(bool on) {
   return before;
 }
 
-void SetLevel(std::wostream& stream, std::uint32_t value) {
+void SetLevel(std::wostream& stream, std::uint32_t value) SR_REQUIRES(wdbgMutex) {
   stream.iword(GetLevelIndex()) = static_cast<long>(value);
   Switch(value != 0 || VerboseOption);
 }
@@ -94,12 +94,12 @@ void LeadTo(Log& log) {
 }
 
 bool IsEnabled() {
-  const std::lock_guard lock(wdbgMutex);
+  const ThreadSafety::MutexLock lock(wdbgMutex);
   return LeadsAnywhere();
 }
 
 bool Enable(bool on) {
-  const std::lock_guard lock(wdbgMutex);
+  const ThreadSafety::MutexLock lock(wdbgMutex);
   return Switch(on);
 }
 
@@ -121,7 +121,7 @@ std::string GetCurrentTime() {
 }
 
 void level::set(std::wostream& stream) const {
-  const std::lock_guard lock(wdbgMutex);
+  const ThreadSafety::MutexLock lock(wdbgMutex);
   SetLevel(stream, value);
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "libs/ThreadSafety/ThreadSafety.h"
+
 #include <cstdint>
-#include <mutex>
 #include <ostream>
 #include <streambuf>
 #include <string>
@@ -24,13 +25,14 @@ struct location {
   std::int32_t line;
 };
 
+extern ThreadSafety::RecursiveMutex wdbgMutex;
 extern std::wostream& wdbg;
-extern std::recursive_mutex wdbgMutex;
 
-// Guarded by wdbgMutex.
-extern bool NoTraceOption;  // true until the preferences turn logging on
-extern bool VerboseOption;  // level 0 is written too
-extern bool ConsoleOption;  // console channel instead of the file; nothing sets it
+// True until the preferences turn logging on; level 0 is written too; console channel instead of the file,
+// which nothing sets.
+extern bool NoTraceOption SR_GUARDED_BY(wdbgMutex);
+extern bool VerboseOption SR_GUARDED_BY(wdbgMutex);
+extern bool ConsoleOption SR_GUARDED_BY(wdbgMutex);
 
 // True while the stream leads anywhere but the null buffer.
 [[nodiscard]] bool IsEnabled();
@@ -51,12 +53,12 @@ class Log {
   [[nodiscard]] virtual std::wstreambuf& File() = 0;
   [[nodiscard]] virtual std::wstreambuf& Console() = 0;
   // Called between two records.
-  virtual void KeepBounded() = 0;
+  virtual void KeepBounded() SR_REQUIRES(wdbgMutex) = 0;
 };
 
 // From now on the stream leads to the log's file, or to its console, or nowhere where the options want that.
-// What was written before is dropped. The caller holds wdbgMutex.
-void LeadTo(Log& log);
+// What was written before is dropped.
+void LeadTo(Log& log) SR_REQUIRES(wdbgMutex);
 
 // Records are written with SR_TRACE only: what is put into the stream directly has to be bytes already.
 // Writes the line prefix: time stamp, thread field, file name and line.
@@ -67,15 +69,15 @@ std::wostream& operator<<(std::wostream& stream, std::string_view utf8);
 std::wostream& operator<<(std::wostream& stream, std::wstring_view text);
 
 // One record: holds the mutex for its whole life and ends the line at its end.
-class Statement {
+class SR_SCOPED_CAPABILITY Statement {
  public:
-  Statement(std::uint32_t level, const char* file, std::int32_t line);
-  ~Statement() { End(); }
+  Statement(std::uint32_t level, const char* file, std::int32_t line) SR_ACQUIRE(wdbgMutex);
+  ~Statement() SR_RELEASE() { End(); }
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
 
   [[nodiscard]] bool Listens() const { return listens_; }
-  void End() {
+  void End() SR_REQUIRES(wdbgMutex) {
     if (listens_) WriteEnd();
   }
 
@@ -87,9 +89,9 @@ class Statement {
   Statement& operator<<(std::uint32_t number) { return *this << std::to_string(number); }
 
  private:
-  void WriteEnd();
+  void WriteEnd() SR_REQUIRES(wdbgMutex);
 
-  const std::lock_guard<std::recursive_mutex> lock_;
+  const ThreadSafety::MutexLock<ThreadSafety::RecursiveMutex> lock_;
   bool listens_ = false;
 };
 
