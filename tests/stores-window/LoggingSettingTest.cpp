@@ -9,6 +9,9 @@
 #include <optional>
 
 namespace Stores {
+
+using namespace Windows;
+
 namespace {
 
 class TheLoggingSetting : public testing::Test {

@@ -8,6 +8,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace Stores {
+
+using namespace Windows;
+
 namespace {
 
 VariantPtr Parsed(const char* text) {

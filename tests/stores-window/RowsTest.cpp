@@ -11,6 +11,8 @@
 
 namespace {
 
+using namespace Windows;
+
 using ::testing::Each;
 using ::testing::SizeIs;
 

@@ -11,10 +11,10 @@
 namespace Stores {
 
 // A connection to a bus of the test's.
-[[nodiscard]] inline ObjectPtr<GDBusConnection> ConnectToBus(const std::string& address) {
+[[nodiscard]] inline Windows::ObjectPtr<GDBusConnection> ConnectToBus(const std::string& address) {
   const int flags =
       G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION;
-  ObjectPtr<GDBusConnection> bus(g_dbus_connection_new_for_address_sync(
+  Windows::ObjectPtr<GDBusConnection> bus(g_dbus_connection_new_for_address_sync(
       address.c_str(), static_cast<GDBusConnectionFlags>(flags), nullptr, nullptr, nullptr));
   if (!bus) throw std::runtime_error("there is no bus at " + address);
   return bus;
@@ -50,7 +50,7 @@ struct ObservedSession {
     return ids;
   }
 
-  ObjectPtr<GDBusConnection> bus;
+  Windows::ObjectPtr<GDBusConnection> bus;
   std::vector<Overview> overviews;
   std::vector<Notice> notices;
   int refusals = 0;

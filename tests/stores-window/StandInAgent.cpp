@@ -6,6 +6,9 @@
 #include <string_view>
 
 namespace Stores {
+
+using namespace Windows;
+
 namespace {
 
 constexpr char kOpeningsPath[] = "/com/morvane/ServiceRecords/Openings";

@@ -42,7 +42,7 @@ class StandInAgent {
   void Emit(const char* receiver, const char* signal, GVariant* parameters);
   void TakeOpening(const char* sender, GVariant* parameters, GDBusMethodInvocation* call);
 
-  ObjectPtr<GDBusConnection> bus_;
+  Windows::ObjectPtr<GDBusConnection> bus_;
   std::vector<std::string> opened_;
   std::string caller_;
   std::vector<GDBusMethodInvocation*> questions_;  // an answer takes each

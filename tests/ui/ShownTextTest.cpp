@@ -6,6 +6,8 @@
 
 namespace {
 
+using namespace Windows;
+
 using ::testing::EndsWith;
 
 TEST(ShownTextTest, CharactersThatNobodySeesAreWrittenOut) {

@@ -16,6 +16,8 @@
 // A client that has GTK and loads the module itself, on a display without a screen.
 namespace {
 
+using namespace Windows;
+
 using PropertyList::Array;
 using PropertyList::Dictionary;
 using ::testing::Contains;

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-namespace ErrorLog {
+namespace Dialogs::ErrorLog {
 namespace {
 
 constexpr std::size_t kLongestLine = 1000;
@@ -30,4 +30,4 @@ void Write(std::string_view reason, const std::string& details) {
                           Terminal::OneLine(Terminal::SingleBlanks(text), kLongestLine));
 }
 
-}  // namespace ErrorLog
+}  // namespace Dialogs::ErrorLog

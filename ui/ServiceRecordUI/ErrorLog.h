@@ -4,7 +4,7 @@
 #include <string_view>
 
 // Error messages that are in no box. Any thread.
-namespace ErrorLog {
+namespace Dialogs::ErrorLog {
 
 inline constexpr std::string_view kTooMany = "Too many error messages are open for this one";
 inline constexpr std::string_view kNotShown = "This error message could not be shown";
@@ -13,4 +13,4 @@ inline constexpr std::string_view kNotShown = "This error message could not be s
 // reason why there is no box.
 void Write(std::string_view reason, const std::string& details);
 
-}  // namespace ErrorLog
+}  // namespace Dialogs::ErrorLog

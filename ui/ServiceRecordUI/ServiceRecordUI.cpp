@@ -79,7 +79,7 @@ int ReplaceStore(const char* details) {
 // Until it stands there: whoever has lent the terminal takes it back once the host has no more to say.
 void PrintOnTerminal(const char* details) {
   const std::optional<Reply> reply = ReplyTo(DialogWire::kErrorMessage, details);
-  if (reply != Reply::Accepted && IsWanted()) ErrorLog::Write(ErrorLog::kNotShown, details);
+  if (reply != Reply::Accepted && IsWanted()) Dialogs::ErrorLog::Write(Dialogs::ErrorLog::kNotShown, details);
 }
 
 void ErrorMessage(const char* details) {

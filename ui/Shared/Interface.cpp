@@ -2,6 +2,8 @@
 
 #include "Shared/Translations.h"
 
+namespace Windows {
+
 Interface::Interface(const char* path) : builder_(gtk_builder_new()) {
   gtk_builder_set_translation_domain(builder_.get(), Translations::kDomain);
   GError* error = nullptr;
@@ -15,3 +17,5 @@ GObject* Interface::Find(const char* id) const {
   if (object == nullptr) g_error("there is no object %s", id);
   return object;
 }
+
+}  // namespace Windows

@@ -3,6 +3,8 @@
 #include "Shared/Gtk.h"
 #include "Shared/Owners.h"
 
+namespace Windows {
+
 // An interface that was designed in a `.ui` file of the program's resources, its texts translated. What is in
 // it lives with it, and windows until they are destroyed.
 class Interface {
@@ -21,3 +23,5 @@ class Interface {
 
   ObjectPtr<GtkBuilder> builder_;
 };
+
+}  // namespace Windows

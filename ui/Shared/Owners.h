@@ -3,6 +3,8 @@
 #include "Shared/Gio.h"
 #include "libs/Lifetime/UniqueHandle.h"
 
+namespace Windows {
+
 // One reference on an object.
 template <class Object>
 using ObjectPtr = Lifetime::UniqueHandle<Object, g_object_unref>;
@@ -17,3 +19,5 @@ template <class Object>
   g_object_ref(object);
   return ObjectPtr<Object>(object);
 }
+
+}  // namespace Windows

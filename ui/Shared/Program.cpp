@@ -3,7 +3,7 @@
 #include "Shared/Gtk.h"
 #include "Shared/Translations.h"
 
-namespace Program {
+namespace Windows::Program {
 
 void Prepare(const char* applicationId, const std::filesystem::path& catalogues) {
   // Without a graphics processor the other renderers take longer to the first frame, and more memory.
@@ -12,4 +12,4 @@ void Prepare(const char* applicationId, const std::filesystem::path& catalogues)
   Translations::LieIn(catalogues, reinterpret_cast<const void*>(&Prepare));
 }
 
-}  // namespace Program
+}  // namespace Windows::Program

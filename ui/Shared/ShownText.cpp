@@ -9,7 +9,7 @@
 #include <array>
 #include <cstdio>
 
-namespace ShownText {
+namespace Windows::ShownText {
 namespace {
 
 constexpr wchar_t kEllipsis = L'\u2026';
@@ -118,4 +118,4 @@ std::string HostOf(std::string_view url) {
   return url.empty() ? std::string() : Whole(Address::SplitURL(url).server);
 }
 
-}  // namespace ShownText
+}  // namespace Windows::ShownText

@@ -5,7 +5,7 @@
 #include <string_view>
 
 // Text that somebody else wrote, made fit for a window (UTF-8). Toolkit-free; any thread.
-namespace ShownText {
+namespace Windows::ShownText {
 
 // What is shown of a name, in characters.
 inline constexpr std::size_t kLongestName = 200;
@@ -37,4 +37,4 @@ struct Place {
 // address.
 [[nodiscard]] std::string HostOf(std::string_view url);
 
-}  // namespace ShownText
+}  // namespace Windows::ShownText

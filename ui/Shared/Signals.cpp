@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace Signals {
+namespace Windows::Signals {
 namespace {
 
 using Action = std::function<void()>;
@@ -76,4 +76,4 @@ void OnSystemSignal(int number, std::function<void()> function) {
                          Release<Action>);
 }
 
-}  // namespace Signals
+}  // namespace Windows::Signals

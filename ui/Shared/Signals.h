@@ -5,7 +5,7 @@
 #include <functional>
 
 // Functions of ours behind the toolkit's signals and sources. All of the thread of the toolkit.
-namespace Signals {
+namespace Windows::Signals {
 
 // Calls the function at each of these signals, until the object goes.
 void Connect(gpointer object, const char* signal, std::function<void()> function);
@@ -21,4 +21,4 @@ void WhenReadable(int descriptor, std::function<bool()> function);
 // Calls it when the signal of the system comes.
 void OnSystemSignal(int number, std::function<void()> function);
 
-}  // namespace Signals
+}  // namespace Windows::Signals

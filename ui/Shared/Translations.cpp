@@ -5,6 +5,8 @@
 
 #include <system_error>
 
+namespace Windows {
+
 namespace Translations {
 
 void LieIn(const std::filesystem::path& folder, const void* code) {
@@ -26,3 +28,5 @@ const char* Translated(const char* text) {
 const char* TranslatedCount(const char* one, const char* several, unsigned long count) {
   return ::dngettext(Translations::kDomain, one, several, count);
 }
+
+}  // namespace Windows

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+namespace Windows {
+
 // The texts of our own windows in the user's language, by gettext.
 namespace Translations {
 
@@ -17,3 +19,5 @@ void LieIn(const std::filesystem::path& folder, const void* code);
 // The text in the user's language, or as it is. The literal is found by xgettext.
 [[nodiscard]] const char* Translated(const char* text);
 [[nodiscard]] const char* TranslatedCount(const char* one, const char* several, unsigned long count);
+
+}  // namespace Windows

@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-namespace Widgets {
+namespace Windows::Widgets {
 namespace {
 
 using AttributesPtr = Lifetime::UniqueHandle<PangoAttrList, pango_attr_list_unref>;
@@ -92,4 +92,4 @@ GtkWidget* MakePropertyRow(const std::string& caption, const std::string& value)
   return row;
 }
 
-}  // namespace Widgets
+}  // namespace Windows::Widgets

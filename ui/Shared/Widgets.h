@@ -5,7 +5,7 @@
 #include <string>
 
 // Pieces of our windows. Texts are shown as they are: what somebody else wrote comes here by ShownText.
-namespace Widgets {
+namespace Windows::Widgets {
 
 // The one name, and the description, by which assistive technologies know the widget.
 void SetAccessibleName(GtkWidget* widget, const std::string& name);
@@ -23,4 +23,4 @@ void InsertNoHyphens(GtkWidget* widget);
 // A row for a boxed list: what the value is, and below it the value.
 [[nodiscard]] GtkWidget* MakePropertyRow(const std::string& caption, const std::string& value);
 
-}  // namespace Widgets
+}  // namespace Windows::Widgets

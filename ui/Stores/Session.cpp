@@ -9,6 +9,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 // The agent announces when it can read the list again, but not when it could save it.

@@ -14,6 +14,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 std::string CheckProgram() {

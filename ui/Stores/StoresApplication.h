@@ -42,8 +42,8 @@ class StoresApplication {
   void NoteOpeningsEnded();
   [[nodiscard]] GSimpleAction* Action(const char* name) const;
 
-  const ObjectPtr<AdwApplication> application_;
-  const ObjectPtr<GCancellable> ended_{g_cancellable_new()};
+  const Windows::ObjectPtr<AdwApplication> application_;
+  const Windows::ObjectPtr<GCancellable> ended_{g_cancellable_new()};
   std::unique_ptr<Session> session_;  // null without a session bus
   std::unique_ptr<StoresWindow> window_;
   const StoreList noStores_;

@@ -3,6 +3,6 @@
 #include "libs/Bus/ServiceNames.h"
 
 int main(int argc, char* argv[]) {
-  Program::Prepare(Bus::ServiceNames::kStoresWindow, SR_CATALOGUES);
+  Windows::Program::Prepare(Bus::ServiceNames::kStoresWindow, SR_CATALOGUES);
   return Stores::StoresApplication().Run(argc, argv);
 }

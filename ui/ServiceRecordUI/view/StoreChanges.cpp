@@ -13,6 +13,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 namespace {
 
 using PropertyList::Dictionary;

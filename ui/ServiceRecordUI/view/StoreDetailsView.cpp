@@ -9,6 +9,9 @@
 #include <optional>
 
 namespace Dialogs {
+
+using namespace Windows;
+
 namespace {
 
 constexpr int kBetweenNameAndRest = 18;

@@ -8,6 +8,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 namespace {
 
 using PropertyList::Dictionary;

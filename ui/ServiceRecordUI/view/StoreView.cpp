@@ -5,6 +5,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 namespace {
 
 constexpr int kBetweenGroups = 18;

@@ -12,6 +12,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 void Conversation::Watch(std::function<void(DialogRequest)> onRequest, std::function<void()> onEnd) {
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) Signals::OnSystemSignal(number, onEnd);
   Signals::WhenReadable(STDIN_FILENO, [onRequest = std::move(onRequest), onEnd = std::move(onEnd)] {

@@ -7,6 +7,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 namespace {
 
 constexpr int kWidth = 480;

@@ -15,7 +15,7 @@ class DialogWindow {
   DialogWindow(const DialogWindow&) = delete;
   DialogWindow& operator=(const DialogWindow&) = delete;
 
-  [[nodiscard]] const Interface& Parts() const { return parts_; }
+  [[nodiscard]] const Windows::Interface& Parts() const { return parts_; }
   template <class Object = GtkWidget>
   [[nodiscard]] Object* Get(const char* id) const {
     return parts_.Get<Object>(id);
@@ -32,7 +32,7 @@ class DialogWindow {
  private:
   void FitHeightWhenLaidOut() const;
 
-  Interface parts_;
+  Windows::Interface parts_;
   GtkWindow* window_;  // of the toolkit until it is destroyed
 };
 

@@ -12,6 +12,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 namespace {
 
 namespace Words = CredentialWire::CredentialWords;

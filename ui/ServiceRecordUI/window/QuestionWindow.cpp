@@ -11,6 +11,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 namespace {
 
 constexpr unsigned kUnansweredMilliseconds = 500;

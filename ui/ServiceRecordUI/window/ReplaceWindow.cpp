@@ -8,6 +8,8 @@
 
 namespace Dialogs {
 
+using namespace Windows;
+
 namespace {
 
 std::string HeadingFor(const std::string& name) {

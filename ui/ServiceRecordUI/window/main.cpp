@@ -14,6 +14,8 @@
 
 namespace {
 
+using namespace Windows;
+
 void Converse(Dialogs::Conversation& conversation) {
   const std::optional<Dialogs::DialogRequest> request = Dialogs::ReadRequest(STDIN_FILENO);
   if (!request) return conversation.Reply(DialogWire::Reply::UnknownRequest);

@@ -9,6 +9,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 // The agent may first have to be started.

@@ -69,9 +69,9 @@ class AgentConnection {
   static void NoteOwner(GDBusConnection* bus, const char* name, const char* owner, gpointer self);
   static void NoteNoOwner(GDBusConnection* bus, const char* name, gpointer self);
 
-  const ObjectPtr<GDBusConnection> bus_;
+  const Windows::ObjectPtr<GDBusConnection> bus_;
   const Observer observer_;
-  const ObjectPtr<GCancellable> gone_{g_cancellable_new()};
+  const Windows::ObjectPtr<GCancellable> gone_{g_cancellable_new()};
   std::vector<SignalSubscription> subscriptions_;
   guint ownerWatch_ = 0;
 };

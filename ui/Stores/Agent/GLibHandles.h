@@ -24,7 +24,7 @@ class Out {
 
 // A copy of a text of GLib, which is given back.
 [[nodiscard]] inline std::string Taken(char* text) {
-  const TextPtr owner(text);
+  const Windows::TextPtr owner(text);
   return owner ? std::string(owner.get()) : std::string();
 }
 

@@ -5,6 +5,9 @@
 #include <memory>
 
 namespace Stores::LoggingSetting {
+
+using namespace Windows;
+
 namespace {
 
 using Done = std::function<void(bool saved)>;

@@ -6,6 +6,9 @@
 #include <string_view>
 
 namespace Stores::Reading {
+
+using namespace Windows;
+
 namespace {
 
 std::string TextOf(GVariant* dictionary, const char* key) {

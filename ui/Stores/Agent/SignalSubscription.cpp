@@ -4,6 +4,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 struct SignalSubscription::State {
   ObjectPtr<GDBusConnection> bus;
   const char* type;

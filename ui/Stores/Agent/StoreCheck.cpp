@@ -6,6 +6,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 bool IsCancelled(const ErrorPtr& error) {

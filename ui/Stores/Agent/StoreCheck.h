@@ -43,16 +43,16 @@ class StoreCheck {
   StoreCheck& operator=(const StoreCheck&) = delete;
 
  private:
-  StoreCheck(ObjectPtr<GSubprocess> process, Observer observer);
+  StoreCheck(Windows::ObjectPtr<GSubprocess> process, Observer observer);
 
   void ReadLine();
   static void TakeLine(GObject* stream, GAsyncResult* result, gpointer self);
   static void TakeEnd(GObject* process, GAsyncResult* result, gpointer self);
 
   const Observer observer_;
-  const ObjectPtr<GCancellable> gone_{g_cancellable_new()};
-  const ObjectPtr<GSubprocess> process_;
-  const ObjectPtr<GDataInputStream> output_;
+  const Windows::ObjectPtr<GCancellable> gone_{g_cancellable_new()};
+  const Windows::ObjectPtr<GSubprocess> process_;
+  const Windows::ObjectPtr<GDataInputStream> output_;
   bool foundSomething_ = false;
 };
 

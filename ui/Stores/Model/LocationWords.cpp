@@ -4,6 +4,8 @@
 
 namespace Stores::LocationWords {
 
+using namespace Windows;
+
 Words Of(std::uint64_t location) {
   switch (location) {
     case 0:

@@ -10,6 +10,9 @@
 #include <string_view>
 
 namespace Stores::OutcomeSentences {
+
+using namespace Windows;
+
 namespace {
 
 using Openings::Outcome;

@@ -4,6 +4,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 struct Content {

@@ -11,7 +11,7 @@ namespace Stores {
 // thread of the main context.
 G_DECLARE_FINAL_TYPE(StoreItem, store_item, SR, STORE_ITEM, GObject)
 
-[[nodiscard]] ObjectPtr<StoreItem> MakeStoreItem(const Store& store);
+[[nodiscard]] Windows::ObjectPtr<StoreItem> MakeStoreItem(const Store& store);
 [[nodiscard]] const Store& StoreOf(StoreItem* item);
 // Nothing while the agent has not told it.
 [[nodiscard]] const std::optional<Location>& LocationOf(StoreItem* item);

@@ -8,6 +8,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 std::string SortKey(const Store& store) {

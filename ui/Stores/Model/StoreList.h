@@ -29,12 +29,12 @@ class StoreList {
   [[nodiscard]] StoreItem* At(guint position) const;
 
  private:
-  using Items = std::vector<ObjectPtr<StoreItem>>;
+  using Items = std::vector<Windows::ObjectPtr<StoreItem>>;
 
   [[nodiscard]] Items InOrder(const std::vector<Store>& stores) const;
   void Replace(const Items& items);
 
-  const ObjectPtr<GListStore> items_;
+  const Windows::ObjectPtr<GListStore> items_;
 };
 
 }  // namespace Stores

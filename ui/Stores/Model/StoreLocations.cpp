@@ -5,6 +5,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 StoreLocations::StoreLocations(const StoreList& stores, Ask ask) : stores_(stores), ask_(std::move(ask)) {}
 
 void StoreLocations::Want(StoreItem* item) const {

@@ -11,6 +11,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 std::string NameOf(const std::string& check) {

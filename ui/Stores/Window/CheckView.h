@@ -14,7 +14,7 @@ namespace Stores {
 class CheckView {
  public:
   // `interface`: of the details, which outlives this object. `program`: the path of srctl.
-  CheckView(const Interface& interface, std::string program);
+  CheckView(const Windows::Interface& interface, std::string program);
 
   // Forgets what was found about another store.
   void SetStore(const std::string& id);

@@ -6,6 +6,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 using Chosen = std::function<void(const std::vector<std::string>& paths)>;

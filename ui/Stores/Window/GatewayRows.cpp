@@ -9,6 +9,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 bool IsSame(const Gateway& left, const Gateway& right) {

@@ -9,6 +9,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 // The toolkit gives its own buttons their name twice.

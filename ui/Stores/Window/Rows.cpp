@@ -4,6 +4,8 @@
 
 namespace Stores::Rows {
 
+using namespace Windows;
+
 void SetTexts(AdwActionRow* row, const std::string& title, const std::string& subtitle) {
   adw_preferences_row_set_title(ADW_PREFERENCES_ROW(row), title.c_str());
   adw_action_row_set_subtitle(row, subtitle.c_str());

@@ -7,6 +7,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 StoreDetails::StoreDetails(const Parts& parts)
     : gateways_(interface_.Get<AdwPreferencesGroup>("gateways"),
                 [this, choose = parts.chooseGateway](const std::string& gatewayName) {

@@ -35,10 +35,10 @@ class StoreDetails {
   void Show();
   void ShowLocation();
 
-  const Interface interface_{"/com/morvane/ServiceRecords/Stores/store-details.ui"};
+  const Windows::Interface interface_{"/com/morvane/ServiceRecords/Stores/store-details.ui"};
   GatewayRows gateways_;
   CheckView check_;
-  ObjectPtr<StoreItem> item_;
+  Windows::ObjectPtr<StoreItem> item_;
   gulong changed_ = 0;
 };
 

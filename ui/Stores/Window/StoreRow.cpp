@@ -7,6 +7,9 @@
 #include "Window/SignalArguments.h"
 
 namespace Stores::StoreRow {
+
+using namespace Windows;
+
 namespace {
 
 constexpr char kRowKey[] = "servicerecords-row";

@@ -11,6 +11,8 @@
 
 namespace Stores {
 
+using namespace Windows;
+
 namespace {
 
 std::string WithoutCase(const std::string& text) {

@@ -56,11 +56,11 @@ class StoresWindow {
   void ShowListPage();
   [[nodiscard]] bool Matches(StoreItem* item) const;
 
-  const Interface interface_{"/com/morvane/ServiceRecords/Stores/stores-window.ui"};
+  const Windows::Interface interface_{"/com/morvane/ServiceRecords/Stores/stores-window.ui"};
   const Parts parts_;
   StoreDetails details_;
-  ObjectPtr<GtkFilter> filter_;
-  ObjectPtr<GtkSingleSelection> selection_;
+  Windows::ObjectPtr<GtkFilter> filter_;
+  Windows::ObjectPtr<GtkSingleSelection> selection_;
   std::string searched_;  // without letter case
 };
 
