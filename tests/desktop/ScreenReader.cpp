@@ -31,6 +31,12 @@ std::string AddressOfAccessibilityBus(const std::string& sessionBus) {
   return address;
 }
 
+// Newer releases of the toolkit tell an alert from another dialog.
+Role RoleOf(std::uint32_t number) {
+  constexpr std::uint32_t kAlert = 2;
+  return number == kAlert ? Role::Dialog : static_cast<Role>(number);
+}
+
 void SkipToText(sd_bus_message* properties, Control& control) {
   const char* property = nullptr;
   if (sd_bus_message_read(properties, "s", &property) < 0) return;
@@ -128,7 +134,7 @@ bool ScreenReader::Describe(const Place& place, Control& control) {
   if (!role || !states || !texts || sd_bus_message_read(role.get(), "u", &number) < 0) return false;
   control.program = place.first;
   control.path = place.second;
-  control.role = static_cast<Role>(number);
+  control.role = RoleOf(number);
   control.states = ReadStates(states.get());
   ReadTexts(texts.get(), control);
   return true;
