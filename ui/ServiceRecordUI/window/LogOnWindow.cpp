@@ -33,10 +33,11 @@ void KeepSecret(GtkEditable* row) {
   gtk_text_set_buffer(GTK_TEXT(gtk_editable_get_delegate(row)), buffer.get());
 }
 
-// The field is what has the focus, so it has the name.
+// The field is what has the focus, so it has the name. The row holds its title twice and would be named so.
 void NameField(GtkWidget* row) {
   GtkEditable* const field = gtk_editable_get_delegate(GTK_EDITABLE(row));
-  Widgets::SetAccessibleName(GTK_WIDGET(field), adw_preferences_row_get_title(ADW_PREFERENCES_ROW(row)));
+  const char* const title = adw_preferences_row_get_title(ADW_PREFERENCES_ROW(row));
+  for (GtkWidget* const named : {row, GTK_WIDGET(field)}) Widgets::SetAccessibleName(named, title);
 }
 
 // An icon that can be pressed is known by its tooltip.

@@ -86,8 +86,10 @@ void StoresWindow::Present() {
 void StoresWindow::NameControls() {
   Widgets::SetAccessibleName(interface_.Get("back"), Translated("Back"));
   Widgets::SetAccessibleName(interface_.Get("add"), Translated("Add from file"));
-  // The button is a part of the toolkit's, which is nothing by itself.
-  Widgets::SetAccessibleName(gtk_widget_get_first_child(interface_.Get("menuButton")), Translated("Menu"));
+  // The button is a part of the toolkit's, which has its own name in some releases and that part's in others.
+  GtkWidget* const menu = interface_.Get("menuButton");
+  for (GtkWidget* const named : {menu, gtk_widget_get_first_child(menu)})
+    Widgets::SetAccessibleName(named, Translated("Menu"));
   Widgets::SetAccessibleName(interface_.Get("list"), Translated("Stores"));
   Widgets::SetAccessibleName(interface_.Get("search"), Translated("Search stores"));
   Widgets::SetAccessibleName(interface_.Get("loading"), Translated("Asking for your stores"));
