@@ -28,6 +28,8 @@ namespace {
 std::vector<std::string> Resolve(const std::string& host) {
   if (host == "store.example" || host == "stores.example" || host == "xn--mnchen-3ya.example")
     return {"127.0.0.1"};
+  if (host == "second.example") return {"127.0.0.2", "127.0.0.1"};
+  if (host == "both.example") return {"::1", "127.0.0.1"};
   return {};
 }
 
@@ -88,6 +90,17 @@ TEST(ProbeRound, TheNameIsThatOfTheBeaconWhereverItResolvesTo) {
   EXPECT_EQ(Ask(At(server.Port(), "https://store.example")).answer, ProbeAnswer::SomebodyElse);
 }
 
+// At its first address nobody listens.
+TEST(ProbeRound, ThePeerIsTheAddressThatWasConnected) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("wrong-host"));
+  for (const char* host : {"https://second.example", "https://both.example"}) {
+    const ProbeOutcome outcome = Ask(At(server.Port(), host));
+    EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse) << host;
+    EXPECT_EQ(outcome.peer, "127.0.0.1") << host;
+    EXPECT_THAT(outcome.heardFrom, testing::ElementsAre("127.0.0.1")) << host;
+  }
+}
+
 TEST(ProbeRound, ABrokenChainIsNoAnswerAndNeverAPortal) {
   for (const char* certificate : {"expired", "unknown-issuer"}) {
     const WebServer server(TrustedAuthority().TlsServerBlock(certificate));
@@ -98,7 +111,9 @@ TEST(ProbeRound, ABrokenChainIsNoAnswerAndNeverAPortal) {
 
 TEST(ProbeRound, APlainServerUnderASecureURLIsNoAnswer) {
   const WebServer server(ServerBlock("", ""));
-  EXPECT_EQ(Ask(server.Address("https")).answer, ProbeAnswer::None);
+  const ProbeOutcome outcome = Ask(server.Address("https"));
+  EXPECT_EQ(outcome.answer, ProbeAnswer::None);
+  EXPECT_THAT(outcome.heardFrom, testing::ElementsAre("127.0.0.1"));
 }
 
 TEST(ProbeRound, AnyPlainAnswerBelow500Counts) {

@@ -78,10 +78,12 @@ void BeaconTransfer::SetTrust() {
   curl_easy_setopt(handle, CURLOPT_SSL_SESSIONID_CACHE, 0L);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, PrepareContext);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+  sockets_.Watch(handle);
 }
 
 CURLcode BeaconTransfer::PrepareContext(CURL* /*transfer*/, void* context, void* self) {
   auto& transfer = *static_cast<BeaconTransfer*>(self);
+  transfer.sockets_.NoteConnected();
   return transfer.trust_.Prepare(context) ? CURLE_OK : CURLE_SSL_CACERT_BADFILE;
 }
 
@@ -105,6 +107,7 @@ long BeaconTransfer::Status() const {
 }
 
 std::string BeaconTransfer::Peer() const {
+  if (secure_) return sockets_.ConnectedAddress();
   const char* address = nullptr;
   curl_easy_getinfo(transfer_.get(), CURLINFO_PRIMARY_IP, &address);
   return address == nullptr ? std::string() : std::string(address);

@@ -2,6 +2,7 @@
 
 #include "libs/Wayfinder/Probing/CurlHandles.h"
 #include "libs/Wayfinder/Probing/ProbeOutcome.h"
+#include "libs/Wayfinder/Probing/TriedSockets.h"
 
 #include <chrono>
 #include <cstddef>
@@ -61,6 +62,7 @@ class BeaconTransfer {
   std::size_t headBytes_ = 0;
   bool bodyBegan_ = false;
   WFCurlListPtr addresses_;
+  TriedSockets sockets_;
   WFCurlEasyPtr transfer_;
 };
 
