@@ -72,12 +72,15 @@ bool IsSameHost(const std::string& one, const std::string& other) {
   return left.size() == right.size() && curl_strequal(left.c_str(), right.c_str()) != 0;
 }
 
-// Whether libcurl has read our scheme and port, this host and no user. It would look up a percent sign that
-// is left in a host as "%25".
+bool HoldsPercentSign(const std::string& host) {
+  return host.find('%') != std::string::npos;
+}
+
+// Whether libcurl has read our scheme and port, this host and no user.
 bool ReadsSame(CURLU& url, const SplitURL& own, const std::string& host) {
   const bool hasUser = Part(url, CURLUPART_USER) || Part(url, CURLUPART_PASSWORD);
   const std::string port = own.port.empty() ? own.DefaultPort() : own.port;
-  return !hasUser && host.find('%') == std::string::npos && Part(url, CURLUPART_SCHEME) == own.protocol &&
+  return !hasUser && !HoldsPercentSign(host) && Part(url, CURLUPART_SCHEME) == own.protocol &&
          Part(url, CURLUPART_PORT, CURLU_DEFAULT_PORT) == port &&
          IsSameHost(Part(url, CURLUPART_HOST).value_or(""), host) && !Part(url, CURLUPART_ZONEID);
 }
@@ -87,12 +90,15 @@ bool ReadsSame(CURLU& url, const SplitURL& own, const std::string& host) {
 SendingForm FormForSending(const SplitURL& own, const std::string& url) {
   // The C interface below would read only the part before it.
   if (url.find('\0') != std::string::npos) return {Reading::Other, {}};
+  // Some releases of libcurl would look up one that is left in a host as "%25", for others it is no host.
+  const std::string shown = Decoded(own.server);
+  if (HoldsPercentSign(shown)) return {Reading::Other, {}};
   const util::UTF8Thread utf8;
   const CurlUrlPtr read = Parse(WithEncodedBlanks(url), CURLU_URLENCODE | CURLU_PATH_AS_IS);
   std::optional<std::string> text = read ? AsciiText(*read) : std::nullopt;
   if (!text) return {};
   const std::string host = Part(*read, CURLUPART_HOST, CURLU_PUNYCODE).value_or("");
-  if (!ReadsSame(*read, own, Decoded(own.server))) return {Reading::Other, {}};
+  if (!ReadsSame(*read, own, shown)) return {Reading::Other, {}};
   // What libcurl is given it reads anew, and the ASCII form of a name may hold what ends a host.
   const CurlUrlPtr readAgain = Parse(*text, CURLU_PATH_AS_IS);
   if (!readAgain || !ReadsSame(*readAgain, own, host)) return {Reading::Other, {}};
