@@ -202,6 +202,7 @@ TEST_F(NotificationsTest, TheTrustDialogNamesTheHostsInBothForms) {
   EXPECT_EQ(*details.Find("StoreHost"), PropertyList::Value("m\u00FCnchen.example"));
   EXPECT_EQ(*details.Find("StoreHostASCII"), PropertyList::Value("xn--mnchen-3ya.example"));
   EXPECT_EQ(*details.Find("VerifiedHost"), PropertyList::Value("m\u00FCnchen.example"));
+  EXPECT_EQ(*details.Find("VerifiedHostASCII"), PropertyList::Value("xn--mnchen-3ya.example"));
   EXPECT_EQ(*details.Find("VerifiedServer"), PropertyList::Value("gateway"));
 }
 
@@ -210,6 +211,7 @@ TEST_F(NotificationsTest, AHostThatIsAsciiIsNamedOnce) {
   ShowTrustDialog({L"", L""}, {});
   EXPECT_EQ(*Details().Find("StoreHost"), PropertyList::Value("store.example.com"));
   EXPECT_EQ(Details().Find("StoreHostASCII"), nullptr);
+  EXPECT_EQ(Details().Find("VerifiedHostASCII"), nullptr);
   EXPECT_EQ(*Details().Find("VerifiedServer"), PropertyList::Value("store"));
 }
 

@@ -16,10 +16,10 @@ using ServiceRecords::SRStore;
 namespace Agent::FurtherKeys {
 namespace {
 
-void AddHost(Dictionary& details, const std::string& storeURL) {
-  const ServerLabel server(storeURL);
-  details.Set("StoreHost", server.host);
-  if (server.asciiHost != server.host) details.Set("StoreHostASCII", server.asciiHost);
+void AddHost(Dictionary& details, const std::string& key, const std::string& url) {
+  const ServerLabel server(url);
+  details.Set(key, server.host);
+  if (server.asciiHost != server.host) details.Set(key + "ASCII", server.asciiHost);
 }
 
 void AddBeacons(Dictionary& details, const char* key, const std::list<ServiceRecords::SRBeacon>& beacons) {
@@ -32,7 +32,7 @@ Dictionary Record(const SRStore& store) {
   const Dictionary served = StoreDictionary(store, BeaconKeys::Omitted);
   Dictionary record{{"StoreName", util::narrow(store.GetStoreName())},
                     {"StoreURL", util::narrow(store.GetStoreURL())}};
-  AddHost(record, util::narrow(store.GetStoreURL()));
+  AddHost(record, "StoreHost", util::narrow(store.GetStoreURL()));
   if (const auto* gateways = served.Find("StoreGateways")) record.Set("StoreGateways", *gateways);
   AddBeacons(record, "InternalBeacons", store.Beacons(ServiceRecords::BeaconType::Internal));
   AddBeacons(record, "ExternalBeacons", store.Beacons(ServiceRecords::BeaconType::External));
@@ -55,8 +55,8 @@ void AddOpening(Dictionary& details) {
 void AddTrust(Dictionary& details, const std::wstring& storeURL) {
   const auto* const verified = DialogSubject::OfThisThread<ServiceRecords::VerifiedServer>();
   if (verified == nullptr) return;
-  AddHost(details, util::narrow(storeURL));
-  details.Set("VerifiedHost", ServerLabel(util::narrow(verified->url)).host);
+  AddHost(details, "StoreHost", util::narrow(storeURL));
+  AddHost(details, "VerifiedHost", util::narrow(verified->url));
   details.Set("VerifiedServer", verified->isGateway ? "gateway" : "store");
 }
 

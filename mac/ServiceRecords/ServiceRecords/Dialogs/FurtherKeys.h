@@ -10,7 +10,7 @@ namespace Agent::FurtherKeys {
 
 // OpeningID, DocumentPath.
 void AddOpening(PropertyList::Dictionary& details);
-// StoreHost, StoreHostASCII, VerifiedHost, VerifiedServer.
+// StoreHost, VerifiedHost, and each with ASCII behind it where that differs; VerifiedServer.
 void AddTrust(PropertyList::Dictionary& details, const std::wstring& storeURL);
 // HeldStore, NewStore.
 void AddReplacement(PropertyList::Dictionary& details);
