@@ -1,5 +1,6 @@
 #include "agent/InterfaceDescription.h"
 #include "support/AgentTest.h"
+#include "support/TestFiles.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -124,6 +125,29 @@ TEST_F(ServiceCalls, AnEmptyStoreIsRefusedEvenWhenTheFileHasOne) {
   EXPECT_EQ(Call("setDefaultGatewayForStoreIDTo", {"", "GW"}), false);
   EXPECT_EQ(Call("setDefaultGatewayForStoreURLTo", {"", "GW"}), false);
   EXPECT_EQ(Call("allStores")[0]["StoreGateways"][0]["IsDefault"], false);
+}
+
+TEST_F(ServiceCalls, TheMachinesFileNeitherChoosesAGatewayNorIsWritten) {
+  using PropertyList::Dictionary;
+  const auto choice = [](const char* gateway) {
+    return PropertyList::Write(Dictionary{{"SR", Dictionary{{"UserSelectedGatewayName", gateway}}}});
+  };
+  agent_.Terminate();
+  const std::filesystem::path machine = agent_.Write("etc/Morvane/ServiceRecords.plist", choice("Branch"));
+  const auto lastWritten = std::filesystem::last_write_time(machine);
+  for (const auto& [ofUser, gateway] : {std::pair("", "Head Office"), {"Branch", "Branch"}}) {
+    SCOPED_TRACE(ofUser);
+    std::filesystem::create_directories(agent_.StoresFile().parent_path());
+    std::ofstream(agent_.StoresFile()) << choice(ofUser);
+    agent_.Start();
+    Discover({Store("s1", "One")});
+    EXPECT_EQ(agent_.Bus().Beacons("getCurrentGatewayForStore", {Store("s1", "").url})["GatewayName"],
+              gateway);
+    EXPECT_EQ(Call("deleteStore", {"s1"}), true);
+    EXPECT_EQ(agent_.Terminate(), 0);
+    EXPECT_EQ(TestSupport::ReadFile(machine), choice("Branch"));
+    EXPECT_EQ(std::filesystem::last_write_time(machine), lastWritten);
+  }
 }
 
 TEST_F(ServiceCalls, ADeletedStoreIsGoneFromTheListAndTheFile) {
