@@ -425,6 +425,17 @@ TEST_F(Notices, SeveralStoresAreToldTogether) {
   EXPECT_EQ(desktop_.Shown()[0].summary, "2 stores were added or updated");
 }
 
+TEST_F(Notices, ANameHidesNothingAndEndsSomewhere) {
+  Start();
+  client_->OpenAndAwait(OpenableFile("a.cr", {Store("s1", "One\u202E\u200Beno")}));
+  client_->OpenAndAwait(OpenableFile("b.cr", {Store("s2", std::string(300, 'x'))}));
+  client_->OpenAndAwait(OpenableFile("c.cr", {Store("s3", "\u05D0")}));
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 3; }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "One<U+202E><U+200B>eno was added");
+  EXPECT_EQ(desktop_.Shown()[1].summary, "\u2068" + std::string(200, 'x') + "\u2026\u2069 was added");
+  EXPECT_EQ(desktop_.Shown()[2].summary, "\u2068\u05D0\u2069 was added");
+}
+
 TEST_F(Notices, AFileAboutWhichNobodyCouldBeAskedIsToldAndLoggedOnce) {
   agent_.Answer("addStore", "no display");
   auto agent = agent_.Run({}, {.captureErrors = true});

@@ -6,8 +6,6 @@
 #include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace Windows::ShownText {
 namespace {
@@ -15,20 +13,6 @@ namespace {
 constexpr wchar_t kEllipsis = L'\u2026';
 constexpr std::string_view kFirstStrongIsolate = "\u2068";
 constexpr std::string_view kPopDirectionalIsolate = "\u2069";
-
-std::string CodeOf(wchar_t character) {
-  std::array<char, 16> code{};
-  std::snprintf(code.data(), code.size(), "<U+%04X>", static_cast<unsigned>(character));
-  return code.data();
-}
-
-std::string WithHiddenShown(std::wstring_view text) {
-  std::string shown;
-  for (const wchar_t character : text) {
-    shown += util::IsHidden(character) ? CodeOf(character) : util::narrow({&character, 1});
-  }
-  return shown;
-}
 
 bool IsBlank(wchar_t character) {
   return Terminal::SingleBlanks(util::narrow({&character, 1})).empty();
@@ -54,14 +38,14 @@ const Place* PlaceAt(std::string_view pattern, std::initializer_list<Place> plac
 }  // namespace
 
 std::string Whole(std::string_view foreign) {
-  return WithHiddenShown(util::widen(Terminal::SingleBlanks(foreign)));
+  return util::WithHiddenShown(util::widen(Terminal::SingleBlanks(foreign)));
 }
 
 std::string Name(std::string_view foreign) {
   std::wstring text = util::widen(Terminal::SingleBlanks(foreign));
   const bool isLong = text.size() > kLongestName;
   if (isLong) text.resize(kLongestName);
-  std::string shown = WithHiddenShown(text);
+  std::string shown = util::WithHiddenShown(text);
   if (isLong) shown += util::narrow({&kEllipsis, 1});
   return shown;
 }
@@ -70,7 +54,7 @@ std::string Exact(std::string_view foreign) {
   const std::wstring text = util::widen(foreign);
   std::string shown;
   for (std::size_t index = 0; index < text.size(); ++index) {
-    shown += StandsForItself(text, index) ? util::narrow({&text[index], 1}) : CodeOf(text[index]);
+    shown += StandsForItself(text, index) ? util::narrow({&text[index], 1}) : util::CodeOf(text[index]);
   }
   return shown;
 }

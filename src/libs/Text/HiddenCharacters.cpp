@@ -1,7 +1,10 @@
 #include "libs/Text/HiddenCharacters.h"
 
+#include "libs/Text/TextHelpers.h"
+
 #include <algorithm>
 #include <array>
+#include <cstdio>
 
 namespace util {
 namespace {
@@ -24,6 +27,20 @@ bool IsHidden(wchar_t character) {
   return std::any_of(kHidden.begin(), kHidden.end(), [character](const Range& range) {
     return character >= range.first && character <= range.last;
   });
+}
+
+std::string CodeOf(wchar_t character) {
+  std::array<char, 16> code{};
+  std::snprintf(code.data(), code.size(), "<U+%04X>", static_cast<unsigned>(character));
+  return code.data();
+}
+
+std::string WithHiddenShown(std::wstring_view text) {
+  std::string shown;
+  for (const wchar_t character : text) {
+    shown += IsHidden(character) ? CodeOf(character) : narrow({&character, 1});
+  }
+  return shown;
 }
 
 }  // namespace util

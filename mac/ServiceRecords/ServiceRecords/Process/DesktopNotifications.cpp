@@ -3,6 +3,7 @@
 #include "SRLib/Platform/Messages.h"
 #include "libs/Bus/BusText.h"
 #include "libs/Bus/ServiceNames.h"
+#include "libs/Text/HiddenCharacters.h"
 #include "libs/Text/LogText.h"
 #include "libs/Text/TextHelpers.h"
 
@@ -21,12 +22,17 @@ constexpr Bus::Service kService{kInterface, "/org/freedesktop/Notifications", kI
 constexpr Bus::Service kWindow{Bus::ServiceNames::kStoresWindow, Bus::ServiceNames::kStoresWindowPath,
                                Bus::ServiceNames::kApplicationInterface};
 constexpr std::int32_t kAsLongAsTheServiceLikes = -1;
+constexpr std::size_t kLongestName = 200;  // in characters
 
-// A foreign name in a sentence of ours: on one line, and with no say in the direction of the rest.
+// A foreign name in a sentence of ours: on one line, with nothing hidden in it, and with no say in the
+// direction of the rest.
 std::string Isolated(const std::string& name) {
   constexpr char kFirstStrongIsolate[] = "\u2068";
   constexpr char kPopDirectionalIsolate[] = "\u2069";
-  const std::string line = util::LogText::Line(name);
+  constexpr char kEllipsis[] = "\u2026";
+  const std::wstring text = util::widen(util::LogText::Line(name));
+  std::string line = util::WithHiddenShown(std::wstring_view(text).substr(0, kLongestName));
+  if (text.size() > kLongestName) line += kEllipsis;
   const bool isPlain =
       std::ranges::all_of(line, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
   return isPlain ? line : kFirstStrongIsolate + line + kPopDirectionalIsolate;
