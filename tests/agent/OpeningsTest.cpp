@@ -444,7 +444,7 @@ TEST_F(Notices, AFileAboutWhichNobodyCouldBeAskedIsToldAndLoggedOnce) {
   agent_.Bus().OpenFiles({agent_.URI(file)});
   ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
   EXPECT_EQ(desktop_.Shown()[0].summary, "Stores.cr was not opened");
-  EXPECT_THAT(desktop_.Shown()[0].body, HasSubstr("neither a desktop nor a terminal"));
+  EXPECT_THAT(desktop_.Shown()[0].body, HasSubstr("srctl doctor"));
   EXPECT_THAT(desktop_.Shown()[0].actions, IsEmpty());
   agent.Signal(SIGTERM);
   EXPECT_EQ(agent.Wait(), 0);

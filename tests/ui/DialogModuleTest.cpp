@@ -16,6 +16,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -354,12 +355,30 @@ TEST_F(DialogModuleTest, ATerminalIsLookedForWhenThereIsNoDisplayAfterAll) {
   EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
 }
 
-TEST_F(DialogModuleTest, AWindowThatBreaksIsNotFollowedByAnotherQuestion) {
+TEST_F(DialogModuleTest, ATerminalIsLookedForWhenTheWindowBreaks) {
   const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
-  module_.Bundle().ScriptWindowProgram("readRequest; exit 1");
+  module_.Bundle().ScriptWindowProgram("exit 127");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
+
+  EXPECT_EQ(module_.EntryPoints().addStore(kDetails), 1);
+}
+
+TEST_F(DialogModuleTest, AWindowThatDoesNotUnderstandIsNotFollowedByAnotherQuestion) {
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
+  module_.Bundle().ScriptWindowProgram("readRequest; echo 'unknown request'");
   module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
 
   EXPECT_EQ(module_.EntryPoints().addStore(kDetails), SRUI_COULD_NOT_ASK);
+}
+
+TEST_F(DialogModuleTest, AWindowThatIsWithdrawnIsNotFollowedByAnotherQuestion) {
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
+  const Files::FileDescriptor withdrawn(::eventfd(1, EFD_CLOEXEC));
+  module_.Bundle().ScriptWindowProgram("readRequest; read -r never");
+  module_.Bundle().ScriptDialogProgram("echo asked >shown; readRequest; echo accepted");
+
+  EXPECT_EQ(AddStoreFor(-1, withdrawn.Get()), 0);
+  EXPECT_FALSE(std::filesystem::exists(module_.Bundle().File("shown")));
 }
 
 TEST_F(DialogModuleTest, AHostOfTheFirstVersionHasNoContextToGive) {

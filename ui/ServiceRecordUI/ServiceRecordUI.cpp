@@ -50,8 +50,8 @@ std::optional<Reply> ReplyTo(std::string_view dialog, const char* details) {
         DialogWire::RequestFor(dialog, details), g_terminationDescriptor.load(), t_context.withdrawal);
     if (!conversation) continue;
     const std::optional<Reply> reply = conversation->AwaitReply();
+    if (reply && reply != Reply::NoDisplay) return reply;
     if (!reply && !IsWanted()) return Reply::Declined;
-    if (reply != Reply::NoDisplay) return reply;
   }
   return std::nullopt;
 }

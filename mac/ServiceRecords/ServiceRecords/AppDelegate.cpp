@@ -156,8 +156,9 @@ void AppDelegate::TellIfUnasked(const Opening& opening) {
       stores, [](const Opening::Store& store) { return store.outcome == Openings::Outcome::CouldNotAsk; });
   if (!isUnasked) return;
   const std::string& path = opening.GetOrigin().path;
-  trace::SystemLog::Error("\"" + path +
-                          "\" was not opened: there is neither a desktop nor a terminal to ask on");
+  trace::SystemLog::Error(
+      "\"" + path +
+      "\" was not opened: nobody could be asked about its stores; srctl doctor says what is missing");
   notifications_->TellUnasked(path);
 }
 
