@@ -280,6 +280,10 @@ void SRProvider::TellNotVerified(const std::wstring& url, const SSLValidationDet
 
 bool SRProvider::VerifyServer(SRStore& store, const std::wstring& url, const std::wstring& /*secondUrl*/,
                               SSLValidationDetails& details) {
+  if (Opening::IsWithdrawn()) {
+    details.Result = SSLValidationDetails::kUserDoesNotTrustServer;
+    return false;
+  }
   const std::unique_ptr<SSLValidation> validation = parts_.validations.Create(url);
   SR_TRACE(0) << ".......Validation for server: " << url;
   if (!validation->ValidateURL(details)) {

@@ -4,6 +4,7 @@
 #include "SRLib/Provider/Opening.h"
 #include "SRLib/Provider/StoreBounds.h"
 #include "core/ProviderTest.h"
+#include "libs/Files/EventFd.h"
 #include "libs/Wayfinder/Wayfinder.h"
 #include "support/TemporaryFolder.h"
 
@@ -35,7 +36,8 @@ class OpeningTest : public ProviderTest {
     OpenPath(path.wstring());
   }
   void OpenPath(const std::wstring& path) {
-    opening_.emplace(Opening::Origin{.id = 7, .path = Narrow(path)});
+    opening_.emplace(
+        Opening::Origin{.id = 7, .path = Narrow(path), .withdrawalDescriptor = withdrawal_.Descriptor()});
     const Opening::Handling handling(*opening_);
     StoreMap accepted;
     provider_.OutboundUserConfirm(L"\"" + path + L"\"", accepted);
@@ -62,6 +64,7 @@ class OpeningTest : public ProviderTest {
   static std::wstring MessageOf(int id) { return L"message " + std::to_wstring(id); }
 
   const TemporaryFolder folder_;
+  Files::EventFd withdrawal_;
   std::optional<Opening> opening_;
 };
 
@@ -208,6 +211,32 @@ TEST_F(OpeningTest, AHindranceIsTheNextRefusalsReasonAndNoLaterOnes) {
   Open(Service(L"a") + Service(L"b"));
   EXPECT_THAT(Outcomes(), ElementsAre(Pair("a", Outcome::CouldNotAsk), Pair("b", Outcome::Declined)));
   EXPECT_EQ(opening_->GravestOutcome(), Outcome::CouldNotAsk);
+}
+
+TEST_F(OpeningTest, OnceItIsWithdrawnNoServerIsAskedAndTheRestCountsAsDeclined) {
+  for (const wchar_t* id : {L"a", L"b", L"c"}) Trust(id);
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce([this](auto&&...) {
+    withdrawal_.Raise();
+    return 0;
+  });
+  Open(Service(L"a") + Service(L"b") + Service(L"c"));
+  EXPECT_THAT(Outcomes(), ElementsAre(Pair("a", Outcome::Declined), Pair("b", Outcome::Declined),
+                                      Pair("c", Outcome::Declined)));
+  EXPECT_EQ(validations_.Validated(), (Wide{Address(L"a")}));
+}
+
+TEST_F(OpeningTest, OnceItIsWithdrawnNobodyWaitsForTheNetworksLocation) {
+  Trust(L"s");
+  location_.AnswerWith(Wayfinder::kDeciding);
+  clock_.OnSecond([this](int second) {
+    if (second == 3) withdrawal_.Raise();
+    return true;
+  });
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
+  EXPECT_CALL(notifications_, ShowSRErrorDialog);
+  Open(Service(L"s"));
+  EXPECT_EQ(clock_.Seconds(), 3);
+  EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::Added)));
 }
 
 TEST_F(OpeningTest, BelongsToItsThreadAlone) {

@@ -11,8 +11,6 @@
 #include "libs/Termination/TerminationEvent.h"
 #include "libs/Text/TextHelpers.h"
 
-#include <poll.h>
-
 #include <string>
 #include <utility>
 
@@ -35,12 +33,6 @@ SRUIHost HostOfThisThread() {
   const Opening::Origin origin = opening != nullptr ? opening->GetOrigin() : Opening::Origin();
   return {SRUI_PROTOCOL_VERSION, Termination::Descriptor(), origin.terminalDescriptor,
           origin.withdrawalDescriptor};
-}
-
-// Whether nobody wants to see this thread's dialogs any more.
-bool IsWithdrawn() {
-  pollfd withdrawal{HostOfThisThread().withdrawalDescriptor, POLLIN, 0};
-  return ::poll(&withdrawal, 1, 0) > 0;
 }
 
 // Whatever else a module returns is no consent.
@@ -67,7 +59,7 @@ const SRUIProtocol* MacIServiceRecordsNotifications::SRUIClass() {
 }
 
 const SRUIProtocol* MacIServiceRecordsNotifications::UIToAskWith() {
-  if (IsWithdrawn()) return nullptr;
+  if (Opening::IsWithdrawn()) return nullptr;
   const SRUIProtocol* userInterface = SRUIClass();
   if (userInterface == nullptr) Opening::NoteHindrance(Openings::Outcome::CouldNotAsk);
   return userInterface;
@@ -109,7 +101,7 @@ std::int32_t MacIServiceRecordsNotifications::ShowStoreReplaceDialog(const std::
 
 std::int32_t MacIServiceRecordsNotifications::ShowSRErrorDialog(const std::wstring& title,
                                                                 const std::wstring& message) {
-  if (IsWithdrawn()) return kNoAnswer;
+  if (Opening::IsWithdrawn()) return kNoAnswer;
   const SRUIProtocol* userInterface = SRUIClass();
   if (userInterface == nullptr) return kNoAnswer;
   PropertyList::Dictionary details{{"ErrorTitle", util::narrow(title)},

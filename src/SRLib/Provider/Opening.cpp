@@ -1,5 +1,7 @@
 #include "SRLib/Provider/Opening.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -28,6 +30,12 @@ Opening::Handling::~Handling() {
 
 const Opening* Opening::OfThisThread() {
   return g_openingOfThisThread;
+}
+
+bool Opening::IsWithdrawn() {
+  if (g_openingOfThisThread == nullptr) return false;
+  pollfd withdrawal{g_openingOfThisThread->origin_.withdrawalDescriptor, POLLIN, 0};
+  return ::poll(&withdrawal, 1, 0) > 0;
 }
 
 std::vector<Opening::Store> Opening::Stores() const {

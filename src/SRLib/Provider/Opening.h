@@ -52,6 +52,8 @@ class Opening {
 
   // Null on a thread that handles none.
   [[nodiscard]] static const Opening* OfThisThread();
+  // Whether nobody wants to be asked about this thread's opening any more.
+  [[nodiscard]] static bool IsWithdrawn();
 
   // What the flow over the file finds out. On a thread that handles no file these do nothing.
   static void NoteStores(const StoreMap& stores);

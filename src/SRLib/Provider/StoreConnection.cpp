@@ -1,5 +1,6 @@
 #include "SRLib/Provider/StoreConnection.h"
 
+#include "SRLib/Provider/Opening.h"
 #include "SRLib/Provider/ProviderTrace.h"
 #include "SRLib/SRHTTPRequest.h"
 #include "SRLib/SRHTTPRequestFactory.h"
@@ -62,7 +63,7 @@ std::optional<std::uint32_t> StoreConnection::DecidedLocation(const std::wstring
           << "MakeConnection: Not requesting headers because network location is: deciding. ";
       return std::nullopt;
     }
-    if (!parts_.waitOneSecond()) return std::nullopt;
+    if (Opening::IsWithdrawn() || !parts_.waitOneSecond()) return std::nullopt;
     location = parts_.locationRelativeTo(storeURL);
   }
   return location;
