@@ -151,6 +151,17 @@ TEST(MacSSLValidation, RejectsAnExpiredCertificate) {
                              HasSubstr("(-9807)")));
 }
 
+TEST(MacSSLValidation, SaysOfAnotherCertificateOfTheChainThatItIsOne) {
+  for (const auto& [certificate, reason, date] :
+       {std::tuple("expired-issuer", util::kReasonIssuerExpired, "2021-01-01 00:00 UTC"),
+        {"future-issuer", util::kReasonIssuerNotYetValid, "2049-01-01 00:00 UTC"}}) {
+    const WebServer server(TrustedAuthority().TlsServerBlock(certificate));
+    const Outcome outcome(server.Address("https"));
+    outcome.ExpectCertificatesNotFetched();
+    EXPECT_EQ(outcome.details.Reason, Message(reason, date));
+  }
+}
+
 TEST(MacSSLValidation, SaysOfACertificateThatIsNotValidYetFromWhenOnItIs) {
   const WebServer server(TrustedAuthority().TlsServerBlock("not-yet-valid"));
   const Outcome outcome(server.Address("https"));

@@ -25,6 +25,10 @@ int ReasonFor(Transfer::PeerProblem::Kind problem) {
       return util::kReasonExpired;
     case Transfer::PeerProblem::Kind::NotYetValid:
       return util::kReasonNotYetValid;
+    case Transfer::PeerProblem::Kind::IssuerExpired:
+      return util::kReasonIssuerExpired;
+    case Transfer::PeerProblem::Kind::IssuerNotYetValid:
+      return util::kReasonIssuerNotYetValid;
     case Transfer::PeerProblem::Kind::OtherHost:
       return util::kReasonOtherHost;
     case Transfer::PeerProblem::Kind::UnknownIssuer:

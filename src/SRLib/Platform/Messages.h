@@ -30,6 +30,9 @@ enum MessageId : int {
   kReasonNotReached = 1800,
   kReasonNotSecured = 1808,
   kReasonCouldNotAsk = 1856,
+  kReasonIssuerExpired = 1864,
+  kReasonIssuerNotYetValid = 1872,
+  kReasonBrokenOff = 1880,
   // What the desktop tells.
   kNoticeAdded = 1816,
   kNoticeReplaced = 1824,

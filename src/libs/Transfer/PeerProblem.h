@@ -10,6 +10,8 @@ struct PeerProblem {
     None,  // none that is known
     Expired,
     NotYetValid,
+    IssuerExpired,  // another certificate of its chain, as the next
+    IssuerNotYetValid,
     OtherHost,
     UnknownIssuer,
     Revoked,

@@ -57,13 +57,15 @@ std::string HostsOf(const X509* certificate) {
   return hosts.size() > kMost ? text + ", ..." : text;
 }
 
-PeerProblem ProblemOf(int error, const X509* certificate) {
+// `depth`: how many certificates stand below this one in the chain.
+PeerProblem ProblemOf(int error, int depth, const X509* certificate) {
   using Kind = PeerProblem::Kind;
   switch (error) {
     case X509_V_ERR_CERT_HAS_EXPIRED:
-      return {Kind::Expired, Text(X509_get0_notAfter(certificate))};
+      return {depth == 0 ? Kind::Expired : Kind::IssuerExpired, Text(X509_get0_notAfter(certificate))};
     case X509_V_ERR_CERT_NOT_YET_VALID:
-      return {Kind::NotYetValid, Text(X509_get0_notBefore(certificate))};
+      return {depth == 0 ? Kind::NotYetValid : Kind::IssuerNotYetValid,
+              Text(X509_get0_notBefore(certificate))};
     case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
     case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
     case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
@@ -134,7 +136,8 @@ int PeerTrust::TakeVerification(int isGood, X509_STORE_CTX* verification) noexce
   const X509* const certificate = X509_STORE_CTX_get_current_cert(verification);
   if (isGood != 0 || certificate == nullptr) return isGood;
   try {
-    trust->problem_ = ProblemOf(X509_STORE_CTX_get_error(verification), certificate);
+    trust->problem_ = ProblemOf(X509_STORE_CTX_get_error(verification),
+                                X509_STORE_CTX_get_error_depth(verification), certificate);
   } catch (...) {
     trust->problem_ = {};
   }
