@@ -232,12 +232,16 @@ void SRProvider::TellNoStores() const {
 bool SRProvider::MergeAccepted(StoreMap& stores, StoreMap& accepted) {
   const CriticalSectionLock lock(*lock_);
   bool updated = false;
+  // Until it is, whatever comes in between.
+  Opening::NoteNotSaved(parts_.message(util::kReasonBrokenOff));
   if (!MergeWithinBounds(stores, false, updated)) return false;
   if (!updated) return true;
   accepted = stores;  // also those whose replacement the user declined
   SaveAndPublish();
   if (StateOfSavedStores() == SavedStores::State::Unsaved) {
     Opening::NoteNotSaved(parts_.message(util::kReasonListNotWritten));
+  } else {
+    Opening::NoteSaved();
   }
   return true;
 }

@@ -9,6 +9,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <fstream>
+#include <stdexcept>
 
 namespace {
 
@@ -19,6 +20,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::Return;
+using ::testing::Throw;
 
 class OpeningTest : public ProviderTest {
  protected:
@@ -127,6 +129,29 @@ TEST_F(OpeningTest, AFileWithoutStoresOrNoFileIsNoServiceRecord) {
 
 TEST_F(OpeningTest, WhatIsNotHandledHasEnded) {
   EXPECT_EQ(Opening({}).GravestOutcome(), Outcome::Ended);
+}
+
+TEST_F(OpeningTest, WhatIsBrokenOffIsNotSavedButForWhatWasDecided) {
+  Trust(L"s");
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillOnce(Return(100));
+  EXPECT_CALL(notifications_, ShowSRErrorDialog);
+  Open(Service(L"s"));
+  opening_->BreakOff(L"failure");
+  EXPECT_THAT(Outcomes(), ElementsAre(Pair("s", Outcome::Added)));
+  Opening unread({});
+  unread.BreakOff(L"failure");
+  EXPECT_EQ(unread.GravestOutcome(), Outcome::NotSaved);
+}
+
+TEST_F(OpeningTest, WhatIsAcceptedIsNotSavedWhenTheMergeFails) {
+  Hold({Store(L"b", Address(L"b"))});
+  for (const wchar_t* id : {L"a", L"b"}) Trust(id);
+  EXPECT_CALL(notifications_, ShowTrustDialog).WillRepeatedly(Return(100));
+  EXPECT_CALL(notifications_, ShowStoreReplaceDialog).WillOnce(Throw(std::runtime_error("of the test")));
+  EXPECT_THROW(Open(Service(L"a") + Service(L"b")), std::runtime_error);
+  opening_->BreakOff(L"failure");
+  EXPECT_THAT(Outcomes(), ElementsAre(Pair("a", Outcome::NotSaved), Pair("b", Outcome::NotSaved)));
+  EXPECT_EQ(Reason(), MessageOf(util::kReasonBrokenOff));
 }
 
 TEST_F(OpeningTest, AStoreThatCannotBeSavedIsNotSavedUntilALaterSaveOfTheSameFlow) {

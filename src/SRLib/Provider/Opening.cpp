@@ -57,15 +57,24 @@ Opening::Store Opening::Decided(const Progress& progress) const {
 }
 
 Outcome Opening::GravestOutcome() const {
-  if (hasNoStores_) return Outcome::NotAServiceRecord;
   const std::vector<Store> stores = Stores();
   const auto gravest = std::ranges::max_element(stores, {}, &Store::outcome);
-  return gravest == stores.end() ? Outcome::Ended : gravest->outcome;
+  return gravest == stores.end() ? withoutStores_ : gravest->outcome;
+}
+
+void Opening::BreakOff(const std::wstring& reason) {
+  if (withoutStores_ == Outcome::Ended) withoutStores_ = Outcome::NotSaved;
+  if (whyNotSaved_) return;
+  for (auto& [id, progress] : stores_) {
+    if (progress.outcome) continue;
+    progress.outcome = Outcome::NotSaved;
+    progress.store.reason = reason;
+  }
 }
 
 void Opening::NoteStores(const StoreMap& stores) {
   if (g_openingOfThisThread == nullptr) return;
-  g_openingOfThisThread->hasNoStores_ = stores.empty();
+  g_openingOfThisThread->withoutStores_ = Outcome::NotAServiceRecord;
   for (const auto& [id, store] : stores) {
     g_openingOfThisThread->stores_[id] = {{id, store.GetStoreName(), store.GetStoreURL(), Outcome::Ended, {}},
                                           std::nullopt};

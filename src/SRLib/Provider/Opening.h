@@ -40,6 +40,8 @@ class Opening {
   [[nodiscard]] std::vector<Store> Stores() const;
   // The gravest of its stores'.
   [[nodiscard]] Openings::Outcome GravestOutcome() const;
+  // The handling has not come to its end, and why: what it has left undecided is not saved.
+  void BreakOff(const std::wstring& reason);
 
   // For as long as it lives, this thread handles the opening.
   class Handling {
@@ -79,7 +81,7 @@ class Opening {
 
   const Origin origin_;
   std::map<std::wstring, Progress> stores_;
-  bool hasNoStores_ = false;
+  Openings::Outcome withoutStores_ = Openings::Outcome::Ended;  // the whole's where there are none
   std::optional<std::wstring> whyNotSaved_;
   std::optional<Openings::Outcome> hindrance_;
 };

@@ -30,7 +30,7 @@ std::string Happened(Outcome outcome) {
     case Outcome::CouldNotAsk:
       return " was not added, because nobody could be asked";
     case Outcome::NotSaved:
-      return " was accepted, but is not in the saved list";
+      return " is not in the saved list";
     case Outcome::Ended:
       break;
   }

@@ -3,6 +3,9 @@
 #include "Process/AtEnd.h"
 #include "Process/BackgroundTasks.h"
 #include "Process/MainLoop.h"
+#include "ResourceKeeper.h"
+#include "SRLib/Platform/Messages.h"
+#include "libs/Termination/TerminationEvent.h"
 
 #include <utility>
 
@@ -34,7 +37,8 @@ void FileOpenings::Withdraw(std::uint64_t id) const {
 
 void FileOpenings::Finish(std::uint64_t id) {
   const auto entry = open_.extract(id);
-  const Opening& opening = *entry.mapped().file->opening;
+  Opening& opening = *entry.mapped().file->opening;
+  if (!Termination::Requested()) opening.BreakOff(util::MessageFromResourceW(util::kReasonBrokenOff));
   finished_(opening);
   if (entry.mapped().finished) entry.mapped().finished(opening);
 }
