@@ -18,6 +18,7 @@ namespace Bench {
 namespace {
 
 using TestSupport::ChildProcess;
+using TestSupport::VirtualScreen;
 
 constexpr int kWindows = 20;
 // Until then the allocator still takes memory that it keeps.

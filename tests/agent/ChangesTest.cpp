@@ -17,6 +17,8 @@ using testing::StartsWith;
 
 namespace {
 
+using TestSupport::AgentTest;
+
 // One thread of a child process, which does nothing until this object goes; its other threads go on.
 class StoppedThread {
  public:

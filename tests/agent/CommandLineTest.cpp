@@ -9,6 +9,8 @@ using testing::StartsWith;
 
 namespace {
 
+using TestSupport::AgentTest;
+
 class CommandLine : public AgentTest {
  protected:
   static constexpr TestSupport::ChildOptions kWithErrors{.captureErrors = true};

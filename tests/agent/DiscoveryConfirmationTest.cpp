@@ -12,6 +12,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using TestSupport::AgentTest;
 using TestSupport::DiscoveryDocument;
 using TestSupport::LoopbackListener;
 using TestSupport::RawServer;

@@ -7,6 +7,8 @@ using testing::HasSubstr;
 
 namespace {
 
+using TestSupport::AgentTest;
+
 class FewDescriptors : public AgentTest {
  protected:
   [[nodiscard]] TestSupport::ChildProcess RunWithDescriptors(int limit) const {

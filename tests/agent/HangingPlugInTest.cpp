@@ -5,6 +5,8 @@ using testing::IsEmpty;
 
 namespace {
 
+using TestSupport::AgentTest;
+
 // A plug-in one of whose dialogs never returns, not even at termination.
 using HangingPlugIn = AgentTest;
 

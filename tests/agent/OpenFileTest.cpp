@@ -10,6 +10,8 @@ using testing::IsEmpty;
 
 namespace {
 
+using TestSupport::AgentTest;
+
 class OpenFile : public AgentTest {
  protected:
   OpenFile() { agent_.EnableLog(); }

@@ -19,8 +19,10 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::UnorderedElementsAre;
+using TestSupport::AgentTest;
 using TestSupport::NotificationService;
 using TestSupport::OpeningClient;
+using TestSupport::PseudoTerminal;
 
 namespace {
 

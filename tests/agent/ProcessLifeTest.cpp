@@ -14,6 +14,8 @@ using testing::IsEmpty;
 
 namespace {
 
+using TestSupport::AgentTest;
+
 class ProcessLife : public AgentTest {
  protected:
   [[nodiscard]] std::string Program() const { return (agent_.BundleFolder() / "ServiceRecords").string(); }

@@ -4,6 +4,8 @@
 
 namespace {
 
+using TestSupport::AgentTest;
+
 // What only reads is answered at any time, by another program than the one that waits for a change.
 class Reads : public AgentTest {
  protected:

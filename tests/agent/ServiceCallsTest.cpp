@@ -13,6 +13,8 @@ using testing::IsEmpty;
 
 namespace {
 
+using TestSupport::AgentTest;
+
 class ServiceCalls : public AgentTest {
  protected:
   ServiceCalls() {

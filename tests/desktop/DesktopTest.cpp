@@ -4,6 +4,8 @@
 #include <array>
 #include <filesystem>
 
+namespace TestSupport {
+
 namespace fs = std::filesystem;
 
 using testing::AnyOf;
@@ -63,15 +65,15 @@ void DesktopTest::Press(const std::string& button) {
   ASSERT_TRUE(Reader().Press(Usable(Role::PushButton, button)));
 }
 
-void DesktopTest::Hold(const TestSupport::StoreText& store) {
+void DesktopTest::Hold(const StoreText& store) {
   BeginToOpen(OpenableFile(store.id + ".cr", {store}));
   Press("Add store");
   AwaitHandled();
 }
 
-TestSupport::ChildProcess DesktopTest::StartStoresWindow() {
-  return TestSupport::ChildProcess({(agent_.Prefix() / "bin/servicerecords-stores").string()},
-                                   agent_.Environment(), {.captureErrors = true});
+ChildProcess DesktopTest::StartStoresWindow() {
+  return ChildProcess({(agent_.Prefix() / "bin/servicerecords-stores").string()}, agent_.Environment(),
+                      {.captureErrors = true});
 }
 
 std::ptrdiff_t DesktopTest::Count(const std::function<bool(const Control&)>& isSuch) {
@@ -108,3 +110,5 @@ void VirtualDesktopTest::TabTo(Role role, const std::string& name) {
   }
   FAIL() << "the Tab key does not come to " << name;
 }
+
+}  // namespace TestSupport

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace TestSupport {
+
 // A graphical session of one user, in which the shipped windows ask and show. The agent is not started yet.
 class DesktopTest : public AgentTest {
  protected:
@@ -24,8 +26,8 @@ class DesktopTest : public AgentTest {
   void AwaitHandled();
 
   // Adds the store to the list, with everybody's consent.
-  void Hold(const TestSupport::StoreText& store);
-  [[nodiscard]] TestSupport::ChildProcess StartStoresWindow();
+  void Hold(const StoreText& store);
+  [[nodiscard]] ChildProcess StartStoresWindow();
 
   [[nodiscard]] ScreenReader& Reader() { return *reader_; }
   // The control, once it can be used.
@@ -69,3 +71,5 @@ class VirtualDesktopTest : public DesktopTestOn<VirtualScreen> {
   // Goes on by the Tab key until the control has the focus.
   void TabTo(Role role, const std::string& name);
 };
+
+}  // namespace TestSupport

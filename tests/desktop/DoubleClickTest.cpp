@@ -7,6 +7,7 @@ namespace {
 
 using TestSupport::ChildProcess;
 using TestSupport::NotificationService;
+using TestSupport::VirtualDesktopTest;
 
 // Nothing of ours runs before the file is opened.
 class DoubleClick : public VirtualDesktopTest {

@@ -2,7 +2,11 @@
 
 namespace {
 
+using TestSupport::Control;
+using TestSupport::Role;
+using TestSupport::State;
 using TestSupport::StoreText;
+using TestSupport::VirtualDesktopTest;
 
 constexpr char kTitle[] = "Problem with a service record";
 

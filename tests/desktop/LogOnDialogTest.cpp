@@ -7,8 +7,10 @@ using testing::ElementsAre;
 
 namespace {
 
+using TestSupport::Role;
 using TestSupport::StoreText;
 using TestSupport::TestAuthority;
+using TestSupport::VirtualDesktopTest;
 using TestSupport::WebServer;
 
 constexpr char kTitle[] = "Log on";

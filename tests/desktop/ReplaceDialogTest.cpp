@@ -2,6 +2,11 @@
 
 namespace {
 
+using TestSupport::Control;
+using TestSupport::Role;
+using TestSupport::State;
+using TestSupport::VirtualDesktopTest;
+
 constexpr char kTitle[] = "Replace a store";
 constexpr char kReplace[] = "Replace store";
 constexpr char kKeep[] = "Keep store";

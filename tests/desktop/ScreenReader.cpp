@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string_view>
 
+namespace TestSupport {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -20,14 +22,14 @@ constexpr std::uint64_t kCallLimit = 20'000'000;  // microseconds
 constexpr std::uint64_t kLookAgain = 50'000;  // microseconds
 
 std::string AddressOfAccessibilityBus(const std::string& sessionBus) {
-  const Bus::BusPtr session = TestSupport::ConnectToBus(sessionBus);
+  const Bus::BusPtr session = ConnectToBus(sessionBus);
   sd_bus_message* reply = nullptr;
-  TestSupport::CheckBus(sd_bus_call_method(session.get(), "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
-                                           "GetAddress", nullptr, &reply, ""),
-                        "the accessibility bus");
+  CheckBus(sd_bus_call_method(session.get(), "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress",
+                              nullptr, &reply, ""),
+           "the accessibility bus");
   const Bus::BusMessagePtr owned(reply);
   const char* address = nullptr;
-  TestSupport::CheckBus(sd_bus_message_read(reply, "s", &address), "its address");
+  CheckBus(sd_bus_message_read(reply, "s", &address), "its address");
   return address;
 }
 
@@ -60,7 +62,7 @@ void ReadTexts(sd_bus_message* properties, Control& control) {
 std::uint64_t ReadStates(sd_bus_message* reply) {
   std::uint32_t low = 0;
   std::uint32_t high = 0;
-  TestSupport::CheckBus(sd_bus_message_read(reply, "au", 2, &low, &high), "states");
+  CheckBus(sd_bus_message_read(reply, "au", 2, &low, &high), "states");
   return low | std::uint64_t{high} << 32U;
 }
 
@@ -74,12 +76,11 @@ std::optional<Control> Found(const std::vector<Control>& controls, Role role, co
 }  // namespace
 
 ScreenReader::ScreenReader(const std::string& sessionBus)
-    : bus_(TestSupport::ConnectToBus(AddressOfAccessibilityBus(sessionBus))) {
-  TestSupport::CheckBus(
-      sd_bus_add_match(bus_.get(), nullptr,
-                       "type='signal',interface='org.a11y.atspi.Event.Object',member='StateChanged'",
-                       NoteChange, this),
-      "watching states");
+    : bus_(ConnectToBus(AddressOfAccessibilityBus(sessionBus))) {
+  CheckBus(sd_bus_add_match(bus_.get(), nullptr,
+                            "type='signal',interface='org.a11y.atspi.Event.Object',member='StateChanged'",
+                            NoteChange, this),
+           "watching states");
   // Programs tell only what somebody has registered for.
   const Place registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/registry"};
   if (!Call(registry, "org.a11y.atspi.Registry", "RegisterEvent", "sass", "object:state-changed", 0, "")) {
@@ -102,15 +103,15 @@ int ScreenReader::NoteChange(sd_bus_message* signal, void* self, sd_bus_error* /
 Bus::BusMessagePtr ScreenReader::Call(const Place& place, const char* interface, const char* method,
                                       const char* types, ...) {
   sd_bus_message* message = nullptr;
-  TestSupport::CheckBus(sd_bus_message_new_method_call(bus_.get(), &message, place.first.c_str(),
-                                                       place.second.c_str(), interface, method),
-                        method);
+  CheckBus(sd_bus_message_new_method_call(bus_.get(), &message, place.first.c_str(), place.second.c_str(),
+                                          interface, method),
+           method);
   const Bus::BusMessagePtr call(message);
   std::va_list arguments;
   va_start(arguments, types);
   const int appended = sd_bus_message_appendv(message, types, arguments);
   va_end(arguments);
-  TestSupport::CheckBus(appended, method);
+  CheckBus(appended, method);
   sd_bus_message* reply = nullptr;
   if (sd_bus_call(bus_.get(), message, kCallLimit, nullptr, &reply) < 0) return nullptr;
   return Bus::BusMessagePtr(reply);
@@ -210,3 +211,5 @@ bool ScreenReader::HasBecomeSensitive(const Control& control) {
   TakeChanges();
   return becameSensitive_.contains({control.program, control.path});
 }
+
+}  // namespace TestSupport

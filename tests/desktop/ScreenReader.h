@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+namespace TestSupport {
+
 // Numbers of the accessibility bus's interface.
 enum class Role : std::uint32_t {
   Dialog = 16,
@@ -73,3 +75,5 @@ class ScreenReader {
   Bus::BusPtr bus_;
   std::set<Place> becameSensitive_;
 };
+
+}  // namespace TestSupport

@@ -8,6 +8,9 @@ using testing::ElementsAre;
 namespace {
 
 using TestSupport::ChildProcess;
+using TestSupport::Role;
+using TestSupport::State;
+using TestSupport::VirtualDesktopTest;
 
 constexpr char kTitle[] = "Application Stores";
 

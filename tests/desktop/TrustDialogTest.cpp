@@ -11,6 +11,11 @@ using testing::Not;
 
 namespace {
 
+using TestSupport::Control;
+using TestSupport::Role;
+using TestSupport::State;
+using TestSupport::VirtualDesktopTest;
+
 constexpr char kTitle[] = "Add a store";
 constexpr char kAdd[] = "Add store";
 constexpr char kDecline[] = "Don’t add";

@@ -1,5 +1,7 @@
 #include "desktop/WaylandScreen.h"
 
+namespace TestSupport {
+
 WaylandScreen::WaylandScreen()
     : compositor_({"weston", "--backend=headless-backend.so", "--shell=desktop-shell.so", "--use-pixman",
                    "--width=1280", "--height=1024", "--no-config", std::string("--socket=") + kSocket},
@@ -7,3 +9,5 @@ WaylandScreen::WaylandScreen()
   // Which it starts when it listens.
   compositor_.WaitForOutput("weston-desktop-shell'");
 }
+
+}  // namespace TestSupport

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace TestSupport {
+
 // A Wayland compositor without a screen, a keyboard and a pointer. It ends with this object.
 class WaylandScreen {
  public:
@@ -19,6 +21,8 @@ class WaylandScreen {
  private:
   static constexpr char kSocket[] = "screen";
 
-  const TestSupport::TemporaryFolder folder_;
-  TestSupport::ChildProcess compositor_;
+  const TemporaryFolder folder_;
+  ChildProcess compositor_;
 };
+
+}  // namespace TestSupport

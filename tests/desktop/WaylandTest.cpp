@@ -6,6 +6,10 @@ using testing::IsEmpty;
 
 namespace {
 
+using TestSupport::DesktopTestOn;
+using TestSupport::Role;
+using TestSupport::State;
+using TestSupport::WaylandScreen;
 using OnWayland = DesktopTestOn<WaylandScreen>;
 
 TEST_F(OnWayland, AStoreIsAddedThroughTheTrustDialogAndListedInTheWindow) {

@@ -10,6 +10,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
+using TestSupport::PseudoTerminal;
 using TestSupport::ServerBlock;
 using TestSupport::StoreText;
 using TestSupport::TestAuthority;

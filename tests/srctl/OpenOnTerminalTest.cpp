@@ -9,6 +9,7 @@ using PropertyList::Dictionary;
 using testing::HasSubstr;
 using testing::Not;
 using TestSupport::ChildProcess;
+using TestSupport::PseudoTerminal;
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 // A user at a terminal of the machine on which the agent runs.
-class SrctlTest : public AgentTest {
+class SrctlTest : public TestSupport::AgentTest {
  protected:
   [[nodiscard]] SrctlRun Srctl(const std::vector<std::string>& arguments,
                                const SrctlSetting& setting = {}) const {

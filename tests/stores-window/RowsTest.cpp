@@ -11,6 +11,7 @@
 
 namespace {
 
+using TestSupport::VirtualScreen;
 using namespace Windows;
 
 using ::testing::Each;

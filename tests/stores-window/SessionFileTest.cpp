@@ -8,6 +8,8 @@ using testing::IsEmpty;
 namespace Stores {
 namespace {
 
+using TestSupport::AgentTest;
+
 // A session beside a real agent, whose dialogs answer as the test says.
 class OpeningWithTheAgent : public AgentTest {
  protected:

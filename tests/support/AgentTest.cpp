@@ -5,8 +5,7 @@
 #include <fstream>
 #include <utility>
 
-using TestSupport::StoreText;
-using TestSupport::TestAuthority;
+namespace TestSupport {
 
 namespace {
 
@@ -40,8 +39,8 @@ void AgentTest::Serve(const StoreText& store, const std::string& content) const 
 }
 
 std::string AgentTest::OpenableFile(const std::string& name, const std::vector<StoreText>& stores) {
-  for (const StoreText& store : stores) Serve(store, TestSupport::DiscoveryDocument({store}));
-  return agent_.Write(name, TestSupport::ServiceRecordDocument(stores)).string();
+  for (const StoreText& store : stores) Serve(store, DiscoveryDocument({store}));
+  return agent_.Write(name, ServiceRecordDocument(stores)).string();
 }
 
 void AgentTest::Open(const std::string& file) {
@@ -76,7 +75,7 @@ void AgentTest::AskToReplace() {
   ASSERT_EQ(agent_.Dialogs().back().first, "replaceStore");
 }
 
-void AgentTest::AwaitArrival(TestSupport::BusClient& sender) {
+void AgentTest::AwaitArrival(BusClient& sender) {
   sender.Call("com.morvane.ServiceRecords", "/com/morvane/ServiceRecords", "org.freedesktop.DBus.Peer",
               "Ping");
 }
@@ -92,8 +91,10 @@ std::vector<std::string> AgentTest::StoreIDs() {
   return ids;
 }
 
-std::string AgentTest::StateOfSavedStores(TestSupport::BusClient& reader) {
+std::string AgentTest::StateOfSavedStores(BusClient& reader) {
   return reader.Call("com.morvane.ServiceRecords", "/com/morvane/ServiceRecords",
                      "org.freedesktop.DBus.Properties", "Get",
                      {"com.morvane.MrvServiceRecordsService", "stateOfSavedStores"});
 }
+
+}  // namespace TestSupport

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+namespace TestSupport {
+
 // A machine of one user with a store server that its system trusts. The agent is not started yet.
 class AgentTest : public testing::Test {
  protected:
@@ -20,13 +22,12 @@ class AgentTest : public testing::Test {
   explicit AgentTest(std::vector<std::string> environment = {});
 
   // A store whose server is the trusted one, with two gateways of which the second is the default.
-  [[nodiscard]] TestSupport::StoreText Store(const std::string& id, const std::string& name) const;
+  [[nodiscard]] StoreText Store(const std::string& id, const std::string& name) const;
   // A file with these stores, whose discovery documents say the same from then on.
-  [[nodiscard]] std::string OpenableFile(const std::string& name,
-                                         const std::vector<TestSupport::StoreText>& stores);
+  [[nodiscard]] std::string OpenableFile(const std::string& name, const std::vector<StoreText>& stores);
 
   // What the server answers at the store's URL.
-  void Serve(const TestSupport::StoreText& store, const std::string& content) const;
+  void Serve(const StoreText& store, const std::string& content) const;
 
   // Hands the file to the agent and waits until it has been handled.
   void Open(const std::string& file);
@@ -39,11 +40,13 @@ class AgentTest : public testing::Test {
   // Leaves the question open whether "New" replaces "Old", the store "s1". Whoever changes the list waits.
   void AskToReplace();
   // Returns when the agent has taken up everything that this program has sent to its main service.
-  static void AwaitArrival(TestSupport::BusClient& sender);
+  static void AwaitArrival(BusClient& sender);
   [[nodiscard]] std::size_t CountNotifications();
   [[nodiscard]] std::vector<std::string> StoreIDs();
-  [[nodiscard]] static std::string StateOfSavedStores(TestSupport::BusClient& reader);
+  [[nodiscard]] static std::string StateOfSavedStores(BusClient& reader);
 
-  TestSupport::WebServer server_;
-  TestSupport::TestAgent agent_;
+  WebServer server_;
+  TestAgent agent_;
 };
+
+}  // namespace TestSupport

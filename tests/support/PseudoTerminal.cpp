@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <utility>
 
+namespace TestSupport {
+
 namespace {
 
 constexpr int kPatienceMilliseconds = 30000;
@@ -86,3 +88,5 @@ termios PseudoTerminal::Mode() const {
 void PseudoTerminal::HangUp() {
   ::close(std::exchange(master_, -1));
 }
+
+}  // namespace TestSupport

@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace TestSupport {
+
 // A terminal without a screen: what a program prints on it is read, and what a user would type is written
 // here.
 class PseudoTerminal {
@@ -35,3 +37,5 @@ class PseudoTerminal {
   std::string path_;
   std::string unread_;
 };
+
+}  // namespace TestSupport

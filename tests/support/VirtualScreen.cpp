@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-using TestSupport::ChildProcess;
+namespace TestSupport {
 
 // The server writes the number of a free display once it takes connections.
 VirtualScreen::VirtualScreen()
@@ -23,3 +23,5 @@ void VirtualScreen::Use(const std::string& action, const std::string& argument) 
   ChildProcess typist({"xdotool", action, argument}, {"DISPLAY=" + display_});
   if (typist.Wait() != 0) throw std::runtime_error("no keyboard");
 }
+
+}  // namespace TestSupport

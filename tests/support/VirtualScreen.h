@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace TestSupport {
+
 // An X server without a screen, on a display of its own. It ends with this object. One thread.
 class VirtualScreen {
  public:
@@ -24,6 +26,8 @@ class VirtualScreen {
  private:
   void Use(const std::string& action, const std::string& argument) const;
 
-  TestSupport::ChildProcess server_;
+  ChildProcess server_;
   std::string display_;
 };
+
+}  // namespace TestSupport

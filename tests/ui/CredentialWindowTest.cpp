@@ -27,6 +27,7 @@ using CredentialWire::CredentialMessage;
 using HelperProgram::HelperProcess;
 using PropertyList::Dictionary;
 using ::testing::HasSubstr;
+using TestSupport::PseudoTerminal;
 
 constexpr const char* kRequest =
     "protocol=https\nhost=gateway.example:8443\nrealm=Staff\nplace=gateway\nauthentication=rsa\n"

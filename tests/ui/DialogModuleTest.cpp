@@ -34,6 +34,7 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
+using TestSupport::PseudoTerminal;
 
 constexpr const char* kDetails = "<plist version=\"1.0\"><dict/></plist>";
 constexpr const char* kMessage =

@@ -16,6 +16,7 @@
 // A client that has GTK and loads the module itself, on a display without a screen.
 namespace {
 
+using TestSupport::VirtualScreen;
 using namespace Windows;
 
 using PropertyList::Array;

@@ -30,6 +30,7 @@ using ::testing::Contains;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
+using TestSupport::PseudoTerminal;
 
 constexpr const char* kQuestion = "Add it? [y/N] ";
 

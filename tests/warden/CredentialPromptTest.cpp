@@ -19,6 +19,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using TestSupport::PseudoTerminal;
 
 constexpr const char* kUserName = "User name (empty to cancel): ";
 constexpr const char* kRequest =

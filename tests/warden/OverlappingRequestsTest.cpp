@@ -23,6 +23,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using TestSupport::PseudoTerminal;
 using TestSupport::RawServer;
 using TestSupport::WardenLibrary;
 using TestSupport::WardenRequest;

@@ -19,6 +19,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 using TestSupport::KeyringSession;
+using TestSupport::PseudoTerminal;
 using TestSupport::TestRoute;
 using TestSupport::TrustedAuthority;
 using TestSupport::WardenLibrary;
