@@ -1,6 +1,7 @@
 #include "wayfinder/NetworkNamespaces.h"
 
 #include "support/ChildProcess.h"
+#include "wayfinder/ProcessCounts.h"
 
 #include <fcntl.h>
 #include <sched.h>
@@ -40,11 +41,17 @@ std::string NewNamespace(Files::FileDescriptor& made) {
   return {};
 }
 
-void RunIP(const std::vector<std::string>& arguments) {
+std::string RunIP(const std::vector<std::string>& arguments) {
   std::vector<std::string> command{"ip"};
   command.insert(command.end(), arguments.begin(), arguments.end());
   ChildProcess process(command, {}, {.captureErrors = true});
   if (process.Wait() != 0) throw std::runtime_error("ip: " + process.Output());
+  return process.Output();
+}
+
+// The kernel says so some time after both ends were set up.
+bool IsConnected(const std::string& link) {
+  return RunIP({"-oneline", "link", "show", link}).find(" state UP ") != std::string::npos;
 }
 
 }  // namespace
@@ -103,6 +110,7 @@ void NetworkNamespaces::ConnectByWire() {
   FarIP({"link", "set", "far0", "up"});
   IP({"address", "add", "10.1.0.1/24", "dev", "near0"});
   IP({"link", "set", "near0", "up"});
+  ASSERT_TRUE(ComesTrue([] { return IsConnected("near0"); }));
 }
 
 }  // namespace TestSupport
