@@ -1,5 +1,6 @@
 #include "support/VirtualScreen.h"
 
+#include <cstdlib>
 #include <stdexcept>
 
 namespace TestSupport {
@@ -9,6 +10,15 @@ VirtualScreen::VirtualScreen()
     : server_({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"}) {
   const std::string number = server_.WaitForOutput("\n");
   display_ = ":" + number.substr(0, number.find('\n'));
+}
+
+void VirtualScreen::ShowOwnWindows() const {
+  for (const std::string& variable : Environment()) {
+    const std::size_t end = variable.find('=');
+    ::setenv(variable.substr(0, end).c_str(), variable.c_str() + end + 1, 1);
+  }
+  ::setenv("GTK_A11Y", "none", 1);
+  ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
 }
 
 void VirtualScreen::Type(const std::string& key) const {

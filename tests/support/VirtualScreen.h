@@ -16,6 +16,8 @@ class VirtualScreen {
   [[nodiscard]] std::vector<std::string> Environment() const {
     return {"DISPLAY=" + display_, "GDK_BACKEND=x11"};
   }
+  // From now on windows of this process are shown there, without assistive technologies and a session bus.
+  void ShowOwnWindows() const;
   // The display's name (":1").
   [[nodiscard]] const std::string& Display() const { return display_; }
   // Presses and releases a key ("Tab", "Return", "Escape") on the keyboard.
