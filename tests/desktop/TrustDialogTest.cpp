@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 using testing::ElementsAre;
@@ -24,8 +25,25 @@ class TrustDialog : public VirtualDesktopTest {
  protected:
   void SetUp() override {
     StartAgent();
+    BeginToAsk();
+  }
+
+  void BeginToAsk() {
     BeginToOpen(OpenableFile("a.cr", {Store("s1", "One")}));
     Reader().WaitFor(Role::Dialog, kTitle);
+  }
+  // Whether the button to add was seen to become sensitive in one of several dialogs, each of which is ended
+  // by `decline`: on a busy machine it may be so before the screen reader hears of the program.
+  [[nodiscard]] bool AddBecomesSensitive(const std::function<void()>& decline) {
+    constexpr int kMostDialogs = 5;
+    for (int dialogs = 1;; ++dialogs) {
+      const Control add = Reader().WaitFor(Role::PushButton, kAdd);
+      decline();
+      AwaitHandled();
+      if (Reader().HasBecomeSensitive(add)) return true;
+      if (dialogs == kMostDialogs) return false;
+      BeginToAsk();
+    }
   }
 };
 
@@ -42,18 +60,19 @@ TEST_F(TrustDialog, AddsNothingWhenDeclined) {
 }
 
 TEST_F(TrustDialog, LetsNobodyAddAtOnce) {
-  const Control add = Usable(Role::PushButton, kAdd);
-  EXPECT_TRUE(Reader().HasBecomeSensitive(add)) << "it was sensitive from the beginning";
+  EXPECT_TRUE(AddBecomesSensitive([&] {
+    Usable(Role::PushButton, kAdd);
+    Type("Escape");
+  })) << "it was sensitive from the beginning";
 }
 
 TEST_F(TrustDialog, TakesNoKeyBeforeItCanBeAnswered) {
-  const Control add = Reader().WaitFor(Role::PushButton, kAdd);
-  Reader().WaitUntil("the answer by the Enter key", [&] {
-    Type("Return");
-    return Count([](const Control& control) { return control.role == Role::Dialog; }) == 0;
-  });
-  EXPECT_TRUE(Reader().HasBecomeSensitive(add)) << "a key has answered it at once";
-  AwaitHandled();
+  EXPECT_TRUE(AddBecomesSensitive([&] {
+    Reader().WaitUntil("the answer by the Enter key", [&] {
+      Type("Return");
+      return Count([](const Control& control) { return control.role == Role::Dialog; }) == 0;
+    });
+  })) << "a key has answered it at once";
   EXPECT_THAT(StoreIDs(), IsEmpty());
 }
 
