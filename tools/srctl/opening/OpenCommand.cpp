@@ -106,7 +106,7 @@ class OpeningRun {
   [[nodiscard]] std::string Hint(const std::string& file) const {
     return terminal_
                ? "What is wrong: srctl doctor"
-               : "Be asked on the terminal that you type this on: srctl open --terminal " + Quoted(file);
+               : "Be asked on the terminal that you type this on: srctl open --terminal " + ShellWord(file);
   }
 
   void Report(const FileOpening& opening, const std::string& file) {

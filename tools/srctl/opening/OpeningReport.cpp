@@ -41,7 +41,7 @@ std::string NextStep(Outcome outcome, const std::string& file, const std::string
   switch (outcome) {
     case Outcome::ServerNotVerified:
     case Outcome::NotAServiceRecord:
-      return " What is wrong with it: srctl doctor " + Quoted(file);
+      return " What is wrong with it: srctl doctor " + Commands::ShellWord(file);
     case Outcome::CouldNotAsk:
       return " " + hint;
     case Outcome::NotSaved:

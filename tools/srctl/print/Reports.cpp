@@ -35,4 +35,13 @@ std::string Quoted(const std::string& text) {
   return "\"" + Terminal::OneLine(text) + "\"";
 }
 
+std::string ShellWord(const std::string& text) {
+  std::string word = "'";
+  for (const char character : Terminal::OneLine(text)) {
+    if (character == '\'') word += "'\\'";  // a quotation cannot hold its own mark
+    word += character;
+  }
+  return word + "'";
+}
+
 }  // namespace Srctl::Commands

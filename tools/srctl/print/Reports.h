@@ -29,6 +29,9 @@ inline constexpr char kReachTheAgent[] =
 // The text in quotation marks, fit for a terminal.
 [[nodiscard]] std::string Quoted(const std::string& text);
 
+// The text as one word of a shell command that is meant to be pasted, fit for a terminal.
+[[nodiscard]] std::string ShellWord(const std::string& text);
+
 // Connects and hands the agent to `use`, which returns what is to be reported.
 template <class Use>
 [[nodiscard]] Status WithAgent(Use use) {
