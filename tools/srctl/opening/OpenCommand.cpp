@@ -167,8 +167,13 @@ Status Open(const std::vector<std::string>& given, QuestionPlace place) {
   }
   if (terminal) terminal->Lend();
   OpeningRun run(std::move(terminal));
+  bool goesOn = true;
   for (const NamedFile& file : files) {
-    if (!run.Open(file)) break;
+    if (goesOn) {
+      goesOn = run.Open(file);
+    } else {
+      static_cast<void>(Refuse(Quoted(file.given) + " was not opened."));
+    }
   }
   return run.Outcome();
 }
