@@ -187,6 +187,21 @@ TEST_F(DoctorOfStores, SeesThatTheDocumentIsNotValid) {
                 "It is not valid: it cannot be parsed", "Ask the administrator of the server");
 }
 
+TEST_F(DoctorOfStores, SeesThatTheDocumentDoesNotDescribeTheStore) {
+  const StoreText store = WorkingStore("s1", "One");
+  WriteDocument(server_, "s1", TestSupport::DiscoveryDocument({WorkingStore("s2", "Two")}));
+  GiveStores({store});
+  const std::string what = "It is valid, and describes one store, but not this one.";
+  const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"doctor", "--store", "s1"}, {"doctor", file}}) {
+    const SrctlRun run = Srctl(command);
+    EXPECT_EQ(run.status, 1);
+    ExpectProblem(StoreLine(run, "discovery document"), what, "Ask your administrator");
+  }
+  EXPECT_EQ(Srctl({"doctor", store.url}).status, 0) << "an address alone is no store";
+}
+
 TEST_F(DoctorOfStores, SeesThatTheDocumentIsNotText) {
   const StoreText store = WorkingStore("s1", "One");
   WriteDocument(server_, "s1", "<Discovery \xFF");

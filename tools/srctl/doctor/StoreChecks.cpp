@@ -136,6 +136,12 @@ class StoreCheck {
     }
     const std::string stores =
         check.stores.size() == 1 ? "one store" : std::to_string(check.stores.size()) + " stores";
+    const bool isDescribed = store_.id.empty() || check.stores.contains(util::widen(store_.id));
+    if (!isDescribed) {
+      ReportDocument("It is valid, and describes " + stores + ", but not this one.",
+                     "Ask your administrator for the service record of the store that is at this address.");
+      return;
+    }
     Report(Result::Ok, "discovery document", "It is valid, and describes " + stores + ".");
   }
 
