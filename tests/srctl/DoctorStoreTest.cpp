@@ -62,8 +62,8 @@ TEST_F(DoctorOfStores, FindsNothingWrongWithAStoreThatWorks) {
   EXPECT_EQ(StoreLine(run, "location"),
             "ok: store \"One\" (s1), location: LAN, this machine is in the store's network. "
             "Why: LAN, 1 of 1 internal beacons answered.");
-  EXPECT_THAT(run.output, AllOf(HasSubstr("ok: store \"Two\" (s2), location: LAN"),
-                                Not(HasSubstr("gateway: ")), HasSubstr("\nNothing is wrong.\n")));
+  EXPECT_THAT(run.output,
+              AllOf(HasSubstr("ok: store \"Two\" (s2), location: LAN"), HasSubstr("\nNothing is wrong.\n")));
 }
 
 TEST_F(DoctorOfStores, NamesWhoAnswersForTheWholeChain) {
@@ -231,7 +231,49 @@ TEST_F(DoctorOfStores, FromOutsideAGatewayThatDoesNotAnswerIsAProblem) {
   GiveStores({store});
   const SrctlRun run = Srctl({"doctor"});
   EXPECT_EQ(run.status, 1);
-  ExpectProblem(StoreLine(run, "gateway"), "it cannot be contacted", "Check your network connection");
+  ExpectProblem(StoreLine(run, "gateway: " + store.gateways[1].location), "it cannot be contacted",
+                "Check your network connection");
+}
+
+TEST_F(DoctorOfStores, EachServerOfTheGatewaysIsLookedAtOnceWhereverTheMachineStands) {
+  const WebServer other(TestAuthority::Shared().TlsServerBlock("expired"));
+  StoreText inside = WorkingStore("s1", "One");
+  StoreText outside = OutsideStore();
+  const std::string head = inside.gateways[1].location;
+  for (StoreText* store : {&inside, &outside}) {
+    store->gateways[0].location = other.Address("https") + "/first";
+    store->gateways.push_back({.name = "Second", .location = other.Address("https") + "/second"});
+    GiveStores({*store});
+    const SrctlRun run = Srctl({"doctor"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(StoreLine(run, "gateway: " + head), StartsWith("ok: "));
+    ExpectProblem(StoreLine(run, "gateway: " + store->gateways[0].location), "has expired.", "See that");
+    EXPECT_THAT(run.output, Not(HasSubstr("/second")));
+    agent_.Bus().ServiceRecords("deleteStore", {"s1"});
+  }
+}
+
+TEST_F(DoctorOfStores, FromInsideAGatewayThatDoesNotAnswerIsOnlyNoted) {
+  StoreText store = WorkingStore("s1", "One");
+  store.gateways[1].location = NobodysAddress();
+  const std::string note = "From inside the store is reached without it.";
+  const SrctlRun unlisted = Srctl({"doctor", OpenableFile("a.cr", {store})});
+  GiveStores({store});
+  for (const SrctlRun& run : {unlisted, Srctl({"doctor"})}) {
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_THAT(StoreLine(run, "gateway: " + store.gateways[1].location),
+                AllOf(StartsWith("note: "), HasSubstr("it cannot be contacted"), HasSubstr(note)));
+  }
+  store.url = NobodysAddress();
+  EXPECT_THAT(Srctl({"doctor", OpenableFile("a.cr", {store})}).output, Not(HasSubstr(note)));
+}
+
+TEST_F(DoctorOfStores, AGatewayWhoseAddressLeadsElsewhereThanItShowsIsAProblem) {
+  StoreText store = WorkingStore("s1", "One");
+  store.gateways[0].location = "https://bank.example%2Fstores@127.0.0.1:1/s1";
+  GiveStores({store});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "gateway: " + store.gateways[0].location),
+                "the address can be read as another server's", "Ask your administrator");
 }
 
 TEST_F(DoctorOfStores, FromOutsideAServerThatNobodyCanTrustIsAProblem) {
@@ -307,7 +349,8 @@ TEST_F(DoctorOfStores, JsonLinesTellOneFindingEach) {
     EXPECT_EQ(finding["store"], "s1");
     told.push_back(finding["result"].get<std::string>() + " " + finding["check"].get<std::string>());
   }
-  EXPECT_THAT(told, testing::ElementsAre("problem server", "note discovery document", "ok location"));
+  EXPECT_THAT(told,
+              testing::ElementsAre("problem server", "ok gateway", "note discovery document", "ok location"));
 }
 
 TEST_F(DoctorOfStores, ManyStoresAreLookedAtSideBySideAndToldOneByOne) {
@@ -315,7 +358,7 @@ TEST_F(DoctorOfStores, ManyStoresAreLookedAtSideBySideAndToldOneByOne) {
   std::vector<std::string> expected;
   for (char number = 'a'; number <= 'z'; ++number) {
     stores.push_back(WorkingStore(std::string("s") + number, "One"));
-    for (const char* check : {"server", "discovery document", "location"})
+    for (const char* check : {"server", "gateway", "discovery document", "location"})
       expected.push_back(std::string("s") + number + " " + check);
   }
   GiveStores(stores);

@@ -124,7 +124,7 @@ Answer Ask(const std::string& url) {
   const Address::SendingForm form = FormForSending(split, split.WithoutPage());
   if (form.reading != Address::Reading::Same) {
     const bool isURL = form.reading == Address::Reading::Other;
-    return {Kind::NotContacted,
+    return {Kind::WrongAddress,
             isURL ? "it is not contacted: the address can be read as another server's or holds a user name"
                   : "it cannot be contacted: the address is no URL",
             "Ask your administrator for a corrected service record and open that one (srctl open FILE)."};

@@ -9,6 +9,7 @@ struct Answer {
   enum class Kind {
     Trusted,       // it answers, and the system trusts its chain
     NotProtected,  // its address is http, so there is no chain
+    WrongAddress,  // nothing may be sent there
     NotContacted,
     NotTrusted,
   };

@@ -5,6 +5,7 @@
 #include "doctor/DocumentCheck.h"
 #include "doctor/ServerCheck.h"
 #include "libs/Address/SendingForm.h"
+#include "libs/Address/SplitURL.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Transfer/GetRequest.h"
 #include "libs/Wayfinder/Wayfinder.h"
@@ -12,7 +13,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <set>
+#include <vector>
 
 namespace Srctl::StoreChecks {
 namespace {
@@ -30,6 +34,12 @@ std::unique_ptr<Transfer::GetRequest> RequestTo(const std::string& url) {
   return form.reading == Address::Reading::Same ? Transfer::GetRequest::Make(form.text) : nullptr;
 }
 
+// The same text for addresses of the same scheme, host and port.
+std::string ServerOf(const std::string& url) {
+  const std::string scheme = url.substr(0, url.find("://"));
+  return util::AsciiLowerCased(scheme + " " + Address::SplitURL(url).WithoutPage());
+}
+
 // One run over a store.
 class StoreCheck {
  public:
@@ -38,7 +48,7 @@ class StoreCheck {
 
   void Run() {
     const Kind server = CheckServer();
-    if (MayBeReachedThroughGateway()) CheckGateway();
+    CheckGateways(server);
     CheckDocument(server);
     if (situation_.location) CheckLocation(*situation_.location);
   }
@@ -57,10 +67,29 @@ class StoreCheck {
     return situation_.location && situation_.location->value == location;
   }
 
-  [[nodiscard]] const GatewayInfo& Gateway() const {
-    const auto found = std::find_if(store_.gateways.begin(), store_.gateways.end(),
-                                    [](const GatewayInfo& gateway) { return gateway.isDefault; });
-    return found != store_.gateways.end() ? *found : store_.gateways.front();
+  // Where nobody tells that, a server that can be contacted does.
+  [[nodiscard]] bool IsInside(Kind server) const {
+    if (!situation_.location || IsAt(Wayfinder::kDeciding)) return server != Kind::NotContacted;
+    return IsAt(Wayfinder::kLAN) || IsAt(Wayfinder::kVPN) || IsAt(Wayfinder::kPartlyInternal);
+  }
+
+  // The default one, which is used, comes first; of several at one server only one.
+  [[nodiscard]] std::vector<std::string> GatewayURLs() const {
+    std::vector<GatewayInfo> gateways = store_.gateways;
+    std::stable_partition(gateways.begin(), gateways.end(),
+                          [](const GatewayInfo& gateway) { return gateway.isDefault; });
+    std::vector<std::string> urls;
+    std::set<std::string> servers;
+    for (const GatewayInfo& gateway : gateways) {
+      if (!gateway.url.empty() && servers.insert(ServerOf(gateway.url)).second) urls.push_back(gateway.url);
+    }
+    return urls;
+  }
+
+  const ServerCheck::Answer& AnswerOf(const std::string& url) {
+    const auto [answer, isNew] = answers_.try_emplace(ServerOf(url));
+    if (isNew) answer->second = ServerCheck::Ask(url);
+    return answer->second;
   }
 
   void Report(Result result, const std::string& check, const std::string& text,
@@ -85,6 +114,7 @@ class StoreCheck {
         return Result::Ok;
       case Kind::NotProtected:
         return Result::Note;
+      case Kind::WrongAddress:
       case Kind::NotContacted:
       case Kind::NotTrusted:
         break;
@@ -93,7 +123,7 @@ class StoreCheck {
   }
 
   Kind CheckServer() {
-    const ServerCheck::Answer answer = ServerCheck::Ask(store_.url);
+    const ServerCheck::Answer& answer = AnswerOf(store_.url);
     if (answer.kind == Kind::NotContacted && MayBeReachedThroughGateway()) {
       Report(Result::Note, "server",
              store_.url + ": " + answer.text + ". From outside the store is reached through its gateway.");
@@ -103,13 +133,20 @@ class StoreCheck {
     return answer.kind;
   }
 
-  void CheckGateway() {
-    const ServerCheck::Answer answer = ServerCheck::Ask(Gateway().url);
-    ReportServer(ResultOf(answer.kind), "gateway", Gateway().url, answer);
+  void CheckGateways(Kind server) {
+    for (const std::string& url : GatewayURLs()) {
+      const ServerCheck::Answer& answer = AnswerOf(url);
+      if (answer.kind == Kind::NotContacted && IsInside(server)) {
+        Report(Result::Note, "gateway",
+               url + ": " + answer.text + ". From inside the store is reached without it.");
+      } else {
+        ReportServer(ResultOf(answer.kind), "gateway", url, answer);
+      }
+    }
   }
 
   void CheckDocument(Kind server) {
-    if (server == Kind::NotContacted || server == Kind::NotTrusted) {
+    if (server != Kind::Trusted && server != Kind::NotProtected) {
       Report(Result::Note, "discovery document",
              "It was not asked for, because the server cannot be used yet.");
       return;
@@ -204,6 +241,7 @@ class StoreCheck {
   const Situation& situation_;
   const StoreInfo& store_;
   const FindingReport& report_;
+  std::map<std::string, ServerCheck::Answer> answers_;  // by server: each is asked once
 };
 
 }  // namespace

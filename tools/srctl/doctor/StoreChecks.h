@@ -13,9 +13,8 @@ struct Situation {
   std::optional<LocationInfo> location;  // as the agent tells it; nothing of a store that is not in its list
 };
 
-// Reports the server, the gateway where the store is reached through one or may be, the discovery document,
-// and the location. Blocks for the network. Changes the current directory, as documentcheck does. Any thread,
-// several at once.
+// Reports the server, each server at which there are gateways, the discovery document, and the location.
+// Blocks for the network. Changes the current directory, as documentcheck does. Any thread, several at once.
 void CheckStore(const Situation& situation, const FindingReport& report);
 
 }  // namespace Srctl::StoreChecks
