@@ -46,6 +46,13 @@ TEST_F(SrctlOnTerminal, AsksThereWithoutAnyVariable) {
   EXPECT_THAT(terminal_.ReadNow(), HasSubstr("\"One\" (s1) was added."));
 }
 
+TEST_F(SrctlOnTerminal, TheDoctorSaysThatOpeningAsksThere) {
+  ChildProcess srctl = LogOn("exec \"$0\" doctor");
+  static_cast<void>(terminal_.ReadUntil("ok: questions: srctl open has you asked on this terminal.\r\n"));
+  static_cast<void>(terminal_.ReadUntil("Nothing is wrong.\r\n"));
+  EXPECT_EQ(srctl.Wait(), 0);
+}
+
 TEST_F(SrctlOnTerminal, AsksThereAlsoWhenNothingElseLeadsThere) {
   ChildProcess srctl = LogOn("exec \"$0\" open \"$1\" </dev/null >/dev/null 2>&1");
   static_cast<void>(terminal_.ReadUntil(kQuestion));

@@ -129,11 +129,14 @@ Finding CheckCredentialProgram(const fs::path& folder) {
 }
 
 Finding CheckQuestions() {
-  if (HasDesktop()) return {Result::Ok, "questions", "You are asked in a window of your desktop."};
+  if (HasDesktop()) {
+    return {Result::Ok, "questions",
+            "srctl open has you asked in a window of your desktop, if the agent was started on one."};
+  }
   const std::optional<OwnTerminal> terminal = OwnTerminal::Find();
   if (!terminal) {
     return {Result::Note, "questions",
-            "There is neither a desktop nor a terminal here, so you cannot be asked whether to add a store.",
+            "There is neither a desktop nor a terminal here, so srctl open cannot have you asked.",
             "Run srctl on your desktop or on a terminal (over SSH: ssh -t)."};
   }
   if (!terminal->IsOurs()) {
@@ -141,7 +144,7 @@ Finding CheckQuestions() {
             "srctl runs in the background of its terminal, where you cannot answer.",
             "Run it in the foreground (fg)."};
   }
-  return {Result::Ok, "questions", "You are asked on this terminal."};
+  return {Result::Ok, "questions", "srctl open has you asked on this terminal."};
 }
 
 Finding CheckFileType() {

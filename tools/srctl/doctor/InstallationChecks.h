@@ -16,7 +16,7 @@ namespace Srctl::InstallationChecks {
 // Whether the agent can run the program that finds or asks for credentials, in the folder of its bundle.
 [[nodiscard]] Finding CheckCredentialProgram(const std::filesystem::path& folder);
 
-// Whether a question about a store can be asked of whoever runs srctl, and where.
+// Where `srctl open` has questions asked of whoever runs it. Says nothing of the agent's own desktop.
 [[nodiscard]] Finding CheckQuestions();
 
 // Whether the desktop opens service-record files with this program.
