@@ -402,6 +402,19 @@ TEST_F(DoctorOfStores, TellsWhyAFileIsNoServiceRecord) {
               HasSubstr("Name a service-record file, or an address that begins with https://."));
 }
 
+TEST_F(DoctorOfStores, NamesASchemeThatIsNeitherHttpNorHttps) {
+  for (const std::string scheme : {"ftp://", "htps://", "://"}) {
+    const SrctlRun run = Srctl({"doctor", scheme + "localhost:1/"});
+    EXPECT_EQ(run.status, 1);
+    ExpectProblem(Line(run, "server"),
+                  "the address begins with " + scheme + ", which is neither https nor http.",
+                  "Ask your administrator");
+    EXPECT_THAT(Line(run, "discovery document"), StartsWith("note: "));
+  }
+  EXPECT_THAT(Srctl({"doctor", "HTTPS://localhost:" + std::to_string(server_.Port())}).output,
+              StartsWith("ok: server: "));
+}
+
 TEST_F(DoctorOfStores, LooksAtAnAddress) {
   const std::string url = NobodysAddress();
   const SrctlRun run = Srctl({"doctor", url});

@@ -1,6 +1,7 @@
 #include "doctor/ServerCheck.h"
 
 #include "libs/Address/SendingForm.h"
+#include "libs/Text/TextHelpers.h"
 #include "libs/Transfer/CertificateNames.h"
 #include "libs/Transfer/HeadRequest.h"
 #include "libs/Transfer/StreamErrorCode.h"
@@ -15,6 +16,8 @@ using Kind = Answer::Kind;
 constexpr char kCheckAddress[] =
     "Check your network connection; if other addresses work, ask your administrator whether this one is "
     "right.";
+constexpr char kCorrectRecord[] =
+    "Ask your administrator for a corrected service record and open that one (srctl open FILE).";
 constexpr char kCheckServer[] = "Ask the administrator of the server to look at its TLS settings.";
 
 Answer NotTrusted(const std::string& why, const std::string& next) {
@@ -96,6 +99,15 @@ Answer NotContacted(CURLcode result, long statusOfProxy) {
   }
 }
 
+// The scheme as it is written, where it is neither http nor https; else empty. The agent would take it for
+// one of the two.
+std::string ForeignScheme(const std::string& url) {
+  const std::size_t end = url.find("://");
+  if (end == std::string::npos) return {};
+  const std::string scheme = util::AsciiLowerCased(url.substr(0, end));
+  return scheme == "http" || scheme == "https" ? "" : url.substr(0, end + 3);
+}
+
 Answer AskOverTls(const std::string& url) {
   const std::unique_ptr<Transfer::HeadRequest> request = Transfer::HeadRequest::Make(url);
   if (!request) return NotContacted(CURLE_OUT_OF_MEMORY, 0);
@@ -120,6 +132,11 @@ Answer AskOverTls(const std::string& url) {
 }  // namespace
 
 Answer Ask(const std::string& url) {
+  if (const std::string scheme = ForeignScheme(url); !scheme.empty()) {
+    return {Kind::WrongAddress,
+            "it is not contacted: the address begins with " + scheme + ", which is neither https nor http",
+            kCorrectRecord};
+  }
   const Address::SplitURL split(url);
   const Address::SendingForm form = FormForSending(split, split.WithoutPage());
   if (form.reading != Address::Reading::Same) {
@@ -127,7 +144,7 @@ Answer Ask(const std::string& url) {
     return {Kind::WrongAddress,
             isURL ? "it is not contacted: the address can be read as another server's or holds a user name"
                   : "it cannot be contacted: the address is no URL",
-            "Ask your administrator for a corrected service record and open that one (srctl open FILE)."};
+            kCorrectRecord};
   }
   if (!split.IsSecure()) {
     return {Kind::NotProtected,
