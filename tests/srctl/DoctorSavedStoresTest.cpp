@@ -137,6 +137,15 @@ TEST_F(DoctorOfSavedStores, NoCommandTakesAFileThatCannotBeReadForAListWithoutSt
   }
 }
 
+TEST_F(DoctorOfSavedStores, AListThatCannotBeReadSaysNothingAboutWhoseAddressItIs) {
+  const TestSupport::StoreText store = WorkingStore("s1", "One");
+  GiveStores({store});
+  StartWithoutTheFile();
+  const SrctlRun run = Srctl({"location", store.url});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.errors, HasSubstr("srctl: The agent cannot read the file with your stores now"));
+}
+
 TEST_F(DoctorOfSavedStores, AFileIsNotAddedToAListThatCannotBeRead) {
   GiveStores({WorkingStore("s1", "One")});
   StartWithoutTheFile();

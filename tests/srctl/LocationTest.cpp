@@ -142,11 +142,19 @@ TEST_F(SrctlWithRealAgent, AMissingGatewayIsSaid) {
   }
 }
 
-TEST_F(SrctlWithRealAgent, AnAddressOfNoStoreIsSaidBesideItsLocation) {
+TEST_F(SrctlWithRealAgent, AnAddressOfNoStoreIsSaidBesideItsLocationAndNotFound) {
   const SrctlRun unknown = Srctl({"location", "https://nobody.example"});
-  EXPECT_EQ(unknown.status, 0);
-  EXPECT_EQ(unknown.errors, "No store has the address \"https://nobody.example\". Stores: srctl list\n");
-  EXPECT_THAT(Srctl({"location", Store("s1", "").url + "//"}).errors, IsEmpty());
+  EXPECT_EQ(unknown.status, 1);
+  EXPECT_THAT(unknown.output, testing::Not(IsEmpty()));
+  EXPECT_EQ(unknown.errors,
+            "srctl: No store has the address \"https://nobody.example\". Stores: srctl list\n");
+  TestSupport::StoreText outside = Store("s2", "Two");
+  outside.internalBeacons = {"https://localhost:1"};
+  GiveStores({outside});
+  const SrctlRun known = Srctl({"location", "--wait", outside.url + "//"});
+  EXPECT_EQ(known.status, 0);
+  EXPECT_THAT(known.output, HasSubstr("outside"));
+  EXPECT_THAT(known.errors, IsEmpty());
 }
 
 TEST_F(SrctlWithRealAgent, ADecisionOfTheRealAgentCanBeWaitedFor) {

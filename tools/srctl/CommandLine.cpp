@@ -153,6 +153,7 @@ void AddLocation(CLI::App& app, Arguments& arguments) {
           ->transform(CLI::Validator(WithDefaultWait, ""))
           ->check(CLI::Range(1U, kLongestWait));
   AddJson(*command, arguments);
+  command->footer("Exit status: 1 also when no store has the URL, for which the agent answers all the same.");
   command->callback([&arguments, wait] {
     std::optional<std::chrono::seconds> limit;
     if (wait->count() > 0) limit = std::chrono::seconds(wait->as<unsigned>());

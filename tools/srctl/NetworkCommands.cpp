@@ -14,12 +14,11 @@ namespace Srctl::Commands {
 namespace {
 
 // The agent answers for every URL, so that a typing error would go unseen.
-void TellThatNoStoreIsThere(AgentClient& agent, const std::string& url) {
+bool IsOfNoStore(AgentClient& agent, const std::string& url) {
   const auto stores = agent.AllStores();
-  const bool isKnown = !stores || std::any_of(stores->begin(), stores->end(), [&url](const StoreInfo& store) {
-    return Wayfinding::StoreKey(store.url) == Wayfinding::StoreKey(url);
-  });
-  if (!isKnown) std::cerr << "No store has the address " << Quoted(url) << ". Stores: srctl list\n";
+  return stores && std::none_of(stores->begin(), stores->end(), [&url](const StoreInfo& store) {
+           return Wayfinding::StoreKey(store.url) == Wayfinding::StoreKey(url);
+         });
 }
 
 }  // namespace
@@ -35,8 +34,9 @@ Status Location(const std::string& url, std::optional<std::chrono::seconds> wait
                     "srctl doctor");
     }
     Printing::PrintLocation(std::cout, url, *location, format);
-    if (*location == Wayfinder::kOutside || *location == Wayfinder::kNone) TellThatNoStoreIsThere(agent, url);
-    return Status::Done;
+    const bool mayBeOfNoStore = *location == Wayfinder::kOutside || *location == Wayfinder::kNone;
+    if (!mayBeOfNoStore || !IsOfNoStore(agent, url)) return Status::Done;
+    return RefuseForList(agent, "No store has the address " + Quoted(url) + ". Stores: srctl list");
   });
 }
 
