@@ -1,7 +1,6 @@
 #include "SRLib/SRDocParser.h"
 
 #include "libs/DomLib/DescendantWalk.h"
-#include "libs/DomLib/Descendants.h"
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/DomLib/XercesUtils.h"
 #include "libs/Text/TextHelpers.h"
@@ -96,22 +95,29 @@ class SRDocParser::ServiceList : public DOMNodeList {
   // Goes one element further; false at the end.
   bool Advance() const {
     const DOMElement* element = walk_.Next();
-    if (element == nullptr || walk_.Depth() <= outermost_) {
-      complete_ = services_.size();
-      outermost_ = 0;
-    }
+    if (element == nullptr || walk_.Depth() <= outermost_) Complete();
     if (element != nullptr) Take(*element);
     return element != nullptr;
   }
 
+  void Complete() const {
+    complete_ = services_.size();
+    if (outermost_ != 0) std::swap(parser_.below_, below_);
+    outermost_ = 0;
+  }
+
   void Take(const DOMElement& element) const {
+    if (outermost_ != 0) below_.elements.Add(element, walk_.Depth());
     const bool isService = parser_.IsService(element);
     levels_.resize(walk_.Depth());
     levels_.push_back(levels_.back() + (isService || IsGateway(element) ? 1 : 0));
     parser_.deepestLevel_ = std::max(parser_.deepestLevel_, levels_.back());
     if (!isService) return;
     services_.push_back(&element);
-    if (outermost_ == 0) outermost_ = walk_.Depth();
+    if (outermost_ != 0) return;
+    outermost_ = walk_.Depth();
+    below_.service = &element;
+    below_.elements.Clear();
   }
 
   SRDocParser& parser_;
@@ -120,6 +126,7 @@ class SRDocParser::ServiceList : public DOMNodeList {
   mutable std::vector<const DOMElement*> services_;
   mutable std::size_t complete_ = 0;   // how many of them have been walked through
   mutable std::size_t outermost_ = 0;  // the depth of the service that is being walked through; 0 for none
+  mutable BelowService below_;         // of that service, so far
 };
 
 void SRDocParser::SetSchema() {
@@ -165,17 +172,17 @@ const DOMElement* SRDocParser::GetServicesElem(const std::wstring& text) {
 
 bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out) {
   deepestLevel_ = 0;
+  below_.service = nullptr;
   return DeserializeServiceNodes(ServiceList(*this, root), out);
 }
 
 bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap& out) {
-  DomLib::Descendants below;
   XMLSize_t index = 0;
   for (; DOMNode* node = services.item(index); ++index) {
     if (AsElement(node) == nullptr) continue;
     auto& service = static_cast<DOMElement&>(*node);
     RefuseDeepNesting(service);
-    below.Gather(service);
+    const DomLib::Descendants& below = Below(service);
     SRStore store;
     if (!DeserializeService(service, below, store)) return false;
     // A bad list ends the document without making it a failure, unlike a missing element: deliberate.
@@ -187,6 +194,15 @@ bool SRDocParser::DeserializeServiceNodes(const DOMNodeList& services, StoreMap&
     out.insert_or_assign(std::move(id), std::move(store));
   }
   return index == services.getLength();
+}
+
+const DomLib::Descendants& SRDocParser::Below(const DOMElement& service) {
+  // Whoever lists the services has gone through those below the outermost one already.
+  if (below_.service != &service) {
+    below_.elements.Gather(service);
+    below_.service = &service;
+  }
+  return below_.elements;
 }
 
 bool SRDocParser::IsService(const DOMNode& node) const {

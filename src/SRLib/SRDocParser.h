@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SRLib/SRStore.h"
+#include "libs/DomLib/Descendants.h"
 #include "libs/DomLib/DomServices.h"
 #include "libs/DomLib/XercesUtils.h"
 
@@ -12,10 +13,6 @@ class DOMElement;
 class DOMNode;
 class DOMNodeList;
 XERCES_CPP_NAMESPACE_END
-
-namespace DomLib {
-class Descendants;
-}
 
 namespace ServiceRecords {
 
@@ -59,15 +56,22 @@ class SRDocParser {
 
  private:
   class ServiceList;
+  struct BelowService {
+    const xercesc::DOMElement* service = nullptr;
+    DomLib::Descendants elements;
+  };
 
   bool DeserializeService(xercesc::DOMElement& service, const DomLib::Descendants& below, SRStore& store);
+  // The elements below it, which are good until the next call, or until the list of services is asked.
+  [[nodiscard]] const DomLib::Descendants& Below(const xercesc::DOMElement& service);
   [[nodiscard]] bool IsService(const xercesc::DOMNode& node) const;
   [[nodiscard]] bool IsLevel(const xercesc::DOMNode& node) const;
   void RefuseDeepNesting(const xercesc::DOMElement& element) const;
 
   xercesc::DOMDocument* document_ = nullptr;  // owned by domServices_
   std::size_t deepestLevel_ = 0;              // found so far, of services and gateways inside one another
-  const DomLib::XString serviceNamespace_;    // empty: services are known by their tag name as written
+  BelowService below_;
+  const DomLib::XString serviceNamespace_;  // empty: services are known by their tag name as written
 };
 
 }  // namespace ServiceRecords

@@ -11,10 +11,13 @@ namespace DomLib {
 using namespace xercesc;
 
 void Descendants::Gather(const DOMElement& root) {
-  places_.clear();
+  Clear();
   DescendantWalk walk(root);
-  while (const DOMElement* element = walk.Next())
-    places_.push_back({element, element->getNodeName(), walk.Depth()});
+  while (const DOMElement* element = walk.Next()) Add(*element, walk.Depth());
+}
+
+void Descendants::Add(const DOMElement& element, std::size_t depth) {
+  places_.push_back({&element, element.getNodeName(), depth});
 }
 
 const DOMElement* Descendants::First(const char* name) const {

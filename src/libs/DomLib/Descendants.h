@@ -7,12 +7,16 @@
 
 namespace DomLib {
 
-// The elements below an element, in document order, gathered by one walk for who looks for several of them.
-// The document must not change.
+// The elements below an element, in document order, for who looks for several of them. The document must not
+// change.
 class Descendants {
  public:
-  // Forgets the elements gathered before.
+  // Forgets the elements before, and goes through those below this one.
   void Gather(const xercesc::DOMElement& root);
+  // For who goes through them anyway: forgets the elements before; takes the next one, so far below any
+  // common root.
+  void Clear() { places_.clear(); }
+  void Add(const xercesc::DOMElement& element, std::size_t depth);
 
   // The first of that tag name as written; null when there is none.
   [[nodiscard]] const xercesc::DOMElement* First(const char* name) const;
