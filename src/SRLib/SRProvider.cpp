@@ -144,7 +144,7 @@ bool SRProvider::MergeWithinBounds(StoreMap& incoming, bool dsTrusted, bool& upd
 }
 
 bool SRProvider::MayReplace(const SRStore& held, const SRStore& incoming) const {
-  const DialogSubject subject(Replacement{held, incoming});
+  const DialogSubject subject(Replacement{held, incoming, parts_.configuration});
   const std::int32_t answer = Notification()->ShowStoreReplaceDialog(held.GetStoreName());
   const bool accepted = answer == IServiceRecordsNotifications::kAccepted;
   if (accepted) {

@@ -11,6 +11,8 @@
 namespace ServiceRecords {
 namespace {
 
+constexpr wchar_t kSelectedGateway[] = L"SR\\UserSelectedGatewayName";
+
 template <class Gateways>
 auto FindGateway(Gateways& gateways, const std::wstring& name) {
   return std::find_if(gateways.begin(), gateways.end(),
@@ -117,14 +119,28 @@ void SRStore::MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>&
   MergeLists<BeaconMarks>(mine, incoming, dsTrusted);
 }
 
+SRStore SRStore::AfterReplacement(const SRStore& incoming, const Config::Configurator& configuration) const {
+  std::wstring selected;
+  configuration.GetString(kSelectedGateway, L"", selected);
+  const SRGateway* const defaultBefore = DefaultGateway(selected);
+  SRStore after = *this;
+  after.TakeOver(incoming, false);
+  after.SetDefaultGateway(defaultBefore != nullptr ? defaultBefore->GetName() : std::wstring());
+  static_cast<void>(after.GetInternalBeacons());
+  if (const SRGateway* const gateway = after.DefaultGateway(selected);
+      gateway != nullptr && after.externalBeacons_.empty()) {
+    after.externalBeacons_.emplace_back().SetLocation(gateway->GetLocation());
+  }
+  return after;
+}
+
 bool SRStore::GetDefaultGatewayRef(SRGateway& out, const Config::Configurator& configuration) const {
   if (gateways_.empty()) return false;
   if (const SRGateway* selected = GatewaySelectedByUser(configuration); selected != nullptr) {
     out = *selected;
     return true;
   }
-  const auto marked = FindDefault(gateways_);
-  out = marked != gateways_.end() ? *marked : gateways_.front();
+  out = MarkedOrFirstGateway();
   // Written also when the user never chose a gateway.
   SR_TRACE(0) << "Gateway selected by user doesn't match any from the store. Using default from store: "
               << out.GetLocation();
@@ -133,12 +149,28 @@ bool SRStore::GetDefaultGatewayRef(SRGateway& out, const Config::Configurator& c
 
 const SRGateway* SRStore::GatewaySelectedByUser(const Config::Configurator& configuration) const {
   std::wstring name;
-  if (!configuration.GetString(L"SR\\UserSelectedGatewayName", L"", name)) return nullptr;
+  if (!configuration.GetString(kSelectedGateway, L"", name)) return nullptr;
   SR_TRACE(0) << "Gateway selected by user in PrefPanel: " << name;
-  const auto selected = name.empty() ? gateways_.end() : FindGateway(gateways_, name);
-  if (selected == gateways_.end()) return nullptr;
+  const SRGateway* const selected = NamedGateway(name);
+  if (selected == nullptr) return nullptr;
   SR_TRACE(0) << "Gateway selected by user matches one of gateways in store list.";
-  return &*selected;
+  return selected;
+}
+
+const SRGateway* SRStore::NamedGateway(const std::wstring& name) const {
+  const auto named = name.empty() ? gateways_.end() : FindGateway(gateways_, name);
+  return named != gateways_.end() ? &*named : nullptr;
+}
+
+const SRGateway& SRStore::MarkedOrFirstGateway() const {
+  const auto marked = FindDefault(gateways_);
+  return marked != gateways_.end() ? *marked : gateways_.front();
+}
+
+const SRGateway* SRStore::DefaultGateway(const std::wstring& selected) const {
+  if (gateways_.empty()) return nullptr;
+  const SRGateway* const named = NamedGateway(selected);
+  return named != nullptr ? named : &MarkedOrFirstGateway();
 }
 
 bool SRStore::SetDefaultGateway(const std::wstring& name) {

@@ -67,6 +67,10 @@ class SRStore {
   void TakeOver(const SRStore& incoming, bool dsTrusted);
   void MergeGateways(const std::list<SRGateway>& incoming, bool dsTrusted,
                      const Config::Configurator& configuration);
+  // What Merge of a document's record and the save behind it would make of this store: for the question
+  // whether they may, so nothing is traced.
+  [[nodiscard]] SRStore AfterReplacement(const SRStore& incoming,
+                                         const Config::Configurator& configuration) const;
   void MergeBeacons(std::list<SRBeacon>& mine, const std::list<SRBeacon>& incoming, bool dsTrusted);
 
   // Copies out the gateway that the user chose in the configuration, else the one marked as default, else the
@@ -76,7 +80,13 @@ class SRStore {
   bool SetDefaultGateway(const std::wstring& name);
 
  private:
+  // Null for an empty name, and when there is none of that name.
+  [[nodiscard]] const SRGateway* NamedGateway(const std::wstring& name) const;
+  // There is a gateway.
+  [[nodiscard]] const SRGateway& MarkedOrFirstGateway() const;
   [[nodiscard]] const SRGateway* GatewaySelectedByUser(const Config::Configurator& configuration) const;
+  // `selected`: by the user; may be empty. Null when the store has no gateways.
+  [[nodiscard]] const SRGateway* DefaultGateway(const std::wstring& selected) const;
 
   std::wstring storeID_;
   std::wstring storeURL_;

@@ -4,6 +4,7 @@
 #include "support/NotificationService.h"
 #include "support/OpeningClient.h"
 #include "support/PseudoTerminal.h"
+#include "support/TestFiles.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -176,6 +177,45 @@ TEST_F(OpenedFiles, TheFurtherKeysTellTheDialogsWhatTheyAreAbout) {
   EXPECT_EQ(*error.Find("Server"), PropertyList::Value("localhost:1"));
   EXPECT_EQ(error.Find("ErrorReason"), nullptr) << "the message says as much";
   EXPECT_THAT(*error.Find("ErrorDetails")->As<std::string>(), HasSubstr("https://localhost:1: "));
+}
+
+TEST_F(OpenedFiles, TheReplaceQuestionTellsWhatTheListHoldsAfterwards) {
+  using PropertyList::Array;
+  using PropertyList::Dictionary;
+  Start();
+  client_->OpenAndAwait(OneStore());
+  auto newer = Store("s1", "Newer");
+  newer.gateways[0].isDefault = true;
+  newer.gateways[1] = {.name = "New", .location = newer.url};
+  newer.internalBeacons.clear();
+  newer.externalBeacons.clear();
+  const std::string file = OpenableFile("b.cr", {newer});
+  Serve(newer, "no discovery document");
+  client_->OpenAndAwait(file);
+  ASSERT_TRUE(WaitForDialogs(4));  // trust; trust, replace, error
+
+  const Dictionary replace = agent_.Dialogs()[2].second;
+  const Dictionary& after = *replace.Find("NewStore")->As<Dictionary>();
+  const auto listed = agent_.Bus().ServiceRecords("allStores")[0];
+  EXPECT_EQ(listed["StoreName"], "Newer");
+  EXPECT_EQ(*after.Find("StoreName"), PropertyList::Value("Newer"));
+  const Array& gateways = *after.Find("StoreGateways")->As<Array>();
+  ASSERT_EQ(gateways.size(), 3U);
+  for (std::size_t i = 0; i < gateways.size(); ++i) {
+    const Dictionary& gateway = *gateways[i].As<Dictionary>();
+    for (const char* const key : {"GatewayName", "GatewayURL"}) {
+      EXPECT_EQ(listed["StoreGateways"][i][key], *gateway.Find(key)->As<std::string>());
+    }
+    const bool isDefault = *gateway.Find("GatewayName") == PropertyList::Value("Head Office");
+    EXPECT_EQ(listed["StoreGateways"][i]["IsDefault"], isDefault);
+    EXPECT_EQ(*gateway.Find("IsDefault"), PropertyList::Value(isDefault));
+  }
+  const std::string saved = TestSupport::ReadFile(agent_.StoresFile());
+  for (const auto& [key, beacons] : {std::pair("InternalBeacons", Store("s1", "").internalBeacons),
+                                     {"ExternalBeacons", Store("s1", "").externalBeacons}}) {
+    EXPECT_EQ(*after.Find(key), PropertyList::Value(Array{beacons[0]}));
+    EXPECT_THAT(saved, HasSubstr("<string>" + beacons[0] + "</string>"));
+  }
 }
 
 TEST_F(OpenedFiles, QuestionsAreAskedOnTheTerminalThatIsHandedOver) {

@@ -196,6 +196,33 @@ TEST_F(SRStoreMergeTest, TheGatewayThatTheUserChoseIsMarkedByAMerge) {
   EXPECT_EQ(Marked(held.GetGateways()), (Wide{L"B"}));
 }
 
+TEST_F(SRStoreMergeTest, WhatAReplacementWouldMakeOfAStoreIsWhatMergeAndSaveMakeOfIt) {
+  const SRStore bare = Store(L"S", L"https://s");
+  SRStore full =
+      Store(L"S", L"https://full",
+            {Gateway(L"A", L"https://a"), ConfirmedGateway(L"B"), Gateway(L"", L"https://nameless")});
+  full.AddBeacon(Beacon(L"in", true), BeaconType::Internal);
+  full.AddBeacon(Beacon(L"out"), BeaconType::External);
+  SRStore other = Store(L"S", L"https://other",
+                        {Gateway(L"B", L"https://b", true), Gateway(L"C", L"https://c"), Gateway(L"", L"")});
+  other.GetGateways().front().SetAuthentication(SRGateway::GatewayAuthentication::SMS);
+  for (const wchar_t* const selected : {L"", L"B", L"C", L"nobody"}) {
+    configuration_.SetString(L"SR\\UserSelectedGatewayName", selected);
+    for (const SRStore& held : {bare, full, other}) {
+      for (const SRStore& incoming : {bare, full, other}) {
+        const std::size_t traced = trace_.Records().size();
+        const SRStore after = held.AfterReplacement(incoming, configuration_);
+        EXPECT_EQ(trace_.Records().size(), traced);
+        SRStore merged = held;
+        merged.Merge(incoming, false, configuration_);
+        static_cast<void>(merged.GetInternalBeacons());
+        static_cast<void>(merged.GetExternalBeacons(configuration_));
+        EXPECT_TRUE(after.IsSameThroughout(merged));
+      }
+    }
+  }
+}
+
 TEST_F(SRStoreMergeTest, AStoreWithoutGatewaysTakesTheMarksOfTheNewerRecord) {
   SRStore held = Store(L"S", L"https://s");
   held.MergeGateways({Gateway(L"A"), Gateway(L"B", L"", true)}, false, configuration_);

@@ -2,6 +2,7 @@
 #include "SRLib/Provider/DialogSubject.h"
 #include "SRLib/Provider/Opening.h"
 #include "SRLib/SRProvider.h"
+#include "fakes/FakeConfigurator.h"
 #include "fakes/PartsOfTheProcess.h"
 #include "libs/Files/Bundle.h"
 #include "libs/Files/EventFd.h"
@@ -215,24 +216,41 @@ TEST_F(NotificationsTest, AHostThatIsAsciiIsNamedOnce) {
   EXPECT_EQ(*Details().Find("VerifiedServer"), PropertyList::Value("store"));
 }
 
-TEST_F(NotificationsTest, TheReplaceDialogHasBothRecords) {
+TEST_F(NotificationsTest, TheReplaceDialogHasTheStoreAsItIsAndAsItWouldBe) {
   using namespace TestSupport;
   ServiceRecords::SRStore held =
       Store(L"s", L"https://old", {TestSupport::Gateway(L"GW", L"https://gw", true)});
   held.AddBeacon(Beacon(L"in"), ServiceRecords::BeaconType::Internal);
-  const ServiceRecords::SRStore incoming = Store(L"s", L"https://new");
-  const DialogSubject subject(Replacement{held, incoming});
+  held.GetGateways().front().SetAuthentication(ServiceRecords::SRGateway::GatewayAuthentication::SMS);
+  held.GetGateways().front().SetEdition(ServiceRecords::SRGateway::GatewayEdition::Enterprise);
+  held.GetGateways().front().SetAGMode(ServiceRecords::SRGateway::AGMode::FB_RW);
+  const ServiceRecords::SRStore incoming =
+      Store(L"s", L"https://new", {TestSupport::Gateway(L"New", L"https://n", true)});
+  const FakeConfigurator configuration;
+  const DialogSubject subject(Replacement{held, incoming, configuration});
   notifications_.ShowStoreReplaceDialog(L"Sales");
   const Dictionary details = Details();
+  const Dictionary gateway{{"GatewayName", "GW"},
+                           {"GatewayURL", "https://gw"},
+                           {"IsDefault", true},
+                           {"GatewayAuthType", std::uint32_t{4}},
+                           {"GatewayEdition", std::uint32_t{2}},
+                           {"GatewayRewriteMode", std::uint32_t{2}}};
   const Dictionary heldRecord{{"StoreName", util::narrow(held.GetStoreName())},
                               {"StoreURL", "https://old"},
                               {"StoreHost", "old"},
-                              {"StoreGateways", Array{Gateway("GW", "https://gw", true)}},
+                              {"StoreGateways", Array{gateway}},
                               {"InternalBeacons", Array{"in"}},
                               {"ExternalBeacons", Array{}}};
   EXPECT_EQ(*details.Find("HeldStore"), PropertyList::Value(heldRecord));
-  EXPECT_EQ(*details.Find("NewStore")->As<Dictionary>()->Find("StoreURL"),
-            PropertyList::Value("https://new"));
+  const Dictionary& after = *details.Find("NewStore")->As<Dictionary>();
+  EXPECT_EQ(*after.Find("StoreURL"), PropertyList::Value("https://new"));
+  const Array& gateways = *after.Find("StoreGateways")->As<Array>();
+  ASSERT_EQ(gateways.size(), 2U);
+  EXPECT_EQ(gateways[0], PropertyList::Value(gateway));
+  EXPECT_EQ(*gateways[1].As<Dictionary>()->Find("GatewayName"), PropertyList::Value("New"));
+  EXPECT_EQ(*after.Find("InternalBeacons"), PropertyList::Value(Array{"in"}));
+  EXPECT_EQ(*after.Find("ExternalBeacons"), PropertyList::Value(Array{"https://gw"}));
 }
 
 TEST_F(NotificationsTest, AnErrorNamesTheServerAndSaysWhy) {

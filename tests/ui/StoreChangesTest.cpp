@@ -90,6 +90,28 @@ TEST(StoreChangesTest, AnotherDefaultGateway) {
       ElementsAre(Fact{"Default gateway", HeldAndNew("Main", "None")}));
 }
 
+TEST(StoreChangesTest, WhatElseAGatewayHasAnotherOf) {
+  const auto with = [](std::uint32_t authentication, std::uint32_t edition, std::uint32_t mode) {
+    Dictionary gateway = Gateway("Main", "https://main", true);
+    gateway.Set("GatewayAuthType", authentication);
+    gateway.Set("GatewayEdition", edition);
+    gateway.Set("GatewayRewriteMode", mode);
+    return Dictionary{{"StoreGateways", Array{std::move(gateway)}}};
+  };
+  const Dictionary held = with(2, 0, 1);
+  EXPECT_THAT(Between(held, held).changes, IsEmpty());
+  EXPECT_THAT(
+      Between(held, with(1, 0, 1)).changes,
+      ElementsAre(Fact{"Gateway with another way to log on", "Main\n" + HeldAndNew("Domain", "No log-on")}));
+  EXPECT_THAT(
+      Between(held, with(2, 2, 1)).changes,
+      ElementsAre(Fact{"Gateway of another edition", "Main\n" + HeldAndNew("Standard", "Enterprise")}));
+  EXPECT_THAT(Between(held, with(2, 0, 0)).changes,
+              ElementsAre(Fact{"Gateway with another rewrite mode", "Main\n" + HeldAndNew("SG_RW", "NONE")}));
+  EXPECT_THAT(Between(held, with(77, 0, 1)).changes,
+              ElementsAre(Fact{"Gateway with another way to log on", "Main\n" + HeldAndNew("Domain", "77")}));
+}
+
 TEST(StoreChangesTest, BeaconsThatCameAndWent) {
   EXPECT_THAT(ChangesWith("InternalBeacons", Array{"http://inside", "http://more"}),
               ElementsAre(Fact{"Internal beacon added", "http://more"}));

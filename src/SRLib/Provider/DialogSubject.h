@@ -4,6 +4,10 @@
 #include <utility>
 #include <variant>
 
+namespace Config {
+class Configurator;
+}
+
 namespace ServiceRecords {
 
 class SRStore;
@@ -14,10 +18,11 @@ struct VerifiedServer {
   bool isGateway = false;
 };
 
-// A store that is held, and the record that is to take its place.
+// A store that is held, the record that is to be merged into it, and the user's configuration.
 struct Replacement {
   const SRStore& held;
   const SRStore& incoming;
+  const Config::Configurator& configuration;
 };
 
 // The server that an error is about.

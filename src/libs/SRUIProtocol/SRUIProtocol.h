@@ -77,9 +77,13 @@ typedef struct SRUIProtocol {
   int (*addStore)(const char* details);
 
   /*
-   * Asks whether a known store is replaced. Key: StoreName. May hold HeldStore and NewStore, dictionaries
-   * with StoreName, StoreURL, StoreHost, StoreHostASCII and StoreGateways as for addStore, and
-   * InternalBeacons and ExternalBeacons (arrays of strings). Result as for addStore.
+   * Asks whether a known store is replaced. Key: StoreName. May hold HeldStore and NewStore: the store in the
+   * list, and what the replacement would make of it, which keeps what the new record does not name. They are
+   * dictionaries with StoreName, StoreURL, StoreHost, StoreHostASCII and StoreGateways as for addStore, and
+   * InternalBeacons and ExternalBeacons (arrays of strings). Their gateways may hold the integers
+   * GatewayAuthType (0 RSA, 1 none, 2 domain, 3 domain and RSA, 4 SMS, 5 the gateway knows), GatewayEdition
+   * (0 standard, 1 advanced, 2 enterprise) and GatewayRewriteMode (0 NONE, 1 SG_RW, 2 FB_RW, 3 ENTCVPN_RW).
+   * Result as for addStore.
    */
   int (*replaceStore)(const char* details);
 

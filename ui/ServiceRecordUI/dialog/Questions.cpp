@@ -123,8 +123,7 @@ std::string ChangeLines(const StoreChanges& changes, std::size_t columns) {
   if (!changes.isKnown) return {};
   std::string lines = "\nNow:\n\n";
   for (const Fact& fact : changes.held) lines += FactLines(fact, columns);
-  if (changes.changes.empty())
-    return lines + "\nThe new record has the same name, address, gateways and beacons.\n";
+  if (changes.changes.empty()) return lines + "\nName, address, gateways and beacons stay the same.\n";
   lines += "\nThe new record changes:\n\n";
   for (const Fact& fact : changes.changes) lines += FactLines(fact, columns);
   return lines;

@@ -22,10 +22,20 @@ std::string TextOf(const Value* value) {
   return text != nullptr ? *text : std::string();
 }
 
+std::optional<std::uint64_t> NumberOf(const Dictionary& details, std::string_view key) {
+  const Value* value = details.Find(key);
+  return value != nullptr ? value->AsNumber() : std::nullopt;
+}
+
 Gateway GatewayOf(const Value& item) {
   const Dictionary* gateway = item.As<Dictionary>();
   if (gateway == nullptr) return {};
-  return {Text(*gateway, "GatewayName"), Text(*gateway, "GatewayURL"), Mark(*gateway, "IsDefault")};
+  return {.name = Text(*gateway, "GatewayName"),
+          .url = Text(*gateway, "GatewayURL"),
+          .isDefault = Mark(*gateway, "IsDefault"),
+          .authentication = NumberOf(*gateway, "GatewayAuthType"),
+          .edition = NumberOf(*gateway, "GatewayEdition"),
+          .rewriteMode = NumberOf(*gateway, "GatewayRewriteMode")};
 }
 
 }  // namespace
@@ -35,8 +45,7 @@ std::string Text(const Dictionary& details, std::string_view key) {
 }
 
 bool Mark(const Dictionary& details, std::string_view key) {
-  const Value* value = details.Find(key);
-  return value != nullptr && value->AsNumber().value_or(0) != 0;
+  return NumberOf(details, key).value_or(0) != 0;
 }
 
 std::vector<std::string> Texts(const Dictionary& details, std::string_view key) {

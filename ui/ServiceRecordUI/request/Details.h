@@ -2,6 +2,8 @@
 
 #include "libs/PropertyList/PropertyList.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +22,10 @@ struct Gateway {
   std::string name;
   std::string url;
   bool isDefault = false;
+  // What an older agent does not tell.
+  std::optional<std::uint64_t> authentication = {};
+  std::optional<std::uint64_t> edition = {};
+  std::optional<std::uint64_t> rewriteMode = {};
 };
 // Of StoreGateways, in its order.
 [[nodiscard]] std::vector<Gateway> Gateways(const PropertyList::Dictionary& details);

@@ -3,12 +3,14 @@
 #include "Shared/ShownText.h"
 #include "Shared/Translations.h"
 #include "request/Details.h"
+#include "view/GatewayWords.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace Dialogs {
@@ -102,13 +104,18 @@ std::string DefaultOf(const Gateways& gateways) {
   return found != gateways.end() ? found->name : std::string();
 }
 
+// All but the mark.
+auto ContentOf(const Details::Gateway& gateway) {
+  return std::tuple(gateway.name, gateway.url, gateway.authentication, gateway.edition, gateway.rewriteMode);
+}
+
 // Those that the other list has not, or not as often.
 Gateways Without(const Gateways& others, const Gateways& gateways) {
-  std::multiset<std::pair<std::string, std::string>> left;
-  for (const Details::Gateway& other : others) left.emplace(other.name, other.url);
+  std::multiset<decltype(ContentOf({}))> left;
+  for (const Details::Gateway& other : others) left.insert(ContentOf(other));
   Gateways without;
   for (const Details::Gateway& gateway : gateways) {
-    const auto same = left.find({gateway.name, gateway.url});
+    const auto same = left.find(ContentOf(gateway));
     if (same == left.end()) {
       without.push_back(gateway);
     } else {
@@ -118,22 +125,43 @@ Gateways Without(const Gateways& others, const Gateways& gateways) {
   return without;
 }
 
+void AddWords(std::vector<Fact>& changes, const char* caption, const std::string& name,
+              const std::string& held, const std::string& replacement) {
+  if (held == replacement) return;
+  changes.push_back({caption, ShownText::Name(name) + "\n" + HeldAndNew(held, replacement)});
+}
+
+void AddAlterations(std::vector<Fact>& changes, const Details::Gateway& held,
+                    const Details::Gateway& replacement) {
+  using namespace GatewayWords;
+  const std::string& name = held.name;
+  if (held.url != replacement.url) {
+    changes.push_back(
+        {Translated("Gateway with another address"),
+         ShownText::Name(name) + "\n" + HeldAndNewAs(ShownText::Whole, held.url, replacement.url)});
+  }
+  AddWords(changes, Translated("Gateway with another way to log on"), name,
+           OfAuthentication(held.authentication), OfAuthentication(replacement.authentication));
+  AddWords(changes, Translated("Gateway of another edition"), name, OfEdition(held.edition),
+           OfEdition(replacement.edition));
+  AddWords(changes, Translated("Gateway with another rewrite mode"), name, OfRewriteMode(held.rewriteMode),
+           OfRewriteMode(replacement.rewriteMode));
+}
+
 // Takes out of both lists those that have kept their names.
-void AddMoved(std::vector<Fact>& changes, Gateways& held, Gateways& replacement) {
+void AddAltered(std::vector<Fact>& changes, Gateways& held, Gateways& replacement) {
   std::multimap<std::string, Details::Gateway> left;
   for (const Details::Gateway& gateway : held) left.emplace(gateway.name, gateway);
-  Gateways moved;
+  Gateways altered;
   std::erase_if(replacement, [&](const Details::Gateway& gateway) {
     const auto before = left.find(gateway.name);
     if (before == left.end()) return false;
-    const std::string addresses = HeldAndNewAs(ShownText::Whole, before->second.url, gateway.url);
-    changes.push_back(
-        {Translated("Gateway with another address"), ShownText::Name(gateway.name) + "\n" + addresses});
-    moved.push_back(before->second);
+    AddAlterations(changes, before->second, gateway);
+    altered.push_back(before->second);
     left.erase(before);
     return true;
   });
-  held = Without(moved, held);
+  held = Without(altered, held);
 }
 
 void AddGatewayChanges(std::vector<Fact>& changes, const Dictionary& held, const Dictionary& replacement) {
@@ -142,7 +170,7 @@ void AddGatewayChanges(std::vector<Fact>& changes, const Dictionary& held, const
   AddIfDifferent(changes, Translated("Default gateway"), DefaultOf(before), DefaultOf(after));
   Gateways removed = Without(after, before);
   Gateways added = Without(before, after);
-  AddMoved(changes, removed, added);
+  AddAltered(changes, removed, added);
   const std::set<std::string> shownBefore = ShownOf(before);
   const std::set<std::string> shownAfter = ShownOf(after);
   for (const Details::Gateway& gateway : added) {

@@ -24,8 +24,8 @@ void AppendChanges(GtkBox* content, const StoreChanges& changes) {
   if (!changes.changes.empty()) {
     gtk_box_append(content, MakeFactGroup(Translated("What the new record changes"), changes.changes));
   } else if (changes.isKnown) {
-    gtk_box_append(content, Widgets::MakeWrappingLabel(Translated(
-                                "The new record has the same name, address, gateways and beacons.")));
+    gtk_box_append(content, Widgets::MakeWrappingLabel(
+                                Translated("Name, address, gateways and beacons stay the same.")));
   }
 }
 

@@ -6,6 +6,7 @@
 #include "SRLib/Provider/Opening.h"
 #include "libs/Text/TextHelpers.h"
 
+#include <cstdint>
 #include <utility>
 
 using PropertyList::Dictionary;
@@ -28,12 +29,23 @@ void AddBeacons(Dictionary& details, const char* key, const std::list<ServiceRec
   details.Set(key, std::move(locations));
 }
 
+PropertyList::Array Gateways(const SRStore& store) {
+  PropertyList::Array gateways;
+  for (const auto& gateway : store.GetGateways()) {
+    Dictionary details = GatewayDictionary(gateway.GetName(), gateway.GetLocation(), gateway.GetDefault());
+    details.Set("GatewayAuthType", static_cast<std::uint32_t>(gateway.GetAuthentication()));
+    details.Set("GatewayEdition", static_cast<std::uint32_t>(gateway.GetEdition()));
+    details.Set("GatewayRewriteMode", static_cast<std::uint32_t>(gateway.GetAGMode()));
+    gateways.emplace_back(std::move(details));
+  }
+  return gateways;
+}
+
 Dictionary Record(const SRStore& store) {
-  const Dictionary served = StoreDictionary(store, BeaconKeys::Omitted);
   Dictionary record{{"StoreName", util::narrow(store.GetStoreName())},
                     {"StoreURL", util::narrow(store.GetStoreURL())}};
   AddHost(record, "StoreHost", util::narrow(store.GetStoreURL()));
-  if (const auto* gateways = served.Find("StoreGateways")) record.Set("StoreGateways", *gateways);
+  if (!store.GetGateways().empty()) record.Set("StoreGateways", Gateways(store));
   AddBeacons(record, "InternalBeacons", store.Beacons(ServiceRecords::BeaconType::Internal));
   AddBeacons(record, "ExternalBeacons", store.Beacons(ServiceRecords::BeaconType::External));
   return record;
@@ -64,7 +76,8 @@ void AddReplacement(Dictionary& details) {
   const auto* const replacement = DialogSubject::OfThisThread<ServiceRecords::Replacement>();
   if (replacement == nullptr) return;
   details.Set("HeldStore", Record(replacement->held));
-  details.Set("NewStore", Record(replacement->incoming));
+  details.Set("NewStore",
+              Record(replacement->held.AfterReplacement(replacement->incoming, replacement->configuration)));
 }
 
 void AddProblem(Dictionary& details) {
