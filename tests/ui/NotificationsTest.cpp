@@ -85,13 +85,13 @@ TEST_F(NotificationsTest, TheTrustDialogHasTheStoreAndItsGatewaysInOrder) {
 }
 
 TEST_F(NotificationsTest, TheTrustDialogHasNoGatewaysKeyWithoutGateways) {
-  ShowTrustDialog({L"Main", L""}, {});
+  ShowTrustDialog({L"", L""}, {});
 
   EXPECT_EQ(Details().Find("StoreGateways"), nullptr);
   EXPECT_EQ(Details().Entries().size(), 4U);
 }
 
-TEST_F(NotificationsTest, ADefaultGatewayWithoutAddressIsLeftOut) {
+TEST_F(NotificationsTest, ADefaultGatewayWithoutAddressIsNamedApart) {
   ShowTrustDialog({L"Main", L""}, {{L"A", L"https://a"}, {L"B", L"https://b"}});
 
   const Dictionary details = Details();
@@ -99,6 +99,10 @@ TEST_F(NotificationsTest, ADefaultGatewayWithoutAddressIsLeftOut) {
   ASSERT_NE(gateways, nullptr);
   EXPECT_EQ(*gateways,
             PropertyList::Value(Array{Gateway("A", "https://a", false), Gateway("B", "https://b", false)}));
+  EXPECT_EQ(*details.Find("DefaultGatewayWithoutURL"), PropertyList::Value("Main"));
+  ShowTrustDialog({L"Main", L""}, {});
+  EXPECT_EQ(Details().Find("StoreGateways"), nullptr);
+  EXPECT_EQ(*Details().Find("DefaultGatewayWithoutURL"), PropertyList::Value("Main"));
 }
 
 TEST_F(NotificationsTest, TheTrustDialogAnswers100OnlyWhenTheUserAccepts) {

@@ -114,6 +114,13 @@ TEST(StoreFactsTest, TheDefaultGatewayComesFirstAndTheOthersInTheirOrder) {
                           Fact{"Other gateway", "B\nhttps://b"}));
 }
 
+TEST(StoreFactsTest, ADefaultGatewayWithoutAddressIsListedAsThat) {
+  const StoreFacts facts = StoreFacts::Of(
+      {{"DefaultGatewayWithoutURL", "Main"}, {"StoreGateways", Array{Gateway("A", "https://a")}}});
+  EXPECT_THAT(facts.gateways, ElementsAre(Fact{"Default gateway", "Main\nNo address"},
+                                          Fact{"Other gateway", "A\nhttps://a"}));
+}
+
 TEST(StoreFactsTest, OfVeryManyGatewaysTheNumberIsTold) {
   Array gateways;
   for (int index = 0; index < 250; ++index) gateways.emplace_back(Gateway("G", "https://g"));

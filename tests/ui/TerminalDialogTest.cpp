@@ -249,6 +249,11 @@ TEST_F(TerminalDialogTest, AStoreWithoutGatewaysSaysSo) {
   EXPECT_THAT(Shown("StoreGateways", Array{}), HasSubstr("Gateways:    (none)\r\n"));
 }
 
+TEST_F(TerminalDialogTest, ADefaultGatewayWithoutAddressIsListedAsThat) {
+  EXPECT_THAT(Shown("DefaultGatewayWithoutURL", "Main"),
+              HasSubstr("    [default]  Main\r\n      at       (no address)\r\n"));
+}
+
 TEST_F(TerminalDialogTest, ALongListOfGatewaysIsCut) {
   const Dictionary gateway{{"GatewayName", "G"}, {"GatewayURL", "https://g"}, {"IsDefault", false}};
   EXPECT_THAT(Shown("StoreGateways", Array(20, gateway)), HasSubstr("    and 12 more\r\n"));

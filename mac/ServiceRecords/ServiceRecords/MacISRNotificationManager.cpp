@@ -78,6 +78,7 @@ std::int32_t MacIServiceRecordsNotifications::ShowTrustDialog(
   PropertyList::Array gateways = GatewayDictionaries(defaultGateway, otherGateways);
   if (!gateways.empty()) details.Set("StoreGateways", std::move(gateways));
   Agent::FurtherKeys::AddTrust(details, storeURL);
+  Agent::FurtherKeys::AddDefaultGateway(details, defaultGateway);
   Agent::FurtherKeys::AddOpening(details);
   const Agent::BackgroundTasks::UserWait wait(Agent::BackgroundTasks::UserWait::End::InTurn);
   return AnswerOf(userInterface->addStore(PropertyList::Write(details).c_str()));

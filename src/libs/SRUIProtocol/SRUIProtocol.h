@@ -70,9 +70,11 @@ typedef struct SRUIProtocol {
    * Asks whether a new store is trusted. Keys: StoreName, StoreProvider (who operates the server that was
    * verified), CertificateName (who issued its certificate), StoreURL; StoreGateways (array, missing when
    * empty) of dictionaries with GatewayName, GatewayURL and IsDefault (boolean). May hold StoreHost (as
-   * people write it), StoreHostASCII (only where it differs), VerifiedHost, VerifiedHostASCII (both likewise)
-   * and VerifiedServer ("gateway" or "store"). Returns 1 when the user accepts; 0 when the user declines, the
-   * question is withdrawn or the agent is about to end; SRUI_COULD_NOT_ASK. Anything but 1 is no consent.
+   * people write it), StoreHostASCII (only where it differs), VerifiedHost, VerifiedHostASCII (both
+   * likewise), VerifiedServer ("gateway" or "store") and DefaultGatewayWithoutURL (the name of a default
+   * gateway that has no address, which StoreGateways leaves out). Returns 1 when the user accepts; 0 when the
+   * user declines, the question is withdrawn or the agent is about to end; SRUI_COULD_NOT_ASK. Anything but 1
+   * is no consent.
    */
   int (*addStore)(const char* details);
 

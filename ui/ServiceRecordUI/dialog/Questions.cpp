@@ -88,7 +88,8 @@ std::string VerifiedLines(const Dictionary& details, std::size_t columns) {
 // The mark is a label, which no name can imitate.
 std::string GatewayLines(const Details::Gateway& gateway, std::size_t columns) {
   return Line(gateway.isDefault ? "  [default]" : "  [other]", Fit(gateway.name), columns) +
-         AddressLines("    at", "    path", gateway.url, columns);
+         (gateway.url.empty() ? Line("    at", "(no address)", columns)
+                              : AddressLines("    at", "    path", gateway.url, columns));
 }
 
 std::string AllGateways(const Dictionary& details, std::size_t columns) {

@@ -56,6 +56,8 @@ std::vector<std::string> Texts(const Dictionary& details, std::string_view key) 
 
 std::vector<Gateway> Gateways(const Dictionary& details) {
   std::vector<Gateway> gateways;
+  const std::string withoutURL = Text(details, "DefaultGatewayWithoutURL");
+  if (!withoutURL.empty()) gateways.push_back({.name = withoutURL, .url = {}, .isDefault = true});
   for (const Value& item : ItemsOf(details, "StoreGateways")) gateways.push_back(GatewayOf(item));
   return gateways;
 }

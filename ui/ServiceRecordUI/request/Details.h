@@ -27,7 +27,7 @@ struct Gateway {
   std::optional<std::uint64_t> edition = {};
   std::optional<std::uint64_t> rewriteMode = {};
 };
-// Of StoreGateways, in its order.
+// Of StoreGateways, in its order, behind the default one where that has no address and is left out there.
 [[nodiscard]] std::vector<Gateway> Gateways(const PropertyList::Dictionary& details);
 
 }  // namespace Details

@@ -80,9 +80,10 @@ StoreFacts StoreFacts::Of(const Dictionary& details) {
 
 std::string ShownGateway(const std::string& name, const std::string& url) {
   std::string address = ShownText::Whole(url);
+  if (address.empty()) address = Translated("No address");
   std::string shownName = ShownText::Name(name);
   if (shownName.empty() || shownName == address) return address;
-  return address.empty() ? shownName : shownName + "\n" + address;
+  return shownName + "\n" + address;
 }
 
 std::string MoreText(std::size_t count) {

@@ -30,7 +30,7 @@ struct StoreFacts {
   std::vector<Fact> gateways;  // the default one first
 };
 
-// The gateway's name and, on a line of its own, its address.
+// The gateway's name and, on a line of its own, its address or that it has none.
 [[nodiscard]] std::string ShownGateway(const std::string& name, const std::string& url);
 
 // That there are so many more than what is shown.

@@ -72,6 +72,11 @@ void AddTrust(Dictionary& details, const std::wstring& storeURL) {
   details.Set("VerifiedServer", verified->isGateway ? "gateway" : "store");
 }
 
+void AddDefaultGateway(Dictionary& details, const ServiceRecords::GatewayLabel& defaultGateway) {
+  const auto& [name, url] = defaultGateway;
+  if (url.empty()) AddText(details, "DefaultGatewayWithoutURL", util::narrow(name));
+}
+
 void AddReplacement(Dictionary& details) {
   const auto* const replacement = DialogSubject::OfThisThread<ServiceRecords::Replacement>();
   if (replacement == nullptr) return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "SRLib/Platform/IServiceRecordsNotifications.h"
 #include "libs/PropertyList/PropertyList.h"
 
 #include <string>
@@ -12,6 +13,8 @@ namespace Agent::FurtherKeys {
 void AddOpening(PropertyList::Dictionary& details);
 // StoreHost, VerifiedHost, and each with ASCII behind it where that differs; VerifiedServer.
 void AddTrust(PropertyList::Dictionary& details, const std::wstring& storeURL);
+// DefaultGatewayWithoutURL, out of the argument, only for a default gateway that has no address.
+void AddDefaultGateway(PropertyList::Dictionary& details, const ServiceRecords::GatewayLabel& defaultGateway);
 // HeldStore, NewStore.
 void AddReplacement(PropertyList::Dictionary& details);
 // Server, ErrorReason, ErrorDetails.
