@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <libintl.h>
+#include <link.h>
 
 #include <system_error>
 
@@ -9,11 +10,23 @@ namespace Windows {
 
 namespace Translations {
 
-void LieIn(const std::filesystem::path& folder, const void* code) {
+namespace {
+
+// The loader names a library by its path, but the program as whoever started it did: by no more than its name
+// where PATH is searched. In its list the program has no name at all.
+std::filesystem::path HolderOf(const void* code) {
   Dl_info holder{};
-  if (::dladdr(code, &holder) == 0) return;
+  void* entry = nullptr;
+  if (::dladdr1(code, &holder, &entry, RTLD_DL_LINKMAP) == 0) return {};
+  const std::filesystem::path library = static_cast<const link_map*>(entry)->l_name;
+  return library.empty() ? "/proc/self/exe" : library;
+}
+
+}  // namespace
+
+void LieIn(const std::filesystem::path& folder, const void* code) {
   std::error_code error;
-  const std::filesystem::path file = std::filesystem::canonical(holder.dli_fname, error);
+  const std::filesystem::path file = std::filesystem::canonical(HolderOf(code), error);
   if (error) return;
   ::bindtextdomain(kDomain, (file.parent_path() / folder).lexically_normal().c_str());
   ::bind_textdomain_codeset(kDomain, "UTF-8");

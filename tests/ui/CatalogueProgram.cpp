@@ -1,0 +1,7 @@
+#include <iostream>
+
+extern "C" const char* CatalogueFolder();
+
+int main() {
+  std::cout << CatalogueFolder();
+}
