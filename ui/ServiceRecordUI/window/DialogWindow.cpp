@@ -14,6 +14,7 @@ namespace {
 constexpr int kWidth = 480;
 constexpr int kUsualResolution = 96 * 1024;
 constexpr int kHighestContent = 640;
+constexpr int kUnbound = -1;  // the size across
 
 // As wide as lines of a usual length are, however large the text.
 int Width(GtkWidget* widget) {
@@ -22,10 +23,10 @@ int Width(GtkWidget* widget) {
   return resolution > 0 ? kWidth * resolution / kUsualResolution : kWidth;
 }
 
-int HeightOf(GtkWidget* widget) {
-  int height = 0;
-  gtk_widget_measure(widget, GTK_ORIENTATION_VERTICAL, Width(widget), nullptr, &height, nullptr, nullptr);
-  return height;
+int Natural(GtkWidget* widget, GtkOrientation orientation, int across) {
+  int size = 0;
+  gtk_widget_measure(widget, orientation, across, nullptr, &size, nullptr, nullptr);
+  return size;
 }
 
 }  // namespace
@@ -55,11 +56,18 @@ void DialogWindow::Present() const {
   FitHeightWhenLaidOut();
 }
 
-// What scrolls asks for the height of lines that are not wrapped, so its own does not count.
+// A window without a shadow has edges, which leave the content less room. What scrolls asks for the height of
+// lines that are not wrapped, so its own does not count.
 void DialogWindow::FitHeight() const {
-  const int around = HeightOf(Get("frame")) - HeightOf(Get("scroller"));
-  gtk_window_set_default_size(window_, Width(Get("frame")),
-                              around + std::min(HeightOf(Get("content")), kHighestContent));
+  GtkWidget* const window = GTK_WIDGET(window_);
+  const int width = Width(window);
+  const int edges = Natural(window, GTK_ORIENTATION_HORIZONTAL, kUnbound) -
+                    Natural(Get("frame"), GTK_ORIENTATION_HORIZONTAL, kUnbound);
+  const int inside = width - edges;
+  const int around = Natural(window, GTK_ORIENTATION_VERTICAL, width) -
+                     Natural(Get("scroller"), GTK_ORIENTATION_VERTICAL, inside);
+  const int content = Natural(Get("content"), GTK_ORIENTATION_VERTICAL, inside);
+  gtk_window_set_default_size(window_, width, around + std::min(content, kHighestContent));
 }
 
 // The first layout brings back the height from before it, which content of the meantime may have changed.
