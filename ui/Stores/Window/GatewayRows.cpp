@@ -6,6 +6,7 @@
 #include "Window/Rows.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Stores {
 
@@ -18,6 +19,11 @@ bool IsSame(const Gateway& left, const Gateway& right) {
 }
 
 }  // namespace
+
+GatewayRows::GatewayRows(const Interface& interface, Choose choose)
+    : group_(interface.Get<AdwPreferencesGroup>("gateways")),
+      none_(interface.Get<GtkCheckButton>("noGateway")),
+      choose_(std::move(choose)) {}
 
 void GatewayRows::Show(const std::vector<Gateway>& gateways) {
   gtk_widget_set_visible(GTK_WIDGET(group_), !gateways.empty());
@@ -47,7 +53,7 @@ void GatewayRows::Add(const Gateway& gateway) {
   AdwActionRow* const row = Rows::Make(name, ShownText::HostOf(gateway.url));
   GtkWidget* const button =
       GTK_WIDGET(g_object_new(GTK_TYPE_CHECK_BUTTON, "accessible-role", GTK_ACCESSIBLE_ROLE_RADIO, nullptr));
-  if (!buttons_.empty()) gtk_check_button_set_group(GTK_CHECK_BUTTON(button), buttons_.front());
+  gtk_check_button_set_group(GTK_CHECK_BUTTON(button), none_);
   gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
   adw_action_row_add_prefix(row, button);
   adw_action_row_set_activatable_widget(row, button);

@@ -2,10 +2,10 @@
 
 #include "Model/Store.h"
 #include "Shared/Adwaita.h"
+#include "Shared/Interface.h"
 
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Stores {
@@ -15,8 +15,8 @@ class GatewayRows {
  public:
   using Choose = std::function<void(const std::string& gatewayName)>;
 
-  // `group`: the part of the window that holds them, which outlives this object.
-  GatewayRows(AdwPreferencesGroup* group, Choose choose) : group_(group), choose_(std::move(choose)) {}
+  // `interface`: of the details, which outlives this object.
+  GatewayRows(const Windows::Interface& interface, Choose choose);
 
   void Show(const std::vector<Gateway>& gateways);
 
@@ -26,6 +26,7 @@ class GatewayRows {
   void Add(const Gateway& gateway);
 
   AdwPreferencesGroup* const group_;
+  GtkCheckButton* const none_;  // unseen; it is in the buttons' group
   const Choose choose_;
   std::vector<Gateway> shown_;
   std::vector<AdwActionRow*> rows_;

@@ -10,7 +10,7 @@ namespace Stores {
 using namespace Windows;
 
 StoreDetails::StoreDetails(const Parts& parts)
-    : gateways_(interface_.Get<AdwPreferencesGroup>("gateways"),
+    : gateways_(interface_,
                 [this, choose = parts.chooseGateway](const std::string& gatewayName) {
                   choose(StoreOf(item_.get()).id, gatewayName);
                 }),
