@@ -20,10 +20,24 @@ using testing::IsEmpty;
 class StoreDetailsTest : public WidgetTest {
  protected:
   StoreDetailsTest() {
+    const ObjectPtr<GSimpleActionGroup> actions(g_simple_action_group_new());
+    const ObjectPtr<GSimpleAction> remove(g_simple_action_new("remove", nullptr));
+    g_action_map_add_action(G_ACTION_MAP(actions.get()), G_ACTION(remove.get()));
+    gtk_widget_insert_action_group(GTK_WIDGET(Window()), "app", G_ACTION_GROUP(actions.get()));
     details_.SetItem(first_.get());
     Present(details_.Widget());
   }
 
+  [[nodiscard]] GtkAdjustment* Scrolled() const {
+    return gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(details_.Widget()));
+  }
+  [[nodiscard]] GtkWidget* Remove() const {
+    return All([](GtkWidget* widget) {
+             return GTK_IS_BUTTON(widget) != FALSE &&
+                    g_strcmp0(gtk_actionable_get_action_name(GTK_ACTIONABLE(widget)), "app.remove") == 0;
+           })
+        .at(0);
+  }
   // The buttons of the gateways.
   [[nodiscard]] std::vector<GtkWidget*> Choices() const {
     return All([](GtkWidget* widget) {
@@ -67,6 +81,30 @@ TEST_F(StoreDetailsTest, OneOfSeveralGatewaysIsChosenAndNoneIsNot) {
   gtk_widget_activate(Choices().at(1));
   EXPECT_THAT(Chosen(), ElementsAre(false, true));
   EXPECT_THAT(wanted_, ElementsAre("Branch"));
+}
+
+TEST_F(StoreDetailsTest, AnotherStoreBeginsAtItsTopAndNotOnWhatRemovesIt) {
+  gtk_widget_grab_focus(Remove());
+  gtk_adjustment_set_value(Scrolled(), gtk_adjustment_get_upper(Scrolled()));
+  WaitForFrames();
+  ASSERT_GT(gtk_adjustment_get_value(Scrolled()), 0);
+
+  details_.SetItem(second_.get());
+  WaitForFrames();
+  EXPECT_EQ(gtk_adjustment_get_value(Scrolled()), 0);
+  EXPECT_TRUE(ADW_IS_ACTION_ROW(gtk_window_get_focus(Window())));
+}
+
+TEST_F(StoreDetailsTest, AChangeOfTheStoreLeavesTheFocusAndWhatIsInView) {
+  gtk_widget_grab_focus(Remove());
+  gtk_adjustment_set_value(Scrolled(), gtk_adjustment_get_upper(Scrolled()));
+  WaitForFrames();
+  const double before = gtk_adjustment_get_value(Scrolled());
+
+  Stores::SetStore(first_.get(), {"s1", "Won", "https://one.example", {}});
+  details_.SetItem(first_.get());
+  EXPECT_EQ(gtk_window_get_focus(Window()), Remove());
+  EXPECT_EQ(gtk_adjustment_get_value(Scrolled()), before);
 }
 
 }  // namespace

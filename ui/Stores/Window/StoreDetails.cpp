@@ -28,6 +28,7 @@ void StoreDetails::SetItem(StoreItem* item) {
   changed_ = g_signal_connect_swapped(item, "changed", G_CALLBACK(+show), this);
   check_.SetStore(StoreOf(item).id);
   Show();
+  Begin();
 }
 
 void StoreDetails::Refresh() {
@@ -48,6 +49,17 @@ void StoreDetails::Show() {
                  ShownText::Whole(store.id));
   gateways_.Show(store.gateways);
   ShowLocation();
+}
+
+// What had the focus would act on another store than the one it was chosen for.
+void StoreDetails::Begin() {
+  GtkRoot* const root = gtk_widget_get_root(Widget());
+  GtkWidget* const focused = root != nullptr ? gtk_root_get_focus(root) : nullptr;
+  if (focused != nullptr && gtk_widget_is_ancestor(focused, Widget()) != FALSE) {
+    gtk_widget_grab_focus(interface_.Get("location"));
+  }
+  gtk_adjustment_set_value(gtk_scrolled_window_get_vadjustment(interface_.Get<GtkScrolledWindow>("details")),
+                           0);
 }
 
 void StoreDetails::ShowLocation() {

@@ -34,6 +34,8 @@ class StoreDetails {
   void Forget();
   void Show();
   void ShowLocation();
+  // Goes to the top, the focus too if it was here.
+  void Begin();
 
   const Windows::Interface interface_{"/com/morvane/ServiceRecords/Stores/store-details.ui"};
   GatewayRows gateways_;
