@@ -31,6 +31,20 @@ class StoreDetailsTest : public WidgetTest {
   [[nodiscard]] GtkAdjustment* Scrolled() const {
     return gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(details_.Widget()));
   }
+  // Between the end of that text and the button of the check.
+  [[nodiscard]] float RoomBeforeCheckButton(const std::string& text) const {
+    const auto isText = [&text](GtkWidget* widget) {
+      return GTK_IS_LABEL(widget) != FALSE && gtk_label_get_text(GTK_LABEL(widget)) == text;
+    };
+    const auto isButton = [](GtkWidget* widget) { return GTK_IS_BUTTON(widget) != FALSE; };
+    const graphene_rect_t before = BoundsOf(All(isText).at(0));
+    return BoundsOf(All(isButton).at(0)).origin.x - before.origin.x - before.size.width;
+  }
+  [[nodiscard]] graphene_rect_t BoundsOf(GtkWidget* widget) const {
+    graphene_rect_t bounds{};
+    EXPECT_TRUE(gtk_widget_compute_bounds(widget, GTK_WIDGET(Window()), &bounds));
+    return bounds;
+  }
   [[nodiscard]] GtkWidget* Remove() const {
     return All([](GtkWidget* widget) {
              return GTK_IS_BUTTON(widget) != FALSE &&
@@ -105,6 +119,10 @@ TEST_F(StoreDetailsTest, AChangeOfTheStoreLeavesTheFocusAndWhatIsInView) {
   details_.SetItem(first_.get());
   EXPECT_EQ(gtk_window_get_focus(Window()), Remove());
   EXPECT_EQ(gtk_adjustment_get_value(Scrolled()), before);
+}
+
+TEST_F(StoreDetailsTest, ThereIsRoomBetweenWhatTheCheckDoesAndItsButton) {
+  EXPECT_GE(RoomBeforeCheckButton("Looks at each server of the store and says what to do"), 12);
 }
 
 }  // namespace

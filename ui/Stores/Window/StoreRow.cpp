@@ -45,6 +45,7 @@ class Row {
     const auto& location = LocationOf(item_.get());
     const LocationWords::Words words = LocationWords::Of(location ? location->number : 0);
     gtk_label_set_text(interface_.Get<GtkLabel>("name"), name.c_str());
+    gtk_widget_set_tooltip_text(interface_.Get("name"), name.c_str());
     gtk_label_set_text(interface_.Get<GtkLabel>("host"), host.c_str());
     gtk_label_set_text(interface_.Get<GtkLabel>("location"), words.sentence);
     gtk_image_set_from_icon_name(interface_.Get<GtkImage>("icon"), words.icon);
