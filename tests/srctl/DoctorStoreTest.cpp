@@ -2,6 +2,7 @@
 #include "support/LoopbackListener.h"
 #include "support/PseudoTerminal.h"
 
+#include <fstream>
 #include <sstream>
 
 using nlohmann::json;
@@ -251,6 +252,19 @@ TEST_F(DoctorOfStores, EachServerOfTheGatewaysIsLookedAtOnceWhereverTheMachineSt
     EXPECT_THAT(run.output, Not(HasSubstr("/second")));
     agent_.Bus().ServiceRecords("deleteStore", {"s1"});
   }
+}
+
+TEST_F(DoctorOfStores, TheServerOfTheStoreAndItsGatewaysIsAskedOnce) {
+  const WebServer other(TestAuthority::Shared().TlsServerBlock("good", "access_log @DOCUMENTS@/requests;"));
+  StoreText store = StoreAt(other.Address("https"));
+  for (auto& gateway : store.gateways) gateway.location = other.Address("https") + "/" + gateway.name;
+  const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
+  EXPECT_THAT(StoreLine(Srctl({"doctor", file}), "gateway"), StartsWith("ok: "));
+  std::ifstream requests(other.Document("requests"));
+  std::size_t heads = 0;
+  for (std::string line; std::getline(requests, line);)
+    heads += line.find("\"HEAD ") != std::string::npos ? 1 : 0;
+  EXPECT_EQ(heads, 1U);
 }
 
 TEST_F(DoctorOfStores, FromInsideAGatewayThatDoesNotAnswerIsOnlyNoted) {
