@@ -45,6 +45,8 @@ class SRProvider {
   // lock, by whichever try or change has read the stores at last, so that the list is another.
   void RetryWith(SavedStores::StartTimer startTimer, std::function<void()> listWasRead);
   void TryAgain();
+  // Tries once more to save a list that could not be saved; any other one is left alone.
+  void SaveWhatIsUnsaved();
   // Waits for nobody.
   [[nodiscard]] SavedStores::State StateOfSavedStores() const { return saved_.CurrentState(); }
 

@@ -52,6 +52,18 @@ class Changes : public AgentTest {
     agent_.Bus().ServiceRecords("handleDiscoveryDocument", {TestSupport::DiscoveryDocument(stores)});
   }
 
+  // "s1", for which there is no room until MakeRoomToSave.
+  void HoldUnsavedStore() {
+    std::filesystem::remove_all(Folder());
+    std::ofstream(Folder()) << "no folder";
+    HoldStores({"s1"});
+    ASSERT_EQ(StateOfSavedStores(agent_.Bus()), "unsaved");
+  }
+  void MakeRoomToSave() const {
+    std::filesystem::remove(Folder());
+    std::filesystem::create_directory(Folder());
+  }
+
   static std::vector<std::string> IDs(const json& stores) {
     std::vector<std::string> ids;
     for (const json& store : stores) ids.push_back(store["StoreID"]);
@@ -70,6 +82,9 @@ class Changes : public AgentTest {
   [[nodiscard]] bool AwaitBegun(std::size_t count) {
     return agent_.Bus().WaitUntil([&] { return Begun().size() >= count; });
   }
+
+ private:
+  [[nodiscard]] std::filesystem::path Folder() const { return agent_.StoresFile().parent_path(); }
 };
 
 TEST_F(Changes, OfOneSenderAreAnsweredInOrderTogetherWithItsReads) {
@@ -283,16 +298,23 @@ TEST_F(Changes, AndTheRetryOfASaveWaitForNoFileThatIsBeingHandled) {
   agent_.Bus().OpenFiles(std::vector<std::string>(kFiles, uri));
   ASSERT_TRUE(agent_.Bus().WaitUntil([&] { return contacted == kFiles; }));
 
-  const std::filesystem::path folder = agent_.StoresFile().parent_path();
-  std::filesystem::remove_all(folder);
-  std::ofstream(folder) << "no folder";
-  HoldStores({"s1"});
-  EXPECT_EQ(StateOfSavedStores(agent_.Bus()), "unsaved");
-  std::filesystem::remove(folder);
-  std::filesystem::create_directory(folder);
+  HoldUnsavedStore();
+  MakeRoomToSave();
   EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return StateOfSavedStores(agent_.Bus()) == "good"; }));
   EXPECT_TRUE(std::filesystem::exists(agent_.StoresFile()));
   EXPECT_EQ(agent_.Terminate(), 0);
+}
+
+// The next try is a second away.
+TEST_F(Changes, ThatCouldNotBeSavedAreSavedAtTheEndOnceThereIsRoom) {
+  HoldUnsavedStore();
+  ::kill(agent_.Pid(), SIGSTOP);
+  MakeRoomToSave();
+  ::kill(agent_.Pid(), SIGTERM);
+  ::kill(agent_.Pid(), SIGCONT);
+  EXPECT_EQ(agent_.WaitForEnd(), 0);
+  agent_.Start();
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
 }
 
 }  // namespace

@@ -114,6 +114,25 @@ TEST_F(ProviderSavingTest, ASaveThatThrowsIsOneThatFailsWhereverItDoes) {
   EXPECT_GT(calls, 4) << "at each text, and at the write of them all";
 }
 
+TEST_F(ProviderSavingTest, OneMoreTryAsksForNoOtherAndIsMadeOnlyWhereTheListIsUnsaved) {
+  HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b")});
+  provider_.SaveWhatIsUnsaved();
+  EXPECT_FALSE(WasSaved());
+  configuration_.FailWrites(true);
+  provider_.RemoveStore(L"a");
+  provider_.SaveWhatIsUnsaved();
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Unsaved);
+  configuration_.FailWrites(false);
+  bool inside = true;
+  configuration_.beforeWrite = [&] { inside = inside && InsideCriticalSection(); };
+  provider_.SaveWhatIsUnsaved();
+  configuration_.beforeWrite = nullptr;
+  EXPECT_TRUE(inside);
+  EXPECT_EQ(provider_.StateOfSavedStores(), State::Good);
+  EXPECT_EQ(SavedIds(), (Wide{L"b"}));
+  EXPECT_EQ(delays_, Seconds({1}));
+}
+
 TEST_F(ProviderSavingTest, AFailingTimeIsSaidOnceInTheSystemLog) {
   HoldSaved({Store(L"a", L"https://a"), Store(L"b", L"https://b"), Store(L"c", L"https://c")});
   for (const wchar_t* id : {L"a", L"b"}) {
@@ -234,6 +253,7 @@ TEST_F(UnreadableListTest, NothingIsChangedOrSaved) {
   EXPECT_FALSE(provider_.SetDefaultGatewayForStoreID(L"a", L"GW"));
   EXPECT_FALSE(provider_.SetDefaultGatewayForStore(L"https://a", L"GW"));
   provider_.SaveAllStores();
+  provider_.SaveWhatIsUnsaved();
   ExpectRefusal(L"message 1608");
   EXPECT_FALSE(Update(L"new"));
   EXPECT_FALSE(WasSaved());

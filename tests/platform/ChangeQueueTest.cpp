@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -62,7 +63,13 @@ class ChangeQueueTest : public testing::Test {
   std::vector<int> notes_;
   bool free_ = false;
   std::atomic<bool> isOver_ = false;
-  Agent::ChangeQueue queue_{[this] { return isOver_.load(); }};
+  std::atomic<int> lastOnes_ = 0;
+  std::function<void()> last_;  // set before the end
+  Agent::ChangeQueue queue_{[this] { return isOver_.load(); },
+                            [this] {
+                              ++lastOnes_;
+                              if (last_) last_();
+                            }};
 };
 
 TEST_F(ChangeQueueTest, ChangesAreMadeOneAfterTheOtherInTheirOrder) {
@@ -108,6 +115,27 @@ TEST_F(ChangeQueueTest, WhenItIsOverNothingBeginsEvenBeforeTheQueueIsClosed) {
   LetGoOn();
   EXPECT_TRUE(queue_.Finish(20s));
   EXPECT_THAT(Notes(), ElementsAre(0, 1, -1, -2));
+}
+
+TEST_F(ChangeQueueTest, TheLastChangeIsMadeBehindTheOneThatWasBegunAndBeforeTheEnd) {
+  queue_.Add(Held(1));
+  queue_.Add(Noted(2));
+  last_ = [this] { Note(100); };
+  ASSERT_TRUE(WaitForNotes(1));
+  queue_.Close();
+  EXPECT_EQ(lastOnes_, 0);
+  LetGoOn();
+  EXPECT_TRUE(queue_.Finish(20s));
+  EXPECT_THAT(Notes(), ElementsAre(0, 1, -1, 100, -2));
+  EXPECT_EQ(lastOnes_, 1);
+}
+
+TEST_F(ChangeQueueTest, ALastChangeThatDoesNotEndIsNotWaitedFor) {
+  last_ = Held(1);
+  queue_.Close();
+  ASSERT_TRUE(WaitForNotes(1));
+  EXPECT_FALSE(queue_.Finish(1ms));
+  LetGoOn();
 }
 
 TEST_F(ChangeQueueTest, WhatIsAddedAfterTheEndIsDropped) {

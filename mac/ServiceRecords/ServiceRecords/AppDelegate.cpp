@@ -69,6 +69,10 @@ void TryAgain() {
   ServiceRecords::SRProvider::Instance().TryAgain();
 }
 
+void SaveWhatIsUnsaved() {
+  ServiceRecords::SRProvider::Instance().SaveWhatIsUnsaved();
+}
+
 }  // namespace
 
 AppDelegate::AppDelegate() = default;
@@ -85,7 +89,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   // NOLINTBEGIN(clang-analyzer-cplusplus.NewDeleteLeaks): who exits on the way leaves them to the system.
   std::unique_ptr<Bus::Connection> notifications = OpenConnection();
   LookAtNames(notifications.get());
-  changes_ = std::make_unique<Agent::ChangeQueue>(Termination::Requested);
+  changes_ = std::make_unique<Agent::ChangeQueue>(Termination::Requested, SaveWhatIsUnsaved);
   ServiceRecordInit();
   RetryInBackground();
   // Observed before either name is published, so that no notification is missed from then on.

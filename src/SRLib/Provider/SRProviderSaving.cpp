@@ -94,4 +94,9 @@ void SRProvider::TryAgain() {
   ReadAgain();
 }
 
+void SRProvider::SaveWhatIsUnsaved() {
+  const CriticalSectionLock lock(*lock_);
+  if (saved_.CurrentState() == SavedStores::State::Unsaved) Save();
+}
+
 }  // namespace ServiceRecords

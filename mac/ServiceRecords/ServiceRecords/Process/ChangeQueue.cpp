@@ -6,8 +6,14 @@
 
 namespace Agent {
 
-ChangeQueue::ChangeQueue(std::function<bool()> isOver)
-    : isOver_(std::move(isOver)), thread_([this] { Work(); }) {}
+namespace {
+
+constexpr char kWork[] = "changing the list of stores";
+
+}  // namespace
+
+ChangeQueue::ChangeQueue(std::function<bool()> isOver, Change last)
+    : isOver_(std::move(isOver)), last_(std::move(last)), thread_([this] { Work(); }) {}
 
 ChangeQueue::~ChangeQueue() {
   Close();
@@ -48,19 +54,19 @@ void ChangeQueue::Drop() {
 
 void ChangeQueue::Work() {
   for (Change change = AwaitNext(); change; change = AwaitNext()) {
-    RunAndLogFailure("changing the list of stores", change);
+    RunAndLogFailure(kWork, change);
     change = nullptr;
   }
+  RunAndLogFailure(kWork, last_);
+  const ThreadSafety::MutexLock lock(mutex_);
+  ended_ = true;
+  changed_.notify_all();
 }
 
 ChangeQueue::Change ChangeQueue::AwaitNext() {
   const ThreadSafety::MutexLock lock(mutex_);
   changed_.wait(mutex_, [this]() SR_REQUIRES(mutex_) { return closed_ || !waiting_.empty(); });
-  if (closed_ || isOver_()) {
-    ended_ = true;
-    changed_.notify_all();
-    return nullptr;
-  }
+  if (closed_ || isOver_()) return nullptr;
   Change next = std::move(waiting_.front());
   waiting_.pop_front();
   return next;

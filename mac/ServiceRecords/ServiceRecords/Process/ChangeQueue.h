@@ -18,8 +18,9 @@ class ChangeQueue {
   using Change = std::function<void()>;
 
   // `isOver` is asked before each change, on the queue's thread: once it answers true, no change begins any
-  // more. Throws std::system_error when there can be no thread.
-  explicit ChangeQueue(std::function<bool()> isOver);
+  // more but `last`, which is made on that thread in any case. Throws std::system_error when there can be no
+  // thread.
+  ChangeQueue(std::function<bool()> isOver, Change last);
   // Drops what has not begun and waits until the rest has ended.
   ~ChangeQueue();
   ChangeQueue(const ChangeQueue&) = delete;
@@ -29,10 +30,10 @@ class ChangeQueue {
   // it is dropped.
   void Add(Change change);
 
-  // From now on no change begins.
+  // From now on no change begins but the last one.
   void Close();
-  // Waits until the change that was begun has ended, but no longer than `limit`, and only then drops the
-  // others, which came later. After Close, or once it is over. True when it has ended.
+  // Waits until the change that was begun has ended, and the last one, but no longer than `limit`, and only
+  // then drops the others, which came later. After Close, or once it is over. True when it has ended.
   [[nodiscard]] bool Finish(std::chrono::milliseconds limit);
 
  private:
@@ -42,6 +43,7 @@ class ChangeQueue {
   void Drop();
 
   const std::function<bool()> isOver_;
+  const Change last_;
   ThreadSafety::Mutex mutex_;
   std::condition_variable_any changed_;
   std::deque<Change> waiting_ SR_GUARDED_BY(mutex_);
