@@ -195,7 +195,7 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
   std::wstring text;
   if (filePath.size() < 3 || !parts_.readDocument(filePath.substr(1, filePath.size() - 2), text)) {
     SR_TRACE(2) << "...Failed to read SR file.";
-    Opening::NoteStores({});
+    Opening::NoteUnread();
     return;
   }
   StoreMap stores = ReadDocument(text, false);

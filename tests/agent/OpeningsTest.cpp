@@ -405,9 +405,25 @@ class Notices : public OpenedFiles {
  protected:
   Notices() : desktop_(agent_.BusAddress()) {}
 
+  void StartLogging() {
+    logging_.emplace(agent_.Run({}, {.captureErrors = true}));
+    ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
+  }
+  // Until the agent that logs has ended, which it does now.
+  void ExpectLoggedOnce(const std::string& line) {
+    logging_->Signal(SIGTERM);
+    EXPECT_EQ(logging_->Wait(), 0);
+    const std::string logged = logging_->Output();
+    const std::size_t at = logged.find(line);
+    ASSERT_NE(at, std::string::npos) << logged;
+    EXPECT_EQ(logged.find(line, at + 1), std::string::npos) << logged;
+  }
   [[nodiscard]] std::filesystem::path Launched() const { return agent_.Home() / "launched"; }
 
   NotificationService desktop_;
+
+ private:
+  std::optional<TestSupport::ChildProcess> logging_;
 };
 
 TEST_F(Notices, AnAddedStoreIsToldAndCanBeShownWhereThereIsNoClient) {
@@ -480,21 +496,42 @@ TEST_F(Notices, ANameHidesNothingAndEndsSomewhere) {
 
 TEST_F(Notices, AFileAboutWhichNobodyCouldBeAskedIsToldAndLoggedOnce) {
   agent_.Answer("addStore", "no display");
-  auto agent = agent_.Run({}, {.captureErrors = true});
-  ASSERT_TRUE(agent_.Bus().WaitUntilOwned("com.morvane.ServiceRecords", true));
+  StartLogging();
   const std::string file = OpenableFile("Stores.cr", {Store("s1", "One"), Store("s2", "Two")});
   agent_.Bus().OpenFiles({agent_.URI(file)});
   ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
   EXPECT_EQ(desktop_.Shown()[0].summary, "Stores.cr was not opened");
   EXPECT_THAT(desktop_.Shown()[0].body, HasSubstr("srctl doctor"));
   EXPECT_THAT(desktop_.Shown()[0].actions, IsEmpty());
-  agent.Signal(SIGTERM);
-  EXPECT_EQ(agent.Wait(), 0);
-  const std::string logged = agent.Output();
-  const std::string line = "\"" + file + "\" was not opened";
-  const std::size_t at = logged.find(line);
-  ASSERT_NE(at, std::string::npos) << logged;
-  EXPECT_EQ(logged.find(line, at + 1), std::string::npos) << logged;
+  ExpectLoggedOnce("\"" + file + "\" was not opened: nobody could be asked");
+}
+
+TEST_F(Notices, AFileThatCannotBeReadIsToldAndLoggedOnce) {
+  StartLogging();
+  const std::string file = agent_.Home() / "Missing.cr";
+  agent_.Bus().OpenFiles({agent_.URI(file)});
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "Missing.cr could not be read");
+  EXPECT_THAT(desktop_.Shown()[0].body, HasSubstr("that you may read it"));
+  EXPECT_THAT(desktop_.Shown()[0].actions, IsEmpty());
+  EXPECT_THAT(agent_.Dialogs(), IsEmpty());
+  ExpectLoggedOnce("\"" + file + "\" was not opened: the file cannot be read");
+}
+
+TEST_F(Notices, AFileThatIsNoServiceRecordHasADialogAndNoNotification) {
+  Start();
+  client_->OpenAndAwait(agent_.Write("a.cr", "no document"));
+  client_->OpenAndAwait("/nowhere.cr");
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return !desktop_.Shown().empty(); }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "nowhere.cr could not be read") << "the first one";
+}
+
+TEST_F(Notices, AFileWhoseNameIsNotUTF8IsTold) {
+  Start();
+  agent_.Bus().OpenFiles({"file:///Store%F6.cr"});
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "Store.cr could not be read");
+  EXPECT_THAT(desktop_.Shown()[0].body, HasSubstr("is not UTF-8"));
 }
 
 }  // namespace

@@ -122,8 +122,10 @@ TEST_F(OpeningTest, AFileWithoutStoresOrNoFileIsNoServiceRecord) {
   EXPECT_CALL(notifications_, ShowSRErrorDialog);
   Open(L"");
   EXPECT_EQ(opening_->GravestOutcome(), Outcome::NotAServiceRecord);
+  EXPECT_FALSE(opening_->IsUnread());
   OpenPath((folder_.Path() / "missing.cr").wstring());
   EXPECT_EQ(opening_->GravestOutcome(), Outcome::NotAServiceRecord);
+  EXPECT_TRUE(opening_->IsUnread());
   EXPECT_THAT(Outcomes(), IsEmpty());
 }
 

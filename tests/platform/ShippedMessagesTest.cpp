@@ -38,11 +38,14 @@ TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextThatTakesItsArguments) {
                                           {util::kReasonIssuerExpired, 1},
                                           {util::kReasonIssuerNotYetValid, 1},
                                           {util::kReasonBrokenOff, 0},
+                                          {util::kReasonNotRead, 0},
+                                          {util::kReasonUnusableName, 0},
                                           {util::kNoticeAdded, 1},
                                           {util::kNoticeReplaced, 1},
                                           {util::kNoticeSeveralAdded, 1},
                                           {util::kNoticeShow, 0},
-                                          {util::kNoticeNotOpened, 1}};
+                                          {util::kNoticeNotOpened, 1},
+                                          {util::kNoticeNotRead, 1}};
   for (const auto& [id, arguments] : messages) {
     const std::string text = keeper.messageFromResource(id);
     EXPECT_FALSE(text.starts_with("Failed to find")) << id;

@@ -69,6 +69,12 @@ void TryAgain() {
   ServiceRecords::SRProvider::Instance().TryAgain();
 }
 
+bool IsUnasked(const Opening& opening) {
+  const std::vector<Opening::Store> stores = opening.Stores();
+  return std::ranges::any_of(
+      stores, [](const Opening::Store& store) { return store.outcome == Openings::Outcome::CouldNotAsk; });
+}
+
 void SaveWhatIsUnsaved() {
   ServiceRecords::SRProvider::Instance().SaveWhatIsUnsaved();
 }
@@ -136,7 +142,7 @@ void AppDelegate::ServeConnections() {
   });
   openings_ = std::make_unique<Agent::FileOpenings>(
       tasks_, [this](const std::string& path) { _serviceRecordsServer->handleServiceRecordFTA(path); },
-      [this](const Opening& opening) { TellIfUnasked(opening); });
+      [this](const Opening& opening) { TellIfUnreadOrUnasked(opening); });
   if (!ServeObjects()) ExitWith("failed to serve the objects of the agent's services");
 }
 
@@ -145,8 +151,9 @@ bool AppDelegate::ServeObjects() {
   beaconsObject_ = std::make_unique<Agent::BeaconsBusObject>(*_beaconServer);
   serviceRecordsObject_ =
       std::make_unique<Agent::ServiceRecordsBusObject>(*_serviceRecordsServer, *openings_, *changes_);
-  applicationObject_ =
-      std::make_unique<Agent::ApplicationBusObject>([this](const std::string& path) { openFile(path); });
+  applicationObject_ = std::make_unique<Agent::ApplicationBusObject>(
+      [this](const std::string& path) { openFile(path); },
+      [this](const std::string& path) { notifications_->TellUnusableName(path); });
   openingsObject_ = std::make_unique<Agent::OpeningsBusObject>(bus, *openings_);
   Agent::SetChangeAnnouncement(
       [this](const std::vector<ListChange>& changes) { openingsObject_->AnnounceChanges(changes); });
@@ -154,16 +161,17 @@ bool AppDelegate::ServeObjects() {
          applicationObject_->Serve(bus) && openingsObject_->Serve();
 }
 
-void AppDelegate::TellIfUnasked(const Opening& opening) {
-  const std::vector<Opening::Store> stores = opening.Stores();
-  const bool isUnasked = std::ranges::any_of(
-      stores, [](const Opening::Store& store) { return store.outcome == Openings::Outcome::CouldNotAsk; });
-  if (!isUnasked) return;
+void AppDelegate::TellIfUnreadOrUnasked(const Opening& opening) {
   const std::string& path = opening.GetOrigin().path;
-  trace::SystemLog::Error(
-      "\"" + path +
-      "\" was not opened: nobody could be asked about its stores; srctl doctor says what is missing");
-  notifications_->TellUnasked(path);
+  if (opening.IsUnread()) {
+    trace::SystemLog::Error("\"" + path + "\" was not opened: the file cannot be read");
+    notifications_->TellUnread(path);
+  } else if (IsUnasked(opening)) {
+    trace::SystemLog::Error(
+        "\"" + path +
+        "\" was not opened: nobody could be asked about its stores; srctl doctor says what is missing");
+    notifications_->TellUnasked(path);
+  }
 }
 
 std::unique_ptr<Bus::Connection> AppDelegate::connectionForService(

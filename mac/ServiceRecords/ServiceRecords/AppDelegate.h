@@ -55,7 +55,8 @@ class AppDelegate {
   static void ObserveLoggingConfiguration(Bus::Connection* connection);
   void ServeConnections();
   [[nodiscard]] bool ServeObjects();
-  void TellIfUnasked(const ServiceRecords::Opening& opening);
+  // What no dialog says.
+  void TellIfUnreadOrUnasked(const ServiceRecords::Opening& opening);
   void RetryInBackground();
   [[nodiscard]] bool FinishWork();
   void SayLastWords();

@@ -33,12 +33,15 @@ enum MessageId : int {
   kReasonIssuerExpired = 1864,
   kReasonIssuerNotYetValid = 1872,
   kReasonBrokenOff = 1880,
+  kReasonNotRead = 1888,
+  kReasonUnusableName = 1896,
   // What the desktop tells.
   kNoticeAdded = 1816,
   kNoticeReplaced = 1824,
   kNoticeSeveralAdded = 1832,
   kNoticeShow = 1840,
   kNoticeNotOpened = 1848,
+  kNoticeNotRead = 1904,
 };
 
 // The message with its first "%S" replaced by `argument` (UTF-8).

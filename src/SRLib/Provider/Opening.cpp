@@ -72,6 +72,11 @@ void Opening::BreakOff(const std::wstring& reason) {
   }
 }
 
+void Opening::NoteUnread() {
+  NoteStores({});
+  if (g_openingOfThisThread != nullptr) g_openingOfThisThread->isUnread_ = true;
+}
+
 void Opening::NoteStores(const StoreMap& stores) {
   if (g_openingOfThisThread == nullptr) return;
   g_openingOfThisThread->withoutStores_ = Outcome::NotAServiceRecord;

@@ -40,6 +40,8 @@ class Opening {
   [[nodiscard]] std::vector<Store> Stores() const;
   // The gravest of its stores'.
   [[nodiscard]] Openings::Outcome GravestOutcome() const;
+  // Whether the file could not be read, which the flow shows nobody.
+  [[nodiscard]] bool IsUnread() const { return isUnread_; }
   // The handling has not come to its end, and why: what it has left undecided is not saved.
   void BreakOff(const std::wstring& reason);
 
@@ -58,6 +60,7 @@ class Opening {
   [[nodiscard]] static bool IsWithdrawn();
 
   // What the flow over the file finds out. On a thread that handles no file these do nothing.
+  static void NoteUnread();
   static void NoteStores(const StoreMap& stores);
   static void NoteAccepted(const std::wstring& id, bool isReplacement);
   static void NoteDeclined(const std::wstring& id);
@@ -82,6 +85,7 @@ class Opening {
   const Origin origin_;
   std::map<std::wstring, Progress> stores_;
   Openings::Outcome withoutStores_ = Openings::Outcome::Ended;  // the whole's where there are none
+  bool isUnread_ = false;
   std::optional<std::wstring> whyNotSaved_;
   std::optional<Openings::Outcome> hindrance_;
 };

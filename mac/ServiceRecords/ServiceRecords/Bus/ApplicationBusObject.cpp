@@ -14,12 +14,9 @@ namespace {
 using PropertyList::Dictionary;
 using PropertyList::Value;
 
-// What is left of a name that is not UTF-8 may be the name of another file.
-bool HasUsableName(const std::string& path) {
-  if (util::IsUTF8(path)) return true;
+void LogRefusal(const std::string& path) {
   trace::SystemLog::Error("the name of \"" + util::narrow(util::widen(path)) +
                           "\" is not UTF-8; rename the file and open it again");
-  return false;
 }
 
 }  // namespace
@@ -41,7 +38,15 @@ Bus::Result<> ApplicationBusObject::Serve(Bus::Connection& bus) {
 
 void ApplicationBusObject::Open(const std::vector<std::string>& uris) const {
   for (const std::string& uri : uris) {
-    if (const auto path = Desktop::LocalPath(uri); path && HasUsableName(*path)) openFile_(*path);
+    const auto path = Desktop::LocalPath(uri);
+    if (!path) continue;
+    if (util::IsUTF8(*path)) {
+      openFile_(*path);
+    } else {
+      // What is left of such a name may be the name of another file.
+      LogRefusal(*path);
+      refuse_(*path);
+    }
   }
 }
 

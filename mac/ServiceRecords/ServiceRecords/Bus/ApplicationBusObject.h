@@ -11,17 +11,20 @@ namespace Agent {
 // agent. Main thread.
 class ApplicationBusObject {
  public:
-  // Receives the absolute path of each opened file (UTF-8).
-  using FileOpenHandler = std::function<void(const std::string& path)>;
+  // Receives the absolute path of a file.
+  using FileHandler = std::function<void(const std::string& path)>;
 
-  explicit ApplicationBusObject(FileOpenHandler openFile) : openFile_(std::move(openFile)) {}
+  // `openFile` receives each opened file whose path is UTF-8, `refuse` each other one.
+  ApplicationBusObject(FileHandler openFile, FileHandler refuse)
+      : openFile_(std::move(openFile)), refuse_(std::move(refuse)) {}
 
   [[nodiscard]] Bus::Result<> Serve(Bus::Connection& bus);
 
  private:
   void Open(const std::vector<std::string>& uris) const;
 
-  const FileOpenHandler openFile_;
+  const FileHandler openFile_;
+  const FileHandler refuse_;
   Bus::Slot object_;
 };
 

@@ -53,9 +53,20 @@ void DesktopNotifications::TellAccepted(const std::vector<Opening::Store>& store
 }
 
 void DesktopNotifications::TellUnasked(const std::string& path) {
+  TellOfFile(path, util::kNoticeNotOpened, util::kReasonCouldNotAsk);
+}
+
+void DesktopNotifications::TellUnread(const std::string& path) {
+  TellOfFile(path, util::kNoticeNotRead, util::kReasonNotRead);
+}
+
+void DesktopNotifications::TellUnusableName(const std::string& path) {
+  TellOfFile(path, util::kNoticeNotRead, util::kReasonUnusableName);
+}
+
+void DesktopNotifications::TellOfFile(const std::string& path, int notice, int reason) {
   const std::string file = std::filesystem::path(path).filename();
-  Notify(util::WithArgument(messages_(util::kNoticeNotOpened), Isolated(file)),
-         messages_(util::kReasonCouldNotAsk), {});
+  Notify(util::WithArgument(messages_(notice), Isolated(file)), messages_(reason), {});
 }
 
 // The signals of the service are asked for before the first notification is sent.

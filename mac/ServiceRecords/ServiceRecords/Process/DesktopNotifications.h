@@ -25,6 +25,10 @@ class DesktopNotifications {
   void TellAccepted(const std::vector<ServiceRecords::Opening::Store>& stores);
   // Nobody could be asked about the file at this path.
   void TellUnasked(const std::string& path);
+  // It could not be read.
+  void TellUnread(const std::string& path);
+  // Its path is not UTF-8, so it was not looked at.
+  void TellUnusableName(const std::string& path);
 
  private:
   // What a notification shows when it is pressed, and by which right a window may come to the front.
@@ -34,6 +38,8 @@ class DesktopNotifications {
     std::string activationToken;
   };
 
+  // `notice` takes the file's name.
+  void TellOfFile(const std::string& path, int notice, int reason);
   void Notify(const std::wstring& summary, const std::wstring& body, const std::string& storeID);
   void HandleSignal(const Bus::Message& signal);
   void ShowStore(const Shown& shown);
