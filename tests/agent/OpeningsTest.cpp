@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -45,6 +46,9 @@ class OpenedFiles : public AgentTest {
   Files::FileDescriptor Descriptor(const PseudoTerminal& terminal) const {
     return Files::FileDescriptor(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
   }
+
+  // There is no room for the list.
+  void FillDisk() const { std::ofstream(agent_.ConfigFolder() / "Morvane") << "no folder"; }
 
   std::string OneStore(const std::string& name = "a.cr") { return OpenableFile(name, {Store("s1", "One")}); }
 
@@ -124,7 +128,7 @@ TEST_F(OpenedFiles, WithoutAPlugInNobodyCanBeAsked) {
 }
 
 TEST_F(OpenedFiles, WhatCannotBeWrittenIsNotSaved) {
-  std::ofstream(agent_.ConfigFolder() / "Morvane") << "no folder";
+  FillDisk();
   Start();
   const auto finished = client_->OpenAndAwait(OneStore());
   EXPECT_EQ(finished.outcome, "not-saved");
@@ -431,6 +435,7 @@ TEST_F(Notices, AnAddedStoreIsToldAndCanBeShownWhereThereIsNoClient) {
   client_->OpenAndAwait(OneStore());
   ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
   EXPECT_EQ(desktop_.Shown()[0].summary, "One was added");
+  EXPECT_EQ(desktop_.Shown()[0].body, "");
   EXPECT_EQ(desktop_.Shown()[0].desktopEntry, "com.morvane.ServiceRecords.Stores");
   EXPECT_THAT(desktop_.Shown()[0].actions, ElementsAre("default", "Show", "show-store", "Show"));
   desktop_.Press("show-store");
@@ -481,6 +486,18 @@ TEST_F(Notices, SeveralStoresAreToldTogether) {
   client_->OpenAndAwait(OpenableFile("a.cr", {Store("s1", "One"), Store("s2", "Two")}));
   ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 1; }));
   EXPECT_EQ(desktop_.Shown()[0].summary, "2 stores were added or updated");
+}
+
+TEST_F(Notices, StoresThatCouldNotBeSavedAreNotToldAsAdded) {
+  FillDisk();
+  Start();
+  client_->OpenAndAwait(OneStore());
+  client_->OpenAndAwait(OpenableFile("b.cr", {Store("s2", "Two"), Store("s3", "Three")}));
+  ASSERT_TRUE(desktop_.WaitUntil([&] { return desktop_.Shown().size() == 2; }));
+  EXPECT_EQ(desktop_.Shown()[0].summary, "One is in the list, but not saved");
+  EXPECT_THAT(desktop_.Shown()[0].body, HasSubstr("cannot be written"));
+  EXPECT_THAT(desktop_.Shown()[0].actions, Contains("show-store"));
+  EXPECT_EQ(desktop_.Shown()[1].summary, "2 stores are in the list, but not saved");
 }
 
 TEST_F(Notices, ANameHidesNothingAndEndsSomewhere) {

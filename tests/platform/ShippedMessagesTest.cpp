@@ -45,7 +45,9 @@ TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextThatTakesItsArguments) {
                                           {util::kNoticeSeveralAdded, 1},
                                           {util::kNoticeShow, 0},
                                           {util::kNoticeNotOpened, 1},
-                                          {util::kNoticeNotRead, 1}};
+                                          {util::kNoticeNotRead, 1},
+                                          {util::kNoticeUnsaved, 1},
+                                          {util::kNoticeSeveralUnsaved, 1}};
   for (const auto& [id, arguments] : messages) {
     const std::string text = keeper.messageFromResource(id);
     EXPECT_FALSE(text.starts_with("Failed to find")) << id;

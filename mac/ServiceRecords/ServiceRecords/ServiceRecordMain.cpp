@@ -15,6 +15,7 @@
 #include "libs/Warden_SDK/MorvaneWarden.h"
 #include "libs/Wayfinder/Wayfinder.h"
 
+#include <functional>
 #include <optional>
 
 using namespace ServiceRecords;
@@ -38,12 +39,16 @@ void AnnounceChanges(const std::vector<ListChange>& changes) {
   });
 }
 
+// Of an opening that has put them into the list, be it saved or not.
+bool IsAccepted(const Opening::Store& store) {
+  return store.outcome == Openings::Outcome::Added || store.outcome == Openings::Outcome::Replaced ||
+         store.outcome == Openings::Outcome::NotSaved;
+}
+
 std::vector<Opening::Store> AcceptedStores() {
   const Opening* const opening = Opening::OfThisThread();
   std::vector<Opening::Store> stores = opening != nullptr ? opening->Stores() : std::vector<Opening::Store>();
-  std::erase_if(stores, [](const Opening::Store& store) {
-    return store.outcome != Openings::Outcome::Added && store.outcome != Openings::Outcome::Replaced;
-  });
+  std::erase_if(stores, std::not_fn(IsAccepted));
   return stores;
 }
 

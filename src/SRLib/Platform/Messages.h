@@ -42,6 +42,8 @@ enum MessageId : int {
   kNoticeShow = 1840,
   kNoticeNotOpened = 1848,
   kNoticeNotRead = 1904,
+  kNoticeUnsaved = 1912,
+  kNoticeSeveralUnsaved = 1920,
 };
 
 // The message with its first "%S" replaced by `argument` (UTF-8).

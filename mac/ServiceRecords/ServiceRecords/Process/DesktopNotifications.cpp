@@ -38,18 +38,23 @@ std::string Isolated(const std::string& name) {
   return isPlain ? line : kFirstStrongIsolate + line + kPopDirectionalIsolate;
 }
 
+// What is told of accepted stores, which are saved together or not at all.
+int NoticeOf(Openings::Outcome outcome, bool isOne) {
+  if (outcome == Openings::Outcome::NotSaved)
+    return isOne ? util::kNoticeUnsaved : util::kNoticeSeveralUnsaved;
+  if (!isOne) return util::kNoticeSeveralAdded;
+  return outcome == Openings::Outcome::Replaced ? util::kNoticeReplaced : util::kNoticeAdded;
+}
+
 }  // namespace
 
 void DesktopNotifications::TellAccepted(const std::vector<Opening::Store>& stores) {
   if (stores.empty()) return;
   const Opening::Store& first = stores.front();
-  const bool wasHeld = first.outcome == Openings::Outcome::Replaced;
-  if (stores.size() > 1) {
-    const std::wstring text = messages_(util::kNoticeSeveralAdded);
-    return Notify(util::WithArgument(text, std::to_string(stores.size())), {}, util::narrow(first.id));
-  }
-  const std::wstring text = messages_(wasHeld ? util::kNoticeReplaced : util::kNoticeAdded);
-  Notify(util::WithArgument(text, Isolated(util::narrow(first.name))), {}, util::narrow(first.id));
+  const bool isOne = stores.size() == 1;
+  const std::string what = isOne ? Isolated(util::narrow(first.name)) : std::to_string(stores.size());
+  Notify(util::WithArgument(messages_(NoticeOf(first.outcome, isOne)), what), first.reason,
+         util::narrow(first.id));
 }
 
 void DesktopNotifications::TellUnasked(const std::string& path) {

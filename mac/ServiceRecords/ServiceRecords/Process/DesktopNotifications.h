@@ -21,7 +21,8 @@ class DesktopNotifications {
   // The main loop serves the connection, which outlives this object.
   DesktopNotifications(Bus::Connection& bus, Messages messages) : bus_(bus), messages_(std::move(messages)) {}
 
-  // These stores are in the list now. A button, and the notification itself, shows them in the stores window.
+  // These stores are in the list now, though perhaps not in the saved one. A button, and the notification
+  // itself, shows them in the stores window.
   void TellAccepted(const std::vector<ServiceRecords::Opening::Store>& stores);
   // Nobody could be asked about the file at this path.
   void TellUnasked(const std::string& path);
