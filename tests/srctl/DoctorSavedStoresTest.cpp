@@ -97,6 +97,25 @@ TEST_F(DoctorOfSavedStores, AListThatCannotBeSavedDoesNotKeepTheAgentFromEnding)
   EXPECT_EQ(agent_.Terminate(), 0);
 }
 
+TEST_F(DoctorOfSavedStores, AChangeThatAFullDiskDidNotTakeIsMadeWithAWarning) {
+  const TestSupport::StoreText two = WorkingStore("s2", "Two");
+  GiveStores({WorkingStore("s1", "One"), two});
+  LimitFiles(0);
+  for (const std::vector<std::string>& command :
+       std::vector<std::vector<std::string>>{{"delete", "s1"},
+                                             {"default-gateway", "--id", "s2", "Branch"},
+                                             {"default-gateway", "--url", two.url, "Branch"}}) {
+    const SrctlRun run = Srctl(command);
+    EXPECT_EQ(run.status, 0) << command.front();
+    EXPECT_THAT(run.output, Not(IsEmpty())) << command.front();
+    EXPECT_EQ(run.errors,
+              "srctl: The change is not saved yet: the agent could not write its list, and tries again by "
+              "itself. What to do: srctl doctor\n")
+        << command.front();
+  }
+  EXPECT_THAT(StoreIDs(), ElementsAre("s2"));
+}
+
 TEST_F(DoctorOfSavedStores, AFileThatCannotBeReadIsToldAndReadWhenItCan) {
   GiveStores({WorkingStore("s1", "One")});
   StartWithoutTheFile();

@@ -45,6 +45,7 @@ TEST_F(SrctlStoreChanges, TheDefaultGatewayIsChosenById) {
   const SrctlRun run = Srctl({"default-gateway", "--id", "s1", "Branch"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.output, "The default gateway is now \"Branch\".\n");
+  EXPECT_THAT(run.errors, IsEmpty());
   EXPECT_EQ(DefaultGateway("s1"), "Branch");
   EXPECT_EQ(DefaultGateway("s2"), "Head Office") << "another store's gateway is its own";
 }

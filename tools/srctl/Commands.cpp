@@ -17,6 +17,12 @@ namespace {
 
 constexpr char kLogLevel[] = "LogLevel";
 
+void WarnIfUnsaved(AgentClient& agent) {
+  if (agent.StateOfSavedStores() != AgentClient::kUnsaved) return;
+  std::cerr << "srctl: The change is not saved yet: the agent could not write its list, and tries again by "
+               "itself. What to do: srctl doctor\n";
+}
+
 }  // namespace
 
 Status List(Printing::Format format) {
@@ -47,6 +53,7 @@ Status Delete(const std::string& id) {
     if (!*deleted)
       return RefuseForList(agent, "There is no store with the id " + Quoted(id) + ". Ids: srctl list");
     std::cout << "Deleted the store " << Quoted(id) << ".\n";
+    WarnIfUnsaved(agent);
     return Status::Done;
   });
 }
@@ -62,6 +69,7 @@ Status DefaultGateway(const StoreChoice& store, const std::string& gateway) {
                                       ". Gateways of a store: srctl show ID");
     }
     std::cout << "The default gateway is now " << Quoted(gateway) << ".\n";
+    WarnIfUnsaved(agent);
     return Status::Done;
   });
 }
