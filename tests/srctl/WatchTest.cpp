@@ -40,6 +40,11 @@ class SrctlWatch : public SrctlTest {
     return srctl.Wait();
   }
 
+  // Serves the agent's place until srctl has printed the text.
+  static bool Prints(const ChildProcess& srctl, StandInAgent& standIn, const std::string& text) {
+    return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
+  }
+
   // Returns when the bus has passed it on.
   void AnnounceChangesAsAStranger(const std::vector<Dictionary>& changes) const {
     namespace Names = Bus::ServiceNames;
@@ -106,18 +111,16 @@ TEST_F(SrctlWatch, AsksForTheLocationThatHasChanged) {
   StandInAgent standIn(agent_.BusAddress());
   standIn.location = 4;
   ChildProcess srctl = StartSrctl({"watch"});
-  const auto prints = [&](const std::string& text) {
-    return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
-  };
-  ASSERT_TRUE(prints(kWatching));
+  ASSERT_TRUE(Prints(srctl, standIn, kWatching));
   standIn.AnnounceLocation(kStoreURL);
-  ASSERT_TRUE(prints("Location relative to \"" + std::string(kStoreURL) +
-                     "\": VPN, this machine is in the store's network through a VPN.\n"));
+  ASSERT_TRUE(Prints(srctl, standIn,
+                     "Location relative to \"" + std::string(kStoreURL) +
+                         "\": VPN, this machine is in the store's network through a VPN.\n"));
   standIn.AnnounceLocation(kStoreURL);
   ASSERT_TRUE(standIn.ServeUntil([&] { return standIn.Questions().size() == 2; }));
   standIn.location = 0;
   standIn.AnnounceLocation(kStoreURL);
-  ASSERT_TRUE(prints("\": deciding, it is not decided yet where this machine stands.\n"));
+  ASSERT_TRUE(Prints(srctl, standIn, "\": deciding, it is not decided yet where this machine stands.\n"));
   EXPECT_THAT(standIn.Questions(), ElementsAre(kStoreURL, kStoreURL, kStoreURL));
   EXPECT_THAT(Lines(srctl.Output()), testing::SizeIs(3)) << "no location twice";
 }
@@ -135,10 +138,7 @@ TEST_F(SrctlWatch, TellsWhatHasChangedInTheList) {
 TEST_F(SrctlWatch, TellsAConfirmation) {
   StandInAgent standIn(agent_.BusAddress());
   ChildProcess srctl = StartSrctl({"watch", "--json"});
-  const auto prints = [&](const std::string& text) {
-    return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
-  };
-  ASSERT_TRUE(prints("watching"));
+  ASSERT_TRUE(Prints(srctl, standIn, "watching"));
   standIn.AnnounceChanges(
       {Dictionary{
            {"Change", "confirmed"}, {"StoreID", "s1"}, {"StoreName", "One\x1B"}, {"StoreURL", kStoreURL}},
@@ -147,7 +147,7 @@ TEST_F(SrctlWatch, TellsAConfirmation) {
                   {"StoreName", "Two"},
                   {"StoreURL", kStoreURL},
                   {"GatewayName", "Branch"}}});
-  ASSERT_TRUE(prints("store-default-gateway"));
+  ASSERT_TRUE(Prints(srctl, standIn, "store-default-gateway"));
   const std::vector<std::string> lines = Lines(srctl.Output());
   ASSERT_EQ(lines.size(), 3U);
   json confirmed = json::parse(lines[1]);
@@ -160,13 +160,10 @@ TEST_F(SrctlWatch, TellsAConfirmation) {
 TEST_F(SrctlWatch, BelievesNobodyButTheAgentThatTheListHasChanged) {
   StandInAgent standIn(agent_.BusAddress());
   ChildProcess srctl = StartSrctl({"watch", "--json"});
-  const auto prints = [&](const std::string& text) {
-    return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
-  };
-  ASSERT_TRUE(prints("watching"));
+  ASSERT_TRUE(Prints(srctl, standIn, "watching"));
   AnnounceChangesAsAStranger({Dictionary{{"Change", "added"}, {"StoreID", "forged"}}});
   standIn.AnnounceChanges({Dictionary{{"Change", "confirmed"}, {"StoreID", "s1"}}});
-  ASSERT_TRUE(prints("store-confirmed"));
+  ASSERT_TRUE(Prints(srctl, standIn, "store-confirmed"));
   EXPECT_THAT(srctl.Output(), testing::Not(HasSubstr("forged")));
 }
 
