@@ -320,6 +320,22 @@ TEST_F(ServiceCalls, TheLocationOfAStoreIsDecidedByItsBeacons) {
                                                  "(NETWORK_LOCATION_LAN)")}));
 }
 
+TEST_F(ServiceCalls, TheLocationOfAStoreIsDescribedForOtherLanguages) {
+  const auto store = Store("s1", "One");
+  Discover({store});
+  ASSERT_TRUE(agent_.Bus().WaitUntil(
+      [&] { return agent_.Bus().Beacons("checkLocationForStore", {store.url}) != 0; }));
+  const json numbers = {{{"Name", "answered"}, {"Text", "1"}}, {{"Name", "all"}, {"Text", "1"}}};
+  const json counts = {
+      {"Name", "counts"}, {"Pattern", "{answered} of {all} internal beacons answered"}, {"Places", numbers}};
+  EXPECT_EQ(agent_.Bus().Beacons("describeLocationForStore", {store.url}),
+            json({1, {{"Pattern", "LAN, {counts}"}, {"Places", json::array({counts})}}}));
+  EXPECT_THAT(agent_.LogMessages(),
+              testing::IsSupersetOf({"[+] MrvBeaconSvr::describeLocationForStore (" + store.url + ")",
+                                     std::string("[-] MrvBeaconSvr::describeLocationForStore "
+                                                 "(NETWORK_LOCATION_LAN)")}));
+}
+
 TEST_F(ServiceCalls, IntrospectionEqualsTheShippedInterfaceFiles) {
   const struct {
     std::string name, path, interface;

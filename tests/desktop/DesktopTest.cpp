@@ -71,8 +71,10 @@ void DesktopTest::Hold(const StoreText& store) {
   AwaitHandled();
 }
 
-ChildProcess DesktopTest::StartStoresWindow() {
-  return ChildProcess({(agent_.Prefix() / "bin/servicerecords-stores").string()}, agent_.Environment(),
+ChildProcess DesktopTest::StartStoresWindow(const std::vector<std::string>& environment) {
+  std::vector<std::string> variables = agent_.Environment();
+  variables.insert(variables.end(), environment.begin(), environment.end());
+  return ChildProcess({(agent_.Prefix() / "bin/servicerecords-stores").string()}, variables,
                       {.captureErrors = true});
 }
 

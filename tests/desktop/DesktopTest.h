@@ -27,7 +27,8 @@ class DesktopTest : public AgentTest {
 
   // Adds the store to the list, with everybody's consent.
   void Hold(const StoreText& store);
-  [[nodiscard]] ChildProcess StartStoresWindow();
+  // `environment`: added to that of the user's programs.
+  [[nodiscard]] ChildProcess StartStoresWindow(const std::vector<std::string>& environment = {});
 
   [[nodiscard]] ScreenReader& Reader() { return *reader_; }
   // The control, once it can be used.

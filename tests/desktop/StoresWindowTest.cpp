@@ -8,6 +8,7 @@ using testing::ElementsAre;
 namespace {
 
 using TestSupport::ChildProcess;
+using TestSupport::Control;
 using TestSupport::Role;
 using TestSupport::State;
 using TestSupport::VirtualDesktopTest;
@@ -21,11 +22,30 @@ class StoresWindow : public VirtualDesktopTest {
     agent_.Start();
     Hold(Store("s1", "One"));
     Hold(Store("s2", "Two"));
+    Show();
+  }
+  virtual void Show() {
     window_.emplace(StartStoresWindow());
     Reader().WaitFor(Role::Frame, kTitle);
   }
 
   std::optional<ChildProcess> window_;
+};
+
+class StoresWindowInGerman : public StoresWindow {
+ protected:
+  // The agent and srctl know nothing of the language.
+  void Show() override {
+    window_.emplace(StartStoresWindow({"LC_ALL=C.UTF-8", "LANGUAGE=de"}));
+    Reader().WaitFor(Role::Frame, "Anwendungs-Stores");
+  }
+  void AwaitRow(const std::string& title, const std::string& text) {
+    Reader().WaitUntil(text, [&] {
+      return Count([&](const Control& control) {
+               return control.name == title && control.description == text;
+             }) == 1;
+    });
+  }
 };
 
 TEST_F(StoresWindow, ListsTheStores) {
@@ -65,6 +85,20 @@ TEST_F(StoresWindow, RemovesAStoreAfterAQuestionOnly) {
   Press("Remove");
   Reader().WaitUntilGone(Role::ListItem, "One");
   EXPECT_THAT(StoreIDs(), ElementsAre("s2"));
+}
+
+constexpr char kReason[] = "LAN, \u20681\u2069 von \u20681\u2069 internen Prüfadressen erreichbar";
+
+TEST_F(StoresWindowInGerman, SaysWhyThisComputerIsThere) {
+  AwaitRow("Im Netz des Stores", kReason);
+}
+
+TEST_F(StoresWindowInGerman, SaysWhatTheCheckFinds) {
+  Press("Prüfen");
+  AwaitRow("Server", "\u2068" + Store("s1", "One").url +
+                         "\u2069: antwortet, und dieser Rechner vertraut dem Zertifikat, ausgestellt von "
+                         "\u2068Morvane Test Authority\u2069.");
+  AwaitRow("Standort", std::string("LAN: Dieser Rechner ist im Netz des Stores. Grund: ") + kReason + ".");
 }
 
 TEST_F(StoresWindow, GivesTheToolkitNothingToComplainOf) {

@@ -361,10 +361,27 @@ TEST_F(DoctorOfStores, JsonLinesTellOneFindingEach) {
   for (std::string line; std::getline(lines, line);) {
     const json finding = json::parse(line);
     EXPECT_EQ(finding["store"], "s1");
+    EXPECT_TRUE(finding["textMessage"].contains("pattern")) << line;
     told.push_back(finding["result"].get<std::string>() + " " + finding["check"].get<std::string>());
   }
   EXPECT_THAT(told,
               testing::ElementsAre("problem server", "ok gateway", "note discovery document", "ok location"));
+}
+
+TEST_F(DoctorOfStores, JsonLinesTellTheTextsAsMessagesToo) {
+  StoreText store = WorkingStore("s1", "One");
+  store.url = NobodysAddress();
+  GiveStores({store});
+  std::istringstream lines(Srctl({"doctor", "--store", "s1", "--json-lines"}).output);
+  std::string server;
+  std::getline(lines, server);
+  const json finding = json::parse(server);
+  EXPECT_EQ(finding["text"], store.url + ": it cannot be contacted: nobody takes the connection.");
+  const json why = {{"pattern", "nobody takes the connection"}, {"places", json::object()}};
+  const json answer = {{"pattern", "it cannot be contacted: {why}"}, {"places", {{"why", why}}}};
+  EXPECT_EQ(finding["textMessage"], json({{"pattern", "{address}: {answer}."},
+                                          {"places", {{"address", store.url}, {"answer", answer}}}}));
+  EXPECT_EQ(finding["nextMessage"]["pattern"], finding["next"]);
 }
 
 TEST_F(DoctorOfStores, ManyStoresAreLookedAtSideBySideAndToldOneByOne) {

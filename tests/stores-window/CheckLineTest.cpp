@@ -5,16 +5,19 @@
 namespace Stores {
 namespace {
 
+using Wording::Message;
+using Wording::Worded;
 using Result = CheckFinding::Result;
 
 TEST(CheckLine, HoldsAFinding) {
   const auto finding = FindingFromLine(
-      R"({"check":"server","next":"Do \u202e this.","result":"problem","store":"s1","text":"It is down."})");
+      R"({"check":"server","nextMessage":"Do \u202e this.","result":"problem","store":"s1","textMessage":
+          {"pattern":"{a}: {b}.","places":{"a":"https://a","b":{"pattern":"It is down","places":{}}}}})");
   ASSERT_TRUE(finding);
   EXPECT_EQ(finding->result, Result::Problem);
   EXPECT_EQ(finding->check, "server");
-  EXPECT_EQ(finding->text, "It is down.");
-  EXPECT_EQ(finding->next, "Do \u202E this.");
+  EXPECT_EQ(finding->text, Worded("{a}: {b}.", {{"a", "https://a"}, {"b", Worded("It is down")}}));
+  EXPECT_EQ(finding->next, Message("Do \u202E this."));
 }
 
 TEST(CheckLine, KnowsEveryResult) {
@@ -25,9 +28,11 @@ TEST(CheckLine, KnowsEveryResult) {
 }
 
 TEST(CheckLine, MayLackWhatThereIsNotToSay) {
-  const auto finding = FindingFromLine(R"({"result":"ok","check":"server","text":"Fine.","next":null})");
+  const auto finding =
+      FindingFromLine(R"({"result":"ok","check":"server","textMessage":{"pattern":"Fine."}})");
   ASSERT_TRUE(finding);
-  EXPECT_EQ(finding->next, "");
+  EXPECT_EQ(finding->text, Worded("Fine."));
+  EXPECT_EQ(finding->next, Message());
 }
 
 TEST(CheckLine, ThatIsNoObjectIsNothing) {

@@ -6,6 +6,7 @@
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using Wording::Worded;
 
 namespace Stores {
 
@@ -31,6 +32,17 @@ TEST(Reading, TakesEveryStoreWithItsGateways) {
                                 "https://one.example/d",
                                 {{"A", "https://a.example", true}, {"B", "https://b.example", false}}},
                           Store{"s2", "Two", "https://two.example", {}}));
+}
+
+TEST(Reading, TakesAMessageWithAllThatIsFilledIn) {
+  const VariantPtr message = Parsed(
+      "{'Pattern': <'{a} ({b})'>, 'Places': <[{'Name': <'a'>, 'Text': <'x'>},"
+      "  {'Name': <'b'>, 'Pattern': <'{c}'>, 'Places': <[{'Name': <'c'>, 'Text': <'y'>}]>}]>}");
+  EXPECT_EQ(Reading::MessageFrom(message.get()),
+            Worded("{a} ({b})", {{"a", "x"}, {"b", Worded("{c}", {{"c", "y"}})}}));
+  EXPECT_EQ(Reading::MessageFrom(Parsed("{'Text': <'{c}'>}").get()), Wording::Message("{c}"));
+  EXPECT_EQ(Reading::MessageFrom(Parsed("{'Pattern': <uint32 1>, 'Places': <'a'>}").get()),
+            Wording::Message());
 }
 
 TEST(Reading, TakesWhatIsOfAnotherTypeForMissing) {

@@ -125,7 +125,7 @@ TEST_F(TheSession, KnowsWhereTheMachineStandsOnceItIsDecided) {
   StoreItem* const item = observed_.session.Stores().Find("s1");
   observed_.session.Locations().Want(item);
   ASSERT_TRUE(RunUntil([item] { return LocationOf(item) && LocationOf(item)->number != 0; }));
-  EXPECT_THAT(LocationOf(item)->reason, HasSubstr("internal beacons answered"));
+  EXPECT_THAT(LocationOf(item)->reason.English(), HasSubstr("internal beacons answered"));
 }
 
 TEST_F(TheSession, SaysThatTheAgentHasEndedAndStartsItAgain) {

@@ -84,9 +84,9 @@ void StandInAgent::Take(GDBusConnection* /*bus*/, const char* sender, const char
     agent->TakeOpening(sender, parameters, call);
   } else if (asked == "allStores") {
     agent->questions_.push_back(call);
-  } else if (asked == "explainLocationForStore") {
+  } else if (asked == "describeLocationForStore") {
     ++agent->locations_;
-    g_dbus_method_invocation_return_value(call, g_variant_new("(ts)", std::uint64_t{1}, "LAN"));
+    g_dbus_method_invocation_return_value(call, g_variant_new_parsed("(uint64 1, {'Text': <'LAN'>})"));
   } else {
     g_dbus_method_invocation_return_dbus_error(call, "com.morvane.NotStoodInFor", method);
   }

@@ -40,18 +40,18 @@ NetworkLocation Locate(const StoreFindings& findings, PeerStanding standing = Pe
 TEST(LocationRule, EveryInternalBeaconThatAnswersMakesALAN) {
   const auto decision = Decide({.internal = {&kProven, &kPlain}, .external = {&kSilent}});
   EXPECT_EQ(decision.location, NetworkLocation::kLAN);
-  EXPECT_EQ(decision.reason, "LAN, 2 of 2 internal beacons answered");
+  EXPECT_EQ(decision.reason.English(), "LAN, 2 of 2 internal beacons answered");
 }
 
 TEST(LocationRule, SomeInternalBeaconsMakeItPartlyInternal) {
   const auto decision = Decide({.internal = {&kProven, &kSilent}, .external = {&kProven}});
   EXPECT_EQ(decision.location, NetworkLocation::kPartlyInternal);
-  EXPECT_EQ(decision.reason,
+  EXPECT_EQ(decision.reason.English(),
             "partly internal, 1 of 2 internal beacons answered (https://a/: Timeout was reached)");
 }
 
 TEST(LocationRule, ATunnelToAnAnsweringInternalBeaconMakesItAVPN) {
-  EXPECT_EQ(Decide({.internal = {&kPlain, &kProven}, .external = {}}, "wg0 (wireguard)").reason,
+  EXPECT_EQ(Decide({.internal = {&kPlain, &kProven}, .external = {}}, "wg0 (wireguard)").reason.English(),
             "VPN, 2 of 2 internal beacons answered, the route to 10.0.0.1 leaves through wg0 (wireguard)");
   EXPECT_EQ(Decide({.internal = {&kSilent, &kProven}, .external = {}}, "wg0").location,
             NetworkLocation::kVPN);
@@ -63,7 +63,7 @@ TEST(LocationRule, ATunnelToAnAnsweringInternalBeaconMakesItAVPN) {
 TEST(LocationRule, OnlyAnExternalAnswerMakesItOutside) {
   const auto decision = Decide({.internal = {&kSilent}, .external = {&kSilent, &kPlain}});
   EXPECT_EQ(decision.location, NetworkLocation::kOutside);
-  EXPECT_EQ(decision.reason,
+  EXPECT_EQ(decision.reason.English(),
             "outside, 0 of 1 internal beacons answered (https://a/: Timeout was reached), 1 of 2 external "
             "beacons answered (https://a/: Timeout was reached)");
 }
@@ -71,7 +71,7 @@ TEST(LocationRule, OnlyAnExternalAnswerMakesItOutside) {
 TEST(LocationRule, NoAnswerAtAllMakesItNone) {
   EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {&kSilent}}), NetworkLocation::kNone);
   EXPECT_EQ(Locate({.internal = {&kSilent}, .external = {}}), NetworkLocation::kNone);
-  EXPECT_THAT(Decide({.internal = {&kSilent}, .external = {}, .networkIsUsable = false}).reason,
+  EXPECT_THAT(Decide({.internal = {&kSilent}, .external = {}, .networkIsUsable = false}).reason.English(),
               testing::StartsWith("none, no usable network"));
 }
 
@@ -79,7 +79,7 @@ TEST(LocationRule, SomebodyElseInTheExternalBeaconsPlaceMakesItAHotspot) {
   const auto decision = Decide({.internal = {&kSilent}, .external = {&kPortal}});
   EXPECT_EQ(decision.location, NetworkLocation::kHotspot);
   EXPECT_EQ(
-      decision.reason,
+      decision.reason.English(),
       "hotspot, 0 of 1 internal beacons answered (https://a/: Timeout was reached), an external one was "
       "answered by somebody else (http://b/: redirect to portal)");
 }
@@ -126,13 +126,13 @@ TEST(LocationRule, EachAddressHasAStandingOfItsOwn) {
 
 TEST(LocationRule, TheReasonNamesTheFirstBeaconThatDidNotCount) {
   const ProbeOutcome refused{.reason = "https://c/: Connection refused"};
-  EXPECT_EQ(Decide({.internal = {&kSilent, &refused}, .external = {}}).reason,
+  EXPECT_EQ(Decide({.internal = {&kSilent, &refused}, .external = {}}).reason.English(),
             "none, 0 of 2 internal beacons answered (https://a/: Timeout was reached), 0 of 0 external "
             "beacons answered");
-  EXPECT_EQ(Decide({.internal = {&kPlain}, .external = {}}, "", PeerStanding::Exposed).reason,
+  EXPECT_EQ(Decide({.internal = {&kPlain}, .external = {}}, "", PeerStanding::Exposed).reason.English(),
             "none, 0 of 1 internal beacons answered (10.0.0.2 answers for others too), 0 of 0 external "
             "beacons answered");
-  EXPECT_THAT(Decide({.internal = {&kSilent}, .external = {&kPortal, &kImpostor}}).reason,
+  EXPECT_THAT(Decide({.internal = {&kSilent}, .external = {&kPortal, &kImpostor}}).reason.English(),
               testing::EndsWith("(http://b/: redirect to portal)"));
 }
 

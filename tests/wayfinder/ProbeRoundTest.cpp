@@ -66,7 +66,7 @@ ProbeOutcome AskServerThatAnswers(const std::string& status, const std::string& 
 TEST(ProbeRound, AHandshakeForTheNameIsAnAnswer) {
   const WebServer server(TrustedAuthority().TlsServerBlock("good", "return 503;"));
   const ProbeOutcome outcome = Ask(server.Address("https") + "/internal");
-  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason.English();
   EXPECT_TRUE(outcome.proven);
   EXPECT_EQ(outcome.peer, "127.0.0.1");
 }
@@ -80,7 +80,7 @@ TEST(ProbeRound, ACertificateForAnotherNameIsSomebodyElse) {
   const WebServer server(TrustedAuthority().TlsServerBlock("wrong-host"));
   const ProbeOutcome outcome = Ask(server.Address("https"));
   EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse);
-  EXPECT_EQ(outcome.reason, server.Address("https") + "/: certificate for another name");
+  EXPECT_EQ(outcome.reason.English(), server.Address("https") + "/: certificate for another name");
   EXPECT_EQ(outcome.peer, "127.0.0.1");
 }
 
@@ -120,7 +120,7 @@ TEST(ProbeRound, AnyPlainAnswerBelow500Counts) {
   for (const char* status : {"200 OK", "204 No Content", "304 Not Modified", "401 Unauthorized",
                              "404 Not Found", "405 Method Not Allowed"}) {
     const ProbeOutcome outcome = AskServerThatAnswers(status);
-    EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << status << outcome.reason;
+    EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << status << outcome.reason.English();
     EXPECT_FALSE(outcome.proven);
   }
 }
@@ -134,7 +134,7 @@ TEST(ProbeRound, AServersTroubleIsNoAnswer) {
 TEST(ProbeRound, Status511IsSomebodyElse) {
   const ProbeOutcome outcome = AskServerThatAnswers("511 Network Authentication Required");
   EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse);
-  EXPECT_THAT(outcome.reason, testing::EndsWith(": status 511"));
+  EXPECT_THAT(outcome.reason.English(), testing::EndsWith(": status 511"));
 }
 
 TEST(ProbeRound, ARedirectToAnotherHostIsSomebodyElseAndIsNotFollowed) {
@@ -143,7 +143,7 @@ TEST(ProbeRound, ARedirectToAnotherHostIsSomebodyElseAndIsNotFollowed) {
   for (const char* status : {"301 Moved", "302 Found", "303 See Other", "307 Temporary", "308 Permanent"}) {
     const ProbeOutcome outcome = AskServerThatAnswers(status, "Location: " + target + "\r\n");
     EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse) << status;
-    EXPECT_THAT(outcome.reason, testing::EndsWith(": redirect to localhost"));
+    EXPECT_THAT(outcome.reason.English(), testing::EndsWith(": redirect to localhost"));
   }
   EXPECT_TRUE(other.Requests().empty());
 }
@@ -162,7 +162,7 @@ TEST(ProbeRound, ARedirectWhoseTargetCannotBeReadIsSomebodyElse) {
         "Location: mailto:portal@example\r\n", "Location: http://a:port/\r\n", ""}) {
     const ProbeOutcome outcome = AskServerThatAnswers("302 Found", headers);
     EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse) << headers;
-    EXPECT_THAT(outcome.reason, testing::EndsWith(": redirect to an address that cannot be read"));
+    EXPECT_THAT(outcome.reason.English(), testing::EndsWith(": redirect to an address that cannot be read"));
   }
   EXPECT_EQ(AskServerThatAnswers("300 Multiple Choices", "Location: http://a b/\r\n").answer,
             ProbeAnswer::SomebodyElse);
@@ -184,13 +184,13 @@ TEST(ProbeRound, ARedirectWithABodyIsSeenToo) {
        "HTTP/1.1 302 Found\r\nLocation: //portal.example/login\r\n\r\n" + std::string(1 << 20, 'x')});
   const ProbeOutcome outcome = Ask(At(server.Port()));
   EXPECT_EQ(outcome.answer, ProbeAnswer::SomebodyElse);
-  EXPECT_THAT(outcome.reason, testing::EndsWith(": redirect to portal.example"));
+  EXPECT_THAT(outcome.reason.English(), testing::EndsWith(": redirect to portal.example"));
 }
 
 TEST(ProbeRound, ARedirectWithinAnInternationalHostIsAnAnswer) {
   const RawServer server({Response("302 Found", "Location: http://m\xC3\xBCnchen.example/x\r\n")});
   const ProbeOutcome outcome = Ask(At(server.Port(), "http://m\xC3\xBCnchen.example"));
-  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason.English();
 }
 
 TEST(ProbeRound, AnOpenPortProvesNothing) {
@@ -221,24 +221,24 @@ TEST(ProbeRound, ARefusedConnectionIsNoAnswer) {
   }
   const ProbeOutcome outcome = Ask(At(port));
   EXPECT_EQ(outcome.answer, ProbeAnswer::None);
-  EXPECT_FALSE(outcome.reason.empty());
+  EXPECT_FALSE(outcome.reason.IsEmpty());
 }
 
 TEST(ProbeRound, AnUnknownNameIsNoAnswer) {
-  EXPECT_EQ(Ask("https://missing.example").reason, "missing.example: name not found");
+  EXPECT_EQ(Ask("https://missing.example").reason.English(), "missing.example: name not found");
 }
 
 TEST(ProbeRound, AHostWithADotAtItsEndIsTheSameHost) {
   const RawServer server({Response("200 OK")});
   const ProbeOutcome outcome = Ask(At(server.Port(), "http://store.example."));
-  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason.English();
 }
 
 TEST(ProbeRound, NamesOfThisMachineNeedNoLookup) {
   const RawServer server({Response("200 OK")});
   for (const char* host : {"http://localhost", "http://localhost.", "http://stores.localhost."}) {
     const ProbeOutcome outcome = Ask(At(server.Port(), host));
-    EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+    EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason.English();
   }
 }
 
@@ -247,7 +247,7 @@ TEST(ProbeRound, AHostIsAskedSecurelyAndThenPlainly) {
   EXPECT_TRUE(Ask(At(secure.Port(), "localhost")).proven);
   const WebServer plain(ServerBlock("", "return 404;"));
   const ProbeOutcome outcome = Ask(At(plain.Port(), "localhost"));
-  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+  EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason.English();
   EXPECT_FALSE(outcome.proven);
 }
 
@@ -272,7 +272,7 @@ TEST(ProbeRound, ManyBeaconsAllGetTheirTurn) {
   std::vector<std::string> beacons;
   for (int i = 0; i < 100; ++i) beacons.push_back(server.Address("http") + "/" + std::to_string(i));
   for (const ProbeOutcome& outcome : AskAll(beacons))
-    EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason;
+    EXPECT_EQ(outcome.answer, ProbeAnswer::Answered) << outcome.reason.English();
 }
 
 }  // namespace

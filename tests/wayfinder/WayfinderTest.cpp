@@ -53,7 +53,7 @@ TEST_F(WayfinderTest, TheSharedInstanceDecidesAndTellsOfIt) {
   EXPECT_EQ(wayfinder_.locationRelativeToStoreURL(url), Wayfinder::kLAN);
   const Wayfinding::LocationDecision explanation = wayfinder_.explainLocationRelativeToStoreURL(url);
   EXPECT_EQ(explanation.location, Wayfinder::kLAN);
-  EXPECT_EQ(explanation.reason, "LAN, 1 of 1 internal beacons answered");
+  EXPECT_EQ(explanation.reason.English(), "LAN, 1 of 1 internal beacons answered");
 }
 
 TEST_F(WayfinderTest, AReasonIsOneLineAndTellsNothingOfUsers) {
@@ -66,7 +66,7 @@ TEST_F(WayfinderTest, AReasonIsOneLineAndTellsNothingOfUsers) {
   std::unique_lock lock(g_mutex);
   ASSERT_TRUE(g_changed.wait_for(lock, std::chrono::seconds(20),
                                  [&] { return !g_locations.empty() && g_locations.back().first == url; }));
-  const std::string reason = wayfinder_.explainLocationRelativeToStoreURL(url).reason;
+  const std::string reason = wayfinder_.explainLocationRelativeToStoreURL(url).reason.English();
   EXPECT_THAT(reason, testing::HasSubstr("portal.example"));
   EXPECT_THAT(reason, testing::Not(testing::HasSubstr("secret")));
   EXPECT_THAT(reason, testing::Not(testing::HasSubstr("session")));
@@ -82,7 +82,7 @@ TEST_F(WayfinderTest, AnUnknownStoreIsOutsideWhereTheNetworkIsReachable) {
   const bool reachable = (wayfinder_.networkReachabilityFlags() & Wayfinder::kReachable) != 0;
   EXPECT_EQ(wayfinder_.locationRelativeToStoreURL("https://unknown.example"),
             reachable ? Wayfinder::kOutside : Wayfinder::kNone);
-  EXPECT_EQ(wayfinder_.explainLocationRelativeToStoreURL("https://unknown.example").reason,
+  EXPECT_EQ(wayfinder_.explainLocationRelativeToStoreURL("https://unknown.example").reason.English(),
             reachable ? "outside, no store has this address"
                       : "none, no usable network, no store has this address");
 }

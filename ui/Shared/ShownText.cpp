@@ -4,8 +4,10 @@
 #include "libs/Terminal/TerminalText.h"
 #include "libs/Text/HiddenCharacters.h"
 #include "libs/Text/TextHelpers.h"
+#include "libs/Wording/Pattern.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace Windows::ShownText {
 namespace {
@@ -26,13 +28,6 @@ bool StandsForItself(std::wstring_view text, std::size_t index) {
   const wchar_t character = text[index];
   if (IsBlank(character)) return character == L' ' && IsBetweenWords(text, index);
   return character != L'<' && !util::IsHidden(character);
-}
-
-const Place* PlaceAt(std::string_view pattern, std::initializer_list<Place> places) {
-  const std::string_view name = pattern.substr(0, pattern.find('}'));
-  const Place* const found =
-      std::find_if(places.begin(), places.end(), [name](const Place& place) { return place.name == name; });
-  return found != places.end() ? found : nullptr;
 }
 
 }  // namespace
@@ -80,22 +75,12 @@ std::string Isolated(std::string_view shown) {
   return isolated += kPopDirectionalIsolate;
 }
 
-std::string Sentence(std::string_view pattern, std::initializer_list<Place> places) {
-  std::string sentence;
-  while (!pattern.empty()) {
-    const std::size_t begin = std::min(pattern.find('{'), pattern.size());
-    sentence += pattern.substr(0, begin);
-    pattern.remove_prefix(begin);
-    if (pattern.empty()) break;
-    if (const Place* const place = PlaceAt(pattern.substr(1), places)) {
-      sentence += Isolated(place->shown);
-      pattern.remove_prefix(place->name.size() + 2);
-    } else {
-      sentence += pattern.front();
-      pattern.remove_prefix(1);
-    }
-  }
-  return sentence;
+std::string Sentence(std::string_view pattern, const std::vector<Place>& places) {
+  return Wording::Filled(pattern, [&places](std::string_view name) -> std::optional<std::string> {
+    const auto place = std::ranges::find(places, name, &Place::name);
+    if (place == places.end()) return std::nullopt;
+    return Isolated(place->shown);
+  });
 }
 
 std::string HostOf(std::string_view url) {

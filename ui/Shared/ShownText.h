@@ -1,8 +1,8 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Text that somebody else wrote, made fit for a window (UTF-8). Toolkit-free; any thread.
 namespace Windows::ShownText {
@@ -31,7 +31,7 @@ struct Place {
   std::string_view name;
   std::string_view shown;
 };
-[[nodiscard]] std::string Sentence(std::string_view pattern, std::initializer_list<Place> places);
+[[nodiscard]] std::string Sentence(std::string_view pattern, const std::vector<Place>& places);
 
 // What a person takes for the server of the address: its host, made fit and never cut. Empty without an
 // address.

@@ -8,6 +8,7 @@
 #include "libs/Text/TextHelpers.h"
 #include "libs/Wayfinder/NetworkLocationName.h"
 #include "libs/Wayfinder/Wayfinder.h"
+#include "libs/Wording/MessageDictionary.h"
 
 using ServiceRecords::SRGateway;
 using ServiceRecords::SRProvider;
@@ -16,6 +17,17 @@ using ServiceRecords::SRStore;
 namespace {
 
 constexpr std::size_t kMaximumURLBytes = std::size_t{64} << 10;
+
+// Of text that the bus carries.
+Wayfinding::LocationDecision Explanation(const char* method, const std::string& storeURL) {
+  CSRLog(0, "[+] %s (%@)", method, storeURL);
+  Wayfinding::LocationDecision explanation =
+      Wayfinder::sharedInstance().explainLocationRelativeToStoreURL(storeURL);
+  CSRLog(0, "[-] %s (%@)", method, Wayfinding::NetworkLocationName(explanation.location));
+  explanation.reason = explanation.reason.WithForeign(
+      [](const std::string& foreign) { return Bus::Text(util::widen(foreign)); });
+  return explanation;
+}
 
 }  // namespace
 
@@ -32,12 +44,16 @@ std::uint64_t MrvBeaconSvr::checkLocationForStore(const std::string& storeURL) {
 }
 
 std::tuple<std::uint64_t, std::string> MrvBeaconSvr::explainLocationForStore(const std::string& storeURL) {
-  constexpr char kMethod[] = "MrvBeaconSvr::explainLocationForStore";
-  CSRLog(0, "[+] %s (%@)", kMethod, storeURL);
   const Wayfinding::LocationDecision explanation =
-      Wayfinder::sharedInstance().explainLocationRelativeToStoreURL(storeURL);
-  CSRLog(0, "[-] %s (%@)", kMethod, Wayfinding::NetworkLocationName(explanation.location));
-  return {explanation.location, Bus::Text(util::widen(explanation.reason))};
+      Explanation("MrvBeaconSvr::explainLocationForStore", storeURL);
+  return {explanation.location, explanation.reason.English()};
+}
+
+std::tuple<std::uint64_t, PropertyList::Dictionary> MrvBeaconSvr::describeLocationForStore(
+    const std::string& storeURL) {
+  const Wayfinding::LocationDecision explanation =
+      Explanation("MrvBeaconSvr::describeLocationForStore", storeURL);
+  return {explanation.location, Wording::MessageDictionary::Of(explanation.reason)};
 }
 
 std::optional<PropertyList::Dictionary> MrvBeaconSvr::getCurrentGatewayForStore(const std::string& storeURL) {

@@ -17,6 +17,10 @@ class MrvBeaconSvr {
   // The same value, and why it is this one: a line that the bus carries, empty while it is being decided.
   [[nodiscard]] std::tuple<std::uint64_t, std::string> explainLocationForStore(const std::string& storeURL);
 
+  // The same value, and why as a message, for whoever shows it in another language.
+  [[nodiscard]] std::tuple<std::uint64_t, PropertyList::Dictionary> describeLocationForStore(
+      const std::string& storeURL);
+
   // GatewayURL, GatewayName, GatewayAuthType, GatewayEdition of the default gateway of the store that the URL
   // points at; nothing for an empty URL, an unknown store or a store without gateways.
   [[nodiscard]] std::optional<PropertyList::Dictionary> getCurrentGatewayForStore(

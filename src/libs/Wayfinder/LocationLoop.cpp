@@ -152,9 +152,9 @@ void LocationLoop::MakeRound() {
   if (!IsNetworkKnown()) OpenMonitor();
   round_ = std::make_unique<LocationRound>(
       network_, board_.lookups, [this](const StorePtr& store, const LocationDecision& decision) {
-        const std::string reason = util::LogText::Line(decision.reason);
+        const Wording::Message reason = decision.reason.WithForeign(util::LogText::Line);
         board_.locations.Decide(store, {decision.location, reason}, parts_.now());
-        parts_.log("store " + util::LogText::Address(store->url) + ": " + reason);
+        parts_.log("store " + util::LogText::Address(store->url) + ": " + reason.English());
       });
   asksAll_ = true;
   repetition_.Cancel();

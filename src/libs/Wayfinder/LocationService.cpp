@@ -15,6 +15,8 @@
 #include <utility>
 
 namespace Wayfinding {
+
+using Wording::Worded;
 namespace {
 
 // Signals are the main thread's, and a peer that hangs up is an error of the write. Lookups inherit this.
@@ -72,8 +74,8 @@ LocationDecision LocationService::DecisionOf(const std::string& storeURL) {
   if (!answer) {
     const std::optional<NetworkState> network = ReadNetworkWithoutRoutes();
     return !network || network->IsUsable()
-               ? LocationDecision{kOutside, "outside, no store has this address"}
-               : LocationDecision{kNone, "none, no usable network, no store has this address"};
+               ? LocationDecision{kOutside, Worded("outside, no store has this address")}
+               : LocationDecision{kNone, Worded("none, no usable network, no store has this address")};
   }
   if (answer->isOld && !board_->refresh.exchange(true)) board_->wake.Raise();
   return answer->decision;

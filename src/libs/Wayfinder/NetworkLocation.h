@@ -1,7 +1,8 @@
 #pragma once
 
+#include "libs/Wording/Message.h"
+
 #include <cstdint>
-#include <string>
 
 namespace Wayfinding {
 
@@ -18,8 +19,8 @@ enum NetworkLocation : std::uint32_t {
 
 struct LocationDecision {
   NetworkLocation location = kDeciding;
-  // Why it is this one, in a line of UTF-8: "LAN, 2 of 2 internal beacons answered". Empty for kDeciding.
-  std::string reason = {};
+  // Why it is this one, in a line: "LAN, 2 of 2 internal beacons answered". Empty for kDeciding.
+  Wording::Message reason = {};
   bool operator==(const LocationDecision&) const = default;
 };
 

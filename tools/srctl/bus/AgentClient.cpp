@@ -4,6 +4,7 @@
 #include "bus/UserBus.h"
 #include "libs/Bus/ServiceNames.h"
 #include "libs/Wayfinder/Wayfinder.h"
+#include "libs/Wording/MessageDictionary.h"
 
 #include <cerrno>
 #include <utility>
@@ -148,10 +149,10 @@ std::optional<std::uint64_t> AgentClient::LocationForStore(const std::string& ur
 }
 
 std::optional<LocationInfo> AgentClient::ExplainedLocationForStore(const std::string& url) {
-  const auto explained = Ask<std::uint64_t, std::string>(kBeacons, kSoon, "explainLocationForStore", url);
+  const auto explained = Ask<std::uint64_t, Dictionary>(kBeacons, kSoon, "describeLocationForStore", url);
   if (!explained) return std::nullopt;
-  const auto& [location, reason] = *explained;
-  return LocationInfo{location, reason};
+  const auto& [location, message] = *explained;
+  return LocationInfo{location, Wording::MessageDictionary::Read(message)};
 }
 
 std::optional<std::uint64_t> AgentClient::DecidedLocationForStore(const std::string& url,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Wording/Message.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -22,10 +24,10 @@ struct StoreInfo {
   std::vector<GatewayInfo> gateways;
 };
 
-// Where the machine stands relative to a store, as Wayfinder numbers it, and why, in a line for people.
+// Where the machine stands relative to a store, as Wayfinder numbers it, and why.
 struct LocationInfo {
   std::uint64_t value = 0;
-  std::string reason;
+  Wording::Message reason;
 };
 
 // The gateway through which a store is reached at present.

@@ -29,7 +29,8 @@ constexpr auto kDecisionTime = 12s;
 constexpr char kNoAnswer[] = "the agent does not answer";
 
 Finding Unanswered(const std::string& problem) {
-  return {Result::Problem, "agent", "It cannot be reached: " + problem + ".", kReachTheAgent};
+  return {Result::Problem, "agent",
+          Wording::Worded("It cannot be reached: {problem}.", {{"problem", problem}}), ReachTheAgent()};
 }
 
 // What the agent told, as far as it did.

@@ -5,11 +5,13 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
 
 namespace Srctl::Printing {
 namespace {
 
 using JsonOutput::Json;
+using Wording::Message;
 
 const char* WordFor(Finding::Result result) {
   switch (result) {
@@ -31,15 +33,30 @@ Json Object(const Finding& finding) {
   return {{"result", WordFor(finding.result)},
           {"check", finding.check},
           {"store", TextOrNull(finding.storeID)},
-          {"text", finding.text},
-          {"next", TextOrNull(finding.next)}};
+          {"text", finding.text.English()},
+          {"next", TextOrNull(finding.next.English())}};
+}
+
+// A foreign text as it is, one of ours as its pattern with what is filled in.
+Json Translatable(const Message& message) {
+  if (!message.IsOurs()) return message.Text();
+  Json places = Json::object();
+  for (const Wording::Place& place : message.Places()) places[place.name] = Translatable(place.message);
+  return {{"pattern", message.Text()}, {"places", std::move(places)}};
+}
+
+Json TranslatableObject(const Finding& finding) {
+  Json object = Object(finding);
+  object["textMessage"] = Translatable(finding.text);
+  object["nextMessage"] = Translatable(finding.next);
+  return object;
 }
 
 std::string Line(const Finding& finding) {
   std::string line = std::string(WordFor(finding.result)) + ": ";
   if (!finding.storeID.empty()) line += "store \"" + finding.storeName + "\" (" + finding.storeID + "), ";
-  line += finding.check + ": " + finding.text;
-  if (!finding.next.empty()) line += " Next: " + finding.next;
+  line += finding.check + ": " + finding.text.English();
+  if (!finding.next.IsEmpty()) line += " Next: " + finding.next.English();
   return Terminal::OneLine(line);
 }
 
@@ -54,7 +71,7 @@ void FindingPrinter::Print(const Finding& finding) {
   if (format_ == Format::Json) {
     checks_.push_back(Object(finding));
   } else {
-    JsonOutput::PrintLine(out_, Object(finding));
+    JsonOutput::PrintLine(out_, TranslatableObject(finding));
     out_.flush();
   }
 }

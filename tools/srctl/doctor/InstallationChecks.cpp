@@ -17,6 +17,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Srctl::InstallationChecks {
 namespace {
@@ -171,36 +172,40 @@ Finding CheckUserConfiguration() {
   const fs::path file = Files::PreferencePath(true);
   const LookAtFile look = LookAt(file);
   const Copies copies = LookForCopies(file);
-  Finding finding{Result::Ok, "configuration of the user", look.text};
+  Finding finding{Result::Ok, "configuration of the user", {}};
+  std::string text = look.text;
   if (look.state == FileState::Unreadable) {
     finding.result = Result::Problem;
-    finding.text += " The agent writes nothing over it.";
+    text += " The agent writes nothing over it.";
     finding.next = "See that it is a file that you may read, then run srctl doctor again.";
   } else if (look.state == FileState::Damaged) {
     finding.result = Result::Problem;
-    finding.text += " The agent goes on as if it were empty, and ";
-    finding.text += copies.nextName.empty()
-                        ? "saves nothing, because all names for a copy of the damaged one are taken."
-                        : "at its next change keeps it as " + copies.nextName + " beside the new one.";
+    text += " The agent goes on as if it were empty, and ";
+    text += copies.nextName.empty()
+                ? "saves nothing, because all names for a copy of the damaged one are taken."
+                : "at its next change keeps it as " + copies.nextName + " beside the new one.";
     finding.next =
         "Put back a copy of the file, or move it away and open your service-record files again (srctl open "
         "FILE).";
   } else if (look.state == FileState::Readable && !copies.last.empty()) {
     finding.result = Result::Note;
-    finding.text += ". An earlier one was damaged and is kept as " + copies.last + ".";
+    text += ". An earlier one was damaged and is kept as " + copies.last + ".";
     finding.next = "When no store is missing (srctl list), remove the damaged one.";
   }
+  finding.text = std::move(text);
   return finding;
 }
 
 Finding CheckMachineConfiguration() {
   const LookAtFile look = LookAt(Files::PreferencePath(false));
-  Finding finding{Result::Ok, "configuration of the machine", look.text};
+  Finding finding{Result::Ok, "configuration of the machine", {}};
+  std::string text = look.text;
   if (look.state == FileState::Unreadable || look.state == FileState::Damaged) {
     finding.result = Result::Note;
-    finding.text += " The agent keeps nothing in it, so nothing is lost.";
+    text += " The agent keeps nothing in it, so nothing is lost.";
     finding.next = "Tell the administrator of this machine.";
   }
+  finding.text = std::move(text);
   return finding;
 }
 

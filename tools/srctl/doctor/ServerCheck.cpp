@@ -11,47 +11,56 @@
 namespace Srctl::ServerCheck {
 namespace {
 
+using Wording::Message;
+using Wording::Worded;
 using Kind = Answer::Kind;
 
-constexpr char kCheckAddress[] =
-    "Check your network connection; if other addresses work, ask your administrator whether this one is "
-    "right.";
-constexpr char kCorrectRecord[] =
-    "Ask your administrator for a corrected service record and open that one (srctl open FILE).";
-constexpr char kCheckServer[] = "Ask the administrator of the server to look at its TLS settings.";
+Message CheckAddress() {
+  return Worded(
+      "Check your network connection; if other addresses work, ask your administrator whether this one is "
+      "right.");
+}
 
-Answer NotTrusted(const std::string& why, const std::string& next) {
-  return {Kind::NotTrusted, "this machine does not trust it: " + why, next};
+Message CorrectRecord() {
+  return Worded("Ask your administrator for a corrected service record and open that one (srctl open FILE).");
+}
+
+Message CheckServer() {
+  return Worded("Ask the administrator of the server to look at its TLS settings.");
+}
+
+Answer NotTrusted(const Message& why, const Message& next) {
+  return {Kind::NotTrusted, Worded("this machine does not trust it: {why}", {{"why", why}}), next};
 }
 
 Answer ForVerification(long result, const std::string& reason) {
   switch (result) {
     case X509_V_ERR_CERT_HAS_EXPIRED:
       return NotTrusted(
-          "a certificate of its chain has expired",
-          "See that the clock of this machine is right (date), then ask the administrator of the "
-          "server to renew the certificate.");
+          Worded("a certificate of its chain has expired"),
+          Worded("See that the clock of this machine is right (date), then ask the administrator of the "
+                 "server to renew the certificate."));
     case X509_V_ERR_CERT_NOT_YET_VALID:
       return NotTrusted(
-          "a certificate of its chain is not valid yet",
-          "See that the clock of this machine is right (date), then ask the administrator of the "
-          "server.");
+          Worded("a certificate of its chain is not valid yet"),
+          Worded("See that the clock of this machine is right (date), then ask the administrator of the "
+                 "server."));
     case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
     case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
     case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
     case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
     case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
-      return NotTrusted("its certificate comes from an authority that this machine does not know",
-                        "Ask your administrator for the authority's root certificate and install it "
-                        "(update-ca-certificates), or ask whether the server sends its whole chain.");
+      return NotTrusted(Worded("its certificate comes from an authority that this machine does not know"),
+                        Worded("Ask your administrator for the authority's root certificate and install it "
+                               "(update-ca-certificates), or ask whether the server sends its whole chain."));
     case X509_V_OK:
     case X509_V_ERR_UNSPECIFIED:
       return NotTrusted(
-          "its certificate is for another name",
-          "When you are behind a hotspot's sign-in page, open a web browser and sign in; otherwise "
-          "ask your administrator whether the address is right.");
+          Worded("its certificate is for another name"),
+          Worded("When you are behind a hotspot's sign-in page, open a web browser and sign in; otherwise "
+                 "ask your administrator whether the address is right."));
     default:
-      return NotTrusted(reason, kCheckServer);
+      return NotTrusted(reason, CheckServer());
   }
 }
 
@@ -62,7 +71,7 @@ Answer NotHandshaken(CURLcode result, const Transfer::HeadRequest& request) {
     curl_easy_getinfo(request.Transfer().Handle(), CURLINFO_SSL_VERIFYRESULT, &verification);
     return ForVerification(verification, reason);
   }
-  return NotTrusted(reason.empty() ? curl_easy_strerror(result) : reason, kCheckServer);
+  return NotTrusted(reason.empty() ? curl_easy_strerror(result) : reason, CheckServer());
 }
 
 // The status with which the proxy refused to lead to the server; 0 where none did.
@@ -73,29 +82,32 @@ long StatusOfProxy(CURLcode result, const Transfer::HeadRequest& request) {
   return status;
 }
 
+Answer NotContacted(const Message& why, const Message& next) {
+  return {Kind::NotContacted, Worded("it cannot be contacted: {why}", {{"why", why}}), next};
+}
+
 Answer NotContacted(CURLcode result, long statusOfProxy) {
-  const auto answer = [](const std::string& why, const std::string& next) {
-    return Answer{Kind::NotContacted, "it cannot be contacted: " + why, next};
-  };
   if (statusOfProxy >= 300) {
-    return answer(
-        "the proxy does not lead to it (status " + std::to_string(statusOfProxy) + ")",
-        "Ask your administrator about the proxy (the variables https_proxy and all_proxy). One that "
-        "wants a log-on (status 407) gets none but what the variable names.");
+    return NotContacted(
+        Worded("the proxy does not lead to it (status {status})",
+               {{"status", std::to_string(statusOfProxy)}}),
+        Worded("Ask your administrator about the proxy (the variables https_proxy and all_proxy). One that "
+               "wants a log-on (status 407) gets none but what the variable names."));
   }
   switch (result) {
     case CURLE_COULDNT_RESOLVE_HOST:
-      return answer("its name is not known here", kCheckAddress);
+      return NotContacted(Worded("its name is not known here"), CheckAddress());
     case CURLE_COULDNT_RESOLVE_PROXY:
-      return answer("the name of the proxy is not known here",
-                    "Check the proxy in your network settings (the variables https_proxy and all_proxy).");
+      return NotContacted(
+          Worded("the name of the proxy is not known here"),
+          Worded("Check the proxy in your network settings (the variables https_proxy and all_proxy)."));
     case CURLE_OPERATION_TIMEDOUT:
     case CURLE_ABORTED_BY_CALLBACK:  // by the watch over the transfer's time
-      return answer("it does not answer in time", kCheckAddress);
+      return NotContacted(Worded("it does not answer in time"), CheckAddress());
     case CURLE_COULDNT_CONNECT:
-      return answer("nobody takes the connection", kCheckAddress);
+      return NotContacted(Worded("nobody takes the connection"), CheckAddress());
     default:
-      return answer(curl_easy_strerror(result), kCheckAddress);
+      return NotContacted(curl_easy_strerror(result), CheckAddress());
   }
 }
 
@@ -121,12 +133,12 @@ Answer AskOverTls(const std::string& url) {
   }
   const STACK_OF(X509)* const chain = request->TrustedChain();
   if (chain == nullptr) {
-    return NotTrusted("its authority has revoked the certificate",
-                      "Ask the administrator of the server for a new certificate.");
+    return NotTrusted(Worded("its authority has revoked the certificate"),
+                      Worded("Ask the administrator of the server for a new certificate."));
   }
   const X509* const root = sk_X509_value(chain, sk_X509_num(chain) - 1);
-  return {Kind::Trusted, "it answers, and this machine trusts its certificate, issued by " +
-                             Transfer::CertificateNames::Issuer(root).value_or("")};
+  return {Kind::Trusted, Worded("it answers, and this machine trusts its certificate, issued by {issuer}",
+                                {{"issuer", Transfer::CertificateNames::Issuer(root).value_or("")}})};
 }
 
 }  // namespace
@@ -134,22 +146,24 @@ Answer AskOverTls(const std::string& url) {
 Answer Ask(const std::string& url) {
   if (const std::string scheme = ForeignScheme(url); !scheme.empty()) {
     return {Kind::WrongAddress,
-            "it is not contacted: the address begins with " + scheme + ", which is neither https nor http",
-            kCorrectRecord};
+            Worded("it is not contacted: the address begins with {scheme}, which is neither https nor http",
+                   {{"scheme", scheme}}),
+            CorrectRecord()};
   }
   const Address::SplitURL split(url);
   const Address::SendingForm form = FormForSending(split, split.WithoutPage());
   if (form.reading != Address::Reading::Same) {
     const bool isURL = form.reading == Address::Reading::Other;
     return {Kind::WrongAddress,
-            isURL ? "it is not contacted: the address can be read as another server's or holds a user name"
-                  : "it cannot be contacted: the address is no URL",
-            kCorrectRecord};
+            isURL ? Worded("it is not contacted: the address can be read as another server's or holds a user "
+                           "name")
+                  : Worded("it cannot be contacted: the address is no URL"),
+            CorrectRecord()};
   }
   if (!split.IsSecure()) {
     return {Kind::NotProtected,
-            "what is sent to it can be read and changed on the way, because the address is http",
-            "Ask your administrator for an https address."};
+            Worded("what is sent to it can be read and changed on the way, because the address is http"),
+            Worded("Ask your administrator for an https address.")};
   }
   return AskOverTls(form.text);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Wording/Message.h"
+
 #include <string>
 
 // A look at a server, with the agent's own way of asking.
@@ -15,8 +17,8 @@ struct Answer {
   };
 
   Kind kind = Kind::Trusted;
-  std::string text;       // what was seen, the end of a sentence about the server
-  std::string next = {};  // what to do about it, a sentence; empty when there is nothing to do
+  Wording::Message text;       // what was seen, the end of a sentence about the server
+  Wording::Message next = {};  // what to do about it, a sentence; empty when there is nothing to do
 };
 
 // Asks the server of this URL (UTF-8), but not one of http. Blocks, for 30 s when nobody answers.

@@ -21,11 +21,22 @@
 namespace Srctl::StoreChecks {
 namespace {
 
+using Wording::Message;
+using Wording::Worded;
 using Result = Finding::Result;
 using Kind = ServerCheck::Answer::Kind;
 
-constexpr char kSignIn[] = "Open a web browser, sign in to the hotspot, then run srctl doctor again.";
-constexpr char kAskForDiscovery[] = "Ask your administrator whether discovery is set up at this address.";
+Message SignIn() {
+  return Worded("Open a web browser, sign in to the hotspot, then run srctl doctor again.");
+}
+
+Message AskForDiscovery() {
+  return Worded("Ask your administrator whether discovery is set up at this address.");
+}
+
+Message CorrectDocument() {
+  return Worded("Ask the administrator of the server to correct the document.");
+}
 
 // Null for an address to which the agent would send nothing.
 std::unique_ptr<Transfer::GetRequest> RequestTo(const std::string& url) {
@@ -92,8 +103,7 @@ class StoreCheck {
     return answer->second;
   }
 
-  void Report(Result result, const std::string& check, const std::string& text,
-              const std::string& next = {}) {
+  void Report(Result result, const std::string& check, const Message& text, const Message& next = {}) {
     report_({.result = result,
              .check = check,
              .text = text,
@@ -105,7 +115,8 @@ class StoreCheck {
   void ReportServer(Result result, const std::string& check, const std::string& url,
                     const ServerCheck::Answer& answer) {
     const bool signIn = result == Result::Problem && IsAt(Wayfinder::kHotspot);
-    Report(result, check, url + ": " + answer.text + ".", signIn ? kSignIn : answer.next);
+    Report(result, check, Worded("{address}: {answer}.", {{"address", url}, {"answer", answer.text}}),
+           signIn ? SignIn() : answer.next);
   }
 
   static Result ResultOf(Kind kind) {
@@ -126,7 +137,8 @@ class StoreCheck {
     const ServerCheck::Answer& answer = AnswerOf(store_.url);
     if (answer.kind == Kind::NotContacted && MayBeReachedThroughGateway()) {
       Report(Result::Note, "server",
-             store_.url + ": " + answer.text + ". From outside the store is reached through its gateway.");
+             Worded("{address}: {answer}. From outside the store is reached through its gateway.",
+                    {{"address", store_.url}, {"answer", answer.text}}));
     } else {
       ReportServer(ResultOf(answer.kind), "server", store_.url, answer);
     }
@@ -138,7 +150,8 @@ class StoreCheck {
       const ServerCheck::Answer& answer = AnswerOf(url);
       if (answer.kind == Kind::NotContacted && IsInside(server)) {
         Report(Result::Note, "gateway",
-               url + ": " + answer.text + ". From inside the store is reached without it.");
+               Worded("{address}: {answer}. From inside the store is reached without it.",
+                      {{"address", url}, {"answer", answer.text}}));
       } else {
         ReportServer(ResultOf(answer.kind), "gateway", url, answer);
       }
@@ -148,7 +161,7 @@ class StoreCheck {
   void CheckDocument(Kind server) {
     if (server != Kind::Trusted && server != Kind::NotProtected) {
       Report(Result::Note, "discovery document",
-             "It was not asked for, because the server cannot be used yet.");
+             Worded("It was not asked for, because the server cannot be used yet."));
       return;
     }
     const std::unique_ptr<Transfer::GetRequest> request = RequestTo(store_.url);
@@ -162,55 +175,72 @@ class StoreCheck {
 
   void CheckContent(const std::wstring& document) {
     if (!ServiceRecords::SRXMLProvider::IsDiscovery(document)) {
-      ReportDocument("What the server sends is no discovery document.", kAskForDiscovery);
+      ReportDocument(Worded("What the server sends is no discovery document."), AskForDiscovery());
       return;
     }
     const DocumentCheck::Result check = DocumentCheck::Check(util::narrow(document));
     if (!check.problem.empty()) {
-      ReportDocument("It is not valid: " + check.problem + ".",
-                     "Ask the administrator of the server to correct the document.");
+      ReportDocument(Worded("It is not valid: {problem}.", {{"problem", check.problem}}), CorrectDocument());
       return;
     }
-    const std::string stores =
-        check.stores.size() == 1 ? "one store" : std::to_string(check.stores.size()) + " stores";
+    const std::size_t count = check.stores.size();
     const bool isDescribed = store_.id.empty() || check.stores.contains(util::widen(store_.id));
-    if (!isDescribed) {
-      ReportDocument("It is valid, and describes " + stores + ", but not this one.",
-                     "Ask your administrator for the service record of the store that is at this address.");
-      return;
-    }
-    Report(Result::Ok, "discovery document", "It is valid, and describes " + stores + ".");
+    if (!isDescribed) return ReportOthers(count);
+    Report(Result::Ok, "discovery document",
+           count == 1
+               ? Worded("It is valid, and describes one store.")
+               : Worded("It is valid, and describes {count} stores.", {{"count", std::to_string(count)}}));
+  }
+
+  void ReportOthers(std::size_t count) {
+    ReportDocument(
+        count == 1 ? Worded("It is valid, and describes one store, but not this one.")
+                   : Worded("It is valid, and describes {count} stores, but not this one.",
+                            {{"count", std::to_string(count)}}),
+        Worded("Ask your administrator for the service record of the store that is at this address."));
   }
 
   void ReportStatus(long status) {
     constexpr long kUnauthorized = 401;
     if (status == kUnauthorized) {
-      Report(Result::Note, "discovery document",
-             "The server asks for a log-on, so it was not looked into. The agent logs on when it asks.");
+      Report(
+          Result::Note, "discovery document",
+          Worded("The server asks for a log-on, so it was not looked into. The agent logs on when it asks."));
     } else if (status == 0) {
-      ReportDocument("No complete answer came.", "Try again later; if it stays so, ask your administrator.");
+      ReportDocument(Worded("No complete answer came."),
+                     Worded("Try again later; if it stays so, ask your administrator."));
     } else if (status == Transfer::GetRequest::kOK) {
-      ReportDocument("It is not UTF-8 text.", "Ask the administrator of the server to correct the document.");
+      ReportDocument(Worded("It is not UTF-8 text."), CorrectDocument());
     } else {
-      ReportDocument("The server answers with the status " + std::to_string(status) + ".", kAskForDiscovery);
+      ReportDocument(
+          Worded("The server answers with the status {status}.", {{"status", std::to_string(status)}}),
+          AskForDiscovery());
     }
   }
 
   // What is wrong with a direct answer says nothing about the way through the gateway.
-  void ReportDocument(const std::string& text, const std::string& next) {
+  void ReportDocument(const Message& text, const Message& next) {
     if (IsReachedThroughGateway()) {
-      Report(Result::Note, "discovery document", text + " From outside it is fetched through the gateway.");
+      Report(Result::Note, "discovery document",
+             Worded("{finding} From outside it is fetched through the gateway.", {{"finding", text}}));
     } else {
       const bool signIn = IsAt(Wayfinder::kHotspot);
-      Report(Result::Problem, "discovery document", text, signIn ? kSignIn : next);
+      Report(Result::Problem, "discovery document", text, signIn ? SignIn() : next);
     }
   }
 
-  void CheckLocation(const LocationInfo& location) {
+  static Message LocationWords(const LocationInfo& location) {
     const NetworkWords::LocationWords words = NetworkWords::OfLocation(location.value);
-    std::string text = std::string(words.word) + ", " + words.sentence + ". ";
-    text +=
-        location.reason.empty() ? "The beacons did not tell why in time." : "Why: " + location.reason + ".";
+    if (location.reason.IsEmpty()) {
+      return Worded("{word}, {sentence}. The beacons did not tell why in time.",
+                    {{"word", words.word}, {"sentence", words.sentence}});
+    }
+    return Worded("{word}, {sentence}. Why: {reason}.",
+                  {{"word", words.word}, {"sentence", words.sentence}, {"reason", location.reason}});
+  }
+
+  void CheckLocation(const LocationInfo& location) {
+    const Message text = LocationWords(location);
     switch (location.value) {
       case Wayfinder::kLAN:
       case Wayfinder::kVPN:
@@ -219,23 +249,25 @@ class StoreCheck {
       case Wayfinder::kOutside:
         return ReportOutside(text);
       case Wayfinder::kDeciding:
-        return Report(Result::Note, "location", text, "Ask again: srctl location URL --wait");
+        return Report(Result::Note, "location", text, Worded("Ask again: srctl location URL --wait"));
       case Wayfinder::kHotspot:
-        return Report(Result::Problem, "location", text, kSignIn);
+        return Report(Result::Problem, "location", text, SignIn());
       case Wayfinder::kNone:
         return Report(
             Result::Problem, "location", text,
-            "Connect to a network; if you are connected, ask your administrator about the beacons.");
+            Worded("Connect to a network; if you are connected, ask your administrator about the beacons."));
       default:
         return Report(Result::Note, "location",
-                      text + " It is the number " + std::to_string(location.value) + ".");
+                      Worded("{finding} It is the number {number}.",
+                             {{"finding", text}, {"number", std::to_string(location.value)}}));
     }
   }
 
-  void ReportOutside(const std::string& text) {
+  void ReportOutside(const Message& text) {
     if (!store_.gateways.empty()) return Report(Result::Ok, "location", text);
-    Report(Result::Note, "location", text + " The store has no gateway for that.",
-           "Connect to the store's network, for example through a VPN.");
+    Report(Result::Note, "location",
+           Worded("{finding} The store has no gateway for that.", {{"finding", text}}),
+           Worded("Connect to the store's network, for example through a VPN."));
   }
 
   const Situation& situation_;

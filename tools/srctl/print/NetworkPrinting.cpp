@@ -20,7 +20,7 @@ using Kind = AgentEvent::Kind;
 // A number without a meaning is of use to whoever is told about it.
 std::string LocationText(std::uint64_t location) {
   const NetworkWords::LocationWords words = NetworkWords::OfLocation(location);
-  std::string text = std::string(words.word) + ", " + words.sentence;
+  std::string text = words.word.English() + ", " + words.sentence.English();
   if (location > Wayfinder::kPartlyInternal) text += ": " + std::to_string(location);
   return text;
 }

@@ -5,6 +5,9 @@
 #include <array>
 
 namespace Srctl::NetworkWords {
+
+using Wording::Worded;
+
 namespace {
 
 template <std::size_t count>
@@ -18,21 +21,23 @@ LocationWords OfLocation(std::uint64_t location) {
   const char* const name = Wayfinding::NetworkLocationName(location);
   switch (location) {
     case Wayfinder::kDeciding:
-      return {name, "deciding", "it is not decided yet where this machine stands"};
+      return {name, Worded("deciding"), Worded("it is not decided yet where this machine stands")};
     case Wayfinder::kLAN:
-      return {name, "LAN", "this machine is in the store's network"};
+      return {name, Worded("LAN"), Worded("this machine is in the store's network")};
     case Wayfinder::kOutside:
-      return {name, "outside", "this machine is outside the store's network"};
+      return {name, Worded("outside"), Worded("this machine is outside the store's network")};
     case Wayfinder::kNone:
-      return {name, "none", "there is no network, or nothing that belongs to the store answers in it"};
+      return {name, Worded("none"),
+              Worded("there is no network, or nothing that belongs to the store answers in it")};
     case Wayfinder::kVPN:
-      return {name, "VPN", "this machine is in the store's network through a VPN"};
+      return {name, Worded("VPN"), Worded("this machine is in the store's network through a VPN")};
     case Wayfinder::kHotspot:
-      return {name, "hotspot", "this machine is behind a hotspot's sign-in page"};
+      return {name, Worded("hotspot"), Worded("this machine is behind a hotspot's sign-in page")};
     case Wayfinder::kPartlyInternal:
-      return {name, "partly internal", "this machine reaches only a part of the store's network"};
+      return {name, Worded("partly internal"),
+              Worded("this machine reaches only a part of the store's network")};
     default:
-      return {name, "undefined", "the agent's answer is a number without a meaning"};
+      return {name, Worded("undefined"), Worded("the agent's answer is a number without a meaning")};
   }
 }
 

@@ -1,14 +1,16 @@
 #pragma once
 
+#include "libs/Wording/Message.h"
+
 #include <cstdint>
 
 // The numbers of the beacon service in words. All text is ASCII.
 namespace Srctl::NetworkWords {
 
 struct LocationWords {
-  const char* name;      // as the agent's log has it, NETWORK_LOCATION_...
-  const char* word;      // LAN, outside, ...
-  const char* sentence;  // what the word says, without a full stop
+  const char* name;           // as the agent's log has it, NETWORK_LOCATION_...
+  Wording::Message word;      // LAN, outside, ...
+  Wording::Message sentence;  // what the word says, without a full stop
 };
 
 // Every number has words; one that has no meaning is undefined.

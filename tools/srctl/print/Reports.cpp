@@ -25,9 +25,15 @@ Status RefuseWithoutStores() {
       "changed. What to do: srctl doctor");
 }
 
+Wording::Message ReachTheAgent() {
+  return Wording::Worded(
+      "Run srctl in a desktop session in which the agent is installed. Its system log says why it does not "
+      "start: journalctl --user -t ServiceRecords. One that hangs is ended by: pkill -x ServiceRecords");
+}
+
 Status ReportUnreachable(const std::string& problem) {
   std::cerr << "srctl: The agent cannot be reached: " << Terminal::OneLine(problem) << ".\n"
-            << kReachTheAgent << '\n';
+            << ReachTheAgent().English() << '\n';
   return Status::Unreachable;
 }
 

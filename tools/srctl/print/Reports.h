@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "bus/AgentClient.h"
+#include "libs/Wording/Message.h"
 
 #include <optional>
 #include <string>
@@ -10,10 +11,7 @@
 namespace Srctl::Commands {
 
 // What to do when the agent does not answer.
-inline constexpr char kReachTheAgent[] =
-    "Run srctl in a desktop session in which the agent is installed. Its system log says why it does not "
-    "start: "
-    "journalctl --user -t ServiceRecords. One that hangs is ended by: pkill -x ServiceRecords";
+[[nodiscard]] Wording::Message ReachTheAgent();
 
 // Says on standard error why nothing was done, and what to do.
 [[nodiscard]] Status Refuse(const std::string& message);

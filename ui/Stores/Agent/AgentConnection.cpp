@@ -137,13 +137,14 @@ void AgentConnection::StateOfSavedStores(const Answer<SavedState>& answer) {
 }
 
 void AgentConnection::LocationForStore(const std::string& url, const Answer<Location>& answer) {
-  Call(kBeacons, "explainLocationForStore", g_variant_new("(s)", url.c_str()), "(ts)", kSoon,
+  Call(kBeacons, "describeLocationForStore", g_variant_new("(s)", url.c_str()), "(ta{sv})", kSoon,
        [answer](GVariant* reply, const std::string& problem) {
          if (reply == nullptr) return answer(std::nullopt, problem);
          Location location;
-         const char* reason = nullptr;
-         g_variant_get(reply, "(t&s)", &location.number, &reason);
-         location.reason = reason;
+         GVariant* message = nullptr;
+         g_variant_get(reply, "(t@a{sv})", &location.number, &message);
+         const VariantPtr owner(message);
+         location.reason = Reading::MessageFrom(message);
          answer(location, problem);
        });
 }

@@ -2,15 +2,34 @@
 
 #include <nlohmann/json.hpp>
 
+#include <utility>
+#include <vector>
+
 namespace Stores {
 
 namespace {
 
 using Json = nlohmann::json;
+using Wording::Message;
 
 std::string TextOf(const Json& object, const char* member) {
   const auto found = object.find(member);
   return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+const Json& MemberOf(const Json& object, const char* member) {
+  static const Json kNone;
+  const auto found = object.find(member);
+  return found != object.end() ? *found : kNone;
+}
+
+Message MessageOf(const Json& value) {
+  if (value.is_string()) return value.get<std::string>();
+  if (!value.is_object()) return {};
+  std::vector<Wording::Place> places;
+  for (const auto& [name, place] : MemberOf(value, "places").items())
+    places.push_back({name, MessageOf(place)});
+  return {TextOf(value, "pattern"), std::move(places)};
 }
 
 CheckFinding::Result ResultOf(const std::string& word) {
@@ -23,8 +42,8 @@ CheckFinding::Result ResultOf(const std::string& word) {
 std::optional<CheckFinding> FindingFromLine(const std::string& line) {
   const Json object = Json::parse(line, nullptr, false);
   if (!object.is_object()) return std::nullopt;
-  return CheckFinding{ResultOf(TextOf(object, "result")), TextOf(object, "check"), TextOf(object, "text"),
-                      TextOf(object, "next")};
+  return CheckFinding{ResultOf(TextOf(object, "result")), TextOf(object, "check"),
+                      MessageOf(MemberOf(object, "textMessage")), MessageOf(MemberOf(object, "nextMessage"))};
 }
 
 }  // namespace Stores

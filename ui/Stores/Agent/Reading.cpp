@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace Stores::Reading {
 
@@ -62,6 +63,19 @@ Finished FinishedOpening(GVariant* parameters) {
   finished.outcome = outcome;
   finished.stores = EachOf(stores, OutcomeFrom);
   return finished;
+}
+
+Wording::Message MessageFrom(GVariant* dictionary) {
+  std::string pattern = TextOf(dictionary, "Pattern");
+  if (pattern.empty()) return TextOf(dictionary, "Text");
+  std::vector<Wording::Place> places;
+  const VariantPtr entries(g_variant_lookup_value(dictionary, "Places", G_VARIANT_TYPE("aa{sv}")));
+  if (entries) {
+    places = EachOf(entries.get(), [](GVariant* entry) {
+      return Wording::Place{TextOf(entry, "Name"), MessageFrom(entry)};
+    });
+  }
+  return {std::move(pattern), std::move(places)};
 }
 
 SavedState StateOf(const char* word) {

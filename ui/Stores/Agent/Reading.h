@@ -12,6 +12,8 @@ namespace Stores::Reading {
 [[nodiscard]] std::vector<Store> Stores(GVariant* dictionaries);
 // From the parameters of Finished, (tsaa{sv}).
 [[nodiscard]] Finished FinishedOpening(GVariant* parameters);
+// From a message, a{sv}.
+[[nodiscard]] Wording::Message MessageFrom(GVariant* dictionary);
 [[nodiscard]] SavedState StateOf(const char* word);
 
 }  // namespace Stores::Reading

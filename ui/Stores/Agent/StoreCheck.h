@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Agent/GLibHandles.h"
+#include "libs/Wording/Message.h"
 
 #include <functional>
 #include <memory>
@@ -14,9 +15,9 @@ struct CheckFinding {
   enum class Result { Ok, Note, Problem };
 
   Result result = Result::Note;
-  std::string check;  // what was looked at, "server"
-  std::string text;   // what was seen there, a sentence
-  std::string next;   // what to do about it, a sentence; may be empty
+  std::string check;      // what was looked at, "server"
+  Wording::Message text;  // what was seen there, a sentence
+  Wording::Message next;  // what to do about it, a sentence; may be empty
 };
 
 // How a check ended: what srctl reports by its exit status.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Wording/Message.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,7 +30,7 @@ struct Store {
 // Where this machine stands relative to a store.
 struct Location {
   std::uint64_t number = 0;
-  std::string reason;  // a line for people; empty while it is being decided
+  Wording::Message reason;  // empty while it is being decided
 
   bool operator==(const Location&) const = default;
 };

@@ -1,6 +1,7 @@
 #include "Window/CheckView.h"
 
 #include "Shared/Interface.h"
+#include "Shared/ShownMessage.h"
 #include "Shared/ShownText.h"
 #include "Shared/Signals.h"
 #include "Shared/Translations.h"
@@ -21,6 +22,7 @@ std::string NameOf(const std::string& check) {
   if (name == "gateway") return Translated("Gateway");
   if (name == "discovery document") return Translated("Discovery document");
   if (name == "location") return Translated("Location");
+  if (name == "agent") return Translated("Background service");
   return ShownText::Name(check);
 }
 
@@ -92,8 +94,8 @@ void CheckView::Stop() {
 
 void CheckView::Take(const CheckFinding& finding) {
   const Mark mark = MarkOf(finding.result);
-  std::string text = ShownText::Lines(finding.text);
-  if (!finding.next.empty()) text += '\n' + ShownText::Lines(finding.next);
+  std::string text = ShownMessage(finding.text);
+  if (!finding.next.IsEmpty()) text += '\n' + ShownMessage(finding.next);
   AddRow(NameOf(finding.check), text, mark.icon, mark.word);
 }
 

@@ -1,6 +1,7 @@
 #include "Window/StoreDetails.h"
 
 #include "Model/LocationWords.h"
+#include "Shared/ShownMessage.h"
 #include "Shared/ShownText.h"
 #include "Shared/Translations.h"
 #include "Window/Rows.h"
@@ -66,7 +67,7 @@ void StoreDetails::ShowLocation() {
   const auto& location = LocationOf(item_.get());
   const LocationWords::Words words = LocationWords::Of(location ? location->number : 0);
   Rows::SetTexts(interface_.Get<AdwActionRow>("location"), words.sentence,
-                 location ? ShownText::Whole(location->reason) : std::string());
+                 location ? ShownMessage(location->reason) : std::string());
   gtk_image_set_from_icon_name(interface_.Get<GtkImage>("locationIcon"), words.icon);
 }
 

@@ -13,6 +13,9 @@ Bus::Result<> BeaconsBusObject::Serve(Bus::Connection& bus) {
       "explainLocationForStore", {"storeURL"}, {"location", "reason"},
       [this](const std::string& storeURL) { return service_.explainLocationForStore(storeURL); });
   interface.Method(
+      "describeLocationForStore", {"storeURL"}, {"location", "message"},
+      [this](const std::string& storeURL) { return service_.describeLocationForStore(storeURL); });
+  interface.Method(
       "getCurrentGatewayForStore", {"storeURL"}, {"gateway"},
       [this](const std::string& storeURL) { return service_.getCurrentGatewayForStore(storeURL); });
   interface.Method("networkReachabilityFlags", {}, {"flags"},

@@ -8,6 +8,8 @@
 #include <utility>
 
 namespace Wayfinding {
+
+using Wording::Worded;
 namespace {
 
 // The numeric addresses of a link.
@@ -99,8 +101,9 @@ void LocationRound::Ask() {
     if (beacon.outcome) {
       TakeStanding(beacon);
     } else if (!CanBeAsked(beacon)) {
-      Settle(beacon,
-             {.reason = beacon.text + (beacon.address.urls.empty() ? ": no address" : ": not asked")});
+      Settle(beacon, {.reason = beacon.address.urls.empty()
+                                    ? Worded("{beacon}: no address", {{"beacon", beacon.text}})
+                                    : Worded("{beacon}: not asked", {{"beacon", beacon.text}})});
     }
   }
   std::vector<std::string> urls;
@@ -141,7 +144,8 @@ void LocationRound::Advance() {
 void LocationRound::CutOff() {
   probes_.reset();
   for (auto& [key, beacon] : beacons_) {
-    if (!beacon.outcome) Settle(beacon, {.reason = beacon.text + ": no answer in time"});
+    if (!beacon.outcome)
+      Settle(beacon, {.reason = Worded("{beacon}: no answer in time", {{"beacon", beacon.text}})});
   }
   DecideStores();
 }

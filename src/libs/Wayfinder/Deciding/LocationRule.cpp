@@ -8,6 +8,10 @@
 #include <utility>
 
 namespace Wayfinding {
+
+using Wording::Message;
+using Wording::Worded;
+
 namespace {
 
 using Outcomes = std::vector<const ProbeOutcome*>;
@@ -40,16 +44,28 @@ class Count {
     return std::any_of(answered_.begin(), answered_.end(),
                        [](const ProbeOutcome* outcome) { return outcome->proven; });
   }
-  [[nodiscard]] std::string Text(const std::string& kind) const {
-    std::string text =
-        std::to_string(answered_.size()) + " of " + std::to_string(all_) + " " + kind + " beacons answered";
-    if (firstOther_ == nullptr) return text;
-    return text + " (" +
-           (IsAnswer(*firstOther_) ? firstOther_->peer + " answers for others too" : firstOther_->reason) +
-           ")";
+  [[nodiscard]] Message InternalWords() const {
+    if (firstOther_ == nullptr) return Worded("{answered} of {all} internal beacons answered", Numbers());
+    return Worded("{answered} of {all} internal beacons answered ({reason})", NumbersAndReason());
+  }
+  [[nodiscard]] Message ExternalWords() const {
+    if (firstOther_ == nullptr) return Worded("{answered} of {all} external beacons answered", Numbers());
+    return Worded("{answered} of {all} external beacons answered ({reason})", NumbersAndReason());
   }
 
  private:
+  [[nodiscard]] std::vector<Wording::Place> Numbers() const {
+    return {{"answered", std::to_string(answered_.size())}, {"all", std::to_string(all_)}};
+  }
+  // With why the first of the others is none of them.
+  [[nodiscard]] std::vector<Wording::Place> NumbersAndReason() const {
+    std::vector<Wording::Place> places = Numbers();
+    places.push_back({"reason", IsAnswer(*firstOther_) ? Worded("{address} answers for others too",
+                                                                {{"address", firstOther_->peer}})
+                                                       : firstOther_->reason});
+    return places;
+  }
+
   std::size_t all_;
   Outcomes answered_;
   const ProbeOutcome* firstOther_ = nullptr;
@@ -83,16 +99,15 @@ std::optional<Count> CountInternal(const Outcomes& internal, const StandingOf& s
 }
 
 LocationDecision DecideInside(const Count& internal, const TunnelTo& tunnelTo) {
-  const std::string counts = internal.Text("internal");
+  const Message counts = internal.InternalWords();
   for (const ProbeOutcome* outcome : internal.Answered()) {
     const std::string tunnel = tunnelTo(outcome->peer);
     if (tunnel.empty()) continue;
-    std::string reason = "VPN, " + counts;
-    reason.append(", the route to ").append(outcome->peer).append(" leaves through ").append(tunnel);
-    return {kVPN, std::move(reason)};
+    return {kVPN, Worded("VPN, {counts}, the route to {address} leaves through {tunnel}",
+                         {{"counts", counts}, {"address", outcome->peer}, {"tunnel", tunnel}})};
   }
-  if (internal.AllAnswered()) return {kLAN, "LAN, " + counts};
-  return {kPartlyInternal, "partly internal, " + counts};
+  if (internal.AllAnswered()) return {kLAN, Worded("LAN, {counts}", {{"counts", counts}})};
+  return {kPartlyInternal, Worded("partly internal, {counts}", {{"counts", counts}})};
 }
 
 LocationDecision DecideOutside(const StoreFindings& findings, const Count& internal) {
@@ -101,13 +116,15 @@ LocationDecision DecideOutside(const StoreFindings& findings, const Count& inter
       std::find_if(findings.external.begin(), findings.external.end(),
                    [](const auto* outcome) { return outcome->answer == ProbeAnswer::SomebodyElse; });
   if (portal != findings.external.end() && !external.IsProven()) {
-    return {kHotspot, "hotspot, " + internal.Text("internal") +
-                          ", an external one was answered by somebody else (" + (*portal)->reason + ")"};
+    return {kHotspot, Worded("hotspot, {counts}, an external one was answered by somebody else ({reason})",
+                             {{"counts", internal.InternalWords()}, {"reason", (*portal)->reason}})};
   }
-  const std::string counts = internal.Text("internal") + ", " + external.Text("external");
-  if (!external.Answered().empty()) return {kOutside, "outside, " + counts};
-  const char* const network = findings.networkIsUsable ? "none, " : "none, no usable network, ";
-  return {kNone, network + counts};
+  const std::vector<Wording::Place> counts{{"internal", internal.InternalWords()},
+                                           {"external", external.ExternalWords()}};
+  if (!external.Answered().empty()) return {kOutside, Worded("outside, {internal}, {external}", counts)};
+  return {kNone, findings.networkIsUsable
+                     ? Worded("none, {internal}, {external}", counts)
+                     : Worded("none, no usable network, {internal}, {external}", counts)};
 }
 
 }  // namespace

@@ -2,10 +2,15 @@
 
 #include "libs/Wayfinder/Probing/BeaconAddress.h"
 #include "libs/Wayfinder/Probing/TlsTrust.h"
+#include "libs/Wording/Message.h"
 
 #include <new>
 
 namespace Wayfinding {
+
+using Wording::Message;
+using Wording::Worded;
+
 namespace {
 
 constexpr std::size_t kMostHeadBytes = 256 * 1024;
@@ -28,6 +33,30 @@ WFCurlListPtr KnownAddresses(const BeaconURL& url, const std::vector<std::string
 
 bool NeedsTarget(long status) {
   return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+Message StatusWords(long status) {
+  return Worded("status {status}", {{"status", std::to_string(status)}});
+}
+
+// The commonest in libcurl's words, so that they can be shown in other languages.
+Message FailureOf(CURLcode code) {
+  switch (code) {
+    case CURLE_COULDNT_CONNECT:
+      return Worded("Could not connect to server");
+    case CURLE_OPERATION_TIMEDOUT:
+      return Worded("Timeout was reached");
+    case CURLE_PEER_FAILED_VERIFICATION:
+      return Worded("SSL peer certificate or SSH remote key was not OK");
+    case CURLE_SSL_CONNECT_ERROR:
+      return Worded("SSL connect error");
+    case CURLE_GOT_NOTHING:
+      return Worded("Server returned nothing (no headers, no data)");
+    case CURLE_RECV_ERROR:
+      return Worded("Failure when receiving data from the peer");
+    default:
+      return curl_easy_strerror(code);
+  }
 }
 
 }  // namespace
@@ -151,10 +180,11 @@ ProbeOutcome BeaconTransfer::Judge(CURLcode code) const {
   } else if (HasResponse(code)) {
     outcome = JudgeResponse();
   } else {
-    outcome.reason = curl_easy_strerror(code);
+    outcome.reason = FailureOf(code);
   }
   if (outcome.answer != ProbeAnswer::None) outcome.peer = Peer();
-  if (!outcome.reason.empty()) outcome.reason = url_ + ": " + outcome.reason;
+  if (!outcome.reason.IsEmpty())
+    outcome.reason = Worded("{address}: {answer}", {{"address", url_}, {"answer", outcome.reason}});
   return outcome;
 }
 
@@ -169,19 +199,22 @@ bool BeaconTransfer::HasVerifiedChain() const {
 ProbeOutcome BeaconTransfer::JudgeHandshake(CURLcode code) const {
   if (code == CURLE_OK) return {.answer = ProbeAnswer::Answered, .proven = true};
   if (code == CURLE_PEER_FAILED_VERIFICATION && HasVerifiedChain())
-    return {.answer = ProbeAnswer::SomebodyElse, .proven = true, .reason = "certificate for another name"};
-  return {.reason = curl_easy_strerror(code)};
+    return {.answer = ProbeAnswer::SomebodyElse,
+            .proven = true,
+            .reason = Worded("certificate for another name")};
+  return {.reason = FailureOf(code)};
 }
 
 ProbeOutcome BeaconTransfer::JudgeResponse() const {
   const long status = Status();
   if (status == kNetworkAuthenticationRequired)
-    return {.answer = ProbeAnswer::SomebodyElse, .reason = "status 511"};
-  if (status >= 500) return {.reason = "status " + std::to_string(status)};
+    return {.answer = ProbeAnswer::SomebodyElse, .reason = StatusWords(status)};
+  if (status >= 500) return {.reason = StatusWords(status)};
   const std::optional<std::string> host = RedirectHost();
   if (!host || *host == host_) return {.answer = ProbeAnswer::Answered};
   return {.answer = ProbeAnswer::SomebodyElse,
-          .reason = "redirect to " + (host->empty() ? std::string("an address that cannot be read") : *host)};
+          .reason = host->empty() ? Worded("redirect to an address that cannot be read")
+                                  : Worded("redirect to {host}", {{"host", *host}})};
 }
 
 }  // namespace Wayfinding

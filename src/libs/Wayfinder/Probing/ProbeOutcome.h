@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Wording/Message.h"
+
 #include <string>
 #include <vector>
 
@@ -19,7 +21,7 @@ struct ProbeOutcome {
   std::string peer = {};  // the numeric address that answered
   // Every address that said anything in the beacon's place, nonsense included.
   std::vector<std::string> heardFrom = {};
-  std::string reason = {};  // why it is no answer, or who answered instead; for the log
+  Wording::Message reason = {};  // why it is no answer, or who answered instead; for the log
 };
 
 }  // namespace Wayfinding

@@ -8,6 +8,8 @@
 #include <utility>
 
 namespace Wayfinding {
+
+using Wording::Worded;
 namespace {
 
 using std::chrono::milliseconds;
@@ -96,8 +98,10 @@ void ProbeRound::AdvanceLookups() {
 void ProbeRound::EndLookup(const Lookup& lookup) {
   const std::string& host = HostOf(lookup.question);
   if (!HasEnded(lookup.names))
-    return Report(lookup.question, {.reason = host + ": no answer from the name lookup"});
-  if (lookup.names.get().empty()) return Report(lookup.question, {.reason = host + ": name not found"});
+    return Report(lookup.question,
+                  {.reason = Worded("{host}: no answer from the name lookup", {{"host", host}})});
+  if (lookup.names.get().empty())
+    return Report(lookup.question, {.reason = Worded("{host}: name not found", {{"host", host}})});
   addresses_[lookup.question] = lookup.names.get();
   ready_.Add(lookup.question, questions_[lookup.question].stores);
 }
