@@ -16,6 +16,7 @@ using Windows::ObjectPtr;
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 class StoreDetailsTest : public WidgetTest {
  protected:
@@ -78,6 +79,23 @@ class StoreDetailsTest : public WidgetTest {
                            wanted_.push_back(gateway);
                          }}};
 };
+
+TEST_F(StoreDetailsTest, AddressesAreWhole) {
+  details_.SetItem(
+      MakeStoreItem(
+          {"s3", "Three", "https://three.example:8443/a/b", {{"Gate", "http://gate.example:81/x", true}}})
+          .get());
+  WaitForFrames();
+  for (const char* const shown :
+       {"three.example:8443", "https://three.example:8443/a/b", "http://gate.example:81/x"}) {
+    EXPECT_THAT(All([shown](GtkWidget* widget) {
+                  return GTK_IS_LABEL(widget) != FALSE &&
+                         g_strcmp0(gtk_label_get_text(GTK_LABEL(widget)), shown) == 0;
+                }),
+                SizeIs(1))
+        << shown;
+  }
+}
 
 TEST_F(StoreDetailsTest, TheOnlyGatewayStaysChosen) {
   ASSERT_THAT(Chosen(), ElementsAre(true));

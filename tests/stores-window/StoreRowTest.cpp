@@ -13,15 +13,32 @@ using Windows::ObjectPtr;
 
 using testing::SizeIs;
 
-using StoreRowTest = TestSupport::WidgetTest;
+class StoreRowTest : public TestSupport::WidgetTest {
+ protected:
+  void Show(const Stores::Store& store) {
+    g_list_store_append(stores_.get(), MakeStoreItem(store).get());
+    Present(gtk_list_view_new(
+        GTK_SELECTION_MODEL(gtk_no_selection_new(Windows::Shared(G_LIST_MODEL(stores_.get())).release())),
+        Stores::StoreRow::MakeFactory([](StoreItem*) {}).release()));
+  }
+
+ private:
+  const ObjectPtr<GListStore> stores_{g_list_store_new(G_TYPE_OBJECT)};
+};
+
+// Two servers of one host are told apart.
+TEST_F(StoreRowTest, APortThatIsNotTheUsualOneIsShown) {
+  Show({"s1", "One", "https://one.example:8443/x", {}});
+  EXPECT_THAT(All([](GtkWidget* widget) {
+                return GTK_IS_LABEL(widget) != FALSE &&
+                       g_strcmp0(gtk_label_get_text(GTK_LABEL(widget)), "one.example:8443") == 0;
+              }),
+              SizeIs(1));
+}
 
 TEST_F(StoreRowTest, ANameThatIsCutIsWholeInItsTooltip) {
   const std::string name(120, 'n');
-  const ObjectPtr<GListStore> stores(g_list_store_new(G_TYPE_OBJECT));
-  g_list_store_append(stores.get(), MakeStoreItem({"s1", name, "https://one.example", {}}).get());
-  Present(gtk_list_view_new(
-      GTK_SELECTION_MODEL(gtk_no_selection_new(Windows::Shared(G_LIST_MODEL(stores.get())).release())),
-      Stores::StoreRow::MakeFactory([](StoreItem*) {}).release()));
+  Show({"s1", name, "https://one.example", {}});
   const auto names = All([](GtkWidget* widget) {
     return GTK_IS_LABEL(widget) && gtk_widget_has_css_class(widget, "heading") != FALSE;
   });

@@ -78,4 +78,14 @@ TEST(ShownTextTest, TheHostOfAnAddressIsWholeWhateverStandsAroundIt) {
   EXPECT_EQ(ShownText::HostOf(""), "");
 }
 
+TEST(ShownTextTest, TheServerOfAnAddressHasItsPortWhereThatIsNotTheUsualOne) {
+  EXPECT_EQ(ShownText::ServerOf("https://store.example:8443/path?q"), "store.example:8443");
+  EXPECT_EQ(ShownText::ServerOf("https://store.example:443/"), "store.example");
+  EXPECT_EQ(ShownText::ServerOf("http://store.example:443/"), "store.example:443");
+  EXPECT_EQ(ShownText::ServerOf("https://store.example:/"), "store.example");
+  EXPECT_EQ(ShownText::ServerOf("https://store.example:8\u202E0"), "store.example:8<U+202E>0");
+  EXPECT_EQ(ShownText::ServerOf("https://[fd00::1]:8443/"), "[fd00::1]:8443");
+  EXPECT_EQ(ShownText::ServerOf(""), "");
+}
+
 }  // namespace

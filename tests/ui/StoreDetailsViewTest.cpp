@@ -46,7 +46,7 @@ void CollectTexts(GtkWidget* widget, std::vector<std::string>& texts) {
 TEST(StoreDetailsViewTest, IsAWidgetOfTheClientThatTellsWhatIsKnownOfTheStore) {
   const std::string details = PropertyList::Write(Dictionary{
       {"StoreName", "Sal\u202Ees"},
-      {"StoreURL", "https://store.example/path"},
+      {"StoreURL", "https://store.example:8443/path"},
       {"StoreProvider", "Morvane"},
       {"CertificateName", "Root CA"},
       {"StoreGateways",
@@ -65,8 +65,8 @@ TEST(StoreDetailsViewTest, IsAWidgetOfTheClientThatTellsWhatIsKnownOfTheStore) {
   std::vector<std::string> texts;
   CollectTexts(view, texts);
   for (const char* const text :
-       {"Sal<U+202E>es", "store.example", "Operated by", "Morvane", "Certificate issued by", "Root CA",
-        "Default gateway", "Main", "https://main"}) {
+       {"Sal<U+202E>es", "store.example", "Address", "https://store.example:8443/path", "Operated by",
+        "Morvane", "Certificate issued by", "Root CA", "Default gateway", "Main", "https://main"}) {
     EXPECT_THAT(texts, Contains(text));
   }
   EXPECT_EQ(ViewOf(nullptr), nullptr);

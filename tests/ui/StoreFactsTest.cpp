@@ -30,6 +30,7 @@ TEST(StoreFactsTest, TellWhichServerWasVerifiedWhoseItIsAndWhoSaysSo) {
 
   EXPECT_EQ(facts.name, "Sales");
   EXPECT_EQ(facts.host, "store.example");
+  EXPECT_EQ(facts.address, "");
   EXPECT_THAT(facts.verified,
               ElementsAre(Fact{"Default gateway", "gateway.example"}, Fact{"Operated by", "Morvane"},
                           Fact{"Certificate issued by", "Root CA"}));
@@ -50,6 +51,7 @@ TEST(StoreFactsTest, AnOlderAgentsHostIsThatOfTheAddress) {
   const StoreFacts facts = StoreFacts::Of({{"StoreURL", "https://store.example:8443/path"}});
 
   EXPECT_EQ(facts.host, "store.example");
+  EXPECT_EQ(facts.address, "https://store.example:8443/path");
   EXPECT_EQ(facts.hostASCII, "");
   EXPECT_THAT(facts.verified, IsEmpty());
   EXPECT_THAT(facts.gateways, IsEmpty());
@@ -90,6 +92,7 @@ TEST(StoreFactsTest, NothingThatSomebodyElseWroteIsHiddenOrReordered) {
   const std::string evil = "a\u202Eb";
   const std::string shown = "a<U+202E>b";
   const StoreFacts facts = StoreFacts::Of({{"StoreName", evil},
+                                           {"StoreURL", evil},
                                            {"StoreHost", evil},
                                            {"StoreHostASCII", evil + "c"},
                                            {"VerifiedHost", evil},
@@ -99,6 +102,7 @@ TEST(StoreFactsTest, NothingThatSomebodyElseWroteIsHiddenOrReordered) {
 
   EXPECT_EQ(facts.name, shown);
   EXPECT_EQ(facts.host, shown);
+  EXPECT_EQ(facts.address, shown);
   EXPECT_EQ(facts.hostASCII, shown + "c");
   for (const Fact& fact : facts.verified) EXPECT_EQ(fact.value, shown);
   EXPECT_EQ(facts.gateways[0].value, shown + "\n" + shown + "c");

@@ -87,4 +87,10 @@ std::string HostOf(std::string_view url) {
   return url.empty() ? std::string() : Whole(Address::SplitURL(url).server);
 }
 
+std::string ServerOf(std::string_view url) {
+  const Address::SplitURL split(url);
+  const bool isUsual = split.port.empty() || split.port == split.DefaultPort();
+  return isUsual ? HostOf(url) : HostOf(url) + ":" + Whole(split.port);
+}
+
 }  // namespace Windows::ShownText

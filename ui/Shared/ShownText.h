@@ -36,5 +36,7 @@ struct Place {
 // What a person takes for the server of the address: its host, made fit and never cut. Empty without an
 // address.
 [[nodiscard]] std::string HostOf(std::string_view url);
+// The same with the port behind it, where it is not the one that the scheme stands for.
+[[nodiscard]] std::string ServerOf(std::string_view url);
 
 }  // namespace Windows::ShownText

@@ -73,6 +73,7 @@ StoreFacts StoreFacts::Of(const Dictionary& details) {
   facts.host = HostIn(details);
   facts.hostASCII = ShownText::Whole(Details::Text(details, "StoreHostASCII"));
   if (facts.hostASCII == facts.host) facts.hostASCII.clear();
+  facts.address = ShownText::Whole(Details::Text(details, "StoreURL"));
   facts.verified = VerifiedFacts(details);
   facts.gateways = GatewayFacts(details);
   return facts;

@@ -26,6 +26,7 @@ struct StoreFacts {
   std::string name;
   std::string host;
   std::string hostASCII;  // only where it is another one
+  std::string address;    // all of it, with what the host does not tell
   std::vector<Fact> verified;
   std::vector<Fact> gateways;  // the default one first
 };

@@ -50,7 +50,7 @@ void GatewayRows::Clear() {
 
 void GatewayRows::Add(const Gateway& gateway) {
   const std::string name = ShownText::Name(gateway.name);
-  AdwActionRow* const row = Rows::Make(name, ShownText::HostOf(gateway.url));
+  AdwActionRow* const row = Rows::Make(name, ShownText::Whole(gateway.url));
   GtkWidget* const button =
       GTK_WIDGET(g_object_new(GTK_TYPE_CHECK_BUTTON, "accessible-role", GTK_ACCESSIBLE_ROLE_RADIO, nullptr));
   gtk_check_button_set_group(GTK_CHECK_BUTTON(button), none_);

@@ -44,7 +44,7 @@ void StoreDetails::Forget() {
 void StoreDetails::Show() {
   const Store& store = StoreOf(item_.get());
   gtk_label_set_text(interface_.Get<GtkLabel>("name"), ShownText::Name(store.name).c_str());
-  gtk_label_set_text(interface_.Get<GtkLabel>("host"), ShownText::HostOf(store.url).c_str());
+  gtk_label_set_text(interface_.Get<GtkLabel>("host"), ShownText::ServerOf(store.url).c_str());
   Rows::SetTexts(interface_.Get<AdwActionRow>("address"), Translated("Address"), ShownText::Whole(store.url));
   Rows::SetTexts(interface_.Get<AdwActionRow>("identifier"), Translated("Identifier"),
                  ShownText::Whole(store.id));

@@ -41,7 +41,7 @@ class Row {
   void Show() {
     const Store& store = StoreOf(item_.get());
     const std::string name = ShownText::Name(store.name);
-    const std::string host = ShownText::HostOf(store.url);
+    const std::string host = ShownText::ServerOf(store.url);
     const auto& location = LocationOf(item_.get());
     const LocationWords::Words words = LocationWords::Of(location ? location->number : 0);
     gtk_label_set_text(interface_.Get<GtkLabel>("name"), name.c_str());

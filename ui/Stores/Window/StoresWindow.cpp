@@ -109,7 +109,7 @@ void StoresWindow::SetUpSearch() {
 bool StoresWindow::Matches(StoreItem* item) const {
   if (searched_.empty()) return true;
   const Store& store = StoreOf(item);
-  const std::string text = ShownText::Name(store.name) + '\n' + ShownText::HostOf(store.url);
+  const std::string text = ShownText::Name(store.name) + '\n' + ShownText::ServerOf(store.url);
   return WithoutCase(text).find(searched_) != std::string::npos;
 }
 
