@@ -1,0 +1,60 @@
+#include "Shared/Adwaita.h"
+#include "Shared/Signals.h"
+#include "support/VirtualScreen.h"
+#include "window/TrustWindow.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+
+using std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+void RunUntil(const std::function<bool()>& condition) {
+  const auto deadline = steady_clock::now() + 20s;
+  while (!condition()) {
+    if (steady_clock::now() > deadline) throw std::runtime_error("waited in vain");
+    g_main_context_iteration(nullptr, FALSE);
+  }
+}
+
+class QuestionWindowTest : public testing::Test {
+ protected:
+  QuestionWindowTest() {
+    screen_.ShowOwnWindows();
+    if (gtk_init_check() == FALSE) throw std::runtime_error("no display");
+    adw_init();
+  }
+
+  TestSupport::VirtualScreen screen_;
+};
+
+// On a machine so busy that the window is not drawn in the half second after it is on the screen.
+TEST_F(QuestionWindowTest, CountsItsHalfSecondFromWhatCanBeSeen) {
+  const Dialogs::TrustWindow window({{"StoreName", "One"}}, [](bool /*accepted*/) {});
+  GtkWidget* const accept = window.Get("accept");
+  window.Present();
+  ASSERT_NE(gtk_widget_get_mapped(window.Get("window")), FALSE);
+  std::this_thread::sleep_for(600ms);
+
+  bool isDrawn = false;
+  bool wasSensitive = false;
+  steady_clock::time_point firstFrame;
+  Windows::Signals::Connect(gtk_widget_get_frame_clock(window.Get("window")), "after-paint", [&] {
+    if (isDrawn) return;
+    isDrawn = true;
+    wasSensitive = gtk_widget_get_sensitive(accept) != FALSE;
+    firstFrame = steady_clock::now();
+  });
+  RunUntil([&] { return isDrawn; });
+  EXPECT_FALSE(wasSensitive);
+  RunUntil([&] { return gtk_widget_get_sensitive(accept) != FALSE; });
+  EXPECT_GE(steady_clock::now() - firstFrame, 499ms);  // the toolkit's clock counts milliseconds
+}
+
+}  // namespace
