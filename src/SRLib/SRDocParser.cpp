@@ -9,6 +9,7 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLString.hpp>
+#include <xercesc/validators/schema/SchemaSymbols.hpp>
 
 #include <algorithm>
 #include <stdexcept>
@@ -31,11 +32,11 @@ bool IsGateway(const DOMNode& node) {
   return DomLib::AreSameName(node.getNodeName(), name.c_str());
 }
 
-bool HasReadableLength(const std::wstring& text, const char* what) {
-  if (text.size() <= DomLib::kMaximumTextCharacters) return true;
-  SR_TRACE(2) << "SR XML Parsing error: " << what << " has more than "
-              << std::to_string(DomLib::kMaximumTextCharacters) << " characters.";
-  return false;
+// Why the text cannot be read; empty when it can.
+std::string ProblemWithLength(const std::wstring& text, const char* what) {
+  if (text.size() <= DomLib::kMaximumTextCharacters) return {};
+  return std::string(what) + " has more than " + std::to_string(DomLib::kMaximumTextCharacters) +
+         " characters.";
 }
 
 bool CannotBeKey(wchar_t character) {
@@ -45,10 +46,9 @@ bool CannotBeKey(wchar_t character) {
 
 // Ids and gateway names are keys of the configuration, where a backslash separates, and of calls on the bus;
 // one that changed on its way there would reach its neighbour.
-bool IsReadableKey(const std::wstring& text, const char* what) {
-  if (std::none_of(text.begin(), text.end(), CannotBeKey)) return HasReadableLength(text, what);
-  SR_TRACE(2) << "SR XML Parsing error: " << what << " holds a backslash or a character that is no text.";
-  return false;
+std::string ProblemWithKey(const std::wstring& text, const char* what) {
+  if (std::none_of(text.begin(), text.end(), CannotBeKey)) return ProblemWithLength(text, what);
+  return std::string(what) + " holds a backslash or a character that is no text.";
 }
 
 std::wstring UpperCase(std::wstring text) {
@@ -129,6 +129,25 @@ class SRDocParser::ServiceList : public DOMNodeList {
   mutable BelowService below_;         // of that service, so far
 };
 
+void SRDocParser::ReportTo(DomLib::ProblemReport report) {
+  domServices_.ReportTo(report);
+  report_ = std::move(report);
+}
+
+bool SRDocParser::Accepts(const std::string& problem) const {
+  return problem.empty() || Refuse(problem);
+}
+
+bool SRDocParser::Refuse(const std::string& problem) const {
+  SR_TRACE(2) << "SR XML Parsing error: " << problem;
+  ReportEnd(problem);
+  return false;
+}
+
+void SRDocParser::ReportEnd(const std::string& reason) const {
+  if (report_) report_({.gravity = DomLib::DocumentProblem::Gravity::Fatal, .text = reason});
+}
+
 void SRDocParser::SetSchema() {
   domServices_.SetSchema(L"serviceRecord.xsd", L"servicerecord.xsd");
 }
@@ -145,14 +164,18 @@ bool SRDocParser::Deserialize(const std::wstring& text, StoreMap& out) {
     return true;
   } catch (const std::runtime_error& exception) {
     SR_TRACE(2) << "Exception parsing document containning Service Records: " << exception.what();
+    ReportEnd(exception.what());
   } catch (const XMLException& exception) {
     SR_TRACE(2) << "XMLException parsing document containning Service Records: "
                 << AsWString(exception.getMessage());
+    ReportEnd(util::narrow(AsWString(exception.getMessage())));
   } catch (const DOMException& exception) {
     SR_TRACE(2) << "DOMException parsing document containning Service Records: "
                 << AsWString(exception.getMessage());
+    ReportEnd(util::narrow(AsWString(exception.getMessage())));
   } catch (...) {
     SR_TRACE(2) << "Unexpected Exception parsing document containning Service Records: ";
+    ReportEnd("it failed for a reason that is not known");
   }
   return false;
 }
@@ -167,7 +190,20 @@ const DOMElement* SRDocParser::GetServicesElem(const std::wstring& text) {
     SR_TRACE(2) << text;
   }
   // The document is read all the same, as far as the rules below allow.
+  return Root();
+}
+
+const DOMElement* SRDocParser::Root() const {
   return document_ == nullptr ? nullptr : document_->getDocumentElement();
+}
+
+std::wstring SRDocParser::RootName() const {
+  return Root() == nullptr ? std::wstring() : AsWString(Root()->getNodeName());
+}
+
+bool SRDocParser::NamesSchema() const {
+  return Root() != nullptr &&
+         Root()->hasAttributeNS(SchemaSymbols::fgURI_XSI, DomLib::XName("schemaLocation").Get());
 }
 
 bool SRDocParser::DeserializeDocStructure(const DOMElement& root, StoreMap& out) {
@@ -237,11 +273,11 @@ bool SRDocParser::DeserializeService(DOMElement& service, const DomLib::Descenda
   std::wstring address = DomLib::TextOf(below.First("Address"));
   const std::wstring type = NonNullAttribute(service, "type");
   if (id.empty() || name.empty() || address.empty() || type.empty()) {
-    SR_TRACE(2) << "SR XML Parsing error: required service element is missing.";
-    return false;
+    return Refuse("required service element is missing.");
   }
-  if (!IsReadableKey(id, "a service's id") || !HasReadableLength(name, "a service's name") ||
-      !HasReadableLength(address, "a service's address")) {
+  if (!Accepts(ProblemWithKey(id, "a service's id")) ||
+      !Accepts(ProblemWithLength(name, "a service's name")) ||
+      !Accepts(ProblemWithLength(address, "a service's address"))) {
     return false;
   }
   store.SetStoreID(std::move(id));
@@ -262,11 +298,12 @@ bool SRDocParser::DeserializeGateways(const DomLib::Descendants& below, SRStore&
     const std::wstring mode = NonNullAttribute(*element, "RewriteMode");
     // One of them is enough: deliberate.
     if (name.empty() && location.empty() && edition.empty() && authentication.empty() && mode.empty()) {
-      SR_TRACE(2) << "SR XML Parsing error: required gateway attribute is missing.";
+      return Refuse("required gateway attribute is missing.");
+    }
+    if (!Accepts(ProblemWithKey(name, "a gateway's name")) ||
+        !Accepts(ProblemWithLength(location, "a gateway's address"))) {
       return false;
     }
-    if (!IsReadableKey(name, "a gateway's name") || !HasReadableLength(location, "a gateway's address"))
-      return false;
     SRGateway gateway;
     gateway.SetName(std::move(name));
     gateway.SetAuthentication(GatewayAuthFromString(authentication));
@@ -285,8 +322,7 @@ bool SRDocParser::DeserializeBeacons(const DomLib::Descendants& below, SRStore& 
   while (const DOMElement* element = beacons.Next()) {
     const DOMNode* content = element->getFirstChild();
     if (content == nullptr) {
-      SR_TRACE(2) << "SR XML Parsing error: incorrect beacons list";
-      return false;
+      return Refuse("incorrect beacons list");
     }
     // An element has no value and counts as an empty address.
     const XMLCh* value = content->getNodeValue();
@@ -295,7 +331,7 @@ bool SRDocParser::DeserializeBeacons(const DomLib::Descendants& below, SRStore& 
       SR_TRACE(0) << "SR XML Parsing warning: empty beacon address";
       continue;
     }
-    if (!HasReadableLength(location, "a beacon's address")) return false;
+    if (!Accepts(ProblemWithLength(location, "a beacon's address"))) return false;
     SRBeacon beacon;
     beacon.SetLocation(std::move(location));
     store.AddBeacon(std::move(beacon), type);

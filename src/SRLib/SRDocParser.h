@@ -20,13 +20,16 @@ namespace ServiceRecords {
 inline constexpr wchar_t kServiceRecordNamespace[] = L"urn:morvane:servicerecord";
 
 // Turns the text of a service-record document into the stores that it describes. Problems are reported in the
-// trace log only. One call at a time; make one parser for each document.
+// trace log, and to whoever wants them. One call at a time; make one parser for each document.
 class SRDocParser {
  public:
   SRDocParser() = default;
   virtual ~SRDocParser() = default;
   SRDocParser(const SRDocParser&) = delete;
   SRDocParser& operator=(const SRDocParser&) = delete;
+
+  // Whoever wants to know, beside the trace log, what is wrong with the document.
+  void ReportTo(DomLib::ProblemReport report);
 
   // Tells the XML layer which schema documents of this kind name, and which file holds it.
   virtual void SetSchema();
@@ -36,6 +39,11 @@ class SRDocParser {
   // Clears `out` and fills it with the stores of the document. False only without a root element or after an
   // exception; a document that fails its schema is read as far as possible all the same.
   bool Deserialize(const std::wstring& text, StoreMap& out);
+
+  // The root element of the document that was read last; empty when it has none.
+  [[nodiscard]] std::wstring RootName() const;
+  // Whether that element names a schema; without one, nothing is validated.
+  [[nodiscard]] bool NamesSchema() const;
 
   [[nodiscard]] SRType SRTypeFromString(const std::wstring& text) const;
   [[nodiscard]] SRGateway::GatewayEdition GatewayEditionFromString(const std::wstring& text) const;
@@ -67,7 +75,13 @@ class SRDocParser {
   [[nodiscard]] bool IsService(const xercesc::DOMNode& node) const;
   [[nodiscard]] bool IsLevel(const xercesc::DOMNode& node) const;
   void RefuseDeepNesting(const xercesc::DOMElement& element) const;
+  [[nodiscard]] const xercesc::DOMElement* Root() const;
+  // Whether the problem is none, an empty text; one that there is ends the document.
+  [[nodiscard]] bool Accepts(const std::string& problem) const;
+  [[nodiscard]] bool Refuse(const std::string& problem) const;  // false
+  void ReportEnd(const std::string& reason) const;
 
+  DomLib::ProblemReport report_;
   xercesc::DOMDocument* document_ = nullptr;  // owned by domServices_
   std::size_t deepestLevel_ = 0;              // found so far, of services and gateways inside one another
   BelowService below_;

@@ -19,7 +19,16 @@ bool SRXMLProvider::ProcessNewDocument(const std::wstring& text, StoreMap& out) 
   } else {
     parser_ = std::make_unique<SRDocParser>();
   }
+  parser_->ReportTo(report_);
   return parser_->Deserialize(text, out);
+}
+
+std::wstring SRXMLProvider::RootName() const {
+  return parser_ == nullptr ? std::wstring() : parser_->RootName();
+}
+
+bool SRXMLProvider::NamesSchema() const {
+  return parser_ != nullptr && parser_->NamesSchema();
 }
 
 StoreMap SRXMLProvider::Parse(const std::wstring& text) {

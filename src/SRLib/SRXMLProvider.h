@@ -1,9 +1,11 @@
 #pragma once
 
 #include "SRLib/SRStore.h"
+#include "libs/DomLib/DocumentProblem.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace ServiceRecords {
 
@@ -26,7 +28,15 @@ class SRXMLProvider {
   // Chooses the parser by that, and runs it.
   bool ProcessNewDocument(const std::wstring& text, StoreMap& out);
 
+  // Whoever wants to know, beside the trace log, what is wrong with the document.
+  void ReportTo(DomLib::ProblemReport report) { report_ = std::move(report); }
+  // The root element of the document that was processed; empty when it has none.
+  [[nodiscard]] std::wstring RootName() const;
+  // Whether that element names a schema; without one, nothing is validated.
+  [[nodiscard]] bool NamesSchema() const;
+
  private:
+  DomLib::ProblemReport report_;
   std::unique_ptr<SRDocParser> parser_;
 };
 

@@ -1,5 +1,9 @@
 #include "SRLib/SRXMLProvider.h"
 #include "core/ParserTest.h"
+#include "libs/DomLib/DocumentBounds.h"
+
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -24,6 +28,53 @@ TEST_F(SRXMLProviderTest, ADiscoveryDocumentIsReadByItsOwnSchema) {
 TEST_F(SRXMLProviderTest, AServiceRecordIsReadByItsOwnSchema) {
   EXPECT_EQ(IdsIn(ServiceRecord(Service(L"s"))), (Wide{L"s"}));
   EXPECT_EQ(trace_.Records(), (Records{{0, kDocParserFile, "No Errors Detected"}}));
+}
+
+TEST_F(SRXMLProviderTest, WhoeverWantsItIsToldWhatIsWrongAndWhere) {
+  using Gravity = DomLib::DocumentProblem::Gravity;
+  std::vector<DomLib::DocumentProblem> problems;
+  const auto process = [&](const std::wstring& text) {
+    problems.clear();
+    SRXMLProvider provider;
+    provider.ReportTo([&problems](const DomLib::DocumentProblem& problem) { problems.push_back(problem); });
+    static_cast<void>(provider.ProcessNewDocument(text, stores_));
+  };
+  process(ServiceRecord(Service(L"s")));
+  EXPECT_TRUE(problems.empty());
+
+  process(ServiceRecord(L"\n\n<H\u00E4nt/>"));
+  ASSERT_FALSE(problems.empty());
+  EXPECT_EQ(problems.front().gravity, Gravity::Error);
+  EXPECT_EQ(problems.front().file, "") << "the document itself";
+  EXPECT_EQ(problems.front().line, 3U);
+  EXPECT_EQ(problems.front().column, 8U);
+  EXPECT_NE(problems.front().text.find("'H\u00E4nt'"), std::string::npos) << problems.front().text;
+
+  process(ServiceRecord(Service(L"s")) + L"<");
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(problems.front().gravity, Gravity::Fatal);
+
+  process(
+      ServiceRecord(L"<Service type='store'><SRID>a\\b</SRID><Name>n</Name><Address>a</Address></Service>"));
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(problems.front().gravity, Gravity::Fatal);
+  EXPECT_EQ(problems.front().text, "a service's id holds a backslash or a character that is no text.");
+
+  process(std::wstring(DomLib::kMaximumDocumentBytes + 1, L' '));
+  ASSERT_EQ(problems.size(), 1U);
+  EXPECT_EQ(problems.front().text, "the document is larger than 16 MiB");
+}
+
+TEST_F(SRXMLProviderTest, TellsTheRootAndWhetherItNamesASchema) {
+  SRXMLProvider provider;
+  EXPECT_EQ(provider.RootName(), L"");
+  static_cast<void>(provider.ProcessNewDocument(ServiceRecord(L""), stores_));
+  EXPECT_EQ(provider.RootName(), L"Services");
+  EXPECT_TRUE(provider.NamesSchema());
+  SRXMLProvider another;
+  static_cast<void>(another.ProcessNewDocument(L"<discovery/>", stores_));
+  EXPECT_EQ(another.RootName(), L"discovery");
+  EXPECT_FALSE(another.NamesSchema());
 }
 
 TEST_F(SRXMLProviderTest, TheWordInLowerCaseIsAServiceRecord) {

@@ -17,6 +17,7 @@
 
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 using namespace xercesc;
 
@@ -28,18 +29,21 @@ class ParsingErrorHandler : public ErrorHandler {
   void warning(const SAXParseException& exception) override {
     SR_TRACE(1) << "Warning";
     ReportError(exception);
+    Report(Gravity::Warning, exception);
   }
 
   void error(const SAXParseException& exception) override {
     errorsSeen_ = true;
     SR_TRACE(2) << "Error";
     ReportError(exception);
+    Report(Gravity::Error, exception);
   }
 
   void fatalError(const SAXParseException& exception) override {
     errorsSeen_ = true;
     SR_TRACE(3) << "Fatal";
     ReportError(exception);
+    Report(Gravity::Fatal, exception);
   }
 
   void resetErrors() override {
@@ -51,8 +55,22 @@ class ParsingErrorHandler : public ErrorHandler {
   [[nodiscard]] bool ErrorsSeen() const { return errorsSeen_; }
   // Not copied: it has to be kept until the parse is over.
   void SetDocumentText(std::wstring_view text) { documentText_ = text; }
+  // `document`: what the parser calls the document itself.
+  void SetDocumentName(const std::wstring& document) { documentName_ = util::narrow(document); }
+  void ReportTo(DomLib::ProblemReport report) { report_ = std::move(report); }
 
  private:
+  using Gravity = DomLib::DocumentProblem::Gravity;
+
+  void Report(Gravity gravity, const SAXParseException& exception) const {
+    if (!report_) return;
+    const XMLCh* const place = exception.getSystemId();
+    std::string file = place == nullptr ? "" : util::narrow(AsWString(place));
+    if (file == documentName_) file.clear();
+    report_({gravity, std::move(file), exception.getLineNumber(), exception.getColumnNumber(),
+             util::narrow(AsWString(exception.getMessage()))});
+  }
+
   void ReportError(const SAXParseException& exception) {
     const std::string identifier = AsString(exception.getSystemId());
     const std::wstring message = AsWString(exception.getMessage());
@@ -74,6 +92,8 @@ class ParsingErrorHandler : public ErrorHandler {
 
   bool errorsSeen_ = false;
   std::wstring_view documentText_;
+  std::string documentName_;
+  DomLib::ProblemReport report_;
   bool textDumped_ = false;
 };
 
@@ -126,10 +146,15 @@ DOMServices::~DOMServices() = default;
 void DOMServices::SetSchema(const std::wstring& schemaName, const std::wstring& schemaFile) {
   schemaName_ = schemaName;
   schemaFile_ = schemaFile;
+  Parsing(*errorHandler_).SetDocumentName(schemaName);
 }
 
 void DOMServices::SetImportedSchema(const std::wstring& importedFile) {
   importedFile_ = importedFile;
+}
+
+void DOMServices::ReportTo(DomLib::ProblemReport report) {
+  Parsing(*errorHandler_).ReportTo(std::move(report));
 }
 
 bool DOMServices::ErrorCheck() const {

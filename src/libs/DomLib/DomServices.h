@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libs/DomLib/DocumentProblem.h"
 #include "libs/DomLib/ParseMeter.h"
 #include "libs/DomLib/XercesPlatform.h"
 
@@ -36,6 +37,9 @@ class DOMServices {
   void SetSchema(const std::wstring& schemaName, const std::wstring& schemaFile);
   // Another schema file of the program's own, as the schema file names it to import it.
   void SetImportedSchema(const std::wstring& importedFile);
+
+  // Whoever wants the problems of a parse beside the trace log.
+  void ReportTo(DomLib::ProblemReport report);
 
   // Parses a document held in memory. The document belongs to this object until the next parse; null when the
   // parser made none. Throws std::runtime_error for a parser's exception or a document past a bound (the text
