@@ -76,19 +76,20 @@ TEST_F(DoctorOfStores, NamesWhoAnswersForTheWholeChain) {
 
 TEST_F(DoctorOfStores, ExplainsAnExpiredCertificate) {
   const SrctlRun run = WithCertificate("expired");
-  ExpectProblem(StoreLine(run, "server"), "a certificate of its chain has expired.",
+  ExpectProblem(StoreLine(run, "server"), "does not trust it: its certificate expired on 20",
                 "See that the clock of this machine is right (date)");
 }
 
 TEST_F(DoctorOfStores, ExplainsACertificateForAnotherName) {
   const SrctlRun run = WithCertificate("wrong-host");
-  ExpectProblem(StoreLine(run, "server"), "its certificate is for another name.",
+  ExpectProblem(StoreLine(run, "server"), "does not trust it: its certificate is another server's: ",
                 "When you are behind a hotspot's sign-in page, open a web browser");
 }
 
 TEST_F(DoctorOfStores, ExplainsAnUnknownAuthority) {
   const SrctlRun run = WithCertificate("unknown-issuer");
-  ExpectProblem(StoreLine(run, "server"), "comes from an authority that this machine does not know.",
+  ExpectProblem(StoreLine(run, "server"),
+                "does not trust it: this machine does not know who issued its certificate: ",
                 "Ask your administrator for the authority's root certificate");
 }
 
@@ -97,7 +98,7 @@ TEST_F(DoctorOfStores, ExplainsARevokedCertificate) {
   const WebServer other(authority.TlsServerBlock(
       "revoked", "ssl_stapling on; ssl_stapling_file " + authority.File("revoked.ocsp").string() + ";"));
   GiveStores({StoreAt(other.Address("https"))});
-  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"), "has revoked the certificate.",
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"), "its certificate has been revoked.",
                 "Ask the administrator of the server");
 }
 
@@ -105,7 +106,17 @@ TEST_F(DoctorOfStores, ExplainsAServerThatSpeaksNoTls) {
   const WebServer other(ServerBlock("", ""));
   GiveStores({StoreAt(other.Address("https"))});
   ExpectProblem(StoreLine(Srctl({"doctor"}), "server"),
-                "this machine does not trust it: ", "Ask the administrator of the server");
+                "does not trust it: no secure connection to it could be made (",
+                "Ask the administrator of the server");
+}
+
+TEST_F(DoctorOfStores, ExplainsAServerThatIsTooOldForThisMachine) {
+  const WebServer other(
+      TestAuthority::Shared().TlsServerBlock("good", "ssl_protocols TLSv1.1; ssl_ciphers ALL:@SECLEVEL=0;"));
+  GiveStores({StoreAt(other.Address("https"))});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"),
+                "does not trust it: it and this machine have no secure protocol in common.",
+                "Ask the administrator of the server");
 }
 
 TEST_F(DoctorOfStores, ExplainsAServerThatDemandsAClientCertificate) {
@@ -119,7 +130,8 @@ TEST_F(DoctorOfStores, ExplainsAServerThatDemandsAClientCertificate) {
   const std::string port = std::to_string(std::stoi(output.substr(output.find(start) + start.size())));
   GiveStores({StoreAt("https://localhost:" + port)});
   ExpectProblem(StoreLine(Srctl({"doctor"}), "server"),
-                "this machine does not trust it: ", "Ask the administrator of the server");
+                "does not trust it: no secure connection to it could be made (",
+                "Ask the administrator of the server");
 }
 
 TEST_F(DoctorOfStores, ExplainsAServerThatDoesNotAnswer) {
@@ -248,7 +260,8 @@ TEST_F(DoctorOfStores, EachServerOfTheGatewaysIsLookedAtOnceWhereverTheMachineSt
     const SrctlRun run = Srctl({"doctor"});
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(StoreLine(run, "gateway: " + head), StartsWith("ok: "));
-    ExpectProblem(StoreLine(run, "gateway: " + store->gateways[0].location), "has expired.", "See that");
+    ExpectProblem(StoreLine(run, "gateway: " + store->gateways[0].location), "its certificate expired on",
+                  "See that");
     EXPECT_THAT(run.output, Not(HasSubstr("/second")));
     agent_.Bus().ServiceRecords("deleteStore", {"s1"});
   }
@@ -295,7 +308,7 @@ TEST_F(DoctorOfStores, FromOutsideAServerThatNobodyCanTrustIsAProblem) {
   StoreText store = OutsideStore();
   store.url = other.Address("https");
   GiveStores({store});
-  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"), "has expired.", "See that the clock");
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "server"), "its certificate expired on", "See that the clock");
 }
 
 TEST_F(DoctorOfStores, WithoutANetworkSaysToConnect) {

@@ -25,6 +25,18 @@ Message CorrectRecord() {
   return Worded("Ask your administrator for a corrected service record and open that one (srctl open FILE).");
 }
 
+Message CheckClock() {
+  return Worded(
+      "See that the clock of this machine is right (date), then ask the administrator of the server.");
+}
+
+Message RenewCertificate() {
+  return Worded(
+      "See that the clock of this machine is right (date), then ask the administrator of the server to renew "
+      "the "
+      "certificate.");
+}
+
 Message CheckServer() {
   return Worded("Ask the administrator of the server to look at its TLS settings.");
 }
@@ -33,45 +45,49 @@ Answer NotTrusted(const Message& why, const Message& next) {
   return {Kind::NotTrusted, Worded("this machine does not trust it: {why}", {{"why", why}}), next};
 }
 
-Answer ForVerification(long result, const std::string& reason) {
-  switch (result) {
-    case X509_V_ERR_CERT_HAS_EXPIRED:
-      return NotTrusted(
-          Worded("a certificate of its chain has expired"),
-          Worded("See that the clock of this machine is right (date), then ask the administrator of the "
-                 "server to renew the certificate."));
-    case X509_V_ERR_CERT_NOT_YET_VALID:
-      return NotTrusted(
-          Worded("a certificate of its chain is not valid yet"),
-          Worded("See that the clock of this machine is right (date), then ask the administrator of the "
-                 "server."));
-    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT:
-    case X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY:
-    case X509_V_ERR_UNABLE_TO_VERIFY_LEAF_SIGNATURE:
-    case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
-    case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
-      return NotTrusted(Worded("its certificate comes from an authority that this machine does not know"),
-                        Worded("Ask your administrator for the authority's root certificate and install it "
-                               "(update-ca-certificates), or ask whether the server sends its whole chain."));
-    case X509_V_OK:
-    case X509_V_ERR_UNSPECIFIED:
-      return NotTrusted(
-          Worded("its certificate is for another name"),
-          Worded("When you are behind a hotspot's sign-in page, open a web browser and sign in; otherwise "
-                 "ask your administrator whether the address is right."));
-    default:
-      return NotTrusted(reason, CheckServer());
-  }
+// `detail`: the transfer's own words.
+Answer Unsecured(const std::string& detail) {
+  return NotTrusted(detail.empty()
+                        ? Worded("no secure connection to it could be made")
+                        : Worded("no secure connection to it could be made ({detail})", {{"detail", detail}}),
+                    CheckServer());
 }
 
-Answer NotHandshaken(CURLcode result, const Transfer::HeadRequest& request) {
-  const std::string reason = request.Reason();
-  if (result == CURLE_PEER_FAILED_VERIFICATION) {
-    long verification = X509_V_OK;
-    curl_easy_getinfo(request.Transfer().Handle(), CURLINFO_SSL_VERIFYRESULT, &verification);
-    return ForVerification(verification, reason);
+Answer ForProblem(const Transfer::PeerProblem& problem, const std::string& detail) {
+  using Problem = Transfer::PeerProblem::Kind;
+  switch (problem.kind) {
+    case Problem::Expired:
+      return NotTrusted(Worded("its certificate expired on {date}", {{"date", problem.subject}}),
+                        RenewCertificate());
+    case Problem::IssuerExpired:
+      return NotTrusted(Worded("a certificate of its chain expired on {date}", {{"date", problem.subject}}),
+                        RenewCertificate());
+    case Problem::NotYetValid:
+      return NotTrusted(Worded("its certificate is not valid before {date}", {{"date", problem.subject}}),
+                        CheckClock());
+    case Problem::IssuerNotYetValid:
+      return NotTrusted(
+          Worded("a certificate of its chain is not valid before {date}", {{"date", problem.subject}}),
+          CheckClock());
+    case Problem::OtherHost:
+      return NotTrusted(
+          Worded("its certificate is another server's: {hosts}", {{"hosts", problem.subject}}),
+          Worded("When you are behind a hotspot's sign-in page, open a web browser and sign in; otherwise "
+                 "ask your administrator whether the address is right."));
+    case Problem::UnknownIssuer:
+      return NotTrusted(Worded("this machine does not know who issued its certificate: {issuer}",
+                               {{"issuer", problem.subject}}),
+                        Worded("Ask your administrator for the authority's root certificate and install it "
+                               "(update-ca-certificates), or ask whether the server sends its whole chain."));
+    case Problem::Revoked:
+      return NotTrusted(Worded("its certificate has been revoked"),
+                        Worded("Ask the administrator of the server for a new certificate."));
+    case Problem::NoCommonProtocol:
+      return NotTrusted(Worded("it and this machine have no secure protocol in common"), CheckServer());
+    case Problem::None:
+      break;
   }
-  return NotTrusted(reason.empty() ? curl_easy_strerror(result) : reason, CheckServer());
+  return Unsecured(detail);
 }
 
 // The status with which the proxy refused to lead to the server; 0 where none did.
@@ -128,14 +144,11 @@ Answer AskOverTls(const std::string& url) {
     const bool receivedFatalAlert = request->Transfer().Trust().ReceivedFatalAlert();
     return Transfer::StreamErrorCode::IsTlsFailure(
                Transfer::StreamErrorCode::FromTransfer(result, receivedFatalAlert))
-               ? NotHandshaken(result, *request)
+               ? ForProblem(request->Problem(), request->Reason())
                : NotContacted(result, StatusOfProxy(result, *request));
   }
   const STACK_OF(X509)* const chain = request->TrustedChain();
-  if (chain == nullptr) {
-    return NotTrusted(Worded("its authority has revoked the certificate"),
-                      Worded("Ask the administrator of the server for a new certificate."));
-  }
+  if (chain == nullptr) return ForProblem(request->Problem(), "");
   const X509* const root = sk_X509_value(chain, sk_X509_num(chain) - 1);
   return {Kind::Trusted, Worded("it answers, and this machine trusts its certificate, issued by {issuer}",
                                 {{"issuer", Transfer::CertificateNames::Issuer(root).value_or("")}})};
