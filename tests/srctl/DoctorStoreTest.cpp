@@ -41,6 +41,15 @@ class DoctorOfStores : public DoctorTest {
     return StoreLine(run, "discovery document");
   }
 
+  // How many servers' checks a server has seen, which logs its requests.
+  [[nodiscard]] static std::size_t CountHeads(const WebServer& server) {
+    std::ifstream requests(server.Document("requests"));
+    std::size_t heads = 0;
+    for (std::string line; std::getline(requests, line);)
+      heads += line.find("\"HEAD ") != std::string::npos ? 1 : 0;
+    return heads;
+  }
+
   // A store whose own network is not reached, but whose external beacon answers.
   [[nodiscard]] StoreText OutsideStore() const {
     StoreText store = StoreAt(NobodysAddress());
@@ -273,11 +282,21 @@ TEST_F(DoctorOfStores, TheServerOfTheStoreAndItsGatewaysIsAskedOnce) {
   for (auto& gateway : store.gateways) gateway.location = other.Address("https") + "/" + gateway.name;
   const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
   EXPECT_THAT(StoreLine(Srctl({"doctor", file}), "gateway"), StartsWith("ok: "));
-  std::ifstream requests(other.Document("requests"));
-  std::size_t heads = 0;
-  for (std::string line; std::getline(requests, line);)
-    heads += line.find("\"HEAD ") != std::string::npos ? 1 : 0;
-  EXPECT_EQ(heads, 1U);
+  EXPECT_EQ(CountHeads(other), 1U);
+}
+
+TEST_F(DoctorOfStores, AGatewayThatHangsKeepsNoOtherOfItsStoreWaiting) {
+  const TestSupport::LoopbackListener silent;
+  const WebServer other(TestAuthority::Shared().TlsServerBlock("good", "access_log @DOCUMENTS@/requests;"));
+  StoreText store = WorkingStore("s1", "One");
+  store.gateways[1].location = "https://localhost:" + std::to_string(silent.port);
+  store.gateways[0].location = other.Address("https");
+  const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
+  TestSupport::ChildProcess srctl = StartSrctl({"doctor", file});
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return CountHeads(other) == 1; }));
+  EXPECT_THAT(srctl.WaitForOutput(", server: "), Not(HasSubstr(", gateway: ")))
+      << "they are told in their order";
+  EXPECT_TRUE(srctl.IsRunning());
 }
 
 TEST_F(DoctorOfStores, FromInsideAGatewayThatDoesNotAnswerIsOnlyNoted) {

@@ -3,9 +3,8 @@
 #include "SRLib/Gen_URL.h"
 #include "SRLib/SRXMLProvider.h"
 #include "doctor/DocumentCheck.h"
-#include "doctor/ServerCheck.h"
+#include "doctor/ServerAnswers.h"
 #include "libs/Address/SendingForm.h"
-#include "libs/Address/SplitURL.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Transfer/GetRequest.h"
 #include "libs/Wayfinder/Wayfinder.h"
@@ -13,7 +12,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <set>
 #include <vector>
@@ -45,17 +43,31 @@ std::unique_ptr<Transfer::GetRequest> RequestTo(const std::string& url) {
   return form.reading == Address::Reading::Same ? Transfer::GetRequest::Make(form.text) : nullptr;
 }
 
-// The same text for addresses of the same scheme, host and port.
-std::string ServerOf(const std::string& url) {
-  const std::string scheme = url.substr(0, url.find("://"));
-  return util::AsciiLowerCased(scheme + " " + Address::SplitURL(url).WithoutPage());
+// The default one, which is used, comes first; of several at one server only one.
+std::vector<std::string> GatewayURLs(const StoreInfo& store) {
+  std::vector<GatewayInfo> gateways = store.gateways;
+  std::stable_partition(gateways.begin(), gateways.end(),
+                        [](const GatewayInfo& gateway) { return gateway.isDefault; });
+  std::vector<std::string> urls;
+  std::set<std::string> servers;
+  for (const GatewayInfo& gateway : gateways) {
+    if (!gateway.url.empty() && servers.insert(ServerAnswers::ServerOf(gateway.url)).second)
+      urls.push_back(gateway.url);
+  }
+  return urls;
+}
+
+std::vector<std::string> AllURLs(const StoreInfo& store) {
+  std::vector<std::string> urls = GatewayURLs(store);
+  urls.insert(urls.begin(), store.url);
+  return urls;
 }
 
 // One run over a store.
 class StoreCheck {
  public:
   StoreCheck(const Situation& situation, const FindingReport& report)
-      : situation_(situation), store_(situation.store), report_(report) {}
+      : situation_(situation), store_(situation.store), report_(report), answers_(AllURLs(store_)) {}
 
   void Run() {
     const Kind server = CheckServer();
@@ -82,25 +94,6 @@ class StoreCheck {
   [[nodiscard]] bool IsInside(Kind server) const {
     if (!situation_.location || IsAt(Wayfinder::kDeciding)) return server != Kind::NotContacted;
     return IsAt(Wayfinder::kLAN) || IsAt(Wayfinder::kVPN) || IsAt(Wayfinder::kPartlyInternal);
-  }
-
-  // The default one, which is used, comes first; of several at one server only one.
-  [[nodiscard]] std::vector<std::string> GatewayURLs() const {
-    std::vector<GatewayInfo> gateways = store_.gateways;
-    std::stable_partition(gateways.begin(), gateways.end(),
-                          [](const GatewayInfo& gateway) { return gateway.isDefault; });
-    std::vector<std::string> urls;
-    std::set<std::string> servers;
-    for (const GatewayInfo& gateway : gateways) {
-      if (!gateway.url.empty() && servers.insert(ServerOf(gateway.url)).second) urls.push_back(gateway.url);
-    }
-    return urls;
-  }
-
-  const ServerCheck::Answer& AnswerOf(const std::string& url) {
-    const auto [answer, isNew] = answers_.try_emplace(ServerOf(url));
-    if (isNew) answer->second = ServerCheck::Ask(url);
-    return answer->second;
   }
 
   void Report(Result result, const std::string& check, const Message& text, const Message& next = {}) {
@@ -134,7 +127,7 @@ class StoreCheck {
   }
 
   Kind CheckServer() {
-    const ServerCheck::Answer& answer = AnswerOf(store_.url);
+    const ServerCheck::Answer& answer = answers_.Of(store_.url);
     if (answer.kind == Kind::NotContacted && MayBeReachedThroughGateway()) {
       Report(Result::Note, "server",
              Worded("{address}: {answer}. From outside the store is reached through its gateway.",
@@ -146,8 +139,8 @@ class StoreCheck {
   }
 
   void CheckGateways(Kind server) {
-    for (const std::string& url : GatewayURLs()) {
-      const ServerCheck::Answer& answer = AnswerOf(url);
+    for (const std::string& url : GatewayURLs(store_)) {
+      const ServerCheck::Answer& answer = answers_.Of(url);
       if (answer.kind == Kind::NotContacted && IsInside(server)) {
         Report(Result::Note, "gateway",
                Worded("{address}: {answer}. From inside the store is reached without it.",
@@ -273,7 +266,7 @@ class StoreCheck {
   const Situation& situation_;
   const StoreInfo& store_;
   const FindingReport& report_;
-  std::map<std::string, ServerCheck::Answer> answers_;  // by server: each is asked once
+  const ServerAnswers answers_;
 };
 
 }  // namespace
