@@ -1,8 +1,10 @@
 #include "srctl/SrctlTest.h"
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 namespace {
 
@@ -72,6 +74,22 @@ TEST_F(SrctlStoreChanges, AnUnknownGatewayOrStoreIsRefused) {
     EXPECT_THAT(run.errors, HasSubstr("with a gateway named \"" + arguments.back() + "\""));
   }
   EXPECT_EQ(DefaultGateway("s1"), "Head Office");
+}
+
+TEST_F(SrctlTest, WhileAQuestionHoldsAChangeUpSaysWhatIsWaitedFor) {
+  agent_.Start();
+  GiveStores({Store("s2", "Two"), Store("s3", "Three")});
+  AskToReplace();
+  TestSupport::ChildProcess deletion = StartSrctl({"delete", "s2"});
+  TestSupport::ChildProcess choice = StartSrctl({"default-gateway", "--id", "s3", "Branch"});
+  for (TestSupport::ChildProcess* srctl : {&deletion, &choice})
+    EXPECT_THAT(srctl->WaitForOutput("\n"),
+                StartsWith("srctl: The agent has not answered yet. If it asks you"));
+  agent_.Release("declined");
+  EXPECT_EQ(deletion.Wait(), 0);
+  EXPECT_THAT(deletion.Output(), EndsWith("\nDeleted the store \"s2\".\n"));
+  EXPECT_EQ(choice.Wait(), 0);
+  EXPECT_THAT(choice.Output(), EndsWith("\nThe default gateway is now \"Branch\".\n"));
 }
 
 }  // namespace

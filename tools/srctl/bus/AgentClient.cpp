@@ -24,6 +24,9 @@ constexpr Bus::Service kBeacons{Bus::ServiceNames::kBeacons, Bus::ServiceNames::
 constexpr Bus::CallOptions kSoon{.timeOut = std::chrono::seconds(60)};
 constexpr Bus::CallOptions kAtLast{.timeOut = Bus::kForEver};
 
+// How long somebody waits without wondering.
+constexpr std::chrono::seconds kPatience{2};
+
 constexpr char kUnreadableAnswer[] = "its answer cannot be read";
 
 bool ReadGateway(const Dictionary& dictionary, GatewayInfo& gateway) {
@@ -63,21 +66,38 @@ bool ReadCurrentGateway(const Dictionary& dictionary, CurrentGatewayInfo& gatewa
 
 }  // namespace
 
-std::optional<AgentClient> AgentClient::Connect(std::string& problem) {
+std::optional<AgentClient> AgentClient::Connect(std::string& problem, std::function<void()> isLate) {
   std::optional<Bus::Connection> bus = OpenUserBus(problem);
   if (!bus) return std::nullopt;
-  return AgentClient(std::move(*bus));
+  return AgentClient(std::move(*bus), std::move(isLate));
 }
 
 void AgentClient::Fail(const std::string& what, const Bus::Error& error) {
   problem_ = what + ": " + error.text;
 }
 
+template <class... Arguments>
+Bus::Result<Bus::Message> AgentClient::CallPatiently(const Bus::Service& service,
+                                                     const Bus::CallOptions& options, const char* method,
+                                                     const Arguments&... arguments) {
+  std::optional<Bus::Result<Bus::Message>> reply;
+  const auto take = [&reply](const Bus::Result<Bus::Message>& came) { reply.emplace(came); };
+  const auto isThere = [&reply] { return reply.has_value(); };
+  const Bus::Result<Bus::Slot> call = bus_.CallAsync(service, options, method, take, arguments...);
+  if (!call) return call.Failure();
+  Bus::Result<bool> waited = bus_.ProcessUntil(isThere, steady_clock::now() + kPatience);
+  if (waited && !reply) {
+    if (isLate_) std::exchange(isLate_, {})();
+    waited = bus_.ProcessUntil(isThere, steady_clock::time_point::max());  // the call has a time of its own
+  }
+  return waited ? *reply : waited.Failure();
+}
+
 template <class... Results, class... Arguments>
 std::optional<Bus::Reading<Results...>> AgentClient::Ask(const Bus::Service& service,
                                                          const Bus::CallOptions& options, const char* method,
                                                          const Arguments&... arguments) {
-  const Bus::Result<Bus::Message> reply = bus_.CallForReply(service, options, method, arguments...);
+  const Bus::Result<Bus::Message> reply = CallPatiently(service, options, method, arguments...);
   if (!reply) {
     problem_ = reply.Failure().text;
     return std::nullopt;

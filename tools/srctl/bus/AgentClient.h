@@ -17,8 +17,9 @@ namespace Srctl {
 // All text is UTF-8.
 class AgentClient {
  public:
-  // Nothing, and the reason in `problem`, when there is no session bus.
-  static std::optional<AgentClient> Connect(std::string& problem);
+  // Nothing, and the reason in `problem`, when there is no session bus. `isLate` is called once, when an
+  // answer takes so long that whoever waits for it would wonder.
+  static std::optional<AgentClient> Connect(std::string& problem, std::function<void()> isLate = {});
 
   [[nodiscard]] std::optional<std::vector<StoreInfo>> AllStores();
   // An empty id in the result says that the agent has no such store.
@@ -61,13 +62,19 @@ class AgentClient {
   [[nodiscard]] const std::string& Problem() const { return problem_; }
 
  private:
-  explicit AgentClient(Bus::Connection bus) : bus_(std::move(bus)) {}
+  AgentClient(Bus::Connection bus, std::function<void()> isLate)
+      : bus_(std::move(bus)), isLate_(std::move(isLate)) {}
 
   template <class... Results, class... Arguments>
   [[nodiscard]] std::optional<Bus::Reading<Results...>> Ask(const Bus::Service& service,
                                                             const Bus::CallOptions& options,
                                                             const char* method,
                                                             const Arguments&... arguments);
+  // Waits for the reply, and says so when that takes long.
+  template <class... Arguments>
+  [[nodiscard]] Bus::Result<Bus::Message> CallPatiently(const Bus::Service& service,
+                                                        const Bus::CallOptions& options, const char* method,
+                                                        const Arguments&... arguments);
   // Handles messages until `done` answers true, which a handler brings about. False, and Problem() set, when
   // the connection breaks; true also at the deadline.
   [[nodiscard]] bool WaitFor(const std::function<bool()>& done,
@@ -75,6 +82,7 @@ class AgentClient {
   void Fail(const std::string& what, const Bus::Error& error);
 
   Bus::Connection bus_;
+  std::function<void()> isLate_;  // empty once it was called
   std::string problem_;
 };
 

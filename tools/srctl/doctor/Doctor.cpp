@@ -123,7 +123,7 @@ Status Doctor(Printing::Format format) {
   Printing::FindingPrinter printer(std::cout, format);
   const FindingReport report = [&printer](const Finding& finding) { printer.Print(finding); };
   std::string problem;
-  std::optional<AgentClient> agent = AgentClient::Connect(problem);
+  std::optional<AgentClient> agent = AgentClient::Connect(problem, SayThatAgentIsLate);
   const AgentAnswers answers = AskAgent(agent, problem);
   report(answers.agent);
   report(InstallationChecks::CheckLog());

@@ -37,6 +37,12 @@ Status ReportUnreachable(const std::string& problem) {
   return Status::Unreachable;
 }
 
+void SayThatAgentIsLate() {
+  std::cerr
+      << "srctl: The agent has not answered yet. If it asks you something, in a window or on a terminal, "
+         "answer that first; it goes on then.\n";
+}
+
 std::string Quoted(const std::string& text) {
   return "\"" + Terminal::OneLine(text) + "\"";
 }

@@ -30,11 +30,14 @@ namespace Srctl::Commands {
 // The text as one word of a shell command that is meant to be pasted, fit for a terminal.
 [[nodiscard]] std::string ShellWord(const std::string& text);
 
+// Says on standard error why the command takes so long. For AgentClient::Connect.
+void SayThatAgentIsLate();
+
 // Connects and hands the agent to `use`, which returns what is to be reported.
 template <class Use>
 [[nodiscard]] Status WithAgent(Use use) {
   std::string problem;
-  std::optional<AgentClient> agent = AgentClient::Connect(problem);
+  std::optional<AgentClient> agent = AgentClient::Connect(problem, SayThatAgentIsLate);
   return agent ? use(*agent) : ReportUnreachable(problem);
 }
 
