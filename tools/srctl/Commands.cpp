@@ -4,13 +4,14 @@
 #include "doctor/DocumentCheck.h"
 #include "doctor/DocumentFile.h"
 #include "libs/Bus/ServiceNames.h"
-#include "libs/Files/StandardDirectories.h"
 #include "libs/Files/UserDefaults.h"
 #include "libs/Terminal/TerminalText.h"
 #include "libs/Text/TextHelpers.h"
 #include "print/Reports.h"
 
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 namespace Srctl::Commands {
 namespace {
@@ -21,6 +22,17 @@ void WarnIfUnsaved(AgentClient& agent) {
   if (agent.StateOfSavedStores() != AgentClient::kUnsaved) return;
   std::cerr << "srctl: The change is not saved yet: the agent could not write its list, and tries again by "
                "itself. What to do: srctl doctor\n";
+}
+
+Status RefuseSetting(const std::filesystem::path& file, const std::error_code& error) {
+  // A damaged file is kept beside the new one, under the first of a few names that is free.
+  const bool wasKeptTooOften = error == std::errc::file_exists;
+  return Refuse(
+      "The setting could not be saved in " + Quoted(file.string()) + ": " +
+      (wasKeptTooOften
+           ? "it is damaged, and so are all its copies. Move one of them away."
+           : error.message() +
+                 ". See that its disk has room, and that you may read and write the file and its folder."));
 }
 
 }  // namespace
@@ -106,12 +118,10 @@ Status ShowLogging(Printing::Format format) {
 }
 
 Status SetLogging(bool on, Printing::Format format) {
-  const auto folder = Files::StandardDirectories::UserApplicationSupport();
-  if (!folder) return Refuse("There is no folder to save the setting in: HOME is not set.");
-  if (!Files::UserDefaults::Standard().SetInteger(kLogLevel, on ? 1 : 0)) {
-    return Refuse("The setting could not be saved in " + Quoted(folder->string()) +
-                  ". Check that it is a folder and that you may write there.");
-  }
+  const auto defaults = Files::UserDefaults::Standard();
+  if (defaults.Path().empty()) return Refuse("There is no folder to save the setting in: HOME is not set.");
+  if (const std::error_code error = defaults.SetInteger(kLogLevel, on ? 1 : 0))
+    return RefuseSetting(defaults.Path(), error);
   const Status told = WithAgent([](AgentClient& agent) {
     return agent.PostNotification(Bus::ServiceNames::kLoggingNotification, "")
                ? Status::Done

@@ -35,15 +35,15 @@ std::int64_t UserDefaults::Integer(const std::string& key) const {
   return static_cast<std::int64_t>(value->AsNumber().value_or(0));
 }
 
-bool UserDefaults::SetInteger(const std::string& key, std::int64_t value) const {
-  if (file_.empty()) return false;
-  if (StandardDirectories::CreateDirectories(file_.parent_path())) return false;
+std::error_code UserDefaults::SetInteger(const std::string& key, std::int64_t value) const {
+  if (file_.empty()) return std::make_error_code(std::errc::no_such_file_or_directory);
+  if (const std::error_code error = StandardDirectories::CreateDirectories(file_.parent_path())) return error;
   const PropertyListFile file(file_);
   file.SweepTemporaries();
   PropertyListFile::Reading reading = file.Load();
   PropertyList::Dictionary defaults = *reading.Root();
   defaults.Set(key, value);
-  return !file.Save(reading, std::move(defaults));
+  return file.Save(reading, std::move(defaults));
 }
 
 }  // namespace Files

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace Files {
@@ -19,8 +20,10 @@ class UserDefaults {
   // A whole number, a boolean (0 or 1), a real (truncated) or a string of digits; 0 when there is none.
   [[nodiscard]] std::int64_t Integer(const std::string& key) const;
 
-  // Keeps the other values of the file. False when the file could not be written.
-  [[nodiscard]] bool SetInteger(const std::string& key, std::int64_t value) const;
+  // Keeps the other values of the file. The error with which the file could not be written.
+  [[nodiscard]] std::error_code SetInteger(const std::string& key, std::int64_t value) const;
+
+  [[nodiscard]] const std::filesystem::path& Path() const { return file_; }
 
  private:
   std::filesystem::path file_;

@@ -16,7 +16,7 @@ constexpr char kLogLevel[] = "LogLevel";
 
 void Save(GTask* task, gpointer /*source*/, gpointer on, GCancellable* /*cancellable*/) {
   g_task_return_boolean(
-      task, Files::UserDefaults::Standard().SetInteger(kLogLevel, GPOINTER_TO_INT(on)) ? TRUE : FALSE);
+      task, Files::UserDefaults::Standard().SetInteger(kLogLevel, GPOINTER_TO_INT(on)) ? FALSE : TRUE);
 }
 
 void Tell(GObject* /*source*/, GAsyncResult* result, gpointer done) {
