@@ -1,8 +1,10 @@
 #include "srctl/SrctlTest.h"
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 using TestSupport::DiscoveryDocument;
 using TestSupport::ServiceRecordDocument;
 
@@ -49,6 +51,16 @@ TEST_F(SrctlDiscover, HandsOverWhatTheSchemaForbidsButTheAgentReads) {
   const SrctlRun run = Srctl({"discover", "-"}, {.input = document});
   EXPECT_EQ(run.status, 0) << run.errors;
   EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+  EXPECT_THAT(run.errors, AllOf(StartsWith("srctl: The document breaks its schema. "),
+                                HasSubstr("\n  standard input, line "), HasSubstr("'Unheard-of'"),
+                                HasSubstr("'Colour'")));
+}
+
+TEST_F(SrctlDiscover, RefusesWhatBreaksOffBehindACompleteStore) {
+  std::string document = DiscoveryDocument({Store("s1", "One")});
+  document.erase(document.find("</Discovery>"));
+  const std::string file = agent_.Write("d.xml", document).string();
+  ExpectRefusal(Srctl({"discover", file}), "The document was not handed over: " + file + ", line ");
 }
 
 TEST_F(SrctlDiscover, KeepsControlsOfADocumentAwayFromTheTerminal) {

@@ -457,10 +457,83 @@ TEST_F(DoctorOfStores, LooksAtTheStoresOfAFileThatAreNotInTheList) {
   EXPECT_THAT(StoreIDs(), IsEmpty());
 }
 
+TEST_F(DoctorOfStores, TellsWhereAFileBreaksItsSchema) {
+  std::string document = TestSupport::ServiceRecordDocument({WorkingStore("s1", "One")});
+  const std::string mistyped = "Auth=\"Domian\"";
+  document.replace(document.find("Auth=\"Domain\""), mistyped.size(), mistyped);
+  document.insert(document.find("<Gateways>"), "\n<Hint/>");
+  const std::string file = agent_.Write("a.cr", document).string();
+  const SrctlRun run = Srctl({"doctor", file});
+  EXPECT_EQ(run.status, 1);
+  ExpectProblem(Line(run, "document: " + file + ", line 4, column 8"), "'Hint'", "Correct it there.");
+  EXPECT_THAT(run.output, AllOf(HasSubstr("problem: document: " + file + ", line 4, column "),
+                                HasSubstr("value 'Domian' not in enumeration. Next: ")));
+  EXPECT_THAT(StoreLine(run, "server"), StartsWith("ok: ")) << "the agent reads it all the same";
+}
+
+TEST_F(DoctorOfStores, TellsWhereAFileBreaksOff) {
+  std::string document = TestSupport::ServiceRecordDocument({WorkingStore("s1", "One")});
+  document.erase(document.find("</Services>"));
+  const std::string file = agent_.Write("a.cr", document).string();
+  const SrctlRun run = Srctl({"doctor", file});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(Line(run, "document"), StartsWith("problem: document: " + file + ", line "));
+  EXPECT_THAT(StoreLine(run, "server"), StartsWith("ok: "));
+}
+
+TEST_F(DoctorOfStores, TellsWhatTheReadingRefusesThoughTheSchemaAllowsIt) {
+  const std::string file =
+      agent_
+          .Write("a.cr",
+                 TestSupport::ServiceRecordDocument({WorkingStore("s1", "One"), Store("s\\2", "Two")}))
+          .string();
+  const SrctlRun run = Srctl({"doctor", file});
+  EXPECT_EQ(run.status, 1);
+  ExpectProblem(Line(run, "document"), file + ": a service's id holds a backslash", "Correct it there.");
+}
+
+TEST_F(DoctorOfStores, OfManyProblemsOfAFileTheFirstAreTold) {
+  std::string document = TestSupport::ServiceRecordDocument({WorkingStore("s1", "One")});
+  std::string hints;
+  for (int i = 0; i < 30; ++i) hints += "<Hint a" + std::to_string(i) + "='1'/>";
+  document.insert(document.find("<Gateways>"), hints);
+  const SrctlRun run = Srctl({"doctor", agent_.Write("a.cr", document).string()});
+  EXPECT_THAT(run.output,
+              AllOf(HasSubstr("'a8'"), Not(HasSubstr("'a29'")), HasSubstr(": Further problems: ")));
+}
+
+TEST_F(DoctorOfStores, AFileThatNamesNoSchemaIsNotCalledValid) {
+  const StoreText store = WorkingStore("s1", "One");
+  std::string document = TestSupport::ServiceRecordDocument({store});
+  EXPECT_THAT(Line(Srctl({"doctor", agent_.Write("a.cr", document).string()}), "document"),
+              AllOf(StartsWith("ok: "), HasSubstr("It is valid, and describes one store.")));
+  std::string another = document;
+  another.replace(another.find("serviceRecord.xsd"), 13, "other");
+  const SrctlRun notFound = Srctl({"doctor", agent_.Write("a.cr", another).string()});
+  EXPECT_EQ(notFound.status, 0) << notFound.output;
+  EXPECT_THAT(Line(notFound, "document"),
+              AllOf(StartsWith("note: "), HasSubstr("/other.xsd'. Next: Give its root")));
+  document.erase(document.find(" xsi:schemaLocation"),
+                 document.find(".xsd\"") + 5 - document.find(" xsi:schemaL"));
+  EXPECT_THAT(Line(Srctl({"doctor", agent_.Write("a.cr", document).string()}), "document"),
+              AllOf(StartsWith("note: "), HasSubstr("It names no schema, so it was only read")));
+}
+
+TEST_F(DoctorOfStores, SeesWhereTheDocumentOfAServerBreaksItsSchema) {
+  const StoreText store = WorkingStore("s1", "One");
+  std::string document = TestSupport::DiscoveryDocument({store});
+  document.insert(document.find("<SRID>"), "<Hint/>");
+  WriteDocument(server_, "s1", document);
+  GiveStores({store});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "discovery document"), "It is not valid: line 3, column ",
+                "Ask the administrator of the server");
+}
+
 TEST_F(DoctorOfStores, TellsWhyAFileIsNoServiceRecord) {
   const SrctlRun run = Srctl({"doctor", agent_.Write("a.cr", "this is none").string()});
   EXPECT_EQ(run.status, 1);
-  EXPECT_THAT(run.errors, HasSubstr("a.cr\" is no service record: it cannot be parsed"));
+  ExpectProblem(Line(run, "document"),
+                "a.cr is no service record: it cannot be parsed: line 1, column 1: ", "Ask whoever wrote it");
   EXPECT_THAT(Srctl({"doctor", "stores.example.com"}).errors,
               HasSubstr("Name a service-record file, or an address that begins with https://."));
 }

@@ -35,6 +35,16 @@ Status RefuseSetting(const std::filesystem::path& file, const std::error_code& e
                  ". See that its disk has room, and that you may read and write the file and its folder."));
 }
 
+// The rest of it is read by the agent, as from a server.
+void WarnOfErrors(const DocumentCheck::Result& check, const std::string& document) {
+  std::cerr
+      << "srctl: The document breaks its schema. The agent takes it all the same, and passes over what it "
+         "does not know:\n";
+  for (const DomLib::DocumentProblem& problem : check.problems)
+    std::cerr << "  " << Terminal::OneLine(DocumentCheck::Sentence(problem, document)) << ".\n";
+  if (check.furtherProblems > 0) std::cerr << "  And " << check.furtherProblems << " more.\n";
+}
+
 }  // namespace
 
 Status List(Printing::Format format) {
@@ -87,13 +97,14 @@ Status DefaultGateway(const StoreChoice& store, const std::string& gateway) {
 }
 
 Status Discover(const std::string& file) {
+  const std::string name = file == "-" ? "standard input" : file;
   std::string document;
   if (const std::string problem = ReadDocument(file, document); !problem.empty()) {
     return Refuse(problem + " Name a file that holds a discovery document, or - for standard input.");
   }
   const DocumentCheck::Result check = DocumentCheck::Check(document);
   if (!check.problem.empty()) {
-    return Refuse("The document was not handed over: " + check.problem + ".");
+    return Refuse("The document was not handed over: " + Terminal::OneLine(check.problem) + ".");
   }
   // The agent would take it, and trust its stores without asking.
   if (!ServiceRecords::SRXMLProvider::IsDiscovery(util::widen(document))) {
@@ -101,6 +112,12 @@ Status Discover(const std::string& file) {
         "The document was not handed over: it is a service record. Have it opened, which asks you whether "
         "to trust its stores: srctl open FILE");
   }
+  // The agent would take what comes before, half a store too.
+  if (check.IsCutShort()) {
+    return Refuse("The document was not handed over: " +
+                  Terminal::OneLine(DocumentCheck::Sentence(check.problems.back(), name)) + ".");
+  }
+  if (check.HasErrors()) WarnOfErrors(check, name);
   return WithAgent([&](AgentClient& agent) {
     if (!agent.HandOverDiscoveryDocument(document)) return ReportUnreachable(agent.Problem());
     if (CannotReadStores(agent)) return RefuseWithoutStores();

@@ -26,6 +26,10 @@ using namespace std::chrono_literals;
 // The library gives up on a beacon after ten seconds.
 constexpr auto kDecisionTime = 12s;
 
+constexpr char kNameSchema[] =
+    "Give its root element an xsi:schemaLocation that names serviceRecord.xsd; that of a discovery document "
+    "names discovery.";
+
 constexpr char kNoAnswer[] = "the agent does not answer";
 
 Finding Unanswered(const std::string& problem) {
@@ -108,6 +112,35 @@ StoreInfo Described(const ServiceRecords::SRStore& store) {
   return info;
 }
 
+std::string CountOf(const ServiceRecords::StoreMap& stores) {
+  return stores.size() == 1 ? "one store" : std::to_string(stores.size()) + " stores";
+}
+
+// The file itself, before its stores are looked at.
+void CheckDocument(const DocumentCheck::Result& check, const std::string& file, const FindingReport& report) {
+  using Gravity = DomLib::DocumentProblem::Gravity;
+  for (const DomLib::DocumentProblem& problem : check.problems) {
+    if (problem.gravity == Gravity::Fatal && !check.problem.empty()) continue;  // it is told at the end
+    const bool isWarning = problem.gravity == Gravity::Warning;
+    report({isWarning ? Result::Note : Result::Problem, "document",
+            DocumentCheck::Sentence(problem, file) + ".", isWarning ? kNameSchema : "Correct it there."});
+  }
+  if (check.furtherProblems > 0) {
+    report({Result::Problem, "document",
+            file + ": Further problems: " + std::to_string(check.furtherProblems) + ".",
+            "Correct those that are told, then run srctl doctor again."});
+  }
+  if (!check.problem.empty()) {
+    report({Result::Problem, "document", file + " is no service record: " + check.problem + ".",
+            "Ask whoever wrote it for another one."});
+  } else if (!check.namesSchema) {
+    report({Result::Note, "document", file + ": It names no schema, so it was only read, and not validated.",
+            kNameSchema});
+  } else if (check.IsValid()) {
+    report({Result::Ok, "document", file + ": It is valid, and describes " + CountOf(check.stores) + "."});
+  }
+}
+
 bool IsAddress(const std::string& text) {
   return text.find("://") != std::string::npos;
 }
@@ -160,6 +193,8 @@ Status DoctorOfStore(const std::string& id, Printing::Format format) {
 
 Status DoctorOfRecord(const std::string& place, Printing::Format format) {
   std::vector<StoreChecks::Situation> stores;
+  Printing::FindingPrinter printer(std::cout, format);
+  const FindingReport report = [&printer](const Finding& finding) { printer.Print(finding); };
   if (IsAddress(place)) {
     stores.emplace_back().store.url = place;
   } else {
@@ -168,12 +203,10 @@ Status DoctorOfRecord(const std::string& place, Printing::Format format) {
       return Refuse(problem + " Name a service-record file, or an address that begins with https://.");
     }
     const DocumentCheck::Result check = DocumentCheck::Check(document);
-    if (!check.problem.empty())
-      return Refuse(Quoted(place) + " is no service record: " + check.problem + ".");
+    CheckDocument(check, place, report);
     for (const auto& [id, store] : check.stores) stores.push_back({Described(store), std::nullopt});
   }
-  Printing::FindingPrinter printer(std::cout, format);
-  StoreChecks::CheckStores(stores, [&printer](const Finding& finding) { printer.Print(finding); });
+  StoreChecks::CheckStores(stores, report);
   return Finish(printer);
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "SRLib/SRStore.h"
+#include "libs/DomLib/DocumentProblem.h"
 
+#include <cstddef>
 #include <string>
+#include <vector>
 
 // A look at a document before the agent gets it, with the agent's own parser and schemas. Changes the
 // process's current directory to the installed schemas. Any thread; one document at a time.
@@ -10,10 +13,30 @@ namespace Srctl::DocumentCheck {
 
 struct Result {
   ServiceRecords::StoreMap stores;  // what the agent will find in the document
-  std::string problem;              // why it will find nothing, and what to do; empty when there are stores
+  // Why it will find nothing, with the fatal one of the problems, and what to do; empty when there are
+  // stores.
+  std::string problem;
+
+  // What is wrong with the document, in the order in which it was found; the first ones of many.
+  std::vector<DomLib::DocumentProblem> problems;
+  std::size_t furtherProblems = 0;
+  bool namesSchema = false;
+
+  // It names a schema, which was found, and breaks no rule.
+  [[nodiscard]] bool IsValid() const;
+  // It breaks a rule.
+  [[nodiscard]] bool HasErrors() const;
+  // Nothing of it is read from some place on.
+  [[nodiscard]] bool IsCutShort() const;
 };
 
 // The document is UTF-8.
 [[nodiscard]] Result Check(const std::string& document);
+
+// Where it lies and what it is, without a full stop. `document`: what the document is called; with an empty
+// name the place alone is told.
+[[nodiscard]] std::string Sentence(const DomLib::DocumentProblem& problem, const std::string& document);
+// The same of all of them, in one sentence.
+[[nodiscard]] std::string Sentences(const Result& result);
 
 }  // namespace Srctl::DocumentCheck

@@ -176,9 +176,19 @@ class StoreCheck {
       ReportDocument(Worded("It is not valid: {problem}.", {{"problem", check.problem}}), CorrectDocument());
       return;
     }
+    if (check.HasErrors()) {
+      ReportDocument(Worded("It is not valid: {problem}.", {{"problem", DocumentCheck::Sentences(check)}}),
+                     CorrectDocument());
+      return;
+    }
     const std::size_t count = check.stores.size();
     const bool isDescribed = store_.id.empty() || check.stores.contains(util::widen(store_.id));
     if (!isDescribed) return ReportOthers(count);
+    if (!check.IsValid()) {
+      Report(Result::Note, "discovery document",
+             Worded("It can be read, but names no schema to validate it against."));
+      return;
+    }
     Report(Result::Ok, "discovery document",
            count == 1
                ? Worded("It is valid, and describes one store.")
