@@ -63,6 +63,16 @@ TEST_F(SrctlDiscover, RefusesWhatBreaksOffBehindACompleteStore) {
   ExpectRefusal(Srctl({"discover", file}), "The document was not handed over: " + file + ", line ");
 }
 
+TEST_F(SrctlDiscover, SaysWhatADocumentOfNeitherKindIs) {
+  std::string document = ServiceRecordDocument({Store("s1", "One")});
+  for (std::size_t at = 0; (at = document.find("Services", at)) != std::string::npos; ++at)
+    document.replace(at, 8, "discovery");
+  ExpectRefusal(
+      Srctl({"discover", "-"}, {.input = document}),
+      "not handed over: its root element is discovery; that of a service record is Services, that of a "
+      "discovery document Discovery.");
+}
+
 TEST_F(SrctlDiscover, KeepsControlsOfADocumentAwayFromTheTerminal) {
   const SrctlRun run =
       Srctl({"discover", "-"}, {.input = DiscoveryDocument({Store("s1", "A&#x9B;31mB&#10;C")})});
@@ -83,7 +93,7 @@ TEST_F(SrctlDiscover, RefusesGarbageAndNothing) {
 
 TEST_F(SrctlDiscover, RefusesADocumentWithoutACompleteStore) {
   ExpectRefusal(Srctl({"discover", "-"}, {.input = DiscoveryDocument({})}), "describes no complete store");
-  ExpectRefusal(Srctl({"discover", "-"}, {.input = "<Other/>"}), "describes no complete store");
+  ExpectRefusal(Srctl({"discover", "-"}, {.input = "<Other/>"}), "its root element is Other");
 }
 
 TEST_F(SrctlDiscover, RefusesTextOfAnotherEncoding) {

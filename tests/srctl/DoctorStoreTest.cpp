@@ -492,6 +492,18 @@ TEST_F(DoctorOfStores, TellsWhatTheReadingRefusesThoughTheSchemaAllowsIt) {
   ExpectProblem(Line(run, "document"), file + ": a service's id holds a backslash", "Correct it there.");
 }
 
+TEST_F(DoctorOfStores, SaysWhatAFileOfNeitherKindIs) {
+  std::string document = TestSupport::ServiceRecordDocument({WorkingStore("s1", "One")});
+  for (std::size_t at = 0; (at = document.find("Services", at)) != std::string::npos; ++at)
+    document.replace(at, 8, "discovery");
+  const std::string file = agent_.Write("a.cr", document).string();
+  const SrctlRun run = Srctl({"doctor", file});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.output, HasSubstr("problem: document: " + file +
+                                    " is no service record: its root element is discovery; that of a service "
+                                    "record is Services, that of a discovery document Discovery."));
+}
+
 TEST_F(DoctorOfStores, OfManyProblemsOfAFileTheFirstAreTold) {
   std::string document = TestSupport::ServiceRecordDocument({WorkingStore("s1", "One")});
   std::string hints;

@@ -109,8 +109,11 @@ Status Discover(const std::string& file) {
   // The agent would take it, and trust its stores without asking.
   if (!ServiceRecords::SRXMLProvider::IsDiscovery(util::widen(document))) {
     return Refuse(
-        "The document was not handed over: it is a service record. Have it opened, which asks you whether "
-        "to trust its stores: srctl open FILE");
+        "The document was not handed over: " +
+        (check.problemWithRoot.empty()
+             ? "it is a service record. Have it opened, which asks you whether to trust its stores: "
+               "srctl open FILE"
+             : Terminal::OneLine(check.problemWithRoot) + "."));
   }
   // The agent would take what comes before, half a store too.
   if (check.IsCutShort()) {

@@ -130,8 +130,9 @@ void CheckDocument(const DocumentCheck::Result& check, const std::string& file, 
             file + ": Further problems: " + std::to_string(check.furtherProblems) + ".",
             "Correct those that are told, then run srctl doctor again."});
   }
-  if (!check.problem.empty()) {
-    report({Result::Problem, "document", file + " is no service record: " + check.problem + ".",
+  const std::string& whole = check.problem.empty() ? check.problemWithRoot : check.problem;
+  if (!whole.empty()) {
+    report({Result::Problem, "document", file + " is no service record: " + whole + ".",
             "Ask whoever wrote it for another one."});
   } else if (!check.namesSchema) {
     report({Result::Note, "document", file + ": It names no schema, so it was only read, and not validated.",

@@ -49,11 +49,20 @@ void Take(Result& result, const DocumentProblem& problem) {
   }
 }
 
+// Without the prefix, the root of a document of either kind is called like this.
+std::string ProblemWithRoot(const std::string& name) {
+  const std::string local = name.substr(name.find(':') + 1);
+  if (name.empty() || local == "Services" || local == "Discovery") return {};
+  return "its root element is " + name +
+         "; that of a service record is Services, that of a discovery document Discovery";
+}
+
 // The parser's own problems have a place; the reading's, which come after it, have none.
 std::string WhyWithoutStores(const Result& result, bool wasRead) {
   const auto fatal = std::find_if(result.problems.begin(), result.problems.end(), IsFatal);
   const std::string end = fatal == result.problems.end() ? "" : ": " + Sentence(*fatal, "");
   if (!end.empty() && (!wasRead || fatal->line != 0)) return "it cannot be parsed" + end;
+  if (!result.problemWithRoot.empty()) return result.problemWithRoot;
   return "it describes no complete store" + end +
          "; each Service element, in the namespace urn:morvane:servicerecord, needs an SRID, a Name, an "
          "Address and a type";
@@ -92,6 +101,7 @@ Result Check(const std::string& document) {
   ServiceRecords::SRXMLProvider provider;
   provider.ReportTo([&result](const DocumentProblem& problem) { Take(result, problem); });
   const bool wasRead = provider.ProcessNewDocument(util::widen(document), result.stores);
+  result.problemWithRoot = ProblemWithRoot(util::narrow(provider.RootName()));
   result.namesSchema = provider.NamesSchema();
   if (result.stores.empty()) result.problem = WhyWithoutStores(result, wasRead);
   return result;

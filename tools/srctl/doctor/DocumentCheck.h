@@ -20,6 +20,7 @@ struct Result {
   // What is wrong with the document, in the order in which it was found; the first ones of many.
   std::vector<DomLib::DocumentProblem> problems;
   std::size_t furtherProblems = 0;
+  std::string problemWithRoot;  // why the document is of neither kind; empty when it is of one
   bool namesSchema = false;
 
   // It names a schema, which was found, and breaks no rule.
