@@ -1,11 +1,15 @@
 #include "srctl/SrctlRun.h"
 #include "support/ChildProcess.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
+
+#include <fstream>
 
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -22,7 +26,7 @@ void ExpectUsageError(const std::vector<std::string>& arguments, const std::stri
   const SrctlRun run = RunAlone(arguments);
   EXPECT_EQ(run.status, 2) << run.errors;
   EXPECT_THAT(run.output, IsEmpty());
-  EXPECT_THAT(run.errors, testing::Not(HasSubstr("\x1B")));
+  EXPECT_THAT(run.errors, Not(HasSubstr("\x1B")));
   EXPECT_THAT(run.errors,
               AllOf(StartsWith("srctl: "), HasSubstr(problem), HasSubstr("How it is used: srctl")));
 }
@@ -54,6 +58,22 @@ TEST(SrctlUsage, TheHelpOfOpenNamesItsStatuses) {
 
 TEST(SrctlUsage, AQuestionIsAskedInOnePlace) {
   ExpectUsageError({"open", "--terminal", "--window", "a.cr"}, "--terminal");
+}
+
+TEST(SrctlUsage, AFileWhoseNameBeginsWithADashIsToldHowToBeWritten) {
+  const TestSupport::TemporaryFolder folder;
+  std::ofstream(folder.Path() / "-x.cr") << "no record";
+  const SrctlSetting there{.folder = folder.Path().string()};
+  for (const char* command : {"open", "doctor", "discover"}) {
+    const SrctlRun run = RunSrctl({command, "-x.cr"}, {}, there);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_THAT(run.errors, HasSubstr("To name the file -x.cr, write './-x.cr', or -- before it."));
+    EXPECT_THAT(RunAlone({command, "-x.cr"}).errors, Not(HasSubstr("To name the file")));
+  }
+  EXPECT_THAT(RunSrctl({"doctor", "./-x.cr"}, {}, there).output, HasSubstr("./-x.cr is no service record"));
+  EXPECT_THAT(RunSrctl({"doctor", "--", "-x.cr"}, {}, there).output, HasSubstr("-x.cr is no service record"));
+  EXPECT_THAT(RunSrctl({"doctor", "--", "-x.cr", "-x.cr"}, {}, there).errors,
+              Not(HasSubstr("To name the file")));
 }
 
 TEST(SrctlUsage, TellsItsVersion) {

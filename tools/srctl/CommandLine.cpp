@@ -6,12 +6,17 @@
 #include "libs/Terminal/TerminalText.h"
 #include "libs/Text/TextHelpers.h"
 #include "opening/OpenCommand.h"
+#include "print/Reports.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <iostream>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace Srctl {
@@ -53,8 +58,21 @@ std::string ProblemWithText(const std::string& argument) {
 
 const CLI::Validator kIsText(ProblemWithText, "");
 
+// How to write a file's name that was taken for an option; empty where there is none such.
+std::string HintForDash(const std::vector<std::string>& words) {
+  for (const std::string& word : words) {
+    std::error_code ignored;
+    if (word == "--") return {};  // names follow, so that was known
+    if (word.size() < 2 || word.front() != '-' || !std::filesystem::exists(word, ignored)) continue;
+    const std::string name = Commands::ShellWord("./" + word);
+    return ". To name the file " + Terminal::OneLine(word) + ", write " + name + ", or -- before it";
+  }
+  return {};
+}
+
 // What is wrong with the command line and where to read on, in one line.
-std::string UsageProblem(const CLI::App* app, const CLI::Error& error) {
+std::string UsageProblem(const CLI::App* app, const CLI::Error& error,
+                         const std::vector<std::string>& words) {
   const std::vector<CLI::App*> commands = app->get_subcommands();
   const std::vector<std::string> unknown = app->remaining();
   std::string problem = error.what();
@@ -63,7 +81,8 @@ std::string UsageProblem(const CLI::App* app, const CLI::Error& error) {
         unknown.empty() ? "Name a command" : "There is no command or option \"" + unknown.front() + "\"";
   }
   const std::string command = commands.empty() ? "" : commands.front()->get_name() + " ";
-  return "srctl: " + Terminal::OneLine(problem) + ". How it is used: srctl " + command + "--help\n";
+  return "srctl: " + Terminal::OneLine(problem) + HintForDash(words) + ". How it is used: srctl " + command +
+         "--help\n";
 }
 
 void AddJson(CLI::App& command, Arguments& arguments) {
@@ -221,7 +240,10 @@ int RunCommandLine(int argc, const char* const* argv) {
       "of opening a file: srctl open --help.");
   app.set_version_flag("--version", "srctl " SR_VERSION);
   app.require_subcommand(1);
-  app.failure_message(UsageProblem);
+  const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  app.failure_message([&words](const CLI::App* failed, const CLI::Error& error) {
+    return UsageProblem(failed, error, words);
+  });
   Arguments arguments;
   for (const auto add : {AddOpen, AddList, AddShow, AddDelete, AddDefaultGateway, AddDiscover, AddLocation,
                          AddGateway, AddReachability, AddWatch, AddLogging, AddDoctor}) {
