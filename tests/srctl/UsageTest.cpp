@@ -16,7 +16,7 @@ namespace {
 
 const std::vector<std::string> kCommands{"open",     "list",     "show",    "delete",       "default-gateway",
                                          "discover", "location", "gateway", "reachability", "watch",
-                                         "logging",  "doctor"};
+                                         "logging",  "doctor",   "help"};
 
 SrctlRun RunAlone(const std::vector<std::string>& arguments) {
   return RunSrctl(arguments, {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"});
@@ -60,6 +60,30 @@ TEST(SrctlUsage, AQuestionIsAskedInOnePlace) {
   ExpectUsageError({"open", "--terminal", "--window", "a.cr"}, "--terminal");
 }
 
+TEST(SrctlUsage, HelpOfACommandIsWhatTheCommandItselfTells) {
+  for (const std::string& command : kCommands) {
+    const SrctlRun run = RunAlone({"help", command});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.output, RunAlone({command, "--help"}).output);
+    EXPECT_THAT(run.errors, IsEmpty());
+  }
+  EXPECT_EQ(RunAlone({"help"}).output, RunAlone({"--help"}).output);
+  ExpectUsageError({"help", "lst"}, "there is no command \"lst\"");
+}
+
+TEST(SrctlUsage, JsonBeforeTheCommandMeansTheSame) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"--json", "logging"}, {"logging", "--json"}})
+    EXPECT_EQ(RunAlone(arguments).output, "{\n  \"logging\": false\n}\n");
+}
+
+TEST(SrctlUsage, JsonBeforeACommandThatPrintsNoDataIsRefused) {
+  for (const char* command : {"open", "delete", "discover"})
+    ExpectUsageError({"--json", command, "one"}, "--json");
+  ExpectUsageError({"--json", "help"}, "--json");
+  ExpectUsageError({"--json", "doctor", "--json-lines"}, "--json-lines excludes --json");
+}
+
 TEST(SrctlUsage, AFileWhoseNameBeginsWithADashIsToldHowToBeWritten) {
   const TestSupport::TemporaryFolder folder;
   std::ofstream(folder.Path() / "-x.cr") << "no record";
@@ -88,7 +112,6 @@ TEST(SrctlUsage, ACommandHasToBeNamed) {
 
 TEST(SrctlUsage, AnUnknownCommandIsNamed) {
   ExpectUsageError({"lst"}, "There is no command or option \"lst\"");
-  ExpectUsageError({"help"}, "There is no command or option \"help\"");
   ExpectUsageError({"--lst"}, "There is no command or option \"--lst\"");
   ExpectUsageError({""}, "There is no command or option \"\"");
 }

@@ -26,6 +26,7 @@ using Commands::Status;
 
 // What the command line said, filled in by the parser.
 struct Arguments {
+  std::string command;
   std::string file;
   std::vector<std::string> files;
   std::string id;
@@ -85,8 +86,47 @@ std::string UsageProblem(const CLI::App* app, const CLI::Error& error,
          "--help\n";
 }
 
+constexpr char kJson[] = "--json";
+constexpr char kJsonLines[] = "--json-lines";
+
 void AddJson(CLI::App& command, Arguments& arguments) {
-  command.add_flag("--json", arguments.json, "Print JSON");
+  command.add_flag(kJson, arguments.json, "Print JSON");
+}
+
+// Before the command it means the same as behind it, where the command has it.
+void AddJsonForAll(CLI::App& app, Arguments& arguments) {
+  CLI::Option* const json = app.add_flag(kJson, arguments.json, "Have the command print JSON");
+  app.parse_complete_callback([&app, json] {
+    if (json->count() == 0) return;
+    for (const CLI::App* command : app.get_subcommands()) {
+      if (command->get_option_no_throw(kJson) == nullptr)
+        throw CLI::ExtrasError(std::vector<std::string>{kJson});
+      const CLI::Option* const lines = command->get_option_no_throw(kJsonLines);
+      if (lines != nullptr && lines->count() > 0) throw CLI::ExcludesError(kJsonLines, kJson);
+    }
+  });
+}
+
+// Null where there is none.
+const CLI::App* CommandNamed(const CLI::App& app, const std::string& name) {
+  const auto commands = app.get_subcommands(
+      [&name](const CLI::App* command) { return !name.empty() && command->get_name() == name; });
+  return commands.empty() ? nullptr : commands.front();
+}
+
+void AddHelp(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("help", "Say how a command is used");
+  const auto problem = [&app](const std::string& name) {
+    return CommandNamed(app, name) == nullptr ? "there is no command \"" + name + "\"" : "";
+  };
+  command->add_option("COMMAND", arguments.command, "The command; without it, all of them are listed")
+      ->check(CLI::Validator(problem, ""));
+  command->callback([&app, &arguments] {
+    const CLI::App* const named = CommandNamed(app, arguments.command);
+    std::cout << (named != nullptr
+                      ? named->help(app.get_name())
+                      : app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal));
+  });
 }
 
 void AddOpen(CLI::App& app, Arguments& arguments) {
@@ -209,9 +249,8 @@ void AddDoctor(CLI::App& app, Arguments& arguments) {
       app.add_subcommand("doctor", "Check the agent, its files and every store, and say what to do");
   AddJson(*command, arguments);
   command
-      ->add_flag("--json-lines", arguments.jsonLines,
-                 "Print each finding as a JSON object in a line of its own")
-      ->excludes("--json");
+      ->add_flag(kJsonLines, arguments.jsonLines, "Print each finding as a JSON object in a line of its own")
+      ->excludes(kJson);
   CLI::Option* const store =
       command->add_option("--store", arguments.id, "Only the store with this id")->check(kIsText);
   CLI::Option* const record =
@@ -245,8 +284,9 @@ int RunCommandLine(int argc, const char* const* argv) {
     return UsageProblem(failed, error, words);
   });
   Arguments arguments;
-  for (const auto add : {AddOpen, AddList, AddShow, AddDelete, AddDefaultGateway, AddDiscover, AddLocation,
-                         AddGateway, AddReachability, AddWatch, AddLogging, AddDoctor}) {
+  AddJsonForAll(app, arguments);
+  for (const auto add : {AddHelp, AddOpen, AddList, AddShow, AddDelete, AddDefaultGateway, AddDiscover,
+                         AddLocation, AddGateway, AddReachability, AddWatch, AddLogging, AddDoctor}) {
     add(app, arguments);
   }
   try {
