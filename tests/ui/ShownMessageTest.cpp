@@ -20,10 +20,4 @@ TEST(ShownMessageTest, ShowsTheHiddenCharactersOfWhatIsForeign) {
   EXPECT_EQ(ShownMessage(Worded("{name}!", {{"name", "a\u202E{name}"}})), "\u2068a<U+202E>{name}\u2069!");
 }
 
-// The empty pattern is the catalogue's own head.
-TEST(ShownMessageTest, IsEmptyOfAnEmptyOne) {
-  EXPECT_EQ(ShownMessage(Message()), "");
-  EXPECT_EQ(ShownMessage(Worded("")), "");
-}
-
 }  // namespace

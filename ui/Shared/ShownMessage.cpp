@@ -22,7 +22,7 @@ std::string Within(const Message& message) {
 }  // namespace
 
 std::string ShownMessage(const Message& message) {
-  if (!message.IsOurs() || message.IsEmpty()) return ShownText::Whole(message.Text());
+  if (!message.IsOurs()) return ShownText::Whole(message.Text());
   return Wording::Filled(
       Translated(message.Text().c_str()), [&message](std::string_view name) -> std::optional<std::string> {
         const auto place = std::ranges::find(message.Places(), name, &Wording::Place::name);

@@ -17,7 +17,6 @@ Message::Message(std::string pattern, std::vector<Place> places)
     : isOurs_(true), text_(std::move(pattern)), places_(std::move(places)) {}
 
 std::string Message::English() const {
-  if (!isOurs_) return text_;
   return Filled(text_, [this](std::string_view name) -> std::optional<std::string> {
     const auto place = std::ranges::find(places_, name, &Place::name);
     if (place == places_.end()) return std::nullopt;

@@ -25,7 +25,7 @@ class Message {
   [[nodiscard]] const std::string& Text() const { return text_; }
   [[nodiscard]] const std::vector<Place>& Places() const { return places_; }
 
-  // In English, with the places filled in. A place that is not named stays.
+  // In English, with the places filled in. One that is not named stays.
   [[nodiscard]] std::string English() const;
 
   // The same with each foreign text in it changed.
