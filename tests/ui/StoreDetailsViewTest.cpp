@@ -65,8 +65,8 @@ TEST(StoreDetailsViewTest, IsAWidgetOfTheClientThatTellsWhatIsKnownOfTheStore) {
   std::vector<std::string> texts;
   CollectTexts(view, texts);
   for (const char* const text :
-       {"Sal<U+202E>es", "store.example", "Address", "https://store.example:8443/path", "Operated by",
-        "Morvane", "Certificate issued by", "Root CA", "Default gateway", "Main", "https://main"}) {
+       {"Sal<U+202E>es", "store.example", "https://store.example:8443/path", "Operated by", "Morvane",
+        "Certificate issued by", "Root CA", "Default gateway", "Main", "https://main"}) {
     EXPECT_THAT(texts, Contains(text));
   }
   EXPECT_EQ(ViewOf(nullptr), nullptr);

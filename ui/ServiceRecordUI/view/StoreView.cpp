@@ -24,6 +24,9 @@ GtkWidget* MakeHost(const StoreFacts& facts) {
   if (!facts.hostASCII.empty()) {
     gtk_box_append(GTK_BOX(lines), MakeStyledLabel(facts.hostASCII, "monospace"));
   }
+  if (!facts.address.empty()) {
+    gtk_box_append(GTK_BOX(lines), Widgets::MakeWrappingLabel(facts.address));
+  }
   return lines;
 }
 
@@ -50,10 +53,6 @@ GtkWidget* MakeFactGroup(const char* heading, const std::vector<Fact>& facts) {
 GtkWidget* MakeStoreView(const StoreFacts& facts) {
   GtkWidget* const view = gtk_box_new(GTK_ORIENTATION_VERTICAL, kBetweenGroups);
   if (!facts.host.empty()) gtk_box_append(GTK_BOX(view), MakeHost(facts));
-  if (!facts.address.empty()) {
-    gtk_box_append(GTK_BOX(view),
-                   MakeFactList(Translated("Address"), {{Translated("Address"), facts.address}}));
-  }
   if (!facts.verified.empty()) {
     gtk_box_append(GTK_BOX(view), MakeFactGroup(Translated("Verified server"), facts.verified));
   }
