@@ -13,6 +13,7 @@ namespace TestSupport {
 
 // Numbers of the accessibility bus's interface.
 enum class Role : std::uint32_t {
+  CheckMenuItem = 8,
   Dialog = 16,
   Filler = 20,
   Frame = 23,

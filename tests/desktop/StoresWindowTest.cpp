@@ -116,4 +116,27 @@ TEST_F(StoresWindow, NamesEveryControlOnce) {
   ExpectEveryControlNamedOnce();
 }
 
+TEST_F(StoresWindow, NamesWhatItFindsAndAsksWithoutAComplaintOfTheToolkit) {
+  Press("Check");
+  Reader().WaitFor(Role::ListItem, "Location");
+  ExpectEveryControlNamedOnce();
+  Type("F10");
+  Reader().WaitFor(Role::CheckMenuItem, "Write a Log");
+  ExpectEveryControlNamedOnce();
+  Type("Escape");
+  Reader().WaitUntilGone(Role::CheckMenuItem, "Write a Log");
+  Press("Remove Store…");
+  Usable(Role::PushButton, "Remove");
+  ExpectEveryControlNamedOnce();
+  Press("Remove");
+  Reader().WaitUntilGone(Role::ListItem, "One");
+  Press("Remove Store…");
+  Press("Remove");
+  Reader().WaitFor(Role::PushButton, "Add From File…");
+  ExpectEveryControlNamedOnce();
+  window_->Signal(SIGTERM);
+  window_->Wait();
+  ExpectNoComplaints(window_->Output());
+}
+
 }  // namespace
