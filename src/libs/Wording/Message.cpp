@@ -31,6 +31,9 @@ Message Message::WithForeign(const Change& change) const {
   return changed;
 }
 
-bool Message::operator==(const Message&) const = default;
+// clang 14 cannot make this comparison by itself, because a place holds a message.
+bool Message::operator==(const Message& other) const {
+  return isOurs_ == other.isOurs_ && text_ == other.text_ && places_ == other.places_;
+}
 
 }  // namespace Wording
