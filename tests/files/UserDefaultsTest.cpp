@@ -1,12 +1,15 @@
 #include "libs/Files/UserDefaults.h"
 #include "support/EnvironmentVariable.h"
 #include "support/FileSystemFaults.h"
+#include "support/OrdinaryUser.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 
 namespace {
 
@@ -85,6 +88,12 @@ TEST_F(UserDefaultsTest, AFileThatCannotBeReadIsNotReplaced) {
 TEST_F(UserDefaultsTest, AFileThatCannotBeWrittenIsAFailure) {
   WriteFile(folder_.Path() / "new", "a file in the folder's place");
   EXPECT_TRUE(defaults_.SetInteger("LogLevel", 1));
+}
+
+TEST_F(UserDefaultsTest, WhyItsFolderCannotBeMadeIsTold) {
+  std::filesystem::permissions(folder_.Path(), std::filesystem::perms(0555));
+  const TestSupport::OrdinaryUser user(folder_.Path());
+  EXPECT_EQ(defaults_.SetInteger("LogLevel", 1), std::errc::permission_denied);
 }
 
 TEST_F(UserDefaultsTest, TheUsersFileIsInTheConfigurationFolder) {
