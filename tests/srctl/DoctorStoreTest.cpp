@@ -541,6 +541,18 @@ TEST_F(DoctorOfStores, SeesWhereTheDocumentOfAServerBreaksItsSchema) {
                 "Ask the administrator of the server");
 }
 
+TEST_F(DoctorOfStores, ADocumentOfAServerThatNamesNoSchemaIsNotCalledValid) {
+  const StoreText store = WorkingStore("s1", "One");
+  std::string document = TestSupport::DiscoveryDocument({store});
+  document.replace(document.find("xsi:schemaLocation"), 18, "xsi:anotherWord");
+  WriteDocument(server_, "s1", document);
+  GiveStores({store});
+  EXPECT_EQ(
+      StoreLine(Srctl({"doctor"}), "discovery document"),
+      "note: store \"One\" (s1), discovery document: It can be read, but names no schema to validate it "
+      "against.");
+}
+
 TEST_F(DoctorOfStores, TellsWhyAFileIsNoServiceRecord) {
   const SrctlRun run = Srctl({"doctor", agent_.Write("a.cr", "this is none").string()});
   EXPECT_EQ(run.status, 1);
