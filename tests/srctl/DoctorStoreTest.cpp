@@ -539,6 +539,14 @@ TEST_F(DoctorOfStores, SeesWhereTheDocumentOfAServerBreaksItsSchema) {
   GiveStores({store});
   ExpectProblem(StoreLine(Srctl({"doctor"}), "discovery document"), "It is not valid: line 3, column ",
                 "Ask the administrator of the server");
+  std::istringstream lines(Srctl({"doctor", "--store", "s1", "--json-lines"}).output);
+  json finding;
+  for (std::string line; finding["check"] != "discovery document" && std::getline(lines, line);)
+    finding = json::parse(line);
+  const json problems = finding["textMessage"]["places"]["problem"].value("places", json::object());
+  const json first = problems.value("problems", json::object());
+  EXPECT_EQ(first.value("pattern", ""), "line {line}, column {column}: {problem}") << problems;
+  EXPECT_EQ(first.value("places", json::object()).value("line", ""), "3");
 }
 
 TEST_F(DoctorOfStores, ADocumentOfAServerThatNamesNoSchemaIsNotCalledValid) {

@@ -41,7 +41,7 @@ void WarnOfErrors(const DocumentCheck::Result& check, const std::string& documen
       << "srctl: The document breaks its schema. The agent takes it all the same, and passes over what it "
          "does not know:\n";
   for (const DomLib::DocumentProblem& problem : check.problems)
-    std::cerr << "  " << Terminal::OneLine(DocumentCheck::Sentence(problem, document)) << ".\n";
+    std::cerr << "  " << Terminal::OneLine(DocumentCheck::Sentence(problem, document).English()) << ".\n";
   if (check.furtherProblems > 0) std::cerr << "  And " << check.furtherProblems << " more.\n";
 }
 
@@ -103,22 +103,22 @@ Status Discover(const std::string& file) {
     return Refuse(problem + " Name a file that holds a discovery document, or - for standard input.");
   }
   const DocumentCheck::Result check = DocumentCheck::Check(document);
-  if (!check.problem.empty()) {
-    return Refuse("The document was not handed over: " + Terminal::OneLine(check.problem) + ".");
+  if (!check.problem.IsEmpty()) {
+    return Refuse("The document was not handed over: " + Terminal::OneLine(check.problem.English()) + ".");
   }
   // The agent would take it, and trust its stores without asking.
   if (!ServiceRecords::SRXMLProvider::IsDiscovery(util::widen(document))) {
     return Refuse(
         "The document was not handed over: " +
-        (check.problemWithRoot.empty()
+        (check.problemWithRoot.IsEmpty()
              ? "it is a service record. Have it opened, which asks you whether to trust its stores: "
                "srctl open FILE"
-             : Terminal::OneLine(check.problemWithRoot) + "."));
+             : Terminal::OneLine(check.problemWithRoot.English()) + "."));
   }
   // The agent would take what comes before, half a store too.
   if (check.IsCutShort()) {
     return Refuse("The document was not handed over: " +
-                  Terminal::OneLine(DocumentCheck::Sentence(check.problems.back(), name)) + ".");
+                  Terminal::OneLine(DocumentCheck::Sentence(check.problems.back(), name).English()) + ".");
   }
   if (check.HasErrors()) WarnOfErrors(check, name);
   return WithAgent([&](AgentClient& agent) {

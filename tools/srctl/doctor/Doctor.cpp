@@ -120,19 +120,20 @@ std::string CountOf(const ServiceRecords::StoreMap& stores) {
 void CheckDocument(const DocumentCheck::Result& check, const std::string& file, const FindingReport& report) {
   using Gravity = DomLib::DocumentProblem::Gravity;
   for (const DomLib::DocumentProblem& problem : check.problems) {
-    if (problem.gravity == Gravity::Fatal && !check.problem.empty()) continue;  // it is told at the end
+    if (problem.gravity == Gravity::Fatal && !check.problem.IsEmpty()) continue;  // it is told at the end
     const bool isWarning = problem.gravity == Gravity::Warning;
     report({isWarning ? Result::Note : Result::Problem, "document",
-            DocumentCheck::Sentence(problem, file) + ".", isWarning ? kNameSchema : "Correct it there."});
+            DocumentCheck::Sentence(problem, file).English() + ".",
+            isWarning ? kNameSchema : "Correct it there."});
   }
   if (check.furtherProblems > 0) {
     report({Result::Problem, "document",
             file + ": Further problems: " + std::to_string(check.furtherProblems) + ".",
             "Correct those that are told, then run srctl doctor again."});
   }
-  const std::string& whole = check.problem.empty() ? check.problemWithRoot : check.problem;
-  if (!whole.empty()) {
-    report({Result::Problem, "document", file + " is no service record: " + whole + ".",
+  const Wording::Message& whole = check.problem.IsEmpty() ? check.problemWithRoot : check.problem;
+  if (!whole.IsEmpty()) {
+    report({Result::Problem, "document", file + " is no service record: " + whole.English() + ".",
             "Ask whoever wrote it for another one."});
   } else if (!check.namesSchema) {
     report({Result::Note, "document", file + ": It names no schema, so it was only read, and not validated.",

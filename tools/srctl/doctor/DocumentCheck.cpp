@@ -13,6 +13,9 @@
 namespace Srctl::DocumentCheck {
 namespace {
 
+using Wording::Message;
+using Wording::Worded;
+
 using DomLib::DocumentProblem;
 using Gravity = DocumentProblem::Gravity;
 
@@ -25,7 +28,7 @@ std::filesystem::path InstalledResources() {
   return program.parent_path().parent_path() / SR_RESOURCES_DIR;
 }
 
-Result Failed(const std::string& problem) {
+Result Failed(const Message& problem) {
   Result result;
   result.problem = problem;
   return result;
@@ -50,22 +53,33 @@ void Take(Result& result, const DocumentProblem& problem) {
 }
 
 // Without the prefix, the root of a document of either kind is called like this.
-std::string ProblemWithRoot(const std::string& name) {
+Message ProblemWithRoot(const std::string& name) {
   const std::string local = name.substr(name.find(':') + 1);
   if (name.empty() || local == "Services" || local == "Discovery") return {};
-  return "its root element is " + name +
-         "; that of a service record is Services, that of a discovery document Discovery";
+  return Worded(
+      "its root element is {name}; that of a service record is Services, that of a discovery document "
+      "Discovery",
+      {{"name", name}});
+}
+
+Message Needs() {
+  return Worded(
+      "each Service element, in the namespace urn:morvane:servicerecord, needs an SRID, a Name, an Address "
+      "and a type");
 }
 
 // The parser's own problems have a place; the reading's, which come after it, have none.
-std::string WhyWithoutStores(const Result& result, bool wasRead) {
+Message WhyWithoutStores(const Result& result, bool wasRead) {
   const auto fatal = std::find_if(result.problems.begin(), result.problems.end(), IsFatal);
-  const std::string end = fatal == result.problems.end() ? "" : ": " + Sentence(*fatal, "");
-  if (!end.empty() && (!wasRead || fatal->line != 0)) return "it cannot be parsed" + end;
-  if (!result.problemWithRoot.empty()) return result.problemWithRoot;
-  return "it describes no complete store" + end +
-         "; each Service element, in the namespace urn:morvane:servicerecord, needs an SRID, a Name, an "
-         "Address and a type";
+  const bool isCutShort = fatal != result.problems.end();
+  const Message end = isCutShort ? Sentence(*fatal, "") : Message();
+  if (isCutShort && (!wasRead || fatal->line != 0))
+    return Worded("it cannot be parsed: {problem}", {{"problem", end}});
+  if (!result.problemWithRoot.IsEmpty()) return result.problemWithRoot;
+  if (isCutShort)
+    return Worded("it describes no complete store: {problem}; {needs}",
+                  {{"problem", end}, {"needs", Needs()}});
+  return Worded("it describes no complete store; {needs}", {{"needs", Needs()}});
 }
 
 }  // namespace
@@ -87,15 +101,16 @@ Result Check(const std::string& document) {
   static std::mutex one;
   const std::lock_guard lock(one);
   if (document.size() > DomLib::kMaximumDocumentBytes) {
-    return Failed("it is larger than a document may be: " +
-                  std::to_string(DomLib::kMaximumDocumentBytes >> 20) + " MiB");
+    return Failed(Worded("it is larger than a document may be: {size} MiB",
+                         {{"size", std::to_string(DomLib::kMaximumDocumentBytes >> 20)}}));
   }
-  if (!util::IsUTF8(document)) return Failed("it is not UTF-8 text; save it in that encoding and try again");
+  if (!util::IsUTF8(document))
+    return Failed(Worded("it is not UTF-8 text; save it in that encoding and try again"));
   std::error_code missing;
   std::filesystem::current_path(InstalledResources(), missing);
   if (missing) {
-    return Failed("the schemas to check it with are not in " + InstalledResources().string() +
-                  "; reinstall the program");
+    return Failed(Worded("the schemas to check it with are not in {folder}; reinstall the program",
+                         {{"folder", InstalledResources().string()}}));
   }
   Result result;
   ServiceRecords::SRXMLProvider provider;
@@ -107,25 +122,26 @@ Result Check(const std::string& document) {
   return result;
 }
 
-std::string Sentence(const DocumentProblem& problem, const std::string& document) {
-  std::string place = problem.file.empty() ? document : problem.file;
-  if (problem.line != 0) {
-    if (!place.empty()) place += ", ";
-    place += "line " + std::to_string(problem.line) + ", column " + std::to_string(problem.column);
-  }
+Message Sentence(const DocumentProblem& problem, const std::string& document) {
+  const std::string place = problem.file.empty() ? document : problem.file;
   std::string text = problem.text;
   if (text.ends_with('.')) text.pop_back();
-  return place.empty() ? text : place + ": " + text;
+  const std::vector<Wording::Place> places{{"place", place},
+                                           {"line", std::to_string(problem.line)},
+                                           {"column", std::to_string(problem.column)},
+                                           {"problem", text}};
+  if (problem.line == 0) return place.empty() ? Message(text) : Worded("{place}: {problem}", places);
+  return place.empty() ? Worded("line {line}, column {column}: {problem}", places)
+                       : Worded("{place}, line {line}, column {column}: {problem}", places);
 }
 
-std::string Sentences(const Result& result) {
-  std::string text;
-  for (const DocumentProblem& problem : result.problems) {
-    if (!text.empty()) text += "; ";
-    text += Sentence(problem, "");
-  }
-  if (result.furtherProblems > 0) text += "; and " + std::to_string(result.furtherProblems) + " more";
-  return text;
+Message Sentences(const Result& result) {
+  Message text = Sentence(result.problems.front(), "");
+  for (auto problem = result.problems.begin() + 1; problem != result.problems.end(); ++problem)
+    text = Worded("{problems}; {further}", {{"problems", text}, {"further", Sentence(*problem, "")}});
+  if (result.furtherProblems == 0) return text;
+  return Worded("{problems}; and {count} more",
+                {{"problems", text}, {"count", std::to_string(result.furtherProblems)}});
 }
 
 }  // namespace Srctl::DocumentCheck

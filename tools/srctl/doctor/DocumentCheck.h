@@ -2,6 +2,7 @@
 
 #include "SRLib/SRStore.h"
 #include "libs/DomLib/DocumentProblem.h"
+#include "libs/Wording/Message.h"
 
 #include <cstddef>
 #include <string>
@@ -15,12 +16,12 @@ struct Result {
   ServiceRecords::StoreMap stores;  // what the agent will find in the document
   // Why it will find nothing, with the fatal one of the problems, and what to do; empty when there are
   // stores.
-  std::string problem;
+  Wording::Message problem;
 
   // What is wrong with the document, in the order in which it was found; the first ones of many.
   std::vector<DomLib::DocumentProblem> problems;
   std::size_t furtherProblems = 0;
-  std::string problemWithRoot;  // why the document is of neither kind; empty when it is of one
+  Wording::Message problemWithRoot;  // why the document is of neither kind; empty when it is of one
   bool namesSchema = false;
 
   // It names a schema, which was found, and breaks no rule.
@@ -36,8 +37,8 @@ struct Result {
 
 // Where it lies and what it is, without a full stop. `document`: what the document is called; with an empty
 // name the place alone is told.
-[[nodiscard]] std::string Sentence(const DomLib::DocumentProblem& problem, const std::string& document);
-// The same of all of them, in one sentence.
-[[nodiscard]] std::string Sentences(const Result& result);
+[[nodiscard]] Wording::Message Sentence(const DomLib::DocumentProblem& problem, const std::string& document);
+// The same of all of them, in one sentence; there are some.
+[[nodiscard]] Wording::Message Sentences(const Result& result);
 
 }  // namespace Srctl::DocumentCheck

@@ -172,7 +172,7 @@ class StoreCheck {
       return;
     }
     const DocumentCheck::Result check = DocumentCheck::Check(util::narrow(document));
-    if (!check.problem.empty()) {
+    if (!check.problem.IsEmpty()) {
       ReportDocument(Worded("It is not valid: {problem}.", {{"problem", check.problem}}), CorrectDocument());
       return;
     }
