@@ -99,10 +99,14 @@ auto Headers(const WardenFunctions& warden, MorvaneWardenRequestContext* context
 }
 
 // Asked where everything else about the file is asked.
-MorvaneWardenQuestions QuestionsOf(const SRWardenRequest_Data& data) {
+void SetQuestions(const WardenFunctions& warden, MorvaneWardenRequestContext* context,
+                  const SRWardenRequest_Data& data) {
   const Opening* const opening = Opening::OfThisThread();
   const Opening::Origin origin = opening != nullptr ? opening->GetOrigin() : Opening::Origin();
-  return {data.StoreName.c_str(), origin.terminalDescriptor, origin.withdrawalDescriptor};
+  const std::vector<const char*> desktop = Display::PointersTo(origin.desktop);
+  const MorvaneWardenQuestions questions{data.StoreName.c_str(), origin.terminalDescriptor,
+                                         origin.withdrawalDescriptor, desktop.data()};
+  warden.SetQuestions(context, &questions);
 }
 
 auto CreateContext(const WardenFunctions& warden, MorvaneWardenConnection* connection,
@@ -110,8 +114,7 @@ auto CreateContext(const WardenFunctions& warden, MorvaneWardenConnection* conne
   MorvaneWardenRequestContext* context = nullptr;
   warden.CreateRequestContext(connection, data.StoreURL.c_str(), MORVANE_WARDEN_REQUEST_GET, &context);
   auto owned = Owned(context, warden.DestroyContext);
-  const MorvaneWardenQuestions questions = QuestionsOf(data);
-  warden.SetQuestions(context, &questions);
+  SetQuestions(warden, context, data);
   if (data.Route.GatewayLocation != nullptr) warden.ForceRoute(context, &data.Route);
   return owned;
 }

@@ -15,10 +15,12 @@
 #include <memory>
 #include <optional>
 
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::Pair;
 using testing::UnorderedElementsAre;
 using TestSupport::AgentTest;
@@ -45,6 +47,23 @@ class OpenedFiles : public AgentTest {
   }
   Files::FileDescriptor Descriptor(const PseudoTerminal& terminal) const {
     return Files::FileDescriptor(::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  }
+
+  // Windows that note their environment and accept.
+  void ScriptWindows() const {
+    const auto program = agent_.BundleFolder() / "PlugIns/ServiceRecordUI.bundle/servicerecord-dialog-window";
+    std::filesystem::remove(program);
+    std::ofstream(program) << "#!/bin/bash\nenv >\"$SR_TEST_DIALOGS/variables\"\n"
+                              "read -r word version dialog size; head -c \"$size\" >/dev/null\n"
+                              "echo accepted\n";
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  }
+  // Of the latest window.
+  [[nodiscard]] std::vector<std::string> WindowVariables() const {
+    std::ifstream file(agent_.DialogsFolder() / "variables");
+    std::vector<std::string> variables;
+    for (std::string line; std::getline(file, line);) variables.push_back(line);
+    return variables;
   }
 
   // There is no room for the list.
@@ -119,6 +138,38 @@ TEST_F(OpenedFiles, ANoAndNobodyToAskAreToldApart) {
     agent_.Answer("replaceStore", answer);
     EXPECT_EQ(client_->OpenAndAwait(OneStore()).outcome, outcome);
   }
+}
+
+TEST_F(OpenedFiles, TheDesktopOfACallGoesBeforeTheAgentsAndNothingButADesktopIsTaken) {
+  ScriptWindows();
+  Start({"DISPLAY=:1", "XAUTHORITY=/agents"});
+  EXPECT_EQ(client_
+                ->OpenAndAwait(OneStore(), {{"WAYLAND_DISPLAY", "wayland-5"},
+                                            {"LANGUAGE", "de"},
+                                            {"LD_PRELOAD", "/evil.so"},
+                                            {"GTK_MODULES", "evil"},
+                                            {"", "LD_PRELOAD=/evil.so"}})
+                .outcome,
+            "added");
+  EXPECT_THAT(WindowVariables(), AllOf(Contains("WAYLAND_DISPLAY=wayland-5"), Contains("LANGUAGE=de"),
+                                       Not(Contains("DISPLAY=:1")), Not(Contains("XAUTHORITY=/agents")),
+                                       Not(Contains(HasSubstr("evil")))));
+}
+
+TEST_F(OpenedFiles, WithoutADisplayInTheCallTheAgentsIsUsed) {
+  ScriptWindows();
+  Start({"DISPLAY=:1"});
+  EXPECT_EQ(client_->OpenAndAwait(OneStore(), {{"LANGUAGE", "de"}, {"DISPLAY", ""}}).outcome, "added");
+  EXPECT_THAT(WindowVariables(), AllOf(Contains("DISPLAY=:1"), Not(Contains("LANGUAGE=de"))));
+}
+
+TEST_F(OpenedFiles, WhatIsNoDesktopIsRefused) {
+  Start();
+  Bus::Options options;
+  options["desktop"] = Files::FileDescriptor(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  const auto refused = client_->TryOpen(OneStore(), options);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.Failure().name, "org.freedesktop.DBus.Error.InvalidArgs");
 }
 
 TEST_F(OpenedFiles, WithoutAPlugInNobodyCanBeAsked) {

@@ -37,19 +37,26 @@ TEST_F(PeersTest, AHandlerIsToldWhoCallsAndMayAnswerAValueOrAnError) {
   EXPECT_EQ(refused.Failure().text, "nothing");
 }
 
-TEST_F(PeersTest, OfOptionsTheDescriptorsArriveAndTheOthersHaveNone) {
-  Bus::DescriptorOptions taken;
-  ServeMethod([&](Bus::DescriptorOptions options) { taken = std::move(options); });
-  Bus::DescriptorOptions options;
-  options["file"] = Files::FileDescriptor(::open("/dev/null", O_RDWR | O_CLOEXEC));
+TEST_F(PeersTest, OfOptionsTheDescriptorsAndTheNamedTextsArrive) {
+  Bus::Options taken;
+  ServeMethod([&](Bus::Options options) { taken = std::move(options); });
+  const Files::FileDescriptor file(::open("/dev/null", O_RDWR | O_CLOEXEC));
+  const Bus::Texts texts{{"one", "1"}, {"two", ""}};
+  Bus::Options options;
+  options["file"] = Files::FileDescriptor(::fcntl(file.Get(), F_DUPFD_CLOEXEC, 0));
+  options["texts"] = texts;
+  options["none"] = Bus::Texts();
   ASSERT_TRUE(CallMethod<>(options));
-  ASSERT_TRUE(taken["file"]);
-  EXPECT_TRUE(IsSameFile(taken["file"].Get(), options["file"].Get()));
-  EXPECT_EQ(::fcntl(taken["file"].Get(), F_GETFD), FD_CLOEXEC);
+  ASSERT_EQ(taken.size(), 3U);
+  const auto& descriptor = std::get<Files::FileDescriptor>(taken["file"]);
+  EXPECT_TRUE(IsSameFile(descriptor.Get(), file.Get()));
+  EXPECT_EQ(::fcntl(descriptor.Get(), F_GETFD), FD_CLOEXEC);
+  EXPECT_EQ(std::get<Bus::Texts>(taken["texts"]), texts);
+  EXPECT_THAT(std::get<Bus::Texts>(taken["none"]), IsEmpty());
 
   ASSERT_TRUE(CallMethod<>(PropertyList::Dictionary{{"file", "text"}, {"other", true}}));
   EXPECT_EQ(taken.size(), 2U);
-  EXPECT_FALSE(taken["file"]);
+  EXPECT_TRUE(std::holds_alternative<std::monostate>(taken["file"]));
   ASSERT_TRUE(CallMethod<>(PropertyList::Dictionary()));
   EXPECT_THAT(taken, IsEmpty());
 }

@@ -54,10 +54,14 @@ TEST_F(SRTrustedHTTPRequestTest, ARouteIsForcedAsOneUnitBeforeTheFirstPassWhenAG
 
 TEST_F(SRTrustedHTTPRequestTest, TheUserIsAskedForTheStoreWhereTheOpeningAsks) {
   data_.StoreName = L"Sales";
-  Opening opening({.id = 1, .path = "", .terminalDescriptor = 77, .withdrawalDescriptor = 78});
+  Opening opening({.id = 1,
+                   .path = "",
+                   .terminalDescriptor = 77,
+                   .desktop = {"DISPLAY=:7", "LANG=de"},
+                   .withdrawalDescriptor = 78});
   const Opening::Handling handling(opening);
   EXPECT_FALSE(MakeRequest());
-  EXPECT_THAT(warden_.Calls(), ::testing::Contains("SetQuestions 'Sales' 77 78"));
+  EXPECT_THAT(warden_.Calls(), ::testing::Contains("SetQuestions 'Sales' 77 78 DISPLAY=:7 LANG=de"));
 }
 
 TEST_F(SRTrustedHTTPRequestTest, AGatewayNameAloneForcesNoRoute) {

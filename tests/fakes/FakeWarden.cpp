@@ -1,5 +1,6 @@
 #include "fakes/FakeWarden.h"
 
+#include "libs/Display/DisplayVariables.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <algorithm>
@@ -91,9 +92,11 @@ MorvaneWardenStatus ForceRoute(MorvaneWardenRequestContext* context, const Morva
 MorvaneWardenStatus SetQuestions(MorvaneWardenRequestContext* context,
                                  const MorvaneWardenQuestions* questions) {
   Require(context == Context());
-  return Called("SetQuestions " + Text(questions->StoreName) + " " +
-                std::to_string(questions->TerminalDescriptor) + " " +
-                std::to_string(questions->WithdrawalDescriptor));
+  std::string call = "SetQuestions " + Text(questions->StoreName) + " " +
+                     std::to_string(questions->TerminalDescriptor) + " " +
+                     std::to_string(questions->WithdrawalDescriptor);
+  for (const std::string& variable : Display::CopyOf(questions->Desktop)) call += " " + variable;
+  return Called(call);
 }
 
 MorvaneWardenStatus Prepare2(MorvaneWardenRequestContext* context, uint32_t* action) {

@@ -46,8 +46,7 @@ TEST_F(DoctorOfTheMachine, FindsNothingWrongWithANewAgent) {
                 agent_.LogFile().string() + ".\nok: plug-in: The plug-in of the dialogs is complete: " +
                 PlugIn().string() + "\nok: credentials: Their program can be run: " +
                 (agent_.BundleFolder() / "servicerecord-credential").string() +
-                "\nok: questions: srctl open has you asked in a window of your desktop, "
-                "if the agent was started on one."
+                "\nok: questions: srctl open has you asked in a window of your desktop."
                 "\nok: file type: The desktop opens .cr files with this program."
                 "\nok: configuration of the user: There is none, which is fine: " +
                 agent_.StoresFile().string() +

@@ -1,5 +1,6 @@
 #include "stores-window/SessionObserver.h"
 #include "stores-window/StandInAgent.h"
+#include "support/EnvironmentVariable.h"
 #include "support/PrivateBus.h"
 
 #include <gmock/gmock.h>
@@ -43,6 +44,12 @@ TEST_F(AnOpening, HandsTheFileToTheAgentAndTellsWhatBecameOfIt) {
   EXPECT_TRUE(observed_.notices[0].isGood);
   EXPECT_FALSE(observed_.session.IsOpening());
   EXPECT_EQ(observed_.openingsEnded, 1);
+}
+
+TEST_F(AnOpening, IsAskedAboutOnTheDesktopOfTheWindow) {
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":8");
+  Open({"/home/me/a.cr"});
+  EXPECT_EQ(agent_->Display(), ":8");
 }
 
 TEST_F(AnOpening, ThatWasDeclinedIsNotGood) {

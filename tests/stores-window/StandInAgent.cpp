@@ -38,6 +38,13 @@ void CallBus(GDBusConnection* bus, const char* method, GVariant* arguments) {
   if (!reply) throw std::runtime_error(std::string("the bus refuses ") + method);
 }
 
+std::string DisplayIn(GVariant* options) {
+  const VariantPtr desktop(g_variant_lookup_value(options, "desktop", G_VARIANT_TYPE("a{ss}")));
+  const char* display = nullptr;
+  if (desktop) g_variant_lookup(desktop.get(), "DISPLAY", "&s", &display);
+  return display != nullptr ? display : "";
+}
+
 }  // namespace
 
 StandInAgent::StandInAgent(const std::string& busAddress, const std::string& source)
@@ -100,8 +107,11 @@ GVariant* StandInAgent::State(GDBusConnection* /*bus*/, const char* /*sender*/, 
 
 void StandInAgent::TakeOpening(const char* sender, GVariant* parameters, GDBusMethodInvocation* call) {
   const char* path = nullptr;
-  g_variant_get(parameters, "(&sa{sv})", &path, nullptr);
+  GVariant* options = nullptr;
+  g_variant_get(parameters, "(&s@a{sv})", &path, &options);
+  const VariantPtr owned(options);
   opened_.emplace_back(path);
+  display_ = DisplayIn(options);
   caller_ = sender;
   g_dbus_method_invocation_return_value(call, g_variant_new("(t)", std::uint64_t{opened_.size()}));
 }

@@ -22,6 +22,8 @@ class StandInAgent {
 
   // The paths of the openings so far; the first has the number 1.
   [[nodiscard]] const std::vector<std::string>& Opened() const { return opened_; }
+  // The display on which the last one is asked about; empty where it was not said.
+  [[nodiscard]] const std::string& Display() const { return display_; }
   // Tells whoever opened a file last. `stores`: as GLib prints an aa{sv}.
   void Finish(std::uint64_t opening, const std::string& outcome, const std::string& stores);
 
@@ -45,6 +47,7 @@ class StandInAgent {
   Windows::ObjectPtr<GDBusConnection> bus_;
   std::vector<std::string> opened_;
   std::string caller_;
+  std::string display_;
   std::vector<GDBusMethodInvocation*> questions_;  // an answer takes each
   int locations_ = 0;
 };

@@ -40,10 +40,14 @@ OpeningClient::OpeningClient(const std::string& address) : bus_(Had(Bus::Connect
   }));
 }
 
-Bus::Result<std::uint64_t> OpeningClient::TryOpen(const std::string& path, int terminal) {
-  Bus::DescriptorOptions options;
-  if (terminal >= 0) options["terminal"] = Files::FileDescriptor(::fcntl(terminal, F_DUPFD_CLOEXEC, 0));
+Bus::Result<std::uint64_t> OpeningClient::TryOpen(const std::string& path, const Bus::Options& options) {
   return bus_.Call<std::uint64_t>(kOpenings, {}, "Open", path, options);
+}
+
+Bus::Result<std::uint64_t> OpeningClient::TryOpen(const std::string& path, int terminal) {
+  Bus::Options options;
+  if (terminal >= 0) options["terminal"] = Files::FileDescriptor(::fcntl(terminal, F_DUPFD_CLOEXEC, 0));
+  return TryOpen(path, options);
 }
 
 std::uint64_t OpeningClient::Open(const std::string& path, int terminal) {
@@ -61,6 +65,12 @@ bool OpeningClient::HasFinished(std::uint64_t id) {
 
 OpeningClient::Finished OpeningClient::OpenAndAwait(const std::string& path) {
   return Await(Open(path));
+}
+
+OpeningClient::Finished OpeningClient::OpenAndAwait(const std::string& path, const Bus::Texts& desktop) {
+  Bus::Options options;
+  options["desktop"] = desktop;
+  return Await(Had(TryOpen(path, options)));
 }
 
 bool OpeningClient::WaitUntil(const std::function<bool()>& condition) {

@@ -26,14 +26,16 @@ class OpeningClient {
 
   explicit OpeningClient(const std::string& address);
 
+  Bus::Result<std::uint64_t> TryOpen(const std::string& path, const Bus::Options& options);
   // `terminal`: a descriptor for the option, or none.
   Bus::Result<std::uint64_t> TryOpen(const std::string& path, int terminal = -1);
   std::uint64_t Open(const std::string& path, int terminal = -1);
   // Waits for that opening's end.
   Finished Await(std::uint64_t id);
   [[nodiscard]] bool HasFinished(std::uint64_t id);
-  // Opens the file and waits.
+  // Opens the file and waits. `desktop`: variables for the option.
   Finished OpenAndAwait(const std::string& path);
+  Finished OpenAndAwait(const std::string& path, const Bus::Texts& desktop);
 
   // Handles messages until the condition holds; false when it does not within the time.
   [[nodiscard]] bool WaitUntil(const std::function<bool()>& condition);

@@ -15,6 +15,7 @@ here=${0%/*}
   while IFS= read -r line && [ -n "$line" ]; do echo "$line"; done
   echo
 } >>"$here/requests"
+echo "$DISPLAY" >>"$here/displays"
 if [ "$1" = get ] && [ -p "$here/held" ]; then
   echo held >"$here/held"
   exec cat
@@ -69,6 +70,13 @@ std::vector<std::string> ScriptedCredentials::Requests() const {
     text.erase(0, end + 2);
   }
   return requests;
+}
+
+std::vector<std::string> ScriptedCredentials::Displays() const {
+  std::ifstream file(folder_ / "displays");
+  std::vector<std::string> displays;
+  for (std::string line; std::getline(file, line);) displays.push_back(line);
+  return displays;
 }
 
 std::vector<std::string> ScriptedCredentials::Actions() const {

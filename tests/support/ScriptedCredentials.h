@@ -27,6 +27,8 @@ class ScriptedCredentials {
   // The requests so far, as the action and the lines, each ended by a line feed.
   [[nodiscard]] std::vector<std::string> Requests() const;
   [[nodiscard]] std::vector<std::string> Actions() const;
+  // The display that the program had at each of them.
+  [[nodiscard]] std::vector<std::string> Displays() const;
 
  private:
   std::filesystem::path folder_;

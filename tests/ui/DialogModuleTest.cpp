@@ -6,6 +6,7 @@
 
 #include <sys/eventfd.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -244,12 +245,41 @@ TEST_F(DialogModuleTest, AWindowThatIsWithdrawnIsNotFollowedByAnotherQuestion) {
   EXPECT_FALSE(std::filesystem::exists(module_.Bundle().File("shown")));
 }
 
+TEST_F(DialogModuleTest, AWindowIsOnTheDesktopThatTheHostGivesAndOnNoOther) {
+  module_.Bundle().ScriptWindowProgram(
+      "readRequest; [ \"$DISPLAY|${WAYLAND_DISPLAY-}|${XAUTHORITY-}|$LANG\" = ':8|||de' ] && echo accepted");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo declined");
+  const std::array desktop{"DISPLAY=:8", "LANG=de", static_cast<const char*>(nullptr)};
+  SRUIHost host = module_.Host();
+  host.desktop = desktop.data();
+  EXPECT_EQ(module_.EntryPointsFor(host)->addStore(kDetails), 1);
+
+  const TestSupport::EnvironmentVariable wayland("WAYLAND_DISPLAY", "wayland-0");
+  const TestSupport::EnvironmentVariable authority("XAUTHORITY", "/nowhere");
+  EXPECT_EQ(module_.EntryPointsFor(host)->addStore(kDetails), 1);
+  EXPECT_NE(module_.EntryPoints().addStore(kDetails), 1) << "the next call's is another";
+}
+
+TEST_F(DialogModuleTest, AHostOfTheSecondVersionHasNoDesktopToGive) {
+  struct SecondHost {
+    std::uint32_t version;
+    int descriptors[3];
+    std::uintptr_t behind;  // not of the structure
+  } second{2, {module_.Host().terminationDescriptor, -1, -1}, 1};
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
+
+  const SRUIProtocol* entryPoints = module_.EntryPointsFor(reinterpret_cast<const SRUIHost&>(second));
+
+  ASSERT_NE(entryPoints, nullptr);
+  EXPECT_EQ(entryPoints->addStore(kDetails), 1);
+}
+
 TEST_F(DialogModuleTest, AHostOfTheFirstVersionHasNoContextToGive) {
   struct FirstHost {
     std::uint32_t version;
     int terminationDescriptor;
-    int behind[2];  // not of the structure
-  } first{1, module_.Host().terminationDescriptor, {0, STDIN_FILENO}};
+    int behind[4];  // not of the structure
+  } first{1, module_.Host().terminationDescriptor, {0, STDIN_FILENO, 1, 0}};
   module_.Bundle().ScriptDialogProgram("readRequest; [ $# = 0 ] && echo accepted");
 
   const SRUIProtocol* entryPoints = module_.EntryPointsFor(reinterpret_cast<const SRUIHost&>(first));

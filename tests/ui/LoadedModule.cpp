@@ -27,7 +27,7 @@ const SRUIProtocol& LoadedModule::EntryPoints() const {
 }
 
 SRUIHost LoadedModule::Host() const {
-  return {SRUI_PROTOCOL_VERSION, terminationDescriptor_, -1, -1};
+  return {SRUI_PROTOCOL_VERSION, terminationDescriptor_, -1, -1, nullptr};
 }
 
 const SRUIProtocol* LoadedModule::EntryPointsFor(const SRUIHost& host) const {

@@ -159,11 +159,12 @@ TEST_F(NotificationsTest, TheModuleGetsTheAgentsTerminationDescriptor) {
   EXPECT_EQ(last_->terminationDescriptor, Termination::Descriptor());
 }
 
-TEST_F(NotificationsTest, TheDialogsOfAnOpeningBearItsNumberAndPathAndGetItsDescriptors) {
+TEST_F(NotificationsTest, TheDialogsOfAnOpeningBearItsNumberAndPathAndGetWhereItIsAsked) {
   const Files::EventFd withdrawal;
   Opening opening({.id = 7,
                    .path = "/home/me/Stores.cr",
                    .terminalDescriptor = 77,
+                   .desktop = {"DISPLAY=:7"},
                    .withdrawalDescriptor = withdrawal.Descriptor()});
   const Opening::Handling handling(opening);
   notifications_.ShowSRErrorDialog(L"Title", L"Message");
@@ -173,6 +174,7 @@ TEST_F(NotificationsTest, TheDialogsOfAnOpeningBearItsNumberAndPathAndGetItsDesc
                             {"DocumentPath", "/home/me/Stores.cr"}};
   EXPECT_EQ(Details(), expected);
   EXPECT_EQ(last_->terminalDescriptor, 77);
+  EXPECT_STREQ(last_->desktop, "DISPLAY=:7");
   EXPECT_EQ(last_->withdrawalDescriptor, withdrawal.Descriptor());
   notifications_.ShowStoreReplaceDialog(L"Sales");
   EXPECT_EQ(*Details().Find("OpeningID"), PropertyList::Value(std::uint64_t{7}));
@@ -180,9 +182,10 @@ TEST_F(NotificationsTest, TheDialogsOfAnOpeningBearItsNumberAndPathAndGetItsDesc
   EXPECT_EQ(*Details().Find("OpeningID"), PropertyList::Value(std::uint64_t{7}));
 }
 
-TEST_F(NotificationsTest, WithoutAnOpeningThereIsNoDescriptor) {
+TEST_F(NotificationsTest, WithoutAnOpeningItIsTheModulesToChooseWhereItIsAsked) {
   notifications_.ShowSRErrorDialog(L"Title", L"Message");
   EXPECT_EQ(last_->terminalDescriptor, -1);
+  EXPECT_STREQ(last_->desktop, "");
   EXPECT_EQ(last_->withdrawalDescriptor, -1);
 }
 

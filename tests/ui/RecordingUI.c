@@ -2,6 +2,7 @@
 
 #include "ui/RecordingUI.h"
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -36,6 +37,8 @@ const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host) {
   last.terminationDescriptor = host->terminationDescriptor;
   last.terminalDescriptor = host->terminalDescriptor;
   last.withdrawalDescriptor = host->withdrawalDescriptor;
+  const char* const first = host->desktop != NULL ? host->desktop[0] : NULL;
+  snprintf(last.desktop, sizeof last.desktop, "%s", first != NULL ? first : "");
   return &entryPoints;
 }
 

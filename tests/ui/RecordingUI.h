@@ -16,6 +16,7 @@ typedef struct RecordedDialog {
   int terminationDescriptor;
   int terminalDescriptor;
   int withdrawalDescriptor;
+  char desktop[64]; /* its first variable; empty without one */
 } RecordedDialog;
 
 SRUI_EXPORT RecordedDialog* LastDialog(void);

@@ -27,7 +27,7 @@ const SRUIProtocol* EntryPoints() {
   if (module == nullptr) return nullptr;
   const auto principalClass = reinterpret_cast<decltype(&ServiceRecordUIPrincipalClass)>(
       ::dlsym(module.get(), "ServiceRecordUIPrincipalClass"));
-  const SRUIHost host{SRUI_PROTOCOL_VERSION, -1, -1, -1};
+  const SRUIHost host{SRUI_PROTOCOL_VERSION, -1, -1, -1, nullptr};
   return principalClass(&host);
 }
 

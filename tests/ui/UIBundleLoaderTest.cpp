@@ -18,7 +18,7 @@ using ::testing::IsEmpty;
 constexpr int kDescriptor = 77;
 
 const SRUIProtocol* PrincipalClassIn(const std::filesystem::path& plugIns) {
-  return Agent::UIBundleLoader(plugIns, {SRUI_PROTOCOL_VERSION, kDescriptor, -1, -1})
+  return Agent::UIBundleLoader(plugIns, {SRUI_PROTOCOL_VERSION, kDescriptor, -1, -1, nullptr})
       .PrincipalClass("caller()");
 }
 

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <future>
 #include <thread>
@@ -149,15 +150,24 @@ TEST_F(RequestActionTest, TheQuestionSaysForWhichStoreItIsAndOnWhichTerminal) {
   program_.WillGive("user", "secret");
   WardenRequest request(library_, kStore);
   const Files::EventFd terminal;
-  ASSERT_EQ(request.SetQuestions({L"Sales", terminal.Descriptor(), -1}), MORVANE_WARDEN_OK);
+  ASSERT_EQ(request.SetQuestions({L"Sales", terminal.Descriptor(), -1, nullptr}), MORVANE_WARDEN_OK);
   PrepareAnswerTo(kBasic, request);
   EXPECT_THAT(program_.Requests(), ElementsAre(HasSubstr("\nrejected=no\nstore-name=Sales\nterminal=3\n")));
+}
+
+TEST_F(RequestActionTest, TheQuestionIsAskedOnTheDesktopThatIsGiven) {
+  program_.WillGive("user", "secret");
+  WardenRequest request(library_, kStore);
+  const std::array desktop{"DISPLAY=:8", static_cast<const char*>(nullptr)};
+  ASSERT_EQ(request.SetQuestions({L"Sales", -1, -1, desktop.data()}), MORVANE_WARDEN_OK);
+  PrepareAnswerTo(kBasic, request);
+  EXPECT_THAT(program_.Displays(), ElementsAre(":8"));
 }
 
 TEST_F(RequestActionTest, ANameThatTheQuestionCannotCarryIsLeftOut) {
   program_.WillGive("user", "secret");
   WardenRequest request(library_, kStore);
-  ASSERT_EQ(request.SetQuestions({L"Two\nlines", -1, -1}), MORVANE_WARDEN_OK);
+  ASSERT_EQ(request.SetQuestions({L"Two\nlines", -1, -1, nullptr}), MORVANE_WARDEN_OK);
   PrepareAnswerTo(kBasic, request);
   EXPECT_THAT(program_.Requests(), ElementsAre(testing::EndsWith("\nrejected=no\n")));
 }
@@ -167,7 +177,7 @@ TEST_F(RequestActionTest, AWithdrawnQuestionIsClosedAndItsRequestCancelledButNoO
   const Files::EventFd withdrawal;
   std::future<std::uint32_t> action = std::async(std::launch::async, [&] {
     WardenRequest request(library_, kStore);
-    EXPECT_EQ(request.SetQuestions({L"", -1, withdrawal.Descriptor()}), MORVANE_WARDEN_OK);
+    EXPECT_EQ(request.SetQuestions({L"", -1, withdrawal.Descriptor(), nullptr}), MORVANE_WARDEN_OK);
     EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
     request.Report(401, {kBasic});
     return request.Prepare();

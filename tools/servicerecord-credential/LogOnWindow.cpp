@@ -2,6 +2,7 @@
 
 #include "libs/CredentialWire/CredentialMessage.h"
 #include "libs/DialogWire/DialogWire.h"
+#include "libs/Display/DisplayVariables.h"
 #include "libs/Files/Bundle.h"
 #include "libs/HelperProgram/HelperConversation.h"
 #include "libs/PropertyList/PropertyList.h"
@@ -78,7 +79,7 @@ std::optional<LogOnReply> ReplyIn(std::string_view text, const LogOnQuestion& qu
 }  // namespace
 
 LogOnReply AskInWindow(const LogOnQuestion& question, int interruption) {
-  if (!DialogWire::MayHaveDisplay()) return {Outcome::NoDisplay, {}};
+  if (Display::OfThisProcess().empty()) return {Outcome::NoDisplay, {}};
   std::optional<HelperProgram::HelperProcess> program = HelperProgram::HelperProcess::Start(WindowProgram());
   if (!program) return {Outcome::NoDisplay, {}};
   HelperProgram::HelperConversation conversation(std::move(*program), interruption, STDIN_FILENO);

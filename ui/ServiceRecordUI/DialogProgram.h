@@ -1,9 +1,11 @@
 #pragma once
 
 #include "DialogConversation.h"
+#include "libs/Display/DisplayVariables.h"
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Dialogs {
@@ -12,8 +14,9 @@ namespace Dialogs {
 class DialogProgram {
  public:
   // Those that may show it, the best one first: the one on that terminal, when one is given; else the one
-  // with a window, when there may be a display, and then the one that looks for a terminal itself.
-  [[nodiscard]] static std::vector<DialogProgram> For(int terminal = -1);
+  // with a window, when there may be a display, on that desktop or without one on this process's, and then
+  // the one that looks for a terminal itself.
+  [[nodiscard]] static std::vector<DialogProgram> For(int terminal, const Display::Variables& desktop);
 
   // Starts it for that request; the interruptions are descriptors that are only polled. Nothing when it
   // cannot be started.
@@ -21,10 +24,12 @@ class DialogProgram {
                                                         int furtherInterruption) const;
 
  private:
-  explicit DialogProgram(const char* name, int terminal = -1) : name_(name), terminal_(terminal) {}
+  DialogProgram(const char* name, int terminal, Display::Variables desktop)
+      : name_(name), terminal_(terminal), desktop_(std::move(desktop)) {}
 
   const char* name_;
   int terminal_;
+  Display::Variables desktop_;
 };
 
 }  // namespace Dialogs

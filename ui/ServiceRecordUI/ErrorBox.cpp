@@ -10,6 +10,11 @@
 #include <utility>
 
 namespace Dialogs {
+namespace {
+
+constexpr int kNoTerminal = -1;
+
+}  // namespace
 
 ErrorBox::Adding ErrorBox::Add(std::string details) {
   const ThreadSafety::MutexLock lock(mutex_);
@@ -45,7 +50,7 @@ bool ErrorBox::IsDone() {
 }
 
 bool ErrorBox::ShowMessages() {
-  for (const DialogProgram& program : DialogProgram::For()) {
+  for (const DialogProgram& program : DialogProgram::For(kNoTerminal, desktop_)) {
     if (ShowBy(program)) return true;
   }
   return false;

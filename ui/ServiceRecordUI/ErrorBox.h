@@ -1,10 +1,12 @@
 #pragma once
 
+#include "libs/Display/DisplayVariables.h"
 #include "libs/Files/EventFd.h"
 #include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Dialogs {
@@ -19,8 +21,9 @@ class ErrorBox {
   // Very many would bury what they say.
   static constexpr std::size_t kMostMessages = 32;
 
-  // `termination` is only polled.
-  explicit ErrorBox(int termination) : termination_(termination) {}
+  // Shown on that desktop, or on this process's without one. `termination` is only polled.
+  ErrorBox(Display::Variables desktop, int termination)
+      : desktop_(std::move(desktop)), termination_(termination) {}
 
   enum class Adding { Taken, Full, Closed };
   // `details` is the dictionary of an error dialog.
@@ -44,6 +47,7 @@ class ErrorBox {
   [[nodiscard]] bool IsTerminating() const;
   [[nodiscard]] std::vector<std::string> Close();
 
+  const Display::Variables desktop_;
   int termination_;
   Files::EventFd news_;  // a message has come
   ThreadSafety::Mutex mutex_;

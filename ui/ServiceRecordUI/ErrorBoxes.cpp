@@ -25,12 +25,13 @@ ErrorBoxes& ErrorBoxes::Instance() {
   return *boxes;
 }
 
-void ErrorBoxes::Show(const std::string& details, int termination) {
+void ErrorBoxes::Show(const std::string& details, const Display::Variables& desktop, int termination) {
   const Opening opening = OpeningOf(details);
-  if (!Take(opening, details, termination)) ErrorLog::Write(ErrorLog::kTooMany, details);
+  if (!Take(opening, details, desktop, termination)) ErrorLog::Write(ErrorLog::kTooMany, details);
 }
 
-bool ErrorBoxes::Take(const Opening& opening, const std::string& details, int termination) {
+bool ErrorBoxes::Take(const Opening& opening, const std::string& details, const Display::Variables& desktop,
+                      int termination) {
   const ThreadSafety::MutexLock lock(mutex_);
   std::erase_if(open_, [](const Open& open) { return open.box->IsClosed(); });
   if (ErrorBox* const box = BoxOf(opening)) {
@@ -38,7 +39,7 @@ bool ErrorBoxes::Take(const Opening& opening, const std::string& details, int te
     if (adding != ErrorBox::Adding::Closed) return adding == ErrorBox::Adding::Taken;
   }
   if (open_.size() >= kMostOpen) return false;
-  const auto box = std::make_shared<ErrorBox>(termination);
+  const auto box = std::make_shared<ErrorBox>(desktop, termination);
   if (box->Add(details) != ErrorBox::Adding::Taken) return false;
   // The box outlives the call, so a thread of its own keeps the program's input open and reaps the program.
   std::thread([box] { box->Keep(); }).detach();

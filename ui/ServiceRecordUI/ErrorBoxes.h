@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libs/Display/DisplayVariables.h"
 #include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <cstddef>
@@ -23,8 +24,9 @@ class ErrorBoxes {
   [[nodiscard]] static ErrorBoxes& Instance();
 
   // Shows the message with the details of an error dialog, in the box of its opening or in one of its own.
-  // Returns without waiting for the user. `termination` as for ErrorBox.
-  void Show(const std::string& details, int termination);
+  // Returns without waiting for the user. `desktop` and `termination` as for ErrorBox; an open box stays
+  // where it is.
+  void Show(const std::string& details, const Display::Variables& desktop, int termination);
 
  private:
   // Nothing for a message that belongs to no opening.
@@ -35,7 +37,8 @@ class ErrorBoxes {
   };
 
   // False when the opening has no box that is open, and there is no place for another one.
-  [[nodiscard]] bool Take(const Opening& opening, const std::string& details, int termination);
+  [[nodiscard]] bool Take(const Opening& opening, const std::string& details,
+                          const Display::Variables& desktop, int termination);
   [[nodiscard]] ErrorBox* BoxOf(const Opening& opening) SR_REQUIRES(mutex_);
 
   ThreadSafety::Mutex mutex_;

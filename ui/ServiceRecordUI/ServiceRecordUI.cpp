@@ -4,6 +4,7 @@
 #include "ErrorLog.h"
 #include "ViewLibrary.h"
 #include "libs/DialogWire/DialogWire.h"
+#include "libs/Display/DisplayVariables.h"
 #include "libs/SRUIProtocol/SRUIProtocol.h"
 
 #include <poll.h>
@@ -18,16 +19,25 @@ namespace {
 using DialogWire::Reply;
 
 constexpr std::uint32_t kFirstWithContext = 2;
+constexpr std::uint32_t kFirstWithDesktop = 3;
 constexpr int kNone = -1;
 
 // What the host offers for the dialogs of the thread that asks.
 struct Context {
   int terminal = kNone;
   int withdrawal = kNone;
+  Display::Variables desktop = {};
 };
 
 std::atomic<int> g_terminationDescriptor{kNone};
 thread_local Context t_context;
+
+Context ContextOf(const SRUIHost& host) {
+  if (host.version < kFirstWithContext) return {};
+  Context context{host.terminalDescriptor, host.withdrawalDescriptor};
+  if (host.version >= kFirstWithDesktop) context.desktop = Display::CopyOf(host.desktop);
+  return context;
+}
 
 bool IsReadable(int descriptor) {
   pollfd state{descriptor, POLLIN, 0};
@@ -45,7 +55,8 @@ bool IsWanted() {
 // What the first program replies that can show the dialog; nothing when none can. A dialog that nobody wants
 // any more counts as declined.
 std::optional<Reply> ReplyTo(std::string_view dialog, const char* details) {
-  for (const Dialogs::DialogProgram& program : Dialogs::DialogProgram::For(t_context.terminal)) {
+  for (const Dialogs::DialogProgram& program :
+       Dialogs::DialogProgram::For(t_context.terminal, t_context.desktop)) {
     std::optional<Dialogs::DialogConversation> conversation = program.Begin(
         DialogWire::RequestFor(dialog, details), g_terminationDescriptor.load(), t_context.withdrawal);
     if (!conversation) continue;
@@ -86,7 +97,7 @@ void ErrorMessage(const char* details) {
   if (details == nullptr || !IsWanted()) return;
   try {
     if (t_context.terminal >= 0) return PrintOnTerminal(details);
-    Dialogs::ErrorBoxes::Instance().Show(details, g_terminationDescriptor.load());
+    Dialogs::ErrorBoxes::Instance().Show(details, t_context.desktop, g_terminationDescriptor.load());
   } catch (...) {
     return;
   }
@@ -100,8 +111,10 @@ constexpr SRUIProtocol kEntryPoints{SRUI_PROTOCOL_VERSION, AddStore, ReplaceStor
 const SRUIProtocol* ServiceRecordUIPrincipalClass(const SRUIHost* host) {
   if (host == nullptr || host->version == 0) return nullptr;
   g_terminationDescriptor = host->terminationDescriptor;
-  t_context = host->version < kFirstWithContext
-                  ? Context()
-                  : Context{host->terminalDescriptor, host->withdrawalDescriptor};
+  try {
+    t_context = ContextOf(*host);
+  } catch (...) {
+    return nullptr;
+  }
   return &kEntryPoints;
 }

@@ -13,6 +13,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace ServiceRecords {
 namespace {
@@ -26,13 +27,6 @@ PropertyList::Array GatewayDictionaries(const GatewayLabel& defaultGateway,
   for (const auto& [name, url] : otherGateways)
     gateways.emplace_back(Agent::GatewayDictionary(name, url, false));
   return gateways;
-}
-
-SRUIHost HostOfThisThread() {
-  const Opening* const opening = Opening::OfThisThread();
-  const Opening::Origin origin = opening != nullptr ? opening->GetOrigin() : Opening::Origin();
-  return {SRUI_PROTOCOL_VERSION, Termination::Descriptor(), origin.terminalDescriptor,
-          origin.withdrawalDescriptor};
 }
 
 // Whatever else a module returns is no consent.
@@ -54,7 +48,12 @@ void MacIServiceRecordsNotifications::Init() {
 }
 
 const SRUIProtocol* MacIServiceRecordsNotifications::SRUIClass() {
-  return Agent::UIBundleLoader(Files::Bundle::Main().BuiltInPlugInsPath(), HostOfThisThread())
+  const Opening* const opening = Opening::OfThisThread();
+  const Opening::Origin origin = opening != nullptr ? opening->GetOrigin() : Opening::Origin();
+  const std::vector<const char*> desktop = Display::PointersTo(origin.desktop);
+  const SRUIHost host{SRUI_PROTOCOL_VERSION, Termination::Descriptor(), origin.terminalDescriptor,
+                      origin.withdrawalDescriptor, desktop.data()};
+  return Agent::UIBundleLoader(Files::Bundle::Main().BuiltInPlugInsPath(), host)
       .PrincipalClass(__PRETTY_FUNCTION__);
 }
 

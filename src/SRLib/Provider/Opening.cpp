@@ -38,6 +38,10 @@ bool Opening::IsWithdrawn() {
   return ::poll(&withdrawal, 1, 0) > 0;
 }
 
+void Opening::AskOn(Display::Variables desktop) {
+  if (g_openingOfThisThread != nullptr) g_openingOfThisThread->origin_.desktop = std::move(desktop);
+}
+
 std::vector<Opening::Store> Opening::Stores() const {
   std::vector<Store> stores;
   stores.reserve(stores_.size());

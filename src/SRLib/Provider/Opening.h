@@ -1,6 +1,7 @@
 #pragma once
 
 #include "SRLib/SRStore.h"
+#include "libs/Display/DisplayVariables.h"
 #include "libs/Openings/Outcome.h"
 
 #include <cstdint>
@@ -21,6 +22,8 @@ class Opening {
     std::string path = {};  // UTF-8
     // Borrowed, good while the file is handled. The terminal on which to ask; -1 for none.
     int terminalDescriptor = -1;
+    // On which to ask where there is no terminal; none: wherever the dialogs are shown otherwise.
+    Display::Variables desktop = {};
     // Readable as soon as nobody wants an answer any more; -1 for never.
     int withdrawalDescriptor = -1;
   };
@@ -58,6 +61,8 @@ class Opening {
   [[nodiscard]] static const Opening* OfThisThread();
   // Whether nobody wants to be asked about this thread's opening any more.
   [[nodiscard]] static bool IsWithdrawn();
+  // Where this thread's opening is asked about from now on. Nothing on a thread that handles none.
+  static void AskOn(Display::Variables desktop);
 
   // What the flow over the file finds out. On a thread that handles no file these do nothing.
   static void NoteUnread();
@@ -82,7 +87,7 @@ class Opening {
   static void Refuse(const std::wstring& id, Openings::Outcome outcome, const std::wstring& reason = {});
   [[nodiscard]] Store Decided(const Progress& progress) const;
 
-  const Origin origin_;
+  Origin origin_;
   std::map<std::wstring, Progress> stores_;
   Openings::Outcome withoutStores_ = Openings::Outcome::Ended;  // the whole's where there are none
   bool isUnread_ = false;

@@ -89,12 +89,33 @@ int ReadEntry(sd_bus_message* message, std::vector<PropertyList::Entry>& entries
   return result < 0 ? result : Container::Exit(message);
 }
 
-int AppendDescriptorOption(sd_bus_message* message, const std::string& name, int descriptor) {
+int AppendDescriptor(sd_bus_message* message, int descriptor) {
+  int result = Container::Open(message, 'v', "h");
+  if (result >= 0) result = sd_bus_message_append_basic(message, 'h', &descriptor);
+  return result < 0 ? result : Container::Close(message);
+}
+
+int AppendTexts(sd_bus_message* message, const Texts& texts) {
+  int result = Container::Open(message, 'v', "a{ss}");
+  if (result >= 0) result = Container::Open(message, 'a', "{ss}");
+  for (const auto& [name, text] : texts) {
+    if (result >= 0) result = sd_bus_message_append(message, "{ss}", name.c_str(), text.c_str());
+  }
+  if (result >= 0) result = Container::Close(message);
+  return result < 0 ? result : Container::Close(message);
+}
+
+int AppendOption(sd_bus_message* message, const std::string& name, const Option& option) {
   int result = Container::Open(message, 'e', "sv");
   if (result >= 0) result = sd_bus_message_append_basic(message, 's', name.c_str());
-  if (result >= 0) result = Container::Open(message, 'v', "h");
-  if (result >= 0) result = sd_bus_message_append_basic(message, 'h', &descriptor);
-  if (result >= 0) result = Container::Close(message);
+  if (result < 0) return result;
+  if (const auto* descriptor = std::get_if<Files::FileDescriptor>(&option)) {
+    result = AppendDescriptor(message, descriptor->Get());
+  } else if (const auto* texts = std::get_if<Texts>(&option)) {
+    result = AppendTexts(message, *texts);
+  } else {
+    result = -EINVAL;
+  }
   return result < 0 ? result : Container::Close(message);
 }
 
@@ -108,16 +129,34 @@ int ReadDescriptor(sd_bus_message* message, Files::FileDescriptor& descriptor) {
   return descriptor ? Container::Exit(message) : -errno;
 }
 
-int ReadDescriptorOption(sd_bus_message* message, DescriptorOptions& options) {
+int ReadTexts(sd_bus_message* message, Texts& texts) {
+  int result = Container::Enter(message, 'v', "a{ss}");
+  if (result >= 0) result = Container::Enter(message, 'a', "{ss}");
+  while (result >= 0 && !Container::IsAtEnd(message)) {
+    const char* name = nullptr;
+    const char* text = nullptr;
+    result = sd_bus_message_read(message, "{ss}", &name, &text);
+    if (result >= 0) texts[name] = text;
+  }
+  if (result >= 0) result = Container::Exit(message);
+  return result < 0 ? result : Container::Exit(message);
+}
+
+int ReadOption(sd_bus_message* message, Options& options) {
   std::string name;
   const char* contents = nullptr;
   int result = Container::Enter(message, 'e', "sv");
   if (result >= 0) result = ReadText(message, 's', name);
   if (result >= 0) result = sd_bus_message_peek_type(message, nullptr, &contents);
   if (result < 0) return result;
-  Files::FileDescriptor& descriptor = options[name];
-  const bool isDescriptor = std::string_view(contents) == "h";
-  result = isDescriptor ? ReadDescriptor(message, descriptor) : sd_bus_message_skip(message, "v");
+  Option& option = options[name];
+  if (std::string_view(contents) == "h") {
+    result = ReadDescriptor(message, option.emplace<Files::FileDescriptor>());
+  } else if (std::string_view(contents) == "a{ss}") {
+    result = ReadTexts(message, option.emplace<Texts>());
+  } else {
+    result = sd_bus_message_skip(message, "v");
+  }
   return result < 0 ? result : Container::Exit(message);
 }
 
@@ -163,17 +202,17 @@ int Codec<ObjectPath>::Read(sd_bus_message* message, ObjectPath& path) {
   return ReadText(message, 'o', path.text);
 }
 
-int Codec<DescriptorOptions>::Append(sd_bus_message* message, const DescriptorOptions& options) {
+int Codec<Options>::Append(sd_bus_message* message, const Options& options) {
   int result = Container::Open(message, 'a', "{sv}");
-  for (const auto& [name, descriptor] : options) {
-    if (result >= 0) result = AppendDescriptorOption(message, name, descriptor.Get());
+  for (const auto& [name, option] : options) {
+    if (result >= 0) result = AppendOption(message, name, option);
   }
   return result < 0 ? result : Container::Close(message);
 }
 
-int Codec<DescriptorOptions>::Read(sd_bus_message* message, DescriptorOptions& options) {
+int Codec<Options>::Read(sd_bus_message* message, Options& options) {
   int result = Container::Enter(message, 'a', "{sv}");
-  while (result >= 0 && !Container::IsAtEnd(message)) result = ReadDescriptorOption(message, options);
+  while (result >= 0 && !Container::IsAtEnd(message)) result = ReadOption(message, options);
   return result < 0 ? result : Container::Exit(message);
 }
 

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <tuple>
+#include <variant>
 #include <vector>
 
 struct sd_bus_message;
@@ -123,14 +124,16 @@ struct Codec<PropertyList::Value> {
   [[nodiscard]] static int Read(sd_bus_message* message, PropertyList::Value& value);
 };
 
-// The options ("a{sv}") of a call of which only descriptors ("h") count: read, an option of another kind has
-// none; sent, each has one.
-using DescriptorOptions = std::map<std::string, Files::FileDescriptor>;
+// The options ("a{sv}") of a call: descriptors ("h") and texts by their names ("a{ss}"). Read, one of another
+// kind is neither; none such is sent.
+using Texts = std::map<std::string, std::string>;
+using Option = std::variant<std::monostate, Files::FileDescriptor, Texts>;
+using Options = std::map<std::string, Option>;
 template <>
-struct Codec<DescriptorOptions> {
+struct Codec<Options> {
   static std::string Signature() { return "a{sv}"; }
-  [[nodiscard]] static int Append(sd_bus_message* message, const DescriptorOptions& options);
-  [[nodiscard]] static int Read(sd_bus_message* message, DescriptorOptions& options);
+  [[nodiscard]] static int Append(sd_bus_message* message, const Options& options);
+  [[nodiscard]] static int Read(sd_bus_message* message, Options& options);
 };
 
 template <class... Types>

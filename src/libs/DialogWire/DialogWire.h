@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,15 +18,6 @@ namespace DialogWire {
 // The programs, in the plug-in's bundle.
 inline constexpr const char* kTerminalProgram = "servicerecord-dialog";
 inline constexpr const char* kWindowProgram = "servicerecord-dialog-window";
-
-// Whether the one with windows is worth a try.
-[[nodiscard]] inline bool MayHaveDisplay() {
-  for (const char* const variable : {"WAYLAND_DISPLAY", "DISPLAY"}) {
-    const char* const value = std::getenv(variable);
-    if (value != nullptr && *value != '\0') return true;
-  }
-  return false;
-}
 
 inline constexpr std::string_view kHeaderWord = "ServiceRecordUI";
 inline constexpr std::uint32_t kVersion = 1;

@@ -100,7 +100,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-std::optional<pid_t> Spawn(std::vector<std::string> command, const Descriptors& descriptors) {
+std::optional<pid_t> Spawn(std::vector<std::string> command, std::vector<std::string> environment,
+                           const Descriptors& descriptors) {
   posix_spawn_file_actions_t actionsStorage;
   posix_spawnattr_t attributesStorage;
   if (::posix_spawn_file_actions_init(&actionsStorage) != 0) return std::nullopt;
@@ -112,9 +113,10 @@ std::optional<pid_t> Spawn(std::vector<std::string> command, const Descriptors& 
   }
 
   const std::vector<char*> arguments = Pointers(command);
+  const std::vector<char*> variables = Pointers(environment);
   pid_t id = -1;
-  if (::posix_spawn(&id, arguments.front(), actions.get(), attributes.get(), arguments.data(), environ) !=
-      0) {
+  if (::posix_spawn(&id, arguments.front(), actions.get(), attributes.get(), arguments.data(),
+                    environment.empty() ? environ : variables.data()) != 0) {
     return std::nullopt;
   }
   return id;
@@ -148,15 +150,16 @@ bool WouldBlock(int error) {
 }  // namespace
 
 std::optional<HelperProcess> HelperProcess::Start(const std::filesystem::path& program,
-                                                  std::vector<std::string> arguments, int given) {
+                                                  std::vector<std::string> arguments, int given,
+                                                  std::vector<std::string> environment) {
   Channel input = MakeInput();
   Channel output = MakeOutput();
   if (!input || !output || !MakeNonBlocking(input.ours) || !MakeNonBlocking(output.ours)) return std::nullopt;
 
   const Files::FileDescriptor copy = CopyOfGiven(given);
   arguments.insert(arguments.begin(), program.string());
-  const std::optional<pid_t> id =
-      Spawn(std::move(arguments), {input.theirs.Get(), output.theirs.Get(), copy.Get()});
+  const std::optional<pid_t> id = Spawn(std::move(arguments), std::move(environment),
+                                        {input.theirs.Get(), output.theirs.Get(), copy.Get()});
   if (!id) return std::nullopt;
   Files::FileDescriptor process(::pidfd_open(*id, 0));
   if (!process) {

@@ -23,10 +23,12 @@ class HelperProcess {
   static constexpr int kGivenDescriptor = 3;
 
   // Its arguments are its name and `arguments`, which everybody on the machine can read. `given` is shared
-  // with the program; -1: none. Nothing when the program cannot be started.
+  // with the program; -1: none. `environment` holds its variables as NAME=value; empty: this process's own.
+  // Nothing when the program cannot be started.
   [[nodiscard]] static std::optional<HelperProcess> Start(const std::filesystem::path& program,
                                                           std::vector<std::string> arguments = {},
-                                                          int given = -1);
+                                                          int given = -1,
+                                                          std::vector<std::string> environment = {});
 
   HelperProcess(HelperProcess&&) noexcept;
   HelperProcess& operator=(HelperProcess&&) = delete;

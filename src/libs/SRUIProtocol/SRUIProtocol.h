@@ -25,7 +25,7 @@
 extern "C" {
 #endif
 
-#define SRUI_PROTOCOL_VERSION 2u
+#define SRUI_PROTOCOL_VERSION 3u
 #define SRUI_EXPORT __attribute__((visibility("default")))
 
 /* What the agent offers the module. A later version only appends members. */
@@ -50,6 +50,14 @@ typedef struct SRUIHost {
    * any more. -1: never.
    */
   int withdrawalDescriptor;
+
+  /*
+   * Since version 3, and for the same dialogs, but read during the call only: the desktop on which they are
+   * to be asked where there is no terminalDescriptor. Variables of a program's environment, each
+   * "NAME=value", with a null pointer behind the last, which stand in place of all of that kind in the
+   * module's own. NULL, or none: the module chooses.
+   */
+  const char* const* desktop;
 } SRUIHost;
 
 /* What addStore and replaceStore return when nobody could be asked; since version 2. */

@@ -154,8 +154,10 @@ void CredentialProgram::Change(std::string_view action, const CredentialKey& key
 std::optional<CredentialWire::CredentialMessage> CredentialProgram::Exchange(
     std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds,
     const QuestionPlace& place) const {
-  std::optional<HelperProgram::HelperProcess> process =
-      HelperProgram::HelperProcess::Start(program_, {std::string(action)}, place.terminal);
+  std::vector<std::string> environment;
+  if (!place.desktop.empty()) environment = Display::EnvironmentOn(place.desktop);
+  std::optional<HelperProgram::HelperProcess> process = HelperProgram::HelperProcess::Start(
+      program_, {std::string(action)}, place.terminal, std::move(environment));
   if (!process) {
     WardenLog::Write(WardenLog::kFailure, "Warden: cannot start " + program_.string());
     return std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libs/CredentialWire/Secret.h"
+#include "libs/Display/DisplayVariables.h"
 
 #include <cstdint>
 #include <string>
@@ -28,11 +29,12 @@ struct Credentials {
   bool remember = false;
 };
 
-// Where the user is asked. The descriptors are borrowed; -1 for none.
+// Where the user is asked. The descriptors are borrowed; -1 for none. Without a desktop it is this program's.
 struct QuestionPlace {
   std::string storeName = {};
   int terminal = -1;
   int withdrawal = -1;  // readable when nobody wants the answer any more
+  Display::Variables desktop = {};
 };
 
 struct CredentialQuestion {

@@ -116,6 +116,12 @@ typedef struct MorvaneWardenQuestions {
    * request; -1: never. Only polled, and open until the context is destroyed.
    */
   int WithdrawalDescriptor;
+  /*
+   * The desktop to ask on where there is no terminal: variables of the credential program's environment, each
+   * "NAME=value" as the system has them, with a null pointer behind the last, which stand in place of all of
+   * that kind in this program's own. Null, or none: it has those of this program.
+   */
+  const char* const* Desktop;
 } MorvaneWardenQuestions;
 
 typedef struct MorvaneWardenConnection MorvaneWardenConnection;

@@ -62,8 +62,8 @@ bool RequestContext::ForceRoute(const MorvaneWardenRoute& route) {
 }
 
 void RequestContext::SetQuestions(const MorvaneWardenQuestions& questions) {
-  authentication_.SetPlace(
-      {Narrow(questions.StoreName), questions.TerminalDescriptor, questions.WithdrawalDescriptor});
+  authentication_.SetPlace({Narrow(questions.StoreName), questions.TerminalDescriptor,
+                            questions.WithdrawalDescriptor, Display::CopyOf(questions.Desktop)});
 }
 
 MorvaneWardenAction RequestContext::Prepare() {

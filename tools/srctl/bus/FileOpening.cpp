@@ -2,6 +2,7 @@
 
 #include "bus/DictionaryEntries.h"
 #include "libs/Bus/ServiceNames.h"
+#include "libs/Display/DisplayVariables.h"
 
 #include <fcntl.h>
 
@@ -71,9 +72,11 @@ Bus::Result<> FileOpening::AddMatches() {
 }
 
 Bus::Result<> FileOpening::Ask(const std::string& absolutePath, int terminal) {
-  Bus::DescriptorOptions options;
+  Bus::Options options;
   if (terminal >= 0) {
     options.emplace("terminal", Files::FileDescriptor(::fcntl(terminal, F_DUPFD_CLOEXEC, 0)));
+  } else {
+    options.emplace("desktop", Display::ByName(Display::OfThisProcess()));
   }
   return bus_->AddCall(bus_->Bus().CallAsync(
       kOpenings, {.timeOut = kAnswerTime}, "Open",

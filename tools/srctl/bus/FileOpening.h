@@ -33,8 +33,8 @@ class FileOpening {
   FileOpening(const FileOpening&) = delete;
   FileOpening& operator=(const FileOpening&) = delete;
 
-  // Once. Waits for as long as the user takes. `terminal`: where he is to be asked, or -1. Blocks SIGINT in
-  // this thread, for good.
+  // Once. Waits for as long as the user takes. `terminal`: where he is to be asked, or -1: on the desktop
+  // that this process has, or where the agent finds one. Blocks SIGINT in this thread, for good.
   [[nodiscard]] End Run(const std::string& absolutePath, int terminal);
 
   // As the bus names it.

@@ -2,6 +2,7 @@
 
 #include "libs/Bus/ServiceNames.h"
 #include "libs/Desktop/DesktopIntegration.h"
+#include "libs/Display/DisplayVariables.h"
 #include "libs/Files/AtomicFile.h"
 #include "libs/Files/PreferencePath.h"
 #include "libs/Files/PropertyListFile.h"
@@ -9,7 +10,6 @@
 #include "libs/Files/UserDefaults.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/SRUIProtocol/PlugInDescription.h"
-#include "opening/OwnDesktop.h"
 #include "opening/OwnTerminal.h"
 
 #include <fcntl.h>
@@ -130,9 +130,8 @@ Finding CheckCredentialProgram(const fs::path& folder) {
 }
 
 Finding CheckQuestions() {
-  if (HasDesktop()) {
-    return {Result::Ok, "questions",
-            "srctl open has you asked in a window of your desktop, if the agent was started on one."};
+  if (!Display::OfThisProcess().empty()) {
+    return {Result::Ok, "questions", "srctl open has you asked in a window of your desktop."};
   }
   const std::optional<OwnTerminal> terminal = OwnTerminal::Find();
   if (!terminal) {

@@ -1,9 +1,9 @@
 #include "opening/OpenCommand.h"
 
 #include "bus/FileOpening.h"
+#include "libs/Display/DisplayVariables.h"
 #include "libs/Text/TextHelpers.h"
 #include "opening/OpeningReport.h"
-#include "opening/OwnDesktop.h"
 #include "opening/OwnTerminal.h"
 #include "print/Reports.h"
 
@@ -152,7 +152,8 @@ Status Open(const std::vector<std::string>& given, QuestionPlace place) {
   std::vector<NamedFile> files;
   if (const std::string problem = Locate(given, files); !problem.empty()) return Refuse(problem);
   std::optional<OwnTerminal> terminal;
-  if (place == QuestionPlace::Terminal || (place == QuestionPlace::Anywhere && !HasDesktop())) {
+  if (place == QuestionPlace::Terminal ||
+      (place == QuestionPlace::Anywhere && Display::OfThisProcess().empty())) {
     terminal = OwnTerminal::Find();
     if (!terminal) {
       return RefuseToAsk(

@@ -2,6 +2,7 @@
 
 #include "Agent/Reading.h"
 #include "libs/Bus/ServiceNames.h"
+#include "libs/Display/DisplayVariables.h"
 
 #include <memory>
 #include <string_view>
@@ -40,6 +41,19 @@ SavedState ReadState(GVariant* property) {
   const VariantPtr value(g_variant_get_variant(property));
   const bool isWord = g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING) != FALSE;
   return isWord ? Reading::StateOf(g_variant_get_string(value.get(), nullptr)) : SavedState::Good;
+}
+
+// That whoever has to be asked is asked on the desktop that this window is on.
+GVariant* OnThisDesktop() {
+  GVariantBuilder desktop;
+  g_variant_builder_init(&desktop, G_VARIANT_TYPE("a{ss}"));
+  for (const auto& [name, value] : Display::ByName(Display::OfThisProcess())) {
+    g_variant_builder_add(&desktop, "{ss}", name.c_str(), value.c_str());
+  }
+  GVariantBuilder options;
+  g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
+  g_variant_builder_add(&options, "{sv}", "desktop", g_variant_builder_end(&desktop));
+  return g_variant_builder_end(&options);
 }
 
 }  // namespace
@@ -161,7 +175,7 @@ void AgentConnection::SetDefaultGateway(const std::string& id, const std::string
 }
 
 void AgentConnection::OpenFile(const std::string& absolutePath, const Answer<std::uint64_t>& answer) {
-  Call(kOpenings, "Open", g_variant_new("(sa{sv})", absolutePath.c_str(), nullptr), "(t)", kSoon,
+  Call(kOpenings, "Open", g_variant_new("(s@a{sv})", absolutePath.c_str(), OnThisDesktop()), "(t)", kSoon,
        ReadingOne(answer, [](GVariant* value) { return std::uint64_t{g_variant_get_uint64(value)}; }));
 }
 

@@ -18,10 +18,17 @@ namespace Agent {
 namespace {
 
 constexpr char kTerminalOption[] = "terminal";
+constexpr char kDesktopOption[] = "desktop";
 
 bool IsTerminal(const Files::FileDescriptor& descriptor) {
   const int flags = descriptor ? ::fcntl(descriptor.Get(), F_GETFL) : -1;
   return flags >= 0 && (flags & O_ACCMODE) == O_RDWR && ::isatty(descriptor.Get()) == 1;
+}
+
+Display::Variables VariablesOf(const Bus::Texts& texts) {
+  Display::Variables variables;
+  for (const auto& [name, value] : texts) variables.push_back(name + "=" + value);
+  return Display::Among(variables);
 }
 
 std::string NameOf(ListChange::Kind kind) {
@@ -69,8 +76,9 @@ std::vector<Dictionary> Described(const std::vector<Opening::Store>& stores) {
 Bus::Result<> OpeningsBusObject::Serve() {
   Bus::Interface interface(Bus::ServiceNames::kOpeningsInterface);
   interface.Method("Open", {"path", "options"}, {"id"},
-                   [this](const Bus::Caller& caller, const std::string& path,
-                          Bus::DescriptorOptions options) { return Open(caller, path, std::move(options)); });
+                   [this](const Bus::Caller& caller, const std::string& path, Bus::Options options) {
+                     return Open(caller, path, std::move(options));
+                   });
   interface.Signal<std::uint64_t, std::string, std::vector<Dictionary>>(Bus::ServiceNames::kFinishedSignal,
                                                                         {"id", "outcome", "stores"});
   interface.Signal<std::vector<Dictionary>>(Bus::ServiceNames::kStoresChangedSignal, {"changes"});
@@ -78,15 +86,24 @@ Bus::Result<> OpeningsBusObject::Serve() {
 }
 
 Bus::Result<std::uint64_t> OpeningsBusObject::Open(const Bus::Caller& caller, const std::string& path,
-                                                   Bus::DescriptorOptions options) {
+                                                   Bus::Options options) {
   Files::FileDescriptor terminal;
   if (const auto option = options.find(kTerminalOption); option != options.end()) {
-    if (!IsTerminal(option->second)) return Bus::Error::InvalidArguments("the option is no terminal");
-    terminal = std::move(option->second);
+    auto* const given = std::get_if<Files::FileDescriptor>(&option->second);
+    if (given == nullptr || !IsTerminal(*given))
+      return Bus::Error::InvalidArguments("the option is no terminal");
+    terminal = std::move(*given);
+  }
+  Display::Variables desktop;
+  if (const auto option = options.find(kDesktopOption); option != options.end()) {
+    const auto* const given = std::get_if<Bus::Texts>(&option->second);
+    if (given == nullptr) return Bus::Error::InvalidArguments("the option is no desktop");
+    desktop = VariablesOf(*given);
   }
   if (!HasRoomFor(caller.name)) return Bus::Error::LimitsExceeded("too many files are being opened already");
   const std::uint64_t id = openings_.Start({.path = path,
                                             .terminal = std::move(terminal),
+                                            .desktop = std::move(desktop),
                                             .isWithdrawable = true,
                                             .finished = [this](const Opening& opening) { Tell(opening); }});
   Bus::Result<Bus::PeerWatch> watch = bus_.WatchPeer(caller.name, [this, id] { openings_.Withdraw(id); });

@@ -31,7 +31,7 @@ class OpeningsBusObject {
 
  private:
   [[nodiscard]] Bus::Result<std::uint64_t> Open(const Bus::Caller& caller, const std::string& path,
-                                                Bus::DescriptorOptions options);
+                                                Bus::Options options);
   [[nodiscard]] bool HasRoomFor(const std::string& caller) const;
   void Tell(const ServiceRecords::Opening& opening);
 

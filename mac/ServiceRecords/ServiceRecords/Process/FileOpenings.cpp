@@ -19,7 +19,11 @@ std::uint64_t FileOpenings::Start(Request request) {
   file->terminal = std::move(request.terminal);
   if (request.isWithdrawable) file->withdrawal.emplace();
   const int withdrawal = file->withdrawal ? file->withdrawal->Descriptor() : -1;
-  file->opening.emplace(Opening::Origin{id, std::move(request.path), file->terminal.Get(), withdrawal});
+  file->opening.emplace(Opening::Origin{.id = id,
+                                        .path = std::move(request.path),
+                                        .terminalDescriptor = file->terminal.Get(),
+                                        .desktop = std::move(request.desktop),
+                                        .withdrawalDescriptor = withdrawal});
   open_.emplace(id, Entry{file, std::move(request.finished)});
   const auto end = std::make_shared<AtEnd>(
       [this, id](bool /*result*/) { MainLoop::Main().Post([this, id] { Finish(id); }); });

@@ -23,6 +23,7 @@ class FileOpenings {
   struct Request {
     std::string path;
     Files::FileDescriptor terminal = {};  // on which to ask; closed when the opening has finished
+    Display::Variables desktop = {};      // on which to ask otherwise
     bool isWithdrawable = false;
     Finished finished = nullptr;  // called on the main thread, once
   };

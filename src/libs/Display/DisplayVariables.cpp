@@ -1,0 +1,83 @@
+#include "libs/Display/DisplayVariables.h"
+
+#include "libs/Text/TextHelpers.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <string_view>
+
+namespace Display {
+namespace {
+
+// The first ones name a display.
+constexpr std::array<std::string_view, 2> kDisplays{"WAYLAND_DISPLAY", "DISPLAY"};
+constexpr std::array<std::string_view, 9> kNames{kDisplays[0], kDisplays[1],          "GDK_BACKEND",
+                                                 "XAUTHORITY", "XDG_CURRENT_DESKTOP", "LANGUAGE",
+                                                 "LC_ALL",     "LC_MESSAGES",         "LANG"};
+
+std::string_view NameOf(std::string_view variable) {
+  return variable.substr(0, variable.find('='));
+}
+
+bool IsOfDesktop(std::string_view variable) {
+  return std::ranges::find(kNames, NameOf(variable)) != kNames.end();
+}
+
+bool NamesDisplay(std::string_view variable) {
+  const std::string_view name = NameOf(variable);
+  return variable.size() > name.size() + 1 && std::ranges::find(kDisplays, name) != kDisplays.end();
+}
+
+Variables Environment() {
+  return CopyOf(environ);
+}
+
+}  // namespace
+
+Variables Among(const Variables& environment) {
+  if (std::ranges::none_of(environment, NamesDisplay)) return {};
+  Variables desktop;
+  std::ranges::copy_if(environment, std::back_inserter(desktop), [](const std::string& variable) {
+    return IsOfDesktop(variable) && util::IsUTF8(variable);
+  });
+  return desktop;
+}
+
+Variables OfThisProcess() {
+  return Among(Environment());
+}
+
+Variables EnvironmentOn(const Variables& desktop) {
+  Variables environment = Environment();
+  std::erase_if(environment, IsOfDesktop);
+  environment.insert(environment.end(), desktop.begin(), desktop.end());
+  return environment;
+}
+
+std::map<std::string, std::string> ByName(const Variables& variables) {
+  std::map<std::string, std::string> byName;
+  for (const std::string& variable : variables) {
+    const std::string name(NameOf(variable));
+    byName[name] = variable.substr(name.size() + 1);
+  }
+  return byName;
+}
+
+std::vector<const char*> PointersTo(const Variables& variables) {
+  std::vector<const char*> pointers;
+  pointers.reserve(variables.size() + 1);
+  for (const std::string& variable : variables) pointers.push_back(variable.c_str());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+Variables CopyOf(const char* const* variables) {
+  Variables copies;
+  for (; variables != nullptr && *variables != nullptr; ++variables) copies.emplace_back(*variables);
+  return copies;
+}
+
+}  // namespace Display

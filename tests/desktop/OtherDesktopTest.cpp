@@ -1,0 +1,35 @@
+#include "desktop/DesktopTest.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+using TestSupport::ChildProcess;
+using TestSupport::DesktopTest;
+using TestSupport::ScreenBefore;
+using TestSupport::VirtualScreen;
+
+// The agent was started without a desktop, as by the first log-on over SSH; afterwards the user sits down at
+// one.
+class OtherDesktop : protected ScreenBefore<VirtualScreen>, public DesktopTest {
+ protected:
+  OtherDesktop() : DesktopTest({}) { agent_.Start(); }
+
+  // What the programs on the desktop run with.
+  [[nodiscard]] std::vector<std::string> OnTheDesktop() const {
+    std::vector<std::string> environment = agent_.Environment();
+    environment.push_back("DISPLAY=" + screen_.Display());
+    return environment;
+  }
+};
+
+TEST_F(OtherDesktop, SrctlHasTheUserAskedOnItsOwn) {
+  ChildProcess srctl(
+      {(agent_.Prefix() / "bin/srctl").string(), "open", OpenableFile("a.cr", {Store("s1", "One")})},
+      OnTheDesktop());
+  Press("Add store");
+  EXPECT_EQ(srctl.Wait(), 0);
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+}  // namespace
