@@ -4,6 +4,7 @@
 #include "support/NotificationService.h"
 #include "support/OpeningClient.h"
 #include "support/PseudoTerminal.h"
+#include "support/ServiceManager.h"
 #include "support/TestFiles.h"
 
 #include <fcntl.h>
@@ -161,6 +162,16 @@ TEST_F(OpenedFiles, WithoutADisplayInTheCallTheAgentsIsUsed) {
   Start({"DISPLAY=:1"});
   EXPECT_EQ(client_->OpenAndAwait(OneStore(), {{"LANGUAGE", "de"}, {"DISPLAY", ""}}).outcome, "added");
   EXPECT_THAT(WindowVariables(), AllOf(Contains("DISPLAY=:1"), Not(Contains("LANGUAGE=de"))));
+}
+
+TEST_F(OpenedFiles, WithoutADesktopInTheCallTheOneThatTheServiceManagerKnowsIsUsed) {
+  ScriptWindows();
+  Start({"DISPLAY=:1"});
+  const TestSupport::ServiceManager manager(agent_.BusAddress(), {"LD_PRELOAD=/evil.so", "DISPLAY=:2"});
+  EXPECT_EQ(client_->OpenAndAwait(OneStore()).outcome, "added");
+  EXPECT_THAT(WindowVariables(), AllOf(Contains("DISPLAY=:2"), Not(Contains(HasSubstr("evil")))));
+  EXPECT_EQ(client_->OpenAndAwait(OneStore("b.cr"), {{"DISPLAY", ":3"}}).outcome, "replaced");
+  EXPECT_THAT(WindowVariables(), Contains("DISPLAY=:3"));
 }
 
 TEST_F(OpenedFiles, WhatIsNoDesktopIsRefused) {

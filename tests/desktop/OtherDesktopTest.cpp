@@ -1,4 +1,5 @@
 #include "desktop/DesktopTest.h"
+#include "support/ServiceManager.h"
 
 using testing::ElementsAre;
 
@@ -7,6 +8,7 @@ namespace {
 using TestSupport::ChildProcess;
 using TestSupport::DesktopTest;
 using TestSupport::ScreenBefore;
+using TestSupport::ServiceManager;
 using TestSupport::VirtualScreen;
 
 // The agent was started without a desktop, as by the first log-on over SSH; afterwards the user sits down at
@@ -30,6 +32,14 @@ TEST_F(OtherDesktop, SrctlHasTheUserAskedOnItsOwn) {
   Press("Add store");
   EXPECT_EQ(srctl.Wait(), 0);
   EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
+}
+
+TEST_F(OtherDesktop, ADoubleClickAsksOnTheOneThatTheServiceManagerKnows) {
+  const ServiceManager manager(agent_.BusAddress(), {"PATH=/usr/bin", "DISPLAY=" + screen_.Display()});
+  ChildProcess desktop({"gio", "open", OpenableFile("a.cr", {Store("s1", "One")})}, OnTheDesktop());
+  Press("Add store");
+  EXPECT_EQ(desktop.Wait(), 0);
+  Reader().WaitUntil("the store", [&] { return StoreIDs() == std::vector<std::string>{"s1"}; });
 }
 
 }  // namespace

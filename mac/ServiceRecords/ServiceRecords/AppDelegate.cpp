@@ -13,6 +13,7 @@
 #include "Process/DesktopNotifications.h"
 #include "Process/FileOpenings.h"
 #include "Process/MainLoop.h"
+#include "Process/SessionDesktop.h"
 #include "ResourceKeeper.h"
 #include "SRLib/SRProvider.h"
 #include "ServiceRecordMain.h"
@@ -73,6 +74,13 @@ bool IsUnasked(const Opening& opening) {
   const std::vector<Opening::Store> stores = opening.Stores();
   return std::ranges::any_of(
       stores, [](const Opening::Store& store) { return store.outcome == Openings::Outcome::CouldNotAsk; });
+}
+
+// Whoever did not say where his desktop is means the user's: a double click comes from it without a word, and
+// this agent may have been started before it, or on an earlier one.
+void AskWhereTheUserIs() {
+  const Opening::Origin& origin = Opening::OfThisThread()->GetOrigin();
+  if (origin.terminalDescriptor < 0 && origin.desktop.empty()) Opening::AskOn(Agent::SessionDesktop());
 }
 
 void SaveWhatIsUnsaved() {
@@ -141,7 +149,11 @@ void AppDelegate::ServeConnections() {
     client_->BringForward([this, accepted] { notifications_->TellAccepted(accepted); });
   });
   openings_ = std::make_unique<Agent::FileOpenings>(
-      tasks_, [this](const std::string& path) { _serviceRecordsServer->handleServiceRecordFTA(path); },
+      tasks_,
+      [this](const std::string& path) {
+        AskWhereTheUserIs();
+        _serviceRecordsServer->handleServiceRecordFTA(path);
+      },
       [this](const Opening& opening) { TellIfUnreadOrUnasked(opening); });
   if (!ServeObjects()) ExitWith("failed to serve the objects of the agent's services");
 }
