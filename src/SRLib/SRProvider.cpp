@@ -262,7 +262,7 @@ bool SRProvider::VerifyUserTrust(SRStore& store) {
     Opening::NoteDeclined(store.GetStoreID());
   } else {
     Opening::NoteNotVerified(store.GetStoreID(), ReasonOf(details));
-    TellNotVerified(asked, details);
+    TellNotVerified(store, asked, details);
   }
   return false;
 }
@@ -275,10 +275,11 @@ std::wstring SRProvider::ReasonOf(const SSLValidationDetails& details) const {
                             : util::kReasonNotReached);
 }
 
-void SRProvider::TellNotVerified(const std::wstring& url, const SSLValidationDetails& details) const {
+void SRProvider::TellNotVerified(const SRStore& store, const std::wstring& url,
+                                 const SSLValidationDetails& details) const {
   std::wstring message;
   for (const std::wstring& error : details.Errors) message += error + L" ";
-  const DialogSubject subject(ServerProblem{url, details.Reason, details.TechnicalDetails});
+  const DialogSubject subject(ServerProblem{url, store.GetStoreName(), details.Reason, details.TechnicalDetails});
   Notification()->ShowSRErrorDialog(parts_.message(util::kMessageStoreTitle), message);
 }
 
@@ -348,7 +349,9 @@ std::shared_ptr<const std::set<std::wstring>> SRProvider::WatchRemovals() {
 }
 
 bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled) {
-  const DialogSubject subject(ServerProblem{store.GetStoreURL()});
+  // That it is not confirmed sounds as if it had not been added.
+  const DialogSubject subject(
+      ServerProblem{store.GetStoreURL(), store.GetStoreName(), parts_.message(util::kReasonInList)});
   std::wstring response;
   if (!MakeConnection(store, response, canceled)) {
     if (!canceled) ShowError(util::kMessageStoreTitle, util::kMessageDiscoveryConnectionFailed);

@@ -147,7 +147,8 @@ class SRProvider {
   // Why the server is not trusted.
   [[nodiscard]] std::wstring ReasonOf(const SSLValidationDetails& details) const;
   // Tells the user that the server at this URL is not trusted.
-  void TellNotVerified(const std::wstring& url, const SSLValidationDetails& details) const;
+  void TellNotVerified(const SRStore& store, const std::wstring& url,
+                       const SSLValidationDetails& details) const;
   // Tells the user that an opened file counts as one without stores.
   void TellNoStores() const;
   bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,

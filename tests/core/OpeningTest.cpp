@@ -321,16 +321,33 @@ TEST_F(DialogSubjectTest, TheErrorIsAboutTheServerThatWasAskedLast) {
   SSLOutcome refused = SSLOutcome::Failed(SSLValidationDetails::kCertificatesNotFetched, {L"refused"});
   refused.reason = L"It has expired.";
   validations_.Answer(L"https://s", refused);
-  EXPECT_CALL(notifications_, ShowSRErrorDialog).WillOnce([](auto&&...) {
+  EXPECT_CALL(notifications_, ShowSRErrorDialog).WillOnce([&store](auto&&...) {
     const auto* const problem = DialogSubject::OfThisThread<ServerProblem>();
     EXPECT_NE(problem, nullptr);
     if (problem != nullptr) {
       EXPECT_EQ(problem->url, L"https://s");
+      EXPECT_EQ(problem->storeName, store.GetStoreName());
       EXPECT_EQ(problem->reason, L"It has expired.");
     }
     return -1;
   });
   EXPECT_FALSE(provider_.VerifyUserTrust(store));
+}
+
+TEST_F(DialogSubjectTest, AnErrorOfAConfirmationSaysThatItsStoreIsInTheListAllTheSame) {
+  SRStore store = Store(L"s", L"https://s");
+  EXPECT_CALL(notifications_, ShowSRErrorDialog).WillOnce([&store](auto&&...) {
+    const auto* const problem = DialogSubject::OfThisThread<ServerProblem>();
+    EXPECT_NE(problem, nullptr);
+    if (problem != nullptr) {
+      EXPECT_EQ(problem->storeName, store.GetStoreName());
+      EXPECT_EQ(problem->reason, MessageOf(util::kReasonInList));
+    }
+    return -1;
+  });
+  std::wstring document;
+  bool canceled = false;
+  EXPECT_FALSE(provider_.VerifyDSTrust(store, document, canceled));
 }
 
 }  // namespace

@@ -36,6 +36,20 @@ TEST_F(ErrorDialog, ShowsAllErrorsOfAnOpeningInOneWindow) {
   EXPECT_EQ(Count([](const Control& control) { return control.role == Role::Dialog; }), 1);
 }
 
+TEST_F(ErrorDialog, NamesTheStoreOfEachErrorAndSaysWhichOneIsInTheListAllTheSame) {
+  StartAgent();
+  StoreText unconfirmed = Store("s3", "Three");
+  const std::string file =
+      OpenableFile("three.cr", {Unreachable("s1", "One"), Unreachable("s2", "Two"), unconfirmed});
+  Serve(unconfirmed, "no discovery document");
+  BeginToOpen(file);
+  Press("Add store");
+  AwaitHandled();
+  Reader().WaitFor(Role::Label, "The store is in your list all the same.");
+  for (const char* const store : {"One", "Two", "Three"}) Reader().WaitFor(Role::Label, store);
+  EXPECT_THAT(StoreIDs(), testing::ElementsAre("s3"));
+}
+
 TEST_F(ErrorDialog, SaysThatTheDetailsWereCopied) {
   OpenInVain({Unreachable("s1", "One")});
   Press("Copy details");

@@ -40,6 +40,7 @@ TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextThatTakesItsArguments) {
                                           {util::kReasonBrokenOff, 0},
                                           {util::kReasonNotRead, 0},
                                           {util::kReasonUnusableName, 0},
+                                          {util::kReasonInList, 0},
                                           {util::kNoticeAdded, 1},
                                           {util::kNoticeReplaced, 1},
                                           {util::kNoticeSeveralAdded, 1},

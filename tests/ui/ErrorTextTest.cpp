@@ -13,6 +13,7 @@ TEST(ErrorTextTest, OfAnOlderAgentThereAreTitleAndMessage) {
   EXPECT_EQ(text.title, "Bad file");
   EXPECT_EQ(text.message, "One.\nTwo.");
   EXPECT_EQ(text.reason, "");
+  EXPECT_EQ(text.store, "");
   EXPECT_EQ(text.server, "");
   EXPECT_EQ(text.file, "");
   EXPECT_EQ(text.ForCopying(), "Bad file\nOne.\nTwo.\n");
@@ -22,12 +23,13 @@ TEST(ErrorTextTest, WhatIsCopiedIsAllThatIsKnown) {
   const ErrorText text = ErrorText::Of({{"ErrorTitle", "Not verified"},
                                         {"ErrorMessage", "The server:\nhttps://a.example"},
                                         {"ErrorReason", "It expired."},
+                                        {"StoreName", "Sales"},
                                         {"Server", "a.example:443"},
                                         {"DocumentPath", "/home/mia/a.cr"},
                                         {"ErrorDetails", "code 10\ndepth 0"}});
 
   EXPECT_EQ(text.ForCopying(),
-            "Not verified\nThe server:\nhttps://a.example\nIt expired.\nServer: a.example:443\n"
+            "Not verified\nThe server:\nhttps://a.example\nIt expired.\nStore: Sales\nServer: a.example:443\n"
             "File: /home/mia/a.cr\ncode 10\ndepth 0\n");
 }
 
@@ -35,11 +37,13 @@ TEST(ErrorTextTest, NothingThatSomebodyElseWroteIsHiddenOrReordered) {
   const ErrorText text = ErrorText::Of({{"ErrorTitle", "a\u202Eb"},
                                         {"ErrorMessage", "a\u202Eb"},
                                         {"ErrorReason", "a\u202Eb"},
+                                        {"StoreName", "a\u202Eb"},
                                         {"Server", "a\u202Eb"},
                                         {"DocumentPath", "a\nb"},
                                         {"ErrorDetails", "a\u202Eb"}});
 
-  for (const std::string& shown : {text.title, text.message, text.reason, text.server, text.details}) {
+  for (const std::string& shown :
+       {text.title, text.message, text.reason, text.store, text.server, text.details}) {
     EXPECT_EQ(shown, "a<U+202E>b");
   }
   EXPECT_EQ(text.file, "a<U+000A>b");

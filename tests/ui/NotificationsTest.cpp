@@ -260,10 +260,11 @@ TEST_F(NotificationsTest, TheReplaceDialogHasTheStoreAsItIsAndAsItWouldBe) {
   EXPECT_EQ(*after.Find("ExternalBeacons"), PropertyList::Value(Array{"https://gw"}));
 }
 
-TEST_F(NotificationsTest, AnErrorNamesTheServerAndSaysWhy) {
+TEST_F(NotificationsTest, AnErrorNamesTheStoreAndItsServerAndSaysWhy) {
   const DialogSubject subject(
-      ServerProblem{L"https://stores.example:8443/page", L"It has expired.", L"code 1"});
+      ServerProblem{L"https://stores.example:8443/page", L"Sales", L"It has expired.", L"code 1"});
   notifications_.ShowSRErrorDialog(L"Title", L"Message");
+  EXPECT_EQ(*Details().Find("StoreName"), PropertyList::Value("Sales"));
   EXPECT_EQ(*Details().Find("Server"), PropertyList::Value("stores.example:8443"));
   EXPECT_EQ(*Details().Find("ErrorReason"), PropertyList::Value("It has expired."));
   EXPECT_EQ(*Details().Find("ErrorDetails"), PropertyList::Value("code 1"));

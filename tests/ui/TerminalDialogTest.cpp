@@ -191,15 +191,17 @@ TEST_F(TerminalDialogTest, TellsWhyAServerCouldNotBeVerified) {
               HasSubstr("  Not verified\r\n\r\n  The server\r\n  It expired."));
 }
 
-TEST_F(TerminalDialogTest, TheErrorBoxTellsTheServerAndTheFile) {
+TEST_F(TerminalDialogTest, TheErrorBoxTellsTheStoreTheServerAndTheFile) {
   const Dictionary details{{"ErrorTitle", "Not verified"},
                            {"ErrorMessage", "Ask\nSomebody"},
+                           {"StoreName", "Sales"},
                            {"Server", "store.example:8443"},
                            {"DocumentPath", "/home/me/" + std::string(300, 'd') + "/a\u202E.cr"}};
   terminal_.SetColumns(1000);
   module_.EntryPoints().errorMessage(PropertyList::Write(details).c_str());
 
   EXPECT_THAT(terminal_.ReadUntil(".cr\r\n"), HasSubstr("  Somebody\r\n\r\n"
+                                                        "  Store:       Sales\r\n"
                                                         "  Server:      store.example:8443\r\n"
                                                         "  File:        /home/me/" +
                                                         std::string(300, 'd') + "/a\uFFFD.cr\r\n"));

@@ -35,6 +35,7 @@ enum MessageId : int {
   kReasonBrokenOff = 1880,
   kReasonNotRead = 1888,
   kReasonUnusableName = 1896,
+  kReasonInList = 1928,
   // What the desktop tells.
   kNoticeAdded = 1816,
   kNoticeReplaced = 1824,

@@ -28,8 +28,9 @@ struct Replacement {
 // The server that an error is about.
 struct ServerProblem {
   std::wstring url;
-  std::wstring reason = {};   // a sentence for the user; may be empty
-  std::wstring details = {};  // for whoever is to help; may be empty
+  std::wstring storeName = {};  // whose server it is
+  std::wstring reason = {};     // a sentence for the user; may be empty
+  std::wstring details = {};    // for whoever is to help; may be empty
 };
 
 // What the dialogs of this thread are about while it lives, beside what they are told.

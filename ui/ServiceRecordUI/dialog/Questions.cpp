@@ -154,7 +154,9 @@ std::string ErrorMessage(const Dictionary& details, std::size_t columns) {
                      Terminal::Indented(Details::Text(details, "ErrorMessage"), columns) + "\n";
   const std::string reason = Details::Text(details, "ErrorReason");
   if (!reason.empty()) text += Terminal::Indented(reason, columns) + "\n";
-  const std::string concerned = LineIfThere("Server:", details, "Server", columns) +
+  const std::string store = Details::Text(details, "StoreName");
+  const std::string concerned = (store.empty() ? std::string() : Line("Store:", Fit(store), columns)) +
+                                LineIfThere("Server:", details, "Server", columns) +
                                 LineIfThere("File:", details, "DocumentPath", columns);
   return concerned.empty() ? text + "\n" : text + "\n" + concerned + "\n";
 }

@@ -27,6 +27,7 @@ ErrorText ErrorText::Of(const Dictionary& details) {
   text.title = ShownText::Name(Details::Text(details, "ErrorTitle"));
   text.message = ShownText::Lines(Details::Text(details, "ErrorMessage"));
   text.reason = ShownText::Whole(Details::Text(details, "ErrorReason"));
+  text.store = ShownText::Name(Details::Text(details, "StoreName"));
   text.server = ShownText::Whole(Details::Text(details, "Server"));
   text.file = ShownText::Whole(Details::Text(details, "DocumentPath"));
   text.details = ShownText::Lines(Details::Text(details, "ErrorDetails"));
@@ -36,6 +37,7 @@ ErrorText ErrorText::Of(const Dictionary& details) {
 std::string ErrorText::ForCopying() const {
   std::string text;
   for (const std::string& line : {title, message, reason}) AddLine(text, line);
+  AddLabelled(text, Translated("Store"), store);
   AddLabelled(text, Translated("Server"), server);
   AddLabelled(text, Translated("File"), file);
   AddLine(text, details);

@@ -17,6 +17,7 @@ struct ErrorText {
   std::string title;
   std::string message;  // several lines
   std::string reason;
+  std::string store;
   std::string server;
   std::string file;
   std::string details;  // several lines

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace Dialogs {
 
@@ -31,10 +32,11 @@ GtkWidget* MakeMessage(const ErrorText& text) {
   AppendLabel(GTK_BOX(message), text.title, "title-2");
   AppendLabel(GTK_BOX(message), text.message, "body");
   AppendLabel(GTK_BOX(message), text.reason, "body");
-  if (!text.server.empty()) {
-    gtk_box_append(GTK_BOX(message),
-                   MakeFactList(Translated("Server"), {{Translated("Server"), text.server}}));
-  }
+  std::vector<Fact> concerned;
+  if (!text.store.empty()) concerned.push_back({Translated("Store"), text.store});
+  if (!text.server.empty()) concerned.push_back({Translated("Server"), text.server});
+  if (!concerned.empty())
+    gtk_box_append(GTK_BOX(message), MakeFactList(Translated("What it is about"), concerned));
   return message;
 }
 

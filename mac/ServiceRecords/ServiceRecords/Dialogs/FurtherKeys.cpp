@@ -89,6 +89,7 @@ void AddProblem(Dictionary& details) {
   const auto* const problem = DialogSubject::OfThisThread<ServiceRecords::ServerProblem>();
   if (problem == nullptr) return;
   details.Set("Server", ServerLabel(util::narrow(problem->url)).WithPort());
+  AddText(details, "StoreName", util::narrow(problem->storeName));
   AddText(details, "ErrorReason", util::narrow(problem->reason));
   AddText(details, "ErrorDetails", util::narrow(problem->details));
 }
