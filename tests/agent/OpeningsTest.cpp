@@ -543,6 +543,19 @@ TEST_F(Notices, NeitherDoesAClientThatCanBeLaunched) {
   EXPECT_EQ(desktop_.Shown()[0].summary, "b.cr was not opened") << "the first one";
 }
 
+TEST_F(Notices, AClientIsLaunchedOnTheDesktopOfTheCall) {
+  agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
+               "[Desktop Entry]\nType=Application\nName=Client\nExec=sh -c \"printenv DISPLAY >" +
+                   Launched().string() + "\"\n");
+  Start();
+  client_->OpenAndAwait(OneStore(), {{"DISPLAY", ":8"}});
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] {
+    std::ifstream file(Launched());
+    std::string display;
+    return std::getline(file, display) && display == ":8";
+  }));
+}
+
 TEST_F(Notices, SeveralStoresAreToldTogether) {
   Start();
   client_->OpenAndAwait(OpenableFile("a.cr", {Store("s1", "One"), Store("s2", "Two")}));

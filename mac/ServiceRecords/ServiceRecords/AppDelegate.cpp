@@ -145,9 +145,10 @@ void AppDelegate::ServeConnections() {
   Bus::Connection& bus = *_serviceRecordsConnection;
   notifications_ = std::make_unique<Agent::DesktopNotifications>(bus, util::MessageFromResourceW);
   client_ = std::make_unique<Agent::ClientApplication>(bus);
-  Agent::SetClientActivation([this](const std::vector<Opening::Store>& accepted) {
-    client_->BringForward([this, accepted] { notifications_->TellAccepted(accepted); });
-  });
+  Agent::SetClientActivation(
+      [this](const std::vector<Opening::Store>& accepted, const Display::Variables& desktop) {
+        client_->BringForward(desktop, [this, accepted] { notifications_->TellAccepted(accepted); });
+      });
   openings_ = std::make_unique<Agent::FileOpenings>(
       tasks_,
       [this](const std::string& path) {

@@ -45,11 +45,14 @@ bool IsAccepted(const Opening::Store& store) {
          store.outcome == Openings::Outcome::NotSaved;
 }
 
-std::vector<Opening::Store> AcceptedStores() {
+void BringClientForward() {
   const Opening* const opening = Opening::OfThisThread();
   std::vector<Opening::Store> stores = opening != nullptr ? opening->Stores() : std::vector<Opening::Store>();
   std::erase_if(stores, std::not_fn(IsAccepted));
-  return stores;
+  const Display::Variables desktop = opening != nullptr ? opening->GetOrigin().desktop : Display::Variables();
+  Agent::MainLoop::Main().Post([stores, desktop] {
+    if (TheClientActivation()) TheClientActivation()(stores, desktop);
+  });
 }
 
 // On the location library's thread.
@@ -112,8 +115,6 @@ bool ServiceRecordHandleFTA(const char* path) {
   bool updated = false;  // the announcement does not depend on it
   SRProvider::Instance().OutboundDSConfirm(accepted, updated);
   Agent::AnnounceStores();
-  Agent::MainLoop::Main().Post([stores = AcceptedStores()] {
-    if (TheClientActivation()) TheClientActivation()(stores);
-  });
+  BringClientForward();
   return true;
 }

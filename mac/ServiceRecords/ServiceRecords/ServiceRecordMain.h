@@ -25,7 +25,8 @@ void AnnounceStores();
 
 // What brings the main client forward after these stores were accepted. Set once, on the main thread, before
 // any file is handled; called on the main thread.
-using ClientActivation = std::function<void(const std::vector<ServiceRecords::Opening::Store>& accepted)>;
+using ClientActivation = std::function<void(const std::vector<ServiceRecords::Opening::Store>& accepted,
+                                            const Display::Variables& desktop)>;
 void SetClientActivation(ClientActivation bringForward);
 
 // What tells other programs of changes of the list. Set once, on the main thread, before the list can change;

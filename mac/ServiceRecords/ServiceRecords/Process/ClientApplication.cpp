@@ -20,7 +20,8 @@ std::string ObjectPath(std::string identifier) {
 
 }  // namespace
 
-void ClientApplication::BringForward(std::function<void()> notThere) {
+void ClientApplication::BringForward(const Display::Variables& desktop, std::function<void()> notThere) {
+  desktop_ = desktop;
   notThere_.push_back(std::move(notThere));
   const std::string path = ObjectPath(kIdentifier);
   const Bus::Service application{kIdentifier, path.c_str(), Bus::ServiceNames::kApplicationInterface};
@@ -45,8 +46,10 @@ void ClientApplication::TellNotThere() {
 // By a program that lies beside the agent, so that nothing of the launch stays here.
 void ClientApplication::Launch() {
   if (launch_) return;
+  std::vector<std::string> environment;
+  if (!desktop_.empty()) environment = Display::EnvironmentOn(desktop_);
   auto program = HelperProgram::HelperProcess::Start(Files::Bundle::Main().Path() / "servicerecord-launch",
-                                                     {kIdentifier});
+                                                     {kIdentifier}, -1, std::move(environment));
   if (!program) return TellNotThere();
   launch_.emplace(std::move(*program));
   launchEnd_ = MainLoop::Main().Watch(launch_->Ended(), [this] {
