@@ -63,6 +63,23 @@ TEST_F(LogOnDialog, LogsOnByTheKeyboardAlone) {
   Reader().WaitUntil("the name of the discovery document", [&] { return NameInList() == "Full Name"; });
 }
 
+TEST_F(LogOnDialog, OffersTheUserNameAgainAfterAWrongPassword) {
+  TabTo(Role::PushButton, "Cancel");
+  Type("Tab");
+  Write("demo");
+  Type("Tab");
+  Write("wrong");
+  Usable(Role::PushButton, kLogOn);
+  Type("Return");
+  Reader().WaitFor(Role::Label, "The last answer was not accepted.");
+  // The focus is in the password.
+  Usable(Role::PushButton, kLogOn);
+  Write("secret word");
+  Type("Return");
+  AwaitHandled();
+  Reader().WaitUntil("the name of the discovery document", [&] { return NameInList() == "Full Name"; });
+}
+
 TEST_F(LogOnDialog, LeavesTheStoreAsItIsWhenCancelled) {
   Press("Cancel");
   AwaitHandled();

@@ -112,8 +112,16 @@ TEST_F(CredentialWindowTest, TheWindowIsToldWhoAsksAndForWhat) {
                             {"WasRejected", false},
                             {"NeedsCode", true},
                             {"CanRemember", false},
-                            {"KnownUserName", ""}};
+                            {"KnownUserName", ""},
+                            {"RejectedUserName", ""}};
   EXPECT_EQ(Details(), expected);
+}
+
+TEST_F(CredentialWindowTest, TheWindowOffersTheUserNameOfTheAnswerThatWasNotAccepted) {
+  ScriptWindow("echo declined");
+  Ask("rejected=yes\nusername=mia\n");
+  EXPECT_EQ(Reply().Get("status"), "cancelled");
+  EXPECT_EQ(*Details().Find("RejectedUserName"), PropertyList::Value("mia"));
 }
 
 TEST_F(CredentialWindowTest, CancellingIsToldApartFromFailing) {

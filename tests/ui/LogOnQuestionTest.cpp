@@ -51,6 +51,11 @@ TEST(LogOnQuestionTest, AskedForIsWhatIsNotKnown) {
   EXPECT_THAT(code.facts, ElementsAre(Fact{"User name", "mia"}));
 }
 
+TEST(LogOnQuestionTest, BeginsWithTheUserNameOfTheAnswerThatWasNotAccepted) {
+  EXPECT_EQ(LogOnQuestion::Of({{"WasRejected", true}, {"RejectedUserName", "mia"}}).userName, "mia");
+  EXPECT_EQ(LogOnQuestion::Of({{"WasRejected", true}}).userName, "");
+}
+
 TEST(LogOnQuestionTest, SaysThatTheLastAnswerWasNotAccepted) {
   EXPECT_EQ(LogOnQuestion::Of({{"WasRejected", true}}).hint, "The last answer was not accepted.");
   EXPECT_EQ(LogOnQuestion::Of({{"WasRejected", false}}).hint, "");

@@ -129,6 +129,31 @@ TEST_F(CredentialPromptTest, SaysThatTheLastAnswerWasNotAccepted) {
   EXPECT_THAT(shown_, HasSubstr("The last answer was not accepted."));
 }
 
+TEST_F(CredentialPromptTest, OffersTheUserNameOfTheAnswerThatWasNotAccepted) {
+  constexpr const char* kAgain = "User name (empty for the same one): ";
+  Ask("domain", "\nrejected=yes\nusername=mia");
+  Type(kAgain, "");
+  Type("Password: ", "better");
+  const CredentialWire::CredentialMessage same = Reply();
+  EXPECT_EQ(same.Get("username"), "mia");
+  EXPECT_EQ(same.Get("password"), "better");
+  EXPECT_THAT(shown_, HasSubstr("It had the user name:\r\n\r\n  mia\r\n"));
+  Ask("domain", "\nrejected=yes\nusername=mia");
+  Type(kAgain, "tom");
+  Type("Password: ", "other");
+  EXPECT_EQ(Reply().Get("username"), "tom");
+  Ask("domain", "\nrejected=yes\nusername=mia");
+  shown_ += terminal_.ReadUntil(kAgain);
+  terminal_.Type("\x04");
+  EXPECT_EQ(Reply().Get("status"), "cancelled");
+}
+
+TEST_F(CredentialPromptTest, OffersNoUserNameWhereNoneWasRejected) {
+  Ask("domain", "\nrejected=no\nusername=mia");
+  Type(kUserName, "");
+  EXPECT_EQ(Reply().Get("status"), "cancelled");
+}
+
 TEST_F(CredentialPromptTest, AsksAgainForWhatCannotBeSent) {
   Ask();
   Type(kUserName,

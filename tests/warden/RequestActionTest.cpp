@@ -233,7 +233,8 @@ TEST_F(RequestActionTest, AfterThreeRejectedCredentialsItGivesUp) {
   EXPECT_EQ(request.Prepare(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_TOO_MANY_TRIES));
   EXPECT_EQ(request.Prepare(), static_cast<std::uint32_t>(MORVANE_WARDEN_ACTION_TOO_MANY_TRIES));
   EXPECT_EQ(program_.Requests().size(), 3U);
-  EXPECT_THAT(program_.Requests().back(), HasSubstr("rejected=yes\n"));
+  EXPECT_THAT(program_.Requests().front(), HasSubstr("rejected=no\n"));
+  EXPECT_THAT(program_.Requests().back(), HasSubstr("rejected=yes\nusername=user\n"));
 }
 
 TEST_F(RequestActionTest, ARejectedStoredCredentialIsErasedAndTheUserAsked) {
@@ -262,6 +263,7 @@ TEST_F(RequestActionTest, ARejectionInOneRealmSaysNothingAboutAnother) {
   EXPECT_THAT(program_.Actions(), ElementsAre("get", "get"));
   EXPECT_THAT(program_.Requests()[1],
               HasSubstr("realm=Other\nplace=store\nauthentication=none\nrejected=no\n"));
+  EXPECT_THAT(program_.Requests().back(), testing::Not(HasSubstr("username=")));
 }
 
 TEST_F(RequestActionTest, AChallengeOfAnotherServerSaysNothingAboutTheCredentialAndEndsTheRequest) {

@@ -27,6 +27,7 @@ using TestSupport::WardenRequest;
 using TestSupport::WebServer;
 
 constexpr const char* kUserName = "User name (empty to cancel): ";
+constexpr const char* kUserNameAgain = "User name (empty for the same one): ";
 constexpr const char* kKeep = "for the next time? [y/N] ";
 
 // A store behind TLS and a password, the real credential program, a keyring, and a user at a terminal.
@@ -97,7 +98,9 @@ TEST_F(StoredCredentialTest, ACredentialNotToBeKeptIsNotStored) {
 TEST_F(StoredCredentialTest, AWrongPasswordIsNotStoredAndAskedForAgain) {
   EXPECT_EQ(RunWhile([this] {
               LogOn("wrong", "yes");
-              LogOn("secret", "yes");
+              Type(kUserNameAgain, "");
+              Type("Password: ", "secret");
+              Type(kKeep, "yes");
             }),
             1U);
   EXPECT_THAT(keyring_.Kept(Host()), Not(HasSubstr("wrong")));
@@ -106,7 +109,7 @@ TEST_F(StoredCredentialTest, AWrongPasswordIsNotStoredAndAskedForAgain) {
 TEST_F(StoredCredentialTest, ARejectedStoredCredentialIsErased) {
   EXPECT_EQ(RunWhile([this] { LogOn("secret", "yes"); }), 1U);
   SetPassword("changed");
-  EXPECT_EQ(RunWhile([this] { Type(kUserName, ""); }), 8U);
+  EXPECT_EQ(RunWhile([this] { Type(kUserNameAgain, "\x04"); }), 8U);
   EXPECT_EQ(keyring_.Kept(Host()), "");
 }
 

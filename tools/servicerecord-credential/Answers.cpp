@@ -141,6 +141,7 @@ CredentialWire::CredentialMessage AnswerGet(const CredentialWire::CredentialMess
 
   question.storeName = request.Get(Words::kStoreName);
   question.gatewayName = request.Get(Words::kGatewayName);
+  if (wasRejected) question.rejectedUserName = request.Get(Words::kUserName);
 
   LogOnReply asked = Ask(question, request.Get(Words::kTerminal), interruption);
   if (asked.outcome != Outcome::Answered) return WithStatus(std::move(reply), WordFor(asked.outcome));

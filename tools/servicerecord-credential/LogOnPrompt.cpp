@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kLongestAnswer = 1024;
 constexpr std::string_view kUserNameQuestion = "  User name (empty to cancel): ";
+constexpr std::string_view kUserNameAgainQuestion = "  User name (empty for the same one): ";
 constexpr std::string_view kPasswordQuestion = "  Password: ";
 constexpr std::string_view kCodeQuestion = "  Code: ";
 constexpr std::string_view kRememberQuestion = "  Keep user name and password for the next time? [y/N] ";
@@ -54,6 +55,8 @@ std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
   if (!question.realm.empty())
     text += "\nIt calls what the password is for:\n\n" + Shown(question.realm, columns);
   if (question.wasRejected) text += "\nThe last answer was not accepted.\n";
+  if (!question.rejectedUserName.empty())
+    text += "\nIt had the user name:\n\n" + Shown(question.rejectedUserName, columns);
   if (!question.knownUserName.empty()) {
     text += "\nYour user name and password are known, a new code is needed:\n\n" +
             Shown(question.knownUserName, columns);
@@ -61,10 +64,12 @@ std::string Introduction(const LogOnQuestion& question, std::size_t columns) {
   return text + "\n";
 }
 
-bool AskForUserName(Terminal::Terminal& terminal, LogOn& answer) {
-  const std::optional<CredentialWire::Secret> name =
-      AskFor(terminal, kUserNameQuestion, Terminal::Terminal::Echo::On);
-  if (name) answer.userName = util::Trimmed(name->View());
+bool AskForUserName(Terminal::Terminal& terminal, std::string_view offered, LogOn& answer) {
+  const std::optional<CredentialWire::Secret> name = AskFor(
+      terminal, offered.empty() ? kUserNameQuestion : kUserNameAgainQuestion, Terminal::Terminal::Echo::On);
+  if (!name) return false;
+  answer.userName = util::Trimmed(name->View());
+  if (answer.userName.empty()) answer.userName = offered;
   return !answer.userName.empty();
 }
 
@@ -89,10 +94,10 @@ std::optional<LogOn> AskToLogOn(Terminal::Terminal& terminal, const LogOnQuestio
   LogOn answer;
   answer.userName = question.knownUserName;
   const bool isKnown = !answer.userName.empty();
-  const bool isAnswered =
-      terminal.Print(Introduction(question, terminal.Columns())) &&
-      (isKnown || (AskForUserName(terminal, answer) && AskForPassword(terminal, answer))) &&
-      (!question.needsCode || AskForCode(terminal, answer));
+  const bool isAnswered = terminal.Print(Introduction(question, terminal.Columns())) &&
+                          (isKnown || (AskForUserName(terminal, question.rejectedUserName, answer) &&
+                                       AskForPassword(terminal, answer))) &&
+                          (!question.needsCode || AskForCode(terminal, answer));
   if (!isAnswered) {
     terminal.Print("\nLog-on cancelled.\n");
     return std::nullopt;

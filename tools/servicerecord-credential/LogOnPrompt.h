@@ -23,7 +23,8 @@ struct LogOnQuestion {
   bool wasRejected = false;  // the last answer was not accepted
   bool needsCode = false;
   bool canRemember = false;
-  std::string_view knownUserName;  // not empty: only the code is asked for
+  std::string_view knownUserName;     // not empty: only the code is asked for
+  std::string_view rejectedUserName;  // of the last answer: offered for this one; may be empty
 };
 
 struct LogOn {
@@ -40,8 +41,8 @@ struct LogOnReply {
   LogOn logOn;  // when answered
 };
 
-// Asks on the terminal, which has taken its turn. Nothing when the user cancels: an empty user name or code,
-// or the end of the input.
+// Asks on the terminal, which has taken its turn. Nothing when the user cancels: an empty code, an empty user
+// name where none is offered, or the end of the input.
 [[nodiscard]] std::optional<LogOn> AskToLogOn(Terminal::Terminal& terminal, const LogOnQuestion& question);
 
 }  // namespace Credential

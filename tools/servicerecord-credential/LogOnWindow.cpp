@@ -39,6 +39,7 @@ std::string RequestFor(const LogOnQuestion& question) {
       {"NeedsCode", question.needsCode},
       {"CanRemember", question.canRemember},
       {"KnownUserName", std::string(question.knownUserName)},
+      {"RejectedUserName", std::string(question.rejectedUserName)},
   };
   return DialogWire::RequestFor(DialogWire::kLogOn, PropertyList::Write(details));
 }

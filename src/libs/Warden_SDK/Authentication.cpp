@@ -74,8 +74,15 @@ void Authentication::JudgeCredentials() {
   if (sameRealm) {
     WardenLog::Write(WardenLog::kFailure, "Warden: the credential was rejected");
     if (credentials_->isStored) program_.Erase(key_, *credentials_);
-    wasRejected_ = true;
+    return TakeBackCredentials();
   }
+  credentials_.reset();
+}
+
+// Most often it is only the password that was wrong.
+void Authentication::TakeBackCredentials() {
+  wasRejected_ = true;
+  rejectedUserName_ = std::move(credentials_->userName);
   credentials_.reset();
 }
 
@@ -150,6 +157,7 @@ bool Authentication::ChoosePasswordScheme(const Site& site) {
   if (key != key_) {
     credentials_.reset();
     wasRejected_ = false;
+    rejectedUserName_.clear();
   }
   key_ = std::move(key);
   return true;
@@ -161,8 +169,7 @@ MorvaneWardenAction Authentication::ObtainCredentials(const Site& site) {
     if (action != MORVANE_WARDEN_ACTION_SEND) return action;
     if (!CredentialsFit()) {
       WardenLog::Write(WardenLog::kFailure, "Warden: Basic cannot carry a user name with a colon");
-      credentials_.reset();
-      wasRejected_ = true;
+      TakeBackCredentials();
     }
   }
   return MORVANE_WARDEN_ACTION_SEND;
@@ -177,7 +184,8 @@ MorvaneWardenAction Authentication::AskOnce(const Site& site) {
   ++tries_;
   Credentials credentials;
   const CredentialOutcome outcome = program_.Get(
-      {key_, site.isGateway, site.authentication, wasRejected_, gatewayName_, place_}, credentials);
+      {key_, site.isGateway, site.authentication, wasRejected_, gatewayName_, rejectedUserName_, place_},
+      credentials);
   if (outcome == CredentialOutcome::Cancelled) CancelledQuestions::OfThisThread().Add(key_);
   if (outcome == CredentialOutcome::Given) credentials_ = std::move(credentials);
   return ActionFor(outcome);

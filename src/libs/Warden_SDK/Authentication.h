@@ -57,6 +57,7 @@ class Authentication {
   enum class Scheme { None, Negotiate, Digest, Basic };
 
   void JudgeCredentials();
+  void TakeBackCredentials();
   [[nodiscard]] bool SaysStale() const;
   [[nodiscard]] MorvaneWardenAction Choose(const Site& site);
   [[nodiscard]] bool TryNegotiate(const Site& site);
@@ -88,6 +89,7 @@ class Authentication {
   std::optional<Credentials> credentials_;
   int tries_ = 0;
   bool wasRejected_ = false;
+  std::string rejectedUserName_;
   CredentialWire::Secret headerLine_;
 };
 

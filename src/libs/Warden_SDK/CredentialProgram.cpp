@@ -42,6 +42,7 @@ void AddName(CredentialWire::CredentialMessage& request, std::string_view key, c
 void AddAsking(CredentialWire::CredentialMessage& request, const CredentialQuestion& question) {
   AddName(request, Words::kStoreName, question.place.storeName);
   if (question.isGateway) AddName(request, Words::kGatewayName, question.gatewayName);
+  AddName(request, Words::kUserName, question.rejectedUserName);
   if (question.place.terminal < 0) return;
   AddName(request, Words::kTerminal, std::to_string(HelperProgram::HelperProcess::kGivenDescriptor));
 }

@@ -43,6 +43,7 @@ struct CredentialQuestion {
   std::uint32_t authentication = 1;  // as in MorvaneWardenRoute
   bool wasRejected = false;          // the stored credential, or the last answer, did not do
   std::string gatewayName = {};
+  std::string rejectedUserName = {};  // of that one; empty where there is none
   QuestionPlace place = {};
 };
 

@@ -42,6 +42,7 @@ LogOnQuestion LogOnQuestion::Of(const Dictionary& details) {
   question.introduction = IntroductionOf(details);
   const std::string server = Details::Text(details, "Server");
   question.host = ShownText::HostOf(server);
+  question.userName = Details::Text(details, "RejectedUserName");
   question.needsPassword = knownUserName.empty();
   question.needsCode = Details::Mark(details, "NeedsCode");
   question.canRemember = question.needsPassword && Details::Mark(details, "CanRemember");

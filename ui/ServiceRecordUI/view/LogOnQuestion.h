@@ -16,6 +16,7 @@ struct LogOnQuestion {
   std::string host;
   std::string hint;  // what went before; may be empty
   std::vector<Fact> facts;
+  std::string userName;       // to begin with; may be empty
   bool needsPassword = true;  // and a user name
   bool needsCode = false;
   bool canRemember = false;

@@ -27,6 +27,11 @@ bool IsFit(std::string_view text) {
   return std::ranges::none_of(text, util::IsAsciiControl);
 }
 
+const char* FirstToFillIn(const LogOnQuestion& question) {
+  if (!question.needsPassword) return kCode;
+  return question.userName.empty() ? kUserName : kPassword;
+}
+
 // Text that the toolkit keeps in locked memory and wipes.
 void KeepSecret(GtkEditable* row) {
   const ObjectPtr<GtkEntryBuffer> buffer(gtk_password_entry_buffer_new());
@@ -76,7 +81,8 @@ LogOnWindow::LogOnWindow(const PropertyList::Dictionary& details,
     NameIcons(Get(row));
     Signals::Connect(Get(row), "changed", [this] { Look(); });
   }
-  gtk_widget_grab_focus(Get(needsPassword_ ? kUserName : kCode));
+  gtk_editable_set_text(Get<GtkEditable>(kUserName), question.userName.c_str());
+  gtk_widget_grab_focus(Get(FirstToFillIn(question)));
   Look();
 }
 
