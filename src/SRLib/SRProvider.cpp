@@ -193,9 +193,10 @@ void SRProvider::OutboundUserConfirm(const std::wstring& filePath, StoreMap& acc
   SR_TRACE(0) << "-> Outbound SR User confirmation started" << filePath;
   accepted.clear();
   std::wstring text;
-  if (filePath.size() < 3 || !parts_.readDocument(filePath.substr(1, filePath.size() - 2), text)) {
+  std::wstring reason;
+  if (filePath.size() < 3 || !parts_.readDocument(filePath.substr(1, filePath.size() - 2), text, reason)) {
     SR_TRACE(2) << "...Failed to read SR file.";
-    Opening::NoteUnread();
+    Opening::NoteUnread(reason);
     return;
   }
   StoreMap stores = ReadDocument(text, false);
@@ -279,7 +280,8 @@ void SRProvider::TellNotVerified(const SRStore& store, const std::wstring& url,
                                  const SSLValidationDetails& details) const {
   std::wstring message;
   for (const std::wstring& error : details.Errors) message += error + L" ";
-  const DialogSubject subject(ServerProblem{url, store.GetStoreName(), details.Reason, details.TechnicalDetails});
+  const DialogSubject subject(
+      ServerProblem{url, store.GetStoreName(), details.Reason, details.TechnicalDetails});
   Notification()->ShowSRErrorDialog(parts_.message(util::kMessageStoreTitle), message);
 }
 

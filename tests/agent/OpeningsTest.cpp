@@ -124,6 +124,21 @@ TEST_F(OpenedFiles, EachStoreHasItsOutcomeAndTheGravestIsTheWholes) {
   EXPECT_EQ(finished.stores[2].at("Outcome"), "added");
 }
 
+TEST_F(OpenedFiles, AFileThatCannotBeReadIsToldWithTheReason) {
+  Start();
+  const std::filesystem::path withoutEnd = agent_.Home() / "loop.cr";
+  std::filesystem::create_symlink(withoutEnd, withoutEnd);
+  for (const auto& [file, reason] :
+       {std::pair<std::string, std::string>("/nowhere/at all.cr", "There is no such file."),
+        {agent_.Home().string(), "It is not a file that holds a document."},
+        {withoutEnd.string(), "Reading the file failed: Too many levels of symbolic links."}}) {
+    const auto finished = client_->OpenAndAwait(file);
+    EXPECT_EQ(finished.outcome, "not-a-service-record");
+    EXPECT_THAT(finished.stores, ElementsAre(ElementsAre(Pair("Reason", reason))));
+  }
+  EXPECT_THAT(client_->OpenAndAwait(agent_.Write("no.cr", "no document").string()).stores, IsEmpty());
+}
+
 TEST_F(OpenedFiles, ANoAndNobodyToAskAreToldApart) {
   for (const auto& [answer, outcome] :
        {std::pair("declined", "declined"), std::pair("no display", "could-not-ask")}) {

@@ -126,6 +126,7 @@ TEST_F(OpeningTest, AFileWithoutStoresOrNoFileIsNoServiceRecord) {
   OpenPath((folder_.Path() / "missing.cr").wstring());
   EXPECT_EQ(opening_->GravestOutcome(), Outcome::NotAServiceRecord);
   EXPECT_TRUE(opening_->IsUnread());
+  EXPECT_EQ(opening_->ReasonWithoutStores(), L"not read");
   EXPECT_THAT(Outcomes(), IsEmpty());
 }
 
@@ -143,6 +144,7 @@ TEST_F(OpeningTest, WhatIsBrokenOffIsNotSavedButForWhatWasDecided) {
   Opening unread({});
   unread.BreakOff(L"failure");
   EXPECT_EQ(unread.GravestOutcome(), Outcome::NotSaved);
+  EXPECT_EQ(unread.ReasonWithoutStores(), L"failure");
 }
 
 TEST_F(OpeningTest, WhatIsAcceptedIsNotSavedWhenTheMergeFails) {

@@ -8,7 +8,8 @@
 
 namespace TestSupport {
 
-bool ReadPlainDocument(const std::wstring& path, std::wstring& text) {
+bool ReadPlainDocument(const std::wstring& path, std::wstring& text, std::wstring& reason) {
+  reason = L"not read";
   const std::filesystem::path file(util::narrow(path));
   std::error_code error;
   if (!std::filesystem::is_regular_file(file, error)) return false;

@@ -5,6 +5,6 @@
 namespace TestSupport {
 
 // The content of an ordinary file, whatever its size.
-[[nodiscard]] bool ReadPlainDocument(const std::wstring& path, std::wstring& text);
+[[nodiscard]] bool ReadPlainDocument(const std::wstring& path, std::wstring& text, std::wstring& reason);
 
 }  // namespace TestSupport

@@ -154,6 +154,18 @@ TEST_F(SrctlOnTerminal, SaysWhatToDoWhenTheAgentHasTooManyFiles) {
                                              file_ + "\". Answer the questions that are open"));
 }
 
+TEST_F(SrctlOnTerminal, SaysWhyTheAgentCannotReadAFile) {
+  StandInAgent standIn(agent_.BusAddress());
+  ChildProcess srctl = LogOn("exec \"$0\" open --window \"$1\"");
+  ASSERT_TRUE(standIn.ServeUntil([&] { return standIn.Opened().size() == 1; }));
+  standIn.Finish(1, "not-a-service-record", {{{"Reason", "There is no such file."}}});
+  ASSERT_TRUE(standIn.ServeUntil([&] { return !srctl.IsRunning(); }));
+  EXPECT_EQ(srctl.Wait(), 6);
+  EXPECT_THAT(terminal_.ReadNow(),
+              HasSubstr("srctl: \"" + file_ +
+                        "\" was not opened, because the agent cannot read it. There is no such file.\r\n"));
+}
+
 TEST_F(SrctlOnTerminal, AnOutcomeOfANewerAgentIsNoSuccess) {
   StandInAgent standIn(agent_.BusAddress());
   ChildProcess srctl = LogOn("exec \"$0\" open --window \"$1\"");

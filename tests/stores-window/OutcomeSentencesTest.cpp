@@ -30,6 +30,11 @@ TEST(OutcomeSentences, NameTheFileWhereThereIsNoStore) {
             "“\u2068a.cr\u2069” is not a service record. Open the file that your administrator gave you.");
 }
 
+TEST(OutcomeSentences, SayWhyTheFileCouldNotBeRead) {
+  EXPECT_EQ(OutcomeSentences::Of({1, "not-a-service-record", {}, "So it is."}, "a.cr"),
+            "“\u2068a.cr\u2069” could not be read. \u2068So it is.\u2069");
+}
+
 TEST(OutcomeSentences, EachOutcomeHasSentencesOfItsOwn) {
   std::set<std::string> sentences;
   for (const char* outcome : kOutcomes) {

@@ -51,6 +51,13 @@ TEST(Reading, TakesWhatIsOfAnotherTypeForMissing) {
   EXPECT_THAT(Reading::Stores(stores.get()), ElementsAre(Store{"", "One", "", {}}));
 }
 
+TEST(Reading, TakesWhatBecameOfAFileWithoutStores) {
+  const VariantPtr parameters = Parsed("(uint64 7, 'not-a-service-record', [{'Reason': <'So it is.'>}])");
+  const Finished finished = Reading::FinishedOpening(parameters.get());
+  EXPECT_THAT(finished.stores, IsEmpty());
+  EXPECT_EQ(finished.reason, "So it is.");
+}
+
 TEST(Reading, TakesWhatBecameOfEachStore) {
   const VariantPtr parameters = Parsed(
       "(uint64 7, 'declined', [{'StoreID': <'s1'>, 'StoreName': <'One'>, 'Outcome': <'added'>},"

@@ -2,6 +2,7 @@
 
 #include "libs/DomLib/DocumentSize.h"
 #include "libs/Files/FileDescriptor.h"
+#include "libs/Files/SystemError.h"
 #include "libs/Files/WholeContent.h"
 #include "libs/Termination/TerminationEvent.h"
 #include "libs/Text/TextHelpers.h"
@@ -32,16 +33,20 @@ std::string ReadDocument(const Files::FileDescriptor& file) {
 
 }  // namespace
 
-bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
+std::error_code ReadDocumentFile(const std::wstring& path, std::wstring& text) {
   // Not blocking, so that a pipe put in a document's place cannot hold the caller; a terminal there must not
   // become the caller's, whose hang-up would end it.
   const Files::FileDescriptor file(
       ::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file) return false;
   struct stat status {};
-  const bool regular = ::fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode);
-  if (regular) text = widen(ReadDocument(file));
-  return regular;
+  if (!file || ::fstat(file.Get(), &status) != 0) return Files::LastError();
+  if (!S_ISREG(status.st_mode)) return std::make_error_code(std::errc::is_a_directory);
+  text = widen(ReadDocument(file));
+  return {};
+}
+
+bool ReadUTF8File(const std::wstring& path, std::wstring& text) {
+  return !ReadDocumentFile(path, text);
 }
 
 bool WaitOneSecond() {

@@ -36,6 +36,10 @@ enum MessageId : int {
   kReasonNotRead = 1888,
   kReasonUnusableName = 1896,
   kReasonInList = 1928,
+  kReasonNoFile = 1936,
+  kReasonNotPermitted = 1944,
+  kReasonNoDocument = 1952,
+  kReasonReadingFailed = 1960,
   // What the desktop tells.
   kNoticeAdded = 1816,
   kNoticeReplaced = 1824,

@@ -67,7 +67,10 @@ Outcome Opening::GravestOutcome() const {
 }
 
 void Opening::BreakOff(const std::wstring& reason) {
-  if (withoutStores_ == Outcome::Ended) withoutStores_ = Outcome::NotSaved;
+  if (withoutStores_ == Outcome::Ended) {
+    withoutStores_ = Outcome::NotSaved;
+    reasonWithoutStores_ = reason;
+  }
   if (whyNotSaved_) return;
   for (auto& [id, progress] : stores_) {
     if (progress.outcome) continue;
@@ -76,9 +79,11 @@ void Opening::BreakOff(const std::wstring& reason) {
   }
 }
 
-void Opening::NoteUnread() {
+void Opening::NoteUnread(const std::wstring& reason) {
+  if (g_openingOfThisThread == nullptr) return;
   NoteStores({});
-  if (g_openingOfThisThread != nullptr) g_openingOfThisThread->isUnread_ = true;
+  g_openingOfThisThread->isUnread_ = true;
+  g_openingOfThisThread->reasonWithoutStores_ = reason;
 }
 
 void Opening::NoteStores(const StoreMap& stores) {

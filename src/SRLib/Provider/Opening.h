@@ -45,6 +45,8 @@ class Opening {
   [[nodiscard]] Openings::Outcome GravestOutcome() const;
   // Whether the file could not be read, which the flow shows nobody.
   [[nodiscard]] bool IsUnread() const { return isUnread_; }
+  // Of the whole where there are no stores: a sentence for the user; may be empty.
+  [[nodiscard]] const std::wstring& ReasonWithoutStores() const { return reasonWithoutStores_; }
   // The handling has not come to its end, and why: what it has left undecided is not saved.
   void BreakOff(const std::wstring& reason);
 
@@ -65,7 +67,7 @@ class Opening {
   static void AskOn(Display::Variables desktop);
 
   // What the flow over the file finds out. On a thread that handles no file these do nothing.
-  static void NoteUnread();
+  static void NoteUnread(const std::wstring& reason);
   static void NoteStores(const StoreMap& stores);
   static void NoteAccepted(const std::wstring& id, bool isReplacement);
   static void NoteDeclined(const std::wstring& id);
@@ -90,6 +92,7 @@ class Opening {
   Origin origin_;
   std::map<std::wstring, Progress> stores_;
   Openings::Outcome withoutStores_ = Openings::Outcome::Ended;  // the whole's where there are none
+  std::wstring reasonWithoutStores_;
   bool isUnread_ = false;
   std::optional<std::wstring> whyNotSaved_;
   std::optional<Openings::Outcome> hindrance_;

@@ -26,9 +26,10 @@ struct ProviderParts {
   CGenericCSFactory& criticalSections;
   // The user's.
   const Config::Configurator& configuration;
-  // Replaces `text` with the whole content of the document's file. False, and `text` unchanged, when the file
-  // cannot be opened or is not a regular file. Of a document that is too large it reads enough to show that.
-  std::function<bool(const std::wstring& path, std::wstring& text)> readDocument;
+  // Replaces `text` with the whole content of the document's file. False, `text` unchanged and `reason` a
+  // sentence for the user, when the file cannot be opened or is not a regular file. Of a document that is too
+  // large it reads enough to show that.
+  std::function<bool(const std::wstring& path, std::wstring& text, std::wstring& reason)> readDocument;
   // Hands the whole list to the network-location library, which keeps it. Called inside the provider's lock.
   std::function<void(const std::shared_ptr<const StoreSnapshot>& stores)> publish;
   // Where the machine stands relative to the store at this URL: a network location value of the

@@ -29,9 +29,17 @@ bool ReadStore(const Dictionary& dictionary, OpenedStore& store) {
   return entries.AreAsExpected();
 }
 
-bool ReadStores(const std::vector<Dictionary>& dictionaries, std::vector<OpenedStore>& stores) {
+// What is of no store is of the file.
+bool ReadStores(const std::vector<Dictionary>& dictionaries, std::vector<OpenedStore>& stores,
+                std::string& reason) {
   for (const Dictionary& dictionary : dictionaries) {
-    if (!ReadStore(dictionary, stores.emplace_back())) return false;
+    OpenedStore store;
+    if (!ReadStore(dictionary, store)) return false;
+    if (store.outcome.empty()) {
+      reason = store.reason;
+    } else {
+      stores.push_back(std::move(store));
+    }
   }
   return true;
 }
@@ -105,7 +113,7 @@ void FileOpening::HandleReply(const Bus::Result<Bus::Message>& reply) {
 void FileOpening::HandleFinished(const Bus::Message& signal) {
   const auto finished = signal.Read<std::uint64_t, std::string, std::vector<Dictionary>>();
   if (!id_ || signal.Sender() != agent_) return;
-  if (!finished || !ReadStores(std::get<2>(*finished), stores_)) {
+  if (!finished || !ReadStores(std::get<2>(*finished), stores_, reason_)) {
     return FinishUnreachable("what it tells of the file cannot be read");
   }
   if (std::get<0>(*finished) != *id_) return;

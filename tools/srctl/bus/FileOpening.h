@@ -40,6 +40,8 @@ class FileOpening {
   // As the bus names it.
   [[nodiscard]] const std::string& Outcome() const { return outcome_; }
   [[nodiscard]] const std::vector<OpenedStore>& Stores() const { return stores_; }
+  // Where there are no stores: a sentence; may be empty.
+  [[nodiscard]] const std::string& Reason() const { return reason_; }
   [[nodiscard]] const std::string& Problem() const { return problem_; }
 
  private:
@@ -56,6 +58,7 @@ class FileOpening {
   std::optional<std::uint64_t> id_;
   std::string outcome_;
   std::vector<OpenedStore> stores_;
+  std::string reason_;
   std::string problem_;
   End end_ = End::Withdrawn;
   std::optional<BusLoop> bus_;

@@ -111,7 +111,7 @@ class OpeningRun {
 
   void Report(const FileOpening& opening, const std::string& file) {
     if (opening.Stores().empty())
-      Say(opening.Outcome(), OpeningReport::OfFile(opening.Outcome(), file, Hint(file)));
+      Say(opening.Outcome(), OpeningReport::OfFile(opening.Outcome(), opening.Reason(), file, Hint(file)));
     for (const OpenedStore& store : opening.Stores())
       Say(store.outcome, OpeningReport::OfStore(store, file, Hint(file)));
     Note(OpeningReport::StatusOf(opening.Outcome()));

@@ -92,8 +92,11 @@ std::string OfStore(const OpenedStore& store, const std::string& file, const std
               file, hint);
 }
 
-std::string OfFile(const std::string& outcome, const std::string& file, const std::string& hint) {
-  return Line(Quoted(file), outcome, "", file, hint);
+std::string OfFile(const std::string& outcome, const std::string& reason, const std::string& file,
+                   const std::string& hint) {
+  if (outcome == Openings::NameOf(Outcome::NotAServiceRecord) && !reason.empty())
+    return Quoted(file) + " was not opened, because the agent cannot read it. " + Terminal::OneLine(reason);
+  return Line(Quoted(file), outcome, reason, file, hint);
 }
 
 }  // namespace Srctl::OpeningReport

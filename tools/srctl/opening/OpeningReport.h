@@ -16,8 +16,8 @@ namespace OpeningReport {
 // Sentences in one line. `hint` is what to do where nobody could be asked.
 [[nodiscard]] std::string OfStore(const OpenedStore& store, const std::string& file, const std::string& hint);
 // Of a file of which no store is known.
-[[nodiscard]] std::string OfFile(const std::string& outcome, const std::string& file,
-                                 const std::string& hint);
+[[nodiscard]] std::string OfFile(const std::string& outcome, const std::string& reason,
+                                 const std::string& file, const std::string& hint);
 
 }  // namespace OpeningReport
 

@@ -62,6 +62,11 @@ Finished FinishedOpening(GVariant* parameters) {
   const VariantPtr owner(stores);
   finished.outcome = outcome;
   finished.stores = EachOf(stores, OutcomeFrom);
+  // What is of no store is of the file.
+  std::erase_if(finished.stores, [&finished](const StoreOutcome& store) {
+    if (store.outcome.empty()) finished.reason = store.reason;
+    return store.outcome.empty();
+  });
   return finished;
 }
 

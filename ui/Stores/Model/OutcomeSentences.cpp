@@ -56,20 +56,24 @@ const Pattern* PatternFor(std::string_view word) {
   return found != kPatterns.end() ? found : nullptr;
 }
 
+std::string WithReason(const std::string& sentence, const std::string& reason) {
+  return reason.empty() ? sentence : sentence + " " + ShownText::Isolated(ShownText::Whole(reason));
+}
+
 std::string OfFile(const Finished& finished, const std::string& fileName) {
   const std::string shown = ShownText::Name(fileName);
   const Pattern* const pattern = PatternFor(finished.outcome);
-  const char* const text = pattern ? pattern->ofFile : N_("“{file}” was opened.");
-  return ShownText::Sentence(Translated(text), {{"file", shown}});
+  const char* text = pattern ? pattern->ofFile : N_("“{file}” was opened.");
+  if (pattern && pattern->outcome == Outcome::NotAServiceRecord && !finished.reason.empty())
+    text = N_("“{file}” could not be read.");
+  return WithReason(ShownText::Sentence(Translated(text), {{"file", shown}}), finished.reason);
 }
 
 std::string OfStore(const StoreOutcome& store) {
   const std::string shown = ShownText::Name(store.name);
   const Pattern* const pattern = PatternFor(store.outcome);
   const char* const text = pattern ? pattern->ofStore : N_("“{store}” was looked at.");
-  std::string sentence = ShownText::Sentence(Translated(text), {{"store", shown}});
-  if (!store.reason.empty()) sentence += " " + ShownText::Isolated(ShownText::Whole(store.reason));
-  return sentence;
+  return WithReason(ShownText::Sentence(Translated(text), {{"store", shown}}), store.reason);
 }
 
 bool IsGoodOutcome(std::string_view word) {

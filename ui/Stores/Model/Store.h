@@ -47,6 +47,7 @@ struct Finished {
   std::uint64_t opening = 0;
   std::string outcome;
   std::vector<StoreOutcome> stores;
+  std::string reason = {};  // where there are no stores: a sentence; may be empty
 };
 
 // Whether the agent's list and its file agree.

@@ -58,8 +58,11 @@ Dictionary Described(const ListChange& change) {
   return dictionary;
 }
 
-std::vector<Dictionary> Described(const std::vector<Opening::Store>& stores) {
+std::vector<Dictionary> Described(const Opening& opening) {
   std::vector<Dictionary> dictionaries;
+  const std::vector<Opening::Store> stores = opening.Stores();
+  if (stores.empty() && !opening.ReasonWithoutStores().empty())
+    return {{{"Reason", Bus::Text(opening.ReasonWithoutStores())}}};
   for (const Opening::Store& store : stores) {
     Dictionary& dictionary =
         dictionaries.emplace_back(Dictionary{{"StoreID", Bus::Text(store.id)},
@@ -124,10 +127,10 @@ bool OpeningsBusObject::HasRoomFor(const std::string& caller) const {
 void OpeningsBusObject::Tell(const Opening& opening) {
   const auto client = clients_.extract(opening.GetOrigin().id);
   if (!client) return;
-  static_cast<void>(bus_.EmitTo(
-      client.mapped().name.c_str(), Bus::ServiceNames::kOpeningsPath, Bus::ServiceNames::kOpeningsInterface,
-      Bus::ServiceNames::kFinishedSignal, opening.GetOrigin().id,
-      std::string(Openings::NameOf(opening.GravestOutcome())), Described(opening.Stores())));
+  static_cast<void>(bus_.EmitTo(client.mapped().name.c_str(), Bus::ServiceNames::kOpeningsPath,
+                                Bus::ServiceNames::kOpeningsInterface, Bus::ServiceNames::kFinishedSignal,
+                                opening.GetOrigin().id,
+                                std::string(Openings::NameOf(opening.GravestOutcome())), Described(opening)));
 }
 
 void OpeningsBusObject::AnnounceChanges(const std::vector<ListChange>& changes) {

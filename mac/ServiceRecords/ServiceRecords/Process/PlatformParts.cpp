@@ -4,18 +4,41 @@
 #include "MacUtils.h"
 #include "MacWayfinderProxy.h"
 #include "ResourceKeeper.h"
+#include "SRLib/Platform/Messages.h"
 #include "SRLib/SRHTTPRequestFactory.h"
 #include "SRLib/SSLValidationFactory.h"
+
+#include <string>
+#include <system_error>
 
 namespace Agent {
 
 using namespace ServiceRecords;
 
+namespace {
+
+std::wstring ReasonOf(const std::error_code& error) {
+  if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
+    return util::MessageFromResourceW(util::kReasonNoFile);
+  if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted)
+    return util::MessageFromResourceW(util::kReasonNotPermitted);
+  if (error == std::errc::is_a_directory) return util::MessageFromResourceW(util::kReasonNoDocument);
+  return util::WithArgument(util::MessageFromResourceW(util::kReasonReadingFailed), error.message());
+}
+
+bool ReadDocument(const std::wstring& path, std::wstring& text, std::wstring& reason) {
+  const std::error_code error = util::ReadDocumentFile(path, text);
+  if (error) reason = ReasonOf(error);
+  return !error;
+}
+
+}  // namespace
+
 ProviderParts PlatformParts() {
   CGenericFactories& factories = CGenericFactories::Instance();
   return {.criticalSections = factories.CriticalSections(),
           .configuration = factories.UserConfiguration(),
-          .readDocument = util::ReadUTF8File,
+          .readDocument = ReadDocument,
           .publish = SetAllServiceRecordsToList,
           .locationRelativeTo = LocationRelativeToStoreURL,
           .message = util::MessageFromResourceW,
