@@ -57,4 +57,24 @@ TEST_F(CommandLine, AFileWhoseNameIsNotUTF8IsRefused) {
   EXPECT_THAT(agent_.Dialogs(), IsEmpty());
 }
 
+TEST_F(CommandLine, AFileThatCannotBeReadIsSaidAndToldTheAgentAllTheSame) {
+  const std::string good = OpenableFile("a.cr", {Store("s1", "One")});
+  const std::string missing = (agent_.Home() / "no\x1B[2J.cr").string();
+  agent_.EnableLog();
+  agent_.Start();
+  for (const auto& [file, problem] :
+       {std::pair(missing, "no [2J.cr\" cannot be read: No such file or directory\n"),
+        std::pair(agent_.Home().string(), "\" is not a file that holds a document\n")}) {
+    auto program = agent_.Run({file, good}, kWithErrors);
+    EXPECT_EQ(program.Wait(), 1);
+    EXPECT_THAT(program.Output(), HasSubstr(problem));
+  }
+  EXPECT_THAT(agent_.LogMessages(), testing::Contains("[+] MrvServiceRecordsSvr::handleServiceRecordFTA (" +
+                                                      agent_.Home().string() + ")"));
+  EXPECT_EQ(StoreIDs(), std::vector<std::string>{"s1"}) << "what can be read is delivered";
+  auto program = agent_.Run({good}, kWithErrors);
+  EXPECT_EQ(program.Wait(), 0);
+  EXPECT_THAT(program.Output(), IsEmpty());
+}
+
 }  // namespace

@@ -80,7 +80,7 @@ int RunApplication(int argc, char** argv) {
   const int status = MainLoop::Main().Run();
   delegate.applicationWillTerminate();
   delegate.Finish(status);
-  return status;
+  return arguments.hasUnreadable ? EXIT_FAILURE : status;
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
 #include "Process/LaunchArguments.h"
 
 #include "libs/Files/Bundle.h"
+#include "libs/Files/SystemError.h"
+#include "libs/Text/LogText.h"
 #include "libs/Text/TextHelpers.h"
 
 #include <getopt.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -51,12 +54,32 @@ LaunchArguments Refuse(const std::string& file) {
   return EndWith(EXIT_FAILURE);
 }
 
+// Why the file cannot be read; empty when it can.
+std::string ProblemWith(const std::string& file) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(file, error);
+  if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+    return "is not a file that holds a document";
+  if (!error && ::access(file.c_str(), R_OK) == 0) return {};
+  return "cannot be read: " + (error ? error : Files::LastError()).message();
+}
+
+bool IsReadable(const std::string& file) {
+  const std::string problem = ProblemWith(file);
+  if (!problem.empty())
+    std::cerr << "ServiceRecords: \"" << util::LogText::Line(file) << "\" " << problem << '\n' << std::flush;
+  return problem.empty();
+}
+
 LaunchArguments FilesToDeliver(std::span<char*> names) {
   LaunchArguments arguments;
   for (const std::string name : names) {
     if (name.empty()) return Complain();
     arguments.files.push_back(std::filesystem::absolute(name).string());
     if (!util::IsUTF8(arguments.files.back())) return Refuse(name);
+  }
+  for (const std::string& file : arguments.files) {
+    if (!IsReadable(file)) arguments.hasUnreadable = true;
   }
   return arguments;
 }
