@@ -34,6 +34,16 @@ TEST_F(OtherDesktop, SrctlHasTheUserAskedOnItsOwn) {
   EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
 }
 
+TEST_F(OtherDesktop, SrctlHasAnErrorShownOnItsOwn) {
+  TestSupport::StoreText unreachable = Store("s1", "One");
+  unreachable.url = "https://localhost:1/discovery";
+  unreachable.gateways.clear();
+  ChildProcess srctl({(agent_.Prefix() / "bin/srctl").string(), "open", OpenableFile("a.cr", {unreachable})},
+                     OnTheDesktop());
+  Press("Close");
+  EXPECT_EQ(srctl.Wait(), 5);
+}
+
 TEST_F(OtherDesktop, ADoubleClickAsksOnTheOneThatTheServiceManagerKnows) {
   const ServiceManager manager(agent_.BusAddress(), {"PATH=/usr/bin", "DISPLAY=" + screen_.Display()});
   ChildProcess desktop({"gio", "open", OpenableFile("a.cr", {Store("s1", "One")})}, OnTheDesktop());

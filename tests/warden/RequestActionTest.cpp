@@ -266,6 +266,18 @@ TEST_F(RequestActionTest, ARejectionInOneRealmSaysNothingAboutAnother) {
   EXPECT_THAT(program_.Requests().back(), testing::Not(HasSubstr("username=")));
 }
 
+TEST_F(RequestActionTest, ARejectedUserNameIsNotOfferedInAnotherRealm) {
+  for (const char* password : {"one", "two", "three"}) program_.WillGive("user", password);
+  WardenRequest request(library_, kStore);
+  PrepareAnswerTo(kBasic, request);
+  request.Report(401, {kBasic});
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  EXPECT_THAT(program_.Requests().back(), HasSubstr("username=user\n"));
+  request.Report(401, {L"WWW-Authenticate: Basic realm=\"Other\""});
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  EXPECT_THAT(program_.Requests().back(), testing::Not(HasSubstr("username=")));
+}
+
 TEST_F(RequestActionTest, AChallengeOfAnotherServerSaysNothingAboutTheCredentialAndEndsTheRequest) {
   for (const char* other : {"https://other.example", "http://store.example:8443", "https://store.example"}) {
     program_.WillGive("user", "secret", "source=stored");
