@@ -158,9 +158,12 @@ TEST(HostileLists, TheEndWaitsForNoTransfer) {
 
 TEST(HostileLists, AnAddressCannotForgeAMessage) {
   RecordedService service;
-  service.SetStores({{"https://store\nstore other: LAN", {"bad\naddress"}, {}}});
+  const std::string url = "https://store\nstore other: LAN";
+  service.SetStores({{url, {"bad\naddress"}, {}}});
   ASSERT_TRUE(service.WaitForMessage(": none"));
   EXPECT_THAT(service.Messages(), testing::Each(testing::Not(testing::HasSubstr("\n"))));
+  EXPECT_THAT(service.ReasonFor(url),
+              testing::AllOf(testing::HasSubstr("bad address"), testing::Not(testing::HasSubstr("\n"))));
 }
 
 }  // namespace

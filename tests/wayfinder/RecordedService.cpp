@@ -76,6 +76,10 @@ std::uint32_t RecordedService::LocationOf(const std::string& url) {
   return service_->DecisionOf(url).location;
 }
 
+std::string RecordedService::ReasonFor(const std::string& url) {
+  return service_->DecisionOf(url).reason.English();
+}
+
 bool RecordedService::WaitForLocation(const std::string& url, std::uint32_t location) {
   std::unique_lock lock(mutex_);
   return changed_.wait_for(lock, kHangs, [&] {

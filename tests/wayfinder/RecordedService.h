@@ -33,6 +33,8 @@ class RecordedService {
 
   void SetStores(const std::vector<StoreAndBeacons>& stores);
   [[nodiscard]] std::uint32_t LocationOf(const std::string& url);
+  // In English.
+  [[nodiscard]] std::string ReasonFor(const std::string& url);
   // The service's clock jumps.
   void PassTime(std::chrono::seconds time) { passed_ += time.count(); }
   // The service's clock goes on only when it jumps.
