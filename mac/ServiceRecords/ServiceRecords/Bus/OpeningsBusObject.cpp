@@ -27,7 +27,7 @@ bool IsTerminal(const Files::FileDescriptor& descriptor) {
 
 Display::Variables VariablesOf(const Bus::Texts& texts) {
   Display::Variables variables;
-  for (const auto& [name, value] : texts) variables.push_back(name + "=" + value);
+  for (const auto& [name, value] : texts) variables.push_back(std::string(name).append("=").append(value));
   return Display::Among(variables);
 }
 
