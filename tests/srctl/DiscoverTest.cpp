@@ -63,6 +63,13 @@ TEST_F(SrctlDiscover, RefusesWhatBreaksOffBehindACompleteStore) {
   ExpectRefusal(Srctl({"discover", file}), "The document was not handed over: " + file + ", line ");
 }
 
+TEST_F(SrctlDiscover, SaysWhereADocumentBreaksOffInsideAFurtherStore) {
+  std::string document = DiscoveryDocument({Store("s1", "One"), Store("s2", "Two")});
+  document.erase(document.find("<Name>Two"));
+  const std::string file = agent_.Write("d.xml", document).string();
+  ExpectRefusal(Srctl({"discover", file}), "The document was not handed over: " + file + ", line ");
+}
+
 TEST_F(SrctlDiscover, SaysWhatADocumentOfNeitherKindIs) {
   std::string document = ServiceRecordDocument({Store("s1", "One")});
   for (std::size_t at = 0; (at = document.find("Services", at)) != std::string::npos; ++at)

@@ -116,9 +116,9 @@ Status Discover(const std::string& file) {
              : Terminal::OneLine(check.problemWithRoot.English()) + "."));
   }
   // The agent would take what comes before, half a store too.
-  if (check.IsCutShort()) {
+  if (const DomLib::DocumentProblem* const end = check.End()) {
     return Refuse("The document was not handed over: " +
-                  Terminal::OneLine(DocumentCheck::Sentence(check.problems.back(), name).English()) + ".");
+                  Terminal::OneLine(DocumentCheck::Sentence(*end, name).English()) + ".");
   }
   if (check.HasErrors()) WarnOfErrors(check, name);
   return WithAgent([&](AgentClient& agent) {

@@ -70,13 +70,12 @@ Message Needs() {
 
 // The parser's own problems have a place; the reading's, which come after it, have none.
 Message WhyWithoutStores(const Result& result, bool wasRead) {
-  const auto fatal = std::find_if(result.problems.begin(), result.problems.end(), IsFatal);
-  const bool isCutShort = fatal != result.problems.end();
-  const Message end = isCutShort ? Sentence(*fatal, "") : Message();
-  if (isCutShort && (!wasRead || fatal->line != 0))
+  const DocumentProblem* const fatal = result.End();
+  const Message end = fatal != nullptr ? Sentence(*fatal, "") : Message();
+  if (fatal != nullptr && (!wasRead || fatal->line != 0))
     return Worded("it cannot be parsed: {problem}", {{"problem", end}});
   if (!result.problemWithRoot.IsEmpty()) return result.problemWithRoot;
-  if (isCutShort)
+  if (fatal != nullptr)
     return Worded("it describes no complete store: {problem}; {needs}",
                   {{"problem", end}, {"needs", Needs()}});
   return Worded("it describes no complete store; {needs}", {{"needs", Needs()}});
@@ -92,8 +91,9 @@ bool Result::HasErrors() const {
   return std::any_of(problems.begin(), problems.end(), IsError);
 }
 
-bool Result::IsCutShort() const {
-  return std::any_of(problems.begin(), problems.end(), IsFatal);
+const DocumentProblem* Result::End() const {
+  const auto fatal = std::find_if(problems.begin(), problems.end(), IsFatal);
+  return fatal != problems.end() ? &*fatal : nullptr;
 }
 
 Result Check(const std::string& document) {

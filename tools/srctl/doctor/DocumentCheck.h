@@ -28,8 +28,8 @@ struct Result {
   [[nodiscard]] bool IsValid() const;
   // It breaks a rule.
   [[nodiscard]] bool HasErrors() const;
-  // Nothing of it is read from some place on.
-  [[nodiscard]] bool IsCutShort() const;
+  // What ends the reading before its end; null where nothing does. The reading's own refusals come behind it.
+  [[nodiscard]] const DomLib::DocumentProblem* End() const;
 };
 
 // The document is UTF-8.
