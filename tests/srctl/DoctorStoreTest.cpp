@@ -2,6 +2,7 @@
 #include "support/LoopbackListener.h"
 #include "support/PseudoTerminal.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -39,6 +40,19 @@ class DoctorOfStores : public DoctorTest {
     EXPECT_EQ(run.status, status) << run.output;
     EXPECT_THAT(StoreLine(run, "server"), StartsWith("ok: "));
     return StoreLine(run, "discovery document");
+  }
+
+  // The same program, installed without what belongs to it.
+  [[nodiscard]] SrctlRun SrctlWithoutSchemas(const std::vector<std::string>& arguments) {
+    const auto program = agent_.Write("incomplete/bin/srctl", "");
+    std::filesystem::copy_file(SR_STAGE_DIR "/bin/srctl", program,
+                               std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    std::vector<std::string> command{program.string()};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    TestSupport::ChildProcess srctl(command, agent_.Environment());
+    const int status = srctl.Wait();
+    return {status, srctl.Output(), ""};
   }
 
   // How many servers' checks a server has seen, which logs its requests.
@@ -559,6 +573,23 @@ TEST_F(DoctorOfStores, ADocumentOfAServerThatNamesNoSchemaIsNotCalledValid) {
       StoreLine(Srctl({"doctor"}), "discovery document"),
       "note: store \"One\" (s1), discovery document: It can be read, but names no schema to validate it "
       "against.");
+}
+
+TEST_F(DoctorOfStores, WithoutTheSchemasTheInstallationIsToBlame) {
+  GiveStores({WorkingStore("s1", "One")});
+  const std::string what = " cannot be checked: the schemas to check it with are not in ";
+  const std::string next = "Install the program again.";
+  ExpectProblem(StoreLine(SrctlWithoutSchemas({"doctor"}), "discovery document"), "It" + what, next);
+  const std::string file = OpenableFile("a.cr", {Store("s2", "Two")});
+  const SrctlRun run = SrctlWithoutSchemas({"doctor", file});
+  EXPECT_EQ(run.status, 1);
+  ExpectProblem(Line(run, "document"), file + what, next);
+}
+
+TEST_F(DoctorOfStores, AFileOfAnotherEncodingIsToBeSavedInTheRightOne) {
+  const std::string file = agent_.Write("a.cr", "<Services \xFF").string();
+  ExpectProblem(Line(Srctl({"doctor", file}), "document"), file + " cannot be checked: it is not UTF-8 text.",
+                "Save it in that encoding");
 }
 
 TEST_F(DoctorOfStores, TellsWhyAFileIsNoServiceRecord) {

@@ -104,7 +104,8 @@ Status Discover(const std::string& file) {
   }
   const DocumentCheck::Result check = DocumentCheck::Check(document);
   if (!check.problem.IsEmpty()) {
-    return Refuse("The document was not handed over: " + Terminal::OneLine(check.problem.English()) + ".");
+    return Refuse("The document was not handed over: " + Terminal::OneLine(check.problem.English()) + "." +
+                  (check.next.IsEmpty() ? "" : " " + check.next.English()));
   }
   // The agent would take it, and trust its stores without asking.
   if (!ServiceRecords::SRXMLProvider::IsDiscovery(util::widen(document))) {

@@ -131,6 +131,10 @@ void CheckDocument(const DocumentCheck::Result& check, const std::string& file, 
             file + ": Further problems: " + std::to_string(check.furtherProblems) + ".",
             "Correct those that are told, then run srctl doctor again."});
   }
+  if (!check.next.IsEmpty()) {
+    return report({Result::Problem, "document", file + " cannot be checked: " + check.problem.English() + ".",
+                   check.next.English()});
+  }
   const Wording::Message& whole = check.problem.IsEmpty() ? check.problemWithRoot : check.problem;
   if (!whole.IsEmpty()) {
     report({Result::Problem, "document", file + " is no service record: " + whole.English() + ".",

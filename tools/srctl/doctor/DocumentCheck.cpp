@@ -28,9 +28,10 @@ std::filesystem::path InstalledResources() {
   return program.parent_path().parent_path() / SR_RESOURCES_DIR;
 }
 
-Result Failed(const Message& problem) {
+Result Failed(const Message& problem, const Message& next) {
   Result result;
   result.problem = problem;
+  result.next = next;
   return result;
 }
 
@@ -102,15 +103,17 @@ Result Check(const std::string& document) {
   const std::lock_guard lock(one);
   if (document.size() > DomLib::kMaximumDocumentBytes) {
     return Failed(Worded("it is larger than a document may be: {size} MiB",
-                         {{"size", std::to_string(DomLib::kMaximumDocumentBytes >> 20)}}));
+                         {{"size", std::to_string(DomLib::kMaximumDocumentBytes >> 20)}}),
+                  Worded("Ask whoever wrote it for a smaller one."));
   }
   if (!util::IsUTF8(document))
-    return Failed(Worded("it is not UTF-8 text; save it in that encoding and try again"));
+    return Failed(Worded("it is not UTF-8 text"), Worded("Save it in that encoding and try again."));
   std::error_code missing;
   std::filesystem::current_path(InstalledResources(), missing);
   if (missing) {
-    return Failed(Worded("the schemas to check it with are not in {folder}; reinstall the program",
-                         {{"folder", InstalledResources().string()}}));
+    return Failed(Worded("the schemas to check it with are not in {folder}",
+                         {{"folder", InstalledResources().string()}}),
+                  Worded("Install the program again."));
   }
   Result result;
   ServiceRecords::SRXMLProvider provider;

@@ -14,9 +14,10 @@ namespace Srctl::DocumentCheck {
 
 struct Result {
   ServiceRecords::StoreMap stores;  // what the agent will find in the document
-  // Why it will find nothing, with the fatal one of the problems, and what to do; empty when there are
-  // stores.
+  // Why it will find nothing, with the fatal one of the problems; empty when there are stores.
   Wording::Message problem;
+  // What to do when the problem is that nobody could look into the document; else empty.
+  Wording::Message next;
 
   // What is wrong with the document, in the order in which it was found; the first ones of many.
   std::vector<DomLib::DocumentProblem> problems;

@@ -172,6 +172,11 @@ class StoreCheck {
       return;
     }
     const DocumentCheck::Result check = DocumentCheck::Check(util::narrow(document));
+    if (!check.next.IsEmpty()) {
+      Report(Result::Problem, "discovery document",
+             Worded("It cannot be checked: {problem}.", {{"problem", check.problem}}), check.next);
+      return;
+    }
     if (!check.problem.IsEmpty()) {
       ReportDocument(Worded("It is not valid: {problem}.", {{"problem", check.problem}}), CorrectDocument());
       return;
