@@ -575,6 +575,21 @@ TEST_F(DoctorOfStores, ADocumentOfAServerThatNamesNoSchemaIsNotCalledValid) {
       "against.");
 }
 
+TEST_F(DoctorOfStores, NamesTheSchemaThatTheDocumentOfAServerNamesAndNobodyFinds) {
+  const StoreText store = WorkingStore("s1", "One");
+  std::string document = TestSupport::DiscoveryDocument({store});
+  const std::string schema = "urn:morvane:discovery discovery";
+  document.replace(document.find(schema), schema.size(), "urn:morvane:discovery other.xsd");
+  WriteDocument(server_, "s1", document);
+  GiveStores({store});
+  const SrctlRun run = Srctl({"doctor"});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_THAT(
+      StoreLine(run, "discovery document"),
+      AllOf(StartsWith("note: "), HasSubstr(": It can be read, but was not fully validated: unable to open "),
+            HasSubstr("other.xsd")));
+}
+
 TEST_F(DoctorOfStores, WithoutTheSchemasTheInstallationIsToBlame) {
   GiveStores({WorkingStore("s1", "One")});
   const std::string what = " cannot be checked: the schemas to check it with are not in ";

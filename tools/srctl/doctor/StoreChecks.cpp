@@ -189,9 +189,15 @@ class StoreCheck {
     const std::size_t count = check.stores.size();
     const bool isDescribed = store_.id.empty() || check.stores.contains(util::widen(store_.id));
     if (!isDescribed) return ReportOthers(count);
-    if (!check.IsValid()) {
+    if (!check.namesSchema) {
       Report(Result::Note, "discovery document",
              Worded("It can be read, but names no schema to validate it against."));
+      return;
+    }
+    if (!check.problems.empty()) {
+      Report(Result::Note, "discovery document",
+             Worded("It can be read, but was not fully validated: {problem}.",
+                    {{"problem", DocumentCheck::Sentences(check)}}));
       return;
     }
     Report(Result::Ok, "discovery document",
