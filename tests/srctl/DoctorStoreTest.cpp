@@ -528,6 +528,28 @@ TEST_F(DoctorOfStores, OfManyProblemsOfAFileTheFirstAreTold) {
               AllOf(HasSubstr("'a8'"), Not(HasSubstr("'a29'")), HasSubstr(": Further problems: ")));
 }
 
+TEST_F(DoctorOfStores, OnlyWhatBreaksARuleCountsHoweverMuchIsNotFound) {
+  std::string document = TestSupport::ServiceRecordDocument({WorkingStore("s1", "One")});
+  std::string schemas;
+  for (int i = 0; i < 30; ++i) schemas += " urn:a" + std::to_string(i) + " a" + std::to_string(i) + ".xsd";
+  document.insert(document.find(" serviceRecord.xsd\"") + 18, schemas);
+  const SrctlRun run = Srctl({"doctor", agent_.Write("a.cr", document).string()});
+  EXPECT_EQ(run.status, 0) << run.output;
+  EXPECT_THAT(run.output, AllOf(HasSubstr("/a0.xsd'"), Not(HasSubstr("/a29.xsd'"))));
+  EXPECT_THAT(run.output, Not(HasSubstr("Further problems")));
+  document.insert(document.find("<Gateways>"), "<Hint/>");
+  const SrctlRun broken = Srctl({"doctor", agent_.Write("a.cr", document).string()});
+  EXPECT_EQ(broken.status, 1);
+  EXPECT_THAT(broken.output, AllOf(HasSubstr("'Hint'"), Not(HasSubstr("Further problems"))));
+  document = TestSupport::DiscoveryDocument({WorkingStore("s1", "One")});
+  document.insert(document.find(" discovery\"") + 10, schemas);
+  document.insert(document.find("<Gateways>"), "<Hint/>");
+  WriteDocument(server_, "s1", document);
+  GiveStores({Store("s1", "One")});
+  ExpectProblem(StoreLine(Srctl({"doctor"}), "discovery document"),
+                "It is not valid: ", "Ask the administrator of the server");
+}
+
 TEST_F(DoctorOfStores, AFileThatNamesNoSchemaIsNotCalledValid) {
   const StoreText store = WorkingStore("s1", "One");
   std::string document = TestSupport::ServiceRecordDocument({store});

@@ -43,12 +43,14 @@ bool IsError(const DocumentProblem& problem) {
   return problem.gravity != Gravity::Warning;
 }
 
-// What ends the document comes last, and is told in any case.
+// What ends the document comes last, and is told in any case. So are errors behind however many warnings.
 void Take(Result& result, const DocumentProblem& problem) {
-  const bool isTold = result.problems.size() < kMostProblems || IsFatal(problem);
-  if (isTold) {
+  const auto told =
+      std::count_if(result.problems.begin(), result.problems.end(),
+                    [&](const DocumentProblem& one) { return IsError(one) == IsError(problem); });
+  if (static_cast<std::size_t>(told) < kMostProblems || IsFatal(problem)) {
     result.problems.push_back(problem);
-  } else {
+  } else if (IsError(problem)) {
     ++result.furtherProblems;
   }
 }

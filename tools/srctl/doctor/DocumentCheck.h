@@ -21,7 +21,7 @@ struct Result {
 
   // What is wrong with the document, in the order in which it was found; the first ones of many.
   std::vector<DomLib::DocumentProblem> problems;
-  std::size_t furtherProblems = 0;
+  std::size_t furtherProblems = 0;   // rules that it breaks besides
   Wording::Message problemWithRoot;  // why the document is of neither kind; empty when it is of one
   bool namesSchema = false;
 
