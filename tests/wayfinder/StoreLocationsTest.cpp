@@ -21,7 +21,7 @@ class StoreLocationsTest : public testing::Test {
   bool Replace(const std::vector<StoreBeacons>& stores) {
     std::map<std::string, StoreBeacons> byKey;
     for (const StoreBeacons& store : stores) byKey.emplace(Wayfinding::StoreKey(store.url), store);
-    return locations_.Replace(std::move(byKey));
+    return locations_.Replace(byKey);
   }
 
   NetworkLocation Find(const std::string& url) {

@@ -62,10 +62,9 @@ LocationService::~LocationService() {
 }
 
 void LocationService::SetStores(const PropertyList::SharedDictionaries& stores) {
-  std::map<std::string, StoreBeacons> list = ReadStoreList(stores);
-  const bool hasStores = !list.empty();
-  const bool isNew = board_->locations.Replace(std::move(list));
-  if (hasStores) StartThread();  // with the same list again, too: it may not have been possible before
+  const std::map<std::string, StoreBeacons> list = ReadStoreList(stores);
+  const bool isNew = board_->locations.Replace(list);
+  if (!list.empty()) StartThread();  // with the same list again, too: it may not have been possible before
   if (isNew) board_->wake.Raise();
 }
 

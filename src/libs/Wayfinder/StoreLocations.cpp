@@ -2,15 +2,15 @@
 
 namespace Wayfinding {
 
-bool StoreLocations::Replace(std::map<std::string, StoreBeacons> stores) {
+bool StoreLocations::Replace(const std::map<std::string, StoreBeacons>& stores) {
   const ThreadSafety::MutexLock lock(mutex_);
   auto list = std::make_shared<std::vector<StorePtr>>();
   std::map<std::string, Place> places;
-  for (auto& [key, store] : stores) {
+  for (const auto& [key, store] : stores) {
     Place& place = places[key];
     if (const auto before = places_.find(key); before != places_.end()) place = before->second;
     if (place.store == nullptr || *place.store != store) {
-      place.store = std::make_shared<const StoreBeacons>(std::move(store));
+      place.store = std::make_shared<const StoreBeacons>(store);
       place.decision = {};
     }
     list->push_back(place.store);

@@ -29,7 +29,7 @@ class StoreLocations {
 
   // Replaces the list; a store that is in it as it was before keeps its location, any other is undecided.
   // False, and nothing changes, when it is the same. `stores`: by their keys.
-  [[nodiscard]] bool Replace(std::map<std::string, StoreBeacons> stores);
+  [[nodiscard]] bool Replace(const std::map<std::string, StoreBeacons>& stores);
   // The same object until the list is replaced.
   [[nodiscard]] StoreList Current() const;
 

@@ -198,10 +198,11 @@ bool BeaconTransfer::HasVerifiedChain() const {
 
 ProbeOutcome BeaconTransfer::JudgeHandshake(CURLcode code) const {
   if (code == CURLE_OK) return {.answer = ProbeAnswer::Answered, .proven = true};
-  if (code == CURLE_PEER_FAILED_VERIFICATION && HasVerifiedChain())
+  if (code == CURLE_PEER_FAILED_VERIFICATION && HasVerifiedChain()) {
     return {.answer = ProbeAnswer::SomebodyElse,
             .proven = true,
             .reason = Worded("certificate for another name")};
+  }
   return {.reason = FailureOf(code)};
 }
 

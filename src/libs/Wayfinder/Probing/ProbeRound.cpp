@@ -97,9 +97,10 @@ void ProbeRound::AdvanceLookups() {
 
 void ProbeRound::EndLookup(const Lookup& lookup) {
   const std::string& host = HostOf(lookup.question);
-  if (!HasEnded(lookup.names))
+  if (!HasEnded(lookup.names)) {
     return Report(lookup.question,
                   {.reason = Worded("{host}: no answer from the name lookup", {{"host", host}})});
+  }
   if (lookup.names.get().empty())
     return Report(lookup.question, {.reason = Worded("{host}: name not found", {{"host", host}})});
   addresses_[lookup.question] = lookup.names.get();
