@@ -461,6 +461,22 @@ TEST_F(DoctorOfStores, AStoreThatHangsKeepsNoOtherWaitingAndATerminalShowsHowFar
   EXPECT_THAT(srctl.Output(), Not(HasSubstr(": store "))) << "they are told in their order";
 }
 
+// ThreadSanitizer starts with stacks of the usual size only.
+#ifndef __SANITIZE_THREAD__
+TEST_F(DoctorOfStores, WithoutAThreadToBeHadTheStoresAreLookedAtAllTheSame) {
+  const std::string file = OpenableFile("a.cr", {WorkingStore("s1", "One"), WorkingStore("s2", "Two")});
+  // Stacks of that size do not fit into the address space.
+  TestSupport::ChildProcess srctl(
+      {"bash", "-c", "ulimit -s 200000000000 && exec \"$0\" doctor \"$1\"", SR_STAGE_DIR "/bin/srctl", file},
+      agent_.Environment());
+  EXPECT_EQ(srctl.Wait(), 0);
+  for (const std::string store : {"store \"One\" (s1)", "store \"Two\" (s2)"}) {
+    for (const std::string check : {"server", "gateway", "discovery document"})
+      EXPECT_THAT(srctl.Output(), HasSubstr("ok: " + store + ", " + check + ": "));
+  }
+}
+#endif
+
 TEST_F(DoctorOfStores, LooksAtTheStoresOfAFileThatAreNotInTheList) {
   const SrctlRun run = Srctl({"doctor", OpenableFile("a.cr", {Store("s1", "One")})});
   EXPECT_EQ(run.status, 0) << run.output;

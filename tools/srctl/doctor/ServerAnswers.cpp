@@ -1,5 +1,6 @@
 #include "doctor/ServerAnswers.h"
 
+#include "doctor/HelpingThreads.h"
 #include "libs/Address/SplitURL.h"
 #include "libs/Text/TextHelpers.h"
 
@@ -20,8 +21,9 @@ ServerAnswers::ServerAnswers(const std::vector<std::string>& urls) {
     question.ask = std::packaged_task<ServerCheck::Answer()>([url] { return ServerCheck::Ask(url); });
     question.answer = question.ask.get_future().share();
   }
-  for (std::size_t thread = 0; thread < std::min(questions_.size(), kMostThreads); ++thread)
-    threads_.emplace_back([this] { Work(); });
+  helpers_ = StartHelpers(std::min(questions_.size(), kMostThreads) - 1, [this] {
+    for (Question& question : questions_) question.Ask();
+  });
 }
 
 std::string ServerAnswers::ServerOf(const std::string& url) {
@@ -29,13 +31,14 @@ std::string ServerAnswers::ServerOf(const std::string& url) {
   return util::AsciiLowerCased(scheme + " " + Address::SplitURL(url).WithoutPage());
 }
 
-const ServerCheck::Answer& ServerAnswers::Of(const std::string& url) const {
-  return questions_[places_.at(ServerOf(url))].answer.get();
+const ServerCheck::Answer& ServerAnswers::Of(const std::string& url) {
+  Question& question = questions_[places_.at(ServerOf(url))];
+  question.Ask();
+  return question.answer.get();
 }
 
-void ServerAnswers::Work() {
-  for (std::size_t question = next_++; question < questions_.size(); question = next_++)
-    questions_[question].ask();
+void ServerAnswers::Question::Ask() {
+  if (!isTaken.test_and_set()) ask();
 }
 
 }  // namespace Srctl

@@ -287,7 +287,7 @@ class StoreCheck {
   const Situation& situation_;
   const StoreInfo& store_;
   const FindingReport& report_;
-  const ServerAnswers answers_;
+  ServerAnswers answers_;
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "doctor/StoresCheck.h"
 
+#include "doctor/HelpingThreads.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -78,9 +80,8 @@ class Look {
 void CheckSideBySide(const std::vector<Situation>& stores, const FindingReport& report,
                      const Progress& progress) {
   Look look(stores);
-  std::vector<std::jthread> threads;
-  for (std::size_t thread = 0; thread < std::min(stores.size(), kMostThreads); ++thread)
-    threads.emplace_back([&look] { look.Work(); });
+  const auto threads = StartHelpers(std::min(stores.size(), kMostThreads), [&look] { look.Work(); });
+  if (threads.empty()) look.Work();
   for (std::size_t store = 0; store < stores.size(); ++store) {
     const Findings findings = look.Await(store, progress);
     progress.Clear();
