@@ -1,5 +1,9 @@
 #include "srctl/SrctlTest.h"
 
+#include <sys/syscall.h>
+
+#include <fstream>
+
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -76,6 +80,15 @@ TEST_F(SrctlStoreChanges, AnUnknownGatewayOrStoreIsRefused) {
   EXPECT_EQ(DefaultGateway("s1"), "Head Office");
 }
 
+// How long a call may take shows in nothing but what the process waits in: ppoll, without a time.
+bool WaitsForEver(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/syscall");
+  long call = -1;
+  std::string descriptors, count, time;
+  file >> call >> descriptors >> count >> time;
+  return call == SYS_ppoll && time == "0x0";
+}
+
 TEST_F(SrctlTest, WhileAQuestionHoldsAChangeUpSaysWhatIsWaitedFor) {
   agent_.Start();
   GiveStores({Store("s2", "Two"), Store("s3", "Three")});
@@ -85,6 +98,8 @@ TEST_F(SrctlTest, WhileAQuestionHoldsAChangeUpSaysWhatIsWaitedFor) {
   for (TestSupport::ChildProcess* srctl : {&deletion, &choice})
     EXPECT_THAT(srctl->WaitForOutput("\n"),
                 StartsWith("srctl: The agent has not answered yet. If it asks you"));
+  for (TestSupport::ChildProcess* srctl : {&deletion, &choice})
+    EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return WaitsForEver(srctl->Pid()); }));
   agent_.Release("declined");
   EXPECT_EQ(deletion.Wait(), 0);
   EXPECT_THAT(deletion.Output(), EndsWith("\nDeleted the store \"s2\".\n"));

@@ -22,6 +22,7 @@ constexpr Bus::Service kBeacons{Bus::ServiceNames::kBeacons, Bus::ServiceNames::
 
 // The agent may first have to be started, and serves one call after the other.
 constexpr Bus::CallOptions kSoon{.timeOut = std::chrono::seconds(60)};
+// A change waits as long as a question to the user is open, and is made then whoever still waits.
 constexpr Bus::CallOptions kAtLast{.timeOut = Bus::kForEver};
 
 // How long somebody waits without wondering.
@@ -130,17 +131,17 @@ std::optional<StoreInfo> AgentClient::StoreForID(const std::string& id) {
 }
 
 std::optional<bool> AgentClient::DeleteStore(const std::string& id) {
-  return Ask<bool>(kStores, kSoon, "deleteStore", id);
+  return Ask<bool>(kStores, kAtLast, "deleteStore", id);
 }
 
 std::optional<bool> AgentClient::SetDefaultGatewayForStoreID(const std::string& id,
                                                              const std::string& gateway) {
-  return Ask<bool>(kStores, kSoon, "setDefaultGatewayForStoreIDTo", id, gateway);
+  return Ask<bool>(kStores, kAtLast, "setDefaultGatewayForStoreIDTo", id, gateway);
 }
 
 std::optional<bool> AgentClient::SetDefaultGatewayForStoreURL(const std::string& url,
                                                               const std::string& gateway) {
-  return Ask<bool>(kStores, kSoon, "setDefaultGatewayForStoreURLTo", url, gateway);
+  return Ask<bool>(kStores, kAtLast, "setDefaultGatewayForStoreURLTo", url, gateway);
 }
 
 bool AgentClient::WaitFor(const std::function<bool()>& done, steady_clock::time_point deadline) {
