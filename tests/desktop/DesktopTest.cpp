@@ -69,6 +69,8 @@ void DesktopTest::Hold(const StoreText& store) {
   BeginToOpen(OpenableFile(store.id + ".cr", {store}));
   Press("Add store");
   AwaitHandled();
+  // Its program may end later than it answers, and must not be taken for the next one.
+  Reader().WaitUntilGone(Role::PushButton, "Add store");
 }
 
 ChildProcess DesktopTest::StartStoresWindow(const std::vector<std::string>& environment) {
