@@ -56,6 +56,17 @@ TEST_F(SrctlLocation, GivesTheNumberAndItsNameInJson) {
             (json{{"url", kURL}, {"location", 4294967295}, {"name", "NETWORK_LOCATION_UNDEFINED"}}));
 }
 
+TEST_F(SrctlLocation, IsToldByDoctorAlsoWhereTheAgentIsOfBeforeAnUpdate) {
+  standIn_.location = 1;
+  standIn_.reason = "its beacon answered";
+  standIn_.ServeStores(
+      {{{"StoreID", "s1"}, {"StoreName", "One"}, {"StoreURL", "https://127.0.0.1:1/discovery"}}});
+  const Answer answer = Ask({"doctor"});
+  EXPECT_THAT(answer.output, HasSubstr("location: LAN, this machine is in the store's network. "));
+  EXPECT_THAT(answer.output, HasSubstr("its beacon answered"));
+  EXPECT_THAT(answer.output, HasSubstr("ok: agent: "));
+}
+
 TEST_F(SrctlLocation, WaitsUntilTheAgentHasDecided) {
   ChildProcess srctl = StartSrctl({"location", "--wait", kURL});
   ASSERT_TRUE(standIn_.ServeUntil([&] { return standIn_.Questions().size() == 1; }));

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -25,6 +26,14 @@ StandInAgent::StandInAgent(const std::string& address) : bus_(Got(Bus::Connectio
   for (const char* name : {Names::kBeacons, Names::kServiceRecords}) Got(bus_.RequestName(name));
 }
 
+void StandInAgent::ServeStores(const std::vector<Dictionary>& stores) {
+  Bus::Interface interface(Names::kServiceRecordsInterface);
+  interface.Method("uiBundlePath", {}, {}, [] { return std::string(); });
+  interface.Method("allStores", {}, {}, [stores] { return stores; });
+  interface.Property("stateOfSavedStores", [] { return std::string("good"); });
+  stores_ = Got(bus_.Serve(Names::kServiceRecordsPath, std::move(interface)));
+}
+
 void StandInAgent::ServeBeacons() {
   Bus::Interface interface(Names::kBeaconsInterface);
   interface.Method("networkReachabilityFlags", {}, {}, [this] { return flags; });
@@ -32,6 +41,8 @@ void StandInAgent::ServeBeacons() {
     questions_.push_back(storeURL);
     return location;
   });
+  interface.Method("explainLocationForStore", {}, {},
+                   [this](const std::string& /*storeURL*/) { return std::tuple(location, reason); });
   beacons_ = Got(bus_.Serve(Names::kBeaconsPath, std::move(interface)));
 }
 

@@ -10,7 +10,8 @@
 #include <vector>
 
 // Has the agent's names on a bus and answers about the network what a test sets; files that it is to open it
-// only notes. Throws on failure. One thread; it answers only while ServeUntil runs.
+// only notes. Like an agent of before an update it says only in English why a location is what it is. Throws
+// on failure. One thread; it answers only while ServeUntil runs.
 class StandInAgent {
  public:
   explicit StandInAgent(const std::string& address);
@@ -18,6 +19,7 @@ class StandInAgent {
   StandInAgent& operator=(const StandInAgent&) = delete;
 
   std::uint64_t location = 0;
+  std::string reason;  // of the location
   std::uint32_t flags = 0;
   bool takesFiles = true;  // or else it has too many already
 
@@ -25,6 +27,9 @@ class StandInAgent {
   [[nodiscard]] const std::vector<std::string>& Questions() const { return questions_; }
   // The files that it was asked to open; the id of each is its place, from 1.
   [[nodiscard]] const std::vector<std::string>& Opened() const { return opened_; }
+
+  // From now on it tells that it has these.
+  void ServeStores(const std::vector<PropertyList::Dictionary>& stores);
 
   // Notifies everybody that the location relative to the store has changed.
   void AnnounceLocation(const std::string& storeURL);
@@ -42,6 +47,7 @@ class StandInAgent {
   void ServeOpenings();
 
   Bus::Connection bus_;
+  Bus::Slot stores_;
   Bus::Slot beacons_;
   Bus::Slot openings_;
   std::vector<std::string> questions_;

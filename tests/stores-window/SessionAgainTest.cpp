@@ -64,5 +64,14 @@ TEST_F(AskingAgain, AnotherAgentIsAskedForTheListAndForLocations) {
   EXPECT_TRUE(RunUntil([this] { return agent_.QuestionsForLocation() == 2; }));
 }
 
+TEST_F(AskingAgain, AnAgentOfBeforeAnUpdateIsAskedForALocationAsItKnowsIt) {
+  agent_.isOfBeforeAnUpdate = true;
+  BeginWith(kOne);
+  StoreItem* const item = observed_.session.Stores().Find("s1");
+  observed_.session.Locations().Want(item);
+  ASSERT_TRUE(RunUntil([item] { return LocationOf(item).has_value(); }));
+  EXPECT_EQ(*LocationOf(item), (Location{1, "LAN, as it was said"}));
+}
+
 }  // namespace
 }  // namespace Stores

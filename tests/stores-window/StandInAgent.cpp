@@ -91,6 +91,10 @@ void StandInAgent::Take(GDBusConnection* /*bus*/, const char* sender, const char
     agent->TakeOpening(sender, parameters, call);
   } else if (asked == "allStores") {
     agent->questions_.push_back(call);
+  } else if (asked == "describeLocationForStore" && agent->isOfBeforeAnUpdate) {
+    g_dbus_method_invocation_return_dbus_error(call, "org.freedesktop.DBus.Error.UnknownMethod", method);
+  } else if (asked == "explainLocationForStore") {
+    g_dbus_method_invocation_return_value(call, g_variant_new_parsed("(uint64 1, 'LAN, as it was said')"));
   } else if (asked == "describeLocationForStore") {
     ++agent->locations_;
     g_dbus_method_invocation_return_value(call, g_variant_new_parsed("(uint64 1, {'Text': <'LAN'>})"));

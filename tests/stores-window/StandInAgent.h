@@ -32,6 +32,8 @@ class StandInAgent {
   void TellStores(std::size_t question, const std::string& stores);
   void AnnounceChange();
 
+  // Then it says only in English why a location is what it is.
+  bool isOfBeforeAnUpdate = false;
   // How often a location was asked for, which is always the store's network.
   [[nodiscard]] int QuestionsForLocation() const { return locations_; }
 

@@ -31,6 +31,10 @@ bool Error::IsForWantOfOwner() const {
   return name == SD_BUS_ERROR_NAME_HAS_NO_OWNER || name == SD_BUS_ERROR_SERVICE_UNKNOWN;
 }
 
+bool Error::IsOfUnknownMethod() const {
+  return name == SD_BUS_ERROR_UNKNOWN_METHOD;
+}
+
 bool Error::IsOfLimits() const {
   return name == SD_BUS_ERROR_LIMITS_EXCEEDED;
 }

@@ -26,6 +26,8 @@ struct Error {
 
   // Whether nobody owns the name that was called, and nobody could be started for it.
   [[nodiscard]] bool IsForWantOfOwner() const;
+  // Whether whoever was called does not know the method.
+  [[nodiscard]] bool IsOfUnknownMethod() const;
   // Whether what was asked for would have been one too many.
   [[nodiscard]] bool IsOfLimits() const;
 };

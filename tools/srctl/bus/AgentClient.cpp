@@ -94,11 +94,8 @@ Bus::Result<Bus::Message> AgentClient::CallPatiently(const Bus::Service& service
   return waited ? *reply : waited.Failure();
 }
 
-template <class... Results, class... Arguments>
-std::optional<Bus::Reading<Results...>> AgentClient::Ask(const Bus::Service& service,
-                                                         const Bus::CallOptions& options, const char* method,
-                                                         const Arguments&... arguments) {
-  const Bus::Result<Bus::Message> reply = CallPatiently(service, options, method, arguments...);
+template <class... Results>
+std::optional<Bus::Reading<Results...>> AgentClient::Read(const Bus::Result<Bus::Message>& reply) {
   if (!reply) {
     problem_ = reply.Failure().text;
     return std::nullopt;
@@ -107,6 +104,13 @@ std::optional<Bus::Reading<Results...>> AgentClient::Ask(const Bus::Service& ser
   if (results) return std::move(*results);
   Fail(kUnreadableAnswer, results.Failure());
   return std::nullopt;
+}
+
+template <class... Results, class... Arguments>
+std::optional<Bus::Reading<Results...>> AgentClient::Ask(const Bus::Service& service,
+                                                         const Bus::CallOptions& options, const char* method,
+                                                         const Arguments&... arguments) {
+  return Read<Results...>(CallPatiently(service, options, method, arguments...));
 }
 
 std::optional<std::vector<StoreInfo>> AgentClient::AllStores() {
@@ -170,10 +174,19 @@ std::optional<std::uint64_t> AgentClient::LocationForStore(const std::string& ur
 }
 
 std::optional<LocationInfo> AgentClient::ExplainedLocationForStore(const std::string& url) {
-  const auto explained = Ask<std::uint64_t, Dictionary>(kBeacons, kSoon, "describeLocationForStore", url);
-  if (!explained) return std::nullopt;
-  const auto& [location, message] = *explained;
+  const Bus::Result<Bus::Message> reply = CallPatiently(kBeacons, kSoon, "describeLocationForStore", url);
+  if (!reply && reply.Failure().IsOfUnknownMethod()) return LocationForStoreInEnglish(url);
+  const auto described = Read<std::uint64_t, Dictionary>(reply);
+  if (!described) return std::nullopt;
+  const auto& [location, message] = *described;
   return LocationInfo{location, Wording::MessageDictionary::Read(message)};
+}
+
+std::optional<LocationInfo> AgentClient::LocationForStoreInEnglish(const std::string& url) {
+  const auto explained = Ask<std::uint64_t, std::string>(kBeacons, kSoon, "explainLocationForStore", url);
+  if (!explained) return std::nullopt;
+  const auto& [location, line] = *explained;
+  return LocationInfo{location, line};
 }
 
 std::optional<std::uint64_t> AgentClient::DecidedLocationForStore(const std::string& url,

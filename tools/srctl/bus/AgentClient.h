@@ -65,11 +65,16 @@ class AgentClient {
   AgentClient(Bus::Connection bus, std::function<void()> isLate)
       : bus_(std::move(bus)), isLate_(std::move(isLate)) {}
 
+  // The values of a reply.
+  template <class... Results>
+  [[nodiscard]] std::optional<Bus::Reading<Results...>> Read(const Bus::Result<Bus::Message>& reply);
   template <class... Results, class... Arguments>
   [[nodiscard]] std::optional<Bus::Reading<Results...>> Ask(const Bus::Service& service,
                                                             const Bus::CallOptions& options,
                                                             const char* method,
                                                             const Arguments&... arguments);
+  // As an agent tells it that was started before this program was brought up to date.
+  [[nodiscard]] std::optional<LocationInfo> LocationForStoreInEnglish(const std::string& url);
   // Waits for the reply, and says so when that takes long.
   template <class... Arguments>
   [[nodiscard]] Bus::Result<Bus::Message> CallPatiently(const Bus::Service& service,

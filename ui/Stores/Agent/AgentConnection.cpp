@@ -18,19 +18,36 @@ namespace {
 constexpr int kSoon = 60 * 1000;
 constexpr int kAtLast = G_MAXINT;
 
-std::string TextOf(GError* error) {
-  g_dbus_error_strip_remote_error(error);
-  return error->message;
+std::string TextOf(const GError* error) {
+  if (error == nullptr) return {};
+  const ErrorPtr copy(g_error_copy(error));
+  g_dbus_error_strip_remote_error(copy.get());
+  return copy->message;
 }
 
 // For a reply that holds one value.
 template <class Result, class Read>
 auto ReadingOne(const AgentConnection::Answer<Result>& answer, Read read) {
-  return [answer, read](GVariant* reply, const std::string& problem) {
-    if (reply == nullptr) return answer(std::nullopt, problem);
+  return [answer, read](GVariant* reply, const GError* error) {
+    if (reply == nullptr) return answer(std::nullopt, TextOf(error));
     const VariantPtr value(g_variant_get_child_value(reply, 0));
-    answer(read(value.get()), problem);
+    answer(read(value.get()), {});
   };
+}
+
+// For a reply that holds a location and why.
+template <class Read>
+auto ReadingLocation(const AgentConnection::Answer<Location>& answer, Read readReason) {
+  return [answer, readReason](GVariant* reply, const GError* error) {
+    if (reply == nullptr) return answer(std::nullopt, TextOf(error));
+    const VariantPtr number(g_variant_get_child_value(reply, 0));
+    const VariantPtr reason(g_variant_get_child_value(reply, 1));
+    answer(Location{g_variant_get_uint64(number.get()), readReason(reason.get())}, {});
+  };
+}
+
+Wording::Message ReadLine(GVariant* line) {
+  return g_variant_get_string(line, nullptr);
 }
 
 bool ReadBool(GVariant* value) {
@@ -130,7 +147,7 @@ void AgentConnection::TakeReply(GObject* bus, GAsyncResult* result, gpointer han
   ErrorPtr error;
   const VariantPtr reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, Out(error)));
   if (error && g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED)) return;
-  (*owner)(reply.get(), error ? TextOf(error.get()) : std::string());
+  (*owner)(reply.get(), error.get());
 }
 
 void AgentConnection::Call(const Service& service, const char* method, GVariant* arguments,
@@ -152,15 +169,16 @@ void AgentConnection::StateOfSavedStores(const Answer<SavedState>& answer) {
 
 void AgentConnection::LocationForStore(const std::string& url, const Answer<Location>& answer) {
   Call(kBeacons, "describeLocationForStore", g_variant_new("(s)", url.c_str()), "(ta{sv})", kSoon,
-       [answer](GVariant* reply, const std::string& problem) {
-         if (reply == nullptr) return answer(std::nullopt, problem);
-         Location location;
-         GVariant* message = nullptr;
-         g_variant_get(reply, "(t@a{sv})", &location.number, &message);
-         const VariantPtr owner(message);
-         location.reason = Reading::MessageFrom(message);
-         answer(location, problem);
+       [this, url, answer](GVariant* reply, const GError* error) {
+         const bool isUnknown = g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_UNKNOWN_METHOD) != FALSE;
+         if (isUnknown) return LocationForStoreInEnglish(url, answer);
+         ReadingLocation(answer, Reading::MessageFrom)(reply, error);
        });
+}
+
+void AgentConnection::LocationForStoreInEnglish(const std::string& url, const Answer<Location>& answer) {
+  Call(kBeacons, "explainLocationForStore", g_variant_new("(s)", url.c_str()), "(ts)", kSoon,
+       ReadingLocation(answer, ReadLine));
 }
 
 void AgentConnection::DeleteStore(const std::string& id, const Answer<bool>& answer) {

@@ -59,11 +59,13 @@ class AgentConnection {
   static const Service kProperties;
 
   // Called with the reply's parameters, or with null and the reason.
-  using ReplyHandler = std::function<void(GVariant* reply, const std::string& problem)>;
+  using ReplyHandler = std::function<void(GVariant* reply, const GError* error)>;
 
   void Call(const Service& service, const char* method, GVariant* arguments, const char* replyType,
             int timeOutMilliseconds, ReplyHandler handler);
   static void TakeReply(GObject* bus, GAsyncResult* result, gpointer handler);
+  // As an agent tells it that was started before this program was brought up to date.
+  void LocationForStoreInEnglish(const std::string& url, const Answer<Location>& answer);
   void NoteNotification(GVariant* parameters);
   void Subscribe();
   static void NoteOwner(GDBusConnection* bus, const char* name, const char* owner, gpointer self);
