@@ -468,6 +468,18 @@ TEST_F(RequestActionTest, AUserNameWithAColonIsAskedForAgainForBasic) {
   EXPECT_EQ(program_.Requests().size(), 2U);
 }
 
+TEST_F(RequestActionTest, AUserNameThatBasicCannotCarryIsNotOfferedAgainNorTheOneBefore) {
+  for (const char* name : {"mia", "us:er", "user"}) program_.WillGive(name, "secret");
+  WardenRequest request(library_, kStore);
+  PrepareAnswerTo(kBasic, request);
+  request.Report(401, {kBasic});
+  EXPECT_EQ(request.Prepare(), MORVANE_WARDEN_ACTION_SEND);
+  ASSERT_EQ(program_.Requests().size(), 3U);
+  EXPECT_THAT(program_.Requests()[1], HasSubstr("rejected=yes\nusername=mia\n"));
+  EXPECT_THAT(program_.Requests()[2], HasSubstr("rejected=yes\n"));
+  EXPECT_THAT(program_.Requests()[2], Not(HasSubstr("username=")));
+}
+
 TEST_F(RequestActionTest, AnUnknownSchemeEndsTheRequest) {
   const std::uint32_t unsupported = MORVANE_WARDEN_ACTION_UNSUPPORTED_SCHEME;
   EXPECT_EQ(ActionAfter401({L"WWW-Authenticate: Bearer realm=\"x\""}), unsupported);

@@ -81,8 +81,14 @@ void Authentication::JudgeCredentials() {
 
 // Most often it is only the password that was wrong.
 void Authentication::TakeBackCredentials() {
+  std::string userName = std::move(credentials_->userName);
+  DropCredentials();
+  rejectedUserName_ = std::move(userName);
+}
+
+void Authentication::DropCredentials() {
   wasRejected_ = true;
-  rejectedUserName_ = std::move(credentials_->userName);
+  rejectedUserName_.clear();
   credentials_.reset();
 }
 
@@ -169,7 +175,7 @@ MorvaneWardenAction Authentication::ObtainCredentials(const Site& site) {
     if (action != MORVANE_WARDEN_ACTION_SEND) return action;
     if (!CredentialsFit()) {
       WardenLog::Write(WardenLog::kFailure, "Warden: Basic cannot carry a user name with a colon");
-      TakeBackCredentials();
+      DropCredentials();
     }
   }
   return MORVANE_WARDEN_ACTION_SEND;

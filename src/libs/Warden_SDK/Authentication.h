@@ -58,6 +58,7 @@ class Authentication {
 
   void JudgeCredentials();
   void TakeBackCredentials();
+  void DropCredentials();
   [[nodiscard]] bool SaysStale() const;
   [[nodiscard]] MorvaneWardenAction Choose(const Site& site);
   [[nodiscard]] bool TryNegotiate(const Site& site);
