@@ -130,22 +130,35 @@ TEST_F(CredentialPromptTest, SaysThatTheLastAnswerWasNotAccepted) {
 }
 
 TEST_F(CredentialPromptTest, OffersTheUserNameOfTheAnswerThatWasNotAccepted) {
-  constexpr const char* kAgain = "User name (empty for the same one): ";
+  constexpr const char* kAgain = "User name (empty for the same one, Ctrl+D to cancel): ";
+  constexpr const char* kPassword = "Password (empty to cancel): ";
   Ask("domain", "\nrejected=yes\nusername=mia");
   Type(kAgain, "");
-  Type("Password: ", "better");
+  Type(kPassword, "better");
   const CredentialWire::CredentialMessage same = Reply();
   EXPECT_EQ(same.Get("username"), "mia");
   EXPECT_EQ(same.Get("password"), "better");
   EXPECT_THAT(shown_, HasSubstr("It had the user name:\r\n\r\n  mia\r\n"));
   Ask("domain", "\nrejected=yes\nusername=mia");
   Type(kAgain, "tom");
-  Type("Password: ", "other");
+  Type(kPassword, "other");
   EXPECT_EQ(Reply().Get("username"), "tom");
   Ask("domain", "\nrejected=yes\nusername=mia");
   shown_ += terminal_.ReadUntil(kAgain);
   terminal_.Type("\x04");
   EXPECT_EQ(Reply().Get("status"), "cancelled");
+}
+
+TEST_F(CredentialPromptTest, TwoEmptyAnswersAfterOneThatWasNotAcceptedCancel) {
+  Ask("domain", "\nrejected=yes\nusername=mia");
+  Type("to cancel): ", "");
+  Type("to cancel): ", "");
+  EXPECT_EQ(Reply().Get("status"), "cancelled");
+  Ask("rsa", "\nrejected=yes\nusername=mia");
+  Type("to cancel): ", "");
+  Type("Password: ", "");  // a code may be all that there is
+  Type("Code: ", "123456");
+  EXPECT_EQ(Reply().Get("status"), "ok");
 }
 
 TEST_F(CredentialPromptTest, OffersNoUserNameWhereNoneWasRejected) {

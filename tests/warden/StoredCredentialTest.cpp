@@ -27,7 +27,7 @@ using TestSupport::WardenRequest;
 using TestSupport::WebServer;
 
 constexpr const char* kUserName = "User name (empty to cancel): ";
-constexpr const char* kUserNameAgain = "User name (empty for the same one): ";
+constexpr const char* kUserNameAgain = "User name (empty for the same one, Ctrl+D to cancel): ";
 constexpr const char* kKeep = "for the next time? [y/N] ";
 
 // A store behind TLS and a password, the real credential program, a keyring, and a user at a terminal.
@@ -99,7 +99,7 @@ TEST_F(StoredCredentialTest, AWrongPasswordIsNotStoredAndAskedForAgain) {
   EXPECT_EQ(RunWhile([this] {
               LogOn("wrong", "yes");
               Type(kUserNameAgain, "");
-              Type("Password: ", "secret");
+              Type("Password (empty to cancel): ", "secret");
               Type(kKeep, "yes");
             }),
             1U);

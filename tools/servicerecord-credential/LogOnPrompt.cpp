@@ -15,8 +15,10 @@ namespace {
 
 constexpr std::size_t kLongestAnswer = 1024;
 constexpr std::string_view kUserNameQuestion = "  User name (empty to cancel): ";
-constexpr std::string_view kUserNameAgainQuestion = "  User name (empty for the same one): ";
+constexpr std::string_view kUserNameAgainQuestion =
+    "  User name (empty for the same one, Ctrl+D to cancel): ";
 constexpr std::string_view kPasswordQuestion = "  Password: ";
+constexpr std::string_view kPasswordAgainQuestion = "  Password (empty to cancel): ";
 constexpr std::string_view kCodeQuestion = "  Code: ";
 constexpr std::string_view kRememberQuestion = "  Keep user name and password for the next time? [y/N] ";
 
@@ -73,11 +75,12 @@ bool AskForUserName(Terminal::Terminal& terminal, std::string_view offered, LogO
   return !answer.userName.empty();
 }
 
-bool AskForPassword(Terminal::Terminal& terminal, LogOn& answer) {
-  std::optional<CredentialWire::Secret> password =
-      AskFor(terminal, kPasswordQuestion, Terminal::Terminal::Echo::Off);
-  if (password) answer.password = std::move(*password);
-  return password.has_value();
+bool AskForPassword(Terminal::Terminal& terminal, bool mayBeEmpty, LogOn& answer) {
+  std::optional<CredentialWire::Secret> password = AskFor(
+      terminal, mayBeEmpty ? kPasswordQuestion : kPasswordAgainQuestion, Terminal::Terminal::Echo::Off);
+  if (!password) return false;
+  answer.password = std::move(*password);
+  return mayBeEmpty || !answer.password.IsEmpty();
 }
 
 bool AskForCode(Terminal::Terminal& terminal, LogOn& answer) {
@@ -94,9 +97,11 @@ std::optional<LogOn> AskToLogOn(Terminal::Terminal& terminal, const LogOnQuestio
   LogOn answer;
   answer.userName = question.knownUserName;
   const bool isKnown = !answer.userName.empty();
+  // Two empty answers to an offered user name are nobody's log-on.
+  const bool mayBeEmpty = question.rejectedUserName.empty() || question.needsCode;
   const bool isAnswered = terminal.Print(Introduction(question, terminal.Columns())) &&
                           (isKnown || (AskForUserName(terminal, question.rejectedUserName, answer) &&
-                                       AskForPassword(terminal, answer))) &&
+                                       AskForPassword(terminal, mayBeEmpty, answer))) &&
                           (!question.needsCode || AskForCode(terminal, answer));
   if (!isAnswered) {
     terminal.Print("\nLog-on cancelled.\n");
