@@ -33,6 +33,7 @@ TEST(CheckLine, MayLackWhatThereIsNotToSay) {
   ASSERT_TRUE(finding);
   EXPECT_EQ(finding->text, Worded("Fine."));
   EXPECT_EQ(finding->next, Message());
+  EXPECT_EQ(FindingFromLine(R"({"textMessage":{}})")->text, Message());
 }
 
 TEST(CheckLine, ThatIsNoObjectIsNothing) {

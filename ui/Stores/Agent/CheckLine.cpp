@@ -25,11 +25,12 @@ const Json& MemberOf(const Json& object, const char* member) {
 
 Message MessageOf(const Json& value) {
   if (value.is_string()) return value.get<std::string>();
-  if (!value.is_object()) return {};
+  std::string pattern = value.is_object() ? TextOf(value, "pattern") : std::string();
+  if (pattern.empty()) return {};
   std::vector<Wording::Place> places;
   for (const auto& [name, place] : MemberOf(value, "places").items())
     places.push_back({name, MessageOf(place)});
-  return {TextOf(value, "pattern"), std::move(places)};
+  return {std::move(pattern), std::move(places)};
 }
 
 CheckFinding::Result ResultOf(const std::string& word) {
