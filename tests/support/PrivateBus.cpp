@@ -10,6 +10,14 @@ PrivateBus::PrivateBus()
   daemon_.WaitForOutput("unix:path=");
 }
 
+void PrivateBus::Pause() {
+  daemon_.Signal(SIGSTOP);
+}
+
+void PrivateBus::GoOn() {
+  daemon_.Signal(SIGCONT);
+}
+
 void PrivateBus::Terminate() {
   daemon_.Signal(SIGTERM);
   daemon_.Wait();

@@ -13,6 +13,9 @@ class PrivateBus {
   PrivateBus();
 
   [[nodiscard]] std::string Address() const { return "unix:path=" + (folder_.Path() / "bus").string(); }
+  // Until it goes on, it takes connections but says nothing.
+  void Pause();
+  void GoOn();
   // Everybody on the bus loses it.
   void Terminate();
 

@@ -19,10 +19,11 @@ void Require(bool succeeded) {
 
 }  // namespace
 
-ServiceManager::ServiceManager(const std::string& address, const std::vector<std::string>& environment)
-    : thread_([this, address, environment] {
+ServiceManager::ServiceManager(const std::string& address, const std::vector<std::string>& environment,
+                               std::chrono::milliseconds pause)
+    : thread_([this, address, environment, pause] {
         try {
-          Serve(address, environment);
+          Serve(address, environment, pause);
         } catch (...) {
           isServed_.set_exception(std::current_exception());
         }
@@ -40,11 +41,15 @@ ServiceManager::~ServiceManager() {
   thread_.join();
 }
 
-void ServiceManager::Serve(const std::string& address, const std::vector<std::string>& environment) {
+void ServiceManager::Serve(const std::string& address, const std::vector<std::string>& environment,
+                           std::chrono::milliseconds pause) {
   Bus::EventLoop loop = std::move(*Bus::EventLoop::Make());
   Bus::Connection bus = std::move(*Bus::Connection::To(address));
   Bus::Interface interface("org.freedesktop.systemd1.Manager");
-  interface.Property("Environment", [environment] { return environment; });
+  interface.Property("Environment", [environment, pause] {
+    std::this_thread::sleep_for(pause);
+    return environment;
+  });
   Bus::Slot object;
   Require(static_cast<bool>(Bus::Keep(object, bus.Serve(kPath, std::move(interface)))));
   Require(static_cast<bool>(bus.RequestName(kName)));

@@ -2,6 +2,7 @@
 
 #include "libs/Files/EventFd.h"
 
+#include <chrono>
 #include <future>
 #include <string>
 #include <thread>
@@ -13,14 +14,16 @@ namespace TestSupport {
 // failure.
 class ServiceManager {
  public:
-  // `environment`: with which it starts programs, as NAME=value.
-  ServiceManager(const std::string& address, const std::vector<std::string>& environment);
+  // `environment`: with which it starts programs, as NAME=value. `pause`: before it tells it.
+  ServiceManager(const std::string& address, const std::vector<std::string>& environment,
+                 std::chrono::milliseconds pause = {});
   ~ServiceManager();
   ServiceManager(const ServiceManager&) = delete;
   ServiceManager& operator=(const ServiceManager&) = delete;
 
  private:
-  void Serve(const std::string& address, const std::vector<std::string>& environment);
+  void Serve(const std::string& address, const std::vector<std::string>& environment,
+             std::chrono::milliseconds pause);
 
   const Files::EventFd end_;
   std::promise<void> isServed_;

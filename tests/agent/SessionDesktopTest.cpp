@@ -1,0 +1,27 @@
+#include "Process/SessionDesktop.h"
+#include "support/EnvironmentVariable.h"
+#include "support/PrivateBus.h"
+#include "support/ServiceManager.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+TEST(SessionDesktop, IsNoneWhereTheBusAndTheServiceManagerTogetherTakeTooLong) {
+  TestSupport::PrivateBus bus;
+  const TestSupport::EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", bus.Address());
+  const TestSupport::ServiceManager manager(bus.Address(), {"DISPLAY=:2"}, 1500ms);
+  bus.Pause();
+  std::jthread later([&bus] {
+    std::this_thread::sleep_for(1s);
+    bus.GoOn();
+  });
+  EXPECT_TRUE(Agent::SessionDesktop().empty()) << "either alone would have been in time";
+}
+
+}  // namespace
