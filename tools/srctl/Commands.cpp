@@ -38,8 +38,8 @@ Status RefuseSetting(const std::filesystem::path& file, const std::error_code& e
 // The rest of it is read by the agent, as from a server.
 void WarnOfErrors(const DocumentCheck::Result& check, const std::string& document) {
   std::cerr
-      << "srctl: The document breaks its schema. The agent takes it all the same, and passes over what it "
-         "does not know:\n";
+      << "srctl: The document breaks its schema. The agent takes it all the same; what it does not know it "
+         "passes over or takes for the default:\n";
   for (const DomLib::DocumentProblem& problem : check.problems)
     std::cerr << "  " << Terminal::OneLine(DocumentCheck::Sentence(problem, document).English()) << ".\n";
   if (check.furtherProblems > 0) std::cerr << "  And " << check.furtherProblems << " more.\n";
