@@ -111,9 +111,10 @@ TEST_F(DoctorOfStores, ExplainsACertificateForAnotherName) {
 
 TEST_F(DoctorOfStores, ExplainsAnUnknownAuthority) {
   const SrctlRun run = WithCertificate("unknown-issuer");
-  ExpectProblem(StoreLine(run, "server"),
-                "does not trust it: this machine does not know who issued its certificate: ",
-                "Ask your administrator for the authority's root certificate");
+  ExpectProblem(
+      StoreLine(run, "server"),
+      "does not trust it: its certificate was issued by Example Stores, whom this machine does not know.",
+      "Ask your administrator for the authority's root certificate");
 }
 
 TEST_F(DoctorOfStores, ExplainsARevokedCertificate) {

@@ -75,7 +75,7 @@ Answer ForProblem(const Transfer::PeerProblem& problem, const std::string& detai
           Worded("When you are behind a hotspot's sign-in page, open a web browser and sign in; otherwise "
                  "ask your administrator whether the address is right."));
     case Problem::UnknownIssuer:
-      return NotTrusted(Worded("this machine does not know who issued its certificate: {issuer}",
+      return NotTrusted(Worded("its certificate was issued by {issuer}, whom this machine does not know",
                                {{"issuer", problem.subject}}),
                         Worded("Ask your administrator for the authority's root certificate and install it "
                                "(update-ca-certificates), or ask whether the server sends its whole chain."));
