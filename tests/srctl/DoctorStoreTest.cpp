@@ -117,6 +117,14 @@ TEST_F(DoctorOfStores, ExplainsAnUnknownAuthority) {
       "Ask your administrator for the authority's root certificate");
 }
 
+TEST_F(DoctorOfStores, ExplainsCertificatesThatNameNoHostAndNoIssuer) {
+  EXPECT_THAT(StoreLine(WithCertificate("address-alone"), "server"),
+              HasSubstr("does not trust it: its certificate names no host. Next: "));
+  agent_.Bus().ServiceRecords("deleteStore", {"s1"});
+  EXPECT_THAT(StoreLine(WithCertificate("nameless-issuer"), "server"),
+              HasSubstr("its certificate was issued by somebody whom this machine does not know. Next: "));
+}
+
 TEST_F(DoctorOfStores, ExplainsARevokedCertificate) {
   const TestAuthority& authority = TestAuthority::Shared();
   const WebServer other(authority.TlsServerBlock(

@@ -71,14 +71,19 @@ Answer ForProblem(const Transfer::PeerProblem& problem, const std::string& detai
           CheckClock());
     case Problem::OtherHost:
       return NotTrusted(
-          Worded("its certificate is another server's: {hosts}", {{"hosts", problem.subject}}),
+          problem.subject.empty()
+              ? Worded("its certificate names no host")
+              : Worded("its certificate is another server's: {hosts}", {{"hosts", problem.subject}}),
           Worded("When you are behind a hotspot's sign-in page, open a web browser and sign in; otherwise "
                  "ask your administrator whether the address is right."));
     case Problem::UnknownIssuer:
-      return NotTrusted(Worded("its certificate was issued by {issuer}, whom this machine does not know",
-                               {{"issuer", problem.subject}}),
-                        Worded("Ask your administrator for the authority's root certificate and install it "
-                               "(update-ca-certificates), or ask whether the server sends its whole chain."));
+      return NotTrusted(
+          problem.subject.empty()
+              ? Worded("its certificate was issued by somebody whom this machine does not know")
+              : Worded("its certificate was issued by {issuer}, whom this machine does not know",
+                       {{"issuer", problem.subject}}),
+          Worded("Ask your administrator for the authority's root certificate and install it "
+                 "(update-ca-certificates), or ask whether the server sends its whole chain."));
     case Problem::Revoked:
       return NotTrusted(Worded("its certificate has been revoked"),
                         Worded("Ask the administrator of the server for a new certificate."));
