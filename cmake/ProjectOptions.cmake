@@ -8,6 +8,8 @@ if(SR_CCACHE)
     CCACHE_SLOPPINESS=pch_defines,time_macros ${SR_CCACHE})
   set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
   set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
+  # Or clang's precompiled headers would be others each time.
+  add_compile_options("$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion
