@@ -1,6 +1,7 @@
 #include "wayfinder/AddressServer.h"
 
 #include <netdb.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -37,6 +38,10 @@ void AddressServer::Serve() {
   while (true) {
     const Files::FileDescriptor connection(::accept4(listener_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (connection.Get() < 0) return;
+    // Of a client whose link was taken away nothing comes, its end neither.
+    std::array<pollfd, 2> either = {pollfd{connection.Get(), POLLIN, 0}, pollfd{listener_.Get(), 0, 0}};
+    ::poll(either.data(), either.size(), -1);
+    if (either[1].revents != 0) return;
     if (::recv(connection.Get(), part.data(), part.size(), 0) <= 0) continue;
     ++requests_;
     if (::send(connection.Get(), response_.data(), response_.size(), MSG_NOSIGNAL) < 0) continue;
