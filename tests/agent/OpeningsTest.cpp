@@ -172,6 +172,19 @@ TEST_F(OpenedFiles, TheDesktopOfACallGoesBeforeTheAgentsAndNothingButADesktopIsT
                                        Not(Contains(HasSubstr("evil")))));
 }
 
+TEST_F(OpenedFiles, ALanguageOfACallLeadsToNoOtherFoldersTexts) {
+  ScriptWindows();
+  Start();
+  client_->OpenAndAwait(OneStore(), {{"DISPLAY", ":3"},
+                                     {"XAUTHORITY", "/callers"},
+                                     {"LANGUAGE", "de:../../../tmp/evil"},
+                                     {"LC_ALL", "../evil"},
+                                     {"LC_MESSAGES", "/evil"},
+                                     {"LANG", "evil/"}});
+  EXPECT_THAT(WindowVariables(), AllOf(Contains("DISPLAY=:3"), Contains("XAUTHORITY=/callers"),
+                                       Not(Contains(HasSubstr("evil")))));
+}
+
 TEST_F(OpenedFiles, WithoutADisplayInTheCallTheAgentsIsUsed) {
   ScriptWindows();
   Start({"DISPLAY=:1"});

@@ -7,28 +7,35 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <span>
 #include <string_view>
 
 namespace Display {
 namespace {
 
-// The first ones name a display.
 constexpr std::array<std::string_view, 2> kDisplays{"WAYLAND_DISPLAY", "DISPLAY"};
-constexpr std::array<std::string_view, 9> kNames{kDisplays[0], kDisplays[1],          "GDK_BACKEND",
-                                                 "XAUTHORITY", "XDG_CURRENT_DESKTOP", "LANGUAGE",
-                                                 "LC_ALL",     "LC_MESSAGES",         "LANG"};
+constexpr std::array<std::string_view, 3> kOfDisplays{"GDK_BACKEND", "XAUTHORITY", "XDG_CURRENT_DESKTOP"};
+constexpr std::array<std::string_view, 4> kLanguages{"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"};
 
 std::string_view NameOf(std::string_view variable) {
   return variable.substr(0, variable.find('='));
 }
 
+bool IsAmong(std::span<const std::string_view> names, std::string_view variable) {
+  return std::ranges::find(names, NameOf(variable)) != names.end();
+}
+
 bool IsOfDesktop(std::string_view variable) {
-  return std::ranges::find(kNames, NameOf(variable)) != kNames.end();
+  return IsAmong(kDisplays, variable) || IsAmong(kOfDisplays, variable) || IsAmong(kLanguages, variable);
 }
 
 bool NamesDisplay(std::string_view variable) {
-  const std::string_view name = NameOf(variable);
-  return variable.size() > name.size() + 1 && std::ranges::find(kDisplays, name) != kDisplays.end();
+  return variable.size() > NameOf(variable).size() + 1 && IsAmong(kDisplays, variable);
+}
+
+// The language is part of the path of the texts that a program shows, which would be anybody's then.
+bool LeadsElsewhere(std::string_view variable) {
+  return IsAmong(kLanguages, variable) && variable.find('/') != std::string_view::npos;
 }
 
 Variables Environment() {
@@ -41,7 +48,7 @@ Variables Among(const Variables& environment) {
   if (std::ranges::none_of(environment, NamesDisplay)) return {};
   Variables desktop;
   std::ranges::copy_if(environment, std::back_inserter(desktop), [](const std::string& variable) {
-    return IsOfDesktop(variable) && util::IsUTF8(variable);
+    return IsOfDesktop(variable) && !LeadsElsewhere(variable) && util::IsUTF8(variable);
   });
   return desktop;
 }

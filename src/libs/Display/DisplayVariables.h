@@ -11,8 +11,8 @@ namespace Display {
 // Each as NAME=value.
 using Variables = std::vector<std::string>;
 
-// Those that name a display, how to talk to it, the desktop on it and its user's language, in UTF-8, and no
-// others: none of them has a program load anything. Empty when they name no display.
+// Those that name a display, how to talk to it, the desktop on it and its user's language, without a '/', in
+// UTF-8, and no others: none has a program load anything from elsewhere. Empty when they name no display.
 [[nodiscard]] Variables Among(const Variables& environment);
 [[nodiscard]] Variables OfThisProcess();
 
