@@ -513,6 +513,20 @@ class Notices : public OpenedFiles {
     EXPECT_EQ(logged.find(line, at + 1), std::string::npos) << logged;
   }
   [[nodiscard]] std::filesystem::path Launched() const { return agent_.Home() / "launched"; }
+  // A client that notes the display that it is launched on.
+  void InstallClient() {
+    agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Client\nExec=sh -c \"printenv DISPLAY >" +
+                     Launched().string() + "\"\n");
+  }
+  [[nodiscard]] std::string AwaitLaunchDisplay() {
+    std::string display;
+    EXPECT_TRUE(agent_.Bus().WaitUntil([&] {
+      std::ifstream file(Launched());
+      return static_cast<bool>(std::getline(file, display));
+    }));
+    return display;
+  }
 
   NotificationService desktop_;
 
@@ -572,16 +586,20 @@ TEST_F(Notices, NeitherDoesAClientThatCanBeLaunched) {
 }
 
 TEST_F(Notices, AClientIsLaunchedOnTheDesktopOfTheCall) {
-  agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
-               "[Desktop Entry]\nType=Application\nName=Client\nExec=sh -c \"printenv DISPLAY >" +
-                   Launched().string() + "\"\n");
+  InstallClient();
   Start();
   client_->OpenAndAwait(OneStore(), {{"DISPLAY", ":8"}});
-  EXPECT_TRUE(agent_.Bus().WaitUntil([&] {
-    std::ifstream file(Launched());
-    std::string display;
-    return std::getline(file, display) && display == ":8";
-  }));
+  EXPECT_EQ(AwaitLaunchDisplay(), ":8");
+}
+
+TEST_F(Notices, WhoeverIsAskedOnATerminalIsNotLookedForElsewhere) {
+  InstallClient();
+  const PseudoTerminal terminal;
+  const Files::FileDescriptor descriptor = Descriptor(terminal);
+  Start({"DISPLAY=:1"});
+  const TestSupport::ServiceManager manager(agent_.BusAddress(), {"DISPLAY=:2"});
+  client_->Await(client_->Open(OneStore(), descriptor.Get()));
+  EXPECT_EQ(AwaitLaunchDisplay(), ":1");
 }
 
 TEST_F(Notices, SeveralStoresAreToldTogether) {

@@ -1,6 +1,7 @@
 #include "srctl/SrctlTest.h"
 #include "srctl/StandInAgent.h"
 #include "support/PseudoTerminal.h"
+#include "support/TestFiles.h"
 
 #include <csignal>
 #include <filesystem>
@@ -65,6 +66,18 @@ TEST_F(SrctlOnTerminal, AsksThereInsteadOfOnTheDesktopWhenToldTo) {
   static_cast<void>(terminal_.ReadUntil(kQuestion));
   terminal_.Type("no\n");
   EXPECT_EQ(srctl.Wait(), 4);
+}
+
+TEST_F(SrctlOnTerminal, TheClientComesForwardOnTheDesktopAllTheSame) {
+  const std::filesystem::path launched = agent_.Home() / "launched";
+  agent_.Write("home/.local/share/applications/com.morvane.quillon.velt.desktop",
+               "[Desktop Entry]\nType=Application\nName=Client\nExec=sh -c \"printenv DISPLAY >" +
+                   launched.string() + "\"\n");
+  ChildProcess srctl = LogOn("DISPLAY=:9 exec \"$0\" open --terminal \"$1\"");
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("yes\n");
+  EXPECT_EQ(srctl.Wait(), 0);
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return TestSupport::ReadFile(launched) == ":9\n"; }));
 }
 
 TEST_F(SrctlOnTerminal, HasTheLastWordWhereTheAgentTellsOfAnError) {

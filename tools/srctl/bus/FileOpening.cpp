@@ -81,11 +81,10 @@ Bus::Result<> FileOpening::AddMatches() {
 
 Bus::Result<> FileOpening::Ask(const std::string& absolutePath, int terminal) {
   Bus::Options options;
-  if (terminal >= 0) {
+  // Beside a terminal, too: the main client comes forward there.
+  options.emplace("desktop", Display::ByName(Display::OfThisProcess()));
+  if (terminal >= 0)
     options.emplace("terminal", Files::FileDescriptor(::fcntl(terminal, F_DUPFD_CLOEXEC, 0)));
-  } else {
-    options.emplace("desktop", Display::ByName(Display::OfThisProcess()));
-  }
   return bus_->AddCall(bus_->Bus().CallAsync(
       kOpenings, {.timeOut = kAnswerTime}, "Open",
       [this](const Bus::Result<Bus::Message>& reply) { HandleReply(reply); }, absolutePath, options));
