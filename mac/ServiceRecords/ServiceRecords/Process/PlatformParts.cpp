@@ -8,16 +8,11 @@
 #include "SRLib/SRHTTPRequestFactory.h"
 #include "SRLib/SSLValidationFactory.h"
 
-#include <string>
-#include <system_error>
-
 namespace Agent {
 
 using namespace ServiceRecords;
 
-namespace {
-
-std::wstring ReasonOf(const std::error_code& error) {
+std::wstring WhyUnread(const std::error_code& error) {
   if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
     return util::MessageFromResourceW(util::kReasonNoFile);
   if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted)
@@ -26,9 +21,11 @@ std::wstring ReasonOf(const std::error_code& error) {
   return util::WithArgument(util::MessageFromResourceW(util::kReasonReadingFailed), error.message());
 }
 
+namespace {
+
 bool ReadDocument(const std::wstring& path, std::wstring& text, std::wstring& reason) {
   const std::error_code error = util::ReadDocumentFile(path, text);
-  if (error) reason = ReasonOf(error);
+  if (error) reason = WhyUnread(error);
   return !error;
 }
 

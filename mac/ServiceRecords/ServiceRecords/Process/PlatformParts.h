@@ -2,10 +2,16 @@
 
 #include "SRLib/Provider/ProviderParts.h"
 
+#include <string>
+#include <system_error>
+
 namespace Agent {
 
 // What this platform gives the provider: everything but the notifications, which the last step of the start
 // gives. The request and validation factories must be registered.
 [[nodiscard]] ServiceRecords::ProviderParts PlatformParts();
+
+// A sentence for people: why a document's file could not be read.
+[[nodiscard]] std::wstring WhyUnread(const std::error_code& error);
 
 }  // namespace Agent
