@@ -17,8 +17,12 @@ std::wstring WhyUnread(const std::error_code& error) {
     return util::MessageFromResourceW(util::kReasonNoFile);
   if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted)
     return util::MessageFromResourceW(util::kReasonNotPermitted);
-  if (error == std::errc::is_a_directory) return util::MessageFromResourceW(util::kReasonNoDocument);
-  return util::WithArgument(util::MessageFromResourceW(util::kReasonReadingFailed), error.message());
+  // The latter of a socket, which cannot even be opened.
+  if (error == std::errc::is_a_directory || error == std::errc::no_such_device_or_address)
+    return util::MessageFromResourceW(util::kReasonNoDocument);
+  // The system's own words are not in the catalogue's language.
+  return util::WithArgument(util::MessageFromResourceW(util::kReasonReadingFailed),
+                            std::to_string(error.value()));
 }
 
 namespace {
