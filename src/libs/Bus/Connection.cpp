@@ -105,10 +105,10 @@ void Connection::Closing::operator()(sd_bus* bus) const {
   sd_bus_flush_close_unref(bus);
 }
 
-Result<Connection> Connection::ToUserBus() {
+Result<Connection> Connection::ToUserBus(Unsent unsent) {
   sd_bus* bus = nullptr;
   if (const int result = sd_bus_open_user(&bus); result < 0) return Error::OfResult(result);
-  return Connection(Handle(bus));
+  return Connection(Handle(bus, {.dropsUnsent = unsent == Unsent::Dropped}));
 }
 
 Result<Connection> Connection::ToSystemBus() {

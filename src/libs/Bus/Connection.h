@@ -51,8 +51,11 @@ class Connection {
   using MessageHandler = std::function<void(const Message& message)>;
   using ReplyHandler = std::function<void(const Result<Message>& reply)>;
 
-  [[nodiscard]] static Result<Connection> ToUserBus();
-  // What was not sent when it ends is dropped, and nobody waited for.
+  // What becomes, when it ends, of what was not sent: Dropped waits for nobody.
+  enum class Unsent { WaitedFor, Dropped };
+
+  [[nodiscard]] static Result<Connection> ToUserBus(Unsent unsent = Unsent::WaitedFor);
+  // Drops what was not sent.
   [[nodiscard]] static Result<Connection> ToSystemBus();
   [[nodiscard]] static Result<Connection> To(const std::string& address);
 

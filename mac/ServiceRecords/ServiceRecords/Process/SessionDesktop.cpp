@@ -26,7 +26,7 @@ std::chrono::microseconds TimeUntil(steady_clock::time_point deadline) {
 
 Display::Variables SessionDesktop() {
   const auto deadline = steady_clock::now() + kPatience;
-  Bus::Result<Bus::Connection> bus = Bus::Connection::ToUserBus();
+  Bus::Result<Bus::Connection> bus = Bus::Connection::ToUserBus(Bus::Connection::Unsent::Dropped);
   if (!bus || !bus->AwaitReady(deadline)) return {};
   const auto environment = bus->Property<std::vector<std::string>>(
       kServiceManager, {.timeOut = TimeUntil(deadline), .startsService = false}, "Environment");
