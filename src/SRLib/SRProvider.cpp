@@ -351,20 +351,25 @@ std::shared_ptr<const std::set<std::wstring>> SRProvider::WatchRemovals() {
 }
 
 bool SRProvider::VerifyDSTrust(SRStore& store, std::wstring& discoveryDocument, bool& canceled) {
-  // That it is not confirmed sounds as if it had not been added.
-  const DialogSubject subject(
-      ServerProblem{store.GetStoreURL(), store.GetStoreName(), parts_.message(util::kReasonInList)});
   std::wstring response;
   if (!MakeConnection(store, response, canceled)) {
-    if (!canceled) ShowError(util::kMessageStoreTitle, util::kMessageDiscoveryConnectionFailed);
+    if (!canceled) TellNotConfirmed(store, util::kMessageDiscoveryConnectionFailed);
     return false;
   }
   if (SRXMLProvider::IsDiscovery(response)) {
     discoveryDocument = std::move(response);
     return true;
   }
-  ShowError(util::kMessageStoreTitle, util::kMessageNotADiscoveryDocument);
+  TellNotConfirmed(store, util::kMessageNotADiscoveryDocument);
   return false;
+}
+
+// That it is not confirmed sounds as if it had not been added. Others may have removed it meanwhile.
+void SRProvider::TellNotConfirmed(const SRStore& store, int message) const {
+  const bool isListed = Snapshot()->ByID(store.GetStoreID()) != nullptr;
+  const DialogSubject subject(ServerProblem{store.GetStoreURL(), store.GetStoreName(),
+                                            isListed ? parts_.message(util::kReasonInList) : std::wstring()});
+  ShowError(util::kMessageStoreTitle, message);
 }
 
 bool SRProvider::MakeConnection(SRStore& store, std::wstring& response, bool& canceled) {

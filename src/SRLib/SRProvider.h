@@ -149,6 +149,8 @@ class SRProvider {
   // Tells the user that the server at this URL is not trusted.
   void TellNotVerified(const SRStore& store, const std::wstring& url,
                        const SSLValidationDetails& details) const;
+  // Tells the user that an accepted store is not confirmed, by the message with that id.
+  void TellNotConfirmed(const SRStore& store, int message) const;
   // Tells the user that an opened file counts as one without stores.
   void TellNoStores() const;
   bool SetDefaultGatewayWhere(std::wstring (SRStore::*field)() const, const std::wstring& value,

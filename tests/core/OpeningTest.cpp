@@ -279,7 +279,29 @@ TEST_F(OpeningTest, BelongsToItsThreadAlone) {
   EXPECT_EQ(Opening::OfThisThread(), nullptr);
 }
 
-class DialogSubjectTest : public OpeningTest {};
+class DialogSubjectTest : public OpeningTest {
+ protected:
+  void ExpectError(const std::wstring& reason) {
+    EXPECT_CALL(notifications_, ShowSRErrorDialog).WillOnce([this, reason](auto&&...) {
+      const auto* const problem = DialogSubject::OfThisThread<ServerProblem>();
+      EXPECT_NE(problem, nullptr);
+      if (problem != nullptr) {
+        EXPECT_EQ(problem->storeName, store_.GetStoreName());
+        EXPECT_EQ(problem->reason, reason);
+      }
+      return -1;
+    });
+  }
+  void FailToConfirmListedStore() {
+    Hold({store_});
+    provider_.SaveAllStores();
+    std::wstring document;
+    bool canceled = false;
+    EXPECT_FALSE(provider_.VerifyDSTrust(store_, document, canceled));
+  }
+
+  SRStore store_ = Store(L"s", L"https://s");
+};
 
 TEST_F(DialogSubjectTest, TheTrustDialogIsAboutTheServerThatWasVerified) {
   SRStore store = Store(L"s", L"https://s", {Gateway(L"GW", L"https://gw")});
@@ -337,19 +359,20 @@ TEST_F(DialogSubjectTest, TheErrorIsAboutTheServerThatWasAskedLast) {
 }
 
 TEST_F(DialogSubjectTest, AnErrorOfAConfirmationSaysThatItsStoreIsInTheListAllTheSame) {
-  SRStore store = Store(L"s", L"https://s");
-  EXPECT_CALL(notifications_, ShowSRErrorDialog).WillOnce([&store](auto&&...) {
-    const auto* const problem = DialogSubject::OfThisThread<ServerProblem>();
-    EXPECT_NE(problem, nullptr);
-    if (problem != nullptr) {
-      EXPECT_EQ(problem->storeName, store.GetStoreName());
-      EXPECT_EQ(problem->reason, MessageOf(util::kReasonInList));
-    }
-    return -1;
+  ExpectError(MessageOf(util::kReasonInList));
+  FailToConfirmListedStore();
+}
+
+TEST_F(DialogSubjectTest, AnErrorOfAConfirmationDoesNotSaySoOfAStoreThatIsRemovedMeanwhile) {
+  location_.AnswerWith(Wayfinder::kDeciding);
+  clock_.OnSecond([this](int second) {
+    if (second == 3) static_cast<void>(provider_.RemoveStore(L"s"));
+    if (second == 4) location_.AnswerWith(Wayfinder::kNone);
+    return true;
   });
-  std::wstring document;
-  bool canceled = false;
-  EXPECT_FALSE(provider_.VerifyDSTrust(store, document, canceled));
+  ExpectError(L"");
+  FailToConfirmListedStore();
+  EXPECT_EQ(clock_.Seconds(), 4);
 }
 
 }  // namespace
