@@ -6,6 +6,7 @@
 
 #include <sys/eventfd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <filesystem>
@@ -258,6 +259,27 @@ TEST_F(DialogModuleTest, AWindowIsOnTheDesktopThatTheHostGivesAndOnNoOther) {
   const TestSupport::EnvironmentVariable authority("XAUTHORITY", "/nowhere");
   EXPECT_EQ(module_.EntryPointsFor(host)->addStore(kDetails), 1);
   EXPECT_NE(module_.EntryPoints().addStore(kDetails), 1) << "the next call's is another";
+}
+
+TEST_F(DialogModuleTest, WhereTheDesktopThatTheHostGivesHasEndedAWindowIsOnTheProcesssOwn) {
+  module_.Bundle().ScriptWindowProgram(
+      "readRequest; echo $DISPLAY >>asked; [ $DISPLAY = :7 ] && echo accepted || echo no display");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo declined");
+  EXPECT_EQ(AddStoreOn({"DISPLAY=:8"}), 0);
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
+  EXPECT_EQ(AddStoreOn({"DISPLAY=:8"}), 1);
+  EXPECT_EQ(ContentOf(module_.Bundle().File("asked")), ":8\n:8\n:7\n");
+}
+
+TEST_F(DialogModuleTest, ADesktopOnWhichNoWindowCanBeShownIsTriedOnce) {
+  module_.Bundle().ScriptWindowProgram("readRequest; echo $DISPLAY >>asked; echo no display");
+  module_.Bundle().ScriptDialogProgram("readRequest; echo accepted");
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
+  const TestSupport::EnvironmentVariable authority("XAUTHORITY", "/nowhere");
+  Display::Variables own = Display::OfThisProcess();
+  std::ranges::reverse(own);
+  EXPECT_EQ(AddStoreOn(own), 1);
+  EXPECT_EQ(ContentOf(module_.Bundle().File("asked")), ":7\n");
 }
 
 TEST_F(DialogModuleTest, AHostOfTheSecondVersionHasNoDesktopToGive) {

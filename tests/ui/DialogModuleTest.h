@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libs/Display/DisplayVariables.h"
 #include "ui/LoadedModule.h"
 
 #include <fcntl.h>
@@ -11,6 +12,7 @@
 #include <cerrno>
 #include <csignal>
 #include <string>
+#include <vector>
 
 // The module, and dialog programs that are scripts.
 class DialogModuleTest : public ::testing::Test {
@@ -27,6 +29,14 @@ class DialogModuleTest : public ::testing::Test {
     SRUIHost host = module_.Host();
     host.terminalDescriptor = terminal;
     host.withdrawalDescriptor = withdrawal;
+    return module_.EntryPointsFor(host)->addStore(kDetails);
+  }
+
+  // The same on that desktop.
+  [[nodiscard]] int AddStoreOn(const Display::Variables& desktop) const {
+    const std::vector<const char*> variables = Display::PointersTo(desktop);
+    SRUIHost host = module_.Host();
+    host.desktop = variables.data();
     return module_.EntryPointsFor(host)->addStore(kDetails);
   }
 

@@ -14,8 +14,8 @@ namespace Dialogs {
 class DialogProgram {
  public:
   // Those that may show it, the best one first: the one on that terminal, when one is given; else the one
-  // with a window, when there may be a display, on that desktop or without one on this process's, and then
-  // the one that looks for a terminal itself.
+  // with a window, on that desktop and then on this process's, as far as there are any, and then the one that
+  // looks for a terminal itself.
   [[nodiscard]] static std::vector<DialogProgram> For(int terminal, const Display::Variables& desktop);
 
   // Starts it for that request; the interruptions are descriptors that are only polled. Nothing when it

@@ -21,7 +21,7 @@ class ErrorBox {
   // Very many would bury what they say.
   static constexpr std::size_t kMostMessages = 32;
 
-  // Shown on that desktop, or on this process's without one. `termination` is only polled.
+  // Shown on that desktop, or on this process's where that cannot be. `termination` is only polled.
   ErrorBox(Display::Variables desktop, int termination)
       : desktop_(std::move(desktop)), termination_(termination) {}
 
