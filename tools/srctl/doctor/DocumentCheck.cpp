@@ -78,9 +78,10 @@ Message WhyWithoutStores(const Result& result, bool wasRead) {
   if (fatal != nullptr && (!wasRead || fatal->line != 0))
     return Worded("it cannot be parsed: {problem}", {{"problem", end}});
   if (!result.problemWithRoot.IsEmpty()) return result.problemWithRoot;
-  if (fatal != nullptr)
+  if (fatal != nullptr) {
     return Worded("it describes no complete store: {problem}; {needs}",
                   {{"problem", end}, {"needs", Needs()}});
+  }
   return Worded("it describes no complete store; {needs}", {{"needs", Needs()}});
 }
 
