@@ -36,6 +36,18 @@ class LogOnDialog : public VirtualDesktopTest {
     return agent_.Bus().ServiceRecords("storeForID", {"s1"})["StoreName"];
   }
 
+  void LogOnByKeyboard(const std::string& password) {
+    // After the last control that can be used comes the first field; not every toolkit tells that it has the
+    // focus.
+    TabTo(Role::PushButton, "Cancel");
+    Type("Tab");
+    Write("demo");
+    Type("Tab");
+    Write(password);
+    Usable(Role::PushButton, kLogOn);
+    Type("Return");
+  }
+
  private:
   void ServeBehindTheGateway(StoreText store) const {
     store.name = "Full Name";
@@ -50,27 +62,13 @@ class LogOnDialog : public VirtualDesktopTest {
 };
 
 TEST_F(LogOnDialog, LogsOnByTheKeyboardAlone) {
-  // After the last control that can be used comes the first field; not every toolkit tells that it has the
-  // focus.
-  TabTo(Role::PushButton, "Cancel");
-  Type("Tab");
-  Write("demo");
-  Type("Tab");
-  Write("secret word");
-  Usable(Role::PushButton, kLogOn);
-  Type("Return");
+  LogOnByKeyboard("secret word");
   AwaitHandled();
   Reader().WaitUntil("the name of the discovery document", [&] { return NameInList() == "Full Name"; });
 }
 
 TEST_F(LogOnDialog, OffersTheUserNameAgainAfterAWrongPassword) {
-  TabTo(Role::PushButton, "Cancel");
-  Type("Tab");
-  Write("demo");
-  Type("Tab");
-  Write("wrong");
-  Usable(Role::PushButton, kLogOn);
-  Type("Return");
+  LogOnByKeyboard("wrong");
   Reader().WaitFor(Role::Label, "The last answer was not accepted.");
   // The focus is in the password.
   Usable(Role::PushButton, kLogOn);

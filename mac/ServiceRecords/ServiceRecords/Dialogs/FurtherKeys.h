@@ -17,7 +17,7 @@ void AddTrust(PropertyList::Dictionary& details, const std::wstring& storeURL);
 void AddDefaultGateway(PropertyList::Dictionary& details, const ServiceRecords::GatewayLabel& defaultGateway);
 // HeldStore, NewStore.
 void AddReplacement(PropertyList::Dictionary& details);
-// Server, ErrorReason, ErrorDetails.
+// StoreName, Server, ErrorReason, ErrorDetails.
 void AddProblem(PropertyList::Dictionary& details);
 
 }  // namespace Agent::FurtherKeys
