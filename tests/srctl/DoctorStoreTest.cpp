@@ -73,6 +73,16 @@ TEST_F(DoctorOfStores, NamesWhoAnswersForTheWholeChain) {
               AllOf(StartsWith("ok: "), HasSubstr("issued by Morvane Test Authority.")));
 }
 
+TEST_F(DoctorOfStores, NamesNobodyWhereTheIssuerHasNoName) {
+  const TestAuthority& authority = TestAuthority::Shared();
+  const WebServer other(authority.TlsServerBlock("nameless-issuer"));
+  TestSupport::ChildProcess srctl({"env", "SSL_CERT_FILE=" + authority.File("nameless-issuer.pem").string(),
+                                   SR_STAGE_DIR "/bin/srctl", "doctor", other.Address("https")},
+                                  agent_.Environment());
+  EXPECT_EQ(srctl.Wait(), 1) << "it serves no document";
+  EXPECT_THAT(srctl.Output(), HasSubstr("it answers, and this machine trusts its certificate.\n"));
+}
+
 TEST_F(DoctorOfStores, ExplainsAnExpiredCertificate) {
   const SrctlRun run = WithCertificate("expired");
   ExpectProblem(StoreLine(run, "server"), "does not trust it: its certificate expired on 20",

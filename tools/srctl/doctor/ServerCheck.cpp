@@ -33,8 +33,7 @@ Message CheckClock() {
 Message RenewCertificate() {
   return Worded(
       "See that the clock of this machine is right (date), then ask the administrator of the server to renew "
-      "the "
-      "certificate.");
+      "the certificate.");
 }
 
 Message CheckServer() {
@@ -155,8 +154,11 @@ Answer AskOverTls(const std::string& url) {
   const STACK_OF(X509)* const chain = request->TrustedChain();
   if (chain == nullptr) return ForProblem(request->Problem(), "");
   const X509* const root = sk_X509_value(chain, sk_X509_num(chain) - 1);
-  return {Kind::Trusted, Worded("it answers, and this machine trusts its certificate, issued by {issuer}",
-                                {{"issuer", Transfer::CertificateNames::Issuer(root).value_or("")}})};
+  const std::string issuer = Transfer::CertificateNames::Issuer(root).value_or("");
+  return {Kind::Trusted,
+          issuer.empty() ? Worded("it answers, and this machine trusts its certificate")
+                         : Worded("it answers, and this machine trusts its certificate, issued by {issuer}",
+                                  {{"issuer", issuer}})};
 }
 
 }  // namespace
