@@ -226,7 +226,8 @@ std::vector<int> TestAgent::DialogProcesses() {
 std::vector<std::string> TestAgent::LogMessages() const {
   std::vector<std::string> messages;
   std::istringstream log(ReadFile(LogFile()));
-  for (std::string line; std::getline(log, line);) {
+  // A line without its end is still being written.
+  for (std::string line; std::getline(log, line) && !log.eof();) {
     const std::size_t end = line.find("]  ");
     if (end != std::string::npos) messages.push_back(line.substr(end + 3));
   }
