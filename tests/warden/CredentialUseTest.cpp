@@ -1,4 +1,5 @@
 #include "libs/Files/EventFd.h"
+#include "support/EnvironmentVariable.h"
 #include "warden/RequestActionTest.h"
 
 #include <gmock/gmock.h>
@@ -63,6 +64,18 @@ TEST_F(CredentialUseTest, TheQuestionIsAskedOnTheDesktopThatIsGiven) {
   ASSERT_EQ(request.SetQuestions({L"Sales", -1, -1, desktop.data()}), MORVANE_WARDEN_OK);
   PrepareAnswerTo(kBasic, request);
   EXPECT_THAT(program_.Displays(), ElementsAre(":8"));
+}
+
+TEST_F(CredentialUseTest, WhereTheDesktopThatIsGivenHasEndedTheQuestionIsAskedOnTheProcesssOwn) {
+  program_.WillReply("status=no-terminal");
+  program_.WillGive("user", "secret");
+  const TestSupport::EnvironmentVariable display("DISPLAY", ":7");
+  WardenRequest request(library_, kStore);
+  const std::array desktop{"DISPLAY=:8", static_cast<const char*>(nullptr)};
+  ASSERT_EQ(request.SetQuestions({L"Sales", -1, -1, desktop.data()}), MORVANE_WARDEN_OK);
+  PrepareAnswerTo(kBasic, request);
+  EXPECT_THAT(request.Headers(), ElementsAre(kSecretHeader));
+  EXPECT_THAT(program_.Displays(), ElementsAre(":8", ":7"));
 }
 
 TEST_F(CredentialUseTest, ANameThatTheQuestionCannotCarryIsLeftOut) {

@@ -4,28 +4,15 @@
 #include "libs/DialogWire/DialogWire.h"
 #include "libs/HelperProgram/HelperProcess.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <utility>
 
 namespace Dialogs {
-namespace {
-
-// Where a window may be shown; the empty one is this process's own. What is named first may have ended.
-std::vector<Display::Variables> DesktopsFrom(const Display::Variables& first) {
-  std::vector<Display::Variables> desktops;
-  if (!first.empty()) desktops.push_back(first);
-  const Display::Variables own = Display::OfThisProcess();
-  if (!own.empty() && !std::ranges::is_permutation(own, first)) desktops.emplace_back();
-  return desktops;
-}
-
-}  // namespace
 
 std::vector<DialogProgram> DialogProgram::For(int terminal, const Display::Variables& desktop) {
   std::vector<DialogProgram> programs;
   if (terminal < 0) {
-    for (const Display::Variables& place : DesktopsFrom(desktop))
+    for (const Display::Variables& place : Display::ToShowOn(desktop))
       programs.push_back(DialogProgram(DialogWire::kWindowProgram, -1, place));
   }
   programs.push_back(DialogProgram(DialogWire::kTerminalProgram, terminal, {}));

@@ -57,6 +57,14 @@ Variables OfThisProcess() {
   return Among(Environment());
 }
 
+std::vector<Variables> ToShowOn(const Variables& named) {
+  std::vector<Variables> desktops;
+  if (!named.empty()) desktops.push_back(named);
+  const Variables own = OfThisProcess();
+  if (!own.empty() && !std::ranges::is_permutation(own, named)) desktops.emplace_back();
+  return desktops;
+}
+
 Variables EnvironmentOn(const Variables& desktop) {
   Variables environment = Environment();
   std::erase_if(environment, IsOfDesktop);

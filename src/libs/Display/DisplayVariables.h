@@ -16,6 +16,10 @@ using Variables = std::vector<std::string>;
 [[nodiscard]] Variables Among(const Variables& environment);
 [[nodiscard]] Variables OfThisProcess();
 
+// Where a window may be shown, one behind the other: on what is named, which may have ended, and then on this
+// process's own desktop, for which the empty one stands. None where there is neither.
+[[nodiscard]] std::vector<Variables> ToShowOn(const Variables& named);
+
 // The environment of this process on another desktop: with those variables in place of its own of that kind.
 [[nodiscard]] Variables EnvironmentOn(const Variables& desktop);
 

@@ -83,6 +83,14 @@ CredentialOutcome TakeCredentials(const CredentialWire::CredentialMessage& reply
   return CredentialOutcome::Given;
 }
 
+// The desktops to ask on. One at least: a stored credential, and a terminal of the program's own, need none.
+std::vector<Display::Variables> DesktopsOf(const QuestionPlace& place) {
+  if (place.terminal >= 0) return {place.desktop};
+  std::vector<Display::Variables> desktops = Display::ToShowOn(place.desktop);
+  if (desktops.empty()) desktops.emplace_back();
+  return desktops;
+}
+
 }  // namespace
 
 CredentialProgram::CredentialProgram(std::filesystem::path program, const Cancellation& cancellation)
@@ -98,8 +106,20 @@ CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Cre
     return Failed("cannot be asked for this realm");
   }
   AddAsking(request, question);
-  const std::optional<CredentialWire::CredentialMessage> reply = Ask(request, question.place);
-  const bool isInterrupted = IsInterrupted(question.place);
+  QuestionPlace there = question.place;
+  for (const Display::Variables& desktop : DesktopsOf(question.place)) {
+    there.desktop = desktop;
+    const CredentialOutcome outcome = Ask(request, there, credentials);
+    if (outcome != CredentialOutcome::NobodyToAsk) return outcome;
+  }
+  WardenLog::Write(WardenLog::kFailure, "Warden: no terminal to ask the user for a credential on");
+  return CredentialOutcome::NobodyToAsk;
+}
+
+CredentialOutcome CredentialProgram::Ask(const CredentialWire::CredentialMessage& request,
+                                         const QuestionPlace& place, Credentials& credentials) const {
+  const std::optional<CredentialWire::CredentialMessage> reply = ReplyTo(request, place);
+  const bool isInterrupted = IsInterrupted(place);
   if (!reply) return isInterrupted ? CredentialOutcome::Interrupted : Failed("did not answer");
   LogSecretService(*reply);
 
@@ -108,14 +128,11 @@ CredentialOutcome CredentialProgram::Get(const CredentialQuestion& question, Cre
   if (status == Words::kCancelled) {
     return isInterrupted ? CredentialOutcome::Interrupted : CredentialOutcome::Cancelled;
   }
-  if (status == Words::kNoTerminal) {
-    WardenLog::Write(WardenLog::kFailure, "Warden: no terminal to ask the user for a credential on");
-    return CredentialOutcome::NobodyToAsk;
-  }
+  if (status == Words::kNoTerminal) return CredentialOutcome::NobodyToAsk;
   return Failed("reports a failure");
 }
 
-std::optional<CredentialWire::CredentialMessage> CredentialProgram::Ask(
+std::optional<CredentialWire::CredentialMessage> CredentialProgram::ReplyTo(
     const CredentialWire::CredentialMessage& request, const QuestionPlace& place) const {
   const WaitNotice notice;
   return Exchange(Words::kGet, request, kNoLimit, place);

@@ -18,7 +18,7 @@ enum class CredentialOutcome {
   Given,
   Cancelled,    // by the user
   Interrupted,  // by Cancellation, or because nobody wants the answer any more
-  NobodyToAsk,  // no terminal
+  NobodyToAsk,  // neither a desktop nor a terminal
   Failed        // the program cannot be started or does not keep to its convention
 };
 
@@ -37,7 +37,9 @@ class CredentialProgram {
   void Erase(const CredentialKey& key, const Credentials& credentials) const;
 
  private:
-  [[nodiscard]] std::optional<CredentialWire::CredentialMessage> Ask(
+  [[nodiscard]] CredentialOutcome Ask(const CredentialWire::CredentialMessage& request,
+                                      const QuestionPlace& place, Credentials& credentials) const;
+  [[nodiscard]] std::optional<CredentialWire::CredentialMessage> ReplyTo(
       const CredentialWire::CredentialMessage& request, const QuestionPlace& place) const;
   [[nodiscard]] std::optional<CredentialWire::CredentialMessage> Exchange(
       std::string_view action, const CredentialWire::CredentialMessage& request, int limitMilliseconds,
