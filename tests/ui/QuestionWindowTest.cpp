@@ -1,13 +1,8 @@
-#include "Shared/Adwaita.h"
 #include "Shared/Signals.h"
-#include "support/VirtualScreen.h"
+#include "ui/DialogWindowTest.h"
 #include "window/TrustWindow.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <functional>
-#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -15,24 +10,7 @@ namespace {
 using std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-void RunUntil(const std::function<bool()>& condition) {
-  const auto deadline = steady_clock::now() + 20s;
-  while (!condition()) {
-    if (steady_clock::now() > deadline) throw std::runtime_error("waited in vain");
-    g_main_context_iteration(nullptr, FALSE);
-  }
-}
-
-class QuestionWindowTest : public testing::Test {
- protected:
-  QuestionWindowTest() {
-    screen_.ShowOwnWindows();
-    if (gtk_init_check() == FALSE) throw std::runtime_error("no display");
-    adw_init();
-  }
-
-  TestSupport::VirtualScreen screen_;
-};
+using QuestionWindowTest = DialogWindowTest;
 
 // On a machine so busy that the window is not drawn in the half second after it is on the screen.
 TEST_F(QuestionWindowTest, CountsItsHalfSecondFromWhatCanBeSeen) {
@@ -53,7 +31,7 @@ TEST_F(QuestionWindowTest, CountsItsHalfSecondFromWhatCanBeSeen) {
   });
   RunUntil([&] { return isDrawn; });
   EXPECT_FALSE(wasSensitive);
-  RunUntil([&] { return gtk_widget_get_sensitive(accept) != FALSE; });
+  AwaitAcceptable(window);
   EXPECT_GE(steady_clock::now() - firstFrame, 499ms);  // the toolkit's clock counts milliseconds
 }
 

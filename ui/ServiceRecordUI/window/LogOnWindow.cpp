@@ -32,6 +32,11 @@ const char* FirstToFillIn(const LogOnQuestion& question) {
   return question.userName.empty() ? kUserName : kPassword;
 }
 
+// What is copied often ends with its line, which is no part of it.
+void PasteOneLine(GtkEditable* row) {
+  gtk_text_set_truncate_multiline(GTK_TEXT(gtk_editable_get_delegate(row)), TRUE);
+}
+
 // Text that the toolkit keeps in locked memory and wipes.
 void KeepSecret(GtkEditable* row) {
   const ObjectPtr<GtkEntryBuffer> buffer(gtk_password_entry_buffer_new());
@@ -63,11 +68,10 @@ LogOnWindow::LogOnWindow(const PropertyList::Dictionary& details,
   const LogOnQuestion question = LogOnQuestion::Of(details);
   needsPassword_ = question.needsPassword;
   needsCode_ = question.needsCode;
+  hint_ = question.hint;
   gtk_label_set_text(Get<GtkLabel>("introduction"), question.introduction.c_str());
   gtk_label_set_text(Get<GtkLabel>("host"), question.host.c_str());
   Widgets::Wrap(Get<GtkLabel>("host"));
-  gtk_label_set_text(Get<GtkLabel>("hint"), question.hint.c_str());
-  gtk_widget_set_visible(Get("hint"), static_cast<gboolean>(!question.hint.empty()));
   gtk_box_append(Get<GtkBox>("facts"), MakeFactList(Translated("Who asks"), question.facts));
 
   gtk_widget_set_visible(Get(kUserName), static_cast<gboolean>(needsPassword_));
@@ -79,6 +83,7 @@ LogOnWindow::LogOnWindow(const PropertyList::Dictionary& details,
   for (const char* const row : {kUserName, kPassword, kCode}) {
     NameField(Get(row));
     NameIcons(Get(row));
+    PasteOneLine(Get<GtkEditable>(row));
     Signals::Connect(Get(row), "changed", [this] { Look(); });
   }
   gtk_editable_set_text(Get<GtkEditable>(kUserName), question.userName.c_str());
@@ -93,8 +98,17 @@ std::string_view LogOnWindow::TextOf(const char* row) const {
 void LogOnWindow::Look() {
   const bool hasName = !needsPassword_ || !util::Trimmed(TextOf(kUserName)).empty();
   const bool hasCode = !needsCode_ || !util::Trimmed(TextOf(kCode)).empty();
-  SetComplete(hasName && hasCode && IsFit(TextOf(kUserName)) && IsFit(TextOf(kPassword)) &&
-              IsFit(TextOf(kCode)));
+  const bool isFit = IsFit(TextOf(kUserName)) && IsFit(TextOf(kPassword)) && IsFit(TextOf(kCode));
+  SetComplete(hasName && hasCode && isFit);
+  ShowHint(isFit ? hint_ : Translated("That holds a character that cannot be sent."));
+}
+
+void LogOnWindow::ShowHint(const std::string& hint) {
+  GtkLabel* const label = Get<GtkLabel>("hint");
+  if (gtk_label_get_text(label) == hint) return;
+  gtk_label_set_text(label, hint.c_str());
+  gtk_widget_set_visible(GTK_WIDGET(label), static_cast<gboolean>(!hint.empty()));
+  FitHeight();
 }
 
 CredentialWire::CredentialMessage LogOnWindow::Answer() const {

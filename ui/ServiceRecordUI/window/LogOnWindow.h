@@ -4,6 +4,7 @@
 #include "libs/PropertyList/PropertyList.h"
 #include "window/QuestionWindow.h"
 
+#include <string>
 #include <string_view>
 
 namespace Dialogs {
@@ -20,9 +21,11 @@ class LogOnWindow : public QuestionWindow {
   [[nodiscard]] std::string_view TextOf(const char* row) const;
   // Looks whether there is what is needed.
   void Look();
+  void ShowHint(const std::string& hint);
 
   bool needsPassword_ = true;
   bool needsCode_ = false;
+  std::string hint_;  // while all that was typed can be sent
 };
 
 }  // namespace Dialogs
