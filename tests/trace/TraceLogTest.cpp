@@ -1,5 +1,4 @@
 #include "DbgTrace.h"
-#include "Files/LogFileBuffer.h"
 #include "libs/Files/FileDescriptor.h"
 #include "libs/Files/UserDefaults.h"
 #include "support/FileSystemFaults.h"
@@ -224,20 +223,6 @@ TEST_F(TraceLog, AStatementMayCallWhatTracesInTurn) {
   };
   SR_TRACE(0) << inner();
   EXPECT_THAT(Content(Log()), testing::HasSubstr("inner\nouter\n"));
-}
-
-TEST_F(TraceLog, LogAndBackupAreReadableByTheirOwnerOnlyUnderAnyUmask) {
-  using std::filesystem::perms;
-  for (const mode_t mask : {mode_t{0}, mode_t{0777}}) {
-    const TestSupport::TemporaryFolder folder;
-    const std::string log = folder.Path() / "log";
-    ::umask(mask);
-    Agent::LogFileBuffer buffer;
-    ASSERT_TRUE(buffer.OpenKeepingBackup(log));
-    ASSERT_TRUE(buffer.OpenKeepingBackup(log));
-    EXPECT_EQ(std::filesystem::status(log).permissions(), perms::owner_read | perms::owner_write);
-    EXPECT_EQ(std::filesystem::status(log + "BUP").permissions(), perms::owner_read | perms::owner_write);
-  }
 }
 
 TEST_F(TraceLog, ALogAndABackupThatOthersCouldReadAreNarrowed) {
