@@ -1,4 +1,5 @@
 #include "srctl/DoctorTest.h"
+#include "support/VirtualScreen.h"
 
 #include <filesystem>
 
@@ -36,7 +37,8 @@ class DoctorOfTheMachine : public DoctorTest {
 
 TEST_F(DoctorOfTheMachine, FindsNothingWrongWithANewAgent) {
   std::vector<std::string> environment = agent_.Environment();
-  environment.push_back("DISPLAY=:9");
+  const TestSupport::VirtualScreen screen;
+  for (const std::string& variable : screen.Environment()) environment.push_back(variable);
   const SrctlRun run = RunSrctl({"doctor"}, environment);
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.errors, IsEmpty());
@@ -146,10 +148,14 @@ TEST_F(DoctorOfTheMachine, MissesTheCredentialProgram) {
 }
 
 TEST_F(DoctorOfTheMachine, SeesThatNobodyCanBeAskedWithoutADesktopAndATerminal) {
-  TestSupport::ChildProcess srctl({"setsid", "--wait", SR_STAGE_DIR "/bin/srctl", "doctor"},
-                                  agent_.Environment());
-  EXPECT_EQ(srctl.Wait(), 0);
-  EXPECT_THAT(srctl.Output(), HasSubstr("note: questions: There is neither a desktop nor a terminal here"));
+  for (const char* display : {"DISPLAY=", "DISPLAY=:77"}) {
+    TestSupport::ChildProcess srctl({"env", display, "setsid", "--wait", SR_STAGE_DIR "/bin/srctl", "doctor"},
+                                    agent_.Environment());
+    EXPECT_EQ(srctl.Wait(), 0);
+    EXPECT_THAT(
+        srctl.Output(),
+        HasSubstr("note: questions: There is neither a desktop that shows windows nor a terminal here"));
+  }
 }
 
 TEST_F(DoctorOfTheMachine, SeesThatTheFilesGoToAnotherProgram) {

@@ -2,6 +2,7 @@
 #include "srctl/StandInAgent.h"
 #include "support/PseudoTerminal.h"
 #include "support/TestFiles.h"
+#include "support/VirtualScreen.h"
 
 #include <csignal>
 #include <filesystem>
@@ -47,11 +48,30 @@ TEST_F(SrctlOnTerminal, AsksThereWithoutAnyVariable) {
   EXPECT_THAT(terminal_.ReadNow(), HasSubstr("\"One\" (s1) was added."));
 }
 
+TEST_F(SrctlOnTerminal, AsksThereWhereTheDesktopThatIsNamedHasEnded) {
+  for (const char* variable : {"DISPLAY=:77", "WAYLAND_DISPLAY=wayland-77"}) {
+    ChildProcess srctl = LogOn(std::string(variable) + " exec \"$0\" open \"$1\"");
+    EXPECT_THAT(terminal_.ReadUntil(kQuestion), Not(HasSubstr("You are asked in a window.")));
+    terminal_.Type("no\n");
+    EXPECT_EQ(srctl.Wait(), 4);
+  }
+}
+
+TEST_F(SrctlOnTerminal, AsksInAWindowOfADesktopThatShowsThem) {
+  const TestSupport::VirtualScreen screen;
+  ChildProcess srctl = LogOn("DISPLAY=" + screen.Display() + " GDK_BACKEND=x11 exec \"$0\" open \"$1\"");
+  static_cast<void>(terminal_.ReadUntil("You are asked in a window. Ctrl+C withdraws the question."));
+  terminal_.Type("\x03");
+  EXPECT_EQ(srctl.Wait(), 128 + SIGINT);
+}
+
 TEST_F(SrctlOnTerminal, TheDoctorSaysThatOpeningAsksThere) {
-  ChildProcess srctl = LogOn("exec \"$0\" doctor");
-  static_cast<void>(terminal_.ReadUntil("ok: questions: srctl open has you asked on this terminal.\r\n"));
-  static_cast<void>(terminal_.ReadUntil("Nothing is wrong.\r\n"));
-  EXPECT_EQ(srctl.Wait(), 0);
+  for (const char* display : {"", "DISPLAY=:77 "}) {
+    ChildProcess srctl = LogOn(display + std::string("exec \"$0\" doctor"));
+    static_cast<void>(terminal_.ReadUntil("ok: questions: srctl open has you asked on this terminal.\r\n"));
+    static_cast<void>(terminal_.ReadUntil("Nothing is wrong.\r\n"));
+    EXPECT_EQ(srctl.Wait(), 0);
+  }
 }
 
 TEST_F(SrctlOnTerminal, AsksThereAlsoWhenNothingElseLeadsThere) {

@@ -136,8 +136,8 @@ void AddOpen(CLI::App& app, Arguments& arguments) {
   command->add_flag("--window", arguments.inWindow, "Be asked in a window of your desktop")
       ->excludes("--terminal");
   command->footer(
-      "Without --terminal and --window you are asked on your desktop (WAYLAND_DISPLAY or DISPLAY is set), "
-      "else on this terminal. Ctrl+C withdraws the question.\n"
+      "Without --terminal and --window you are asked on your desktop (which WAYLAND_DISPLAY or DISPLAY "
+      "names) where it shows windows, else on this terminal. Ctrl+C withdraws the question.\n"
       "Exit status: 0 all stores were added or replaced, or that of the gravest outcome: 4 declined, 5 a "
       "server could not be verified, 6 no service record, 7 nobody could be asked, 8 not saved, 9 the agent "
       "ended. Before anything is opened: 1 a file is not there, 2 wrong usage, 3 the agent cannot be "

@@ -66,6 +66,9 @@ inline constexpr std::size_t kMaximumReply = 64;
   return request += details;
 }
 
+// The only argument of the one with windows where it is to reply, without a request, whether it can show any.
+inline constexpr std::string_view kDisplayOption = "--display";
+
 inline constexpr std::string_view kTerminalOption = "--terminal=";
 
 [[nodiscard]] inline std::string TerminalArgument(int descriptor) {

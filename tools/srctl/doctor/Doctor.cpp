@@ -170,7 +170,8 @@ Status Doctor(Printing::Format format) {
                         : NotLookedAt("plug-in", kNoAnswer));
   report(answers.plugIn ? InstallationChecks::CheckCredentialProgram(PlugInsOwner(*answers.plugIn))
                         : NotLookedAt("credentials", kNoAnswer));
-  report(InstallationChecks::CheckQuestions());
+  report(answers.plugIn ? InstallationChecks::CheckQuestions(*answers.plugIn)
+                        : NotLookedAt("questions", kNoAnswer));
   report(InstallationChecks::CheckFileType());
   report(InstallationChecks::CheckUserConfiguration());
   report(InstallationChecks::CheckMachineConfiguration());

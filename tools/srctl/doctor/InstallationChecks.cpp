@@ -2,7 +2,6 @@
 
 #include "libs/Bus/ServiceNames.h"
 #include "libs/Desktop/DesktopIntegration.h"
-#include "libs/Display/DisplayVariables.h"
 #include "libs/Files/AtomicFile.h"
 #include "libs/Files/PreferencePath.h"
 #include "libs/Files/PropertyListFile.h"
@@ -10,6 +9,7 @@
 #include "libs/Files/UserDefaults.h"
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/SRUIProtocol/PlugInDescription.h"
+#include "opening/OwnDesktop.h"
 #include "opening/OwnTerminal.h"
 
 #include <fcntl.h>
@@ -129,15 +129,17 @@ Finding CheckCredentialProgram(const fs::path& folder) {
           kReinstall};
 }
 
-Finding CheckQuestions() {
-  if (!Display::OfThisProcess().empty()) {
+Finding CheckQuestions(const fs::path& plugIn) {
+  if (OwnDesktop::ShowsWindows(plugIn)) {
     return {Result::Ok, "questions", "srctl open has you asked in a window of your desktop."};
   }
   const std::optional<OwnTerminal> terminal = OwnTerminal::Find();
   if (!terminal) {
-    return {Result::Note, "questions",
-            "There is neither a desktop nor a terminal here, so srctl open cannot have you asked.",
-            "Run srctl on your desktop or on a terminal (over SSH: ssh -t)."};
+    return {
+        Result::Note, "questions",
+        "There is neither a desktop that shows windows nor a terminal here, so srctl open cannot have you "
+        "asked.",
+        "Run srctl on your desktop or on a terminal (over SSH: ssh -t)."};
   }
   if (!terminal->IsOurs()) {
     return {Result::Note, "questions",

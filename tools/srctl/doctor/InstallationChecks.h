@@ -16,8 +16,9 @@ namespace Srctl::InstallationChecks {
 // Whether the agent can run the program that finds or asks for credentials, in the folder of its bundle.
 [[nodiscard]] Finding CheckCredentialProgram(const std::filesystem::path& folder);
 
-// Where `srctl open` has questions asked of whoever runs it. Says nothing of the agent's own desktop.
-[[nodiscard]] Finding CheckQuestions();
+// Where `srctl open` has questions asked of whoever runs it, with the plug-in in this folder. Says nothing of
+// the agent's own desktop.
+[[nodiscard]] Finding CheckQuestions(const std::filesystem::path& plugIn);
 
 // Whether the desktop opens service-record files with this program.
 [[nodiscard]] Finding CheckFileType();

@@ -4,6 +4,7 @@
 #include "libs/Display/DisplayVariables.h"
 #include "libs/Text/TextHelpers.h"
 #include "opening/OpeningReport.h"
+#include "opening/OwnDesktop.h"
 #include "opening/OwnTerminal.h"
 #include "print/Reports.h"
 
@@ -17,6 +18,7 @@
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <utility>
 
 namespace Srctl::Commands {
 namespace {
@@ -146,26 +148,48 @@ class OpeningRun {
   Status status_ = Status::Done;
 };
 
+Status TakeTerminal(std::optional<OwnTerminal>& terminal) {
+  terminal = OwnTerminal::Find();
+  if (!terminal) {
+    return RefuseToAsk(
+        "There is no terminal here to ask you on. Over SSH, ask for one (ssh -t); to be asked on your "
+        "desktop, use srctl open --window.");
+  }
+  if (!terminal->IsOurs()) {
+    return RefuseToAsk(
+        "srctl runs in the background of its terminal, where you cannot answer. Run it in the foreground "
+        "(fg), or use srctl open --window.");
+  }
+  return Status::Done;
+}
+
+// Takes the terminal where the desktop that is named shows no windows. Where it cannot be taken, the agent
+// finds out: it may have a desktop of its own.
+Status TakeTerminalInsteadOfDesktop(std::optional<OwnTerminal>& terminal) {
+  std::optional<OwnTerminal> own = OwnTerminal::Find();
+  if (!own || !own->IsOurs()) return Status::Done;
+  return WithAgent([&own, &terminal](AgentClient& agent) {
+    const std::optional<std::string> plugIn = agent.UIBundlePath();
+    if (!plugIn) return ReportUnreachable(agent.Problem());
+    if (!OwnDesktop::ShowsWindows(*plugIn)) terminal = std::move(own);
+    return Status::Done;
+  });
+}
+
+// Takes the terminal where the user is asked there.
+Status Prepare(QuestionPlace place, std::optional<OwnTerminal>& terminal) {
+  if (place == QuestionPlace::Window) return Status::Done;
+  if (place == QuestionPlace::Terminal || Display::OfThisProcess().empty()) return TakeTerminal(terminal);
+  return TakeTerminalInsteadOfDesktop(terminal);
+}
+
 }  // namespace
 
 Status Open(const std::vector<std::string>& given, QuestionPlace place) {
   std::vector<NamedFile> files;
   if (const std::string problem = Locate(given, files); !problem.empty()) return Refuse(problem);
   std::optional<OwnTerminal> terminal;
-  if (place == QuestionPlace::Terminal ||
-      (place == QuestionPlace::Anywhere && Display::OfThisProcess().empty())) {
-    terminal = OwnTerminal::Find();
-    if (!terminal) {
-      return RefuseToAsk(
-          "There is no terminal here to ask you on. Over SSH, ask for one (ssh -t); to be asked on your "
-          "desktop, use srctl open --window.");
-    }
-    if (!terminal->IsOurs()) {
-      return RefuseToAsk(
-          "srctl runs in the background of its terminal, where you cannot answer. Run it in the foreground "
-          "(fg), or use srctl open --window.");
-    }
-  }
+  if (const Status prepared = Prepare(place, terminal); prepared != Status::Done) return prepared;
   if (terminal) terminal->Lend();
   OpeningRun run(std::move(terminal));
   bool goesOn = true;

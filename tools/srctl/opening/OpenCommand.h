@@ -7,8 +7,8 @@
 
 namespace Srctl::Commands {
 
-// Where the user is to be asked: on his desktop where there is one, else on the terminal that srctl runs on;
-// or on this one.
+// Where the user is to be asked: on his desktop where it shows windows, else on the terminal that srctl runs
+// on; or on this one.
 enum class QuestionPlace { Anywhere, Terminal, Window };
 
 // Has the agent open the files, one after the other, and says what became of each store. The status is that
