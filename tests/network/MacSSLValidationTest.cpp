@@ -183,6 +183,23 @@ TEST(MacSSLValidation, RejectsACertificateForAnotherHost) {
   EXPECT_EQ(outcome.details.Reason, Message(util::kReasonOtherHost, "stores.example"));
 }
 
+TEST(MacSSLValidation, NamesTheAddressesOfACertificateForAnotherHost) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("address-alone"));
+  const Outcome outcome(server.Address("https"));
+  outcome.ExpectCertificatesNotFetched();
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonOtherHost, "192.0.2.1, 2001:db8::1"));
+}
+
+TEST(MacSSLValidation, SaysOfACertificateThatNamesNoHostOrNoIssuerThatItDoesNot) {
+  for (const auto& [certificate, reason] :
+       {std::pair("no-host", util::kReasonNoHost), {"nameless-issuer", util::kReasonNamelessIssuer}}) {
+    const WebServer server(TrustedAuthority().TlsServerBlock(certificate));
+    const Outcome outcome(server.Address("https"));
+    outcome.ExpectCertificatesNotFetched();
+    EXPECT_EQ(outcome.details.Reason, Message(reason, ""));
+  }
+}
+
 TEST(MacSSLValidation, RejectsEveryServerWithoutATrustStore) {
   const WebServer server(TrustedAuthority().TlsServerBlock("good"));
   const EnvironmentVariable file("SSL_CERT_FILE", "/nonexistent/ca.pem");

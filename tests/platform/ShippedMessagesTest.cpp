@@ -45,6 +45,8 @@ TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextThatTakesItsArguments) {
                                           {util::kReasonNotPermitted, 0},
                                           {util::kReasonNoDocument, 0},
                                           {util::kReasonReadingFailed, 1},
+                                          {util::kReasonNoHost, 0},
+                                          {util::kReasonNamelessIssuer, 0},
                                           {util::kNoticeAdded, 1},
                                           {util::kNoticeReplaced, 1},
                                           {util::kNoticeSeveralAdded, 1},

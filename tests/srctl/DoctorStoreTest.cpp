@@ -104,7 +104,7 @@ TEST_F(DoctorOfStores, ExplainsAnUnknownAuthority) {
 }
 
 TEST_F(DoctorOfStores, ExplainsCertificatesThatNameNoHostAndNoIssuer) {
-  EXPECT_THAT(StoreLine(WithCertificate("address-alone"), "server"),
+  EXPECT_THAT(StoreLine(WithCertificate("no-host"), "server"),
               HasSubstr("does not trust it: its certificate names no host. Next: "));
   agent_.Bus().ServiceRecords("deleteStore", {"s1"});
   EXPECT_THAT(StoreLine(WithCertificate("nameless-issuer"), "server"),

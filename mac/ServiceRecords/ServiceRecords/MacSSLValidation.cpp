@@ -17,8 +17,8 @@ namespace ServiceRecords {
 namespace {
 
 // 0 for what there is no sentence for.
-int ReasonFor(Transfer::PeerProblem::Kind problem) {
-  switch (problem) {
+int ReasonFor(const Transfer::PeerProblem& problem) {
+  switch (problem.kind) {
     case Transfer::PeerProblem::Kind::None:
       return 0;
     case Transfer::PeerProblem::Kind::Expired:
@@ -30,9 +30,9 @@ int ReasonFor(Transfer::PeerProblem::Kind problem) {
     case Transfer::PeerProblem::Kind::IssuerNotYetValid:
       return util::kReasonIssuerNotYetValid;
     case Transfer::PeerProblem::Kind::OtherHost:
-      return util::kReasonOtherHost;
+      return problem.subject.empty() ? util::kReasonNoHost : util::kReasonOtherHost;
     case Transfer::PeerProblem::Kind::UnknownIssuer:
-      return util::kReasonUnknownIssuer;
+      return problem.subject.empty() ? util::kReasonNamelessIssuer : util::kReasonUnknownIssuer;
     case Transfer::PeerProblem::Kind::Revoked:
       return util::kReasonRevoked;
     case Transfer::PeerProblem::Kind::NoCommonProtocol:
@@ -106,7 +106,7 @@ void MacSSLValidation::ReportFailure(std::int64_t errorCode, SSLValidationDetail
 
 void MacSSLValidation::Explain(SSLValidationDetails& details) const {
   if (Termination::Requested()) Opening::NoteHindrance(Openings::Outcome::Ended);
-  if (const int reason = ReasonFor(problem_.kind); reason != 0) {
+  if (const int reason = ReasonFor(problem_); reason != 0) {
     details.Reason = Message(reason, problem_.subject);
   } else if (errorCode_ == Transfer::StreamErrorCode::kNone && !url_.IsSecure()) {
     details.Reason = Message(util::kReasonNoTls, {});

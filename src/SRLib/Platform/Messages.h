@@ -40,6 +40,8 @@ enum MessageId : int {
   kReasonNotPermitted = 1944,
   kReasonNoDocument = 1952,
   kReasonReadingFailed = 1960,
+  kReasonNoHost = 1968,
+  kReasonNamelessIssuer = 1976,
   // What the desktop tells.
   kNoticeAdded = 1816,
   kNoticeReplaced = 1824,

@@ -1,5 +1,8 @@
 #include "libs/Transfer/CertificateNames.h"
 
+#include <arpa/inet.h>
+
+#include <array>
 #include <utility>
 
 namespace Transfer::CertificateNames {
@@ -25,6 +28,30 @@ std::optional<std::string> OrganizationOrCommonName(const X509_NAME* name) {
   return organization ? organization : Attribute(name, NID_commonName);
 }
 
+// One of a length that no address has is none.
+std::optional<std::string> AddressText(const ASN1_OCTET_STRING* address) {
+  constexpr int kLengthOfIPv4 = 4;
+  constexpr int kLengthOfIPv6 = 16;
+  const int length = ASN1_STRING_length(address);
+  if (length != kLengthOfIPv4 && length != kLengthOfIPv6) return std::nullopt;
+  std::array<char, INET6_ADDRSTRLEN> text{};
+  const int family = length == kLengthOfIPv4 ? AF_INET : AF_INET6;
+  return ::inet_ntop(family, ASN1_STRING_get0_data(address), text.data(), text.size());
+}
+
+// What `textOf` makes of each of the subject's alternative names.
+template <class TextOf>
+std::vector<std::string> AlternativeNames(const X509* certificate, TextOf textOf) {
+  const GeneralNamesPtr names(
+      static_cast<GENERAL_NAMES*>(X509_get_ext_d2i(certificate, NID_subject_alt_name, nullptr, nullptr)));
+  std::vector<std::string> texts;
+  for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
+    std::optional<std::string> text = textOf(sk_GENERAL_NAME_value(names.get(), i));
+    if (text) texts.push_back(*std::move(text));
+  }
+  return texts;
+}
+
 }  // namespace
 
 std::optional<std::string> CommonName(const X509* certificate) {
@@ -40,15 +67,15 @@ std::optional<std::string> Issuer(const X509* certificate) {
 }
 
 std::vector<std::string> Hosts(const X509* certificate) {
-  const GeneralNamesPtr names(
-      static_cast<GENERAL_NAMES*>(X509_get_ext_d2i(certificate, NID_subject_alt_name, nullptr, nullptr)));
-  std::vector<std::string> hosts;
-  for (int i = 0; i < sk_GENERAL_NAME_num(names.get()); ++i) {
-    const GENERAL_NAME* const name = sk_GENERAL_NAME_value(names.get(), i);
-    if (name->type != GEN_DNS) continue;
-    if (std::optional<std::string> host = Text(name->d.dNSName)) hosts.push_back(*std::move(host));
-  }
-  return hosts;
+  return AlternativeNames(certificate, [](const GENERAL_NAME* name) {
+    return name->type == GEN_DNS ? Text(name->d.dNSName) : std::nullopt;
+  });
+}
+
+std::vector<std::string> Addresses(const X509* certificate) {
+  return AlternativeNames(certificate, [](const GENERAL_NAME* name) {
+    return name->type == GEN_IPADD ? AddressText(name->d.iPAddress) : std::nullopt;
+  });
 }
 
 }  // namespace Transfer::CertificateNames

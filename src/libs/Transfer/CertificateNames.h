@@ -17,5 +17,7 @@ namespace Transfer::CertificateNames {
 [[nodiscard]] std::optional<std::string> Issuer(const X509* certificate);
 // The host names of the subject's alternative names, in their order.
 [[nodiscard]] std::vector<std::string> Hosts(const X509* certificate);
+// The IP addresses among them, as text ("192.0.2.1", "2001:db8::1").
+[[nodiscard]] std::vector<std::string> Addresses(const X509* certificate);
 
 }  // namespace Transfer::CertificateNames

@@ -20,7 +20,8 @@ struct PeerProblem {
 
   Kind kind = Kind::None;
   // The date since which, or until which ("2026-11-22 13:05 UTC"), the hosts that the certificate names, or
-  // who has issued it; otherwise empty. UTF-8, and for the last two whatever the certificate says.
+  // who has issued it; otherwise, and where it names none, empty. UTF-8, and for the last two whatever the
+  // certificate says.
   std::string subject = {};
 };
 

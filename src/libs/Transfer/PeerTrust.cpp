@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <ctime>
+#include <iterator>
 #include <utility>
 
 namespace Transfer {
@@ -51,6 +52,7 @@ std::string Text(const ASN1_TIME* time) {
 std::string HostsOf(const X509* certificate) {
   constexpr std::size_t kMost = 3;
   std::vector<std::string> hosts = CertificateNames::Hosts(certificate);
+  std::ranges::move(CertificateNames::Addresses(certificate), std::back_inserter(hosts));
   if (hosts.empty()) return CertificateNames::CommonName(certificate).value_or("");
   std::string text;
   for (std::size_t i = 0; i < std::min(hosts.size(), kMost); ++i) text += (i == 0 ? "" : ", ") + hosts[i];
