@@ -176,6 +176,12 @@ TEST(MacSSLValidation, RejectsAnUnknownIssuer) {
   EXPECT_EQ(outcome.details.Reason, Message(util::kReasonUnknownIssuer, "Example Stores"));
 }
 
+TEST(MacSSLValidation, WritesHiddenCharactersOfAnIssuerOutSoThatItsLineIsOne) {
+  const WebServer server(TrustedAuthority().TlsServerBlock("two-line-issuer"));
+  const Outcome outcome(server.Address("https"));
+  EXPECT_EQ(outcome.details.Reason, Message(util::kReasonUnknownIssuer, "Example Stores<U+000A>of nobody"));
+}
+
 TEST(MacSSLValidation, RejectsACertificateForAnotherHost) {
   const WebServer server(TrustedAuthority().TlsServerBlock("wrong-host"));
   const Outcome outcome(server.Address("https") + "/discovery");

@@ -64,6 +64,19 @@ TEST(ShippedMessagesTest, EveryMessageOfTheCoreHasATextThatTakesItsArguments) {
   }
 }
 
+TEST(ShippedMessagesTest, WhatSomebodyElseWroteStandsOnALineOfItsOwn) {
+  for (const char* language : {"en", "de"}) {
+    ResourceKeeper keeper(SR_SOURCE_DIR "/resources", [&] { return std::vector<std::string>{language}; });
+    for (const int id : {util::kMessageServerNotContacted, util::kMessageEmptyHostName,
+                         util::kMessageCertificatesNotFetched}) {
+      EXPECT_THAT(keeper.messageFromResource(id), testing::HasSubstr(":\n%S\n"));
+    }
+    for (const int id : {util::kReasonOtherHost, util::kReasonUnknownIssuer}) {
+      EXPECT_THAT(keeper.messageFromResource(id), testing::EndsWith(":\n%S"));
+    }
+  }
+}
+
 TEST(ShippedMessagesTest, TheMessageThatIsAlsoTracedIsOneLine) {
   ResourceKeeper keeper(SR_SOURCE_DIR "/resources", [] { return std::vector<std::string>{"en"}; });
   EXPECT_EQ(keeper.messageFromResource(util::kMessageNotAServiceRecord).find('\n'), std::string::npos);

@@ -199,6 +199,21 @@ TEST_F(SrctlOnTerminal, SaysWhyTheAgentCannotReadAFile) {
                         "\" was not opened, because the agent cannot read it. There is no such file.\r\n"));
 }
 
+TEST_F(SrctlOnTerminal, SaysAReasonOfTwoLinesOnOne) {
+  StandInAgent standIn(agent_.BusAddress());
+  ChildProcess srctl = LogOn("exec \"$0\" open --window \"$1\"");
+  ASSERT_TRUE(standIn.ServeUntil([&] { return standIn.Opened().size() == 1; }));
+  standIn.Finish(1, "server-not-verified",
+                 {Dictionary{{"StoreID", "s1"},
+                             {"StoreName", "One"},
+                             {"Outcome", "server-not-verified"},
+                             {"Reason", "Its issuer is unknown:\nNobody"}}});
+  ASSERT_TRUE(standIn.ServeUntil([&] { return !srctl.IsRunning(); }));
+  EXPECT_EQ(srctl.Wait(), 5);
+  EXPECT_THAT(terminal_.ReadNow(), HasSubstr(" could not be verified. Its issuer is unknown: Nobody. What is "
+                                             "wrong with it: srctl doctor "));
+}
+
 TEST_F(SrctlOnTerminal, AnOutcomeOfANewerAgentIsNoSuccess) {
   StandInAgent standIn(agent_.BusAddress());
   ChildProcess srctl = LogOn("exec \"$0\" open --window \"$1\"");

@@ -49,8 +49,13 @@ TEST(OutcomeSentences, AnOutcomeOfALaterAgentIsNotCalledAddedOrNot) {
 }
 
 TEST(OutcomeSentences, TellTheReason) {
-  EXPECT_THAT(OutcomeSentences::Of(OfStore("server-not-verified", "It expired\nyesterday\u202E."), "a.cr"),
-              HasSubstr(" \u2068It expired<U+000A>yesterday<U+202E>.\u2069"));
+  EXPECT_THAT(OutcomeSentences::Of(OfStore("server-not-verified", "It expired yesterday\u202E."), "a.cr"),
+              HasSubstr(" \u2068It expired yesterday<U+202E>.\u2069"));
+}
+
+TEST(OutcomeSentences, WhatSomebodyElseWroteStaysOnItsLineOfTheReason) {
+  EXPECT_THAT(OutcomeSentences::Of(OfStore("server-not-verified", "Issued by:\n\u05D0\u05D1 12 a.b"), "a.cr"),
+              HasSubstr(" \u2068Issued by:\u2069\n\u2068\u05D0\u05D1 12 a.b\u2069"));
 }
 
 TEST(OutcomeSentences, AForeignNameStaysWithinItsPlace) {

@@ -7,8 +7,8 @@ namespace TestSupport {
 
 // A throw-away certificate authority and the server certificates that scripts/make-test-authority makes:
 // good, gateway, chained, expired-issuer, future-issuer, plain, international, expired, not-yet-valid,
-// wrong-host, address-alone, no-host, unknown-issuer, nameless-issuer, revoked. The build makes it, and all
-// programs of a build folder share it: nobody writes there.
+// wrong-host, address-alone, no-host, unknown-issuer, nameless-issuer, two-line-issuer, revoked. The build
+// makes it, and all programs of a build folder share it: nobody writes there.
 class TestAuthority {
  public:
   static const TestAuthority& Shared();

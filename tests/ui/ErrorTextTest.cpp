@@ -33,6 +33,12 @@ TEST(ErrorTextTest, WhatIsCopiedIsAllThatIsKnown) {
             "File: /home/mia/a.cr\ncode 10\ndepth 0\n");
 }
 
+TEST(ErrorTextTest, WhatSomebodyElseWroteStaysOnItsLineOfTheReason) {
+  const ErrorText text = ErrorText::Of({{"ErrorReason", "Issued by:\n\u05D0\u05D1\u05D2 12 example.com"}});
+
+  EXPECT_EQ(text.reason, "Issued by:\n\u05D0\u05D1\u05D2 12 example.com");
+}
+
 TEST(ErrorTextTest, NothingThatSomebodyElseWroteIsHiddenOrReordered) {
   const ErrorText text = ErrorText::Of({{"ErrorTitle", "a\u202Eb"},
                                         {"ErrorMessage", "a\u202Eb"},

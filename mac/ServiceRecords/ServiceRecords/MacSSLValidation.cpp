@@ -6,6 +6,7 @@
 #include "SRLib/Provider/Opening.h"
 #include "libs/Address/SendingForm.h"
 #include "libs/Termination/TerminationEvent.h"
+#include "libs/Text/HiddenCharacters.h"
 #include "libs/Text/TextHelpers.h"
 #include "libs/Transfer/HeadRequest.h"
 #include "libs/Transfer/StreamErrorCode.h"
@@ -107,7 +108,8 @@ void MacSSLValidation::ReportFailure(std::int64_t errorCode, SSLValidationDetail
 void MacSSLValidation::Explain(SSLValidationDetails& details) const {
   if (Termination::Requested()) Opening::NoteHindrance(Openings::Outcome::Ended);
   if (const int reason = ReasonFor(problem_); reason != 0) {
-    details.Reason = Message(reason, problem_.subject);
+    // What the certificate says stands on a line of its own, which must be one.
+    details.Reason = Message(reason, util::WithHiddenShown(util::widen(problem_.subject)));
   } else if (errorCode_ == Transfer::StreamErrorCode::kNone && !url_.IsSecure()) {
     details.Reason = Message(util::kReasonNoTls, {});
   }

@@ -101,7 +101,8 @@ typedef struct SRUIProtocol {
    * Shows a message and returns without waiting for the user; on the host's terminalDescriptor, only once it
    * stands there, which may be behind another dialog's question. Keys: ErrorTitle, ErrorMessage. May hold
    * StoreName and Server (host[:port]) that it is about, ErrorReason (one more sentence: why, or what holds
-   * all the same) and ErrorDetails (for those who are to help).
+   * all the same; what somebody else wrote ends it, on a line of its own) and ErrorDetails (for those who are
+   * to help).
    */
   void (*errorMessage)(const char* details);
 

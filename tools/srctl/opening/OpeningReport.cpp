@@ -5,6 +5,7 @@
 #include "libs/Terminal/TerminalText.h"
 #include "print/Reports.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace Srctl::OpeningReport {
@@ -53,12 +54,19 @@ std::string NextStep(Outcome outcome, const std::string& file, const std::string
   }
 }
 
+// A reason of several lines ends in a foreign value, without a full stop.
+std::string InOneLine(std::string reason) {
+  const bool endsInValue = reason.find('\n') != std::string::npos;
+  std::ranges::replace(reason, '\n', ' ');
+  return Terminal::OneLine(reason) + (endsInValue ? "." : "");
+}
+
 std::string Line(const std::string& what, const std::string& name, const std::string& reason,
                  const std::string& file, const std::string& hint) {
   const std::optional<Outcome> outcome = Openings::OutcomeOf(name);
   const std::string happened =
       outcome ? Happened(*outcome) : " became what this srctl does not know: " + Quoted(name);
-  const std::string why = reason.empty() ? "" : " " + Terminal::OneLine(reason);
+  const std::string why = reason.empty() ? "" : " " + InOneLine(reason);
   return what + happened + "." + why + (outcome ? NextStep(*outcome, file, hint) : "");
 }
 
@@ -95,7 +103,7 @@ std::string OfStore(const OpenedStore& store, const std::string& file, const std
 std::string OfFile(const std::string& outcome, const std::string& reason, const std::string& file,
                    const std::string& hint) {
   if (outcome == Openings::NameOf(Outcome::NotAServiceRecord) && !reason.empty())
-    return Quoted(file) + " was not opened, because the agent cannot read it. " + Terminal::OneLine(reason);
+    return Quoted(file) + " was not opened, because the agent cannot read it. " + InOneLine(reason);
   return Line(Quoted(file), outcome, reason, file, hint);
 }
 

@@ -16,6 +16,7 @@ void AddLine(std::string& text, const std::string& line) {
   if (!line.empty()) text += line + "\n";
 }
 
+// Not isolated: the marks would go along, unseen, into whatever the value is pasted into.
 void AddLabelled(std::string& text, const char* label, const std::string& value) {
   if (!value.empty()) AddLine(text, std::string(label) + ": " + value);
 }
@@ -26,7 +27,7 @@ ErrorText ErrorText::Of(const Dictionary& details) {
   ErrorText text;
   text.title = ShownText::Name(Details::Text(details, "ErrorTitle"));
   text.message = ShownText::Lines(Details::Text(details, "ErrorMessage"));
-  text.reason = ShownText::Whole(Details::Text(details, "ErrorReason"));
+  text.reason = ShownText::Lines(Details::Text(details, "ErrorReason"));
   text.store = ShownText::Name(Details::Text(details, "StoreName"));
   text.server = ShownText::Whole(Details::Text(details, "Server"));
   text.file = ShownText::Whole(Details::Text(details, "DocumentPath"));

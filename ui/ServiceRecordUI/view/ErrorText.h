@@ -16,7 +16,7 @@ struct ErrorText {
 
   std::string title;
   std::string message;  // several lines
-  std::string reason;
+  std::string reason;   // several lines
   std::string store;
   std::string server;
   std::string file;

@@ -57,7 +57,7 @@ const Pattern* PatternFor(std::string_view word) {
 }
 
 std::string WithReason(const std::string& sentence, const std::string& reason) {
-  return reason.empty() ? sentence : sentence + " " + ShownText::Isolated(ShownText::Whole(reason));
+  return reason.empty() ? sentence : sentence + " " + ShownText::Isolated(ShownText::Lines(reason));
 }
 
 std::string OfFile(const Finished& finished, const std::string& fileName) {
