@@ -141,8 +141,7 @@ TEST_F(ErrorMessageTest, FourErrorBoxesAreOpenAtATimeAndTheRestIsLogged) {
   EXPECT_FALSE(HasEvent());
   EXPECT_THAT(CapturedSyslog::TakeLines(),
               AllOf(SizeIs(296), Each("Too many error messages are open for this one: Bad\xEF\xBF\xBD"
-                                      "file: The first line\xEF\xBF\xBD"
-                                      "and the <second>")));
+                                      "file: The first line and the <second>")));
 }
 
 TEST_F(ErrorMessageTest, AnErrorBoxThatIsClosedMakesPlaceForAnother) {
@@ -183,6 +182,23 @@ TEST_F(ErrorMessageTest, AnErrorMessageWithoutADisplayIsLogged) {
   module_.EntryPoints().errorMessage(kMessage);
 
   EXPECT_EQ(NextLogLine(), "This error message could not be shown: Bad file: It cannot be read.");
+}
+
+TEST_F(ErrorMessageTest, WhatIsLoggedSaysWhyAndWhatItIsAbout) {
+  module_.Bundle().ScriptDialogProgram("readRequest; echo no display");
+  static_cast<void>(CapturedSyslog::TakeLines());
+
+  module_.EntryPoints().errorMessage(
+      "<plist version=\"1.0\"><dict><key>ErrorTitle</key><string>Not verified</string>"
+      "<key>ErrorMessage</key><string>This server:\nhttps://a.example\nAsk.</string>"
+      "<key>ErrorReason</key><string>It is another server's:\nb.example</string>"
+      "<key>StoreName</key><string>Sa\u202Eles</string><key>Server</key><string>a.example:443</string>"
+      "<key>DocumentPath</key><string>/home/mia/a\nb.cr</string></dict></plist>");
+
+  EXPECT_EQ(NextLogLine(),
+            "This error message could not be shown: Not verified: This server: https://a.example Ask. It is "
+            "another server's: b.example (store \"Sa\uFFFDles\", server \"a.example:443\", file "
+            "\"/home/mia/a\uFFFDb.cr\")");
 }
 
 TEST_F(ErrorMessageTest, OnTerminationThereIsNoErrorMessageAnyMore) {
