@@ -21,7 +21,8 @@ TEST(LogOnQuestionTest, SaysWhichStoreAndGatewayAsks) {
             "The gateway “\u2068Main\u2069” of the store “\u2068Sales\u2069” asks you to log on.");
   EXPECT_EQ(IntroductionFor("gateway", "Sales", ""),
             "A gateway of the store “\u2068Sales\u2069” asks you to log on.");
-  EXPECT_EQ(IntroductionFor("gateway", "", "Main"), "A gateway asks you to log on.");
+  EXPECT_EQ(IntroductionFor("gateway", "", "Main"), "The gateway “\u2068Main\u2069” asks you to log on.");
+  EXPECT_EQ(IntroductionFor("gateway", "", ""), "A gateway asks you to log on.");
   EXPECT_EQ(IntroductionFor("store", "Sales", "Main"), "The store “\u2068Sales\u2069” asks you to log on.");
   EXPECT_EQ(IntroductionFor("store", "", ""), "A store asks you to log on.");
 }

@@ -25,6 +25,10 @@ std::string IntroductionOf(const Dictionary& details) {
     return ShownText::Sentence(Translated("A gateway of the store “{store}” asks you to log on."),
                                {{"store", store}});
   }
+  if (isGateway && !gateway.empty()) {
+    return ShownText::Sentence(Translated("The gateway “{gateway}” asks you to log on."),
+                               {{"gateway", gateway}});
+  }
   if (isGateway) return Translated("A gateway asks you to log on.");
   if (store.empty()) return Translated("A store asks you to log on.");
   return ShownText::Sentence(Translated("The store “{store}” asks you to log on."), {{"store", store}});
