@@ -1,5 +1,11 @@
 #include "srctl/SrctlTest.h"
 #include "srctl/StandInAgent.h"
+#include "support/LoopbackListener.h"
+#include "support/PseudoTerminal.h"
+
+#include <poll.h>
+
+#include <algorithm>
 
 using nlohmann::json;
 using testing::ElementsAre;
@@ -10,6 +16,12 @@ using TestSupport::ChildProcess;
 namespace {
 
 constexpr char kURL[] = "https://one.example/discovery";
+
+// Somebody has connected, and nobody answers him.
+bool IsCalled(const TestSupport::LoopbackListener& server) {
+  pollfd state{server.socket.Get(), POLLIN, 0};
+  return ::poll(&state, 1, 0) == 1;
+}
 
 struct Answer {
   int status = -1;
@@ -65,6 +77,40 @@ TEST_F(SrctlLocation, IsToldByDoctorAlsoWhereTheAgentIsOfBeforeAnUpdate) {
   EXPECT_THAT(answer.output, HasSubstr("location: LAN, this machine is in the store's network. "));
   EXPECT_THAT(answer.output, HasSubstr("its beacon answered"));
   EXPECT_THAT(answer.output, HasSubstr("ok: agent: "));
+}
+
+TEST_F(SrctlLocation, DoctorLooksAtTheServersOfAllStoresWhileTheAgentIsDeciding) {
+  std::vector<TestSupport::LoopbackListener> servers(3);
+  std::vector<PropertyList::Dictionary> stores;
+  for (const TestSupport::LoopbackListener& server : servers) {
+    const std::string url = "https://127.0.0.1:" + std::to_string(server.port) + "/discovery";
+    stores.push_back({{"StoreID", url}, {"StoreName", "One"}, {"StoreURL", url}});
+  }
+  standIn_.ServeStores(stores);
+  TestSupport::PseudoTerminal terminal;
+  ChildProcess srctl({"sh", "-c", "exec \"$0\" doctor 2>\"$1\"", SR_STAGE_DIR "/bin/srctl", terminal.Path()},
+                     agent_.Environment());
+  EXPECT_TRUE(standIn_.ServeUntil([&] { return std::ranges::all_of(servers, IsCalled); }));
+  EXPECT_EQ(standIn_.Explanations(), 0U) << "that is asked once it is decided, or has taken too long";
+  static_cast<void>(terminal.ReadUntil("Looking at the stores: 0 of 3 done."));
+  EXPECT_TRUE(srctl.IsRunning());
+  servers.clear();
+  standIn_.location = 1;
+  for (const std::string& url : standIn_.Questions()) standIn_.AnnounceLocation(url);
+  ASSERT_TRUE(standIn_.ServeUntil([&] { return !srctl.IsRunning(); }));
+  EXPECT_EQ(standIn_.Explanations(), 3U);
+  EXPECT_THAT(srctl.Output(), HasSubstr("location: LAN, "));
+}
+
+TEST_F(SrctlLocation, DoctorTellsOfTheServersAlsoWhereTheAgentIsLostOverIt) {
+  const std::string url = "https://127.0.0.1:1/discovery";
+  standIn_.ServeStores({{{"StoreID", "s1"}, {"StoreName", "One"}, {"StoreURL", url}}});
+  ChildProcess srctl = StartSrctl({"doctor"});
+  ASSERT_TRUE(standIn_.ServeUntil([&] { return !standIn_.Questions().empty(); }));
+  agent_.EndBus();
+  EXPECT_EQ(srctl.Wait(), 1);
+  EXPECT_THAT(srctl.Output(), HasSubstr("server: " + url + ": it cannot be contacted: "));
+  EXPECT_THAT(srctl.Output(), HasSubstr("problem: agent: It cannot be reached: "));
 }
 
 TEST_F(SrctlLocation, WaitsUntilTheAgentHasDecided) {

@@ -41,8 +41,10 @@ void StandInAgent::ServeBeacons() {
     questions_.push_back(storeURL);
     return location;
   });
-  interface.Method("explainLocationForStore", {}, {},
-                   [this](const std::string& /*storeURL*/) { return std::tuple(location, reason); });
+  interface.Method("explainLocationForStore", {}, {}, [this](const std::string& /*storeURL*/) {
+    ++explanations_;
+    return std::tuple(location, reason);
+  });
   beacons_ = Got(bus_.Serve(Names::kBeaconsPath, std::move(interface)));
 }
 

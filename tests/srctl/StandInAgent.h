@@ -4,6 +4,7 @@
 #include "libs/PropertyList/PropertyList.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -25,6 +26,8 @@ class StandInAgent {
 
   // The stores' URLs for which the location was asked.
   [[nodiscard]] const std::vector<std::string>& Questions() const { return questions_; }
+  // How often it was asked why a location is what it is.
+  [[nodiscard]] std::size_t Explanations() const { return explanations_; }
   // The files that it was asked to open; the id of each is its place, from 1.
   [[nodiscard]] const std::vector<std::string>& Opened() const { return opened_; }
 
@@ -51,5 +54,6 @@ class StandInAgent {
   Bus::Slot beacons_;
   Bus::Slot openings_;
   std::vector<std::string> questions_;
+  std::size_t explanations_ = 0;
   std::vector<std::string> opened_;
 };

@@ -6,12 +6,11 @@
 #include "doctor/Finding.h"
 #include "doctor/FindingPrinter.h"
 #include "doctor/InstallationChecks.h"
+#include "doctor/LocationAnswers.h"
 #include "doctor/StoresCheck.h"
 #include "libs/Text/TextHelpers.h"
 #include "print/Reports.h"
 
-#include <algorithm>
-#include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -20,11 +19,6 @@ namespace Srctl::Commands {
 namespace {
 
 using Result = Finding::Result;
-using std::chrono::steady_clock;
-using namespace std::chrono_literals;
-
-// The library gives up on a beacon after ten seconds.
-constexpr auto kDecisionTime = 12s;
 
 constexpr char kNameSchema[] =
     "Give its root element an xsi:schemaLocation that names serviceRecord.xsd; that of a discovery document "
@@ -87,17 +81,11 @@ void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const
     return report({Result::Note, "stores", "There are none yet.",
                    "Open the service-record file that your administrator gave you: srctl open FILE"});
   }
-  const auto deadline = steady_clock::now() + kDecisionTime;
+  const LocationAnswers locations(agent, stores);
   std::vector<StoreChecks::Situation> situations;
-  for (const StoreInfo& store : stores) {
-    // An agent that was started for this may still be deciding.
-    const auto left = std::chrono::ceil<std::chrono::seconds>(deadline - steady_clock::now());
-    const auto decided = agent.DecidedLocationForStore(store.url, std::max(left, 0s));
-    const auto location = decided ? agent.ExplainedLocationForStore(store.url) : std::nullopt;
-    if (!location) return report(Unanswered(agent.Problem()));
-    situations.push_back({store, location});
-  }
+  for (const StoreInfo& store : stores) situations.push_back({store, locations.Of(situations.size())});
   StoreChecks::CheckStores(situations, report);
+  if (!situations.back().location.get()) report(Unanswered(agent.Problem()));
 }
 
 StoreInfo Described(const ServiceRecords::SRStore& store) {
@@ -211,7 +199,7 @@ Status DoctorOfRecord(const std::string& place, Printing::Format format) {
     }
     const DocumentCheck::Result check = DocumentCheck::Check(document);
     CheckDocument(check, place, report);
-    for (const auto& [id, store] : check.stores) stores.push_back({Described(store), std::nullopt});
+    for (const auto& [id, store] : check.stores) stores.push_back({Described(store), {}});
   }
   StoreChecks::CheckStores(stores, report);
   return Finish(printer);

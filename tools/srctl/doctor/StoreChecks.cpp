@@ -73,26 +73,33 @@ class StoreCheck {
     const Kind server = CheckServer();
     CheckGateways(server);
     CheckDocument(server);
-    if (situation_.location) CheckLocation(*situation_.location);
+    if (Location() != nullptr) CheckLocation(*Location());
   }
 
  private:
+  // Null where nobody tells. Waits for it, and is asked after the servers have answered.
+  [[nodiscard]] const LocationInfo* Location() const {
+    if (!situation_.location.valid()) return nullptr;
+    const std::optional<LocationInfo>& location = situation_.location.get();
+    return location ? &*location : nullptr;
+  }
+
   [[nodiscard]] bool IsReachedThroughGateway() const {
     return IsAt(Wayfinder::kOutside) && !store_.gateways.empty();
   }
 
   // Nobody tells where this machine stands relative to a store that is not in the list.
   [[nodiscard]] bool MayBeReachedThroughGateway() const {
-    return IsReachedThroughGateway() || (!situation_.location && !store_.gateways.empty());
+    return IsReachedThroughGateway() || (Location() == nullptr && !store_.gateways.empty());
   }
 
   [[nodiscard]] bool IsAt(std::uint64_t location) const {
-    return situation_.location && situation_.location->value == location;
+    return Location() != nullptr && Location()->value == location;
   }
 
   // Where nobody tells that, a server that can be contacted does.
   [[nodiscard]] bool IsInside(Kind server) const {
-    if (!situation_.location || IsAt(Wayfinder::kDeciding)) return server != Kind::NotContacted;
+    if (Location() == nullptr || IsAt(Wayfinder::kDeciding)) return server != Kind::NotContacted;
     return IsAt(Wayfinder::kLAN) || IsAt(Wayfinder::kVPN) || IsAt(Wayfinder::kPartlyInternal);
   }
 
