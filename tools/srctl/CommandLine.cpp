@@ -65,8 +65,8 @@ std::string HintForDash(const std::vector<std::string>& words) {
     std::error_code ignored;
     if (word == "--") return {};  // names follow, so that was known
     if (word.size() < 2 || word.front() != '-' || !std::filesystem::exists(word, ignored)) continue;
-    const std::string name = Commands::ShellWord("./" + word);
-    return ". To name the file " + Terminal::OneLine(word) + ", write " + name + ", or -- before it";
+    return ". To name the file " + Terminal::OneLine(word) + ", write " + Commands::ShellWord(word) +
+           ", or -- before it";
   }
   return {};
 }

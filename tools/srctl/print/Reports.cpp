@@ -47,9 +47,9 @@ std::string Quoted(const std::string& text) {
   return "\"" + Terminal::OneLine(text) + "\"";
 }
 
-std::string ShellWord(const std::string& text) {
-  std::string word = "'";
-  for (const char character : Terminal::OneLine(text)) {
+std::string ShellWord(const std::string& file) {
+  std::string word = file.starts_with('-') ? "'./" : "'";
+  for (const char character : Terminal::OneLine(file)) {
     if (character == '\'') word += "'\\'";  // a quotation cannot hold its own mark
     word += character;
   }

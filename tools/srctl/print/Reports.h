@@ -27,8 +27,9 @@ namespace Srctl::Commands {
 // The text in quotation marks, fit for a terminal.
 [[nodiscard]] std::string Quoted(const std::string& text);
 
-// The text as one word of a shell command that is meant to be pasted, fit for a terminal.
-[[nodiscard]] std::string ShellWord(const std::string& text);
+// The file's name as one word of a shell command that is meant to be pasted, fit for a terminal, and never an
+// option.
+[[nodiscard]] std::string ShellWord(const std::string& file);
 
 // Says on standard error why the command takes so long. For AgentClient::Connect.
 void SayThatAgentIsLate();
