@@ -147,8 +147,7 @@ TEST_F(SrctlOnTerminal, CtrlZStopsNothing) {
 
 TEST_F(SrctlOnTerminal, ACallFromTheBackgroundIsRefused) {
   ChildProcess shell = LogOn("set -m; \"$0\" open \"$1\" & wait $!; echo status $?");
-  EXPECT_THAT(terminal_.ReadUntil("status 7"),
-              HasSubstr("srctl: srctl runs in the background of its terminal"));
+  EXPECT_THAT(terminal_.ReadUntil("status 7"), HasSubstr("srctl: It runs in the background of its terminal"));
   EXPECT_EQ(shell.Wait(), 0);
 }
 

@@ -157,8 +157,8 @@ Status TakeTerminal(std::optional<OwnTerminal>& terminal) {
   }
   if (!terminal->IsOurs()) {
     return RefuseToAsk(
-        "srctl runs in the background of its terminal, where you cannot answer. Run it in the foreground "
-        "(fg), or use srctl open --window.");
+        "It runs in the background of its terminal, where you cannot answer. Run it in the foreground (fg), "
+        "or use srctl open --window.");
   }
   return Status::Done;
 }
