@@ -436,9 +436,11 @@ TEST_F(DoctorOfStores, NamesASchemeThatIsNeitherHttpNorHttps) {
     EXPECT_EQ(run.status, 1);
     ExpectProblem(Line(run, "server"),
                   "the address begins with " + scheme + ", which is neither https nor http.",
-                  "Ask your administrator");
+                  "Correct the address that you gave: https:// and the name of the server");
     EXPECT_THAT(Line(run, "discovery document"), StartsWith("note: "));
   }
+  ExpectProblem(Line(Srctl({"doctor", "https://"}), "server"), "the address is no URL.",
+                "Correct the address that you gave");
   EXPECT_THAT(Srctl({"doctor", "HTTPS://localhost:" + std::to_string(server_.Port())}).output,
               StartsWith("ok: server: "));
 }

@@ -36,6 +36,9 @@ Message CorrectDocument() {
   return Worded("Ask the administrator of the server to correct the document.");
 }
 
+constexpr char kCorrectAddress[] =
+    "Correct the address that you gave: https:// and the name of the server, without a user name.";
+
 // Null for an address to which the agent would send nothing.
 std::unique_ptr<Transfer::GetRequest> RequestTo(const std::string& url) {
   Gen_URL address(url);
@@ -112,11 +115,17 @@ class StoreCheck {
              .storeName = store_.name});
   }
 
+  // An address that the user has typed is in no service record.
+  [[nodiscard]] Message NextStep(const ServerCheck::Answer& answer) const {
+    const bool isTyped = store_.id.empty();
+    return answer.kind == Kind::WrongAddress && isTyped ? kCorrectAddress : answer.next;
+  }
+
   void ReportServer(Result result, const std::string& check, const std::string& url,
                     const ServerCheck::Answer& answer) {
     const bool signIn = result == Result::Problem && IsAt(Wayfinder::kHotspot);
     Report(result, check, Worded("{address}: {answer}.", {{"address", url}, {"answer", answer.text}}),
-           signIn ? SignIn() : answer.next);
+           signIn ? SignIn() : NextStep(answer));
   }
 
   static Result ResultOf(Kind kind) {
