@@ -33,12 +33,6 @@ std::string AddressOfAccessibilityBus(const std::string& sessionBus) {
   return address;
 }
 
-// Newer releases of the toolkit tell an alert from another dialog.
-Role RoleOf(std::uint32_t number) {
-  constexpr std::uint32_t kAlert = 2;
-  return number == kAlert ? Role::Dialog : static_cast<Role>(number);
-}
-
 void SkipToText(sd_bus_message* properties, Control& control) {
   const char* property = nullptr;
   if (sd_bus_message_read(properties, "s", &property) < 0) return;
@@ -135,23 +129,42 @@ bool ScreenReader::Describe(const Place& place, Control& control) {
   if (!role || !states || !texts || sd_bus_message_read(role.get(), "u", &number) < 0) return false;
   control.program = place.first;
   control.path = place.second;
-  control.role = RoleOf(number);
+  control.role = static_cast<Role>(number);
   control.states = ReadStates(states.get());
   ReadTexts(texts.get(), control);
   return true;
 }
 
+// The states of a page of a stack do not tell whether it is shown.
+bool ScreenReader::HasPlaceInWindow(const Place& place) {
+  constexpr std::uint32_t kOfWindow = 1;
+  const Bus::BusMessagePtr reply = Call(place, "org.a11y.atspi.Component", "GetExtents", "u", kOfWindow);
+  std::int32_t x = 0;
+  std::int32_t y = 0;
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+  const bool isKnown = reply && sd_bus_message_read(reply.get(), "(iiii)", &x, &y, &width, &height) > 0;
+  return !isKnown || width > 0 || height > 0;
+}
+
 void ScreenReader::Append(const Place& place, std::vector<Control>& controls) {
   Control control;
-  if (!Describe(place, control) || !control.Is(State::Visible)) return;
+  if (!Describe(place, control) || !control.Is(State::Visible) || !HasPlaceInWindow(place)) return;
   controls.push_back(std::move(control));
   for (const Place& child : ChildrenOf(place)) Append(child, controls);
+}
+
+// Newer releases of the toolkit tell an alert from another dialog.
+void ScreenReader::AppendWindow(const Place& place, std::vector<Control>& controls) {
+  const std::size_t window = controls.size();
+  Append(place, controls);
+  if (window < controls.size() && controls[window].role == Role::Alert) controls[window].role = Role::Dialog;
 }
 
 std::vector<Control> ScreenReader::Controls() {
   std::vector<Control> controls;
   for (const Place& program : ChildrenOf({"org.a11y.atspi.Registry", kRoot})) {
-    for (const Place& window : ChildrenOf(program)) Append(window, controls);
+    for (const Place& window : ChildrenOf(program)) AppendWindow(window, controls);
   }
   return controls;
 }

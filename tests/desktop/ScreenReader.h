@@ -13,6 +13,7 @@ namespace TestSupport {
 
 // Numbers of the accessibility bus's interface.
 enum class Role : std::uint32_t {
+  Alert = 2,
   CheckMenuItem = 8,
   Dialog = 16,
   Filler = 20,
@@ -23,9 +24,18 @@ enum class Role : std::uint32_t {
   PushButton = 43,
   RadioButton = 44,
   ScrollPane = 49,
-  Unknown = 67
+  Unknown = 67,
+  Entry = 79,
+  Heading = 83
 };
-enum class State : unsigned { Checked = 4, Focusable = 11, Focused = 12, Sensitive = 24, Visible = 30 };
+enum class State : unsigned {
+  Checked = 4,
+  Editable = 7,
+  Focusable = 11,
+  Focused = 12,
+  Sensitive = 24,
+  Visible = 30
+};
 
 // What the accessibility bus tells of one piece of a window.
 struct Control {
@@ -46,7 +56,8 @@ class ScreenReader {
   // Of the windows of the programs on that session bus.
   explicit ScreenReader(const std::string& sessionBus);
 
-  // What all windows hold, each control before those inside it.
+  // What all windows hold, each control before those inside it. What never had a place in its window, as the
+  // pages that were not shown yet, is left out.
   [[nodiscard]] std::vector<Control> Controls();
   // What the control holds, itself first.
   [[nodiscard]] std::vector<Control> Controls(const Control& top);
@@ -69,7 +80,9 @@ class ScreenReader {
                           const char* types = "", ...);
   std::vector<Place> ChildrenOf(const Place& place);
   bool Describe(const Place& place, Control& control);
+  bool HasPlaceInWindow(const Place& place);
   void Append(const Place& place, std::vector<Control>& controls);
+  void AppendWindow(const Place& place, std::vector<Control>& controls);
   void TakeChanges();
   void AwaitChange();
 

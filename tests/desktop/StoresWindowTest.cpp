@@ -139,4 +139,16 @@ TEST_F(StoresWindow, NamesWhatItFindsAndAsksWithoutAComplaintOfTheToolkit) {
   ExpectNoComplaints(window_->Output());
 }
 
+TEST_F(StoresWindow, OffersToStartTheAgentAgainWhenItHasEnded) {
+  const std::string ended = "The background service has ended. What is shown may be out of date.";
+  Reader().WaitFor(Role::ListItem, "Two");
+  EXPECT_EQ(Count([](const Control& control) { return control.role == Role::Alert; }), 0);
+  agent_.Terminate();
+  Reader().WaitFor(Role::Alert, ended);
+  Press("Start It Again");
+  Reader().WaitUntilGone(Role::Alert, ended);
+  EXPECT_TRUE(agent_.Bus().HasOwner("com.morvane.ServiceRecords"));
+  Reader().WaitFor(Role::ListItem, "Two");
+}
+
 }  // namespace

@@ -140,7 +140,7 @@ void StoresWindow::SetUpPages() {
     Signals::Connect(interface_.Get(button), "clicked", [this] { parts_.retry(); });
   }
   Signals::Connect(interface_.Get("closeNotice"), "clicked",
-                   [this] { gtk_info_bar_set_revealed(interface_.Get<GtkInfoBar>("noticeBar"), FALSE); });
+                   [this] { gtk_widget_set_visible(interface_.Get("noticeBar"), FALSE); });
   NoteFolding();
 }
 
@@ -202,16 +202,21 @@ void StoresWindow::ShowOverview(const Overview& overview) {
   adw_status_page_set_description(interface_.Get<AdwStatusPage>("unreachable"), escaped.get());
   gtk_stack_set_visible_child_name(interface_.Get<GtkStack>("pages"), NameOf(overview.page));
   const char* const warning = SentenceOf(overview.warning);
-  if (warning != nullptr) gtk_label_set_text(interface_.Get<GtkLabel>("stateText"), warning);
   gtk_widget_set_visible(interface_.Get("restart"), overview.warning == Overview::Warning::AgentEnded);
-  gtk_info_bar_set_revealed(interface_.Get<GtkInfoBar>("stateBar"), warning != nullptr);
+  if (warning == nullptr) return gtk_widget_set_visible(interface_.Get("stateBar"), FALSE);
+  ShowBar("stateBar", "stateText", warning);
 }
 
 void StoresWindow::ShowNotice(const Notice& notice) {
-  auto* const bar = interface_.Get<GtkInfoBar>("noticeBar");
-  gtk_label_set_text(interface_.Get<GtkLabel>("noticeText"), notice.sentences.c_str());
-  gtk_info_bar_set_message_type(bar, KindOf(notice));
-  gtk_info_bar_set_revealed(bar, TRUE);
+  gtk_info_bar_set_message_type(interface_.Get<GtkInfoBar>("noticeBar"), KindOf(notice));
+  ShowBar("noticeBar", "noticeText", notice.sentences);
+}
+
+// The focus stays where it is: assistive technologies are told of an alert by its name, so that comes first.
+void StoresWindow::ShowBar(const char* bar, const char* label, const std::string& text) const {
+  gtk_label_set_text(interface_.Get<GtkLabel>(label), text.c_str());
+  Widgets::SetAccessibleName(interface_.Get(bar), text);
+  gtk_widget_set_visible(interface_.Get(bar), TRUE);
 }
 
 void StoresWindow::Show(StoreItem* item) {

@@ -54,6 +54,7 @@ class StoresWindow {
   void NoteFolding();
   void ShowDetailsPage();
   void ShowListPage();
+  void ShowBar(const char* bar, const char* label, const std::string& text) const;
   [[nodiscard]] bool Matches(StoreItem* item) const;
 
   const Windows::Interface interface_{"/com/morvane/ServiceRecords/Stores/stores-window.ui"};
@@ -61,7 +62,7 @@ class StoresWindow {
   StoreDetails details_;
   Windows::ObjectPtr<GtkFilter> filter_;
   Windows::ObjectPtr<GtkSingleSelection> selection_;
-  std::string searched_;  // without letter case
+  std::string searched_;         // without letter case
 };
 
 }  // namespace Stores
