@@ -122,7 +122,7 @@ void CheckView::ShowRunning(bool running) {
   gtk_widget_set_visible(spinner_, running);
   gtk_spinner_set_spinning(GTK_SPINNER(spinner_), running);
   adw_preferences_group_set_description(
-      group_, running ? Translated("Asking the servers of the store, one after the other…")
+      group_, running ? Translated("Asking the servers of the store…")
                       : Translated("Looks at each server of the store and says what to do"));
   gtk_label_set_label(label_, running ? Translated("_Stop") : Translated("_Check"));
 }
