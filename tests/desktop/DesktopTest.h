@@ -69,6 +69,7 @@ class VirtualDesktopTest : public DesktopTestOn<VirtualScreen> {
  protected:
   void Type(const std::string& key) const { screen_.Type(key); }
   void Write(const std::string& text) const { screen_.Write(text); }
+  void Focus(const std::string& title) const { screen_.Focus(title); }
   // Goes on by the Tab key until the control has the focus.
   void TabTo(Role role, const std::string& name);
 };

@@ -1,9 +1,13 @@
 #include "desktop/DesktopTest.h"
+#include "libs/Files/UserDefaults.h"
+#include "support/LoopbackListener.h"
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 namespace {
 
@@ -14,22 +18,71 @@ using TestSupport::State;
 using TestSupport::VirtualDesktopTest;
 
 constexpr char kTitle[] = "Application Stores";
+constexpr char kChooser[] = "Add Stores From File";
 
 // The window, and an agent that has two stores.
 class StoresWindow : public VirtualDesktopTest {
  protected:
   void SetUp() override {
     agent_.Start();
+    Fill();
+    Show();
+  }
+  virtual void Fill() {
     Hold(Store("s1", "One"));
     Hold(Store("s2", "Two"));
-    Show();
   }
   virtual void Show() {
     window_.emplace(StartStoresWindow());
     Reader().WaitFor(Role::Frame, kTitle);
   }
 
+  // As other programs of the desktop do. `parameter`: as GLib prints it.
+  void Activate(const std::string& action, const std::string& parameter = {}) const {
+    std::vector<std::string> command{"gapplication", "action", "com.morvane.ServiceRecords.Stores", action};
+    if (!parameter.empty()) command.push_back(parameter);
+    ChildProcess desktop(command, agent_.Environment());
+    ASSERT_EQ(desktop.Wait(), 0);
+  }
+
+  // Types the file's path into the file chooser that is about to come.
+  void Choose(const std::string& file) {
+    AwaitFocus(State::Focusable);
+    Focus(kChooser);  // the desktop has no window manager that does
+    Write("/");
+    AwaitFocus(State::Editable);
+    Write(file.substr(1));
+    Type("Return");
+    Reader().WaitUntil("the end of the file chooser", [&] { return !Chooser().has_value(); });
+  }
+
   std::optional<ChildProcess> window_;
+
+ private:
+  // Releases of the toolkit differ in its role.
+  [[nodiscard]] std::optional<Control> Chooser() {
+    for (const Control& control : Reader().Controls()) {
+      if (control.name == kChooser) return control;
+    }
+    return std::nullopt;
+  }
+
+  // Until something of that state has the focus in the file chooser.
+  void AwaitFocus(State state) {
+    Reader().WaitUntil("the focus in the file chooser", [&] {
+      const std::optional<Control> chooser = Chooser();
+      if (!chooser) return false;
+      const std::vector<Control> controls = Reader().Controls(*chooser);
+      return std::any_of(controls.begin(), controls.end(), [state](const Control& control) {
+        return control.Is(State::Focused) && control.Is(state);
+      });
+    });
+  }
+};
+
+class EmptyStoresWindow : public StoresWindow {
+ protected:
+  void Fill() override {}
 };
 
 class StoresWindowInGerman : public StoresWindow {
@@ -139,6 +192,30 @@ TEST_F(StoresWindow, NamesWhatItFindsAndAsksWithoutAComplaintOfTheToolkit) {
   ExpectNoComplaints(window_->Output());
 }
 
+constexpr char kWhatToDo[] =
+    "Open the service-record file that your administrator gave you, or drop it here. Its name usually ends "
+    "in .cr.";
+
+TEST_F(EmptyStoresWindow, SaysWhatToDo) {
+  Reader().WaitFor(Role::Label, kWhatToDo);
+  Reader().WaitFor(Role::PushButton, "Add From File…");
+}
+
+TEST_F(StoresWindow, DoesNotSayWhatToDoWhereThereAreStores) {
+  Reader().WaitFor(Role::ListItem, "Two");
+  EXPECT_EQ(Count([](const Control& control) { return control.name == kWhatToDo; }), 0);
+}
+
+TEST_F(EmptyStoresWindow, AddsTheStoreOfAFileThatIsChosenByTheKeyboardAlone) {
+  Reader().WaitFor(Role::Label, kWhatToDo);
+  Type("ctrl+o");
+  Choose(OpenableFile("one.cr", {Store("s1", "One")}));
+  Press("Add store");
+  Reader().WaitFor(Role::Alert, "“\u2068One\u2069” was added.");
+  Reader().WaitFor(Role::ListItem, "One");
+  Reader().WaitFor(Role::Heading, "One");
+}
+
 TEST_F(StoresWindow, OffersToStartTheAgentAgainWhenItHasEnded) {
   const std::string ended = "The background service has ended. What is shown may be out of date.";
   Reader().WaitFor(Role::ListItem, "Two");
@@ -149,6 +226,60 @@ TEST_F(StoresWindow, OffersToStartTheAgentAgainWhenItHasEnded) {
   Reader().WaitUntilGone(Role::Alert, ended);
   EXPECT_TRUE(agent_.Bus().HasOwner("com.morvane.ServiceRecords"));
   Reader().WaitFor(Role::ListItem, "Two");
+}
+
+TEST_F(StoresWindow, ListsOnlyWhatIsSearchedFor) {
+  Reader().WaitFor(Role::ListItem, "Two");
+  TabTo(Role::Entry, "Search stores");
+  Write("tw");
+  Reader().WaitUntilGone(Role::ListItem, "One");
+  Reader().WaitFor(Role::ListItem, "Two");
+  Write("x");
+  Reader().WaitFor(Role::Label, "No Store Found");
+  Activate("show-store", "'s1'");
+  Reader().WaitFor(Role::ListItem, "One");
+}
+
+TEST_F(StoresWindow, SwitchesTheLogOnAndOff) {
+  const Files::UserDefaults preferences(agent_.ConfigFolder() / "com.morvane.ServiceRecords.plist");
+  Reader().WaitFor(Role::ListItem, "Two");
+  for (const int level : {1, 0}) {
+    Type("F10");
+    ASSERT_TRUE(Reader().Press(Usable(Role::CheckMenuItem, "Write a Log")));
+    Reader().WaitUntil("the setting", [&] { return preferences.Integer("LogLevel") == level; });
+    Reader().WaitUntilGone(Role::CheckMenuItem, "Write a Log");
+  }
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] {
+    const auto seen = agent_.Bus().Notifications();
+    return std::count(seen.begin(), seen.end(),
+                      "com.morvane.quillon.ServiceRecordsLoggingConfigurationDidChange ") == 2;
+  })) << "the agent is told each time";
+}
+
+TEST_F(EmptyStoresWindow, StopsACheckWhoseServerNeverAnswers) {
+  const TestSupport::LoopbackListener silent;
+  TestSupport::StoreText store = Store("s1", "One");
+  store.gateways[0].location = "https://localhost:" + std::to_string(silent.port);
+  Hold(store);
+  Press("Check");
+  Reader().WaitFor(Role::ListItem, "Server");
+  Reader().WaitFor(Role::Label, "Asking the servers of the store…");
+  Press("Stop");
+  Usable(Role::PushButton, "Check");
+  Reader().WaitFor(Role::ListItem, "Server");
+}
+
+TEST_F(EmptyStoresWindow, StaysUnseenForTheQuestionOfAFileWhenItIsClosed) {
+  Reader().WaitFor(Role::Label, kWhatToDo);
+  Type("ctrl+o");
+  Choose(OpenableFile("one.cr", {Store("s1", "One")}));
+  Usable(Role::PushButton, "Add store");
+  EXPECT_THAT(StoreIDs(), IsEmpty());
+  Activate("quit");
+  Reader().WaitUntilGone(Role::Frame, kTitle);
+  Press("Add store");
+  EXPECT_EQ(window_->Wait(), 0);
+  EXPECT_THAT(StoreIDs(), ElementsAre("s1"));
 }
 
 }  // namespace

@@ -60,9 +60,9 @@ void WidgetTest::WaitForFrames() const {
   gtk_widget_remove_tick_callback(GTK_WIDGET(window_), id);
 }
 
-std::vector<GtkWidget*> WidgetTest::All(const std::function<bool(GtkWidget*)>& isSuch) const {
+std::vector<GtkWidget*> WidgetTest::AllOf(GtkWidget* top, const std::function<bool(GtkWidget*)>& isSuch) {
   std::vector<GtkWidget*> found;
-  Collect(GTK_WIDGET(window_), isSuch, found);
+  Collect(top, isSuch, found);
   return found;
 }
 

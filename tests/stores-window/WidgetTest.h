@@ -26,7 +26,11 @@ class WidgetTest : public testing::Test {
   void WaitForFrames() const;
 
   // What of the window is such, from the top.
-  [[nodiscard]] std::vector<GtkWidget*> All(const std::function<bool(GtkWidget*)>& isSuch) const;
+  [[nodiscard]] std::vector<GtkWidget*> All(const std::function<bool(GtkWidget*)>& isSuch) const {
+    return AllOf(GTK_WIDGET(window_), isSuch);
+  }
+  [[nodiscard]] static std::vector<GtkWidget*> AllOf(GtkWidget* top,
+                                                     const std::function<bool(GtkWidget*)>& isSuch);
 
  private:
   VirtualScreen screen_;

@@ -22,15 +22,21 @@ void VirtualScreen::ShowOwnWindows() const {
 }
 
 void VirtualScreen::Type(const std::string& key) const {
-  Use("key", key);
+  Use({"key", key});
 }
 
 void VirtualScreen::Write(const std::string& text) const {
-  Use("type", text);
+  Use({"type", text});
 }
 
-void VirtualScreen::Use(const std::string& action, const std::string& argument) const {
-  ChildProcess typist({"xdotool", action, argument}, {"DISPLAY=" + display_});
+void VirtualScreen::Focus(const std::string& title) const {
+  Use({"search", "--name", title, "windowfocus"});
+}
+
+void VirtualScreen::Use(const std::vector<std::string>& actions) const {
+  std::vector<std::string> command{"xdotool"};
+  command.insert(command.end(), actions.begin(), actions.end());
+  ChildProcess typist(command, {"DISPLAY=" + display_});
   if (typist.Wait() != 0) throw std::runtime_error("no keyboard");
 }
 

@@ -24,9 +24,11 @@ class VirtualScreen {
   void Type(const std::string& key) const;
   // Types the characters one after the other.
   void Write(const std::string& text) const;
+  // Gives the keyboard to the window with that title, which is there.
+  void Focus(const std::string& title) const;
 
  private:
-  void Use(const std::string& action, const std::string& argument) const;
+  void Use(const std::vector<std::string>& actions) const;
 
   ChildProcess server_;
   std::string display_;
