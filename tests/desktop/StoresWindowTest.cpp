@@ -216,6 +216,21 @@ TEST_F(EmptyStoresWindow, AddsTheStoreOfAFileThatIsChosenByTheKeyboardAlone) {
   Reader().WaitFor(Role::Heading, "One");
 }
 
+TEST_F(EmptyStoresWindow, TellsWhatBecameOfEachFileThatIsBeingOpened) {
+  Reader().WaitFor(Role::Label, kWhatToDo);
+  Type("ctrl+o");
+  Choose(OpenableFile("beta.cr", {Store("s1", "Beta")}));
+  Usable(Role::PushButton, "Add store");
+  Activate("add");
+  Choose(agent_.Write("alpha.cr", "no XML").string());
+  const std::string alpha =
+      "“\u2068alpha.cr\u2069” is not a service record. Open the file that your administrator gave you.";
+  Reader().WaitFor(Role::Alert, alpha);
+  Press("Don’t add");
+  Reader().WaitFor(Role::Alert,
+                   alpha + "\n“\u2068Beta\u2069” was not added, because you decided against it.");
+}
+
 TEST_F(StoresWindow, OffersToStartTheAgentAgainWhenItHasEnded) {
   const std::string ended = "The background service has ended. What is shown may be out of date.";
   Reader().WaitFor(Role::ListItem, "Two");

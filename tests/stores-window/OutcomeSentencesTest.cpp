@@ -93,6 +93,12 @@ TEST(OutcomeSentences, OfManyFilesThatWereNotOpenedNameTheFirstOnly) {
                 "2\u2069 more files were not opened.");
 }
 
+TEST(OutcomeSentences, OfManyNoticesCountTheRest) {
+  EXPECT_EQ(OutcomeSentences::OfAll({{"One."}, {"Two."}}), "One.\nTwo.");
+  EXPECT_EQ(OutcomeSentences::OfAll(std::vector<Notice>(8, {"One."})),
+            "One.\nOne.\nOne.\nOne.\nOne.\nOne.\nThere are \u20682\u2069 more messages.");
+}
+
 TEST(OutcomeSentences, TheAddedStoreIsTheFirstThatIsInTheListNow) {
   const Finished finished{
       1,

@@ -68,6 +68,23 @@ TEST_F(AnOpening, WithoutStoresIsToldByTheNameOfItsFile) {
   EXPECT_EQ(observed_.openingsEnded, 0);
 }
 
+TEST_F(AnOpening, IsToldFurtherToWhatBecameOfAnotherAtTheSameTime) {
+  observed_.session.OpenFiles({"", "/home/me/first.cr", "/home/me/second.cr"});
+  ASSERT_TRUE(RunUntil([&] { return agent_->Opened().size() == 2; }));
+  RunPending();
+  agent_->Finish(2, "not-a-service-record", "[]");
+  ASSERT_TRUE(RunUntilNoticed(2));
+  agent_->Finish(1, "not-a-service-record", "[]");
+  ASSERT_TRUE(RunUntilNoticed(3));
+  Open({"/home/me/later.cr"});
+  agent_->Finish(3, "not-a-service-record", "[]");
+  ASSERT_TRUE(RunUntilNoticed(4));
+  EXPECT_FALSE(observed_.notices[0].isFurther);
+  EXPECT_TRUE(observed_.notices[1].isFurther);
+  EXPECT_TRUE(observed_.notices[2].isFurther);
+  EXPECT_FALSE(observed_.notices[3].isFurther) << "those of before are over";
+}
+
 TEST_F(AnOpening, OfAFileThatIsNotHereIsNotTried) {
   observed_.session.OpenFiles({""});
   ASSERT_THAT(observed_.notices, SizeIs(1));

@@ -133,6 +133,35 @@ TEST_F(StoresWindowTest, AsksTheAgentAgainWhereItCannotBeReachedOrHasEnded) {
   EXPECT_EQ(retries_, 2);
 }
 
+TEST_F(StoresWindowTest, TellsWhatIsFurtherBelowWhatWasTold) {
+  window_.ShowNotice({.sentences = "One."});
+  window_.ShowNotice({.sentences = "Two.", .isGood = true, .isFurther = true});
+  EXPECT_THAT(Texts(), Contains("One.\nTwo."));
+  window_.ShowNotice({.sentences = "Three."});
+  EXPECT_THAT(Texts(), Contains("Three.")) << "what was further to nothing is the only thing told";
+}
+
+TEST_F(StoresWindowTest, DoesNotTellAgainWhatTheUserHasClosed) {
+  window_.ShowNotice({.sentences = "One."});
+  Click("closeNotice");
+  EXPECT_THAT(Texts(), Not(Contains("One.")));
+  window_.ShowNotice({.sentences = "Two.", .isFurther = true});
+  EXPECT_THAT(Texts(), Contains("Two."));
+}
+
+TEST_F(StoresWindowTest, TakesAWarningForOneUntilAllThatIsToldIsGood) {
+  const auto isWarning = [this] {
+    return AllOf(Top(), [](GtkWidget* widget) {
+             return gtk_widget_has_css_class(widget, "warning") && gtk_widget_get_mapped(widget) != FALSE;
+           }).size() == 1;
+  };
+  window_.ShowNotice({.sentences = "One."});
+  window_.ShowNotice({.sentences = "Two.", .isGood = true, .isFurther = true});
+  EXPECT_TRUE(isWarning());
+  window_.ShowNotice({.sentences = "Three.", .isGood = true});
+  EXPECT_FALSE(isWarning());
+}
+
 TEST_F(StoresWindowTest, OpensTheFilesThatAreDroppedOnIt) {
   EXPECT_TRUE(Drop({"file:///home/me/a%20b.cr", "https://store.example/c.cr"}));
   EXPECT_THAT(opened_, ElementsAre("/home/me/a b.cr", "")) << "one is not on this computer";

@@ -98,7 +98,9 @@ void Session::Show(const Overview& overview) {
 }
 
 void Session::OpenFiles(const std::vector<std::string>& paths) {
+  ++askedToOpen_;  // what is refused at once belongs to what is asked for with it
   for (const std::string& path : paths) OpenFile(path);
+  --askedToOpen_;
 }
 
 void Session::OpenFile(const std::string& path) {
@@ -107,7 +109,7 @@ void Session::OpenFile(const std::string& path) {
     const char* const why = path.empty()
                                 ? Translated("Only files on this computer can be opened.")
                                 : Translated("“{file}” cannot be opened: its path is not UTF-8 text.");
-    return observer_.note({ShownText::Sentence(why, {{"file", ShownText::Name(name)}})});
+    return Tell({ShownText::Sentence(why, {{"file", ShownText::Name(name)}})});
   }
   ++askedToOpen_;
   agent_.OpenFile(path,
@@ -128,8 +130,8 @@ void Session::NoteFinished(const Finished& finished) {
   const auto found = openings_.find(finished.opening);
   const std::string name = found != openings_.end() ? found->second : Translated("The file");
   openings_.erase(finished.opening);
-  observer_.note({OutcomeSentences::Of(finished, name), OutcomeSentences::IsGood(finished),
-                  OutcomeSentences::AddedStore(finished)});
+  Tell({OutcomeSentences::Of(finished, name), OutcomeSentences::IsGood(finished),
+        OutcomeSentences::AddedStore(finished)});
   NoteOpeningsEnded();
 }
 
@@ -141,7 +143,7 @@ void Session::NoteAgentWent() {
   if (!openings_.empty()) {
     std::vector<std::string> names;
     for (const auto& [number, name] : std::exchange(openings_, {})) names.push_back(name);
-    observer_.note({OutcomeSentences::OfEnded(names)});
+    Tell({OutcomeSentences::OfEnded(names)});
     NoteOpeningsEnded();
   }
   const bool hasStores = overview_.page == Overview::Page::Stores || overview_.page == Overview::Page::Empty;
@@ -152,7 +154,7 @@ void Session::Remove(const Store& store) {
   const std::string name = ShownText::Name(store.name);
   agent_.DeleteStore(store.id, [this, name](const std::optional<bool>& done, const std::string& problem) {
     if (done && *done) {
-      observer_.note({ShownText::Sentence(Translated("“{store}” was removed."), {{"store", name}}), true});
+      Tell({ShownText::Sentence(Translated("“{store}” was removed."), {{"store", name}}), true});
     } else {
       Refuse(ShownText::Sentence(Translated("“{store}” could not be removed."), {{"store", name}}), problem);
     }
@@ -176,7 +178,13 @@ void Session::ChooseGateway(const std::string& storeID, const std::string& gatew
 
 void Session::Refuse(const std::string& sentence, const std::string& problem) {
   const std::string why = problem.empty() ? "" : " " + ShownText::Isolated(ShownText::Whole(problem));
-  observer_.note({sentence + why});
+  Tell({sentence + why});
+}
+
+void Session::Tell(Notice notice) {
+  notice.isFurther = hasToldOfOpenings_;
+  hasToldOfOpenings_ = IsOpening();
+  observer_.note(notice);
 }
 
 }  // namespace Stores

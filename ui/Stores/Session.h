@@ -53,6 +53,7 @@ class Session {
   void OpenFile(const std::string& path);
   void NoteFinished(const Finished& finished);
   void NoteAgentWent();
+  void Tell(Notice notice);
   void NoteOpeningsEnded();
   void Refuse(const std::string& sentence, const std::string& problem);
 
@@ -64,6 +65,7 @@ class Session {
   bool isReloading_ = false;
   bool isStale_ = false;  // something changed while the list was on its way
   unsigned askedToOpen_ = 0;
+  bool hasToldOfOpenings_ = false;                 // of those that are under way
   std::map<std::uint64_t, std::string> openings_;  // the names of the files, by the openings' numbers
   guint retry_ = 0;
 };

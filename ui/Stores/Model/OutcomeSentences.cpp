@@ -95,6 +95,13 @@ std::string OfFurtherFiles(std::size_t count) {
       {{"count", std::to_string(count)}});
 }
 
+std::string OfFurtherNotices(std::size_t count) {
+  return ShownText::Sentence(
+      TranslatedCount("There is {count} more message.", "There are {count} more messages.",
+                      static_cast<unsigned long>(count)),
+      {{"count", std::to_string(count)}});
+}
+
 // A line for each of the first few items, and one for those that are not named.
 template <class Item, class Line>
 std::string Lines(const std::vector<Item>& items, Line lineOf, std::string (*lineOfFurther)(std::size_t)) {
@@ -119,6 +126,11 @@ std::string OfEnded(const std::vector<std::string>& fileNames) {
   const Finished ended{.opening = 0, .outcome = std::string(NameOf(Outcome::Ended)), .stores = {}};
   return Lines(
       fileNames, [&](const std::string& name) { return OfFile(ended, name); }, OfFurtherFiles);
+}
+
+std::string OfAll(const std::vector<Notice>& notices) {
+  return Lines(
+      notices, [](const Notice& notice) { return notice.sentences; }, OfFurtherNotices);
 }
 
 std::string AddedStore(const Finished& finished) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Model/Overview.h"
 #include "Model/Store.h"
 
 #include <string>
@@ -14,6 +15,9 @@ namespace Stores::OutcomeSentences {
 
 // That these files were not opened, because the agent has ended: a sentence for each, as above.
 [[nodiscard]] std::string OfEnded(const std::vector<std::string>& fileNames);
+
+// All that was told, in the order in which it was. Of many notices only the first few are told.
+[[nodiscard]] std::string OfAll(const std::vector<Notice>& notices);
 
 // The id of the first store that is in the list now as the file describes it; empty for none.
 [[nodiscard]] std::string AddedStore(const Finished& finished);

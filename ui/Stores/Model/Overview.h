@@ -21,6 +21,7 @@ struct Notice {
   std::string sentences;
   bool isGood = false;
   std::string storeID = {};  // the store that was added; empty for none
+  bool isFurther = false;  // files of before are still being opened: what was told of them goes on being true
 };
 
 }  // namespace Stores

@@ -1,5 +1,6 @@
 #include "Window/StoresWindow.h"
 
+#include "Model/OutcomeSentences.h"
 #include "Shared/ShownText.h"
 #include "Shared/Signals.h"
 #include "Shared/Translations.h"
@@ -7,6 +8,7 @@
 #include "Window/SignalArguments.h"
 #include "Window/StoreRow.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Stores {
@@ -57,8 +59,10 @@ const char* SentenceOf(Overview::Warning warning) {
   return nullptr;
 }
 
-GtkMessageType KindOf(const Notice& notice) {
-  return notice.isGood ? GTK_MESSAGE_INFO : GTK_MESSAGE_WARNING;
+GtkMessageType KindOf(const std::vector<Notice>& notices) {
+  const bool areGood =
+      std::all_of(notices.begin(), notices.end(), [](const Notice& notice) { return notice.isGood; });
+  return areGood ? GTK_MESSAGE_INFO : GTK_MESSAGE_WARNING;
 }
 
 }  // namespace
@@ -208,8 +212,10 @@ void StoresWindow::ShowOverview(const Overview& overview) {
 }
 
 void StoresWindow::ShowNotice(const Notice& notice) {
-  gtk_info_bar_set_message_type(interface_.Get<GtkInfoBar>("noticeBar"), KindOf(notice));
-  ShowBar("noticeBar", "noticeText", notice.sentences);
+  if (!notice.isFurther || gtk_widget_get_visible(interface_.Get("noticeBar")) == FALSE) notices_.clear();
+  notices_.push_back(notice);
+  gtk_info_bar_set_message_type(interface_.Get<GtkInfoBar>("noticeBar"), KindOf(notices_));
+  ShowBar("noticeBar", "noticeText", OutcomeSentences::OfAll(notices_));
 }
 
 // The focus stays where it is: assistive technologies are told of an alert by its name, so that comes first.

@@ -34,7 +34,8 @@ class StoresWindow {
   [[nodiscard]] GtkWindow* Widget() const { return interface_.Get<GtkWindow>("window"); }
 
   void ShowOverview(const Overview& overview);
-  // Something that has just happened, until the user closes it or something else happens.
+  // Something that has just happened, until the user closes it or something else happens; below what it is
+  // further to.
   void ShowNotice(const Notice& notice);
 
   // Chooses that store and shows it, also where the window is narrow.
@@ -63,6 +64,7 @@ class StoresWindow {
   Windows::ObjectPtr<GtkFilter> filter_;
   Windows::ObjectPtr<GtkSingleSelection> selection_;
   std::string searched_;         // without letter case
+  std::vector<Notice> notices_;  // those that are shown
 };
 
 }  // namespace Stores
