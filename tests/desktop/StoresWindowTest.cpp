@@ -231,6 +231,15 @@ TEST_F(EmptyStoresWindow, TellsWhatBecameOfEachFileThatIsBeingOpened) {
                    alpha + "\n“\u2068Beta\u2069” was not added, because you decided against it.");
 }
 
+TEST_F(StoresWindow, ShowsTheStoreThatAnotherProgramWants) {
+  Reader().WaitFor(Role::Heading, "One");
+  Activate("show-store", "'s2'");
+  Reader().WaitFor(Role::Heading, "Two");
+  Activate("show-store", "'s3'");
+  Hold(Store("s3", "Three"));
+  Reader().WaitFor(Role::Heading, "Three");
+}
+
 TEST_F(StoresWindow, OffersToStartTheAgentAgainWhenItHasEnded) {
   const std::string ended = "The background service has ended. What is shown may be out of date.";
   Reader().WaitFor(Role::ListItem, "Two");

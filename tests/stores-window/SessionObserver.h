@@ -33,6 +33,7 @@ struct ObservedSession {
   explicit ObservedSession(const std::string& busAddress)
       : bus(ConnectToBus(busAddress)),
         session(bus.get(), {.show = [this](const Overview& shown) { overviews.push_back(shown); },
+                            .reloaded = [] {},
                             .note = [this](const Notice& notice) { notices.push_back(notice); },
                             .refused = [this] { ++refusals; },
                             .openingsEnded = [this] { ++openingsEnded; },

@@ -88,6 +88,7 @@ void Session::TakeState(SavedState state) {
 void Session::EndReload(const Overview& overview) {
   isReloading_ = false;
   Show(overview);
+  observer_.reloaded();
   if (isStale_) Reload();
 }
 

@@ -20,6 +20,7 @@ class Session {
  public:
   struct Observer {
     std::function<void(const Overview&)> show;
+    std::function<void()> reloaded;  // the list is what the agent has told, or could not be had
     std::function<void(const Notice&)> note;
     std::function<void()> refused;         // something chosen is not so after all
     std::function<void()> openingsEnded;   // no file is being opened any more

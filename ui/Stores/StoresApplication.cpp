@@ -100,8 +100,8 @@ void StoresApplication::MakeSession() {
                                                            [this](const Overview& overview) {
                                                              window_->ShowOverview(overview);
                                                              NoteChoice();
-                                                             ShowWantedStore();
                                                            },
+                                                       .reloaded = [this] { ShowWantedStore(); },
                                                        .note = [this](const Notice& notice) { Note(notice); },
                                                        .refused = [this] { window_->RefreshDetails(); },
                                                        .openingsEnded = [this] { NoteOpeningsEnded(); },
