@@ -40,9 +40,13 @@ class SrctlWatch : public SrctlTest {
     return srctl.Wait();
   }
 
-  // Serves the agent's place until srctl has printed the text.
+  // Serves the agent's place until srctl has printed a line with the text.
   static bool Prints(const ChildProcess& srctl, StandInAgent& standIn, const std::string& text) {
-    return standIn.ServeUntil([&] { return srctl.Output().find(text) != std::string::npos; });
+    return standIn.ServeUntil([&] {
+      const std::string output = srctl.Output();
+      const std::size_t at = output.find(text);
+      return at != std::string::npos && output.find('\n', at) != std::string::npos;
+    });
   }
 
   // Returns when the bus has passed it on.

@@ -210,7 +210,8 @@ std::vector<std::pair<std::string, PropertyList::Dictionary>> TestAgent::Dialogs
   std::istringstream requests(ReadFile(root_.Path() / "dialogs/requests"));
   std::string request;
   std::string details;
-  while (std::getline(requests, request, '\0') && std::getline(requests, details, '\0')) {
+  // A request without its end is still being written.
+  while (std::getline(requests, request, '\0') && std::getline(requests, details, '\0') && !requests.eof()) {
     const auto value = PropertyList::Read(details);
     if (!value) throw std::runtime_error("not a property list: " + details);
     dialogs.emplace_back(request, *value->As<PropertyList::Dictionary>());
