@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libs/Files/FileDescriptor.h"
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -32,6 +34,7 @@ class ScriptedCredentials {
 
  private:
   std::filesystem::path folder_;
+  Files::FileDescriptor held_;
   int replies_ = 0;
 };
 
