@@ -92,7 +92,9 @@ TEST_F(DiscoveryConfirmation, AChangedLocationIsAnnouncedWithTheStoresUrl) {
   agent_.Start();
   const StoreText store = Store("s1", "One");
   OpenStore(store);
-  EXPECT_THAT(agent_.Bus().Notifications(), Contains("MRVNetworkLocationChanged " + store.url));
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] {
+    return std::ranges::count(agent_.Bus().Notifications(), "MRVNetworkLocationChanged " + store.url) > 0;
+  }));
 }
 
 TEST_F(DiscoveryConfirmation, AnAnswerThatIsNoDiscoveryDocumentIsShown) {

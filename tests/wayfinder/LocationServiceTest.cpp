@@ -452,7 +452,7 @@ TEST_F(LocationServiceTest, ThereIsNoThreadWithoutAStore) {
   const long threads = TestSupport::RunningThreads();
   service_.SetStores({});
   (void)service_.LocationOf(kStore);
-  EXPECT_EQ(TestSupport::RunningThreads(), threads);
+  EXPECT_LE(TestSupport::RunningThreads(), threads);
 }
 
 TEST_F(LocationServiceTest, AListWithoutStoresEndsTheAsking) {
