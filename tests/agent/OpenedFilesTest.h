@@ -6,6 +6,7 @@
 #include "support/PseudoTerminal.h"
 
 #include <fcntl.h>
+#include <termios.h>
 
 #include <cstddef>
 #include <filesystem>
@@ -60,6 +61,10 @@ class OpenedFiles : public TestSupport::AgentTest {
   [[nodiscard]] std::size_t DescriptorsOfAgent() const {
     const std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(agent_.Pid()) + "/fd");
     return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+  }
+  // Whoever has a terminal's mode puts it back when he goes, of which nothing tells.
+  [[nodiscard]] bool WaitForMode(const TestSupport::PseudoTerminal& terminal, tcflag_t mode) {
+    return agent_.Bus().WaitUntil([&] { return terminal.Mode().c_lflag == mode; });
   }
   // Returns when the question is on the terminal.
   void AskOn(TestSupport::PseudoTerminal& terminal) {
