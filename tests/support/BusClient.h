@@ -57,7 +57,7 @@ class BusClient {
 
   // Handles messages until the condition holds; false when it does not within the time.
   [[nodiscard]] bool WaitUntil(const std::function<bool()>& condition,
-                               std::chrono::milliseconds limit = std::chrono::seconds(20));
+                               std::chrono::milliseconds limit = std::chrono::seconds(60));
   [[nodiscard]] bool WaitUntilOwned(const std::string& name, bool owned);
 
  private:
