@@ -9,10 +9,14 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <thread>
 #include <vector>
 
 using testing::ElementsAre;
@@ -42,6 +46,7 @@ class BackgroundTasksTest : public testing::Test {
         const UserWait wait(end);
         Note(asked_, number);
         AwaitStep(number, 1);
+        NoteReturn(number);
       }
       Note(worked_, number);
       AwaitStep(number, 2);
@@ -76,6 +81,18 @@ class BackgroundTasksTest : public testing::Test {
   [[nodiscard]] bool StaysAtAsked(std::size_t count) {
     return !WaitFor(asked_, count + 1, std::chrono::milliseconds(100));
   }
+  // Whether the thread of that question, which has been let go on, waits for its turn. That shows in nothing
+  // but that it sleeps.
+  [[nodiscard]] bool WaitsForTurn(int number) {
+    std::unique_lock lock(mutex_);
+    const auto hasReturned = [&] { return returned_.contains(number); };
+    if (!changed_.wait_for(lock, std::chrono::seconds(20), hasReturned)) return false;
+    const pid_t thread = returned_[number];
+    lock.unlock();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!Sleeps(thread) && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+    return Sleeps(thread);
+  }
   [[nodiscard]] std::vector<int> Worked() {
     const std::lock_guard lock(mutex_);
     return worked_;
@@ -87,9 +104,20 @@ class BackgroundTasksTest : public testing::Test {
   bool free_ = false;
   std::vector<int> worked_;  // what was begun to be worked on, in order
   std::vector<int> asked_;
-  Agent::BackgroundTasks tasks_;  // ends first
+  std::map<int, pid_t> returned_;  // the threads that come back from the user
+  Agent::BackgroundTasks tasks_;   // ends first
 
  private:
+  void NoteReturn(int number) {
+    const std::lock_guard lock(mutex_);
+    returned_[number] = ::gettid();
+    changed_.notify_all();
+  }
+  static bool Sleeps(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    return text.find(") S ") != std::string::npos;
+  }
   void Note(std::vector<int>& numbers, int number) {
     const std::lock_guard lock(mutex_);
     numbers.push_back(number);
@@ -131,6 +159,7 @@ TEST_F(BackgroundTasksTest, WhoComesBackFromTheUserWaitsForRoomAndGoesBeforeWhat
   for (int number = 0; number < kAtATime; ++number) StartWork(number);
   ASSERT_TRUE(WaitForWorked(kAtATime));
   GoOn(100);
+  ASSERT_TRUE(WaitsForTurn(100));
   EXPECT_TRUE(StaysAtWorked(kAtATime));
   StartWork(200);
   GoOn(0);
@@ -149,8 +178,9 @@ TEST_F(BackgroundTasksTest, WhoComeBackFromTheUserGoOnInTheirOrder) {
   ASSERT_TRUE(WaitForWorked(kAtATime));
   for (const int number : {103, 101, 100, 102}) {
     GoOn(number);
-    ASSERT_TRUE(StaysAtWorked(kAtATime));  // and has drawn its number
+    ASSERT_TRUE(WaitsForTurn(number));
   }
+  EXPECT_TRUE(StaysAtWorked(kAtATime));
   for (int number = 0; number < kQuestions; ++number) {
     GoOn(number);
     ASSERT_TRUE(WaitForWorked(static_cast<std::size_t>(kAtATime + number + 1)));
