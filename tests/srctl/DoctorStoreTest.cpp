@@ -249,6 +249,8 @@ TEST_F(DoctorOfStores, TheServerOfTheStoreAndItsGatewaysIsAskedOnce) {
   for (auto& gateway : store.gateways) gateway.location = other.Address("https") + "/" + gateway.name;
   const std::string file = agent_.Write("a.cr", TestSupport::ServiceRecordDocument({store})).string();
   EXPECT_THAT(StoreLine(Srctl({"doctor", file}), "gateway"), StartsWith("ok: "));
+  // The server logs a request once it has been answered.
+  EXPECT_TRUE(agent_.Bus().WaitUntil([&] { return CountHeads(other) > 0; }));
   EXPECT_EQ(CountHeads(other), 1U);
 }
 
