@@ -105,7 +105,7 @@ TEST_F(SrctlOnTerminal, HasTheLastWordWhereTheAgentTellsOfAnError) {
   bad.gateways.clear();
   bad.url = "https://localhost:1/nobody";
   file_ = OpenableFile("a.cr", {bad});
-  const termios before = terminal_.Mode();
+  const termios before = terminal_.MakeUnfit();
   ChildProcess srctl = Open();
   EXPECT_THAT(terminal_.ReadUntil("srctl: \"One\" (s1) was not added"),
               HasSubstr("This server could not be contacted"));
@@ -114,9 +114,11 @@ TEST_F(SrctlOnTerminal, HasTheLastWordWhereTheAgentTellsOfAnError) {
 }
 
 TEST_F(SrctlOnTerminal, CtrlCWithdrawsTheQuestionAndLeavesTheTerminalAsItWas) {
-  const termios before = terminal_.Mode();
+  const termios before = terminal_.MakeUnfit();
   ChildProcess srctl = Open();
   static_cast<void>(terminal_.ReadUntil(kQuestion));
+  EXPECT_NE(terminal_.Mode().c_lflag, before.c_lflag);
+  EXPECT_NE(terminal_.Mode().c_iflag, before.c_iflag);
   terminal_.Type("\x03");
   EXPECT_EQ(srctl.Wait(), 128 + SIGINT) << "as a shell expects it";
   EXPECT_THAT(terminal_.ReadNow(), HasSubstr("srctl: The question was withdrawn."));
@@ -153,9 +155,10 @@ TEST_F(SrctlOnTerminal, ACallFromTheBackgroundIsRefused) {
 
 TEST_F(SrctlOnTerminal, TheAgentsDeathLeavesTheTerminalAsItWas) {
   agent_.Start();
-  const termios before = terminal_.Mode();
+  const termios before = terminal_.MakeUnfit();
   ChildProcess srctl = Open();
   static_cast<void>(terminal_.ReadUntil(kQuestion));
+  EXPECT_NE(terminal_.Mode().c_lflag, before.c_lflag);
   ::kill(agent_.Pid(), SIGKILL);
   EXPECT_EQ(srctl.Wait(), 9);
   EXPECT_EQ(terminal_.Mode().c_lflag, before.c_lflag);

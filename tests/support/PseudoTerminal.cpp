@@ -79,6 +79,14 @@ void PseudoTerminal::MakeRaw() const {
   ASSERT_EQ(::tcsetattr(slave_, TCSANOW, &mode), 0);
 }
 
+termios PseudoTerminal::MakeUnfit() const {
+  termios mode = Mode();
+  mode.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+  mode.c_iflag &= ~static_cast<tcflag_t>(ICRNL);
+  EXPECT_EQ(::tcsetattr(slave_, TCSANOW, &mode), 0);
+  return mode;
+}
+
 termios PseudoTerminal::Mode() const {
   termios mode{};
   EXPECT_EQ(::tcgetattr(slave_, &mode), 0);

@@ -27,6 +27,9 @@ class PseudoTerminal {
   void SetColumns(unsigned short columns) const;
   // As a program that edits lines itself leaves it.
   void MakeRaw() const;
+  // So that whoever asks in lines has to change its mode first: without echo, and without a line's end for
+  // the return key. Ctrl+C still interrupts. The mode then.
+  termios MakeUnfit() const;
   [[nodiscard]] termios Mode() const;
   // Ends the terminal as a closed window does; nothing else may be done with it then.
   void HangUp();
