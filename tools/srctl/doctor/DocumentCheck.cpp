@@ -3,10 +3,10 @@
 #include "SRLib/SRXMLProvider.h"
 #include "libs/DomLib/DocumentBounds.h"
 #include "libs/Text/TextHelpers.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -102,8 +102,8 @@ const DocumentProblem* Result::End() const {
 
 Result Check(const std::string& document) {
   // The schemas are found from the current directory, which all threads have in common.
-  static std::mutex one;
-  const std::lock_guard lock(one);
+  static ThreadSafety::Mutex one;
+  const ThreadSafety::MutexLock lock(one);
   if (document.size() > DomLib::kMaximumDocumentBytes) {
     return Failed(Worded("it is larger than a document may be: {size} MiB",
                          {{"size", std::to_string(DomLib::kMaximumDocumentBytes >> 20)}}),

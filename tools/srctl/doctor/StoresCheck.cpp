@@ -1,6 +1,7 @@
 #include "doctor/StoresCheck.h"
 
 #include "doctor/HelpingThreads.h"
+#include "libs/ThreadSafety/ThreadSafety.h"
 
 #include <unistd.h>
 
@@ -8,7 +9,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <iostream>
-#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -54,7 +54,7 @@ class Look {
     for (std::size_t store = next_++; store < stores_.size(); store = next_++) {
       Findings findings;
       CheckStore(stores_[store], [&findings](const Finding& finding) { findings.push_back(finding); });
-      const std::lock_guard lock(mutex_);
+      const ThreadSafety::MutexLock lock(mutex_);
       findings_[store] = std::move(findings);
       ++done_;
       changed_.notify_one();
@@ -63,18 +63,18 @@ class Look {
 
   // The findings about the store, once they are there.
   [[nodiscard]] Findings Await(std::size_t store, const Progress& progress) {
-    std::unique_lock lock(mutex_);
-    for (; !findings_[store]; changed_.wait(lock)) progress.Show(done_);
+    const ThreadSafety::MutexLock lock(mutex_);
+    for (; !findings_[store]; changed_.wait(mutex_)) progress.Show(done_);
     return std::move(*findings_[store]);
   }
 
  private:
   const std::vector<Situation>& stores_;
   std::atomic<std::size_t> next_ = 0;
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::optional<Findings>> findings_;
-  std::size_t done_ = 0;
+  ThreadSafety::Mutex mutex_;
+  std::condition_variable_any changed_;
+  std::vector<std::optional<Findings>> findings_ SR_GUARDED_BY(mutex_);
+  std::size_t done_ SR_GUARDED_BY(mutex_) = 0;
 };
 
 void CheckSideBySide(const std::vector<Situation>& stores, const FindingReport& report,
