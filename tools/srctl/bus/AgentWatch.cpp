@@ -38,64 +38,54 @@ AgentEvent EventOf(Kind kind, const Dictionary& store) {
 }  // namespace
 
 AgentWatch::End AgentWatch::Run() {
-  bus_ = BusLoop::Make({SIGINT, SIGTERM}, problem_);
-  if (!bus_) return End::Unreachable;
+  const bool isOver = talk_.Run({SIGINT, SIGTERM}, "it cannot be watched", [this] { return Begin(); });
+  return isOver ? end_ : End::Unreachable;
+}
+
+Bus::Result<> AgentWatch::Begin() {
   Bus::Result<> result = AddMatches();
   if (result) result = StartAgent();
-  if (!result) {
-    problem_ = "it cannot be watched: " + result.Failure().text;
-    return End::Unreachable;
-  }
-  WatchOutput();
-  const Bus::Result<> run = bus_->Loop().Run();
-  if (run) return end_;
-  problem_ = "the connection to it broke: " + run.Failure().text;
-  return End::Unreachable;
+  if (result) WatchOutput();
+  return result;
 }
 
 Bus::Result<> AgentWatch::AddMatches() {
   using Bus::ServiceNames::NotificationMatch;
-  Bus::Result<> result = bus_->AddMatch(NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification),
+  Bus::Result<> result = talk_.AddMatch(NotificationMatch(Bus::ServiceNames::kStoresUpdatedNotification),
                                         [this](const Bus::Message& /*signal*/) {
                                           if (isWatching_) Tell({.kind = Kind::StoresUpdated});
                                         });
   if (result) {
-    result = bus_->AddMatch(NotificationMatch(Bus::ServiceNames::kLocationChangedNotification),
+    result = talk_.AddMatch(NotificationMatch(Bus::ServiceNames::kLocationChangedNotification),
                             [this](const Bus::Message& signal) { HandleLocationChanged(signal); });
   }
   if (result) {
-    result = bus_->AddMatch(std::string("type='signal',path='") + Bus::ServiceNames::kOpeningsPath +
+    result = talk_.AddMatch(std::string("type='signal',path='") + Bus::ServiceNames::kOpeningsPath +
                                 "',interface='" + Bus::ServiceNames::kOpeningsInterface + "',member='" +
                                 Bus::ServiceNames::kStoresChangedSignal + "'",
                             [this](const Bus::Message& signal) { HandleStoresChanged(signal); });
   }
   if (result) {
-    result = bus_->AddMatch(Bus::MatchOwnerOf(Bus::ServiceNames::kServiceRecords),
-                            [this](const Bus::Message& signal) { HandleOwner(signal); });
-  }
-  if (result) {
-    result = bus_->AddMatch(Bus::MatchLoss(), [this](const Bus::Message& /*signal*/) {
-      FinishUnreachable("the session bus is gone");
-    });
+    result = talk_.AddOwnerAndLoss([this](const Bus::Message& signal) { HandleOwner(signal); });
   }
   return result;
 }
 
 Bus::Result<> AgentWatch::StartAgent() {
-  return bus_->AddCall(
-      bus_->Bus().CallAsync(kAgent, {.timeOut = kAnswerTime}, "Ping",
+  return talk_.AddCall(
+      talk_.Bus().CallAsync(kAgent, {.timeOut = kAnswerTime}, "Ping",
                             [this](const Bus::Result<Bus::Message>& reply) { HandleStart(reply); }));
 }
 
 // A file cannot be watched, and need not be: nobody closes it at its other end.
 void AgentWatch::WatchOutput() {
   static_cast<void>(
-      Bus::Keep(output_, bus_->Loop().WatchClosed(STDOUT_FILENO, [this] { Finish(End::NobodyReads); })));
+      Bus::Keep(output_, talk_.Loop().WatchClosed(STDOUT_FILENO, [this] { Finish(End::NobodyReads); })));
 }
 
 void AgentWatch::AskForStores() {
   Bus::Result<Bus::Slot> question =
-      bus_->Bus().CallAsync(kStores, {.timeOut = kAnswerTime, .startsService = false}, "allStores",
+      talk_.Bus().CallAsync(kStores, {.timeOut = kAnswerTime, .startsService = false}, "allStores",
                             [this](const Bus::Result<Bus::Message>& reply) { HandleStores(reply); });
   if (question) Bus::LeaveToConnection(std::move(*question));
 }
@@ -106,7 +96,7 @@ void AgentWatch::AskForLocation(const std::string& storeURL) {
     HandleLocation(storeURL, reply);
   };
   Bus::Result<Bus::Slot> question =
-      bus_->Bus().CallAsync(kBeacons, {.timeOut = kAnswerTime, .startsService = false},
+      talk_.Bus().CallAsync(kBeacons, {.timeOut = kAnswerTime, .startsService = false},
                             "checkLocationForStore", handleReply, storeURL);
   if (question) Bus::LeaveToConnection(std::move(*question));
 }
@@ -117,16 +107,11 @@ void AgentWatch::Tell(const AgentEvent& event) {
 
 void AgentWatch::Finish(End end) {
   end_ = end;
-  bus_->Loop().End();
-}
-
-void AgentWatch::FinishUnreachable(const std::string& problem) {
-  problem_ = problem;
-  Finish(End::Unreachable);
+  talk_.Finish();
 }
 
 void AgentWatch::HandleStart(const Bus::Result<Bus::Message>& reply) {
-  if (!reply) return FinishUnreachable(reply.Failure().text);
+  if (!reply) return talk_.Fail(reply.Failure().text);
   isWatching_ = true;
   agent_ = reply->Sender();
   Tell({.kind = Kind::Watching});
@@ -134,9 +119,9 @@ void AgentWatch::HandleStart(const Bus::Result<Bus::Message>& reply) {
 }
 
 void AgentWatch::HandleStores(const Bus::Result<Bus::Message>& reply) {
-  if (!reply) return FinishUnreachable(reply.Failure().text);
+  if (!reply) return talk_.Fail(reply.Failure().text);
   const auto stores = reply->Read<std::vector<Dictionary>>();
-  if (!stores) return FinishUnreachable("its answer cannot be read: " + stores.Failure().text);
+  if (!stores) return talk_.Fail("its answer cannot be read: " + stores.Failure().text);
   for (const Dictionary& store : *stores) {
     const AgentEvent event = EventOf(Kind::Store, store);
     Tell(event);

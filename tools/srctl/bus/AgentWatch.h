@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bus/BusLoop.h"
+#include "bus/AgentTalk.h"
 
 #include <cstdint>
 #include <functional>
@@ -49,9 +49,10 @@ class AgentWatch {
   // Blocks SIGINT and SIGTERM in this thread, for good. Waits without a time.
   [[nodiscard]] End Run();
 
-  [[nodiscard]] const std::string& Problem() const { return problem_; }
+  [[nodiscard]] const std::string& Problem() const { return talk_.Problem(); }
 
  private:
+  [[nodiscard]] Bus::Result<> Begin();
   [[nodiscard]] Bus::Result<> AddMatches();
   [[nodiscard]] Bus::Result<> StartAgent();
   void WatchOutput();
@@ -59,7 +60,6 @@ class AgentWatch {
   void AskForLocation(const std::string& storeURL);
   void Tell(const AgentEvent& event);
   void Finish(End end);
-  void FinishUnreachable(const std::string& problem);
 
   void HandleStart(const Bus::Result<Bus::Message>& reply);
   void HandleStores(const Bus::Result<Bus::Message>& reply);
@@ -70,13 +70,12 @@ class AgentWatch {
 
   Beginning beginning_;
   Report report_;
-  std::string problem_;
   bool isWatching_ = false;  // what comes before belongs to the agent's start
   std::string agent_;        // its unique name; nothing while it is not on the bus
   std::map<std::string, std::optional<std::uint64_t>> locations_;  // told last, by the store's URL
   End end_ = End::Asked;
-  std::optional<BusLoop> bus_;
-  Bus::EventSource output_;  // declared last: it is the loop's
+  AgentTalk talk_;
+  Bus::EventSource output_;  // declared last: it is the talk's
 };
 
 }  // namespace Srctl

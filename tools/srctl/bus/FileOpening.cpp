@@ -47,36 +47,20 @@ bool ReadStores(const std::vector<Dictionary>& dictionaries, std::vector<OpenedS
 }  // namespace
 
 FileOpening::End FileOpening::Run(const std::string& absolutePath, int terminal) {
-  bus_ = BusLoop::Make({SIGINT}, problem_);
-  if (!bus_) return End::Unreachable;
-  Bus::Result<> result = AddMatches();
-  if (result) result = Ask(absolutePath, terminal);
-  if (!result) {
-    problem_ = "it could not be asked: " + result.Failure().text;
-    return End::Unreachable;
-  }
-  if (const Bus::Result<> run = bus_->Loop().Run(); !run) {
-    problem_ = "the connection to it broke: " + run.Failure().text;
-    return End::Unreachable;
-  }
-  return end_;
+  const bool isOver = talk_.Run({SIGINT}, "it could not be asked", [&] {
+    const Bus::Result<> result = AddMatches();
+    return result ? Ask(absolutePath, terminal) : result;
+  });
+  return isOver ? end_ : End::Unreachable;
 }
 
 Bus::Result<> FileOpening::AddMatches() {
   const std::string finished = std::string("type='signal',path='") + Names::kOpeningsPath + "',interface='" +
                                Names::kOpeningsInterface + "',member='" + Names::kFinishedSignal + "'";
   Bus::Result<> result =
-      bus_->AddMatch(finished, [this](const Bus::Message& signal) { HandleFinished(signal); });
-  if (result) {
-    result = bus_->AddMatch(Bus::MatchOwnerOf(Names::kServiceRecords),
-                            [this](const Bus::Message& signal) { HandleOwner(signal); });
-  }
-  if (result) {
-    result = bus_->AddMatch(Bus::MatchLoss(), [this](const Bus::Message& /*signal*/) {
-      FinishUnreachable("the session bus is gone");
-    });
-  }
-  return result;
+      talk_.AddMatch(finished, [this](const Bus::Message& signal) { HandleFinished(signal); });
+  if (!result) return result;
+  return talk_.AddOwnerAndLoss([this](const Bus::Message& signal) { HandleOwner(signal); });
 }
 
 Bus::Result<> FileOpening::Ask(const std::string& absolutePath, int terminal) {
@@ -85,26 +69,21 @@ Bus::Result<> FileOpening::Ask(const std::string& absolutePath, int terminal) {
   options.emplace("desktop", Display::ByName(Display::OfThisProcess()));
   if (terminal >= 0)
     options.emplace("terminal", Files::FileDescriptor(::fcntl(terminal, F_DUPFD_CLOEXEC, 0)));
-  return bus_->AddCall(bus_->Bus().CallAsync(
+  return talk_.AddCall(talk_.Bus().CallAsync(
       kOpenings, {.timeOut = kAnswerTime}, "Open",
       [this](const Bus::Result<Bus::Message>& reply) { HandleReply(reply); }, absolutePath, options));
 }
 
 void FileOpening::Finish(End end) {
   end_ = end;
-  bus_->Loop().End();
-}
-
-void FileOpening::FinishUnreachable(const std::string& problem) {
-  problem_ = problem;
-  Finish(End::Unreachable);
+  talk_.Finish();
 }
 
 void FileOpening::HandleReply(const Bus::Result<Bus::Message>& reply) {
   if (!reply && reply.Failure().IsOfLimits()) return Finish(End::TooMany);
-  if (!reply) return FinishUnreachable(reply.Failure().text);
+  if (!reply) return talk_.Fail(reply.Failure().text);
   const auto id = reply->Read<std::uint64_t>();
-  if (!id) return FinishUnreachable("its answer cannot be read: " + id.Failure().text);
+  if (!id) return talk_.Fail("its answer cannot be read: " + id.Failure().text);
   agent_ = reply->Sender();
   id_ = *id;
 }
@@ -113,7 +92,7 @@ void FileOpening::HandleFinished(const Bus::Message& signal) {
   const auto finished = signal.Read<std::uint64_t, std::string, std::vector<Dictionary>>();
   if (!id_ || signal.Sender() != agent_) return;
   if (!finished || !ReadStores(std::get<2>(*finished), stores_, reason_)) {
-    return FinishUnreachable("what it tells of the file cannot be read");
+    return talk_.Fail("what it tells of the file cannot be read");
   }
   if (std::get<0>(*finished) != *id_) return;
   outcome_ = std::get<1>(*finished);

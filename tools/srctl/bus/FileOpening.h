@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bus/BusLoop.h"
+#include "bus/AgentTalk.h"
 
 #include <cstdint>
 #include <optional>
@@ -42,13 +42,12 @@ class FileOpening {
   [[nodiscard]] const std::vector<OpenedStore>& Stores() const { return stores_; }
   // Where there are no stores: a sentence; may be empty.
   [[nodiscard]] const std::string& Reason() const { return reason_; }
-  [[nodiscard]] const std::string& Problem() const { return problem_; }
+  [[nodiscard]] const std::string& Problem() const { return talk_.Problem(); }
 
  private:
   [[nodiscard]] Bus::Result<> AddMatches();
   [[nodiscard]] Bus::Result<> Ask(const std::string& absolutePath, int terminal);
   void Finish(End end);
-  void FinishUnreachable(const std::string& problem);
 
   void HandleReply(const Bus::Result<Bus::Message>& reply);
   void HandleFinished(const Bus::Message& signal);
@@ -59,9 +58,8 @@ class FileOpening {
   std::string outcome_;
   std::vector<OpenedStore> stores_;
   std::string reason_;
-  std::string problem_;
   End end_ = End::Withdrawn;
-  std::optional<BusLoop> bus_;
+  AgentTalk talk_;
 };
 
 }  // namespace Srctl
