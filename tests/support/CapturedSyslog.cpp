@@ -4,18 +4,20 @@
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 
 namespace {
 
-std::mutex g_syslogMutex;
-std::vector<std::string> g_syslogLines;
+// The lines of the object that there is; guarded by the mutex, as they are.
+std::mutex g_mutex;
+std::vector<std::string>* g_lines = nullptr;
 
 __attribute__((format(printf, 1, 0))) void Keep(const char* format, va_list arguments) {
   std::array<char, 4096> line{};
   std::vsnprintf(line.data(), line.size(), format, arguments);
-  const std::lock_guard lock(g_syslogMutex);
-  g_syslogLines.emplace_back(line.data());
+  const std::lock_guard lock(g_mutex);
+  if (g_lines != nullptr) g_lines->emplace_back(line.data());
 }
 
 }  // namespace
@@ -38,11 +40,22 @@ EXPORTED __attribute__((format(printf, 3, 4))) void __syslog_chk(int /*priority*
   va_end(arguments);
 }
 
-namespace CapturedSyslog {
+namespace TestSupport {
 
-std::vector<std::string> TakeLines() {
-  const std::lock_guard lock(g_syslogMutex);
-  return std::exchange(g_syslogLines, {});
+CapturedSyslog::CapturedSyslog() {
+  const std::lock_guard lock(g_mutex);
+  if (g_lines != nullptr) throw std::logic_error("the system log is captured already");
+  g_lines = &lines_;
 }
 
-}  // namespace CapturedSyslog
+CapturedSyslog::~CapturedSyslog() {
+  const std::lock_guard lock(g_mutex);
+  g_lines = nullptr;
+}
+
+std::vector<std::string> CapturedSyslog::TakeLines() {
+  const std::lock_guard lock(g_mutex);
+  return std::exchange(lines_, {});
+}
+
+}  // namespace TestSupport

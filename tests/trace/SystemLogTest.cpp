@@ -44,16 +44,18 @@ class SystemLogTest : public testing::Test {
     ::fstat(STDERR_FILENO, &status);
     return std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
   }
+
+  TestSupport::CapturedSyslog syslog_;
 };
 
 TEST_F(SystemLogTest, ALineGoesToStandardErrorToo) {
   EXPECT_TRUE(GoesToStandardErrorToo(std::nullopt));
-  EXPECT_THAT(CapturedSyslog::TakeLines(), ElementsAre("a line"));
+  EXPECT_THAT(syslog_.TakeLines(), ElementsAre("a line"));
 }
 
 TEST_F(SystemLogTest, AJournalDoesNotGetALineTwice) {
   EXPECT_FALSE(GoesToStandardErrorToo(StandardError()));
-  EXPECT_THAT(CapturedSyslog::TakeLines(), ElementsAre("a line"));
+  EXPECT_THAT(syslog_.TakeLines(), ElementsAre("a line"));
 }
 
 TEST_F(SystemLogTest, AJournalThatIsNotStandardErrorIsNoReasonToKeepALineBack) {
@@ -67,7 +69,7 @@ TEST_F(SystemLogTest, AJournalGetsALineWhereThereIsNoOtherLog) {
 
 TEST_F(SystemLogTest, ALineHoldsNoLineBreakOfOthers) {
   trace::SystemLog::Error("one\ntwo");
-  EXPECT_THAT(CapturedSyslog::TakeLines(), ElementsAre("one two"));
+  EXPECT_THAT(syslog_.TakeLines(), ElementsAre("one two"));
 }
 
 }  // namespace

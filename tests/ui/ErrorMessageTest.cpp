@@ -57,7 +57,6 @@ class ErrorMessageTest : public DialogModuleTest {
                                const std::function<void()>& end) {
     MakeEventPipe();
     module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; read -r never");
-    static_cast<void>(CapturedSyslog::TakeLines());
     const auto shown = std::async(std::launch::async, [&] { ShowErrorOn(terminal, withdrawal); });
     const pid_t id = std::stoi(NextEvent());
 
@@ -65,25 +64,25 @@ class ErrorMessageTest : public DialogModuleTest {
 
     shown.wait();
     EXPECT_TRUE(IsGone(id));
-    EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty()) << "nobody wants to know any more";
+    EXPECT_THAT(syslog_.TakeLines(), IsEmpty()) << "nobody wants to know any more";
   }
 
   // Nothing tells when the place of a closed box is free again. A message that got none is in the log.
-  [[nodiscard]] bool ShowsErrorBoxSoon() const {
+  [[nodiscard]] bool ShowsErrorBoxSoon() {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < deadline) {
       module_.EntryPoints().errorMessage(kDetails);
-      if (CapturedSyslog::TakeLines().empty()) return true;
+      if (syslog_.TakeLines().empty()) return true;
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return false;
   }
 
   // Nothing tells when another thread has written a line.
-  static std::string NextLogLine() {
+  std::string NextLogLine() {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < deadline) {
-      if (const std::vector<std::string> lines = CapturedSyslog::TakeLines(); !lines.empty()) return lines[0];
+      if (const std::vector<std::string> lines = syslog_.TakeLines(); !lines.empty()) return lines[0];
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return {};
@@ -97,6 +96,8 @@ class ErrorMessageTest : public DialogModuleTest {
     }
     return IsGone(id);
   }
+
+  TestSupport::CapturedSyslog syslog_;
 };
 
 TEST_F(ErrorMessageTest, AnErrorBoxStaysOpenAfterTheCallAndClosesOnTermination) {
@@ -130,7 +131,6 @@ TEST_F(ErrorMessageTest, FourErrorBoxesAreOpenAtATimeAndTheRestIsLogged) {
   const char* const details =
       "<plist version=\"1.0\"><dict><key>ErrorTitle</key><string>Bad\tfile</string>"
       "<key>ErrorMessage</key><string>The first line\nand the &lt;second&gt;</string></dict></plist>";
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   for (int i = 0; i < 300; ++i) module_.EntryPoints().errorMessage(details);
 
@@ -139,7 +139,7 @@ TEST_F(ErrorMessageTest, FourErrorBoxesAreOpenAtATimeAndTheRestIsLogged) {
   EXPECT_EQ(boxes.size(), 4U);
   EXPECT_EQ(boxes.count(0), 0U);
   EXPECT_FALSE(HasEvent());
-  EXPECT_THAT(CapturedSyslog::TakeLines(),
+  EXPECT_THAT(syslog_.TakeLines(),
               AllOf(SizeIs(296), Each("Too many error messages are open for this one: Bad\xEF\xBF\xBD"
                                       "file: The first line and the <second>")));
 }
@@ -147,7 +147,6 @@ TEST_F(ErrorMessageTest, FourErrorBoxesAreOpenAtATimeAndTheRestIsLogged) {
 TEST_F(ErrorMessageTest, AnErrorBoxThatIsClosedMakesPlaceForAnother) {
   MakeEventPipe();
   module_.Bundle().ScriptDialogProgram("readRequest; echo accepted; echo $$ >event; read -r never");
-  static_cast<void>(CapturedSyslog::TakeLines());
   for (int i = 0; i < 3; ++i) module_.EntryPoints().errorMessage(kDetails);
   for (int i = 0; i < 3; ++i) static_cast<void>(NextEvent());
 
@@ -161,7 +160,6 @@ TEST_F(ErrorMessageTest, AnErrorBoxThatIsClosedMakesPlaceForAnother) {
 }
 
 TEST_F(ErrorMessageTest, ErrorBoxesThatCannotBeStartedTakeNoPlace) {
-  static_cast<void>(CapturedSyslog::TakeLines());
   for (int i = 0; i < 8; ++i) {
     module_.EntryPoints().errorMessage(kMessage);
     EXPECT_THAT(NextLogLine(), StartsWith("This error message could not be shown"));
@@ -172,12 +170,11 @@ TEST_F(ErrorMessageTest, ErrorBoxesThatCannotBeStartedTakeNoPlace) {
   for (int i = 0; i < 4; ++i) module_.EntryPoints().errorMessage(kDetails);
 
   for (int i = 0; i < 4; ++i) ASSERT_NE(NextEvent(), "");
-  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+  EXPECT_THAT(syslog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(ErrorMessageTest, AnErrorMessageWithoutADisplayIsLogged) {
   module_.Bundle().ScriptDialogProgram("readRequest; echo no display");
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   module_.EntryPoints().errorMessage(kMessage);
 
@@ -186,7 +183,6 @@ TEST_F(ErrorMessageTest, AnErrorMessageWithoutADisplayIsLogged) {
 
 TEST_F(ErrorMessageTest, WhatIsLoggedSaysWhyAndWhatItIsAbout) {
   module_.Bundle().ScriptDialogProgram("readRequest; echo no display");
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   module_.EntryPoints().errorMessage(
       "<plist version=\"1.0\"><dict><key>ErrorTitle</key><string>Not verified</string>"
@@ -202,28 +198,24 @@ TEST_F(ErrorMessageTest, WhatIsLoggedSaysWhyAndWhatItIsAbout) {
 }
 
 TEST_F(ErrorMessageTest, OnTerminationThereIsNoErrorMessageAnyMore) {
-  static_cast<void>(CapturedSyslog::TakeLines());
   module_.RequestTermination();
 
   module_.EntryPoints().errorMessage(kMessage);
 
-  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+  EXPECT_THAT(syslog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(ErrorMessageTest, AnErrorMessageThatWasShownIsNotLogged) {
   MakeEventPipe();
   module_.Bundle().ScriptDialogProgram("readRequest; echo $$ >event; echo accepted");
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   module_.EntryPoints().errorMessage(kMessage);
 
   EXPECT_TRUE(IsGoneSoon(std::stoi(NextEvent())));
-  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+  EXPECT_THAT(syslog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(ErrorMessageTest, AnErrorBoxThatCannotBeStartedLeavesNoProcessBehindAndIsLogged) {
-  static_cast<void>(CapturedSyslog::TakeLines());
-
   module_.EntryPoints().errorMessage(nullptr);
   module_.EntryPoints().errorMessage(kMessage);
 
@@ -261,7 +253,6 @@ TEST_F(ErrorMessageTest, AnErrorMessageThatComesAsTheBoxClosesIsShownInAnother) 
   MakeEventPipe();
   module_.Bundle().ScriptDialogProgram(
       "readRequest; echo \"$$ $(cat details)\" >event; echo accepted; read -r next");
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   ShowError(7, "one");
   const std::string first = NextEvent();
@@ -270,7 +261,7 @@ TEST_F(ErrorMessageTest, AnErrorMessageThatComesAsTheBoxClosesIsShownInAnother) 
 
   EXPECT_THAT(first, HasSubstr("one"));
   EXPECT_THAT(second, AllOf(HasSubstr("two"), Not(StartsWith(first.substr(0, first.find(' ') + 1)))));
-  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+  EXPECT_THAT(syslog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(ErrorMessageTest, ABoxThatWasClosedIsOpenedAgainForTheNextMessageOfItsOpening) {
@@ -286,12 +277,11 @@ TEST_F(ErrorMessageTest, ABoxThatWasClosedIsOpenedAgainForTheNextMessageOfItsOpe
 TEST_F(ErrorMessageTest, OneOpeningHasAtMost32ErrorMessages) {
   MakeEventPipe();
   module_.Bundle().ScriptDialogProgram(kShowsMessages);
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   for (int i = 0; i < 35; ++i) ShowError(7, "text");
 
   for (int i = 0; i < 32; ++i) EXPECT_NE(NextEvent(), "");
-  EXPECT_THAT(CapturedSyslog::TakeLines(),
+  EXPECT_THAT(syslog_.TakeLines(),
               AllOf(SizeIs(3), Each("Too many error messages are open for this one: : text")));
   EXPECT_FALSE(HasEvent());
 }
@@ -300,23 +290,21 @@ TEST_F(ErrorMessageTest, AnErrorMessageStandsOnTheTerminalThatIsGivenOnceTheCall
   const PseudoTerminal terminal;
   module_.Bundle().ScriptDialogProgram(
       "readRequest; echo $$ >id; readlink /proc/$$/fd/3 >shown; echo accepted; read -r never");
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   ShowErrorOn(terminal);
 
   EXPECT_EQ(ContentOf(module_.Bundle().File("shown")), terminal.Path() + "\n");
   EXPECT_TRUE(IsGone(std::stoi(ContentOf(module_.Bundle().File("id")))));
-  EXPECT_THAT(CapturedSyslog::TakeLines(), IsEmpty());
+  EXPECT_THAT(syslog_.TakeLines(), IsEmpty());
 }
 
 TEST_F(ErrorMessageTest, AnErrorMessageThatTheGivenTerminalCannotShowIsLogged) {
   const PseudoTerminal terminal;
   module_.Bundle().ScriptDialogProgram("readRequest; echo no display");
-  static_cast<void>(CapturedSyslog::TakeLines());
 
   ShowErrorOn(terminal);
 
-  EXPECT_THAT(CapturedSyslog::TakeLines(),
+  EXPECT_THAT(syslog_.TakeLines(),
               ElementsAre("This error message could not be shown: Bad file: It cannot be read."));
 }
 
