@@ -8,7 +8,8 @@
 namespace Bench {
 
 // A program on the bus that calls one interface of one service and waits for each reply. Throws
-// std::system_error. One thread.
+// std::system_error. One thread. It does without our wrapper (libs/Bus), so that only the agent's use of that
+// is measured.
 class Caller {
  public:
   struct Target {

@@ -23,6 +23,7 @@ struct BusError : std::runtime_error {
 
 // Another program on the bus: calls methods, owns names, sees notifications. Values cross as JSON:
 // dictionaries are objects, arrays arrays, numbers numbers. Everything throws on failure. One thread.
+// It does without our wrapper (libs/Bus), which it checks from outside.
 class BusClient {
  public:
   explicit BusClient(const std::string& address);

@@ -14,6 +14,8 @@ namespace TestSupport {
 
 // A system bus of its own with a network manager on it, which has two active connections: an Ethernet one on
 // eth0, and one on `link` or with `address`. From its making on, the test program's system bus is this one.
+// It does without our wrapper (libs/Bus), which can neither answer nothing nor send all types that a network
+// manager sends.
 class FakeNetworkManager {
  public:
   struct Connection {
