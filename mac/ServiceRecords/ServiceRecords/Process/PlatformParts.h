@@ -7,8 +7,8 @@
 
 namespace Agent {
 
-// What this platform gives the provider: everything but the notifications, which the last step of the start
-// gives. The request and validation factories must be registered.
+// What this platform gives the provider. The start adds how changes are announced, and as its last step the
+// notifications. The request and validation factories must be registered.
 [[nodiscard]] ServiceRecords::ProviderParts PlatformParts();
 
 // A sentence for people: why a document's file could not be read.
