@@ -2,8 +2,8 @@
 
 #include "libs/PropertyList/PropertyList.h"
 #include "libs/ThreadSafety/ThreadSafety.h"
+#include "libs/Wayfinder/LocationDecision.h"
 #include "libs/Wayfinder/LocationLoop.h"
-#include "libs/Wayfinder/NetworkLocation.h"
 
 #include <chrono>
 #include <cstdint>

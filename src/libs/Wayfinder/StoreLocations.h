@@ -1,7 +1,8 @@
 #pragma once
 
+#include "libs/NetworkLocation/NetworkLocation.h"
 #include "libs/ThreadSafety/ThreadSafety.h"
-#include "libs/Wayfinder/NetworkLocation.h"
+#include "libs/Wayfinder/LocationDecision.h"
 #include "libs/Wayfinder/StoreBeacons.h"
 
 #include <chrono>

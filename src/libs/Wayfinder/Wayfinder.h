@@ -1,7 +1,8 @@
 #pragma once
 
+#include "libs/NetworkLocation/NetworkLocation.h"
 #include "libs/PropertyList/PropertyList.h"
-#include "libs/Wayfinder/NetworkLocation.h"
+#include "libs/Wayfinder/LocationDecision.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,6 +1,8 @@
 #pragma once
 
-#include <cstdint>
+#include "Model/Store.h"
+
+#include <optional>
 
 // Where this machine stands relative to a store, for people.
 namespace Stores::LocationWords {
@@ -10,6 +12,7 @@ struct Words {
   const char* icon;      // its name in the icon theme
 };
 
-[[nodiscard]] Words Of(std::uint64_t location);
+// Of one that is not known yet, too.
+[[nodiscard]] Words Of(const std::optional<Location>& location);
 
 }  // namespace Stores::LocationWords

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libs/NetworkLocation/NetworkLocation.h"
 #include "libs/Wording/Message.h"
 
 #include <cstdint>
@@ -29,7 +30,7 @@ struct Store {
 
 // Where this machine stands relative to a store.
 struct Location {
-  std::uint64_t number = 0;
+  std::uint64_t number = Wayfinding::kDeciding;
   Wording::Message reason;  // empty while it is being decided
 
   bool operator==(const Location&) const = default;

@@ -65,7 +65,7 @@ void StoreDetails::Begin() {
 
 void StoreDetails::ShowLocation() {
   const auto& location = LocationOf(item_.get());
-  const LocationWords::Words words = LocationWords::Of(location ? location->number : 0);
+  const LocationWords::Words words = LocationWords::Of(location);
   Rows::SetTexts(interface_.Get<AdwActionRow>("location"), words.sentence,
                  location ? ShownMessage(location->reason) : std::string());
   gtk_image_set_from_icon_name(interface_.Get<GtkImage>("locationIcon"), words.icon);

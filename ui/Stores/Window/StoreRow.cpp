@@ -43,7 +43,7 @@ class Row {
     const std::string name = ShownText::Name(store.name);
     const std::string host = ShownText::ServerOf(store.url);
     const auto& location = LocationOf(item_.get());
-    const LocationWords::Words words = LocationWords::Of(location ? location->number : 0);
+    const LocationWords::Words words = LocationWords::Of(location);
     gtk_label_set_text(interface_.Get<GtkLabel>("name"), name.c_str());
     gtk_widget_set_tooltip_text(interface_.Get("name"), name.c_str());
     gtk_label_set_text(interface_.Get<GtkLabel>("host"), host.c_str());

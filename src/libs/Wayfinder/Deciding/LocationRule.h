@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/Wayfinder/NetworkLocation.h"
+#include "libs/Wayfinder/LocationDecision.h"
 
 #include <functional>
 #include <optional>
