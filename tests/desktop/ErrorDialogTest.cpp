@@ -19,6 +19,17 @@ class ErrorDialog : public VirtualDesktopTest {
     Reader().WaitFor(Role::Dialog, kTitle);
   }
 
+  // Begins to open a file with "One" and "Two", which nobody reaches, and "Three", whose server has no
+  // document. Whether "Three" is trusted is asked meanwhile.
+  void BeginToOpenThree() {
+    StartAgent();
+    StoreText unconfirmed = Store("s3", "Three");
+    const std::string file =
+        OpenableFile("three.cr", {Unreachable("s1", "One"), Unreachable("s2", "Two"), unconfirmed});
+    Serve(unconfirmed, "no discovery document");
+    BeginToOpen(file);
+  }
+
   [[nodiscard]] StoreText Unreachable(const std::string& id, const std::string& name) const {
     StoreText store = Store(id, name);
     store.url = "https://localhost:1/" + id + "/discovery";
@@ -37,12 +48,7 @@ TEST_F(ErrorDialog, ShowsAllErrorsOfAnOpeningInOneWindow) {
 }
 
 TEST_F(ErrorDialog, NamesTheStoreOfEachErrorAndSaysWhichOneIsInTheListAllTheSame) {
-  StartAgent();
-  StoreText unconfirmed = Store("s3", "Three");
-  const std::string file =
-      OpenableFile("three.cr", {Unreachable("s1", "One"), Unreachable("s2", "Two"), unconfirmed});
-  Serve(unconfirmed, "no discovery document");
-  BeginToOpen(file);
+  BeginToOpenThree();
   Press("Add store");
   AwaitHandled();
   Reader().WaitFor(Role::Label, "The store is in your list all the same.");
@@ -54,6 +60,16 @@ TEST_F(ErrorDialog, SaysThatTheDetailsWereCopied) {
   OpenInVain({Unreachable("s1", "One")});
   Press("Copy details");
   Reader().WaitFor(Role::PushButton, "Copied");
+}
+
+TEST_F(ErrorDialog, OffersToCopyTheDetailsAgainWhenAFurtherErrorHasCome) {
+  BeginToOpenThree();
+  for (const char* const store : {"One", "Two"}) Reader().WaitFor(Role::Label, store);
+  Press("Copy details");
+  Reader().WaitFor(Role::PushButton, "Copied");
+  Press("Add store");
+  AwaitHandled();
+  Reader().WaitFor(Role::PushButton, "Copy details");
 }
 
 TEST_F(ErrorDialog, HasTheFocusOnCloseAndGoesByTheEnterKey) {

@@ -50,6 +50,8 @@ void Tell(const DialogRequest& request, Conversation& conversation) {
   conversation.Reply(Reply::Accepted);
   conversation.Watch(
       [&window, &conversation](const DialogRequest& further) {
+        // What is left unanswered is shown in another window.
+        if (window.IsClosed()) return;
         if (further.dialog != DialogWire::kErrorMessage) return conversation.Reply(Reply::UnknownRequest);
         window.Add(further.details);
         conversation.Reply(Reply::Accepted);

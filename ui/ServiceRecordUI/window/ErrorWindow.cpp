@@ -17,6 +17,7 @@ using namespace Windows;
 namespace {
 
 constexpr int kBetweenLines = 12;
+constexpr unsigned kLongestHandOverMilliseconds = 3000;
 
 using Action = std::function<void()>;
 
@@ -46,20 +47,23 @@ void Finish(GObject* clipboard, GAsyncResult* result, gpointer data) {
   (*onDone)();
 }
 
-// What a program has copied goes with it, unless the desktop takes it over first.
+// What a program has copied goes with it, unless the desktop takes it over first. One that hangs does not
+// keep the program.
 void HandOverClipboard(GtkWidget* window, Action onDone) {
+  Signals::After(kLongestHandOverMilliseconds, onDone);
   gdk_clipboard_store_async(gtk_widget_get_clipboard(window), G_PRIORITY_DEFAULT, nullptr, Finish,
                             std::make_unique<Action>(std::move(onDone)).release());
 }
 
 }  // namespace
 
-ErrorWindow::ErrorWindow(const PropertyList::Dictionary& details, std::function<void()> onClosed)
-    : DialogWindow("/com/morvane/ServiceRecords/dialogs/error.ui", [this, onClosed = std::move(onClosed)] {
+ErrorWindow::ErrorWindow(const PropertyList::Dictionary& details, std::function<void()> onOver)
+    : DialogWindow("/com/morvane/ServiceRecords/dialogs/error.ui", [this, onOver = std::move(onOver)] {
+        if (std::exchange(isClosed_, true)) return;
         gtk_widget_set_visible(Get("window"), FALSE);
-        HandOverClipboard(Get("window"), onClosed);
+        HandOverClipboard(Get("window"), onOver);
       }) {
-  for (const char* const button : {"copy", "close"}) Widgets::NameByLabel(Get(button));
+  Widgets::NameByLabel(Get("close"));
   Signals::Connect(Get("close"), "clicked", [this] { Close(); });
   Signals::Connect(Get("copy"), "clicked", [this] { Copy(); });
   const std::string file = ErrorText::Of(details).file;
@@ -75,12 +79,17 @@ void ErrorWindow::Add(const PropertyList::Dictionary& details) {
   gtk_box_append(Get<GtkBox>("messages"), MakeMessage(text));
   if (!copied_.empty()) copied_ += '\n';
   copied_ += text.ForCopying();
+  LabelCopy(Translated("C_opy details"));
   FitHeight();
 }
 
 void ErrorWindow::Copy() {
   gdk_clipboard_set_text(gtk_widget_get_clipboard(Get("window")), copied_.c_str());
-  gtk_label_set_text(Get<GtkLabel>("copyLabel"), Translated("Copied"));
+  LabelCopy(Translated("C_opied"));
+}
+
+void ErrorWindow::LabelCopy(const char* text) const {
+  gtk_label_set_label(Get<GtkLabel>("copyLabel"), text);
   Widgets::NameByLabel(Get("copy"));
 }
 
