@@ -83,6 +83,7 @@ void CheckStores(AgentClient& agent, const std::vector<StoreInfo>& stores, const
   }
   const LocationAnswers locations(agent, stores);
   std::vector<StoreChecks::Situation> situations;
+  situations.reserve(stores.size());
   for (const StoreInfo& store : stores) situations.push_back({store, locations.Of(situations.size())});
   StoreChecks::CheckStores(situations, report);
   if (!situations.back().location.get()) report(Unanswered(agent.Problem()));
