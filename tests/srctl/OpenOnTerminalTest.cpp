@@ -1,5 +1,6 @@
 #include "srctl/SrctlTest.h"
 #include "srctl/StandInAgent.h"
+#include "support/LoopbackListener.h"
 #include "support/PseudoTerminal.h"
 #include "support/TestFiles.h"
 #include "support/VirtualScreen.h"
@@ -55,6 +56,16 @@ TEST_F(SrctlOnTerminal, AsksThereWhereTheDesktopThatIsNamedHasEnded) {
     terminal_.Type("no\n");
     EXPECT_EQ(srctl.Wait(), 4);
   }
+}
+
+TEST_F(SrctlOnTerminal, AsksThereWhereTheDesktopThatIsNamedTakesConnectionsAndSaysNothing) {
+  constexpr int kPortOfFirstDisplay = 6000;
+  const TestSupport::LoopbackListener silent;
+  const std::string display = "127.0.0.1:" + std::to_string(silent.port - kPortOfFirstDisplay);
+  ChildProcess srctl = LogOn("DISPLAY=" + display + " exec \"$0\" open \"$1\"");
+  static_cast<void>(terminal_.ReadUntil(kQuestion));
+  terminal_.Type("no\n");
+  EXPECT_EQ(srctl.Wait(), 4);
 }
 
 TEST_F(SrctlOnTerminal, AsksInAWindowOfADesktopThatShowsThem) {
