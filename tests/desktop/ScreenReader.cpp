@@ -1,12 +1,20 @@
 #include "desktop/ScreenReader.h"
 
-#include "support/BusConnection.h"
-
 #include <chrono>
-#include <cstdarg>
 #include <optional>
 #include <stdexcept>
-#include <string_view>
+#include <tuple>
+
+// Values that come together ("(...)").
+template <class... Types>
+struct Bus::Codec<std::tuple<Types...>> {
+  static std::string Signature() { return "(" + SignatureOf<Types...>() + ")"; }
+  [[nodiscard]] static int Read(sd_bus_message* message, std::tuple<Types...>& values) {
+    int result = Container::Enter(message, 'r', SignatureOf<Types...>());
+    if (result >= 0) result = ReadAll(message, values);
+    return result < 0 ? result : Container::Exit(message);
+  }
+};
 
 namespace TestSupport {
 
@@ -17,47 +25,25 @@ using Clock = std::chrono::steady_clock;
 constexpr char kAccessible[] = "org.a11y.atspi.Accessible";
 constexpr char kRoot[] = "/org/a11y/atspi/accessible/root";
 constexpr std::chrono::seconds kWaitLimit{20};
-constexpr std::uint64_t kCallLimit = 20'000'000;  // microseconds
 // Not every change of a window is announced.
-constexpr std::uint64_t kLookAgain = 50'000;  // microseconds
+constexpr std::chrono::milliseconds kLookAgain{50};
+
+template <class Value>
+Value Had(Bus::Result<Value> result, const std::string& what) {
+  if (!result) throw std::runtime_error(what + ": " + result.Failure().text);
+  return std::move(*result);
+}
 
 std::string AddressOfAccessibilityBus(const std::string& sessionBus) {
-  const Bus::BusPtr session = ConnectToBus(sessionBus);
-  sd_bus_message* reply = nullptr;
-  CheckBus(sd_bus_call_method(session.get(), "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress",
-                              nullptr, &reply, ""),
-           "the accessibility bus");
-  const Bus::BusMessagePtr owned(reply);
-  const char* address = nullptr;
-  CheckBus(sd_bus_message_read(reply, "s", &address), "its address");
-  return address;
+  constexpr Bus::Service kBus{"org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus"};
+  Bus::Connection session = Had(Bus::Connection::To(sessionBus), "the session bus");
+  return Had(session.Call<std::string>(kBus, {}, "GetAddress"), "the accessibility bus");
 }
 
-void SkipToText(sd_bus_message* properties, Control& control) {
-  const char* property = nullptr;
-  if (sd_bus_message_read(properties, "s", &property) < 0) return;
-  const std::string_view name = property;
-  const char* text = nullptr;
-  if (name != "Name" && name != "Description") {
-    sd_bus_message_skip(properties, "v");
-  } else if (sd_bus_message_read(properties, "v", "s", &text) >= 0) {
-    (name == "Name" ? control.name : control.description) = text;
-  }
-}
-
-void ReadTexts(sd_bus_message* properties, Control& control) {
-  if (sd_bus_message_enter_container(properties, 'a', "{sv}") < 0) return;
-  while (sd_bus_message_enter_container(properties, 'e', "sv") > 0) {
-    SkipToText(properties, control);
-    sd_bus_message_exit_container(properties);
-  }
-}
-
-std::uint64_t ReadStates(sd_bus_message* reply) {
-  std::uint32_t low = 0;
-  std::uint32_t high = 0;
-  CheckBus(sd_bus_message_read(reply, "au", 2, &low, &high), "states");
-  return low | std::uint64_t{high} << 32U;
+std::string TextIn(const PropertyList::Dictionary& properties, const char* name) {
+  const PropertyList::Value* const value = properties.Find(name);
+  const auto* const text = value != nullptr ? value->As<std::string>() : nullptr;
+  return text != nullptr ? *text : std::string();
 }
 
 std::optional<Control> Found(const std::vector<Control>& controls, Role role, const std::string& name) {
@@ -70,81 +56,61 @@ std::optional<Control> Found(const std::vector<Control>& controls, Role role, co
 }  // namespace
 
 ScreenReader::ScreenReader(const std::string& sessionBus)
-    : bus_(ConnectToBus(AddressOfAccessibilityBus(sessionBus))) {
-  CheckBus(sd_bus_add_match(bus_.get(), nullptr,
-                            "type='signal',interface='org.a11y.atspi.Event.Object',member='StateChanged'",
-                            NoteChange, this),
-           "watching states");
+    : bus_(Had(Bus::Connection::To(AddressOfAccessibilityBus(sessionBus)), "the accessibility bus")),
+      changes_(Had(bus_.Match("type='signal',interface='org.a11y.atspi.Event.Object',member='StateChanged'",
+                              [this](const Bus::Message& signal) { NoteChange(signal); }),
+                   "watching states")) {
   // Programs tell only what somebody has registered for.
   const Place registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/registry"};
-  if (!Call(registry, "org.a11y.atspi.Registry", "RegisterEvent", "sass", "object:state-changed", 0, "")) {
-    throw std::runtime_error("the accessibility registry does not answer");
-  }
+  Had(Call<>(registry, "org.a11y.atspi.Registry", "RegisterEvent", std::string("object:state-changed"),
+             std::vector<std::string>(), std::string()),
+      "the accessibility registry");
 }
 
-int ScreenReader::NoteChange(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) {
-  const char* state = nullptr;
-  std::int32_t isSet = 0;
-  if (sd_bus_message_read(signal, "si", &state, &isSet) >= 0 && state == std::string_view("sensitive") &&
-      isSet != 0) {
-    static_cast<ScreenReader*>(self)->becameSensitive_.emplace(sd_bus_message_get_sender(signal),
-                                                               sd_bus_message_get_path(signal));
-  }
-  return 0;
+void ScreenReader::NoteChange(const Bus::Message& signal) {
+  const auto change = signal.Read<std::string, std::int32_t>();
+  if (!change || std::get<0>(*change) != "sensitive" || std::get<1>(*change) == 0) return;
+  becameSensitive_.emplace(signal.Sender(), sd_bus_message_get_path(signal.Get()));
 }
 
-// Nothing when the control is gone.
-Bus::BusMessagePtr ScreenReader::Call(const Place& place, const char* interface, const char* method,
-                                      const char* types, ...) {
-  sd_bus_message* message = nullptr;
-  CheckBus(sd_bus_message_new_method_call(bus_.get(), &message, place.first.c_str(), place.second.c_str(),
-                                          interface, method),
-           method);
-  const Bus::BusMessagePtr call(message);
-  std::va_list arguments;
-  va_start(arguments, types);
-  const int appended = sd_bus_message_appendv(message, types, arguments);
-  va_end(arguments);
-  CheckBus(appended, method);
-  sd_bus_message* reply = nullptr;
-  if (sd_bus_call(bus_.get(), message, kCallLimit, nullptr, &reply) < 0) return nullptr;
-  return Bus::BusMessagePtr(reply);
+template <class... Results, class... Arguments>
+Bus::Result<Bus::Reading<Results...>> ScreenReader::Call(const Place& place, const char* interface,
+                                                         const char* method, const Arguments&... arguments) {
+  return bus_.Call<Results...>({place.first.c_str(), place.second.c_str(), interface},
+                               {.timeOut = kWaitLimit}, method, arguments...);
 }
 
 std::vector<ScreenReader::Place> ScreenReader::ChildrenOf(const Place& place) {
   std::vector<Place> children;
-  const Bus::BusMessagePtr reply = Call(place, kAccessible, "GetChildren");
-  if (!reply || sd_bus_message_enter_container(reply.get(), 'a', "(so)") < 0) return children;
-  const char* program = nullptr;
-  const char* path = nullptr;
-  while (sd_bus_message_read(reply.get(), "(so)", &program, &path) > 0) children.emplace_back(program, path);
+  const auto told =
+      Call<std::vector<std::tuple<std::string, Bus::ObjectPath>>>(place, kAccessible, "GetChildren");
+  if (!told) return children;
+  for (const auto& [program, path] : *told) children.emplace_back(program, path.text);
   return children;
 }
 
 bool ScreenReader::Describe(const Place& place, Control& control) {
-  const Bus::BusMessagePtr role = Call(place, kAccessible, "GetRole");
-  const Bus::BusMessagePtr states = Call(place, kAccessible, "GetState");
-  const Bus::BusMessagePtr texts = Call(place, "org.freedesktop.DBus.Properties", "GetAll", "s", kAccessible);
-  std::uint32_t number = 0;
-  if (!role || !states || !texts || sd_bus_message_read(role.get(), "u", &number) < 0) return false;
+  const auto role = Call<std::uint32_t>(place, kAccessible, "GetRole");
+  const auto states = Call<std::vector<std::uint32_t>>(place, kAccessible, "GetState");
+  const auto texts = Call<PropertyList::Dictionary>(place, "org.freedesktop.DBus.Properties", "GetAll",
+                                                    std::string(kAccessible));
+  if (!role || !states || !texts) return false;
   control.program = place.first;
   control.path = place.second;
-  control.role = static_cast<Role>(number);
-  control.states = ReadStates(states.get());
-  ReadTexts(texts.get(), control);
+  control.role = static_cast<Role>(*role);
+  control.name = TextIn(*texts, "Name");
+  control.description = TextIn(*texts, "Description");
+  control.states = states->at(0) | std::uint64_t{states->at(1)} << 32U;
   return true;
 }
 
 // The states of a page of a stack do not tell whether it is shown.
 bool ScreenReader::HasPlaceInWindow(const Place& place) {
   constexpr std::uint32_t kOfWindow = 1;
-  const Bus::BusMessagePtr reply = Call(place, "org.a11y.atspi.Component", "GetExtents", "u", kOfWindow);
-  std::int32_t x = 0;
-  std::int32_t y = 0;
-  std::int32_t width = 0;
-  std::int32_t height = 0;
-  const bool isKnown = reply && sd_bus_message_read(reply.get(), "(iiii)", &x, &y, &width, &height) > 0;
-  return !isKnown || width > 0 || height > 0;
+  using Extents =
+      std::tuple<std::int32_t, std::int32_t, std::int32_t, std::int32_t>;  // width and height last
+  const auto extents = Call<Extents>(place, "org.a11y.atspi.Component", "GetExtents", kOfWindow);
+  return !extents || std::get<2>(*extents) > 0 || std::get<3>(*extents) > 0;
 }
 
 void ScreenReader::Append(const Place& place, std::vector<Control>& controls) {
@@ -176,13 +142,13 @@ std::vector<Control> ScreenReader::Controls(const Control& top) {
 }
 
 void ScreenReader::TakeChanges() {
-  while (sd_bus_process(bus_.get(), nullptr) > 0) {
+  while (Had(bus_.Process(), "the accessibility bus")) {
   }
 }
 
 void ScreenReader::AwaitChange() {
   TakeChanges();
-  sd_bus_wait(bus_.get(), kLookAgain);
+  static_cast<void>(bus_.Wait(kLookAgain));
 }
 
 void ScreenReader::WaitUntil(const std::string& what, const std::function<bool()>& condition) {
@@ -211,13 +177,9 @@ void ScreenReader::WaitUntilGone(Role role, const std::string& name) {
 }
 
 bool ScreenReader::Press(const Control& control) {
-  const Bus::BusMessagePtr reply =
-      Call({control.program, control.path}, "org.a11y.atspi.Action", "DoAction", "i", 0);
-  int isDone = 0;
-  if (!reply || sd_bus_message_read(reply.get(), "b", &isDone) < 0) {
-    throw std::runtime_error(control.name + " cannot be pressed");
-  }
-  return isDone != 0;
+  return Had(
+      Call<bool>({control.program, control.path}, "org.a11y.atspi.Action", "DoAction", std::int32_t{0}),
+      control.name + " cannot be pressed");
 }
 
 bool ScreenReader::HasBecomeSensitive(const Control& control) {

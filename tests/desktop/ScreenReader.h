@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libs/Bus/SdBus.h"
+#include "libs/Bus/Connection.h"
 
 #include <cstdint>
 #include <functional>
@@ -75,9 +75,11 @@ class ScreenReader {
  private:
   using Place = std::pair<std::string, std::string>;  // program, path
 
-  static int NoteChange(sd_bus_message* signal, void* self, sd_bus_error* error);
-  Bus::BusMessagePtr Call(const Place& place, const char* interface, const char* method,
-                          const char* types = "", ...);
+  void NoteChange(const Bus::Message& signal);
+  // A failure when the control is gone.
+  template <class... Results, class... Arguments>
+  Bus::Result<Bus::Reading<Results...>> Call(const Place& place, const char* interface, const char* method,
+                                             const Arguments&... arguments);
   std::vector<Place> ChildrenOf(const Place& place);
   bool Describe(const Place& place, Control& control);
   bool HasPlaceInWindow(const Place& place);
@@ -86,8 +88,9 @@ class ScreenReader {
   void TakeChanges();
   void AwaitChange();
 
-  Bus::BusPtr bus_;
+  Bus::Connection bus_;
   std::set<Place> becameSensitive_;
+  Bus::Slot changes_;
 };
 
 }  // namespace TestSupport
