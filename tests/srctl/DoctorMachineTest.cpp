@@ -148,7 +148,7 @@ TEST_F(DoctorOfTheMachine, MissesTheCredentialProgram) {
 }
 
 TEST_F(DoctorOfTheMachine, SeesThatNobodyCanBeAskedWithoutADesktopAndATerminal) {
-  for (const char* display : {"DISPLAY=", "DISPLAY=:77"}) {
+  for (const char* display : {"DISPLAY=", "DISPLAY=:59077"}) {
     TestSupport::ChildProcess srctl({"env", display, "setsid", "--wait", SR_STAGE_DIR "/bin/srctl", "doctor"},
                                     agent_.Environment());
     EXPECT_EQ(srctl.Wait(), 0);

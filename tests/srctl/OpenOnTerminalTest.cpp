@@ -50,7 +50,7 @@ TEST_F(SrctlOnTerminal, AsksThereWithoutAnyVariable) {
 }
 
 TEST_F(SrctlOnTerminal, AsksThereWhereTheDesktopThatIsNamedHasEnded) {
-  for (const char* variable : {"DISPLAY=:77", "WAYLAND_DISPLAY=wayland-77"}) {
+  for (const char* variable : {"DISPLAY=:59077", "WAYLAND_DISPLAY=wayland-77"}) {
     ChildProcess srctl = LogOn(std::string(variable) + " exec \"$0\" open \"$1\"");
     EXPECT_THAT(terminal_.ReadUntil(kQuestion), Not(HasSubstr("You are asked in a window.")));
     terminal_.Type("no\n");
@@ -77,7 +77,7 @@ TEST_F(SrctlOnTerminal, AsksInAWindowOfADesktopThatShowsThem) {
 }
 
 TEST_F(SrctlOnTerminal, TheDoctorSaysThatOpeningAsksThere) {
-  for (const char* display : {"", "DISPLAY=:77 "}) {
+  for (const char* display : {"", "DISPLAY=:59077 "}) {
     ChildProcess srctl = LogOn(display + std::string("exec \"$0\" doctor"));
     static_cast<void>(terminal_.ReadUntil("ok: questions: srctl open has you asked on this terminal.\r\n"));
     static_cast<void>(terminal_.ReadUntil("Nothing is wrong.\r\n"));
