@@ -11,5 +11,7 @@ pkg_check_modules(LIBNL_ROUTE REQUIRED IMPORTED_TARGET libnl-route-3.0)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0 gio-unix-2.0)
 pkg_check_modules(GTK REQUIRED IMPORTED_TARGET gtk4)
 pkg_check_modules(ADWAITA REQUIRED IMPORTED_TARGET libadwaita-1)
+# Asked for anew each time: what CMake keeps of it makes other commands of a second configuration.
+unset(__pkg_config_arguments_GSSAPI CACHE)
 pkg_check_modules(GSSAPI REQUIRED IMPORTED_TARGET krb5-gssapi)
 pkg_check_modules(LIBSECRET REQUIRED IMPORTED_TARGET libsecret-1)
