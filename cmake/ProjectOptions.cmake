@@ -13,7 +13,10 @@ if(SR_CCACHE)
 endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion
-  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety>)
+# For tests and benchmarks, which have an object to themselves.
+set(SR_WITHOUT_LOCKS $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-thread-safety>)
 add_link_options(-Wl,--as-needed)
 # The standard library's own checks of preconditions, in the builds that the tests run in.
 add_compile_definitions($<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)

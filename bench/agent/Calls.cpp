@@ -131,11 +131,11 @@ void MeasureDeletionOf(std::size_t stores, Outputs& outputs) {
 }  // namespace
 
 void MeasureCalls(Outputs& outputs) {
-  for (const std::size_t stores : {10, 100, 1000, 10000}) MeasureCallsWith(stores, outputs);
+  for (const std::size_t stores : {10U, 100U, 1000U, 10000U}) MeasureCallsWith(stores, outputs);
 }
 
 void MeasureDeletion(Outputs& outputs) {
-  for (const std::size_t stores : {10, 100, 1000}) MeasureDeletionOf(stores, outputs);
+  for (const std::size_t stores : {10U, 100U, 1000U}) MeasureDeletionOf(stores, outputs);
 }
 
 }  // namespace Bench
