@@ -17,10 +17,6 @@ void VirtualScreen::ShowOwnWindows() const {
     const std::size_t end = variable.find('=');
     ::setenv(variable.substr(0, end).c_str(), variable.c_str() + end + 1, 1);
   }
-  // The drivers of GL lose memory when they are unloaded; toolkits before and after 4.16 are told in two
-  // ways.
-  ::setenv("GDK_DEBUG", "gl-disable", 1);
-  ::setenv("GDK_DISABLE", "gl", 1);
   ::setenv("GTK_A11Y", "none", 1);
   ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
 }
