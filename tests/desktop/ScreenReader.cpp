@@ -24,7 +24,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr char kAccessible[] = "org.a11y.atspi.Accessible";
 constexpr char kRoot[] = "/org/a11y/atspi/accessible/root";
-constexpr std::chrono::seconds kWaitLimit{20};
+constexpr std::chrono::seconds kWaitLimit{30};
 // Not every change of a window is announced.
 constexpr std::chrono::milliseconds kLookAgain{50};
 

@@ -50,7 +50,7 @@ struct Control {
 };
 
 // Sees and uses windows as assistive technologies do, from its creation on. What is waited for and does not
-// come within twenty seconds, or cannot be used, throws std::runtime_error. One thread.
+// come within thirty seconds, or cannot be used, throws std::runtime_error. One thread.
 class ScreenReader {
  public:
   // Of the windows of the programs on that session bus.

@@ -22,12 +22,16 @@ TEST_F(QuestionWindowTest, CountsItsHalfSecondFromWhatCanBeSeen) {
 
   bool isDrawn = false;
   bool wasSensitive = false;
+  // Taken before the window learns of its first frame, whatever comes between.
   steady_clock::time_point firstFrame;
-  Windows::Signals::Connect(gtk_widget_get_frame_clock(window.Get("window")), "after-paint", [&] {
+  GdkFrameClock* const clock = gtk_widget_get_frame_clock(window.Get("window"));
+  Windows::Signals::Connect(clock, "before-paint", [&] {
+    if (!isDrawn) firstFrame = steady_clock::now();
+  });
+  Windows::Signals::Connect(clock, "after-paint", [&] {
     if (isDrawn) return;
     isDrawn = true;
     wasSensitive = gtk_widget_get_sensitive(accept) != FALSE;
-    firstFrame = steady_clock::now();
   });
   RunUntil([&] { return isDrawn; });
   EXPECT_FALSE(wasSensitive);
