@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <utility>
 
 DialogWindowTest::DialogWindowTest() {
   screen_.ShowOwnWindows();
@@ -21,4 +22,14 @@ void DialogWindowTest::RunUntil(const std::function<bool()>& condition) {
 
 void DialogWindowTest::AwaitAcceptable(const Dialogs::DialogWindow& window) {
   RunUntil([&window] { return gtk_widget_get_sensitive(window.Get("accept")) != FALSE; });
+}
+
+std::vector<std::string> DialogWindowTest::TextsOf(GtkWidget* widget) {
+  std::vector<std::string> texts;
+  if (GTK_IS_LABEL(widget) != FALSE) texts.emplace_back(gtk_label_get_text(GTK_LABEL(widget)));
+  for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
+       child = gtk_widget_get_next_sibling(child)) {
+    for (std::string& text : TextsOf(child)) texts.push_back(std::move(text));
+  }
+  return texts;
 }

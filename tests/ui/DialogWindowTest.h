@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <string>
+#include <vector>
 
 // The dialogs' windows in this process, on a screen of the test's own. A process has the toolkit for one
 // case.
@@ -18,6 +20,9 @@ class DialogWindowTest : public testing::Test {
   static void RunUntil(const std::function<bool()>& condition);
   // Until the button of the question can be pressed.
   static void AwaitAcceptable(const Dialogs::DialogWindow& window);
+
+  // What the labels inside say, from the top.
+  [[nodiscard]] static std::vector<std::string> TextsOf(GtkWidget* widget);
 
   TestSupport::VirtualScreen screen_;
 };
