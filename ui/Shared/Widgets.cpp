@@ -37,6 +37,22 @@ void AppendLines(GtkBox* box, const std::string& text) {
   for (std::string line; std::getline(lines, line);) gtk_box_append(box, MakeWrappingLabel(line));
 }
 
+bool IsMenuItem(GtkWidget* widget) {
+  const GtkAccessibleRole role = gtk_accessible_get_accessible_role(GTK_ACCESSIBLE(widget));
+  return role == GTK_ACCESSIBLE_ROLE_MENU_ITEM || role == GTK_ACCESSIBLE_ROLE_MENU_ITEM_CHECKBOX ||
+         role == GTK_ACCESSIBLE_ROLE_MENU_ITEM_RADIO;
+}
+
+// Of the labels in the widget, without its mnemonic's mark.
+std::string FirstTextIn(GtkWidget* widget) {
+  std::string text = GTK_IS_LABEL(widget) ? gtk_label_get_text(GTK_LABEL(widget)) : "";
+  for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr && text.empty();
+       child = gtk_widget_get_next_sibling(child)) {
+    text = FirstTextIn(child);
+  }
+  return text;
+}
+
 }  // namespace
 
 void SetAccessibleName(GtkWidget* widget, const std::string& name) {
@@ -47,6 +63,14 @@ void SetAccessibleName(GtkWidget* widget, const std::string& name) {
 
 void NameByLabel(GtkWidget* button) {
   SetAccessibleName(button, gtk_label_get_text(GTK_LABEL(gtk_button_get_child(GTK_BUTTON(button)))));
+}
+
+void NameMenuItems(GtkWidget* menu) {
+  if (IsMenuItem(menu)) return SetAccessibleName(menu, FirstTextIn(menu));
+  for (GtkWidget* child = gtk_widget_get_first_child(menu); child != nullptr;
+       child = gtk_widget_get_next_sibling(child)) {
+    NameMenuItems(child);
+  }
 }
 
 void SetAccessibleDescription(GtkWidget* widget, const std::string& description) {

@@ -11,6 +11,8 @@ namespace Windows::Widgets {
 void SetAccessibleName(GtkWidget* widget, const std::string& name);
 // The name of a button whose child is a label: the label's text, without its mnemonic's mark.
 void NameByLabel(GtkWidget* button);
+// Names each item of the menu by its label, which not every release of the toolkit does.
+void NameMenuItems(GtkWidget* menu);
 void SetAccessibleDescription(GtkWidget* widget, const std::string& description);
 
 // A label that wraps anywhere, without hyphens of its own: of a host its end is always there.

@@ -94,6 +94,8 @@ void StoresWindow::NameControls() {
   GtkWidget* const menu = interface_.Get("menuButton");
   for (GtkWidget* const named : {menu, gtk_widget_get_first_child(menu)})
     Widgets::SetAccessibleName(named, Translated("Menu"));
+  GtkPopover* const items = gtk_menu_button_get_popover(GTK_MENU_BUTTON(menu));
+  Signals::Connect(items, "map", [items] { Widgets::NameMenuItems(GTK_WIDGET(items)); });
   Widgets::SetAccessibleName(interface_.Get("list"), Translated("Stores"));
   Widgets::SetAccessibleName(interface_.Get("search"), Translated("Search stores"));
   Widgets::SetAccessibleName(interface_.Get("loading"), Translated("Asking for your stores"));
