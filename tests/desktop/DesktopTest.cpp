@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <sstream>
 
 namespace TestSupport {
 
@@ -100,7 +101,12 @@ void DesktopTest::ExpectEveryControlNamedOnce() {
 }
 
 void DesktopTest::ExpectNoComplaints(const std::string& output) {
-  EXPECT_THAT(output, Not(AnyOf(HasSubstr("WARNING"), HasSubstr("CRITICAL"))));
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) {
+    // That is libadwaita 1.7 at odds with GTK over the labels of its own questions.
+    if (line.find("Trying to measure GtkLabel") != std::string::npos) continue;
+    EXPECT_THAT(line, Not(AnyOf(HasSubstr("WARNING"), HasSubstr("CRITICAL"))));
+  }
 }
 
 void VirtualDesktopTest::TabTo(Role role, const std::string& name) {
